@@ -1,0 +1,29 @@
+# The libraries that the code stands on, each as one target.
+
+find_package(Threads REQUIRED)
+find_package(simdjson REQUIRED)
+
+function(velmo_find_library target header library)
+    find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
+    find_library(${target}_LIBRARY NAMES ${library} REQUIRED)
+    add_library(${target} UNKNOWN IMPORTED)
+    set_target_properties(${target} PROPERTIES
+        IMPORTED_LOCATION ${${target}_LIBRARY}
+        INTERFACE_INCLUDE_DIRECTORIES ${${target}_INCLUDE_DIR})
+endfunction()
+
+velmo_find_library(utf8proc::utf8proc utf8proc.h utf8proc)
+
+# Headers only: sockets, timers and signals of the simulated Mac and of the tools.
+find_path(ASIO_INCLUDE_DIR asio/io_context.hpp REQUIRED)
+add_library(asio::asio INTERFACE IMPORTED)
+target_include_directories(asio::asio INTERFACE ${ASIO_INCLUDE_DIR})
+target_compile_definitions(asio::asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+target_link_libraries(asio::asio INTERFACE Threads::Threads)
+
+find_package(CLI11 REQUIRED)
+
+if(VELMO_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+    find_package(rapidcheck REQUIRED)
+endif()

@@ -1,0 +1,39 @@
+# How every target of the project is compiled and linked.
+
+add_library(velmo_flags INTERFACE)
+target_include_directories(velmo_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(velmo_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    # Designated initialisers leave out what has a default.
+    -Wno-missing-field-initializers
+    $<$<CONFIG:Debug>:-D_GLIBCXX_ASSERTIONS>)
+
+if(VELMO_SANITIZE)
+    target_compile_options(velmo_flags INTERFACE
+        -fsanitize=${VELMO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(velmo_flags INTERFACE -fsanitize=${VELMO_SANITIZE})
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(velmo_flags INTERFACE
+        -fstack-protector-strong -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)
+    if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        # Nothing of the C++ run time has to be looked up and relocated when a process starts.
+        target_link_options(velmo_flags INTERFACE
+            -static-libstdc++ -static-libgcc -Wl,-z,relro,-z,now)
+    endif()
+endif()
+
+# velmo_library(name SOURCES... LINKS...): everything in LINKS is part of the library's interface.
+function(velmo_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;PRIVATE_LINKS")
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name}
+        PUBLIC velmo_flags ${arg_LINKS} PRIVATE ${arg_PRIVATE_LINKS})
+endfunction()
+
+function(velmo_executable name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LINKS})
+endfunction()

@@ -1,0 +1,49 @@
+#include "core/power/PowerService.h"
+
+#include "core/support/Text.h"
+
+namespace velmo {
+
+namespace {
+
+constexpr std::size_t longestTeam = 16;
+
+constexpr std::string_view signedByTeam =
+    R"(anchor apple generic and certificate leaf[subject.OU] = ")";
+constexpr std::string_view asClient =
+    R"(" and (identifier "VelmoHelper" or identifier "io.velmo.host"))";
+constexpr std::string_view asDaemon = R"(" and identifier "VelmoPowerDaemon")";
+
+/// The team lands inside a quoted text that nothing escapes. So every scalar is judged, not every
+/// character: a letter such as U+0D4E makes one character with a quote that follows it.
+bool isTeamIdentifier(std::string_view team) {
+    if (team.empty() || Text::hasMoreCharactersThan(team, longestTeam))
+        return false;
+    for (const Text::Scalar& scalar : Text::Scalars(team)) {
+        if (!Text::isLetter(scalar.value) && !Text::isNumber(scalar.value))
+            return false;
+    }
+    return true;
+}
+
+std::optional<std::string> requirement(const std::optional<std::string>& team,
+                                       std::string_view identity) {
+    if (!team || !isTeamIdentifier(*team))
+        return std::nullopt;
+    std::string text(signedByTeam);
+    text += *team;
+    text += identity;
+    return text;
+}
+
+} // namespace
+
+std::optional<std::string> powerClientRequirement(const std::optional<std::string>& team) {
+    return requirement(team, asClient);
+}
+
+std::optional<std::string> powerDaemonRequirement(const std::optional<std::string>& team) {
+    return requirement(team, asDaemon);
+}
+
+} // namespace velmo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace velmo {
+
+/// What the power daemon offers to one connected client. The daemon's session implements it, and so
+/// does the client's side of every transport; over XPC the calls are the selectors
+/// "holdWithBatteryFloor:reply:", "heartbeatWithReply:" and "releaseWithReply:".
+///
+/// Each call is answered exactly once, from a thread of the callee's choosing; over a transport a
+/// call whose connection is lost is not answered. Replies own what they capture and may outlive the
+/// caller.
+class VelmoPowerProtocol {
+public:
+    using HoldReply = std::function<void(bool ok, std::string_view reason)>;
+    using Reply = std::function<void(bool ok)>;
+
+    virtual ~VelmoPowerProtocol() = default;
+
+    /// Keeps the Mac awake until released. `batteryFloor` is the percentage at which a hold on
+    /// battery power ends, clamped to 10...95. The reason is "" when ok, else one of busy, battery,
+    /// thermal, unreadable, record, pmset, gone.
+    virtual void hold(std::int64_t batteryFloor, HoldReply reply) = 0;
+
+    /// Due within every 35 s. False: this client does not hold.
+    virtual void heartbeat(Reply reply) = 0;
+
+    /// Ends the current hold, whoever holds. False: sleep could not be enabled again yet.
+    virtual void release(Reply reply) = 0;
+};
+
+} // namespace velmo

@@ -1,0 +1,179 @@
+#include "core/support/Json.h"
+
+#include <simdjson.h>
+
+#include <algorithm>
+#include <bit>
+#include <type_traits>
+#include <utility>
+
+namespace velmo {
+
+namespace dom = simdjson::dom;
+
+namespace {
+
+/// The parser's own two-word reference. It may not be named in a header that hides the parser, so
+/// it travels as a `Handle` of the same shape.
+static_assert(sizeof(dom::element) == sizeof(JsonValue::Handle));
+static_assert(std::is_trivially_copyable_v<dom::element>);
+
+dom::element elementOf(JsonValue::Handle handle) {
+    return std::bit_cast<dom::element>(handle);
+}
+
+JsonValue::Handle handleOf(const dom::element& element) {
+    return std::bit_cast<JsonValue::Handle>(element);
+}
+
+template<class T>
+std::optional<T> valueOf(simdjson::simdjson_result<T> result) {
+    T value;
+    if (std::move(result).get(value) != simdjson::SUCCESS)
+        return std::nullopt;
+    return value;
+}
+
+// Only made for elements that were found to be an object or an array.
+dom::object objectOf(JsonValue::Handle handle) {
+    return elementOf(handle).get_object().value_unsafe();
+}
+
+dom::array arrayOf(JsonValue::Handle handle) {
+    return elementOf(handle).get_array().value_unsafe();
+}
+
+/// Two readers that pick different ones of two equal members are how a check is walked round.
+bool namesAMemberTwice(const dom::object& object) {
+    std::vector<std::string_view> names;
+    for (const dom::key_value_pair member : object)
+        names.push_back(member.key);
+    std::ranges::sort(names);
+    return std::ranges::adjacent_find(names) != names.end();
+}
+
+/// Recursion is bounded by the parser's own limit on nesting.
+// NOLINTNEXTLINE(misc-no-recursion)
+bool namesAMemberTwiceAnywhere(const dom::element& element) {
+    if (element.is_object()) {
+        const dom::object object = element.get_object().value_unsafe();
+        return namesAMemberTwice(object)
+               || std::any_of(object.begin(), object.end(), [](const dom::key_value_pair& member) {
+                      return namesAMemberTwiceAnywhere(member.value);
+                  });
+    }
+    if (element.is_array()) {
+        const dom::array array = element.get_array().value_unsafe();
+        return std::any_of(array.begin(), array.end(), namesAMemberTwiceAnywhere);
+    }
+    return false;
+}
+
+} // namespace
+
+JsonKind JsonValue::kind() const {
+    switch (elementOf(handle_).type()) {
+    case dom::element_type::ARRAY:
+        return JsonKind::array;
+    case dom::element_type::OBJECT:
+        return JsonKind::object;
+    case dom::element_type::INT64:
+    case dom::element_type::UINT64:
+        return JsonKind::integer;
+    case dom::element_type::DOUBLE:
+        return JsonKind::real;
+    case dom::element_type::STRING:
+        return JsonKind::text;
+    case dom::element_type::BOOL:
+        return JsonKind::boolean;
+    case dom::element_type::NULL_VALUE:
+        break;
+    }
+    return JsonKind::null;
+}
+
+std::optional<bool> JsonValue::boolean() const {
+    return valueOf(elementOf(handle_).get_bool());
+}
+
+std::optional<std::int64_t> JsonValue::integer() const {
+    return valueOf(elementOf(handle_).get_int64());
+}
+
+std::optional<double> JsonValue::number() const {
+    return valueOf(elementOf(handle_).get_double());
+}
+
+std::optional<std::string_view> JsonValue::text() const {
+    return valueOf(elementOf(handle_).get_string());
+}
+
+std::optional<JsonArray> JsonValue::array() const {
+    if (!elementOf(handle_).is_array())
+        return std::nullopt;
+    return JsonArray(handle_);
+}
+
+std::optional<JsonObject> JsonValue::object() const {
+    if (!elementOf(handle_).is_object())
+        return std::nullopt;
+    return JsonObject(handle_);
+}
+
+std::vector<JsonValue> JsonArray::elements() const {
+    std::vector<JsonValue> result;
+    for (const dom::element element : arrayOf(handle_))
+        result.emplace_back(handleOf(element));
+    return result;
+}
+
+std::optional<JsonValue> JsonObject::member(std::string_view name) const {
+    const auto found = valueOf(objectOf(handle_).at_key(name));
+    if (!found)
+        return std::nullopt;
+    return JsonValue(handleOf(*found));
+}
+
+std::vector<JsonMember> JsonObject::members() const {
+    std::vector<JsonMember> result;
+    for (const dom::key_value_pair member : objectOf(handle_))
+        result.push_back({.name = member.key, .value = JsonValue(handleOf(member.value))});
+    return result;
+}
+
+bool JsonObject::hasOnly(std::initializer_list<std::string_view> names) const {
+    const dom::object object = objectOf(handle_);
+    return std::all_of(object.begin(), object.end(), [&](const dom::key_value_pair& member) {
+        return std::ranges::find(names, member.key) != names.end();
+    });
+}
+
+/// On the heap because every value points at it.
+struct JsonDocument::Storage {
+    dom::document document;
+};
+
+std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
+    // Newer parsers skip the mark; the verdict must not depend on their release.
+    if (text.starts_with("\xEF\xBB\xBF"))
+        return std::nullopt;
+    auto storage = std::make_unique<Storage>();
+    dom::parser parser;
+    const auto root = parser.parse_into_document(storage->document, text.data(), text.size());
+    if (root.error() != simdjson::SUCCESS || namesAMemberTwiceAnywhere(root.value_unsafe()))
+        return std::nullopt;
+    return JsonDocument(std::move(storage));
+}
+
+JsonDocument::JsonDocument(std::unique_ptr<Storage> storage) : storage_(std::move(storage)) {
+}
+
+JsonDocument::JsonDocument(JsonDocument&&) noexcept = default;
+JsonDocument& JsonDocument::operator=(JsonDocument&&) noexcept = default;
+JsonDocument::~JsonDocument() = default;
+
+JsonValue JsonDocument::root() const {
+    return JsonValue(handleOf(storage_->document.root()));
+}
+
+} // namespace velmo

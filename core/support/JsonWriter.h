@@ -1,0 +1,64 @@
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <string>
+#include <string_view>
+
+/// Writes JSON values without spaces, the exact bytes that the host's other processes read.
+namespace velmo {
+
+enum class EncodingError {
+    nonFiniteNumber, ///< JSON has no way to write infinity or "not a number"
+};
+
+/// The slash as "\/", which lets a line stand inside HTML, or plainly.
+enum class Slashes { escaped, plain };
+
+/// Appends values to a text. Objects and arrays are composed by the caller (see Record.h).
+class JsonWriter {
+public:
+    explicit JsonWriter(std::string& out, Slashes slashes = Slashes::escaped)
+        : out_(out), slashes_(slashes) {}
+
+    /// Quotes and backslashes are escaped, control characters written as \b \f \n \r \t or \u00xx;
+    /// ill-formed UTF-8 becomes U+FFFD.
+    void text(std::string_view text);
+
+    void boolean(bool value) { out_ += value ? "true" : "false"; }
+
+    void integer(std::integral auto value) { appendNumber(value); }
+
+    /// An integral value within 2^53 without a fraction (800, not 800.0); any other in the
+    /// shortest digits that read back the same, fixed from 1e-4 up to 2^54, else scientific.
+    void real(std::floating_point auto value);
+
+    /// Bytes that are JSON already: punctuation, and keys that need no escaping.
+    void raw(std::string_view json) { out_ += json; }
+
+    /// Whether a real had no JSON form; what was written is then of no use.
+    [[nodiscard]] bool failed() const { return failed_; }
+
+    [[nodiscard]] std::string& out() { return out_; }
+
+private:
+    template<class Number, class... Format>
+    void appendNumber(Number value, Format... format);
+    void appendEscape(unsigned char byte);
+
+    std::string& out_;
+    Slashes slashes_;
+    bool failed_ = false;
+};
+
+extern template void JsonWriter::real(float);
+extern template void JsonWriter::real(double);
+
+template<class Number, class... Format>
+void JsonWriter::appendNumber(Number value, Format... format) {
+    char digits[64];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, value, format...);
+    out_.append(digits, end);
+}
+
+} // namespace velmo

@@ -1,0 +1,227 @@
+#include "core/support/Text.h"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+
+namespace velmo::Text {
+
+namespace {
+
+Scalar illFormed(std::string_view bytes) {
+    return {.value = replacementCharacter, .bytes = bytes, .valid = false};
+}
+
+utf8proc_int32_t asInt(char32_t scalar) {
+    return static_cast<utf8proc_int32_t>(scalar);
+}
+
+utf8proc_category_t category(char32_t scalar) {
+    return utf8proc_category(asInt(scalar));
+}
+
+/// U+0130 is the one scalar whose full lower case ("i" and a combining dot above) is longer than
+/// the simple mapping that utf8proc knows.
+constexpr char32_t capitalIWithDot = 0x0130;
+constexpr std::string_view lowercaseOfCapitalIWithDot = "i\u0307";
+
+/// In ASCII only CR LF joins two scalars into one character.
+bool joinsInAscii(char first, char second) {
+    return first == '\r' && second == '\n';
+}
+
+} // namespace
+
+Scalar firstScalar(std::string_view text) {
+    const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char lead = byteAt(0);
+    if (lead < 0x80)
+        return {.value = lead, .bytes = text.substr(0, 1), .valid = true};
+    if (lead < 0xC2 || lead > 0xF4)
+        return illFormed(text.substr(0, 1));
+
+    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    // These bounds of the second byte shut out overlong forms, surrogates and all above U+10FFFF.
+    unsigned char lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    unsigned char highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    char32_t value = lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if (i == text.size() || byteAt(i) < lowest || byteAt(i) > highest)
+            return illFormed(text.substr(0, i));
+        value = value << 6 | (byteAt(i) & 0x3FU);
+        lowest = 0x80;
+        highest = 0xBF;
+    }
+    return {.value = value, .bytes = text.substr(0, length), .valid = true};
+}
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+bool isValidUtf8(std::string_view text) {
+    if (isAscii(text))
+        return true;
+    for (const Scalar& scalar : Scalars(text)) {
+        if (!scalar.valid)
+            return false;
+    }
+    return true;
+}
+
+std::string repaired(std::string_view text) {
+    if (isValidUtf8(text))
+        return std::string(text);
+    std::string result;
+    result.reserve(text.size() + 2);
+    for (const Scalar& scalar : Scalars(text))
+        append(result, scalar.value);
+    return result;
+}
+
+void append(std::string& text, char32_t scalar) {
+    utf8proc_uint8_t bytes[4];
+    const auto length = utf8proc_encode_char(asInt(scalar), bytes);
+    text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+}
+
+std::size_t utf16Length(std::string_view text) {
+    if (isAscii(text))
+        return text.size();
+    std::size_t units = 0;
+    for (const Scalar& scalar : Scalars(text))
+        units += scalar.value < 0x10000 ? 1 : 2;
+    return units;
+}
+
+std::string_view firstCharacter(std::string_view text) {
+    if (text.empty())
+        return text;
+    if (text.size() >= 2 && isAscii(text.substr(0, 2)))
+        return text.substr(0, joinsInAscii(text[0], text[1]) ? 2 : 1);
+
+    Scalar previous = firstScalar(text);
+    std::size_t length = previous.bytes.size();
+    utf8proc_int32_t state = 0;
+    while (length < text.size()) {
+        const Scalar next = firstScalar(text.substr(length));
+        if (utf8proc_grapheme_break_stateful(asInt(previous.value), asInt(next.value), &state))
+            break;
+        length += next.bytes.size();
+        previous = next;
+    }
+    return text.substr(0, length);
+}
+
+std::size_t characterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (; !text.empty(); ++count)
+        text.remove_prefix(firstCharacter(text).size());
+    return count;
+}
+
+bool hasMoreCharactersThan(std::string_view text, std::size_t limit) {
+    return prefix(text, limit).size() < text.size();
+}
+
+std::string_view prefix(std::string_view text, std::size_t characters) {
+    // No character is shorter than a byte.
+    if (text.size() <= characters)
+        return text;
+    std::string_view rest = text;
+    for (std::size_t i = 0; i < characters && !rest.empty(); ++i)
+        rest.remove_prefix(firstCharacter(rest).size());
+    return text.substr(0, text.size() - rest.size());
+}
+
+std::string lowercased(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const Scalar& scalar : Scalars(text)) {
+        if (scalar.value == capitalIWithDot)
+            result += lowercaseOfCapitalIWithDot;
+        else
+            append(result, static_cast<char32_t>(utf8proc_tolower(asInt(scalar.value))));
+    }
+    return result;
+}
+
+std::string composed(std::string_view text) {
+    if (isAscii(text))
+        return std::string(text);
+    const std::string valid = repaired(text);
+    utf8proc_uint8_t* mapped = nullptr;
+    const auto length =
+        utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(valid.data()),
+                     static_cast<utf8proc_ssize_t>(valid.size()), &mapped,
+                     static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(mapped, &std::free);
+    // Valid UTF-8 can always be composed; only memory can be short.
+    if (length < 0)
+        throw std::bad_alloc();
+    return {reinterpret_cast<const char*>(mapped), static_cast<std::size_t>(length)};
+}
+
+bool isLetter(char32_t scalar) {
+    const auto found = category(scalar);
+    return found >= UTF8PROC_CATEGORY_LU && found <= UTF8PROC_CATEGORY_LO;
+}
+
+bool isNumber(char32_t scalar) {
+    const auto found = category(scalar);
+    return found >= UTF8PROC_CATEGORY_ND && found <= UTF8PROC_CATEGORY_NO;
+}
+
+bool isNewline(char32_t scalar) {
+    return (scalar >= 0x0A && scalar <= 0x0D) || scalar == 0x85 || scalar == 0x2028
+           || scalar == 0x2029;
+}
+
+bool isBlank(char32_t scalar) {
+    return isSpaceOrTab(scalar) || (scalar >= 0x80 && category(scalar) == UTF8PROC_CATEGORY_ZS);
+}
+
+bool isBlankOrNewline(char32_t scalar) {
+    return isBlank(scalar) || isNewline(scalar);
+}
+
+bool isSpaceOrTab(char32_t scalar) {
+    return scalar == U' ' || scalar == U'\t';
+}
+
+std::string_view trimmed(std::string_view text, ScalarTest test) {
+    const char* begin = nullptr;
+    const char* end = nullptr;
+    for (const Scalar& scalar : Scalars(text)) {
+        if (test(scalar.value))
+            continue;
+        if (begin == nullptr)
+            begin = scalar.bytes.data();
+        end = scalar.bytes.data() + scalar.bytes.size();
+    }
+    return begin == nullptr ? std::string_view() : std::string_view(begin, end);
+}
+
+std::vector<std::string_view> pieces(std::string_view text, ScalarTest isSeparator) {
+    std::vector<std::string_view> result;
+    std::size_t begin = 0;
+    std::size_t position = 0;
+    const auto endPiece = [&] {
+        if (position > begin)
+            result.push_back(text.substr(begin, position - begin));
+    };
+    for (const Scalar& scalar : Scalars(text)) {
+        const std::size_t after = position + scalar.bytes.size();
+        if (isSeparator(scalar.value)) {
+            endPiece();
+            begin = after;
+        }
+        position = after;
+    }
+    endPiece();
+    return result;
+}
+
+} // namespace velmo::Text

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Text in UTF-8, measured and cut in the unit that a rule names.
+///
+/// Every function is total: a byte sequence that is not UTF-8 counts as one U+FFFD per maximal
+/// ill-formed subsequence. Gates that must refuse such text ask `isValidUtf8` first. Nothing here
+/// depends on a locale. Views that are returned point into the argument.
+namespace velmo::Text {
+
+inline constexpr char32_t replacementCharacter = 0xFFFD;
+
+/// One Unicode scalar and the bytes that spell it.
+struct Scalar {
+    char32_t value;
+    std::string_view bytes;
+    bool valid; ///< false: `bytes` are ill-formed and `value` is the replacement character
+};
+
+/// The first scalar of a text, which must not be empty.
+Scalar firstScalar(std::string_view text);
+
+/// `for (const Scalar& scalar : Text::Scalars(text))`
+class Scalars {
+public:
+    explicit Scalars(std::string_view text) : text_(text) {}
+
+    class Iterator {
+    public:
+        explicit Iterator(std::string_view rest) : rest_(rest) {}
+
+        Scalar operator*() const { return firstScalar(rest_); }
+
+        Iterator& operator++() {
+            rest_.remove_prefix(firstScalar(rest_).bytes.size());
+            return *this;
+        }
+
+        bool operator==(std::default_sentinel_t /*end*/) const { return rest_.empty(); }
+
+    private:
+        std::string_view rest_;
+    };
+
+    [[nodiscard]] Iterator begin() const { return Iterator(text_); }
+
+    [[nodiscard]] static std::default_sentinel_t end() { return {}; }
+
+private:
+    std::string_view text_;
+};
+
+bool isAscii(std::string_view text);
+bool isValidUtf8(std::string_view text);
+
+/// The text with every ill-formed sequence replaced by U+FFFD.
+std::string repaired(std::string_view text);
+
+/// Appends a scalar, which must be a valid one, in UTF-8.
+void append(std::string& text, char32_t scalar);
+
+/// Number of UTF-16 code units: one per scalar below U+10000, else two.
+std::size_t utf16Length(std::string_view text);
+
+/// The first user-perceived character (extended grapheme cluster); CR LF is one. Empty for "".
+std::string_view firstCharacter(std::string_view text);
+
+/// Number of user-perceived characters. Cost grows with the text: for a limit that comes from
+/// outside use `hasMoreCharactersThan`, which stops early.
+std::size_t characterCount(std::string_view text);
+
+bool hasMoreCharactersThan(std::string_view text, std::size_t limit);
+
+/// The first `characters` user-perceived characters, or the whole text if it has no more.
+std::string_view prefix(std::string_view text, std::size_t characters);
+
+/// The full Unicode lower case, without locale and without the final-sigma rule.
+std::string lowercased(std::string_view text);
+
+/// The canonical composition (NFC), for the few comparisons that are not of bytes.
+std::string composed(std::string_view text);
+
+bool isLetter(char32_t scalar); ///< category L*
+bool isNumber(char32_t scalar); ///< category N*
+
+/// U+000A to U+000D, U+0085, U+2028, U+2029.
+bool isNewline(char32_t scalar);
+
+/// "White space", "blanks": category Zs and tab; no line breaks.
+bool isBlank(char32_t scalar);
+
+/// "White space and new lines".
+bool isBlankOrNewline(char32_t scalar);
+
+/// Exactly U+0020 and U+0009: what separates the columns that command-line tools print.
+bool isSpaceOrTab(char32_t scalar);
+
+using ScalarTest = bool (*)(char32_t);
+
+/// The text without the leading and trailing scalars that pass the test.
+std::string_view trimmed(std::string_view text, ScalarTest test);
+
+/// The non-empty pieces between the scalars that pass the test, in order.
+std::vector<std::string_view> pieces(std::string_view text, ScalarTest isSeparator);
+
+} // namespace velmo::Text

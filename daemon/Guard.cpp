@@ -1,0 +1,176 @@
+#include "daemon/Guard.h"
+
+#include "core/power/PowerGuardPolicy.h"
+#include "daemon/PowerReadings.h"
+#include "daemon/Session.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmo {
+
+Guard::Guard(Services services, std::optional<std::string> requirement)
+    : services_(std::move(services)),
+      requirement_(std::move(requirement)),
+      state_{.holder = {},
+             .heldPrevious = {},
+             .floor = PowerGuardPolicy::minimumBattery,
+             .lastBeat = 0,
+             .idleSince = services_.machine.now(),
+             .connections = 0} {
+}
+
+bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection) {
+    if (!requirement_) {
+        services_.log("unsigned daemon: refusing every caller");
+        return false;
+    }
+    if (!connection->requireCodeSignature(*requirement_))
+        return false;
+    connection->exportSession(std::make_shared<Session>(weak_from_this(), connection));
+    connection->onInvalidation([weak = weak_from_this(), who = connection->id()] {
+        if (const auto guard = weak.lock())
+            guard->queue().async([guard, who] { guard->connectionLost(who); });
+    });
+    // Posted before the connection can be lost, so that it is never counted down before up.
+    queue().async([guard = shared_from_this()] { ++guard->state_.connections; });
+    connection->resume();
+    return true;
+}
+
+void Guard::connectionLost(ClientId who) {
+    state_.connections = std::max(state_.connections - 1, 0);
+    if (state_.holder == who)
+        revert("client gone");
+}
+
+void Guard::tick() {
+    queue().async([guard = shared_from_this()] {
+        if (guard->state_.holder)
+            guard->checkHolder();
+        else
+            guard->checkFree();
+    });
+}
+
+void Guard::checkHolder() {
+    const PowerReading reading = power(services_.machine);
+    const auto reason = PowerGuardPolicy::check({.onAC = reading.ac,
+                                                 .battery = reading.battery,
+                                                 .floor = state_.floor,
+                                                 .thermalRaw = services_.machine.thermalRaw(),
+                                                 .lastBeat = state_.lastBeat,
+                                                 .now = services_.machine.now()});
+    if (reason)
+        revert(rawText(*reason));
+}
+
+void Guard::checkFree() {
+    if (state_.heldPrevious || services_.records.read()) {
+        revert("retry");
+        return;
+    }
+    if (services_.machine.now() - state_.idleSince > PowerGuardPolicy::idleExit)
+        services_.exitProcess(0);
+}
+
+void Guard::recover() {
+    if (!services_.records.read())
+        return;
+    services_.log("a hold was left behind; sleep back");
+    revert("recovered");
+}
+
+Guard::HoldResult Guard::hold(ClientId who, std::int64_t floor) {
+    if (state_.holder && state_.holder != who)
+        return {.ok = false, .reason = "busy"};
+
+    const std::int64_t clamped = PowerGuardPolicy::clampFloor(floor);
+    const PowerReading reading = power(services_.machine);
+    const double now = services_.machine.now();
+    const auto refusal = PowerGuardPolicy::check({.onAC = reading.ac,
+                                                  .battery = reading.battery,
+                                                  .floor = clamped,
+                                                  .thermalRaw = services_.machine.thermalRaw(),
+                                                  .lastBeat = now,
+                                                  .now = now});
+    if (refusal) {
+        revert(rawText(*refusal));
+        return {.ok = false, .reason = rawText(*refusal)};
+    }
+
+    // What decides whether anything is run is a setting that is still to be restored, not a holder:
+    // a hold taken while a restore is pending, or over a record left on disk, just takes it over.
+    if (!state_.heldPrevious)
+        state_.heldPrevious = recordedPrevious();
+    if (!state_.heldPrevious) {
+        if (const HoldResult begun = beginHold(now); !begun.ok)
+            return begun;
+    }
+
+    state_.holder = who;
+    state_.floor = clamped;
+    state_.lastBeat = now;
+    return {.ok = true, .reason = ""};
+}
+
+Guard::HoldResult Guard::beginHold(double now) {
+    const auto previous = sleepDisabledNow(services_.machine);
+    if (!previous)
+        return {.ok = false, .reason = "unreadable"};
+    if (!services_.records.write({.previous = *previous, .since = now}))
+        return {.ok = false, .reason = "record"};
+    state_.heldPrevious = previous;
+
+    if (!*previous && !disableSleep()) {
+        services_.machine.runPmset({"-a", "disablesleep", "0"});
+        services_.records.remove();
+        state_.heldPrevious.reset();
+        return {.ok = false, .reason = "pmset"};
+    }
+    services_.log("sleep disabled (closed lid) for a Velmo client");
+    return {.ok = true, .reason = ""};
+}
+
+bool Guard::heartbeat(ClientId who) {
+    if (state_.holder != who)
+        return false;
+    state_.lastBeat = services_.machine.now();
+    return true;
+}
+
+bool Guard::revert(std::string_view reason) {
+    state_.holder.reset();
+    state_.idleSince = services_.machine.now();
+
+    const auto previous = state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
+    if (!previous)
+        return true;
+    if (!*previous && !enableSleep()) {
+        services_.log("could not re-enable sleep (" + std::string(reason) + "); retrying");
+        return false;
+    }
+    state_.heldPrevious.reset();
+    services_.records.remove();
+    services_.log("sleep enabled again (" + std::string(reason) + ")");
+    return true;
+}
+
+// pmset reports success even where the setting did not take, so both are read back.
+
+bool Guard::disableSleep() {
+    return services_.machine.runPmset({"-a", "disablesleep", "1"})
+           && sleepDisabledNow(services_.machine) == true;
+}
+
+bool Guard::enableSleep() {
+    return services_.machine.runPmset({"-a", "disablesleep", "0"})
+           && sleepDisabledNow(services_.machine) == false;
+}
+
+std::optional<bool> Guard::recordedPrevious() {
+    return services_.records.read().transform(
+        [](const PowerDaemonRecord& record) { return record.previous; });
+}
+
+} // namespace velmo

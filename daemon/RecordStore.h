@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/power/PowerDaemonRecord.h"
+
+#include <optional>
+#include <string_view>
+
+namespace velmo {
+
+/// Where the record of a hold in force lies.
+inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
+inline constexpr std::string_view powerRecordName = "power-daemon.json";
+
+/// The daemon's one persistent fact. Called on the guard's queue only.
+class RecordStore {
+public:
+    virtual ~RecordStore() = default;
+
+    /// Absent when there is no record or it can't be read or decoded.
+    virtual std::optional<PowerDaemonRecord> read() = 0;
+
+    /// True only when the record is on disk, whole, to survive a crash and a power cut; false
+    /// leaves the previous record, or none, as it was.
+    virtual bool write(const PowerDaemonRecord& record) = 0;
+
+    /// Errors are ignored: a record that stays is retried by the guard's tick.
+    virtual void remove() = 0;
+};
+
+} // namespace velmo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+
+namespace velmo {
+
+/// Runs work one piece at a time, in the order in which it was posted.
+class SerialQueue {
+public:
+    using Work = std::function<void()>;
+
+    virtual ~SerialQueue() = default;
+
+    /// Posts the work and returns at once. From any thread.
+    virtual void async(Work work) = 0;
+
+    /// Posts the work and returns when it has run. Never from work that runs on this queue.
+    virtual void sync(const Work& work) = 0;
+};
+
+} // namespace velmo

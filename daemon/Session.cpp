@@ -1,0 +1,47 @@
+#include "daemon/Session.h"
+
+#include "daemon/Guard.h"
+
+#include <utility>
+
+namespace velmo {
+
+Session::Session(std::weak_ptr<Guard> owner, std::weak_ptr<ClientConnection> connection)
+    : owner_(std::move(owner)), connection_(std::move(connection)) {
+}
+
+void Session::hold(std::int64_t batteryFloor, HoldReply reply) {
+    const auto guard = owner_.lock();
+    const auto connection = connection_.lock();
+    if (!guard || !connection) {
+        reply(false, "gone");
+        return;
+    }
+    guard->queue().async([guard, who = connection->id(), batteryFloor, reply = std::move(reply)] {
+        const Guard::HoldResult result = guard->hold(who, batteryFloor);
+        reply(result.ok, result.reason);
+    });
+}
+
+void Session::heartbeat(Reply reply) {
+    const auto guard = owner_.lock();
+    const auto connection = connection_.lock();
+    if (!guard || !connection) {
+        reply(false);
+        return;
+    }
+    guard->queue().async([guard, who = connection->id(), reply = std::move(reply)] {
+        reply(guard->heartbeat(who));
+    });
+}
+
+void Session::release(Reply reply) {
+    const auto guard = owner_.lock();
+    if (!guard) {
+        reply(false);
+        return;
+    }
+    guard->queue().async([guard, reply = std::move(reply)] { reply(guard->revert("released")); });
+}
+
+} // namespace velmo

@@ -1,0 +1,171 @@
+#include "platform/posix/ChildProcess.h"
+
+#include "core/support/Text.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/Io.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <vector>
+
+extern char** environ; // NOLINT(readability-redundant-declaration): not in every <unistd.h>
+
+namespace velmo {
+
+namespace {
+
+/// pmset prints a few hundred bytes; a child that floods the pipe is not believed.
+constexpr std::size_t largestOutput = 1 << 20;
+
+constexpr int afterStandardError = STDERR_FILENO + 1;
+
+class FileActions {
+public:
+    FileActions() { posix_spawn_file_actions_init(&actions_); }
+
+    ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+
+    bool useStreams(const ChildStreams& streams) {
+        return posix_spawn_file_actions_adddup2(&actions_, streams.standardInput, STDIN_FILENO) == 0
+               && posix_spawn_file_actions_adddup2(&actions_, streams.standardOutput, STDOUT_FILENO)
+                      == 0
+               && posix_spawn_file_actions_adddup2(&actions_, streams.standardError, STDERR_FILENO)
+                      == 0
+               && closeOthers();
+    }
+
+    [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+private:
+#ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
+    // The flag of that name closes all that no action names.
+    static bool closeOthers() { return true; }
+#else
+    bool closeOthers() {
+        return posix_spawn_file_actions_addclosefrom_np(&actions_, afterStandardError) == 0;
+    }
+#endif
+
+    posix_spawn_file_actions_t actions_{};
+};
+
+class Attributes {
+public:
+    Attributes() { posix_spawnattr_init(&attributes_); }
+
+    ~Attributes() { posix_spawnattr_destroy(&attributes_); }
+
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+
+    bool useDefaults() {
+        sigset_t all;
+        sigset_t none;
+        sigfillset(&all);
+        sigemptyset(&none);
+        int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+#ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
+        flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
+#endif
+        return posix_spawnattr_setsigdefault(&attributes_, &all) == 0
+               && posix_spawnattr_setsigmask(&attributes_, &none) == 0
+               && posix_spawnattr_setflags(&attributes_, static_cast<short>(flags)) == 0;
+    }
+
+    [[nodiscard]] const posix_spawnattr_t* get() const { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_{};
+};
+
+bool holdsNul(std::string_view text) {
+    return text.contains('\0');
+}
+
+struct Pipe {
+    Descriptor readEnd;
+    Descriptor writeEnd;
+};
+
+std::optional<Pipe> makePipe() {
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return std::nullopt;
+    Pipe pipe{.readEnd = Descriptor(ends[0]), .writeEnd = Descriptor(ends[1])};
+    // macOS has no pipe2. The gap is closed by the children's own descriptor rule.
+    if (::fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0 || ::fcntl(ends[1], F_SETFD, FD_CLOEXEC) != 0)
+        return std::nullopt;
+    return pipe;
+}
+
+} // namespace
+
+std::optional<pid_t> startChild(const std::string& program,
+                                std::span<const std::string_view> arguments,
+                                const ChildStreams& streams) {
+    errno = EINVAL;
+    if (holdsNul(program) || std::ranges::any_of(arguments, holdsNul))
+        return std::nullopt;
+    std::vector<std::string> words{program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    FileActions actions;
+    Attributes attributes;
+    if (!actions.useStreams(streams) || !attributes.useDefaults())
+        return std::nullopt;
+    pid_t child = 0;
+    const int error = posix_spawnp(&child, program.c_str(), actions.get(), attributes.get(),
+                                   argv.data(), environ);
+    if (error != 0) {
+        errno = error;
+        return std::nullopt;
+    }
+    return child;
+}
+
+int shellStatus(int waitStatus) {
+    return WIFSIGNALED(waitStatus) ? 128 + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+}
+
+std::optional<int> waitForChild(pid_t child) {
+    int status = 0;
+    if (retryInterrupted([&] { return ::waitpid(child, &status, 0); }) != child)
+        return std::nullopt;
+    return shellStatus(status);
+}
+
+std::optional<std::string> outputOf(const std::string& program,
+                                    std::span<const std::string_view> arguments) {
+    const Descriptor null(retryInterrupted([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
+    auto pipe = makePipe();
+    if (!null || !pipe)
+        return std::nullopt;
+    const auto child = startChild(program, arguments,
+                                  {.standardInput = null.get(),
+                                   .standardOutput = pipe->writeEnd.get(),
+                                   .standardError = null.get()});
+    if (!child)
+        return std::nullopt;
+    // Our own copy must go, or the end of the output never comes. Reading to the end before waiting
+    // keeps a child that prints more than a pipe holds from waiting for us for ever.
+    pipe->writeEnd.reset();
+    const auto output = readToEnd(pipe->readEnd.get(), largestOutput);
+    pipe->readEnd.reset();
+    if (waitForChild(*child) != 0 || !output)
+        return std::nullopt;
+    return Text::repaired(*output);
+}
+
+} // namespace velmo

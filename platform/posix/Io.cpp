@@ -1,0 +1,50 @@
+#include "platform/posix/Io.h"
+
+#include <unistd.h>
+
+namespace velmo {
+
+std::optional<std::string> readToEnd(int descriptor, std::size_t limit) {
+    std::string bytes;
+    char buffer[4096];
+    while (true) {
+        const ssize_t count =
+            retryInterrupted([&] { return ::read(descriptor, buffer, sizeof buffer); });
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
+            return bytes;
+        bytes.append(buffer, static_cast<std::size_t>(count));
+        if (bytes.size() > limit)
+            return std::nullopt;
+    }
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count =
+            retryInterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+namespace {
+
+void writeOnce(int descriptor, std::string_view line) {
+    retryInterrupted([&] { return ::write(descriptor, line.data(), line.size()); });
+}
+
+} // namespace
+
+void writeStandardOutput(std::string_view line) {
+    writeOnce(STDOUT_FILENO, line);
+}
+
+void writeStandardError(std::string_view line) {
+    writeOnce(STDERR_FILENO, line);
+}
+
+} // namespace velmo

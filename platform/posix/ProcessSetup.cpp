@@ -1,0 +1,31 @@
+#include "platform/posix/ProcessSetup.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+
+namespace velmo {
+
+void prepareProcess() {
+    // open answers the lowest free number, so this fills exactly the standard ones that are closed.
+    int descriptor = ::open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDWR);
+    if (descriptor >= 0)
+        ::close(descriptor);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
+void allowDescriptors(std::size_t count) {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= count)
+        return;
+    limit.rlim_cur = std::min<rlim_t>(count, limit.rlim_max);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+} // namespace velmo

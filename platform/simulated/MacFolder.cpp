@@ -1,0 +1,117 @@
+#include "platform/simulated/MacFolder.h"
+
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/Folder.h"
+#include "platform/posix/Io.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <system_error>
+
+namespace velmo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* machineFile = "machine.json";
+constexpr const char* lockFile = ".machine.lock";
+constexpr std::size_t largestMachineFile = 65536;
+constexpr mode_t fileMode = 0644;
+constexpr mode_t folderMode = 0755;
+
+/// One member a line, for people who edit the file. Takes valid compact JSON.
+std::string indented(std::string_view json) {
+    std::string result;
+    std::size_t depth = 0;
+    bool inText = false;
+    const auto newLine = [&] { result.append("\n").append(2 * depth, ' '); };
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inText && c == '\\') {
+            result += c;
+            result += json[++i];
+            continue;
+        }
+        if (c == '"')
+            inText = !inText;
+        if (!inText && c == '}') {
+            --depth;
+            newLine();
+        }
+        result += c;
+        if (inText)
+            continue;
+        if (c == '{')
+            ++depth;
+        if (c == '{' || c == ',')
+            newLine();
+        if (c == ':')
+            result += ' ';
+    }
+    return result + '\n';
+}
+
+bool write(const Folder& folder, const SimulatedMac& mac) {
+    const auto line = encodeJson(mac);
+    return line && folder.replace(machineFile, indented(*line), fileMode);
+}
+
+std::optional<SimulatedMac> read(const Folder& folder) {
+    const auto content = folder.read(machineFile, largestMachineFile);
+    return content ? decodeRecord<SimulatedMac>(*content) : std::nullopt;
+}
+
+/// Held until the descriptor is closed.
+Descriptor lock(const fs::path& path) {
+    Descriptor file(retryInterrupted(
+        [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode); }));
+    if (file && retryInterrupted([&] { return ::flock(file.get(), LOCK_EX); }) != 0)
+        file.reset();
+    return file;
+}
+
+} // namespace
+
+MacFolder::MacFolder(fs::path root) : root_(fs::absolute(root).lexically_normal()) {
+}
+
+bool MacFolder::create(const fs::path& pmset) const {
+    const auto folder = Folder::make(root_, folderMode);
+    if (!folder || !Folder::make(inside("/usr/bin"), folderMode)
+        || !Folder::make(inside("/var/run"), folderMode))
+        return false;
+    std::error_code error;
+    fs::remove(this->pmset(), error);
+    fs::create_symlink(fs::absolute(pmset), this->pmset(), error);
+    SimulatedMac mac;
+    mac.trustedUsers = {::getuid()};
+    return !error && write(*folder, mac);
+}
+
+std::optional<SimulatedMac> MacFolder::load() const {
+    const auto folder = Folder::open(root_);
+    return folder ? read(*folder) : std::nullopt;
+}
+
+bool MacFolder::update(const std::function<void(SimulatedMac&)>& change) const {
+    const Descriptor lock = velmo::lock(root_ / lockFile);
+    const auto folder = Folder::open(root_);
+    auto mac = lock && folder ? read(*folder) : std::nullopt;
+    if (!mac)
+        return false;
+    change(*mac);
+    return write(*folder, *mac);
+}
+
+fs::path MacFolder::socket(std::string_view service) const {
+    return inside("/var/run") / (std::string(service) + ".sock");
+}
+
+fs::path MacFolder::inside(std::string_view absolutePath) const {
+    return root_ / fs::path(absolutePath).relative_path();
+}
+
+} // namespace velmo

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/simulated/SimulatedMac.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+namespace velmo {
+
+/// A simulated Mac's folder:
+///
+///     machine.json            its state (`SimulatedMac`)
+///     usr/bin/pmset           the program that changes and prints the sleep setting
+///     var/db/velmo/           the daemon's record
+///     var/run/                the socket that stands for the Mach service
+class MacFolder {
+public:
+    explicit MacFolder(std::filesystem::path root);
+
+    /// Makes the folder with a Mac on mains power that trusts the current user; `pmset` is the
+    /// program to put at its place, as a link. False: something could not be written.
+    [[nodiscard]] bool create(const std::filesystem::path& pmset) const;
+
+    /// Absent when the machine file is missing or is not in order.
+    [[nodiscard]] std::optional<SimulatedMac> load() const;
+
+    /// Changes the state, one process at a time. False: the file could not be read or written.
+    bool update(const std::function<void(SimulatedMac&)>& change) const;
+
+    [[nodiscard]] std::filesystem::path pmset() const { return root_ / "usr/bin/pmset"; }
+
+    [[nodiscard]] std::filesystem::path socket(std::string_view service) const;
+
+    /// Where an absolute path of a Mac lies in the folder.
+    [[nodiscard]] std::filesystem::path inside(std::string_view absolutePath) const;
+
+    [[nodiscard]] const std::filesystem::path& root() const { return root_; }
+
+private:
+    std::filesystem::path root_;
+};
+
+} // namespace velmo

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "core/power/VelmoPowerProtocol.h"
+#include "platform/simulated/CallLine.h"
+
+#include <asio/io_context.hpp>
+#include <asio/local/stream_protocol.hpp>
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <system_error>
+
+namespace velmo {
+
+/// A client's connection to the daemon of a simulated Mac. Everything happens on the thread that
+/// runs the context, replies and `onLost` included.
+class SocketClient final : public VelmoPowerProtocol,
+                           public std::enable_shared_from_this<SocketClient> {
+public:
+    /// Null when nobody listens. `onLost` is called once, when the daemon ends the connection;
+    /// calls that were not answered by then never are. Letting go of the client ends the connection
+    /// too.
+    static std::shared_ptr<SocketClient> connect(asio::io_context& context,
+                                                 const std::filesystem::path& socket,
+                                                 std::function<void()> onLost);
+
+    void hold(std::int64_t batteryFloor, HoldReply reply) override;
+    void heartbeat(Reply reply) override;
+    void release(Reply reply) override;
+
+private:
+    using OnReply = std::function<void(const ReplyLine&)>;
+
+    explicit SocketClient(asio::io_context& context) : socket_(context) {}
+
+    void call(const CallLine& line, OnReply onReply);
+    void writeNext();
+    void readReply();
+    void received(const std::error_code& error, std::size_t size);
+    void close();
+
+    asio::local::stream_protocol::socket socket_;
+    std::function<void()> onLost_;
+    std::deque<std::string> toSend_; ///< the first is being written
+    std::deque<OnReply> awaited_;
+    std::string received_;
+};
+
+} // namespace velmo

@@ -1,0 +1,133 @@
+/// velmo-mac: makes a simulated Mac and does to it what happens to Macs: the plug is pulled, the
+/// battery runs down, the lid cooks, a tool breaks, hours pass.
+
+#include "core/output/Output.h"
+#include "platform/posix/Io.h"
+#include "platform/posix/OwnExecutable.h"
+#include "platform/simulated/MacFolder.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace velmo;
+
+/// What one call of `velmo-mac set` changes; what is absent stays as it is.
+struct Changes {
+    std::optional<bool> mains;
+    std::optional<std::string> battery;
+    std::optional<std::string> thermal;
+    std::optional<bool> sleepDisabled;
+    std::optional<double> clockForward;
+    std::optional<std::int64_t> userId;
+    std::optional<std::string> team;
+    std::optional<std::vector<std::int64_t>> trustedUsers;
+    std::optional<std::string> pmset;
+    std::optional<bool> propertyUnreadable;
+    std::optional<std::string> recordFolder;
+};
+
+constexpr const char* none = "none";
+
+template<HasRawText E>
+CLI::Option* addChoice(CLI::App& app, const std::string& name, std::optional<std::string>& target,
+                       const std::string& description) {
+    const std::vector<std::string> texts(rawTexts<E>.begin(), rawTexts<E>.end());
+    return app.add_option(name, target, description)->check(CLI::IsMember(texts));
+}
+
+void addChangeOptions(CLI::App& app, Changes& changes) {
+    const auto percentOrNone = CLI::Range(0, 100) | CLI::IsMember(std::vector<std::string>{none});
+    app.add_option("--mains", changes.mains, "on mains power (on) or on the battery (off)");
+    app.add_option("--battery", changes.battery, "percent, or none")->check(percentOrNone);
+    addChoice<ThermalState>(app, "--thermal", changes.thermal, "how hot the machine is");
+    app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting");
+    app.add_option("--clock-forward", changes.clockForward,
+                   "seconds by which the clock is moved forward");
+    app.add_option("--user-id", changes.userId, "the user that the daemon runs as");
+    app.add_option("--team", changes.team, "the team that signed the daemon, or none");
+    app.add_option("--trusted-users", changes.trustedUsers,
+                   "user ids whose processes count as signed clients");
+    addChoice<PmsetFault>(app, "--pmset", changes.pmset, "what pmset does instead of its job");
+    app.add_option("--property-unreadable", changes.propertyUnreadable,
+                   "whether the power service keeps the sleep setting to itself");
+    addChoice<RecordFolderFault>(app, "--record-folder", changes.recordFolder,
+                                 "what is wrong with the folder of the daemon's record");
+}
+
+template<HasRawText E>
+void choose(E& target, const std::optional<std::string>& text) {
+    if (text)
+        target = fromRawText<E>(*text).value_or(target);
+}
+
+void apply(const Changes& changes, SimulatedMac& mac) {
+    mac.mains = changes.mains.value_or(mac.mains);
+    if (changes.battery)
+        mac.battery =
+            changes.battery == none ? std::nullopt : std::optional(stoi(*changes.battery));
+    choose(mac.thermal, changes.thermal);
+    mac.sleepDisabled = changes.sleepDisabled.value_or(mac.sleepDisabled);
+    mac.clockOffset += changes.clockForward.value_or(0);
+    mac.userId = changes.userId.value_or(mac.userId);
+    if (changes.team)
+        mac.team = changes.team == none ? std::nullopt : changes.team;
+    mac.trustedUsers = changes.trustedUsers.value_or(mac.trustedUsers);
+    choose(mac.faults.pmset, changes.pmset);
+    mac.faults.propertyUnreadable =
+        changes.propertyUnreadable.value_or(mac.faults.propertyUnreadable);
+    choose(mac.faults.recordFolder, changes.recordFolder);
+}
+
+int complain(const std::string& message) {
+    writeStandardError("velmo-mac: " + message + "\n");
+    return EXIT_FAILURE;
+}
+
+int create(const MacFolder& folder) {
+    if (folder.load())
+        return complain("there is a Mac in " + folder.root().string() + " already");
+    if (!folder.create(ownExecutable().parent_path() / "simulated-pmset"))
+        return complain("can't write into " + folder.root().string());
+    return EXIT_SUCCESS;
+}
+
+int show(const MacFolder& folder) {
+    const auto mac = folder.load();
+    if (!mac)
+        return complain("there is no Mac in " + folder.root().string());
+    Output::print(*mac, writeStandardOutput);
+    return EXIT_SUCCESS;
+}
+
+int set(const MacFolder& folder, const Changes& changes) {
+    if (!folder.update([&](SimulatedMac& mac) { apply(changes, mac); }))
+        return complain("can't change the machine file in " + folder.root().string());
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Makes a simulated Mac in a folder and changes it from outside.");
+    app.require_subcommand(1);
+    std::string folder;
+    Changes changes;
+    auto* const creating = app.add_subcommand("create", "make a Mac");
+    auto* const showing = app.add_subcommand("show", "print its state as one JSON line");
+    auto* const setting = app.add_subcommand("set", "change its state");
+    for (auto* const verb : {creating, showing, setting})
+        verb->add_option("FOLDER", folder, "where the Mac lives")->required();
+    addChangeOptions(*setting, changes);
+    CLI11_PARSE(app, argc, argv);
+
+    const MacFolder mac(folder);
+    if (*creating)
+        return create(mac);
+    return *showing ? show(mac) : set(mac, changes);
+}
