@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/power/KeepAwakeLines.h"
+#include "daemon/PowerMachine.h"
+#include "tools/velmo-power/HoldKeeper.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// What velmo-power says to people.
+namespace velmo {
+
+/// What anyone may know of a Mac without asking the daemon.
+struct PowerStatus : KeepAwakePowerLine {
+    std::optional<bool> sleepDisabled; ///< absent when it can't be read
+
+    static constexpr auto fields =
+        std::tuple_cat(KeepAwakePowerLine::fields,
+                       std::tuple{field("sleepDisabled", &PowerStatus::sleepDisabled)});
+    bool operator==(const PowerStatus&) const = default;
+};
+
+PowerStatus readStatus(PowerMachine& machine);
+
+/// Four lines, one fact each.
+std::string statusText(const PowerStatus& status);
+
+/// Where a hold stands, in a sentence without an end.
+std::string holdText(const HoldKeeper::Status& status);
+
+/// The one line that stays current while a hold is in force, of fewer than 80 columns.
+std::string heldLine(double heldSeconds, std::int64_t floor, const PowerStatus& status);
+
+} // namespace velmo
