@@ -3,6 +3,7 @@
 #include "core/support/Text.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/Pipe.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -88,22 +89,6 @@ private:
 
 bool holdsNul(std::string_view text) {
     return text.contains('\0');
-}
-
-struct Pipe {
-    Descriptor readEnd;
-    Descriptor writeEnd;
-};
-
-std::optional<Pipe> makePipe() {
-    int ends[2];
-    if (::pipe(ends) != 0)
-        return std::nullopt;
-    Pipe pipe{.readEnd = Descriptor(ends[0]), .writeEnd = Descriptor(ends[1])};
-    // macOS has no pipe2. The gap is closed by the children's own descriptor rule.
-    if (::fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0 || ::fcntl(ends[1], F_SETFD, FD_CLOEXEC) != 0)
-        return std::nullopt;
-    return pipe;
 }
 
 } // namespace

@@ -1,0 +1,310 @@
+#include "daemon/Guard.h"
+
+#include "tests/daemon/Fakes.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <functional>
+
+namespace velmo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Pmset = FakeMachine::Pmset;
+
+constexpr ClientId first{1};
+constexpr ClientId second{2};
+constexpr Guard::HoldResult granted{.ok = true, .reason = ""};
+
+constexpr const char* on = "pmset -a disablesleep 1";
+constexpr const char* off = "pmset -a disablesleep 0";
+constexpr const char* disabledLog = "sleep disabled (closed lid) for a Velmo client";
+constexpr const char* removed = "record removed";
+
+Guard::HoldResult refused(std::string_view reason) {
+    return {.ok = false, .reason = reason};
+}
+
+class GuardTest : public testing::Test, protected GuardedMac {
+protected:
+    void holdFirst(std::int64_t floor = 20) {
+        ASSERT_EQ(guard->hold(first, floor), granted);
+        takeEvents();
+    }
+
+    void expectFree() {
+        EXPECT_EQ(guard->state().holder, std::nullopt);
+        EXPECT_EQ(guard->state().heldPrevious, std::nullopt);
+        EXPECT_EQ(records.record, std::nullopt);
+    }
+};
+
+TEST_F(GuardTest, StartsFree) {
+    EXPECT_EQ(guard->state(), (Guard::State{.holder = {},
+                                            .heldPrevious = {},
+                                            .floor = 10,
+                                            .lastBeat = 0,
+                                            .idleSince = 1000,
+                                            .connections = 0}));
+}
+
+TEST_F(GuardTest, RecordsTheSettingBeforeItTouchesIt) {
+    EXPECT_EQ(guard->hold(first, 30), granted);
+    EXPECT_THAT(takeEvents(), ElementsAre("record: enabled", on, disabledLog));
+    EXPECT_TRUE(machine.sleepDisabled);
+    EXPECT_EQ(records.record, (PowerDaemonRecord{.previous = false, .since = 1000}));
+    EXPECT_EQ(guard->state(), (Guard::State{.holder = first,
+                                            .heldPrevious = false,
+                                            .floor = 30,
+                                            .lastBeat = 1000,
+                                            .idleSince = 1000,
+                                            .connections = 0}));
+
+    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (released)"));
+    EXPECT_FALSE(machine.sleepDisabled);
+    expectFree();
+}
+
+TEST_F(GuardTest, LeavesSleepDisabledWhereItWasBefore) {
+    machine.sleepDisabled = true;
+    EXPECT_EQ(guard->hold(first, 20), granted);
+    EXPECT_THAT(takeEvents(), ElementsAre("record: disabled", disabledLog));
+    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_THAT(takeEvents(), ElementsAre(removed, "sleep enabled again (released)"));
+    EXPECT_TRUE(machine.sleepDisabled);
+    expectFree();
+}
+
+TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
+    struct Case {
+        std::string_view reason;
+        std::function<void()> fault;
+        Events events;
+    };
+
+    const Case cases[] = {
+        {"battery", [&] { machine.mains = false, machine.battery = 19; }, {}},
+        {"thermal", [&] { machine.thermal = 2; }, {}},
+        {"unreadable",
+         [&] { machine.propertyReadable = false, machine.pmset = Pmset::fails; },
+         {"pmset -g"}},
+        {"record", [&] { records.writable = false; }, {"record: enabled"}},
+        {"pmset", [&] { machine.pmset = Pmset::fails; }, {"record: enabled", on, off, removed}},
+        {"pmset", [&] { machine.pmset = Pmset::lies; }, {"record: enabled", on, off, removed}},
+        {"pmset",
+         [&] { machine.pmset = Pmset::lies, machine.propertyReadable = false; },
+         {"pmset -g", "record: enabled", on, "pmset -g", off, removed}},
+    };
+    for (const Case& c : cases) {
+        machine = FakeMachine(events);
+        records.writable = true;
+        c.fault();
+        EXPECT_EQ(guard->hold(first, 20), refused(c.reason));
+        EXPECT_EQ(takeEvents(), c.events) << c.reason;
+        EXPECT_FALSE(machine.sleepDisabled) << c.reason;
+        expectFree();
+    }
+}
+
+TEST_F(GuardTest, ReadsTheSettingFromPmsetOnlyWhereThePropertyIsMissing) {
+    machine.propertyReadable = false;
+    EXPECT_EQ(guard->hold(first, 20), granted);
+    EXPECT_THAT(takeEvents(),
+                ElementsAre("pmset -g", "record: enabled", on, "pmset -g", disabledLog));
+    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_THAT(takeEvents(),
+                ElementsAre(off, "pmset -g", removed, "sleep enabled again (released)"));
+}
+
+TEST_F(GuardTest, ClampsTheFloorOfEveryClient) {
+    struct Case {
+        std::int64_t asked;
+        std::int64_t floor;
+    };
+
+    for (const auto& [asked, floor] :
+         {Case{INT64_MIN, 10}, Case{9, 10}, Case{50, 50}, Case{96, 95}, Case{INT64_MAX, 95}}) {
+        machine.mains = true;
+        EXPECT_EQ(guard->hold(first, asked), granted);
+        EXPECT_EQ(guard->state().floor, floor);
+        machine.mains = false;
+        machine.battery = floor;
+        EXPECT_EQ(guard->hold(first, asked), granted) << asked;
+        machine.battery = floor - 1;
+        EXPECT_EQ(guard->hold(first, asked), refused("battery")) << asked;
+    }
+}
+
+TEST_F(GuardTest, ABusyAnswerTouchesNothingEvenOnAHotMachine) {
+    holdFirst();
+    const Guard::State before = guard->state();
+    machine.thermal = 3;
+    machine.clock += 5;
+    EXPECT_EQ(guard->hold(second, 50), refused("busy"));
+    EXPECT_FALSE(guard->heartbeat(second));
+    EXPECT_EQ(guard->state(), before);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+}
+
+TEST_F(GuardTest, TheHolderMayHoldAgain) {
+    holdFirst(20);
+    machine.clock += 10;
+    EXPECT_EQ(guard->hold(first, 40), granted);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    EXPECT_EQ(guard->state().floor, 40);
+    EXPECT_EQ(guard->state().lastBeat, 1010);
+}
+
+TEST_F(GuardTest, ARefusedRenewalEndsTheHold) {
+    holdFirst();
+    machine.thermal = 2;
+    machine.clock += 5;
+    EXPECT_EQ(guard->hold(first, 20), refused("thermal"));
+    EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (thermal)"));
+    EXPECT_EQ(guard->state().idleSince, 1005);
+    expectFree();
+}
+
+TEST_F(GuardTest, TicksEndAHoldForItsReason) {
+    struct Case {
+        std::string reason;
+        std::function<void()> change;
+    };
+
+    const Case cases[] = {
+        {"heartbeat", [&] { machine.clock += 0.5; }},
+        {"battery", [&] { machine.mains = false, machine.battery = 19; }},
+        {"thermal", [&] { machine.thermal = 2; }},
+    };
+    for (const auto& [reason, change] : cases) {
+        machine = FakeMachine(events);
+        holdFirst();
+        tickAfter(35);
+        EXPECT_THAT(takeEvents(), IsEmpty()) << reason;
+        change();
+        tick();
+        EXPECT_THAT(takeEvents(),
+                    ElementsAre(off, removed, "sleep enabled again (" + reason + ")"));
+        expectFree();
+    }
+}
+
+TEST_F(GuardTest, HeartbeatsKeepAHold) {
+    holdFirst();
+    for (int i = 0; i < 3; ++i) {
+        tickAfter(30);
+        EXPECT_TRUE(guard->heartbeat(first));
+    }
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    tickAfter(35.5);
+    EXPECT_FALSE(guard->heartbeat(first));
+}
+
+TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
+    for (const Pmset fault : {Pmset::fails, Pmset::lies}) {
+        machine.pmset = Pmset::works;
+        holdFirst();
+        machine.pmset = fault;
+        EXPECT_FALSE(guard->revert("client gone"));
+        EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (client gone); "
+                                                   "retrying"));
+        EXPECT_EQ(guard->state().holder, std::nullopt);
+        EXPECT_EQ(guard->state().heldPrevious, false);
+
+        tickAfter(61); // idle, but never while something is to be restored
+        EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (retry); retrying"));
+        EXPECT_THAT(exits, IsEmpty());
+
+        machine.pmset = Pmset::works;
+        tick();
+        EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (retry)"));
+        EXPECT_FALSE(machine.sleepDisabled);
+        expectFree();
+    }
+}
+
+TEST_F(GuardTest, AHoldTakesAPendingRestoreOver) {
+    holdFirst();
+    machine.pmset = Pmset::fails;
+    guard->revert("client gone");
+    takeEvents();
+    EXPECT_EQ(guard->hold(second, 20), granted);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    machine.pmset = Pmset::works;
+    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_FALSE(machine.sleepDisabled);
+    expectFree();
+}
+
+TEST_F(GuardTest, AHoldTakesARecordLeftOnDiskOver) {
+    records.record = PowerDaemonRecord{.previous = true, .since = 1};
+    EXPECT_EQ(guard->hold(first, 20), granted);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    EXPECT_EQ(guard->state().heldPrevious, true);
+}
+
+TEST_F(GuardTest, TheTickRestoresFromARecordLeftOnDisk) {
+    records.record = PowerDaemonRecord{.previous = false, .since = 1};
+    records.removable = false;
+    machine.sleepDisabled = true;
+    for (int i = 0; i < 2; ++i) {
+        tickAfter(61);
+        EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (retry)"));
+        EXPECT_THAT(exits, IsEmpty());
+    }
+}
+
+TEST_F(GuardTest, ExitsWhenItHasBeenIdleForMoreThanAMinute) {
+    tickAfter(60);
+    EXPECT_THAT(exits, IsEmpty());
+    tickAfter(0.5);
+    EXPECT_THAT(exits, ElementsAre(0));
+}
+
+TEST_F(GuardTest, NeverExitsDuringAHoldAndCountsIdleTimeFromItsEnd) {
+    holdFirst();
+    tickAfter(30);
+    guard->heartbeat(first);
+    tickAfter(34);
+    guard->revert("released");
+    tickAfter(60);
+    EXPECT_THAT(exits, IsEmpty());
+    tickAfter(1);
+    EXPECT_THAT(exits, ElementsAre(0));
+}
+
+TEST_F(GuardTest, ARecordThatCannotBeDecodedIsLeftInPlace) {
+    records.record = PowerDaemonRecord{};
+    records.damaged = true;
+    guard->recover();
+    EXPECT_TRUE(guard->revert("released"));
+    tickAfter(61);
+    EXPECT_THAT(exits, ElementsAre(0));
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    EXPECT_TRUE(records.record);
+}
+
+TEST_F(GuardTest, RecoversWhatACrashLeftBehind) {
+    guard->recover();
+    EXPECT_THAT(takeEvents(), IsEmpty());
+
+    const std::string found = "a hold was left behind; sleep back";
+    machine.sleepDisabled = true;
+    records.record = PowerDaemonRecord{.previous = false, .since = 1};
+    guard->recover();
+    EXPECT_THAT(takeEvents(), ElementsAre(found, off, removed, "sleep enabled again (recovered)"));
+    EXPECT_FALSE(machine.sleepDisabled);
+
+    machine.sleepDisabled = true;
+    records.record = PowerDaemonRecord{.previous = true, .since = 1};
+    guard->recover();
+    EXPECT_THAT(takeEvents(), ElementsAre(found, removed, "sleep enabled again (recovered)"));
+    EXPECT_TRUE(machine.sleepDisabled);
+    expectFree();
+}
+
+} // namespace
+} // namespace velmo

@@ -1,0 +1,78 @@
+#include "daemon/PowerReadings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+
+namespace velmo {
+namespace {
+
+/// Only answers what it was given.
+class FixedMachine final : public PowerMachine {
+public:
+    std::optional<std::string> runPmset(PmsetArguments /*arguments*/) override { return {}; }
+
+    std::optional<bool> sleepDisabledProperty() override { return {}; }
+
+    std::optional<PowerSourceSnapshot> powerSources() override { return snapshot; }
+
+    int thermalRaw() override { return 0; }
+
+    double now() override { return 0; }
+
+    std::optional<PowerSourceSnapshot> snapshot;
+};
+
+PowerSource battery(std::optional<std::int64_t> current, std::optional<std::int64_t> maximum) {
+    return {.type = "InternalBattery", .currentCapacity = current, .maximumCapacity = maximum};
+}
+
+TEST(PowerReadings, TellTheBatteryFromItsRawCapacities) {
+    constexpr std::int64_t huge = std::numeric_limits<std::int64_t>::max();
+
+    struct Case {
+        std::vector<PowerSource> sources;
+        std::optional<int> percent;
+    };
+
+    const Case cases[] = {
+        {{}, {}},
+        {{battery(2999, 4000)}, 74},
+        {{battery(199, 200)}, 99},
+        {{battery(5, 4)}, 100},
+        {{battery(-5, 4)}, 0},
+        {{battery(huge, huge)}, 100},
+        {{battery(huge - 1, huge)}, 99},
+        {{battery(-huge, 1)}, 0},
+        {{battery(50, 0)}, {}},
+        {{battery(50, -1)}, {}},
+        {{battery({}, 100)}, {}},
+        {{battery(50, {})}, {}},
+        {{{.type = "UPS", .currentCapacity = 50, .maximumCapacity = 100}}, {}},
+        {{{.type = {}, .currentCapacity = 50, .maximumCapacity = 100}}, {}},
+        {{battery(10, 100), battery(20, 100)}, 20},
+        {{battery(10, 100), battery(20, 0)}, 10},
+    };
+    FixedMachine machine;
+    int row = 0;
+    for (const auto& [sources, percent] : cases) {
+        machine.snapshot = {.providingType = "Battery Power", .sources = sources};
+        EXPECT_EQ(power(machine), (PowerReading{.ac = false, .battery = percent})) << "row " << row;
+        ++row;
+    }
+}
+
+TEST(PowerReadings, AnUnknownSourceIsNotTheBattery) {
+    FixedMachine machine;
+    EXPECT_EQ(power(machine), PowerReading());
+    machine.snapshot = {.providingType = {}, .sources = {battery(1, 2)}};
+    EXPECT_EQ(power(machine), (PowerReading{.ac = {}, .battery = 50}));
+    machine.snapshot->providingType = "AC Power";
+    EXPECT_EQ(power(machine).ac, true);
+    machine.snapshot->providingType = "UPS Power";
+    EXPECT_EQ(power(machine).ac, false);
+}
+
+} // namespace
+} // namespace velmo

@@ -1,0 +1,154 @@
+#include "daemon/Session.h"
+
+#include "tests/daemon/Fakes.h"
+
+#include <gmock/gmock.h>
+
+namespace velmo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SessionTest : public testing::Test, protected GuardedMac {
+protected:
+    std::shared_ptr<FakeConnection> connect(std::uint64_t id) {
+        auto connection = std::make_shared<FakeConnection>(id, events);
+        EXPECT_TRUE(guard->acceptConnection(connection));
+        queue.runAll();
+        takeEvents();
+        return connection;
+    }
+
+    std::string hold(Session& session, std::int64_t floor = 20) {
+        session.hold(floor, [this](bool ok, std::string_view reason) {
+            replies.push_back(ok ? "ok" : std::string(reason));
+        });
+        return reply();
+    }
+
+    std::string heartbeat(Session& session) {
+        session.heartbeat([this](bool ok) { replies.emplace_back(ok ? "ok" : "no"); });
+        return reply();
+    }
+
+    std::string release(Session& session) {
+        session.release([this](bool ok) { replies.emplace_back(ok ? "ok" : "no"); });
+        return reply();
+    }
+
+    /// The one reply to the call before it; more than one, or none, shows in the text.
+    std::string reply() {
+        queue.runAll();
+        std::string all;
+        for (const std::string& each : std::exchange(replies, {}))
+            all += each;
+        return all;
+    }
+
+    std::vector<std::string> replies;
+};
+
+TEST_F(SessionTest, AConnectionIsPreparedBeforeItIsResumed) {
+    const auto connection = std::make_shared<FakeConnection>(1, events);
+    EXPECT_TRUE(guard->acceptConnection(connection));
+    EXPECT_THAT(takeEvents(), ElementsAre("requirement requirement", "session",
+                                          "invalidation handler", "resume"));
+    // Lost at once: counted up, then down, never below.
+    connection->invalidate();
+    queue.runAll();
+    EXPECT_EQ(guard->state().connections, 0);
+    connection->invalidate();
+    queue.runAll();
+    EXPECT_EQ(guard->state().connections, 0);
+}
+
+TEST_F(SessionTest, AnUnsignedDaemonRefusesEveryCaller) {
+    guard = newGuard(std::nullopt);
+    const auto connection = std::make_shared<FakeConnection>(1, events);
+    EXPECT_FALSE(guard->acceptConnection(connection));
+    EXPECT_FALSE(guard->acceptConnection(connection));
+    EXPECT_THAT(takeEvents(), ElementsAre("unsigned daemon: refusing every caller",
+                                          "unsigned daemon: refusing every caller"));
+}
+
+TEST_F(SessionTest, AConnectionThatCannotBeHeldToTheRequirementIsRefused) {
+    const auto connection = std::make_shared<FakeConnection>(1, events);
+    connection->requirementWellFormed = false;
+    EXPECT_FALSE(guard->acceptConnection(connection));
+    queue.runAll();
+    EXPECT_THAT(takeEvents(), ElementsAre("requirement requirement"));
+    EXPECT_EQ(guard->state().connections, 0);
+}
+
+TEST_F(SessionTest, EveryCallIsAnsweredOnceFromTheQueue) {
+    const auto holder = connect(1);
+    const auto other = connect(2);
+    EXPECT_EQ(guard->state().connections, 2);
+    holder->session->hold(20, [this](bool, std::string_view) { replies.emplace_back("late"); });
+    EXPECT_THAT(replies, IsEmpty());
+    EXPECT_EQ(reply(), "late");
+
+    EXPECT_EQ(hold(*holder->session), "ok");
+    EXPECT_EQ(hold(*other->session), "busy");
+    EXPECT_EQ(heartbeat(*holder->session), "ok");
+    EXPECT_EQ(heartbeat(*other->session), "no");
+    EXPECT_EQ(release(*other->session), "ok"); // anyone may end the hold
+    EXPECT_EQ(heartbeat(*holder->session), "no");
+    EXPECT_EQ(release(*holder->session), "ok"); // nothing left to restore
+    EXPECT_EQ(hold(*other->session), "ok");
+    machine.pmset = FakeMachine::Pmset::fails;
+    EXPECT_EQ(release(*other->session), "no");
+}
+
+TEST_F(SessionTest, AHoldEndsWithItsConnectionAndNoOther) {
+    const auto holder = connect(1);
+    const auto other = connect(2);
+    EXPECT_EQ(hold(*holder->session), "ok");
+    takeEvents();
+
+    other->invalidate();
+    queue.runAll();
+    EXPECT_EQ(guard->state().connections, 1);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+
+    holder->invalidate();
+    queue.runAll();
+    EXPECT_EQ(guard->state().connections, 0);
+    EXPECT_THAT(takeEvents(), ElementsAre("pmset -a disablesleep 0", "record removed",
+                                          "sleep enabled again (client gone)"));
+}
+
+TEST_F(SessionTest, TheHolderIsLookedUpWhenTheLossIsHandled) {
+    const auto leaving = connect(1);
+    const auto other = connect(2);
+    EXPECT_EQ(hold(*leaving->session), "ok");
+    EXPECT_EQ(release(*leaving->session), "ok");
+    leaving->invalidate();
+    EXPECT_EQ(hold(*other->session), "ok"); // runs after the loss was posted
+    EXPECT_EQ(guard->state().holder, ClientId{2});
+}
+
+TEST_F(SessionTest, OutlivingItsConnectionItCanOnlyRelease) {
+    auto connection = connect(1);
+    const auto session = connection->session;
+    EXPECT_EQ(hold(*session), "ok");
+    connection.reset();
+    EXPECT_EQ(hold(*session), "gone");
+    EXPECT_EQ(heartbeat(*session), "no");
+    EXPECT_EQ(release(*session), "ok");
+    EXPECT_FALSE(machine.sleepDisabled);
+}
+
+TEST_F(SessionTest, OutlivingItsGuardItAnswersAtOnce) {
+    const auto connection = connect(1);
+    guard.reset();
+    EXPECT_EQ(hold(*connection->session), "gone");
+    EXPECT_EQ(heartbeat(*connection->session), "no");
+    EXPECT_EQ(release(*connection->session), "no");
+    connection->invalidate();
+    queue.runAll();
+}
+
+} // namespace
+} // namespace velmo

@@ -1,0 +1,82 @@
+#include "platform/posix/ChildProcess.h"
+
+#include "platform/posix/Descriptor.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <vector>
+
+namespace velmo {
+namespace {
+
+std::optional<std::string> shell(std::string_view script) {
+    const std::vector<std::string_view> arguments{"-c", script};
+    return outputOf("/bin/sh", arguments);
+}
+
+TEST(ChildProcess, AnswersTheOutputOfWhatSucceeded) {
+    struct Case {
+        std::string_view script;
+        std::optional<std::string> output;
+    };
+
+    const Case cases[] = {
+        {"printf 'a\\nb'", "a\nb"},
+        {":", ""},
+        {"echo out; echo err >&2", "out\n"},
+        {"printf 'a\\377b'", "a\uFFFDb"},
+        {"cat", ""}, // standard input is the null device
+        {"echo out; exit 1", {}},
+        {"echo out; kill -9 $$", {}},
+    };
+    for (const auto& [script, output] : cases)
+        EXPECT_EQ(shell(script), output) << script;
+    EXPECT_FALSE(outputOf("/nonexistent/pmset", {}));
+    EXPECT_FALSE(outputOf("/", {}));
+    EXPECT_FALSE(shell(std::string_view("echo\0x", 6)));
+}
+
+TEST(ChildProcess, ReadsMoreThanAPipeHolds) {
+    const auto output = shell("i=0; while [ $i -lt 20000 ]; do echo 1234567890; i=$((i+1)); done");
+    ASSERT_TRUE(output);
+    EXPECT_EQ(output->size(), 220000U);
+}
+
+TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {
+    const auto previous = std::signal(SIGTERM, SIG_IGN);
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGINT);
+    sigprocmask(SIG_BLOCK, &blocked, &before);
+    const Descriptor leaky(::fcntl(STDERR_FILENO, F_DUPFD, 9)); // not close-on-exec
+
+    EXPECT_EQ(shell("kill -TERM $$; echo survived"), std::nullopt);
+    EXPECT_EQ(shell("kill -INT $$; echo survived"), std::nullopt);
+    EXPECT_EQ(shell("( : >&" + std::to_string(leaky.get()) + " ) 2>/dev/null || echo closed"),
+              "closed\n");
+
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGTERM, previous);
+}
+
+int lowestFreeDescriptor() {
+    const Descriptor probe(::open("/dev/null", O_RDONLY));
+    return probe.get();
+}
+
+TEST(ChildProcess, LeavesNoDescriptorBehind) {
+    const int before = lowestFreeDescriptor();
+    for (int i = 0; i < 20; ++i) {
+        shell("echo x; exit 1");
+        shell("echo x");
+        outputOf("/nonexistent", {});
+    }
+    EXPECT_EQ(lowestFreeDescriptor(), before);
+}
+
+} // namespace
+} // namespace velmo
