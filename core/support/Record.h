@@ -305,9 +305,10 @@ std::optional<R> decodeRecord(const JsonObject& object) {
             return detail::isOptional<Type>;
         }
         auto decoded = decodeJson<Type>(*member);
-        if (decoded)
-            field = *std::move(decoded);
-        return decoded.has_value();
+        if (!decoded)
+            return false;
+        field = *std::move(decoded);
+        return true;
     });
     return complete ? std::optional(std::move(record)) : std::nullopt;
 }

@@ -27,6 +27,34 @@ utf8proc_category_t category(char32_t scalar) {
 constexpr char32_t capitalIWithDot = 0x0130;
 constexpr std::string_view lowercaseOfCapitalIWithDot = "i\u0307";
 
+/// Number of bytes of a scalar whose first byte is 0xC2 to 0xF4.
+std::size_t sequenceLength(unsigned char lead) {
+    if (lead < 0xE0)
+        return 2;
+    return lead < 0xF0 ? 3 : 4;
+}
+
+struct ByteRange {
+    unsigned char lowest = 0x80;
+    unsigned char highest = 0xBF;
+};
+
+/// What may follow the first byte. It shuts out overlong forms, surrogates and all above U+10FFFF.
+ByteRange secondByteRange(unsigned char lead) {
+    switch (lead) {
+    case 0xE0:
+        return {.lowest = 0xA0};
+    case 0xED:
+        return {.highest = 0x9F};
+    case 0xF0:
+        return {.lowest = 0x90};
+    case 0xF4:
+        return {.highest = 0x8F};
+    default:
+        return {};
+    }
+}
+
 /// In ASCII only CR LF joins two scalars into one character.
 bool joinsInAscii(char first, char second) {
     return first == '\r' && second == '\n';
@@ -42,17 +70,14 @@ Scalar firstScalar(std::string_view text) {
     if (lead < 0xC2 || lead > 0xF4)
         return illFormed(text.substr(0, 1));
 
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    // These bounds of the second byte shut out overlong forms, surrogates and all above U+10FFFF.
-    unsigned char lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    unsigned char highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    const std::size_t length = sequenceLength(lead);
+    ByteRange range = secondByteRange(lead);
     char32_t value = lead & (0x7FU >> length);
     for (std::size_t i = 1; i < length; ++i) {
-        if (i == text.size() || byteAt(i) < lowest || byteAt(i) > highest)
+        if (i == text.size() || byteAt(i) < range.lowest || byteAt(i) > range.highest)
             return illFormed(text.substr(0, i));
         value = value << 6 | (byteAt(i) & 0x3FU);
-        lowest = 0x80;
-        highest = 0xBF;
+        range = {};
     }
     return {.value = value, .bytes = text.substr(0, length), .valid = true};
 }

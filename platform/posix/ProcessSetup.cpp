@@ -16,8 +16,9 @@ void prepareProcess() {
         descriptor = ::open("/dev/null", O_RDWR);
     if (descriptor >= 0)
         ::close(descriptor);
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL);
+    // Fails for no signal that exists.
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
 }
 
 void allowDescriptors(std::size_t count) {

@@ -67,6 +67,8 @@ std::optional<int> WatchedProcess::waitForEnd() {
 }
 
 WatchedProcess::Reading WatchedProcess::readSome(Clock::time_point deadline) {
+    if (!output_)
+        return Reading::ended;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
     pollfd watched{.fd = output_.get(), .events = POLLIN, .revents = 0};
     const int timeout = static_cast<int>(std::max(left.count(), std::int64_t{0}));

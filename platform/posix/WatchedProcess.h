@@ -40,6 +40,9 @@ public:
 
     void signal(int number) const;
 
+    /// Stops reading, as a reader who goes away.
+    void closeOutput() { output_.reset(); }
+
     /// Reads to the end of the output and answers the status as a shell tells it; absent when the
     /// program does not end.
     [[nodiscard]] std::optional<int> waitForEnd();

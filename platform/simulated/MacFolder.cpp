@@ -75,7 +75,7 @@ Descriptor lock(const fs::path& path) {
 
 } // namespace
 
-MacFolder::MacFolder(fs::path root) : root_(fs::absolute(root).lexically_normal()) {
+MacFolder::MacFolder(const fs::path& root) : root_(fs::absolute(root).lexically_normal()) {
 }
 
 bool MacFolder::create(const fs::path& pmset) const {

@@ -17,7 +17,7 @@ namespace velmo {
 ///     var/run/                the socket that stands for the Mach service
 class MacFolder {
 public:
-    explicit MacFolder(std::filesystem::path root);
+    explicit MacFolder(const std::filesystem::path& root);
 
     /// Makes the folder with a Mac on mains power that trusts the current user; `pmset` is the
     /// program to put at its place, as a link. False: something could not be written.

@@ -144,14 +144,17 @@ SocketService::SocketService(asio::io_context& context, MacFolder folder) noexce
 bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
     guard_ = std::move(guard);
     const auto path = folder_.socket(service);
-    std::error_code error;
-    std::filesystem::remove(path, error);
-    // Throws for a path longer than a socket address holds.
+    // Renamed once it listens: whoever finds the name can connect, and a daemon that is gone leaves
+    // nothing in the way.
+    auto unready = path;
+    unready += ".new";
     try {
+        std::filesystem::remove(unready);
         acceptor_.open();
-        acceptor_.bind(path.string());
+        acceptor_.bind(unready.string());
         acceptor_.listen();
-    } catch (const std::system_error&) {
+        std::filesystem::rename(unready, path);
+    } catch (const std::system_error&) { // also for a path longer than a socket address holds
         return false;
     }
     acceptNext();

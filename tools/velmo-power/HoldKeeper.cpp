@@ -39,8 +39,8 @@ void HoldKeeper::takeHold() {
 
 void HoldKeeper::connectionLost() {
     daemon_.reset();
-    if (stopped_)
-        std::exchange(stopped_, nullptr)(false);
+    if (stopping_)
+        releaseAnswered(false);
     else
         takeHoldAgain("the power daemon went away");
 }
@@ -78,6 +78,7 @@ void HoldKeeper::retryAfter(double seconds) {
 }
 
 void HoldKeeper::stop(std::function<void(bool restored)> done) {
+    stopping_ = true;
     attempt_.reset();
     // Releasing ends whoever's hold there is. So it is for a hold that is known to be ours; one
     // that was only asked for ends with the connection.
@@ -87,10 +88,12 @@ void HoldKeeper::stop(std::function<void(bool restored)> done) {
         return;
     }
     stopped_ = std::move(done);
-    daemon_->release([this](bool restored) {
-        if (stopped_)
-            std::exchange(stopped_, nullptr)(restored);
-    });
+    daemon_->release([this](bool restored) { releaseAnswered(restored); });
+}
+
+void HoldKeeper::releaseAnswered(bool restored) {
+    if (const auto done = std::exchange(stopped_, nullptr))
+        done(restored);
 }
 
 void HoldKeeper::change(State state, std::string_view reason) {

@@ -63,6 +63,7 @@ private:
     void takeHold();
     void takeHoldAgain(std::string_view why);
     void connectionLost();
+    void releaseAnswered(bool restored);
     void holdAnswered(bool ok, std::string_view reason);
     void scheduleHeartbeat();
     void beat();
@@ -80,7 +81,8 @@ private:
     Status status_;
     std::shared_ptr<VelmoPowerProtocol> daemon_;
     std::shared_ptr<const int> attempt_; ///< replaced to end an attempt
-    std::function<void(bool)> stopped_;  ///< while a release is on its way
+    bool stopping_ = false;
+    std::function<void(bool)> stopped_; ///< while a release is on its way
 };
 
 } // namespace velmo

@@ -1,0 +1,55 @@
+# The two commands to know are `make run` and `make test`; each installs what it needs.
+
+PRESET_JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu)
+export VELMO_CLANG ?= clang++-19
+
+.PHONY: run test bench sanitize tsan coverage format format-check tidy clean
+
+# Plays one whole life of a hold on a simulated Mac.
+run:
+	@scripts/setup build
+	@scripts/build release life-of-a-hold VelmoPowerDaemonSimulated simulated-pmset velmo-power velmo-mac
+	@build/release/bin/life-of-a-hold
+
+test:
+	@scripts/setup build test
+	@scripts/build debug all
+	@ctest --preset debug
+
+# What the daemon costs: start-up, memory, wake-ups.
+bench:
+	@scripts/setup build
+	@scripts/build release VelmoPowerDaemonSimulated simulated-pmset velmo-mac
+	@bench/daemon-footprint build/release/bin
+
+sanitize:
+	@scripts/setup build test clang
+	@scripts/build asan all
+	@ctest --preset asan
+
+tsan:
+	@scripts/setup build test clang
+	@scripts/build tsan all
+	@ctest --preset tsan
+
+coverage:
+	@scripts/setup build test coverage
+	@scripts/build coverage all
+	@ctest --preset coverage
+	@gcovr --root . --filter core/ --filter daemon/ --filter platform/ --print-summary build/coverage
+
+format:
+	@scripts/setup clang
+	@scripts/sources | xargs clang-format-19 -i
+
+format-check:
+	@scripts/setup clang
+	@scripts/sources | xargs clang-format-19 --dry-run --Werror
+
+tidy:
+	@scripts/setup build test clang
+	@scripts/build asan all
+	@scripts/tidy
+
+clean:
+	@rm -rf build

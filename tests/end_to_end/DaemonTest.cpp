@@ -1,0 +1,256 @@
+#include "core/power/PowerService.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/posix/WatchedProcess.h"
+#include "platform/simulated/MacFolder.h"
+#include "tests/end_to_end/RawClient.h"
+#include "tests/platform/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <deque>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace velmo {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* holdCall = R"({"call":"hold","batteryFloor":20})";
+constexpr const char* heartbeatCall = R"({"call":"heartbeat"})";
+constexpr const char* held = R"({"ok":true,"reason":""})";
+constexpr const char* yes = R"({"ok":true})";
+
+class DaemonTest : public testing::Test {
+protected:
+    DaemonTest() {
+        prepareProcess();
+        EXPECT_TRUE(mac.create(VELMO_PROGRAMS "/simulated-pmset"));
+    }
+
+    [[nodiscard]] std::unique_ptr<WatchedProcess> run(const char* program,
+                                                      std::vector<std::string_view> words) const {
+        return std::make_unique<WatchedProcess>(std::string(VELMO_PROGRAMS "/") + program, words);
+    }
+
+    void startDaemon() {
+        std::filesystem::remove(socket);
+        daemon = run("VelmoPowerDaemonSimulated", {root});
+        for (int i = 0; i < 4000 && !std::filesystem::exists(socket); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_TRUE(std::filesystem::exists(socket));
+    }
+
+    [[nodiscard]] std::unique_ptr<WatchedProcess>
+    velmoPower(std::vector<std::string_view> words) const {
+        words.insert(words.begin(), {"--mac", root});
+        return run("velmo-power", words);
+    }
+
+    [[nodiscard]] RawClient connect() const { return RawClient(socket); }
+
+    [[nodiscard]] bool sleepDisabled() const { return mac.load().value().sleepDisabled; }
+
+    /// Memory of the daemon in KiB; 0 where the system has no /proc.
+    [[nodiscard]] long residentMemory() const {
+        std::ifstream status("/proc/" + std::to_string(daemon->pid()) + "/status");
+        for (std::string word; status >> word;) {
+            long size = 0;
+            if (word == "VmRSS:" && status >> size)
+                return size;
+        }
+        return 0;
+    }
+
+    TemporaryFolder temporary;
+    MacFolder mac{temporary.path() / "mac"};
+    std::string root = mac.root().string();
+    std::filesystem::path socket = mac.socket(powerDaemonMachService);
+    std::unique_ptr<WatchedProcess> daemon;
+};
+
+TEST_F(DaemonTest, RunsForRootOnly) {
+    mac.update([](SimulatedMac& state) { state.userId = 501; });
+    daemon = run("VelmoPowerDaemonSimulated", {root});
+    EXPECT_EQ(daemon->waitForEnd(), 1);
+    EXPECT_THAT(daemon->lines(), ElementsAre("VelmoPowerDaemon: must run as root (launchd)"));
+    EXPECT_FALSE(std::filesystem::exists(socket));
+}
+
+TEST_F(DaemonTest, UnsignedItRefusesEveryCaller) {
+    mac.update([](SimulatedMac& state) { state.team.reset(); });
+    startDaemon();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(connect().call(holdCall), "");
+        EXPECT_TRUE(daemon->waitForLine("unsigned daemon: refusing every caller"));
+    }
+    EXPECT_FALSE(sleepDisabled());
+}
+
+TEST_F(DaemonTest, APeerThatIsNotTrustedGetsNoSession) {
+    startDaemon();
+    const RawClient holder = connect();
+    EXPECT_EQ(holder.call(holdCall), held);
+    mac.update([](SimulatedMac& state) { state.trustedUsers = {}; });
+    EXPECT_EQ(connect().call(R"({"call":"release"})"), "");
+    EXPECT_EQ(holder.call(heartbeatCall), yes);
+    EXPECT_TRUE(sleepDisabled());
+    EXPECT_THAT(daemon->lines(), testing::IsEmpty());
+}
+
+TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
+    startDaemon();
+    const RawClient holder = connect();
+    EXPECT_EQ(holder.call(holdCall), held);
+    const RawClient silent = connect();
+    const RawClient halfALine = connect();
+    EXPECT_TRUE(halfALine.send(R"({"call":"rel)"));
+    const long before = residentMemory();
+
+    for (const std::string_view garbage : {"", "release", "{}", "\xFF\xFE", R"({"call":"hold"})"})
+        EXPECT_EQ(connect().call(garbage), "") << garbage;
+    const std::string longLine(1 << 20, 'x');
+    for (int i = 0; i < 10; ++i) {
+        const RawClient client = connect();
+        client.send(longLine); // cut off somewhere on the way
+        EXPECT_EQ(client.readLine(), "");
+    }
+    {
+        std::deque<RawClient> crowd;
+        for (int i = 0; i < 200; ++i)
+            crowd.push_back(connect());
+        for (const RawClient& client : crowd)
+            EXPECT_EQ(client.call(heartbeatCall), R"({"ok":false})");
+        EXPECT_EQ(crowd.back().call(holdCall), R"({"ok":false,"reason":"busy"})");
+    }
+    // Calls that are sent ahead are answered one by one; their answers wait for nobody's memory.
+    std::string many;
+    for (int i = 0; i < 1000; ++i)
+        many.append(heartbeatCall).append("\n");
+    const RawClient eager = connect();
+    std::thread sender([&] { eager.send(many); });
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(eager.readLine(), R"({"ok":false})");
+    sender.join();
+
+    EXPECT_EQ(holder.call(heartbeatCall), yes);
+    EXPECT_TRUE(sleepDisabled());
+    EXPECT_LT(residentMemory() - before, 4096);
+    EXPECT_TRUE(silent);
+}
+
+TEST_F(DaemonTest, AHoldThatPmsetKeepsWaitingIsAnsweredWhenItIsHelped) {
+    startDaemon();
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::hangs; });
+    const RawClient client = connect();
+    EXPECT_TRUE(client.send(std::string(holdCall) + "\n"));
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::none; });
+    EXPECT_EQ(client.readLine(), held);
+}
+
+TEST_F(DaemonTest, EveryFaultOfTheMacIsARefusalThatLeavesNothingBehind) {
+    startDaemon();
+
+    struct Case {
+        std::string reason;
+        std::function<void(SimulatedMac&)> change;
+    };
+
+    const Case cases[] = {
+        {"battery", [](SimulatedMac& state) { state.mains = false, state.battery = 19; }},
+        {"thermal", [](SimulatedMac& state) { state.thermal = ThermalState::serious; }},
+        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::fails; }},
+        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::dies; }},
+        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::lies; }},
+        {"unreadable",
+         [](SimulatedMac& state) {
+             state.faults = {.pmset = PmsetFault::fails, .propertyUnreadable = true};
+         }},
+        {"record",
+         [](SimulatedMac& state) { state.faults.recordFolder = RecordFolderFault::link; }},
+        {"record",
+         [](SimulatedMac& state) { state.faults.recordFolder = RecordFolderFault::readOnly; }},
+    };
+    const RawClient client = connect();
+    const SimulatedMac sound = mac.load().value();
+    for (const Case& c : cases) {
+        mac.update(c.change);
+        EXPECT_EQ(client.call(holdCall), R"({"ok":false,"reason":")" + c.reason + R"("})");
+        EXPECT_FALSE(sleepDisabled()) << c.reason;
+        mac.update([&](SimulatedMac& state) { state = sound; });
+    }
+    EXPECT_EQ(client.call(holdCall), held);
+}
+
+TEST_F(DaemonTest, AFailedRestoreIsRetriedByTheNextStart) {
+    startDaemon();
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::lies; });
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->waitForEnd(), 0);
+    EXPECT_THAT(daemon->lines().back(),
+                "VelmoPowerDaemon: could not re-enable sleep (stopping); retrying");
+    EXPECT_TRUE(sleepDisabled());
+
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::none; });
+    startDaemon();
+    EXPECT_TRUE(daemon->waitForLine("sleep enabled again (recovered)"));
+    EXPECT_FALSE(sleepDisabled());
+}
+
+TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
+    startDaemon();
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    daemon->closeOutput();
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->waitForEnd(), 0);
+    EXPECT_FALSE(sleepDisabled());
+}
+
+TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {
+    const auto statusOf = [&](std::vector<std::string_view> words) {
+        return velmoPower(std::move(words))->waitForEnd();
+    };
+    EXPECT_EQ(statusOf({"hold", "--", "true"}), 3);
+    EXPECT_EQ(statusOf({"release"}), 3);
+    startDaemon();
+    EXPECT_EQ(statusOf({"hold", "--", "sh", "-c", "exit 7"}), 7);
+    EXPECT_EQ(statusOf({"hold", "--", "sh", "-c", "kill -9 $$"}), 128 + SIGKILL);
+    EXPECT_EQ(statusOf({"hold", "--", "velmo-no-such-program"}), 127);
+    EXPECT_EQ(statusOf({"hold", "--", "/"}), 126);
+    EXPECT_EQ(statusOf({"hold", "--floor", "x"}), 2);
+    EXPECT_EQ(statusOf({}), 2);
+    EXPECT_EQ(statusOf({"--help"}), 0);
+    EXPECT_EQ(statusOf({"release"}), 0);
+    const RawClient holder = connect();
+    EXPECT_EQ(holder.call(holdCall), held);
+    EXPECT_EQ(statusOf({"hold"}), 1);
+    EXPECT_EQ(run("velmo-power", {"--mac", "/nonexistent", "status"})->waitForEnd(), 2);
+
+    const auto status = velmoPower({"status", "--json"});
+    EXPECT_EQ(status->waitForEnd(), 0);
+    EXPECT_THAT(
+        status->lines(),
+        ElementsAre(
+            R"({"ac":true,"battery":80,"sleepDisabled":true,"thermal":"nominal","type":"power"})"));
+}
+
+TEST_F(DaemonTest, VelmoPowerHoldsWhileItsCommandRuns) {
+    startDaemon();
+    const std::string script = std::string(VELMO_PROGRAMS "/velmo-power") + " --mac " + root
+                               + " status --json; kill -TERM $PPID; exec sleep 20";
+    const auto client = velmoPower({"hold", "--", "sh", "-c", script});
+    // The signal is passed on to the command, whose end is the client's.
+    EXPECT_EQ(client->waitForEnd(), 128 + SIGTERM);
+    EXPECT_THAT(client->lines(), testing::Contains(testing::HasSubstr("\"sleepDisabled\":true")));
+    EXPECT_TRUE(daemon->waitForLine("sleep enabled again (released)"));
+    EXPECT_FALSE(sleepDisabled());
+}
+
+} // namespace
+} // namespace velmo

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/Io.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace velmo {
+
+/// A peer that sends whatever bytes it likes, and waits for answers.
+class RawClient {
+public:
+    explicit RawClient(const std::filesystem::path& socket)
+        : socket_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+        if (!socket_)
+            return;
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        socket.string().copy(address.sun_path, sizeof address.sun_path - 1);
+        const timeval patience{.tv_sec = 20, .tv_usec = 0};
+        ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+        if (::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address)
+            != 0)
+            socket_.reset();
+    }
+
+    explicit operator bool() const { return static_cast<bool>(socket_); }
+
+    /// False when the other side has closed.
+    bool send(std::string_view bytes) const { return writeAll(socket_.get(), bytes); }
+
+    /// The next line without its line feed; "" when the other side has closed.
+    std::string readLine() const {
+        std::string line;
+        char next = 0;
+        while (retryInterrupted([&] { return ::read(socket_.get(), &next, 1); }) == 1) {
+            if (next == '\n')
+                return line;
+            line += next;
+        }
+        return "";
+    }
+
+    std::string call(std::string_view line) const {
+        return send(std::string(line) + "\n") ? readLine() : "";
+    }
+
+private:
+    Descriptor socket_;
+};
+
+} // namespace velmo
