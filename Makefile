@@ -1,6 +1,5 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-PRESET_JOBS ?= $(shell nproc 2>/dev/null || sysctl -n hw.ncpu)
 export VELMO_CLANG ?= clang++-19
 
 .PHONY: run test bench sanitize tsan coverage format format-check tidy clean

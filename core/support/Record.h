@@ -45,7 +45,7 @@ struct Field {
 
 template<class R, class M>
 constexpr Field<R, M> field(std::string_view name, M R::* member) {
-    return {name, member};
+    return {.name = name, .member = member};
 }
 
 /// A key that every value of the record writes with the same text, such as "type":"power".
@@ -55,7 +55,7 @@ struct ConstantField {
 };
 
 constexpr ConstantField constant(std::string_view name, std::string_view text) {
-    return {name, text};
+    return {.name = name, .text = text};
 }
 
 template<class R>
