@@ -1,7 +1,5 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-export VELMO_CLANG ?= clang++-19
-
 .PHONY: run test bench sanitize tsan coverage format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.

@@ -138,7 +138,9 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
 
     EXPECT_EQ(holder.call(heartbeatCall), yes);
     EXPECT_TRUE(sleepDisabled());
-    EXPECT_LT(residentMemory() - before, 4096);
+    // A sanitizer keeps freed memory for a while.
+    if (!VELMO_SANITIZED)
+        EXPECT_LT(residentMemory() - before, 4096);
     EXPECT_TRUE(silent);
 }
 

@@ -33,6 +33,7 @@ struct Changes {
 };
 
 constexpr const char* none = "none";
+constexpr int usageError = 2;
 
 template<HasRawText E>
 CLI::Option* addChoice(CLI::App& app, const std::string& name, std::optional<std::string>& target,
@@ -124,7 +125,11 @@ int main(int argc, char** argv) {
     for (auto* const verb : {creating, showing, setting})
         verb->add_option("FOLDER", folder, "where the Mac lives")->required();
     addChangeOptions(*setting, changes);
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_SUCCESS : usageError;
+    }
 
     const MacFolder mac(folder);
     if (*creating)
