@@ -139,8 +139,8 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
     EXPECT_EQ(holder.call(heartbeatCall), yes);
     EXPECT_TRUE(sleepDisabled());
     // A sanitizer keeps freed memory for a while.
-    if (!VELMO_SANITIZED)
-        EXPECT_LT(residentMemory() - before, 4096);
+    const long mostGrowth = VELMO_SANITIZED != 0 ? 1 << 20 : 4096;
+    EXPECT_LT(residentMemory() - before, mostGrowth);
     EXPECT_TRUE(silent);
 }
 
