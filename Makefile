@@ -2,7 +2,7 @@
 
 export VELMO_CLANG ?= clang++-19
 
-.PHONY: run test bench sanitize tsan coverage format format-check tidy clean
+.PHONY: run test bench sanitize tsan coverage macos format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -36,6 +36,10 @@ coverage:
 	@scripts/build coverage all
 	@ctest --preset coverage
 	@gcovr --root . --filter core/ --filter daemon/ --filter platform/ --print-summary build/coverage
+
+# The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
+macos:
+	@scripts/macos
 
 format:
 	@scripts/setup clang
