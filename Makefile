@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run test bench sanitize tsan coverage format format-check tidy clean
+.PHONY: run test bench sanitize tsan coverage macos format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -34,6 +34,10 @@ coverage:
 	@scripts/build coverage all
 	@ctest --preset coverage
 	@gcovr --root . --filter core/ --filter daemon/ --filter platform/ --print-summary build/coverage
+
+# The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
+macos:
+	@scripts/macos
 
 format:
 	@scripts/setup clang

@@ -1,5 +1,10 @@
 # The libraries that the code stands on, each as one target.
 
+if(APPLE)
+    # A root process must load nothing from a folder that a user may write.
+    set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
+endif()
+
 find_package(Threads REQUIRED)
 find_package(simdjson REQUIRED)
 

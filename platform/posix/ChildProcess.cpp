@@ -23,8 +23,6 @@ namespace {
 /// pmset prints a few hundred bytes; a child that floods the pipe is not believed.
 constexpr std::size_t largestOutput = 1 << 20;
 
-constexpr int afterStandardError = STDERR_FILENO + 1;
-
 class FileActions {
 public:
     FileActions() { posix_spawn_file_actions_init(&actions_); }
@@ -51,7 +49,7 @@ private:
     static bool closeOthers() { return true; }
 #else
     bool closeOthers() {
-        return posix_spawn_file_actions_addclosefrom_np(&actions_, afterStandardError) == 0;
+        return posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1) == 0;
     }
 #endif
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace velmo {
+
+/// The team identifier that the running process is signed with; absent when it is unsigned, signed
+/// ad hoc, or the system does not tell.
+std::optional<std::string> currentSigningTeam();
+
+} // namespace velmo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "daemon/ClientConnection.h"
+
+#import <Foundation/Foundation.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace velmo {
+
+/// One client's XPC connection. Knows the NSXPCConnection weakly and is kept by it, so that both
+/// end together: the system keeps a resumed one until it is invalidated.
+class XpcConnection final : public ClientConnection {
+public:
+    using Log = std::function<void(std::string_view message)>;
+
+    static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log);
+
+    [[nodiscard]] ClientId id() const override { return id_; }
+
+    bool requireCodeSignature(const std::string& requirement) override;
+    void exportSession(std::shared_ptr<Session> session) override;
+    void onInvalidation(std::function<void()> handler) override;
+    void resume() override;
+
+private:
+    XpcConnection(NSXPCConnection* connection, ClientId id, Log log);
+
+    __weak NSXPCConnection* connection_;
+    ClientId id_;
+    Log log_;
+};
+
+} // namespace velmo

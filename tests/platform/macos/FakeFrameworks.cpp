@@ -1,0 +1,243 @@
+#include "tests/platform/macos/FakeFrameworks.h"
+
+#include <IOKit/IOKitLib.h>
+#include <IOKit/ps/IOPowerSources.h>
+#include <Security/Security.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string_view>
+#include <type_traits>
+
+namespace velmo::fake {
+
+Mac* mac = nullptr;
+
+int Mac::owed() const {
+    int sum = std::abs(owedServices);
+    for (const Object& object : objects)
+        sum += std::abs(object.owed);
+    return sum;
+}
+
+namespace {
+
+Object& object(CFTypeRef reference) {
+    return *static_cast<Object*>(const_cast<void*>(reference));
+}
+
+template<class Ref>
+Ref get(Object* found) {
+    return reinterpret_cast<Ref>(found);
+}
+
+template<class Ref>
+Ref create(Object* found) {
+    if (found)
+        ++found->owed;
+    return get<Ref>(found);
+}
+
+template<class Value>
+const Value& valueOf(CFTypeRef reference) {
+    return std::get<Value>(object(reference).value);
+}
+
+template<class Value, class... Values>
+constexpr CFTypeID placeOf(const std::variant<Values...>* /*for its type*/) {
+    CFTypeID place = 0;
+    static_cast<void>(((std::is_same_v<Value, Values> || (++place, false)) || ...));
+    return place;
+}
+
+template<class Value>
+constexpr CFTypeID typeOf = placeOf<Value>(static_cast<decltype(Object::value)*>(nullptr));
+
+/// Int and real numbers are of one type.
+CFTypeID typeOfNumber() {
+    return typeOf<std::int64_t>;
+}
+
+constexpr io_service_t rootDomain = 7;
+
+std::u16string wide(std::string_view ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+bool isSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDFFF;
+}
+
+} // namespace
+
+/// In place of the compiler's constant strings.
+CFTypeRef constantString(const char* text) {
+    return get<CFTypeRef>(mac->make(wide(text)));
+}
+
+} // namespace velmo::fake
+
+using namespace velmo::fake;
+
+extern "C" {
+
+const CFAllocatorRef kCFAllocatorDefault = nullptr;
+const mach_port_t kIOMainPortDefault = 0;
+
+CFTypeID CFGetTypeID(CFTypeRef value) {
+    const CFTypeID type = object(value).value.index();
+    return type == typeOf<double> ? typeOfNumber() : type;
+}
+
+void CFRelease(CFTypeRef value) {
+    --object(value).owed;
+}
+
+CFTypeID CFBooleanGetTypeID() {
+    return typeOf<bool>;
+}
+
+Boolean CFBooleanGetValue(CFBooleanRef boolean) {
+    return valueOf<bool>(boolean) ? 1 : 0;
+}
+
+CFTypeID CFNumberGetTypeID() {
+    return typeOfNumber();
+}
+
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType /*type*/, void* value) {
+    auto& out = *static_cast<std::int64_t*>(value);
+    if (const auto* real = std::get_if<double>(&object(number).value)) {
+        out = static_cast<std::int64_t>(*real);
+        return std::trunc(*real) == *real ? 1 : 0;
+    }
+    out = valueOf<std::int64_t>(number);
+    return 1;
+}
+
+CFTypeID CFStringGetTypeID() {
+    return typeOf<std::u16string>;
+}
+
+CFIndex CFStringGetLength(CFStringRef string) {
+    return static_cast<CFIndex>(valueOf<std::u16string>(string).size());
+}
+
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding /*encoding*/) {
+    return length * 3;
+}
+
+/// Of the basic plane only; surrogates count as lone ones.
+CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding /*encoding*/,
+                         UInt8 /*lossByte*/, Boolean /*isExternalRepresentation*/, UInt8* buffer,
+                         CFIndex size, CFIndex* usedSize) {
+    std::u16string_view text = valueOf<std::u16string>(string);
+    text = text.substr(static_cast<std::size_t>(range.location),
+                       static_cast<std::size_t>(range.length));
+    std::string bytes;
+    CFIndex converted = 0;
+    for (const char16_t unit : text) {
+        if (isSurrogate(unit))
+            break;
+        if (unit >= 0x800)
+            bytes += static_cast<char>(0xE0 | unit >> 12);
+        if (unit >= 0x80)
+            bytes +=
+                static_cast<char>(unit >= 0x800 ? 0x80 | (unit >> 6 & 0x3F) : 0xC0 | unit >> 6);
+        bytes += static_cast<char>(unit >= 0x80 ? 0x80 | (unit & 0x3F) : unit);
+        ++converted;
+    }
+    if (static_cast<CFIndex>(bytes.size()) > size)
+        std::abort();
+    bytes.copy(reinterpret_cast<char*>(buffer), bytes.size());
+    *usedSize = static_cast<CFIndex>(bytes.size());
+    return converted;
+}
+
+CFIndex CFArrayGetCount(CFArrayRef array) {
+    return static_cast<CFIndex>(valueOf<Array>(array).size());
+}
+
+const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
+    return valueOf<Array>(array).at(static_cast<std::size_t>(index));
+}
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+    const auto& entries = valueOf<Dictionary>(dictionary);
+    const auto found = entries.find(valueOf<std::u16string>(key));
+    return found == entries.end() ? nullptr : found->second;
+}
+
+CFMutableDictionaryRef IOServiceMatching(const char* name) {
+    return create<CFMutableDictionaryRef>(
+        mac->make(Dictionary{{u"IOProviderClass", mac->make(wide(name))}}));
+}
+
+io_service_t IOServiceGetMatchingService(mach_port_t /*mainPort*/, CFDictionaryRef matching) {
+    const Object* const name = valueOf<Dictionary>(matching).at(u"IOProviderClass");
+    CFRelease(matching);
+    if (!mac->hasRootDomain || std::get<std::u16string>(name->value) != u"IOPMrootDomain")
+        return 0;
+    ++mac->owedServices;
+    return rootDomain;
+}
+
+CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
+                                          CFAllocatorRef /*allocator*/, IOOptionBits /*options*/) {
+    if (entry != rootDomain || valueOf<std::u16string>(key) != u"SleepDisabled")
+        return nullptr;
+    return create<CFTypeRef>(mac->sleepDisabled);
+}
+
+kern_return_t IOObjectRelease(io_object_t /*object*/) {
+    --mac->owedServices;
+    return 0;
+}
+
+CFTypeRef IOPSCopyPowerSourcesInfo() {
+    return mac->hasSnapshot ? create<CFTypeRef>(mac->make(Other{})) : nullptr;
+}
+
+CFStringRef IOPSGetProvidingPowerSourceType(CFTypeRef /*snapshot*/) {
+    return get<CFStringRef>(mac->providingType);
+}
+
+CFArrayRef IOPSCopyPowerSourcesList(CFTypeRef /*snapshot*/) {
+    return create<CFArrayRef>(mac->powerSources);
+}
+
+CFDictionaryRef IOPSGetPowerSourceDescription(CFTypeRef /*snapshot*/, CFTypeRef source) {
+    const bool described = std::holds_alternative<Dictionary>(object(source).value);
+    return described ? static_cast<CFDictionaryRef>(source) : nullptr;
+}
+
+const CFStringRef kSecCodeInfoTeamIdentifier = [] {
+    static Object key{.value = std::u16string(u"teamid")};
+    return get<CFStringRef>(&key);
+}();
+
+OSStatus SecCodeCopySelf(SecCSFlags /*flags*/, SecCodeRef* self) {
+    if (mac->failingSigningStep == 1)
+        return -1;
+    *self = create<SecCodeRef>(mac->make(Other{}));
+    return errSecSuccess;
+}
+
+OSStatus SecCodeCopyStaticCode(SecCodeRef /*code*/, SecCSFlags /*flags*/,
+                               SecStaticCodeRef* staticCode) {
+    if (mac->failingSigningStep == 2)
+        return -1;
+    *staticCode = create<SecStaticCodeRef>(mac->make(Other{}));
+    return errSecSuccess;
+}
+
+OSStatus SecCodeCopySigningInformation(SecStaticCodeRef /*code*/, SecCSFlags flags,
+                                       CFDictionaryRef* information) {
+    // Without the flag the information holds no team.
+    if (mac->failingSigningStep == 3 || flags != 2)
+        return -1;
+    *information = create<CFDictionaryRef>(mac->signingInformation);
+    return errSecSuccess;
+}
+
+} // extern "C"

@@ -1,0 +1,125 @@
+#include "platform/macos/PowerRootDomain.h"
+#include "platform/macos/PowerSources.h"
+#include "platform/macos/SigningTeam.h"
+#include "tests/platform/macos/FakeFrameworks.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+namespace velmo {
+namespace {
+
+using fake::Array;
+using fake::Dictionary;
+using fake::Object;
+
+class MacFrameworks : public testing::Test {
+protected:
+    void SetUp() override { fake::mac = &mac; }
+
+    void TearDown() override { EXPECT_EQ(mac.owed(), 0) << "not released, or too often"; }
+
+    Object* text(std::u16string value) { return mac.make(std::move(value)); }
+
+    Object* number(std::int64_t value) { return mac.make(value); }
+
+    fake::Mac mac;
+};
+
+TEST_F(MacFrameworks, SleepDisabledIsABooleanOrNothing) {
+    struct Case {
+        const char* name;
+        Object* property;
+        std::optional<bool> expected;
+    };
+
+    const Case cases[] = {
+        {.name = "set", .property = mac.make(true), .expected = true},
+        {.name = "not set", .property = mac.make(false), .expected = false},
+        {.name = "a number", .property = number(1), .expected = std::nullopt},
+        {.name = "text", .property = text(u"Yes"), .expected = std::nullopt},
+        {.name = "missing", .property = nullptr, .expected = std::nullopt},
+    };
+    for (const Case& each : cases) {
+        mac.sleepDisabled = each.property;
+        EXPECT_EQ(sleepDisabledInRootDomain(), each.expected) << each.name;
+    }
+    mac.hasRootDomain = false;
+    mac.sleepDisabled = mac.make(true);
+    EXPECT_EQ(sleepDisabledInRootDomain(), std::nullopt);
+}
+
+TEST_F(MacFrameworks, PowerSourcesAreReadAsTheyAre) {
+    mac.providingType = text(u"Battery Power");
+    mac.powerSources = mac.make(Array{
+        mac.make(Dictionary{{u"Type", text(u"UPS")},
+                            {u"Current Capacity", number(80)},
+                            {u"Max Capacity", number(100)}}),
+        mac.make(fake::Other{}), // gone since the list was made
+        mac.make(Dictionary{{u"Type", number(1)},
+                            {u"Current Capacity", mac.make(12.5)},
+                            {u"Max Capacity", mac.make(true)}}),
+        mac.make(Dictionary{{u"Current Capacity", mac.make(12.0)}}),
+    });
+    const auto snapshot = readPowerSources();
+    ASSERT_TRUE(snapshot);
+    EXPECT_EQ(snapshot->providingType, "Battery Power");
+    ASSERT_EQ(snapshot->sources.size(), 3U);
+    EXPECT_EQ(snapshot->sources[0].type, "UPS");
+    EXPECT_EQ(snapshot->sources[0].currentCapacity, 80);
+    EXPECT_EQ(snapshot->sources[0].maximumCapacity, 100);
+    EXPECT_EQ(snapshot->sources[1].type, std::nullopt);
+    EXPECT_EQ(snapshot->sources[1].currentCapacity, std::nullopt);
+    EXPECT_EQ(snapshot->sources[1].maximumCapacity, std::nullopt);
+    EXPECT_EQ(snapshot->sources[2].type, std::nullopt);
+    EXPECT_EQ(snapshot->sources[2].currentCapacity, 12);
+}
+
+TEST_F(MacFrameworks, WithoutSnapshotOrListThereIsLessToRead) {
+    const auto listless = readPowerSources();
+    ASSERT_TRUE(listless);
+    EXPECT_EQ(listless->providingType, std::nullopt);
+    EXPECT_TRUE(listless->sources.empty());
+    mac.hasSnapshot = false;
+    EXPECT_FALSE(readPowerSources());
+}
+
+TEST_F(MacFrameworks, TheTeamIsTextOrNothing) {
+    struct Case {
+        const char* name;
+        Object* team;
+        std::optional<std::string> expected;
+    };
+
+    const Case cases[] = {
+        {.name = "a team", .team = text(u"ABCDE12345"), .expected = "ABCDE12345"},
+        {.name = "all lengths of UTF-8", .team = text(u"Aé漢"), .expected = "Aé漢"},
+        {.name = "NUL hides nothing",
+         .team = text({u"AB\0C", 4}),
+         .expected = std::string("AB\0C", 4)},
+        {.name = "empty", .team = text(u""), .expected = ""},
+        {.name = "a lone surrogate",
+         .team = text({u'A', char16_t{0xD800}, u'B'}),
+         .expected = std::nullopt},
+        {.name = "a number", .team = number(12345), .expected = std::nullopt},
+    };
+    for (const Case& each : cases) {
+        mac.signingInformation = mac.make(Dictionary{{u"teamid", each.team}});
+        EXPECT_EQ(currentSigningTeam(), each.expected) << each.name;
+    }
+    mac.signingInformation = mac.make(Dictionary{});
+    EXPECT_EQ(currentSigningTeam(), std::nullopt) << "signed ad hoc";
+    mac.signingInformation = nullptr;
+    EXPECT_EQ(currentSigningTeam(), std::nullopt);
+}
+
+TEST_F(MacFrameworks, EveryStepToTheTeamMayFail) {
+    mac.signingInformation = mac.make(Dictionary{{u"teamid", text(u"ABCDE12345")}});
+    for (mac.failingSigningStep = 1; mac.failingSigningStep <= 3; ++mac.failingSigningStep)
+        EXPECT_EQ(currentSigningTeam(), std::nullopt) << mac.failingSigningStep;
+}
+
+} // namespace
+} // namespace velmo
