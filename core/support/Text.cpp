@@ -55,6 +55,20 @@ ByteRange secondByteRange(unsigned char lead) {
     }
 }
 
+/// The repaired text after one of the library's mappings of whole texts.
+std::string mapped(std::string_view text, int options) {
+    const std::string valid = repaired(text);
+    utf8proc_uint8_t* result = nullptr;
+    const auto length = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(valid.data()),
+                                     static_cast<utf8proc_ssize_t>(valid.size()), &result,
+                                     static_cast<utf8proc_option_t>(options));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(result, &std::free);
+    // Valid UTF-8 can always be mapped; only memory can be short.
+    if (length < 0)
+        throw std::bad_alloc();
+    return {reinterpret_cast<const char*>(result), static_cast<std::size_t>(length)};
+}
+
 /// In ASCII only CR LF joins two scalars into one character.
 bool joinsInAscii(char first, char second) {
     return first == '\r' && second == '\n';
@@ -173,20 +187,12 @@ std::string lowercased(std::string_view text) {
     return result;
 }
 
+std::string caseFolded(std::string_view text) {
+    return mapped(text, UTF8PROC_STABLE | UTF8PROC_CASEFOLD);
+}
+
 std::string composed(std::string_view text) {
-    if (isAscii(text))
-        return std::string(text);
-    const std::string valid = repaired(text);
-    utf8proc_uint8_t* mapped = nullptr;
-    const auto length =
-        utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(valid.data()),
-                     static_cast<utf8proc_ssize_t>(valid.size()), &mapped,
-                     static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE));
-    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(mapped, &std::free);
-    // Valid UTF-8 can always be composed; only memory can be short.
-    if (length < 0)
-        throw std::bad_alloc();
-    return {reinterpret_cast<const char*>(mapped), static_cast<std::size_t>(length)};
+    return isAscii(text) ? std::string(text) : mapped(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE);
 }
 
 bool isLetter(char32_t scalar) {
@@ -197,6 +203,19 @@ bool isLetter(char32_t scalar) {
 bool isNumber(char32_t scalar) {
     const auto found = category(scalar);
     return found >= UTF8PROC_CATEGORY_ND && found <= UTF8PROC_CATEGORY_NO;
+}
+
+bool isControl(char32_t scalar) {
+    return scalar < 0x20 || (scalar >= 0x7F && scalar <= 0x9F) || scalar == 0x2028
+           || scalar == 0x2029;
+}
+
+bool hasControl(std::string_view text) {
+    for (const Scalar& scalar : Scalars(text)) {
+        if (isControl(scalar.value))
+            return true;
+    }
+    return false;
 }
 
 bool isNewline(char32_t scalar) {
@@ -214,6 +233,19 @@ bool isBlankOrNewline(char32_t scalar) {
 
 bool isSpaceOrTab(char32_t scalar) {
     return scalar == U' ' || scalar == U'\t';
+}
+
+bool isOneOf(std::string_view text, std::span<const std::string_view> table) {
+    return std::ranges::find(table, text) != table.end();
+}
+
+std::string replacedAll(std::string_view text, std::string_view what, std::string_view by) {
+    std::string result;
+    for (auto found = text.find(what); found != text.npos; found = text.find(what)) {
+        result.append(text.substr(0, found)).append(by);
+        text.remove_prefix(found + what.size());
+    }
+    return result.append(text);
 }
 
 std::string_view trimmed(std::string_view text, ScalarTest test) {

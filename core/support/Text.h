@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,11 +83,18 @@ std::string_view prefix(std::string_view text, std::size_t characters);
 /// The full Unicode lower case, without locale and without the final-sigma rule.
 std::string lowercased(std::string_view text);
 
+/// The full Unicode case folding: what a disk that ignores letter case takes for the same name.
+std::string caseFolded(std::string_view text);
+
 /// The canonical composition (NFC), for the few comparisons that are not of bytes.
 std::string composed(std::string_view text);
 
 bool isLetter(char32_t scalar); ///< category L*
 bool isNumber(char32_t scalar); ///< category N*
+
+/// What a terminal may obey instead of showing: U+0000 to U+001F, U+007F to U+009F, U+2028, U+2029.
+bool isControl(char32_t scalar);
+bool hasControl(std::string_view text);
 
 /// U+000A to U+000D, U+0085, U+2028, U+2029.
 bool isNewline(char32_t scalar);
@@ -99,6 +107,12 @@ bool isBlankOrNewline(char32_t scalar);
 
 /// Exactly U+0020 and U+0009: what separates the columns that command-line tools print.
 bool isSpaceOrTab(char32_t scalar);
+
+/// Exact comparison of bytes.
+bool isOneOf(std::string_view text, std::span<const std::string_view> table);
+
+/// Every `what`, which must not be empty, replaced in one pass: what was put in is not searched.
+std::string replacedAll(std::string_view text, std::string_view what, std::string_view by);
 
 using ScalarTest = bool (*)(char32_t);
 

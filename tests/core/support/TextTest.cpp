@@ -92,6 +92,17 @@ TEST(Text, LowercasesWithoutLocale) {
     EXPECT_EQ(Text::lowercased("A\xFFZ"), "a\uFFFDz");
 }
 
+TEST(Text, FoldsCaseFurtherThanLowercase) {
+    EXPECT_EQ(Text::caseFolded("\u017F\u212Aß.SSH"), "skss.ssh");
+    EXPECT_EQ(Text::caseFolded("\xFF\0A"s), "\uFFFD\0a"s);
+}
+
+TEST(Text, ReplacesInOnePass) {
+    EXPECT_EQ(Text::replacedAll("{c}{c} {{c}} {c", "{c}", "<{c}>"), "<{c}><{c}> {<{c}>} {c");
+    EXPECT_EQ(Text::replacedAll("aaa", "aa", ""), "a");
+    EXPECT_EQ(Text::replacedAll("", "a", "b"), "");
+}
+
 TEST(Text, ComposesForTheComparisonsThatNeedIt) {
     EXPECT_EQ(Text::composed("Inco\u0301gnito"), "Incógnito");
     EXPECT_EQ(Text::composed("plain"), "plain");
@@ -118,6 +129,14 @@ TEST(Text, KeepsTheKindsOfWhiteSpaceApart) {
         EXPECT_EQ(Text::isBlankOrNewline(c.scalar), c.blank || c.newline)
             << std::uint32_t{c.scalar};
     }
+}
+
+TEST(Text, FindsControlCharacters) {
+    for (const std::string& text :
+         {"\0"s, "a\x1F"s, "\x7F"s, "\u0080"s, "é\u009F"s, "\u2028"s, "\u2029b"s})
+        EXPECT_TRUE(Text::hasControl(text)) << testing::PrintToString(text);
+    for (const std::string& text : {""s, " ~\u00A0\u2027\u202A"s, "\x80\x9F"s})
+        EXPECT_FALSE(Text::hasControl(text)) << testing::PrintToString(text);
 }
 
 TEST(Text, TrimsAndSplitsByScalars) {

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+/// Bytes judged as ASCII: what identifiers, addresses and option values may be made of. No locale,
+/// and no byte of a longer UTF-8 sequence passes any test.
+namespace velmo::Ascii {
+
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+constexpr bool isLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+constexpr bool isLetterOrDigit(char c) {
+    return isLetter(c) || isDigit(c);
+}
+
+constexpr bool isLowercaseHex(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'f');
+}
+
+constexpr bool isHex(char c) {
+    return isLowercaseHex(c) || (c >= 'A' && c <= 'F');
+}
+
+/// Whether every byte is a letter, a digit or one of `others`; true for "".
+constexpr bool isMadeOfLettersDigitsAnd(std::string_view others, std::string_view text) {
+    return std::ranges::all_of(
+        text, [&](char c) { return isLetterOrDigit(c) || others.find(c) != others.npos; });
+}
+
+/// The value of 1 to `longest` digits that do not begin with "0": no sign, no blank, and thereby
+/// one spelling for each number. `longest` is at most 18.
+constexpr std::optional<std::int64_t> positiveDecimal(std::string_view text, std::size_t longest) {
+    if (text.empty() || text.size() > longest || text.front() == '0'
+        || !std::ranges::all_of(text, isDigit))
+        return std::nullopt;
+    std::int64_t value = 0;
+    for (const char digit : text)
+        value = value * 10 + (digit - '0');
+    return value;
+}
+
+} // namespace velmo::Ascii
