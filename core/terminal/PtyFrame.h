@@ -1,0 +1,93 @@
+#pragma once
+
+#include "core/support/Bytes.h"
+#include "core/terminal/FrameDecoder.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+
+/// The framing of one terminal session between the process that owns the pseudo-terminal and the
+/// side that shows it. Frames follow each other with nothing between them:
+///
+///     type byte | length, 4 bytes | payload
+///     data    1 | 0...65536       | raw terminal bytes, either way
+///     resize  2 | 4               | columns, then rows, 2 bytes each
+///     exit    3 | 4               | exit code, signed
+///     signal  4 | 1               | a code of `signals`
+///     ready   5 | 4               | process id of the child
+///
+/// All numbers are big-endian. 02 00 00 00 04 00 50 00 18 is a resize to 80 x 24.
+namespace velmo::PtyFrame {
+
+inline constexpr std::size_t headerBytes = FrameHeader::bytes;
+inline constexpr std::size_t maxPayload = 65536;
+inline constexpr int maxCols = 1000;
+inline constexpr int maxRows = 500;
+
+enum class Kind : std::uint8_t { data = 1, resize, exit, signal, ready };
+
+/// Absent for a byte that is no type.
+std::optional<Kind> kindOf(std::uint8_t raw);
+
+struct Signal {
+    std::uint8_t code;   ///< on the wire
+    std::int32_t number; ///< to deliver
+};
+
+/// Hang-up, interrupt, terminate: no other signal can be carried.
+inline constexpr auto signals = std::to_array<Signal>({{1, 1}, {2, 2}, {15, 15}});
+
+struct Size {
+    int cols;
+    int rows;
+
+    bool operator==(const Size&) const = default;
+};
+
+struct Frame {
+    Kind kind = Kind::data;
+    Bytes payload;
+
+    /// Of a resize frame only, and only if its payload is long enough to hold one.
+    [[nodiscard]] std::optional<Size> size() const;
+
+    /// The number to deliver; absent for a frame of another kind or a code outside `signals`.
+    [[nodiscard]] std::optional<std::int32_t> signal() const;
+
+    bool operator==(const Frame&) const = default;
+};
+
+/// Of several faults in one frame the first in this order wins. The first three are found as soon
+/// as the header is there, `badValue` once the payload is whole.
+enum class DecodeError { unknownType, tooLarge, badLength, badValue };
+
+struct DecoderRules {
+    using Frame = PtyFrame::Frame;
+    using Error = DecodeError;
+
+    static std::optional<Error> faultOf(const FrameHeader& header);
+    static std::expected<Frame, Error> frame(const FrameHeader& header, ByteView payload);
+};
+
+using Decoder = FrameDecoder<DecoderRules>;
+
+/// 1...1000 columns and 1...500 rows.
+bool validSize(int cols, int rows);
+
+/// The frame's bytes; absent when the payload has not a length of its kind. Values are not judged:
+/// a resize to 0 x 0 is framed here and refused by the other side's decoder.
+std::optional<Bytes> encode(Kind kind, ByteView payload);
+
+/// As many data frames as it takes, each as long as possible; one empty frame for no bytes.
+Bytes data(ByteView bytes);
+
+/// Absent for a size that is not valid.
+std::optional<Bytes> resize(std::uint16_t cols, std::uint16_t rows);
+
+Bytes exit(std::int32_t code);
+Bytes ready(std::uint32_t pid);
+
+} // namespace velmo::PtyFrame
