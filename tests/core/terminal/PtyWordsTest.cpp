@@ -1,0 +1,131 @@
+#include "core/terminal/PtyWords.h"
+
+#include "tests/core/terminal/Lines.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace velmo {
+namespace {
+
+using namespace std::string_literals;
+using Strings = std::vector<std::string>;
+
+template<class Rule>
+void expectVerdicts(const Rule& rule, const Strings& accepted, const Strings& refused) {
+    for (const std::string& text : accepted)
+        EXPECT_TRUE(rule(text)) << testing::PrintToString(text);
+    for (const std::string& text : refused)
+        EXPECT_FALSE(rule(text)) << testing::PrintToString(text);
+}
+
+TEST(PtyWords, CleanAbsolutePaths) {
+    expectVerdicts(Pty::isCleanAbsolutePath,
+                   {"/a", "/a/", "/...", "/a/..b/.c", "/é 😀", "/" + std::string(1023, 'a'),
+                    "/" + std::string(1022, 'a') + "/"},
+                   {"/" + std::string(1024, 'a'), "/" + std::string(1023, 'a') + "/", "", "/", "//",
+                    "//a", "/a//", "/a//b", "/.", "/a/..", "/a/../", "/a/./b", "a/b", "/a\n",
+                    "/a\0b"s, "/a\x7F", "/a\u0085", "/a\u2029", "/a\xFF"});
+}
+
+TEST(PtyWords, Dimensions) {
+    EXPECT_EQ(Pty::dimension("1"), 1);
+    EXPECT_EQ(Pty::dimension("1000"), 1000);
+    EXPECT_EQ(Pty::dimension("9999"), 9999);
+    for (const char* refused : {"", "0", "080", "+80", "-1", " 80", "80 ", "10000", "8O", "٨"})
+        EXPECT_FALSE(Pty::dimension(refused)) << refused;
+    EXPECT_FALSE(Pty::dimension(std::nullopt));
+}
+
+TEST(PtyWords, Identifiers) {
+    expectVerdicts(Pty::isUuid, {"01234567-89ab-CDEF-0123-456789abcdef"},
+                   {"01234567-89ab-CDEF-0123-456789abcde", "01234567-89ab-CDEF-0123-456789abcdef0",
+                    "0123456789ab--CDEF-0123-456789abcdef", "01234567-89ab-CDEG-0123-456789abcdef",
+                    "01234567-89ab-CDEF-0123_456789abcdef"});
+    expectVerdicts(Pty::isOpencodeSessionId, {"ses_12345678", "ses_" + std::string(64, 'Z')},
+                   {"ses_1234567", "ses_" + std::string(65, 'Z'), "Ses_12345678", "ses_1234567-",
+                    "ses-12345678"});
+    expectVerdicts(Pty::isModelId, {"a", "7b/x._:@[1m]-y", std::string(100, 'm')},
+                   {std::string(101, 'm'), "", "-a", ".a", "a b", "a;b", "é", "a\0"s});
+}
+
+TEST(PtyWords, SshTargets) {
+    expectVerdicts(Pty::isSshTarget,
+                   {"h", "me@example.org", "a-b_c.d@e", "user@-x", "[fe80::1]",
+                    "me@[::ffff:1.2.3.4]", "[.]", "m@" + std::string(251, 'h')},
+                   {"m@" + std::string(252, 'h'), "", "-x", "-oProxyCommand=x", "@h", "me@",
+                    "a@b@c", "[]", "[", "[::1", "[::1]x", "[fe80::1%en0]", "[::g]", "h:22", "m:p@h",
+                    "h h", "h\n", "hé"});
+}
+
+TEST(PtyWords, SshArguments) {
+    expectVerdicts([](const std::string& line) { return Pty::isSshArguments(words(line)); },
+                   {"-- me@host", "-p 2222 -- host", "-p 65535 -- [fe80::1]"},
+                   {"-p 0 -- host", "-p 65536 -- host", "-p 022 -- host", "-P 22 -- host",
+                    "-p 22 host", "-p 22 -p 22 -- host", "host", "-- -x", "-- host ls",
+                    "-v -- host", "--", ""});
+}
+
+TEST(PtyWords, AgentFlags) {
+    expectVerdicts(
+        [](const std::string& line) {
+            const Strings all = words(line);
+            return Pty::isAgentFlags(all[0], Pty::Words(all).subspan(1));
+        },
+        {"agy", "claude", "claude --model m --permission-mode acceptEdits --continue",
+         "claude --dangerously-skip-permissions --continue",
+         "codex --sandbox workspace-write --ask-for-approval never",
+         "codex --dangerously-bypass-approvals-and-sandbox --model m", "opencode --model a/b"},
+        {"agy --model m", "claude --dangerously-skip-permissions --permission-mode plan",
+         "claude --permission-mode plan --dangerously-skip-permissions",
+         "claude --permission-mode bypassPermissions", "claude --permission-mode",
+         "claude --model m --model m", "claude --continue --continue", "claude --model",
+         "claude --model --continue", "claude --sandbox read-only", "claude x",
+         "codex --dangerously-bypass-approvals-and-sandbox --sandbox read-only",
+         "codex --ask-for-approval untrusted --dangerously-bypass-approvals-and-sandbox",
+         "codex --sandbox danger", "opencode --continue", "ssh", "zsh", "Claude"});
+    // The padding of a list of values is no value.
+    EXPECT_FALSE(Pty::isAgentFlags("claude", Strings{"--permission-mode", ""}));
+    EXPECT_FALSE(Pty::isAgentFlags("", Strings{}));
+}
+
+TEST(PtyWords, EachAgentResumesInItsOwnWay) {
+    const std::string uuid = " 01234567-89ab-cdef-0123-456789abcdef";
+    const std::string session = " ses_0123456789";
+    expectVerdicts(
+        [](const std::string& line) {
+            const Strings all = words(line);
+            return Pty::isAgentArguments(all[0], Pty::Words(all).subspan(1));
+        },
+        {"claude --resume" + uuid, "codex resume" + uuid, "opencode -s" + session, "agy",
+         "claude --continue"},
+        {"claude --resume", "claude --resume" + session, "claude resume" + uuid,
+         "claude --resume" + uuid + " --continue", "codex --resume" + uuid, "opencode -s" + uuid,
+         "agy --resume" + uuid, "ssh"});
+}
+
+TEST(PtyWords, ShellArguments) {
+    for (const std::string_view shell : Pty::shells) {
+        const bool tmux = shell == "tmux";
+        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"-l"}), !tmux) << shell;
+        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"attach-session"}), tmux) << shell;
+        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"new-session"}), tmux) << shell;
+        for (const char* refused : {"", "-i", "-l -l", "new-session x", "-c x"})
+            EXPECT_FALSE(Pty::isShellArguments(shell, words(refused))) << shell << refused;
+    }
+}
+
+TEST(PtyWords, Interpreters) {
+    // Full-width digits, Roman numerals and superscripts are numbers; the Kelvin sign is a k.
+    expectVerdicts(Pty::isInterpreter,
+                   {"bash", "NODE", "python3", "python3.12", "python-3.12", "node-18", "node.18-1",
+                    "zsh-5.9", "osascript", "cmd.exe", "Python3.EXE", "python\uFF13",
+                    "python\u2162", "bun\u00B2", "\u212Ash"},
+                   {"pythonista", "python3a", "python3.12a", "node-", "node.", "claude", "1.0.42",
+                    "18", "", ".exe", "bash.exe.exe", "sh\xFF", "pe\u0280l"});
+}
+
+} // namespace
+} // namespace velmo
