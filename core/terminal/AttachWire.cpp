@@ -1,0 +1,151 @@
+#include "core/terminal/AttachWire.h"
+
+#include "core/support/Ascii.h"
+
+#include <tuple>
+
+namespace velmo::PtyAttach {
+
+namespace {
+
+constexpr PtyFrame::Size usualSize{.cols = 80, .rows = 24};
+constexpr std::size_t longestErrorCode = 32;
+constexpr std::int64_t highestExitCode = 255;
+constexpr std::string_view badMessage = "bad-message";
+
+struct Hello {
+    int cols;
+    int rows;
+    std::string token;
+    int v = 1;
+
+    static constexpr auto fields =
+        std::tuple{constant("t", "hello"), field("v", &Hello::v), field("token", &Hello::token),
+                   field("cols", &Hello::cols), field("rows", &Hello::rows)};
+};
+
+struct Resize {
+    int cols;
+    int rows;
+
+    static constexpr auto fields = std::tuple{constant("t", "resize"), field("cols", &Resize::cols),
+                                              field("rows", &Resize::rows)};
+};
+
+std::size_t limitOf(FrameType type) {
+    return type == FrameType::data ? maxData : maxControl;
+}
+
+std::optional<FrameType> frameTypeOf(std::uint8_t raw) {
+    const auto type = static_cast<FrameType>(raw);
+    return type == FrameType::data || type == FrameType::control ? std::optional(type)
+                                                                 : std::nullopt;
+}
+
+std::string_view textMember(const JsonObject& object, std::string_view name) {
+    return object.member(name).and_then(&JsonValue::text).value_or("");
+}
+
+/// No control character and no markup: the code is shown on the terminal.
+bool isErrorCode(std::string_view text) {
+    return !text.empty() && text.size() <= longestErrorCode
+           && Ascii::isMadeOfLettersDigitsAnd("-_.", text);
+}
+
+host::Ready ready(const JsonObject& object) {
+    host::Ready ready{.name = std::string(textMember(object, "name"))};
+    if (const auto given = object.member("labels").and_then(&JsonValue::object))
+        ready.labels = decodeRecordLeniently<Labels>(*given);
+    std::apply(
+        [&](const auto&... label) {
+            ((ready.labels.*label.member = sanitizeLabel(ready.labels.*label.member)), ...);
+        },
+        Labels::fields);
+    return ready;
+}
+
+HostMessage exit(const JsonObject& object) {
+    const auto code = object.member("code").and_then(&JsonValue::integer);
+    if (!code)
+        return host::Error{std::string(badMessage)};
+    return host::Exit{static_cast<int>(std::clamp<std::int64_t>(*code, 0, highestExitCode))};
+}
+
+host::Error error(const JsonObject& object) {
+    const std::string_view code = textMember(object, "code");
+    return {std::string(isErrorCode(code) ? code : badMessage)};
+}
+
+} // namespace
+
+std::optional<ControlObject> ControlObject::parse(std::string_view json) {
+    auto document = JsonDocument::parse(json);
+    if (!document || !document->root().object())
+        return std::nullopt;
+    return ControlObject(*std::move(document));
+}
+
+std::optional<DecodeError> DecoderRules::faultOf(const FrameHeader& header) {
+    const auto type = frameTypeOf(header.type);
+    if (!type)
+        return DecodeError::unknownType;
+    if (header.length > limitOf(*type))
+        return DecodeError::tooLarge;
+    return std::nullopt;
+}
+
+std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, ByteView payload) {
+    if (header.type == std::to_underlying(FrameType::data))
+        return Bytes(payload.begin(), payload.end());
+    auto object = ControlObject::parse(textOf(payload));
+    if (!object)
+        return std::unexpected(DecodeError::badJSON);
+    return *std::move(object);
+}
+
+std::optional<Bytes> frame(FrameType type, ByteView payload) {
+    if (payload.size() > limitOf(type))
+        return std::nullopt;
+    Bytes frame;
+    frame.reserve(headerBytes + payload.size());
+    FrameHeader{.type = std::to_underlying(type),
+                .length = static_cast<std::uint32_t>(payload.size())}
+        .appendTo(frame);
+    frame.insert(frame.end(), payload.begin(), payload.end());
+    return frame;
+}
+
+Bytes data(ByteView bytes) {
+    static_assert(maxData == PtyFrame::maxPayload);
+    static_assert(std::to_underlying(FrameType::data) == std::to_underlying(PtyFrame::Kind::data));
+    return PtyFrame::data(bytes);
+}
+
+std::optional<Bytes> hello(std::string_view token, int cols, int rows) {
+    return control(Hello{.cols = cols, .rows = rows, .token = std::string(token)});
+}
+
+Bytes resize(int cols, int rows) {
+    return control(Resize{.cols = cols, .rows = rows}).value(); // two numbers always fit
+}
+
+HostMessage message(const JsonObject& object) {
+    const std::string_view type = textMember(object, "t");
+    if (type == "ready")
+        return ready(object);
+    if (type == "exit")
+        return exit(object);
+    if (type == "error")
+        return error(object);
+    if (type == "size")
+        return host::Size{};
+    return host::Other{};
+}
+
+PtyFrame::Size clampSize(int cols, int rows) {
+    if (cols < 1 || rows < 1)
+        return usualSize;
+    return {.cols = std::min(cols, PtyFrame::maxCols), .rows = std::min(rows, PtyFrame::maxRows)};
+}
+
+} // namespace velmo::PtyAttach

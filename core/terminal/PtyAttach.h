@@ -1,0 +1,58 @@
+#pragma once
+
+#include "core/terminal/AttachLabels.h"
+#include "core/terminal/AttachTicket.h"
+#include "core/terminal/AttachWire.h"
+#include "core/terminal/DetachKey.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+/// The attach client: what a terminal window runs to join a session that lives on the host. It
+/// reads a ticket (AttachTicket.h), connects to the socket named there, says hello and relays
+/// (AttachWire.h) until the user detaches (DetachKey.h), the program ends or the host goes away,
+/// and says which (AttachLabels.h). The socket, the terminal's raw mode and the loop are the
+/// caller's.
+namespace velmo::PtyAttach {
+
+/// Join the session of a ticket: the path of its file.
+struct TicketArguments {
+    std::string path;
+
+    bool operator==(const TicketArguments&) const = default;
+};
+
+/// Answer with `probeReply` and end.
+struct ProbeArguments {
+    bool operator==(const ProbeArguments&) const = default;
+};
+
+using Arguments = std::variant<TicketArguments, ProbeArguments>;
+
+/// "--probe" alone, or "--ticket-file" and a clean absolute path.
+std::optional<Arguments> parseArguments(std::span<const std::string> args);
+
+inline constexpr std::string_view probeReply = R"({"ok":true,"v":1})";
+
+/// Written to the terminal at the end, whatever the reason: undoes what the program may have left
+/// switched on.
+inline constexpr std::string_view reset = "\0337"       // save the cursor, which the next moves
+                                          "\033[?1049l" // leave the alternate screen
+                                          "\033[?25h"   // show the cursor
+                                          "\033[?2004l" // bracketed paste
+                                          "\033[?1000l" // mouse: clicks,
+                                          "\033[?1002l" //   drags,
+                                          "\033[?1003l" //   every movement,
+                                          "\033[?1006l" //   long coordinates
+                                          "\033[?1004l" // focus reports
+                                          "\033[<u"     // keyboard enhancements
+                                          "\033[?1l"    // cursor keys as usual
+                                          "\033>"       // keypad as usual
+                                          "\033[0m"     // colours and attributes
+                                          "\r\n";
+static_assert(reset.size() == 81);
+
+} // namespace velmo::PtyAttach
