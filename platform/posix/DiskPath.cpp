@@ -1,0 +1,92 @@
+#include "platform/posix/DiskPath.h"
+
+#include "core/terminal/PathText.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+namespace velmo::DiskPath {
+
+namespace {
+
+/// As C takes it; absent when C would see another path.
+std::optional<std::string> terminated(std::string_view path) {
+    if (path.contains('\0'))
+        return std::nullopt;
+    return std::string(path);
+}
+
+/// Whether nothing bears the name, not even a link that leads nowhere.
+bool isMissing(const std::string& path) {
+    struct stat ignored{};
+    return ::lstat(path.c_str(), &ignored) != 0 && errno == ENOENT;
+}
+
+std::string below(std::string folder, std::string_view name) {
+    if (!folder.ends_with('/'))
+        folder += '/';
+    return folder.append(name);
+}
+
+} // namespace
+
+std::optional<std::string> resolved(std::string_view path) {
+    const auto name = terminated(path);
+    if (!name)
+        return std::nullopt;
+    const std::unique_ptr<char, decltype(&std::free)> found(::realpath(name->c_str(), nullptr),
+                                                            &std::free);
+    return found == nullptr ? std::nullopt : std::optional<std::string>(found.get());
+}
+
+std::optional<std::string> resolvedAsFarAsItExists(std::string_view path) {
+    if (!path.starts_with('/') || path.contains('\0'))
+        return std::nullopt;
+    // From the root downwards: the first name that is missing ends what the disk can say.
+    std::string result = "/";
+    bool exists = true;
+    for (const std::string_view piece : PathText::pieces(path)) {
+        const std::string next = below(result, piece);
+        if (exists) {
+            if (auto real = resolved(next)) {
+                result = *std::move(real);
+                continue;
+            }
+            if (!isMissing(next))
+                return std::nullopt;
+            exists = false;
+        }
+        if (PathText::isDotOrDotDot(piece))
+            return std::nullopt;
+        result = next;
+    }
+    return result;
+}
+
+std::optional<struct stat> status(std::string_view path) {
+    const auto name = terminated(path);
+    struct stat found{};
+    if (!name || ::stat(name->c_str(), &found) != 0)
+        return std::nullopt;
+    return found;
+}
+
+bool isDirectory(std::string_view path) {
+    const auto found = status(path);
+    return found && S_ISDIR(found->st_mode);
+}
+
+bool isExecutable(std::string_view path) {
+    const auto found = status(path);
+    return found && !S_ISDIR(found->st_mode) && ::access(std::string(path).c_str(), X_OK) == 0;
+}
+
+bool isWorldWritable(std::string_view path) {
+    const auto found = status(path);
+    return !found || (found->st_mode & S_IWOTH) != 0;
+}
+
+} // namespace velmo::DiskPath
