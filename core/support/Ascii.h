@@ -32,8 +32,8 @@ constexpr bool isHex(char c) {
 
 /// Whether every byte is a letter, a digit or one of `others`; true for "".
 constexpr bool isMadeOfLettersDigitsAnd(std::string_view others, std::string_view text) {
-    return std::ranges::all_of(
-        text, [&](char c) { return isLetterOrDigit(c) || others.find(c) != others.npos; });
+    return std::ranges::all_of(text,
+                               [&](char c) { return isLetterOrDigit(c) || others.contains(c); });
 }
 
 /// The value of 1 to `longest` digits that do not begin with "0": no sign, no blank, and thereby

@@ -241,7 +241,7 @@ bool isOneOf(std::string_view text, std::span<const std::string_view> table) {
 
 std::string replacedAll(std::string_view text, std::string_view what, std::string_view by) {
     std::string result;
-    for (auto found = text.find(what); found != text.npos; found = text.find(what)) {
+    for (auto found = text.find(what); found != std::string_view::npos; found = text.find(what)) {
         result.append(text.substr(0, found)).append(by);
         text.remove_prefix(found + what.size());
     }

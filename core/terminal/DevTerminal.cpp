@@ -375,8 +375,8 @@ bool isTty(std::string_view text) {
 
 bool isSshTarget(std::string_view text) {
     const std::size_t at = text.find('@');
-    const std::string_view host = at == text.npos ? text : text.substr(at + 1);
-    const std::string_view user = at == text.npos ? host : text.substr(0, at);
+    const std::string_view host = at == std::string_view::npos ? text : text.substr(at + 1);
+    const std::string_view user = at == std::string_view::npos ? host : text.substr(0, at);
     return !user.empty() && !host.empty() && Ascii::isMadeOfLettersDigitsAnd(hostCharacters, user)
            && Ascii::isMadeOfLettersDigitsAnd(hostCharacters, host);
 }

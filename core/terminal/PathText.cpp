@@ -15,7 +15,7 @@ constexpr std::size_t longestPath = 1024;
 std::string_view takePiece(std::string_view& path) {
     const std::size_t slash = path.find('/');
     const std::string_view piece = path.substr(0, slash);
-    path.remove_prefix(slash == path.npos ? path.size() : slash + 1);
+    path.remove_prefix(slash == std::string_view::npos ? path.size() : slash + 1);
     return piece;
 }
 
@@ -62,7 +62,7 @@ std::string_view lastComponent(std::string_view path) {
 
 std::string_view parent(std::string_view path) {
     const std::size_t slash = path.rfind('/');
-    return slash == path.npos || slash == 0 ? "/" : path.substr(0, slash);
+    return slash == std::string_view::npos || slash == 0 ? "/" : path.substr(0, slash);
 }
 
 } // namespace velmo::PathText

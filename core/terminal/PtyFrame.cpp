@@ -108,7 +108,7 @@ std::optional<Bytes> encode(Kind kind, ByteView payload) {
 
 Bytes data(ByteView bytes) {
     Bytes frames;
-    frames.reserve(bytes.size() + headerBytes * (bytes.size() / maxPayload + 1));
+    frames.reserve(bytes.size() + (headerBytes * (bytes.size() / maxPayload + 1)));
     do {
         const ByteView piece = bytes.first(std::min(bytes.size(), maxPayload));
         append(frames, Kind::data, piece);

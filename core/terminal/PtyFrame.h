@@ -38,7 +38,8 @@ struct Signal {
 };
 
 /// Hang-up, interrupt, terminate: no other signal can be carried.
-inline constexpr auto signals = std::to_array<Signal>({{1, 1}, {2, 2}, {15, 15}});
+inline constexpr auto signals = std::to_array<Signal>(
+    {{.code = 1, .number = 1}, {.code = 2, .number = 2}, {.code = 15, .number = 15}});
 
 struct Size {
     int cols;

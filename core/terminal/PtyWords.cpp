@@ -27,9 +27,9 @@ struct Resume {
 };
 
 constexpr auto resumes = std::to_array<Resume>({
-    {"claude", "--resume", isUuid},
-    {"codex", "resume", isUuid},
-    {"opencode", "-s", isOpencodeSessionId},
+    {.agent = "claude", .option = "--resume", .isSession = isUuid},
+    {.agent = "codex", .option = "resume", .isSession = isUuid},
+    {.agent = "opencode", .option = "-s", .isSession = isOpencodeSessionId},
 });
 
 bool isUserOrHostName(std::string_view text) {
@@ -52,10 +52,10 @@ bool isPermittedValue(const AgentOption& option, std::string_view value) {
 }
 
 const AgentOption* findOption(std::string_view tool, std::string_view flag) {
-    const auto found = std::ranges::find_if(agentOptions, [&](const AgentOption& option) {
+    const auto* const found = std::ranges::find_if(agentOptions, [&](const AgentOption& option) {
         return option.agent == tool && option.flag == flag;
     });
-    return found == agentOptions.end() ? nullptr : &*found;
+    return found == agentOptions.end() ? nullptr : found;
 }
 
 } // namespace
@@ -89,7 +89,7 @@ bool isSshTarget(std::string_view text) {
     if (text.size() > longestTarget || text.starts_with('-'))
         return false;
     const std::size_t at = text.find('@');
-    if (at == text.npos)
+    if (at == std::string_view::npos)
         return isHost(text);
     return isUserOrHostName(text.substr(0, at)) && isHost(text.substr(at + 1));
 }

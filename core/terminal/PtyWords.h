@@ -39,19 +39,30 @@ struct AgentOption {
     std::array<std::string_view, 4> list{}; ///< for `listed`; padded with ""
 };
 
+/// A flag without a value, with the identifier of a model, with a value of a list.
+constexpr AgentOption bare(std::string_view agent, std::string_view flag) {
+    return {.agent = agent, .flag = flag};
+}
+
+constexpr AgentOption model(std::string_view agent, std::string_view flag) {
+    return {.agent = agent, .flag = flag, .value = FlagValue::model};
+}
+
+constexpr AgentOption listed(std::string_view agent, std::string_view flag,
+                             const std::array<std::string_view, 4>& list) {
+    return {.agent = agent, .flag = flag, .value = FlagValue::listed, .list = list};
+}
+
 inline constexpr auto agentOptions = std::to_array<AgentOption>({
-    {"claude", "--model", FlagValue::model},
-    {"claude", "--permission-mode", FlagValue::listed, {"plan", "acceptEdits", "default"}},
-    {"claude", "--continue"},
-    {"claude", "--dangerously-skip-permissions"},
-    {"codex", "--model", FlagValue::model},
-    {"codex", "--sandbox", FlagValue::listed, {"read-only", "workspace-write"}},
-    {"codex",
-     "--ask-for-approval",
-     FlagValue::listed,
-     {"untrusted", "on-failure", "on-request", "never"}},
-    {"codex", "--dangerously-bypass-approvals-and-sandbox"},
-    {"opencode", "--model", FlagValue::model},
+    model("claude", "--model"),
+    listed("claude", "--permission-mode", {"plan", "acceptEdits", "default"}),
+    bare("claude", "--continue"),
+    bare("claude", "--dangerously-skip-permissions"),
+    model("codex", "--model"),
+    listed("codex", "--sandbox", {"read-only", "workspace-write"}),
+    listed("codex", "--ask-for-approval", {"untrusted", "on-failure", "on-request", "never"}),
+    bare("codex", "--dangerously-bypass-approvals-and-sandbox"),
+    model("opencode", "--model"),
 });
 
 /// See PathText::isCleanAbsolute.

@@ -111,13 +111,7 @@ TEST(AttachWire, LabelsReplaceTheEnglishOnesOneByOne) {
 }
 
 TEST(AttachDecoder, FindsEachFaultAsSoonAsItCan) {
-    struct Fault {
-        Bytes stream;
-        DecodeError error;
-        std::size_t foundAt;
-    };
-
-    const Fault faults[] = {
+    const Fault<Decoder> faults[] = {
         {{0, 0, 0, 0, 0}, DecodeError::unknownType, 5},
         {{2, 0, 0, 0, 4}, DecodeError::unknownType, 5},
         {{5, 255, 255, 255, 255}, DecodeError::unknownType, 5},
@@ -132,18 +126,8 @@ TEST(AttachDecoder, FindsEachFaultAsSoonAsItCan) {
         {controlBytes("{\"t\":1,\"t\":2}"), DecodeError::badJSON, 18},
         {controlBytes("{\"\xFF\":1}"), DecodeError::badJSON, 12},
     };
-    for (const auto& [fault, error, foundAt] : faults) {
-        const auto alone = decodeInSlices<Decoder>(fault, everyByte(fault));
-        EXPECT_EQ(alone.error, error) << testing::PrintToString(fault);
-        EXPECT_EQ(alone.position, foundAt) << testing::PrintToString(fault);
-
-        Decoder decoder;
-        Bytes stream = PtyAttach::data(Bytes{1});
-        stream.insert(stream.end(), fault.begin(), fault.end());
-        EXPECT_FALSE(decoder.feed(stream)) << testing::PrintToString(fault);
-        EXPECT_EQ(decoder.buffered(), 0U);
-        EXPECT_EQ(decoder.feed(controlBytes("{}")).error(), error);
-    }
+    for (const auto& fault : faults)
+        expectFault(fault, controlBytes("{}"));
 }
 
 TEST(AttachDecoder, TakesPayloadsUpToTheirLimits) {
@@ -166,13 +150,6 @@ std::string told(const Frame& frame) {
     return "control " + std::string(member->text().value());
 }
 
-std::vector<std::string> told(const std::vector<Frame>& frames) {
-    std::vector<std::string> all;
-    for (const Frame& frame : frames)
-        all.push_back(told(frame));
-    return all;
-}
-
 RC_GTEST_PROP(AttachDecoder, SlicingChangesNothing, ()) {
     Bytes stream;
     for (const int kind : *rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 9))) {
@@ -185,25 +162,7 @@ RC_GTEST_PROP(AttachDecoder, SlicingChangesNothing, ()) {
                                       : controlBytes(json);
         stream.insert(stream.end(), part.begin(), part.end());
     }
-    const auto whole = decodeInSlices<Decoder>(stream, {});
-    const auto finest = decodeInSlices<Decoder>(stream, everyByte(stream));
-    const auto cuts = someCuts(stream);
-    const auto sliced = decodeInSlices<Decoder>(stream, cuts);
-
-    RC_ASSERT(whole.error == finest.error);
-    RC_ASSERT(sliced.error == finest.error);
-    RC_ASSERT(sliced.buffered == finest.buffered);
-    const auto all = told(finest.frames);
-    const auto some = told(sliced.frames);
-    if (!finest.error) {
-        RC_ASSERT(some == all);
-        RC_ASSERT(told(whole.frames) == all);
-        return;
-    }
-    const auto end = std::ranges::lower_bound(cuts, finest.position);
-    RC_ASSERT(sliced.position == (end == cuts.end() ? stream.size() : *end));
-    RC_ASSERT(some.size() <= all.size());
-    RC_ASSERT(std::ranges::equal(some, std::span(all).first(some.size())));
+    assertSlicingChangesNothing<Decoder>(stream, told);
 }
 
 } // namespace

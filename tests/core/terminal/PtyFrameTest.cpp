@@ -107,14 +107,8 @@ TEST(PtyFrame, ReadsValuesOfTheirOwnKindAndLengthOnly) {
     EXPECT_FALSE((Frame{Kind::signal, {}}.signal()));
 }
 
-struct Fault {
-    Bytes stream;
-    DecodeError error;
-    std::size_t foundAt; ///< bytes until it is found
-};
-
 TEST(PtyFrameDecoder, FindsEachFaultAsSoonAsItCan) {
-    const Fault faults[] = {
+    const Fault<Decoder> faults[] = {
         {{0, 255, 255, 255, 255}, DecodeError::unknownType, 5},
         {{6, 0, 0, 0, 0}, DecodeError::unknownType, 5},
         {{255, 0, 0, 0, 0}, DecodeError::unknownType, 5},
@@ -133,22 +127,8 @@ TEST(PtyFrameDecoder, FindsEachFaultAsSoonAsItCan) {
         {{2, 0, 0, 0, 4, 0, 80, 0, 0}, DecodeError::badValue, 9},
         {{2, 0, 0, 0, 4, 0, 80, 1, 0xF5}, DecodeError::badValue, 9},
     };
-    const Bytes good = PtyFrame::exit(7);
-    for (const auto& [fault, error, foundAt] : faults) {
-        const auto alone = decodeInSlices<Decoder>(fault, everyByte(fault));
-        EXPECT_EQ(alone.error, error) << testing::PrintToString(fault);
-        EXPECT_EQ(alone.position, foundAt) << testing::PrintToString(fault);
-
-        // What came before in the same call is lost; nothing is heard of what follows.
-        Decoder decoder;
-        const auto frames = decoder.feed(joined({good, fault, good}));
-        ASSERT_FALSE(frames) << testing::PrintToString(fault);
-        EXPECT_EQ(frames.error(), error);
-        EXPECT_EQ(decoder.buffered(), 0U);
-        EXPECT_EQ(decoder.feed(good).error(), error);
-        EXPECT_EQ(decoder.feed({}).error(), error);
-        EXPECT_EQ(decoder.buffered(), 0U);
-    }
+    for (const auto& fault : faults)
+        expectFault(fault, PtyFrame::exit(7));
 }
 
 TEST(PtyFrameDecoder, GivesWhatIsWholeBeforeTheFaultIsThere) {
@@ -201,29 +181,7 @@ Bytes someStream() {
 }
 
 RC_GTEST_PROP(PtyFrameDecoder, SlicingChangesNothing, ()) {
-    const Bytes stream = someStream();
-    const auto whole = decodeInSlices<Decoder>(stream, {});
-    const auto finest = decodeInSlices<Decoder>(stream, everyByte(stream));
-    const auto cuts = someCuts(stream);
-    const auto sliced = decodeInSlices<Decoder>(stream, cuts);
-
-    RC_ASSERT(sliced.error == finest.error);
-    RC_ASSERT(whole.error == finest.error);
-    if (!finest.error) {
-        RC_ASSERT(sliced.frames == finest.frames);
-        RC_ASSERT(whole.frames == finest.frames);
-        RC_ASSERT(sliced.buffered == finest.buffered);
-        RC_ASSERT(whole.buffered == finest.buffered);
-        return;
-    }
-    // Found in the slice that holds the byte, and none before; that slice's frames are lost.
-    const auto end = std::ranges::lower_bound(cuts, finest.position);
-    RC_ASSERT(sliced.position == (end == cuts.end() ? stream.size() : *end));
-    RC_ASSERT(whole.frames.empty());
-    RC_ASSERT(sliced.frames.size() <= finest.frames.size());
-    RC_ASSERT(
-        std::ranges::equal(sliced.frames, std::span(finest.frames).first(sliced.frames.size())));
-    RC_ASSERT(sliced.buffered == 0U);
+    assertSlicingChangesNothing<Decoder>(someStream(), std::identity());
 }
 
 } // namespace
