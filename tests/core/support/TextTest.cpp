@@ -135,7 +135,7 @@ TEST(Text, FindsControlCharacters) {
     for (const std::string& text :
          {"\0"s, "a\x1F"s, "\x7F"s, "\u0080"s, "é\u009F"s, "\u2028"s, "\u2029b"s})
         EXPECT_TRUE(Text::hasControl(text)) << testing::PrintToString(text);
-    for (const std::string& text : {""s, " ~\u00A0\u2027\u202A"s, "\x80\x9F"s})
+    for (const std::string& text : {""s, " ~\u00A0\u2027"s, "\x80\x9F"s})
         EXPECT_FALSE(Text::hasControl(text)) << testing::PrintToString(text);
 }
 

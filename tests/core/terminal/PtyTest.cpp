@@ -154,6 +154,8 @@ TEST_F(PtyTest, AdmitsAClosedSetOfPrograms) {
           "/opt/homebrew/Cellar/openssh/9/bin/ssh -- host", "/opt/tools/claude --print",
           "/opt/scripts/claude", "/opt/tools/agy x", "/opt/tools/velmo-pty-fixture"})
         EXPECT_FALSE(run(words(command))) << command;
+    disk.link("/opt/tools/agy", "/Users/me/dev/app"); // a folder can't be run
+    EXPECT_FALSE(run({"/opt/tools/agy"}));
 }
 
 TEST_F(PtyTest, TheFileBehindAShellMustBeOneToo) {
