@@ -210,15 +210,11 @@ TEST_F(AttachTicketOnDisk, EveryDescriptorIsClosed) {
 TEST_F(AttachTicketOnDisk, TheHostFileSystemTellsTheTruth) {
     HostFileSystem host;
     EXPECT_EQ(host.uid(), ::getuid());
-#ifdef __APPLE__
-    EXPECT_TRUE(host.userTempDir().value_or("").starts_with("/var/folders/"));
-#else
-    ::setenv("TMPDIR", root.c_str(), 1);
-    EXPECT_EQ(host.userTempDir(), root.string());
-    EXPECT_EQ(expectedFolder(host), folder.string());
-    ::unsetenv("TMPDIR");
-    EXPECT_FALSE(host.userTempDir());
-#endif
+    // Not everywhere asked, but where it is not there is a better answer.
+    ::setenv("TMPDIR", root.parent_path().c_str(), 1);
+    const auto told = host.userTempDir();
+    ASSERT_TRUE(told);
+    EXPECT_EQ(expectedFolder(host), (fs::canonical(*told) / "velmo-term").string());
     const int directory = host.openDirectory(folder.string()).value();
     EXPECT_EQ(host.pathOf(directory), folder.string());
     const auto info = host.fstat(directory).value();
