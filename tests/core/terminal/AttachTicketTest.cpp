@@ -12,7 +12,6 @@ namespace {
 
 using namespace std::string_literals;
 using namespace PtyAttach;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 const std::string name = "a-0123456789abcdef0123456789abcdef.json";

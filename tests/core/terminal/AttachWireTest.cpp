@@ -157,9 +157,9 @@ RC_GTEST_PROP(AttachDecoder, SlicingChangesNothing, ()) {
         std::string json = "{\"a\":";
         JsonWriter(json).text(text);
         json += '}';
-        const Bytes part = kind == 0  ? bytes(text)
-                           : kind < 5 ? PtyAttach::data(bytesOf(text))
-                                      : controlBytes(json);
+        Bytes part = bytes(text);
+        if (kind > 0)
+            part = kind < 5 ? PtyAttach::data(bytesOf(text)) : controlBytes(json);
         stream.insert(stream.end(), part.begin(), part.end());
     }
     assertSlicingChangesNothing<Decoder>(stream, told);

@@ -27,7 +27,8 @@ public:
     mutable int questions = 0;
 
     void addFolder(const std::string& path) {
-        for (auto slash = path.find('/', 1); slash != path.npos; slash = path.find('/', slash + 1))
+        for (auto slash = path.find('/', 1); slash != std::string::npos;
+             slash = path.find('/', slash + 1))
             folders.insert(path.substr(0, slash));
         folders.insert(path);
     }
