@@ -31,4 +31,6 @@ find_package(CLI11 REQUIRED)
 if(VELMO_BUILD_TESTS)
     find_package(GTest REQUIRED)
     find_package(rapidcheck REQUIRED)
+    # A peer to agree with.
+    velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
 endif()

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -45,6 +47,24 @@ constexpr std::optional<std::int64_t> positiveDecimal(std::string_view text, std
     std::int64_t value = 0;
     for (const char digit : text)
         value = value * 10 + (digit - '0');
+    return value;
+}
+
+/// The value of one or more digits and nothing else; leading zeros are let pass. Absent when it
+/// does not fit.
+template<std::integral Integer>
+constexpr std::optional<Integer> decimal(std::string_view text) {
+    constexpr Integer ten = 10;
+    constexpr Integer highest = std::numeric_limits<Integer>::max();
+    if (text.empty() || !std::ranges::all_of(text, isDigit))
+        return std::nullopt;
+    Integer value = 0;
+    for (const char c : text) {
+        const auto digit = static_cast<Integer>(c - '0');
+        if (value > (highest - digit) / ten)
+            return std::nullopt;
+        value = static_cast<Integer>((value * ten) + digit);
+    }
     return value;
 }
 

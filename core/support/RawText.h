@@ -35,4 +35,13 @@ constexpr std::optional<E> fromRawText(std::string_view text) {
     return std::nullopt;
 }
 
+/// Every case, in order.
+template<HasRawText E>
+inline constexpr auto allCases = [] {
+    std::array<E, rawTexts<E>.size()> cases{};
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        cases[i] = static_cast<E>(i);
+    return cases;
+}();
+
 } // namespace velmo

@@ -80,6 +80,13 @@ std::expected<std::string, EncodingError> encodeJson(const T& value,
 template<class T>
 std::optional<T> decodeJson(const JsonValue& value);
 
+/// The same for a whole text, which is refused as `JsonDocument::parse` refuses it.
+template<class T>
+std::optional<T> decodeJsonText(std::string_view json) {
+    const auto document = JsonDocument::parse(json);
+    return document ? decodeJson<T>(document->root()) : std::nullopt;
+}
+
 /// Every field must be there and of its kind, but optionals may be missing and are then absent,
 /// whatever their default; members that are no field are ignored.
 template<Record R>
@@ -87,9 +94,7 @@ std::optional<R> decodeRecord(const JsonObject& object);
 
 template<Record R>
 std::optional<R> decodeRecord(std::string_view json) {
-    const auto document = JsonDocument::parse(json);
-    const auto object = document ? document->root().object() : std::nullopt;
-    return object ? decodeRecord<R>(*object) : std::nullopt;
+    return decodeJsonText<R>(json);
 }
 
 /// Each field on its own: one that is missing or of another kind keeps its default.

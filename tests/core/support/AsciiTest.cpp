@@ -31,5 +31,15 @@ TEST(Ascii, ADecimalHasOneSpelling) {
     EXPECT_FALSE(Ascii::positiveDecimal(std::string("1\0", 2), 4));
 }
 
+TEST(Ascii, ADecimalOfAnyLengthFitsOrIsRefused) {
+    EXPECT_EQ(Ascii::decimal<std::int32_t>("2147483647"), INT32_MAX);
+    EXPECT_EQ(Ascii::decimal<std::int32_t>(std::string(40, '0') + "7"), 7);
+    EXPECT_EQ(Ascii::decimal<std::uint64_t>("18446744073709551615"), UINT64_MAX);
+    for (const char* refused :
+         {"", "2147483648", "4294967296", "99999999999999999999", "+1", "-1", " 1", "1 ", "1x"})
+        EXPECT_FALSE(Ascii::decimal<std::int32_t>(refused)) << refused;
+    EXPECT_FALSE(Ascii::decimal<std::uint64_t>("18446744073709551616"));
+}
+
 } // namespace
 } // namespace velmo

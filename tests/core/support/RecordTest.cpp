@@ -157,6 +157,17 @@ TEST(Record, DecodesOnlyWhatHasEveryFieldInItsKind) {
     EXPECT_FALSE(decodeRecord<Everything>("[" + whole + "]"));
 }
 
+TEST(Record, DecodesAWholeTextOfAnyType) {
+    EXPECT_EQ(decodeJsonText<std::vector<std::string>>(R"(["a","b"])"),
+              (std::vector<std::string>{"a", "b"}));
+    for (const char* refused : {"[\"a\",1]", "[null]", "{}", "[\"a\"]x", ""})
+        EXPECT_FALSE(decodeJsonText<std::vector<std::string>>(refused)) << refused;
+}
+
+TEST(RawText, ListsEveryCaseInOrder) {
+    EXPECT_EQ(allCases<Colour>, (std::array{Colour::red, Colour::green}));
+}
+
 TEST(Output, PrintsOneWholeLineWhateverHappens) {
     std::vector<std::string> written;
     const auto sink = [&](std::string_view line) { written.emplace_back(line); };

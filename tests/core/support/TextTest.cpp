@@ -148,6 +148,13 @@ TEST(Text, TrimsAndSplitsByScalars) {
     EXPECT_THAT(Text::pieces("\n\n", Text::isNewline), ElementsAre());
 }
 
+TEST(Text, FindsExactTextsInATable) {
+    const std::string_view table[] = {"a", "\u00E9"};
+    EXPECT_TRUE(Text::isOneOf("\u00E9", table));
+    EXPECT_FALSE(Text::isOneOf("e\u0301", table));
+    EXPECT_FALSE(Text::isOneOf("A", table));
+}
+
 RC_GTEST_PROP(Text, AnyBytesAreTotalAndRepairIsLossless, (const std::string& bytes)) {
     const std::string repaired = Text::repaired(bytes);
     RC_ASSERT(Text::isValidUtf8(repaired));

@@ -1,0 +1,90 @@
+#include "core/support/Value.h"
+
+#include <cmath>
+
+namespace velmo {
+
+namespace {
+
+template<class T, class Content>
+std::optional<T> copyOf(const Content& content) {
+    const T* found = std::get_if<T>(&content);
+    return found == nullptr ? std::nullopt : std::optional(*found);
+}
+
+/// Of a real at or beyond 2^63 there is no integer; the converse, -2^63, is one.
+std::optional<std::int64_t> truncated(double real) {
+    // Written so that "not a number" fails.
+    if (!(real >= -0x1p63 && real < 0x1p63))
+        return std::nullopt;
+    return static_cast<std::int64_t>(real);
+}
+
+} // namespace
+
+std::optional<bool> Value::boolean() const {
+    return copyOf<bool>(content_);
+}
+
+std::optional<std::int64_t> Value::integer() const {
+    return copyOf<std::int64_t>(content_);
+}
+
+std::optional<double> Value::real() const {
+    if (const auto value = integer())
+        return static_cast<double>(*value);
+    return copyOf<double>(content_);
+}
+
+std::optional<std::int64_t> Value::number() const {
+    if (const auto value = boolean())
+        return *value ? 1 : 0;
+    if (const auto value = integer())
+        return value;
+    return real().and_then(truncated);
+}
+
+std::optional<bool> Value::truth() const {
+    if (const auto value = boolean())
+        return value;
+    const auto value = real();
+    if (!value || !std::isfinite(*value))
+        return std::nullopt;
+    return *value != 0;
+}
+
+std::optional<std::string_view> Value::text() const {
+    const auto* found = std::get_if<std::string>(&content_);
+    return found == nullptr ? std::nullopt : std::optional<std::string_view>(*found);
+}
+
+std::optional<ByteView> Value::data() const {
+    const auto* found = std::get_if<Bytes>(&content_);
+    return found == nullptr ? std::nullopt : std::optional<ByteView>(*found);
+}
+
+const Value::Array* Value::array() const {
+    return std::get_if<Array>(&content_);
+}
+
+const Value::Dictionary* Value::dictionary() const {
+    return std::get_if<Dictionary>(&content_);
+}
+
+const Value* Value::member(std::string_view name) const {
+    return velmo::member(dictionary(), name);
+}
+
+// Spelt out: the exception specification of a defaulted one would depend on itself.
+bool Value::operator==(const Value& other) const {
+    return content_ == other.content_;
+}
+
+const Value* member(const Value::Dictionary* dictionary, std::string_view name) {
+    if (dictionary == nullptr)
+        return nullptr;
+    const auto found = dictionary->find(name);
+    return found == dictionary->end() ? nullptr : &found->second;
+}
+
+} // namespace velmo
