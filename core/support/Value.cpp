@@ -75,7 +75,7 @@ const Value* Value::member(std::string_view name) const {
     return velmo::member(dictionary(), name);
 }
 
-// Spelt out: the exception specification of a defaulted one would depend on itself.
+// Spelt out: whether a defaulted one may throw would depend on itself.
 bool Value::operator==(const Value& other) const {
     return content_ == other.content_;
 }
