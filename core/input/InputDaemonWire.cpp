@@ -49,7 +49,7 @@ std::optional<Request> parse(std::string_view line) {
     if (line.size() > maxLine)
         return std::nullopt;
     const auto document = JsonDocument::parse(line);
-    const auto object = document ? document->root().object() : std::nullopt;
+    const auto object = document.and_then(&JsonDocument::object);
     const auto id = object ? object->member("id").and_then(&JsonValue::integer) : std::nullopt;
     if (!id || *id < 1 || *id >= idLimit)
         return std::nullopt;

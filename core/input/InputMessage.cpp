@@ -107,7 +107,7 @@ std::optional<InputMessage> InputMessage::decode(std::string_view line) {
     if (line.size() > maxLine)
         return std::nullopt;
     const auto document = JsonDocument::parse(line);
-    const auto message = document ? document->root().object() : std::nullopt;
+    const auto message = document.and_then(&JsonDocument::object);
     const auto name = message ? textMember(*message, "type") : std::nullopt;
     for (const Type& type : types) {
         if (type.name == name)

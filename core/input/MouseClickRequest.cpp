@@ -13,7 +13,7 @@ std::optional<MouseClickRequest> MouseClickRequest::parse(std::string_view json)
     if (json.size() > longestJson)
         return std::nullopt;
     const auto document = JsonDocument::parse(json);
-    const auto object = document ? document->root().object() : std::nullopt;
+    const auto object = document.and_then(&JsonDocument::object);
     if (!object || !object->hasOnly({"button", "count"}))
         return std::nullopt;
     const auto button = object->member("button").and_then(decodeJson<Button>);

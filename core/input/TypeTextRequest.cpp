@@ -23,7 +23,7 @@ std::optional<TypeTextRequest> TypeTextRequest::parse(std::string_view json) {
     if (json.size() > longestJson)
         return std::nullopt;
     const auto document = JsonDocument::parse(json);
-    const auto object = document ? document->root().object() : std::nullopt;
+    const auto object = document.and_then(&JsonDocument::object);
     if (!object || !object->hasOnly({"text", "enter"}))
         return std::nullopt;
     const auto text = object->member("text").and_then(&JsonValue::text);

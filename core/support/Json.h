@@ -98,6 +98,9 @@ public:
 
     [[nodiscard]] JsonValue root() const;
 
+    /// The root, if it is an object: `document.and_then(&JsonDocument::object)`.
+    [[nodiscard]] std::optional<JsonObject> object() const { return root().object(); }
+
 private:
     struct Storage;
     explicit JsonDocument(std::unique_ptr<Storage> storage);

@@ -124,7 +124,7 @@ std::optional<Ticket> parseTicket(std::string_view json) {
     if (!json.starts_with('{'))
         return std::nullopt;
     const auto document = JsonDocument::parse(json);
-    const auto object = document ? document->root().object() : std::nullopt;
+    const auto object = document.and_then(&JsonDocument::object);
     if (!object || !object->hasOnly({"v", "endpoint", "token", "session"}))
         return std::nullopt;
     const auto version = object->member("v");
