@@ -20,7 +20,9 @@ public:
     virtual std::optional<PowerDaemonRecord> read() = 0;
 
     /// True only when the record is on disk, whole, to survive a crash and a power cut; false
-    /// leaves the previous record, or none, as it was.
+    /// leaves the previous record, or none, as it was. A file that is there but can't be read is
+    /// not written over: it may be the only word of what the setting was. (One that can be read and
+    /// makes no sense is.)
     virtual bool write(const PowerDaemonRecord& record) = 0;
 
     /// Errors are ignored: a record that stays is retried by the guard's tick.

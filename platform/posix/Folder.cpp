@@ -62,6 +62,12 @@ bool Folder::setMode(mode_t mode) const {
     return ::fchmod(descriptor_.get(), mode) == 0;
 }
 
+bool Folder::hasFile(const char* name) const {
+    struct stat status{};
+    return ::fstatat(descriptor_.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0
+           && S_ISREG(status.st_mode);
+}
+
 std::optional<std::string> Folder::read(const char* name, std::size_t limit) const {
     // O_NONBLOCK: a planted FIFO must not make the open wait.
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;

@@ -25,6 +25,9 @@ public:
     [[nodiscard]] std::optional<uid_t> owner() const;
     [[nodiscard]] bool setMode(mode_t mode) const;
 
+    /// Whether a regular file of that name is there, readable or not.
+    [[nodiscard]] bool hasFile(const char* name) const;
+
     /// The content of a regular file; absent too when it is longer than `limit` bytes.
     [[nodiscard]] std::optional<std::string> read(const char* name, std::size_t limit) const;
 

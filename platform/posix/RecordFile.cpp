@@ -24,6 +24,9 @@ bool RecordFile::write(const PowerDaemonRecord& record) {
     const auto folder = Folder::make(directory_, folderMode);
     if (!folder || folder->owner() != expectedOwner_ || !folder->setMode(folderMode))
         return false;
+    // What can't be read, now or ever, may be the only word of what sleep was like: it stays.
+    if (folder->hasFile(name_.c_str()) && !folder->read(name_.c_str(), largestRecord))
+        return false;
     const auto content = encodeJson(record);
     return content && folder->replace(name_.c_str(), *content, fileMode);
 }

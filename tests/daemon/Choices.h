@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velmo {
+
+/// What a run was answered wherever it could go one way or another: a script is followed to its
+/// end, then the first of the options is taken. Asking for `next` after each run walks through
+/// every combination, whatever the earlier answers make of the later questions.
+class Choices {
+public:
+    using Script = std::vector<std::uint8_t>;
+
+    Choices() = default;
+
+    explicit Choices(Script script) : script_(std::move(script)) {}
+
+    /// An index into the options. The first is what happens when nothing is wrong.
+    std::size_t choose(std::initializer_list<std::string_view> options) {
+        if (asked_.size() == script_.size())
+            script_.push_back(0);
+        const std::size_t taken = script_[asked_.size()];
+        asked_.push_back(static_cast<std::uint8_t>(options.size()));
+        if (taken != 0)
+            story_.append(story_.empty() ? "" : ", ").append(options.begin()[taken]);
+        return taken;
+    }
+
+    [[nodiscard]] const Script& script() const { return script_; }
+
+    /// What went wrong, in words; empty when nothing did.
+    [[nodiscard]] const std::string& story() const { return story_; }
+
+    /// Turns to the next combination; false when this was the last.
+    bool next() {
+        while (!script_.empty() && script_.back() + 1 == asked_.back()) {
+            script_.pop_back();
+            asked_.pop_back();
+        }
+        if (script_.empty())
+            return false;
+        ++script_.back();
+        asked_.clear();
+        story_.clear();
+        return true;
+    }
+
+private:
+    Script script_;
+    std::vector<std::uint8_t> asked_; ///< how many options each question had
+    std::string story_;
+};
+
+} // namespace velmo
