@@ -65,7 +65,7 @@ public:
     Attributes(const Attributes&) = delete;
     Attributes& operator=(const Attributes&) = delete;
 
-    bool useDefaults() {
+    bool useDefaults(ChildGroup group) {
         sigset_t all;
         sigset_t none;
         sigfillset(&all);
@@ -74,6 +74,8 @@ public:
 #ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
         flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
 #endif
+        if (group == ChildGroup::own)
+            flags |= POSIX_SPAWN_SETPGROUP; // the group itself is 0, its own, unless told otherwise
         return posix_spawnattr_setsigdefault(&attributes_, &all) == 0
                && posix_spawnattr_setsigmask(&attributes_, &none) == 0
                && posix_spawnattr_setflags(&attributes_, static_cast<short>(flags)) == 0;
@@ -93,7 +95,7 @@ bool holdsNul(std::string_view text) {
 
 std::optional<pid_t> startChild(const std::string& program,
                                 std::span<const std::string_view> arguments,
-                                const ChildStreams& streams) {
+                                const ChildStreams& streams, ChildGroup group) {
     errno = EINVAL;
     if (holdsNul(program) || std::ranges::any_of(arguments, holdsNul))
         return std::nullopt;
@@ -107,7 +109,7 @@ std::optional<pid_t> startChild(const std::string& program,
 
     FileActions actions;
     Attributes attributes;
-    if (!actions.useStreams(streams) || !attributes.useDefaults())
+    if (!actions.useStreams(streams) || !attributes.useDefaults(group))
         return std::nullopt;
     pid_t child = 0;
     const int error = posix_spawnp(&child, program.c_str(), actions.get(), attributes.get(),

@@ -23,11 +23,18 @@ struct ChildStreams {
     int standardError;
 };
 
+/// The process group that a child is born into.
+enum class ChildGroup {
+    ofParent,
+    own, ///< with the child's process id for its number, so that a signal can reach all in it
+};
+
 /// Starts a program: by its path, or found in PATH when it has no slash. Absent on failure, with
 /// errno set. The caller waits for it.
 std::optional<pid_t> startChild(const std::string& program,
                                 std::span<const std::string_view> arguments,
-                                const ChildStreams& streams);
+                                const ChildStreams& streams,
+                                ChildGroup group = ChildGroup::ofParent);
 
 /// The status of an ended child as a shell tells it: its own, or 128 and the signal. Absent when
 /// there is no such child. Waits for its end.

@@ -1,6 +1,5 @@
 #include "platform/posix/WatchedProcess.h"
 
-#include "platform/posix/ChildProcess.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 
@@ -19,13 +18,15 @@ namespace velmo {
 using Clock = std::chrono::steady_clock;
 
 WatchedProcess::WatchedProcess(const std::string& program,
-                               std::span<const std::string_view> arguments, OnLine onLine)
+                               std::span<const std::string_view> arguments, OnLine onLine,
+                               ChildGroup group)
     : onLine_(std::move(onLine)) {
     auto pipe = makePipe();
     const auto child = pipe ? startChild(program, arguments,
                                          {.standardInput = STDIN_FILENO,
                                           .standardOutput = pipe->writeEnd.get(),
-                                          .standardError = pipe->writeEnd.get()})
+                                          .standardError = pipe->writeEnd.get()},
+                                         group)
                             : std::nullopt;
     if (!child)
         throw std::system_error(errno, std::generic_category(), program);
@@ -53,6 +54,12 @@ bool WatchedProcess::waitForLine(std::string_view text) {
 
 void WatchedProcess::signal(int number) const {
     ::kill(pid_, number);
+}
+
+void WatchedProcess::killGroup() {
+    ::killpg(pid_, SIGKILL);
+    waitForChild(pid_);
+    reaped_ = true;
 }
 
 std::optional<int> WatchedProcess::waitForEnd() {

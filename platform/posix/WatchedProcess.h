@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/posix/ChildProcess.h"
 #include "platform/posix/Descriptor.h"
 
 #include <sys/types.h>
@@ -27,7 +28,7 @@ public:
     /// `onLine` hears of every line as it is read. Throws std::system_error when the program can't
     /// be started.
     explicit WatchedProcess(const std::string& program, std::span<const std::string_view> arguments,
-                            OnLine onLine = {});
+                            OnLine onLine = {}, ChildGroup group = ChildGroup::ofParent);
     WatchedProcess(const WatchedProcess&) = delete;
     WatchedProcess& operator=(const WatchedProcess&) = delete;
     ~WatchedProcess();
@@ -39,6 +40,10 @@ public:
     [[nodiscard]] bool waitForLine(std::string_view text);
 
     void signal(int number) const;
+
+    /// Of a program in a group of its own: kills it and what it has started, and waits for it, as
+    /// launchd does with a job that has crashed.
+    void killGroup();
 
     /// Stops reading, as a reader who goes away.
     void closeOutput() { output_.reset(); }

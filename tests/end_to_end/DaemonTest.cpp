@@ -1,76 +1,16 @@
-#include "core/power/PowerService.h"
-#include "platform/posix/ProcessSetup.h"
-#include "platform/posix/WatchedProcess.h"
-#include "platform/simulated/MacFolder.h"
-#include "tests/end_to_end/RawClient.h"
-#include "tests/platform/TemporaryFolder.h"
+#include "tests/end_to_end/DaemonTest.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <deque>
-#include <fstream>
-#include <memory>
-#include <optional>
+#include <functional>
 #include <thread>
 
 namespace velmo {
 namespace {
 
 using testing::ElementsAre;
-
-constexpr const char* holdCall = R"({"call":"hold","batteryFloor":20})";
-constexpr const char* heartbeatCall = R"({"call":"heartbeat"})";
-constexpr const char* held = R"({"ok":true,"reason":""})";
-constexpr const char* yes = R"({"ok":true})";
-
-class DaemonTest : public testing::Test {
-protected:
-    DaemonTest() {
-        prepareProcess();
-        EXPECT_TRUE(mac.create(VELMO_PROGRAMS "/simulated-pmset"));
-    }
-
-    [[nodiscard]] std::unique_ptr<WatchedProcess> run(const char* program,
-                                                      std::vector<std::string_view> words) const {
-        return std::make_unique<WatchedProcess>(std::string(VELMO_PROGRAMS "/") + program, words);
-    }
-
-    void startDaemon() {
-        std::filesystem::remove(socket);
-        daemon = run("VelmoPowerDaemonSimulated", {root});
-        for (int i = 0; i < 4000 && !std::filesystem::exists(socket); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        ASSERT_TRUE(std::filesystem::exists(socket));
-    }
-
-    [[nodiscard]] std::unique_ptr<WatchedProcess>
-    velmoPower(std::vector<std::string_view> words) const {
-        words.insert(words.begin(), {"--mac", root});
-        return run("velmo-power", words);
-    }
-
-    [[nodiscard]] RawClient connect() const { return RawClient(socket); }
-
-    [[nodiscard]] bool sleepDisabled() const { return mac.load().value().sleepDisabled; }
-
-    /// Memory of the daemon in KiB; 0 where the system has no /proc.
-    [[nodiscard]] long residentMemory() const {
-        std::ifstream status("/proc/" + std::to_string(daemon->pid()) + "/status");
-        for (std::string word; status >> word;) {
-            long size = 0;
-            if (word == "VmRSS:" && status >> size)
-                return size;
-        }
-        return 0;
-    }
-
-    TemporaryFolder temporary;
-    MacFolder mac{temporary.path() / "mac"};
-    std::string root = mac.root().string();
-    std::filesystem::path socket = mac.socket(powerDaemonMachService);
-    std::unique_ptr<WatchedProcess> daemon;
-};
 
 TEST_F(DaemonTest, RunsForRootOnly) {
     mac.update([](SimulatedMac& state) { state.userId = 501; });

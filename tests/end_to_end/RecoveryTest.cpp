@@ -1,0 +1,106 @@
+#include "tests/end_to_end/DaemonTest.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <csignal>
+#include <iterator>
+#include <random>
+
+namespace velmo {
+namespace {
+
+/// What is left of a daemon that was killed, damaged or denied its disk, and what the next one
+/// makes of it.
+class RecoveryTest : public DaemonTest {
+protected:
+    /// A hold is in force and its daemon gone.
+    void leaveAHoldBehind() {
+        startDaemon();
+        ASSERT_EQ(connect().call(holdCall), held);
+        daemon->killGroup();
+    }
+
+    [[nodiscard]] std::string recordText() const {
+        std::ifstream file(record, std::ios::binary);
+        return {std::istreambuf_iterator(file), {}};
+    }
+
+    void putRecord(std::string_view text) const { std::ofstream(record, std::ios::binary) << text; }
+
+    std::filesystem::path folder = mac.inside("/var/db/velmo");
+    std::filesystem::path record = folder / "power-daemon.json";
+};
+
+TEST_F(RecoveryTest, KilledAtAnyInstantItRestores) {
+    std::mt19937 random(20261121);
+    std::uniform_int_distribution<> microseconds(0, 15000);
+    int interrupted = 0;
+    startDaemon();
+    for (int round = 0; round < 300; ++round) {
+        std::atomic<bool> busy = true;
+        std::thread client([&] {
+            while (busy) {
+                const RawClient peer = connect();
+                peer.call(holdCall);
+                peer.call(heartbeatCall);
+                if (peer.call(R"({"call":"release"})").empty())
+                    return;
+            }
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(microseconds(random)));
+        daemon->killGroup();
+        busy = false;
+        client.join();
+        interrupted += std::filesystem::exists(record) ? 1 : 0;
+        startDaemon();
+        ASSERT_FALSE(sleepDisabled()) << "round " << round;
+        ASSERT_FALSE(std::filesystem::exists(record)) << "round " << round;
+    }
+    EXPECT_GT(interrupted, 0) << "no kill ever met a hold";
+}
+
+TEST_F(RecoveryTest, ADamagedRecordDoesNoHarm) {
+    leaveAHoldBehind();
+    const std::string whole = recordText();
+    std::vector<std::string> damaged;
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        damaged.push_back(whole.substr(0, length));
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        for (const int flipped : {0x01, 0x20, 0x80}) {
+            damaged.push_back(whole);
+            damaged.back()[at] = static_cast<char>(whole[at] ^ flipped);
+        }
+    }
+    for (const std::string& text : damaged) {
+        putRecord(text);
+        startDaemon();
+        // It is either still a record, of the same setting, or not touched, and neither is the Mac.
+        if (sleepDisabled())
+            ASSERT_EQ(recordText(), text);
+        else
+            ASSERT_FALSE(std::filesystem::exists(record)) << text;
+        daemon->signal(SIGTERM);
+        ASSERT_EQ(daemon->waitForEnd(), 0) << text;
+        mac.update([](SimulatedMac& state) { state.sleepDisabled = true; });
+    }
+    putRecord(whole);
+    startDaemon();
+    EXPECT_FALSE(sleepDisabled());
+}
+
+TEST_F(RecoveryTest, APowerCutBeforeTheRecordIsInPlaceLeavesNothingToUndo) {
+    leaveAHoldBehind();
+    mac.update([](SimulatedMac& state) { state.sleepDisabled = false; });
+    std::filesystem::rename(record, record.string() + ".new");
+    startDaemon();
+    EXPECT_THAT(daemon->lines(), testing::IsEmpty());
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    EXPECT_FALSE(std::filesystem::exists(record.string() + ".new"));
+    EXPECT_EQ(client.call(R"({"call":"release"})"), yes);
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+} // namespace
+} // namespace velmo
