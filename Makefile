@@ -22,6 +22,7 @@ bench:
 sanitize:
 	@scripts/setup build test clang
 	@scripts/build asan all
+	@rm -rf build/asan/profiles
 	@ctest --preset asan
 
 tsan:
@@ -29,11 +30,9 @@ tsan:
 	@scripts/build tsan all
 	@ctest --preset tsan
 
-coverage:
-	@scripts/setup build test coverage
-	@scripts/build coverage all
-	@ctest --preset coverage
-	@gcovr --root . --filter core/ --filter daemon/ --filter platform/ --print-summary build/coverage
+# Counted by the sanitizers' build.
+coverage: sanitize
+	@scripts/coverage
 
 # The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
 macos:

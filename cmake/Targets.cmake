@@ -14,6 +14,14 @@ if(VELMO_SANITIZE)
     target_link_options(velmo_flags INTERFACE -fsanitize=${VELMO_SANITIZE})
 endif()
 
+if(VELMO_COVERAGE)
+    # Counters live in the files themselves, so that those of a killed process are there too.
+    set(counters -fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%m%c.profraw)
+    target_compile_options(velmo_flags INTERFACE
+        ${counters} -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
+    target_link_options(velmo_flags INTERFACE ${counters})
+endif()
+
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(velmo_flags INTERFACE
         -fstack-protector-strong -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)

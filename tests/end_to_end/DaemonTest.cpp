@@ -154,6 +154,59 @@ TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
     EXPECT_FALSE(sleepDisabled());
 }
 
+TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
+    const std::string other = (temporary.path() / "other").string();
+    const auto velmoMac = [&](std::vector<std::string_view> words) {
+        return run("velmo-mac", words)->waitForEnd();
+    };
+    EXPECT_EQ(velmoMac({"show", other}), 1);
+    EXPECT_EQ(velmoMac({"create", other}), 0);
+    EXPECT_EQ(velmoMac({"create", other}), 1);
+    EXPECT_EQ(velmoMac({"set",
+                        other,
+                        "--mains",
+                        "off",
+                        "--battery",
+                        "7",
+                        "--thermal",
+                        "serious",
+                        "--clock-forward",
+                        "60",
+                        "--user-id",
+                        "501",
+                        "--team",
+                        "none",
+                        "--trusted-users",
+                        "1",
+                        "2",
+                        "--pmset",
+                        "lies",
+                        "--record-folder",
+                        "link",
+                        "--property-unreadable",
+                        "on",
+                        "--sleep-disabled",
+                        "on"}),
+              0);
+    const SimulatedMac changed{.mains = false,
+                               .battery = 7,
+                               .thermal = ThermalState::serious,
+                               .sleepDisabled = true,
+                               .clockOffset = 60,
+                               .userId = 501,
+                               .team = {},
+                               .trustedUsers = {1, 2},
+                               .faults = {.pmset = PmsetFault::lies,
+                                          .propertyUnreadable = true,
+                                          .recordFolder = RecordFolderFault::link}};
+    EXPECT_EQ(MacFolder(other).load(), changed);
+    EXPECT_EQ(velmoMac({"set", other, "--battery", "none"}), 0);
+    EXPECT_EQ(MacFolder(other).load().value().battery, std::nullopt);
+    EXPECT_EQ(velmoMac({"set", other, "--battery", "101"}), 2);
+    EXPECT_EQ(velmoMac({"set", other, "--pmset", "explodes"}), 2);
+    EXPECT_EQ(MacFolder(other).load().value().faults, changed.faults);
+}
+
 TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {
     const auto statusOf = [&](std::vector<std::string_view> words) {
         return velmoPower(std::move(words))->waitForEnd();

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <csignal>
 #include <iterator>
 #include <random>
 
@@ -80,8 +79,8 @@ TEST_F(RecoveryTest, ADamagedRecordDoesNoHarm) {
             ASSERT_EQ(recordText(), text);
         else
             ASSERT_FALSE(std::filesystem::exists(record)) << text;
-        daemon->signal(SIGTERM);
-        ASSERT_EQ(daemon->waitForEnd(), 0) << text;
+        ASSERT_EQ(connect().call(heartbeatCall), R"({"ok":false})") << text;
+        daemon->killGroup();
         mac.update([](SimulatedMac& state) { state.sleepDisabled = true; });
     }
     putRecord(whole);
