@@ -3,6 +3,7 @@
 #include "core/support/Ascii.h"
 
 #include <tuple>
+#include <utility>
 
 namespace velmo::PtyAttach {
 
@@ -94,9 +95,9 @@ std::optional<DecodeError> DecoderRules::faultOf(const FrameHeader& header) {
     return std::nullopt;
 }
 
-std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, ByteView payload) {
+std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, Bytes payload) {
     if (header.type == std::to_underlying(FrameType::data))
-        return Bytes(payload.begin(), payload.end());
+        return payload;
     auto object = ControlObject::parse(textOf(payload));
     if (!object)
         return std::unexpected(DecodeError::badJSON);

@@ -3,7 +3,10 @@
 #include "core/support/Bytes.h"
 #include "core/terminal/FrameHeader.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <optional>
 #include <utility>
@@ -18,9 +21,9 @@ namespace velmo {
 ///     using Frame = ...;
 ///     using Error = ...;
 ///     /// The fault of a header, judged before any of the payload has to be there. It must bound
-///     /// the length: that many bytes are then waited for and kept.
+///     /// the length: that much room is then made.
 ///     static std::optional<Error> faultOf(const FrameHeader& header);
-///     static std::expected<Frame, Error> frame(const FrameHeader& header, ByteView payload);
+///     static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
 template<class Rules>
 class FrameDecoder {
 public:
@@ -33,18 +36,21 @@ public:
     [[nodiscard]] std::expected<std::vector<Frame>, Error> feed(ByteView input);
 
     /// Bytes received and not yet part of a frame; 0 after an error.
-    [[nodiscard]] std::size_t buffered() const { return buffer_.size() - start_; }
+    [[nodiscard]] std::size_t buffered() const { return headBytes_ + payload_.size(); }
 
 private:
-    /// Appends the whole frames at the front of `stream`; how many bytes they take.
-    static std::expected<std::size_t, Error> take(ByteView stream, std::vector<Frame>& frames);
+    /// Moves what is missing of the header from the input; absent until it is whole.
+    std::optional<FrameHeader> takeHeader(ByteView& input);
 
-    void append(ByteView bytes) { buffer_.insert(buffer_.end(), bytes.begin(), bytes.end()); }
+    /// Moves what is missing of the payload; false until it is whole.
+    bool takePayload(std::size_t length, ByteView& input);
 
-    void consume(std::size_t count);
+    std::unexpected<Error> fail(Error error);
 
-    Bytes buffer_;
-    std::size_t start_ = 0; ///< the first byte of `buffer_` that belongs to no frame yet
+    // Every payload is put together in the memory that its frame is going to keep.
+    std::array<std::uint8_t, FrameHeader::bytes> head_{};
+    std::size_t headBytes_ = 0;
+    Bytes payload_;
     std::optional<Error> failed_;
 };
 
@@ -53,56 +59,45 @@ auto FrameDecoder<Rules>::feed(ByteView input) -> std::expected<std::vector<Fram
     if (failed_)
         return std::unexpected(*failed_);
 
-    // With nothing left from before, frames are taken out of the input itself and only the rest of
-    // it is copied into the buffer: the common case of a reader that keeps up.
-    const bool direct = buffered() == 0;
-    if (!direct)
-        append(input);
-
     std::vector<Frame> frames;
-    const auto taken = take(direct ? input : ByteView(buffer_).subspan(start_), frames);
-    if (!taken) {
-        failed_ = taken.error();
-        buffer_ = {};
-        start_ = 0;
-        return std::unexpected(taken.error());
+    while (const auto header = takeHeader(input)) {
+        if (const auto fault = Rules::faultOf(*header))
+            return fail(*fault);
+        if (!takePayload(header->length, input))
+            break;
+        auto frame = Rules::frame(*header, std::exchange(payload_, {}));
+        headBytes_ = 0;
+        if (!frame)
+            return fail(frame.error());
+        frames.push_back(*std::move(frame));
     }
-    if (direct)
-        append(input.subspan(*taken));
-    else
-        consume(*taken);
     return frames;
 }
 
 template<class Rules>
-auto FrameDecoder<Rules>::take(ByteView stream, std::vector<Frame>& frames)
-    -> std::expected<std::size_t, Error> {
-    ByteView rest = stream;
-    while (rest.size() >= FrameHeader::bytes) {
-        const FrameHeader header = FrameHeader::read(rest);
-        if (const auto fault = Rules::faultOf(header))
-            return std::unexpected(*fault);
-        const std::size_t size = FrameHeader::bytes + header.length;
-        if (rest.size() < size)
-            break;
-        auto frame = Rules::frame(header, rest.subspan(FrameHeader::bytes, header.length));
-        if (!frame)
-            return std::unexpected(frame.error());
-        frames.push_back(*std::move(frame));
-        rest = rest.subspan(size);
-    }
-    return stream.size() - rest.size();
+std::optional<FrameHeader> FrameDecoder<Rules>::takeHeader(ByteView& input) {
+    const std::size_t count = std::min(head_.size() - headBytes_, input.size());
+    std::copy_n(input.begin(), count, head_.begin() + static_cast<std::ptrdiff_t>(headBytes_));
+    headBytes_ += count;
+    input = input.subspan(count);
+    return headBytes_ == head_.size() ? std::optional(FrameHeader::read(head_)) : std::nullopt;
 }
 
-/// Erasing at every frame would cost quadratic time; once half of the buffer is used up, what is
-/// moved is never more than what was consumed.
 template<class Rules>
-void FrameDecoder<Rules>::consume(std::size_t count) {
-    start_ += count;
-    if (start_ >= 1 && start_ >= buffer_.size() / 2) {
-        buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(start_));
-        start_ = 0;
-    }
+bool FrameDecoder<Rules>::takePayload(std::size_t length, ByteView& input) {
+    const ByteView part = input.first(std::min(length - payload_.size(), input.size()));
+    payload_.reserve(length);
+    payload_.insert(payload_.end(), part.begin(), part.end());
+    input = input.subspan(part.size());
+    return payload_.size() == length;
+}
+
+template<class Rules>
+auto FrameDecoder<Rules>::fail(Error error) -> std::unexpected<Error> {
+    failed_ = error;
+    headBytes_ = 0;
+    payload_ = {};
+    return std::unexpected(error);
 }
 
 } // namespace velmo

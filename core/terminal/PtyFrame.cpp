@@ -85,9 +85,8 @@ std::optional<DecodeError> DecoderRules::faultOf(const FrameHeader& header) {
     return std::nullopt;
 }
 
-std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, ByteView payload) {
-    Frame frame{.kind = static_cast<Kind>(header.type),
-                .payload = Bytes(payload.begin(), payload.end())};
+std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, Bytes payload) {
+    Frame frame{.kind = static_cast<Kind>(header.type), .payload = std::move(payload)};
     if (!hasGoodValue(frame))
         return std::unexpected(DecodeError::badValue);
     return frame;

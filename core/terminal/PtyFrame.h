@@ -70,7 +70,7 @@ struct DecoderRules {
     using Error = DecodeError;
 
     static std::optional<Error> faultOf(const FrameHeader& header);
-    static std::expected<Frame, Error> frame(const FrameHeader& header, ByteView payload);
+    static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
 };
 
 using Decoder = FrameDecoder<DecoderRules>;
