@@ -2,28 +2,44 @@
 
 #include "core/support/Text.h"
 
-#include <utility>
-
 namespace velmo::TextChunks {
+
+namespace {
+
+/// Most of what is typed needs no closer look: in ASCII only CR LF is one character of two, and
+/// what follows ASCII in ASCII joins nothing else to it.
+bool beginsWithAWholeAsciiChunk(std::string_view text) {
+    return text.size() > limit && Text::isAscii(text.substr(0, limit + 1))
+           && text[limit - 1] != '\r';
+}
+
+} // namespace
 
 std::vector<std::string> split(std::string_view text) {
     const std::string valid = Text::repaired(text);
     std::vector<std::string> chunks;
-    std::string chunk;
+    chunks.reserve(valid.size() / limit + 1);
+    std::string_view rest = valid; // what no chunk has yet
+    std::size_t bytes = 0;         // of the chunk at its front
     std::size_t units = 0;
-    for (std::string_view rest = valid; !rest.empty();) {
-        const std::string_view character = Text::firstCharacter(rest);
-        const std::size_t length = Text::utf16Length(character);
-        if (!chunk.empty() && units + length > limit) {
-            chunks.push_back(std::exchange(chunk, {}));
+    while (bytes < rest.size()) {
+        if (bytes == 0 && beginsWithAWholeAsciiChunk(rest)) {
+            chunks.emplace_back(rest.substr(0, limit));
+            rest.remove_prefix(limit);
+            continue;
+        }
+        const Text::Character next = Text::firstCharacter(rest.substr(bytes));
+        if (bytes > 0 && units + next.utf16Length > limit) {
+            chunks.emplace_back(rest.substr(0, bytes));
+            rest.remove_prefix(bytes);
+            bytes = 0;
             units = 0;
         }
-        chunk += character;
-        units += length;
-        rest.remove_prefix(character.size());
+        bytes += next.bytes.size();
+        units += next.utf16Length;
     }
-    if (!chunk.empty())
-        chunks.push_back(std::move(chunk));
+    if (!rest.empty())
+        chunks.emplace_back(rest);
     return chunks;
 }
 

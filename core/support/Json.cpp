@@ -3,9 +3,11 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace velmo {
 
@@ -43,8 +45,21 @@ dom::array arrayOf(JsonValue::Handle handle) {
     return elementOf(handle).get_array().value_unsafe();
 }
 
-/// Two readers that pick different ones of two equal members are how a check is walked round.
-bool namesAMemberTwice(const dom::object& object) {
+/// Comparing each with each costs least for the few members that an object mostly has.
+constexpr std::size_t fewMembers = 8;
+
+bool fewNamesHoldOneTwice(const dom::object& object) {
+    std::array<std::string_view, fewMembers> names;
+    auto end = names.begin();
+    for (const dom::key_value_pair member : object) {
+        if (std::find(names.begin(), end, member.key) != end)
+            return true;
+        *end++ = member.key;
+    }
+    return false;
+}
+
+bool manyNamesHoldOneTwice(const dom::object& object) {
     std::vector<std::string_view> names;
     for (const dom::key_value_pair member : object)
         names.push_back(member.key);
@@ -52,21 +67,26 @@ bool namesAMemberTwice(const dom::object& object) {
     return std::ranges::adjacent_find(names) != names.end();
 }
 
+/// Two readers that pick different ones of two equal members are how a check is walked round.
 /// Recursion is bounded by the parser's own limit on nesting.
 // NOLINTNEXTLINE(misc-no-recursion)
 bool namesAMemberTwiceAnywhere(const dom::element& element) {
-    if (element.is_object()) {
+    switch (element.type()) {
+    case dom::element_type::OBJECT: {
         const dom::object object = element.get_object().value_unsafe();
-        return namesAMemberTwice(object)
+        return (object.size() <= fewMembers ? fewNamesHoldOneTwice(object)
+                                            : manyNamesHoldOneTwice(object))
                || std::any_of(object.begin(), object.end(), [](const dom::key_value_pair& member) {
                       return namesAMemberTwiceAnywhere(member.value);
                   });
     }
-    if (element.is_array()) {
+    case dom::element_type::ARRAY: {
         const dom::array array = element.get_array().value_unsafe();
         return std::any_of(array.begin(), array.end(), namesAMemberTwiceAnywhere);
     }
-    return false;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -148,29 +168,68 @@ bool JsonObject::hasOnly(std::initializer_list<std::string_view> names) const {
     });
 }
 
-/// On the heap because every value points at it.
-struct JsonDocument::Storage {
+/// On the heap because every value points at it. The parser stays with its document for the next.
+struct JsonStorage {
+    dom::parser parser;
     dom::document document;
 };
+
+namespace {
+
+/// What a parser needs takes longer to allocate than a short line to parse, so each thread keeps
+/// one for its next line; but not what a long text has made it grow to.
+class Spare {
+public:
+    static constexpr std::size_t largestKept = 16384; ///< bytes of text
+
+    Spare() = default;
+    Spare(const Spare&) = delete;
+    Spare& operator=(const Spare&) = delete;
+
+    ~Spare() { threadEnds = true; }
+
+    static std::unique_ptr<JsonStorage> take() {
+        return ofThread.storage_ ? std::move(ofThread.storage_) : std::make_unique<JsonStorage>();
+    }
+
+    static void giveBack(std::unique_ptr<JsonStorage> storage) {
+        if (!threadEnds && storage && storage->parser.capacity() <= largestKept)
+            ofThread.storage_ = std::move(storage);
+    }
+
+private:
+    static thread_local Spare ofThread;
+    static thread_local bool threadEnds; ///< a document may outlive what its thread keeps
+
+    std::unique_ptr<JsonStorage> storage_;
+};
+
+thread_local Spare Spare::ofThread;
+thread_local bool Spare::threadEnds = false;
+
+} // namespace
 
 std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
     // Newer parsers skip the mark; the verdict must not depend on their release.
     if (text.starts_with("\xEF\xBB\xBF"))
         return std::nullopt;
-    auto storage = std::make_unique<Storage>();
-    dom::parser parser;
-    const auto root = parser.parse_into_document(storage->document, text.data(), text.size());
+    JsonDocument result(Spare::take());
+    auto& [parser, document] = *result.storage_;
+    const auto root = parser.parse_into_document(document, text.data(), text.size());
     if (root.error() != simdjson::SUCCESS || namesAMemberTwiceAnywhere(root.value_unsafe()))
         return std::nullopt;
-    return JsonDocument(std::move(storage));
+    return result;
 }
 
-JsonDocument::JsonDocument(std::unique_ptr<Storage> storage) : storage_(std::move(storage)) {
+JsonDocument::JsonDocument(std::unique_ptr<JsonStorage> storage) : storage_(std::move(storage)) {
 }
 
 JsonDocument::JsonDocument(JsonDocument&&) noexcept = default;
 JsonDocument& JsonDocument::operator=(JsonDocument&&) noexcept = default;
-JsonDocument::~JsonDocument() = default;
+
+JsonDocument::~JsonDocument() {
+    Spare::giveBack(std::move(storage_));
+}
 
 JsonValue JsonDocument::root() const {
     return JsonValue(handleOf(storage_->document.root()));

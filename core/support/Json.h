@@ -20,6 +20,7 @@ namespace velmo {
 
 class JsonObject;
 class JsonArray;
+struct JsonStorage;
 
 enum class JsonKind { null, boolean, integer, real, text, array, object };
 
@@ -102,10 +103,9 @@ public:
     [[nodiscard]] std::optional<JsonObject> object() const { return root().object(); }
 
 private:
-    struct Storage;
-    explicit JsonDocument(std::unique_ptr<Storage> storage);
+    explicit JsonDocument(std::unique_ptr<JsonStorage> storage);
 
-    std::unique_ptr<Storage> storage_;
+    std::unique_ptr<JsonStorage> storage_;
 };
 
 } // namespace velmo

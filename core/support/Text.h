@@ -33,19 +33,26 @@ public:
 
     class Iterator {
     public:
-        explicit Iterator(std::string_view rest) : rest_(rest) {}
+        explicit Iterator(std::string_view rest) : rest_(rest) { read(); }
 
-        Scalar operator*() const { return firstScalar(rest_); }
+        const Scalar& operator*() const { return scalar_; }
 
         Iterator& operator++() {
-            rest_.remove_prefix(firstScalar(rest_).bytes.size());
+            rest_.remove_prefix(scalar_.bytes.size());
+            read();
             return *this;
         }
 
         bool operator==(std::default_sentinel_t /*end*/) const { return rest_.empty(); }
 
     private:
-        std::string_view rest_;
+        void read() {
+            if (!rest_.empty())
+                scalar_ = firstScalar(rest_);
+        }
+
+        std::string_view rest_; ///< begins with the scalar
+        Scalar scalar_{};
     };
 
     [[nodiscard]] Iterator begin() const { return Iterator(text_); }
@@ -68,8 +75,14 @@ void append(std::string& text, char32_t scalar);
 /// Number of UTF-16 code units: one per scalar below U+10000, else two.
 std::size_t utf16Length(std::string_view text);
 
-/// The first user-perceived character (extended grapheme cluster); CR LF is one. Empty for "".
-std::string_view firstCharacter(std::string_view text);
+/// A user-perceived character (extended grapheme cluster); CR LF is one.
+struct Character {
+    std::string_view bytes;
+    std::size_t utf16Length;
+};
+
+/// The first of a text; empty for "".
+Character firstCharacter(std::string_view text);
 
 /// Number of user-perceived characters. Cost grows with the text: for a limit that comes from
 /// outside use `hasMoreCharactersThan`, which stops early.

@@ -164,7 +164,7 @@ RC_GTEST_PROP(Text, AnyBytesAreTotalAndRepairIsLossless, (const std::string& byt
 
     std::string joined;
     for (std::string_view rest = bytes; !rest.empty();) {
-        const std::string_view character = Text::firstCharacter(rest);
+        const std::string_view character = Text::firstCharacter(rest).bytes;
         RC_ASSERT(!character.empty());
         joined += character;
         rest.remove_prefix(character.size());
