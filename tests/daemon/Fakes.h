@@ -3,6 +3,7 @@
 #include "daemon/ClientConnection.h"
 #include "daemon/Guard.h"
 #include "daemon/Session.h"
+#include "tools/guard-walk/StepQueue.h"
 
 #include <deque>
 #include <initializer_list>
@@ -93,28 +94,6 @@ public:
 
 private:
     Events& events_;
-};
-
-/// Runs its work when it is told to, in the order of posting.
-class StepQueue final : public SerialQueue {
-public:
-    void async(Work work) override { pending_.push_back(std::move(work)); }
-
-    void sync(const Work& work) override {
-        runAll();
-        work();
-    }
-
-    void runAll() {
-        while (!pending_.empty()) {
-            const Work work = std::move(pending_.front());
-            pending_.pop_front();
-            work();
-        }
-    }
-
-private:
-    std::deque<Work> pending_;
 };
 
 class FakeConnection final : public ClientConnection {

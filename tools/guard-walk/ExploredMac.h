@@ -1,8 +1,8 @@
 #pragma once
 
 #include "daemon/Startup.h"
-#include "tests/daemon/Choices.h"
-#include "tests/daemon/Fakes.h"
+#include "tools/guard-walk/Choices.h"
+#include "tools/guard-walk/StepQueue.h"
 
 #include <array>
 #include <cstdint>

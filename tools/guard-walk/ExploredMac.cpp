@@ -1,4 +1,4 @@
-#include "tests/daemon/ExploredMac.h"
+#include "tools/guard-walk/ExploredMac.h"
 
 #include "core/power/PowerGuardPolicy.h"
 #include "daemon/Session.h"

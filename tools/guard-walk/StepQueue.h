@@ -1,0 +1,32 @@
+#pragma once
+
+#include "daemon/SerialQueue.h"
+
+#include <deque>
+#include <utility>
+
+namespace velmo {
+
+/// Runs its work when it is told to, in the order of posting.
+class StepQueue final : public SerialQueue {
+public:
+    void async(Work work) override { pending_.push_back(std::move(work)); }
+
+    void sync(const Work& work) override {
+        runAll();
+        work();
+    }
+
+    void runAll() {
+        while (!pending_.empty()) {
+            const Work work = std::move(pending_.front());
+            pending_.pop_front();
+            work();
+        }
+    }
+
+private:
+    std::deque<Work> pending_;
+};
+
+} // namespace velmo
