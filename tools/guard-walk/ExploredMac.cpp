@@ -94,7 +94,6 @@ bool ExploredMac::possible(Event event) const {
 void ExploredMac::run(Event event, Choices& choices) {
     choices_ = &choices;
     surroundings_ = {};
-    heartbeatHeld_ = false;
     try {
         happen(event);
     } catch (const Killed&) {
@@ -153,11 +152,15 @@ void ExploredMac::happen(Event event) {
 
 void ExploredMac::call(Event event) {
     int replies = 0;
-    const auto session = clients_.at(event.client)->session;
+    const auto& client = clients_.at(event.client);
+    const auto session = client->session;
+    const auto holderBefore = process_->guard->state().holder;
     const auto held = [&](bool ok, std::string_view reason) {
         ++replies;
         if (ok != reason.empty())
             violate("a hold was answered with the wrong kind of reason");
+        if (ok && holderBefore && holderBefore != client->id())
+            violate("a second client was told that it holds");
     };
     switch (event.happening) {
     case Happening::holdLow:
@@ -169,7 +172,8 @@ void ExploredMac::call(Event event) {
     case Happening::heartbeat:
         session->heartbeat([&](bool ok) {
             ++replies;
-            heartbeatHeld_ = ok;
+            if (ok && holderBefore != client->id())
+                violate("a client was told that it holds, and does not");
         });
         break;
     default:
@@ -237,17 +241,21 @@ void ExploredMac::affect(std::initializer_list<std::string_view> options,
 
 std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
     // A tool that could not be launched looks the same as one that failed.
-    const std::size_t tool = ask(surroundings_.tool, {"", "pmset fails", "pmset lies"});
+    enum { works, fails, lies, worksAndFails };
+
+    const std::size_t tool = ask(
+        surroundings_.tool, {"", "pmset fails", "pmset lies", "pmset works and says it failed"});
+    const bool failed = tool == fails || tool == worksAndFails;
     if (arguments.size() == 1) {
-        if (tool == 1)
+        if (failed)
             return std::nullopt;
         return std::string("SleepDisabled ") + (sleepDisabled_ ? "1" : "0");
     }
     affect({"", "killed before pmset", "killed after pmset"}, [&] {
-        if (tool == 0)
+        if (tool == works || tool == worksAndFails)
             sleepDisabled_ = arguments.end()[-1] == "1";
     });
-    return tool == 1 ? std::nullopt : std::optional<std::string>("");
+    return failed ? std::nullopt : std::optional<std::string>("");
 }
 
 std::optional<bool> ExploredMac::sleepDisabledProperty() {

@@ -64,9 +64,6 @@ public:
     /// Everything that what happens next can depend on.
     [[nodiscard]] std::uint64_t key() const;
 
-    /// Whether the last event was a heartbeat that was told that the hold is in force.
-    [[nodiscard]] bool heartbeatHeld() const { return heartbeatHeld_; }
-
     [[nodiscard]] const std::string& violation() const { return violation_; }
 
 private:
@@ -146,7 +143,6 @@ private:
 
     Choices* choices_ = nullptr; ///< none: nothing goes wrong
     Surroundings surroundings_;
-    bool heartbeatHeld_ = false;
     std::string violation_;
 };
 

@@ -47,9 +47,7 @@ private:
     };
 
     void expand(std::size_t state) {
-        int holders = 0;
         for (const Event event : events()) {
-            bool held = false;
             Choices choices;
             do {
                 ExploredMac mac(sleepDisabled_, flaw_);
@@ -58,15 +56,11 @@ private:
                     break;
                 mac.run(event, choices);
                 ++paths_;
-                held |= mac.heartbeatHeld();
                 visit(mac, state, {.event = event, .script = choices.script()});
                 if (!finding_.empty())
                     return;
             } while (choices.next());
-            holders += held;
         }
-        if (holders > 1)
-            finding_ = story(state) + ": two holders";
     }
 
     void visit(const ExploredMac& reached, std::size_t parent, Step step) {
