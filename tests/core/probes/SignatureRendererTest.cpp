@@ -1,5 +1,6 @@
 #include "core/probes/SignatureRenderer.h"
 
+#include "core/probes/InkPlane.h"
 #include "tools/signature-pictures/SampleSignatures.h"
 
 #include <cairo/cairo.h>
@@ -101,21 +102,24 @@ TEST(SignatureRenderer, PutsEveryPointWhereThePenWas) {
 
 TEST(SignatureRenderer, InkHasOneColourAndIsDarkerOnlyWhereStrokesMeet) {
     const SignatureBody::Stroke line{{0.1, 0.1}, {0.9, 0.8}};
-    const SignatureBody::Stroke thereAndBack{{0.1, 0.1}, {0.9, 0.8}, {0.1, 0.1}, {0.1, 0.1}};
-    const Picture once = draw({line});
-    EXPECT_EQ(once, draw({thereAndBack}));
+    const SignatureBody::Stroke across{{0.1, 0.8}, {0.9, 0.1}, {0.6, 0.5}};
+    const Picture one = draw({line});
+    EXPECT_EQ(one, draw({{{0.1, 0.1}, {0.9, 0.8}, {0.1, 0.1}, {0.1, 0.1}}}));
 
-    const Picture twice = draw({line, line});
-    std::size_t shades = 0;
-    for (std::size_t i = 0; i < once.size(); ++i) {
-        const unsigned alpha = once[i][3];
-        shades += alpha > 0 && alpha < 255 ? 1 : 0;
-        const unsigned both = 255 - (255 - alpha) * (255 - alpha) / 255;
-        ASSERT_NEAR(twice[i][3], both, 1) << alpha;
-        ASSERT_TRUE(once[i] == none || std::equal(blue.begin(), blue.begin() + 3, once[i].begin()))
-            << testing::PrintToString(once[i]);
+    for (const auto& second : {line, across}) {
+        const Picture other = draw({second});
+        const Picture both = draw({line, second});
+        std::size_t shades = 0;
+        for (std::size_t i = 0; i < both.size(); ++i) {
+            const int expected = 255 - (255 - one[i][3]) * (255 - other[i][3]) / 255;
+            ASSERT_NEAR(both[i][3], expected, 1) << i % width << ',' << i / width;
+            ASSERT_TRUE(both[i] == none
+                        || std::equal(blue.begin(), blue.begin() + 3, both[i].begin()))
+                << testing::PrintToString(both[i]);
+            shades += both[i][3] > 0 && both[i][3] < 255 ? 1 : 0;
+        }
+        EXPECT_GT(shades, 2000U);
     }
-    EXPECT_GT(shades, 2000U);
 }
 
 TEST(SignatureRenderer, ADotIsADotHoweverOftenItIsTouched) {
@@ -123,6 +127,12 @@ TEST(SignatureRenderer, ADotIsADotHoweverOftenItIsTouched) {
     EXPECT_EQ(dot, draw({{{0.3, 0.6}, {0.3, 0.6}}}));
     EXPECT_EQ(dot, draw({{{0.3, 0.6}, {0.3, 0.6 + 1e-17}, {0.3, 0.6}}}));
     EXPECT_EQ(draw({{{0, 0}}}), draw({{{0, 0}, {1e-320, 1e-320}}}));
+    InkPlane untouched(8, 8);
+    InkPlane moved(8, 8); // by less than a direction can be computed from
+    untouched.draw(std::array<PenPoint, 1>{});
+    moved.draw(std::array<PenPoint, 2>{PenPoint{}, PenPoint{.x = 5e-324, .y = 5e-324}});
+    EXPECT_THAT(moved.row(0), testing::ElementsAreArray(untouched.row(0)));
+
     unsigned ink = 0;
     for (const Pixel& pixel : dot)
         ink += pixel[3];
@@ -134,6 +144,7 @@ TEST(SignatureRenderer, LeavesOutWhatIsNoPoint) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(draw({{}, {{}}, {{0.5}}, {{nan, 0.5}}, {{0.5, infinity}, {0.1, 0.1, 0.1}}}),
               draw({}));
+    EXPECT_EQ(draw({{{0.5, 0.5}, {0.5, infinity}, {0.5, nan}}}), draw({{{0.5, 0.5}}}));
     EXPECT_EQ(draw({{{0.1, 0.1}, {nan, 0}, {0.9, 0.1}, {-infinity, 0.5}}}),
               draw({{{0.1, 0.1}, {0.9, 0.1}}}));
 }
