@@ -1,8 +1,10 @@
 # The libraries that the code stands on, each as one target.
 
+set(velmo_every_library_suffix ${CMAKE_FIND_LIBRARY_SUFFIXES})
 if(APPLE)
-    # A root process must load nothing from a folder that a user may write.
-    set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
+    # A root process must load nothing from a folder that a user may write: only archives, and what
+    # the system itself brings (zlib).
+    set(CMAKE_FIND_LIBRARY_SUFFIXES .a .tbd)
 endif()
 
 find_package(Threads REQUIRED)
@@ -19,6 +21,8 @@ endfunction()
 
 velmo_find_library(utf8proc::utf8proc utf8proc.h utf8proc)
 
+find_package(PNG REQUIRED)
+
 # Headers only: sockets, timers and signals of the simulated Mac and of the tools.
 find_path(ASIO_INCLUDE_DIR asio/io_context.hpp REQUIRED)
 add_library(asio::asio INTERFACE IMPORTED)
@@ -29,8 +33,10 @@ target_link_libraries(asio::asio INTERFACE Threads::Threads)
 find_package(CLI11 REQUIRED)
 
 if(VELMO_BUILD_TESTS)
+    set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     find_package(GTest REQUIRED)
     find_package(rapidcheck REQUIRED)
-    # A peer to agree with.
+    # Peers to agree with.
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
+    velmo_find_library(cairo::cairo cairo/cairo.h cairo)
 endif()

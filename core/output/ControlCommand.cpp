@@ -13,13 +13,8 @@ bool takesPercent(ControlCommand::Kind kind) {
 }
 
 std::optional<std::int64_t> percentage(std::string_view word) {
-    const bool negative = word.starts_with('-');
-    if (negative || word.starts_with('+'))
-        word.remove_prefix(1);
-    const auto magnitude = Ascii::decimal<std::int64_t>(word);
-    if (!magnitude || *magnitude > highestPercent || (negative && *magnitude != 0))
-        return std::nullopt;
-    return magnitude;
+    const auto percent = Ascii::signedDecimal<std::int64_t>(word);
+    return percent && *percent >= 0 && *percent <= highestPercent ? percent : std::nullopt;
 }
 
 } // namespace

@@ -32,6 +32,12 @@ constexpr bool isHex(char c) {
     return isLowercaseHex(c) || (c >= 'A' && c <= 'F');
 }
 
+/// U+0000 to U+001F and U+007F.
+constexpr bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
 /// Whether every byte is a letter, a digit or one of `others`; true for "".
 constexpr bool isMadeOfLettersDigitsAnd(std::string_view others, std::string_view text) {
     return std::ranges::all_of(text,
@@ -66,6 +72,17 @@ constexpr std::optional<Integer> decimal(std::string_view text) {
         value = static_cast<Integer>((value * ten) + digit);
     }
     return value;
+}
+
+/// The same with at most one sign before the digits. The lowest integer of the type is refused
+/// too: its magnitude does not fit.
+template<std::signed_integral Integer>
+constexpr std::optional<Integer> signedDecimal(std::string_view text) {
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+'))
+        text.remove_prefix(1);
+    return decimal<Integer>(text).transform(
+        [&](Integer magnitude) { return negative ? static_cast<Integer>(-magnitude) : magnitude; });
 }
 
 } // namespace velmo::Ascii

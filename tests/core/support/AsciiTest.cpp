@@ -15,6 +15,7 @@ TEST(Ascii, JudgesEveryByteAsTheClassicLocaleDoesBelow128) {
         const bool ascii = byte < 128;
         EXPECT_EQ(Ascii::isDigit(c), ascii && std::isdigit(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isLetter(c), ascii && std::isalpha(byte) != 0) << byte;
+        EXPECT_EQ(Ascii::isControl(c), ascii && std::iscntrl(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isHex(c), ascii && std::isxdigit(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isLowercaseHex(c),
                   ascii && std::isxdigit(byte) != 0 && std::isupper(byte) == 0)
@@ -39,6 +40,14 @@ TEST(Ascii, ADecimalOfAnyLengthFitsOrIsRefused) {
          {"", "2147483648", "4294967296", "99999999999999999999", "+1", "-1", " 1", "1 ", "1x"})
         EXPECT_FALSE(Ascii::decimal<std::int32_t>(refused)) << refused;
     EXPECT_FALSE(Ascii::decimal<std::uint64_t>("18446744073709551616"));
+}
+
+TEST(Ascii, ASignedDecimalHasAtMostOneSign) {
+    EXPECT_EQ(Ascii::signedDecimal<std::int32_t>("-2147483647"), -INT32_MAX);
+    EXPECT_EQ(Ascii::signedDecimal<std::int32_t>("+007"), 7);
+    EXPECT_EQ(Ascii::signedDecimal<std::int32_t>("-0"), 0);
+    for (const char* refused : {"", "+", "-", "--1", "+-1", "- 1", "1-", "-1.0", "-2147483648"})
+        EXPECT_FALSE(Ascii::signedDecimal<std::int32_t>(refused)) << refused;
 }
 
 } // namespace

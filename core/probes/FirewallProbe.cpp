@@ -1,0 +1,41 @@
+#include "core/probes/FirewallProbe.h"
+
+#include "core/support/Ascii.h"
+#include "core/support/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace velmo::FirewallProbe {
+
+namespace {
+
+// User-perceived characters.
+constexpr std::size_t longestPath = 1024;
+constexpr std::size_t longestOutput = 400;
+
+} // namespace
+
+bool validAppPath(std::string_view path) {
+    return path.starts_with('/') && !path.contains("/../") && !path.ends_with("/..")
+           && std::ranges::none_of(path, Ascii::isControl) && Text::isValidUtf8(path)
+           && !Text::hasMoreCharactersThan(path, longestPath);
+}
+
+std::optional<std::string> parseArgs(std::span<const std::string> arguments) {
+    if (arguments.size() != 1 || !validAppPath(arguments.front()))
+        return std::nullopt;
+    return arguments.front();
+}
+
+std::array<std::vector<std::string>, 3> invocations(std::string_view appPath) {
+    return {{{"--getglobalstate"}, {"--getblockall"}, {"--getappblocked", std::string(appPath)}}};
+}
+
+std::string clean(std::string_view output) {
+    // Repaired before it is measured: a cut must not make two characters of one bad sequence.
+    const std::string valid = Text::repaired(output);
+    return std::string(Text::prefix(Text::trimmed(valid, Text::isBlankOrNewline), longestOutput));
+}
+
+} // namespace velmo::FirewallProbe

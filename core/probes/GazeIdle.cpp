@@ -1,0 +1,30 @@
+#include "core/probes/GazeIdle.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmo {
+
+namespace {
+
+constexpr double day = 86400;
+constexpr double millisecondsInASecond = 1000;
+
+} // namespace
+
+GazeIdle::GazeIdle(double secondsSinceKey, double secondsSincePointer, bool isLocked, bool isAsleep)
+    : key(clean(secondsSinceKey)),
+      pointer(clean(secondsSincePointer)),
+      locked(isLocked),
+      asleep(isAsleep) {
+}
+
+double GazeIdle::clean(double seconds) {
+    if (!std::isfinite(seconds) || seconds < 0)
+        return day;
+    // Cut first: the product could be infinite.
+    const double milliseconds = std::min(seconds, day) * millisecondsInASecond;
+    return std::round(milliseconds) / millisecondsInASecond;
+}
+
+} // namespace velmo

@@ -1,0 +1,75 @@
+#include "core/probes/SignatureRenderer.h"
+
+#include "core/probes/InkPlane.h"
+#include "core/probes/RgbaPng.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <new>
+#include <vector>
+
+namespace velmo::SignatureRenderer {
+
+namespace {
+
+using Color = std::array<std::uint8_t, 3>;
+
+// A coordinate of 1 lies one pixel before the far edge, counted from the left and from below: so
+// the upper edge of the drawing lies a pixel below that of the picture.
+constexpr double xScale = width - 1;
+constexpr double yScale = height - 1;
+constexpr double yOffset = 1;
+
+/// In pictures. Further out no line shows, and numbers without bound would end in infinity.
+constexpr double furthest = 1000;
+
+double bounded(double coordinate) {
+    return std::clamp(coordinate, -furthest, furthest);
+}
+
+std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
+    std::vector<PenPoint> points;
+    for (const SignatureBody::Point& point : stroke) {
+        if (point.size() == 2 && std::isfinite(point[0]) && std::isfinite(point[1]))
+            points.push_back(
+                {.x = bounded(point[0]) * xScale, .y = yOffset + bounded(point[1]) * yScale});
+    }
+    return points;
+}
+
+using Pixel = std::array<std::uint8_t, 4>;
+
+/// The pixel for each opacity. The colour is not weakened by it; fully transparent is all zero.
+constexpr std::array<Pixel, 256> pixelsOf(const Color& ink) {
+    std::array<Pixel, 256> pixels{};
+    for (std::size_t alpha = 1; alpha < pixels.size(); ++alpha)
+        pixels[alpha] = {ink[0], ink[1], ink[2], static_cast<std::uint8_t>(alpha)};
+    return pixels;
+}
+
+constexpr auto bluePixels = pixelsOf({30, 64, 175});
+constexpr auto blackPixels = pixelsOf({24, 24, 27});
+
+} // namespace
+
+std::optional<Bytes> png(std::span<const SignatureBody::Stroke> strokes, bool blue) try {
+    InkPlane plane(width, height);
+    for (const SignatureBody::Stroke& stroke : strokes)
+        plane.draw(penPoints(stroke));
+    const auto& pixels = blue ? bluePixels : blackPixels;
+    std::vector<Pixel> row(width);
+    return RgbaPng::encode(width, height, [&](std::size_t y) -> ByteView {
+        if (plane.isBlank(y))
+            return {};
+        std::ranges::transform(plane.row(y), row.begin(),
+                               [&](std::uint8_t alpha) { return pixels[alpha]; });
+        return {row.front().data(), width * sizeof(Pixel)};
+    });
+} catch (const std::bad_alloc&) {
+
+    return std::nullopt;
+}
+
+} // namespace velmo::SignatureRenderer

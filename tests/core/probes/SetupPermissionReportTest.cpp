@@ -1,0 +1,50 @@
+#include "core/probes/SetupPermissionReport.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace velmo {
+namespace {
+
+using Automation = SetupPermissionReport::Automation;
+
+TEST(SetupPermissionReport, OnlyThreeStatusesSayWhatTheUserDecided) {
+    const std::pair<std::int32_t, Automation> cases[] = {
+        {0, Automation::granted},           {-1743, Automation::denied},
+        {-1744, Automation::notAsked},      {-600, Automation::notRunning},
+        {1, Automation::notRunning},        {1743, Automation::notRunning},
+        {-1745, Automation::notRunning},    {-1742, Automation::notRunning},
+        {INT32_MIN, Automation::notRunning}};
+    for (const auto& [status, verdict] : cases)
+        EXPECT_EQ(SetupPermissionReport::automationForStatus(status), verdict) << status;
+}
+
+TEST(SetupPermissionReport, AsksOnlyWhenToldToByTheOneWord) {
+    using Words = std::vector<std::string>;
+    const auto parse = [](const Words& words) { return SetupPermissionReport::parseArgs(words); };
+    EXPECT_EQ(parse({}), (SetupPermissionReport::Arguments{.ask = false, .ok = true}));
+    EXPECT_EQ(parse({"--ask-automation"}),
+              (SetupPermissionReport::Arguments{.ask = true, .ok = true}));
+    for (const Words& wrong :
+         {Words{""}, Words{"--ask"}, Words{"--Ask-automation"}, Words{"--ask-automation", ""},
+          Words{"", "--ask-automation"}, Words{"--ask-automation", "--ask-automation"}})
+        EXPECT_EQ(parse(wrong), SetupPermissionReport::Arguments())
+            << testing::PrintToString(wrong);
+}
+
+TEST(SetupPermissionReport, WritesEachTargetsVerdictAsItsText) {
+    SetupPermissionReport report{.accessibility = true};
+    EXPECT_EQ(encodeJson(report),
+              R"({"accessibility":true,"automation":{},"screenRecording":false})");
+    std::int32_t status = -1745;
+    for (const auto& target : SetupPermissionReport::targets)
+        report.automation.emplace(target.key, SetupPermissionReport::automationForStatus(status++));
+    EXPECT_EQ(encodeJson(report),
+              R"({"accessibility":true,"automation":{"brave":"not-running","chrome":"not-running",)"
+              R"("edge":"not-running","finder":"denied","music":"not-running",)"
+              R"("spotify":"not-asked"},"screenRecording":false})");
+}
+
+} // namespace
+} // namespace velmo

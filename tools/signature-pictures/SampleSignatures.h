@@ -1,0 +1,24 @@
+#pragma once
+
+#include "core/probes/SignatureBody.h"
+
+#include <array>
+#include <string_view>
+
+/// Signatures to look at, and to measure the renderer with.
+namespace velmo::SampleSignatures {
+
+SignatureBody cornerDots();    ///< a dot in each corner
+SignatureBody longSignature(); ///< as a person would write, across the whole width
+SignatureBody mostAllowed();   ///< as many strokes and points as a body may have
+
+struct Named {
+    std::string_view name;
+    SignatureBody (*make)();
+};
+
+inline constexpr auto all = std::to_array<Named>({{.name = "corner-dots", .make = cornerDots},
+                                                  {.name = "long-signature", .make = longSignature},
+                                                  {.name = "most-allowed", .make = mostAllowed}});
+
+} // namespace velmo::SampleSignatures
