@@ -32,6 +32,12 @@ constexpr bool isHex(char c) {
     return isLowercaseHex(c) || (c >= 'A' && c <= 'F');
 }
 
+/// U+0000 to U+001F and U+007F.
+constexpr bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
 /// Whether every byte is a letter, a digit or one of `others`; true for "".
 constexpr bool isMadeOfLettersDigitsAnd(std::string_view others, std::string_view text) {
     return std::ranges::all_of(text,
