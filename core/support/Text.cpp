@@ -228,11 +228,7 @@ bool isControl(char32_t scalar) {
 }
 
 bool hasControl(std::string_view text) {
-    for (const Scalar& scalar : Scalars(text)) {
-        if (isControl(scalar.value))
-            return true;
-    }
-    return false;
+    return hasAny(text, isControl);
 }
 
 bool isNewline(char32_t scalar) {
@@ -263,6 +259,14 @@ std::string replacedAll(std::string_view text, std::string_view what, std::strin
         text.remove_prefix(found + what.size());
     }
     return result.append(text);
+}
+
+bool hasAny(std::string_view text, ScalarTest test) {
+    for (const Scalar& scalar : Scalars(text)) {
+        if (test(scalar.value))
+            return true;
+    }
+    return false;
 }
 
 std::string_view trimmed(std::string_view text, ScalarTest test) {

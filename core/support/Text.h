@@ -129,6 +129,9 @@ std::string replacedAll(std::string_view text, std::string_view what, std::strin
 
 using ScalarTest = bool (*)(char32_t);
 
+/// Whether any scalar passes the test.
+bool hasAny(std::string_view text, ScalarTest test);
+
 /// The text without the leading and trailing scalars that pass the test.
 std::string_view trimmed(std::string_view text, ScalarTest test);
 

@@ -23,11 +23,6 @@ bool synchronize(int descriptor) {
     return retryInterrupted([&] { return ::fsync(descriptor); }) == 0;
 }
 
-bool isRegularFile(int descriptor) {
-    struct stat status{};
-    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
-
 bool makeFolders(const std::filesystem::path& path, mode_t mode) {
     if (::mkdir(path.c_str(), mode) == 0 || errno == EEXIST)
         return true;

@@ -1,8 +1,14 @@
 #include "platform/posix/Io.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace velmo {
+
+bool isRegularFile(int descriptor) {
+    struct stat status{};
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
 
 std::optional<std::string> readToEnd(int descriptor, std::size_t limit) {
     std::string bytes;

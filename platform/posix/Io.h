@@ -18,6 +18,9 @@ auto retryInterrupted(const Call& call) {
     return result;
 }
 
+/// Neither a folder nor a FIFO, a socket or a device.
+bool isRegularFile(int descriptor);
+
 /// All bytes up to the end; absent on an error or when there are more than `limit`.
 std::optional<std::string> readToEnd(int descriptor, std::size_t limit);
 

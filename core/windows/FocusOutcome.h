@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/support/Record.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace velmo {
+
+/// What came of an attempt to raise a window.
+struct FocusOutcome {
+    bool raised = false;
+    std::optional<bool> minimized; ///< whether it was, before; absent when that is not known
+    std::int64_t attempts = 0;
+
+    static constexpr auto fields = std::tuple{field("raised", &FocusOutcome::raised),
+                                              field("minimized", &FocusOutcome::minimized),
+                                              field("attempts", &FocusOutcome::attempts)};
+    bool operator==(const FocusOutcome&) const = default;
+};
+
+} // namespace velmo

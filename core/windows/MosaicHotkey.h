@@ -1,0 +1,74 @@
+#pragma once
+
+#include "core/input/Hotkey.h"
+#include "core/support/Record.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmo {
+
+/// A bit of the masks that the platform's service for global hot keys takes (Carbon's cmdKey,
+/// shiftKey, optionKey and controlKey).
+struct MosaicModifier {
+    std::string_view name;
+    std::uint32_t mask;
+};
+
+/// A global shortcut that arranges windows in a mosaic, as the user configures it:
+///
+///     grid=ctrl+alt+g
+struct MosaicHotkey {
+    static constexpr auto ids = std::to_array<std::string_view>(
+        {"grid", "columns", "rows", "side", "left", "right", "up", "down", "focus", "pause",
+         "terminals", "browsers", "finder", "frontApp"});
+
+    static constexpr auto modifierFlags = std::to_array<MosaicModifier>({
+        {.name = "cmd", .mask = 256},
+        {.name = "shift", .mask = 512},
+        {.name = "alt", .mask = 2048},
+        {.name = "ctrl", .mask = 4096},
+    });
+
+    /// Letters, digits and a few others, with the codes of `Hotkey::ansiKeyCodes`; but here the
+    /// Return key is "return".
+    static constexpr auto keyCodes = [] {
+        constexpr auto others = std::to_array<std::string_view>(
+            {"enter", "tab", "space", "left", "right", "down", "up"});
+        std::array<AnsiKey, Hotkey::letters.size() + Hotkey::digits.size() + others.size()> keys{};
+        auto end = std::ranges::copy(Hotkey::letters, keys.begin()).out;
+        end = std::ranges::copy(Hotkey::digits, end).out;
+        for (const std::string_view name : others) {
+            *end = *findKey(Hotkey::ansiKeyCodes, name);
+            if (name == "enter")
+                end->name = "return";
+            ++end;
+        }
+        return keys;
+    }();
+
+    std::string id; ///< the action, one of `ids`
+    std::uint32_t keyCode = 0;
+    std::uint32_t modifiers = 0; ///< masks of `modifierFlags`
+
+    /// The action, exactly as in `ids`, an equals sign, and at least two different modifiers and
+    /// then a key, in any letter case, with plus signs between them: fewer modifiers would take
+    /// shortcuts away from applications. Superfluous plus signs are let pass, blanks are not.
+    static std::optional<MosaicHotkey> parse(std::string_view line);
+
+    /// Those of the lines that can be read, in their order; an action may occur again.
+    static std::vector<MosaicHotkey> parseAll(std::span<const std::string> lines);
+
+    static constexpr auto fields =
+        std::tuple{field("id", &MosaicHotkey::id), field("keyCode", &MosaicHotkey::keyCode),
+                   field("modifiers", &MosaicHotkey::modifiers)};
+    bool operator==(const MosaicHotkey&) const = default;
+};
+
+} // namespace velmo

@@ -1,0 +1,28 @@
+#include "core/windows/WindowFilter.h"
+
+#include "core/support/BundleIdentifier.h"
+#include "core/support/Text.h"
+
+namespace velmo::WindowFilter {
+
+namespace {
+
+constexpr std::int64_t ordinaryLayer = 0;
+constexpr double invisibleAlpha = 0.01; ///< and below
+constexpr double smallestSide = 60;     ///< points
+
+} // namespace
+
+bool keep(const CGWindowRow& row, std::int32_t ownPid, std::optional<std::string_view> bundleId,
+          bool isRegularApp) {
+    if (row.layer != ordinaryLayer || row.pid == ownPid || !isRegularApp)
+        return false;
+    // Written so that "not a number" fails.
+    if (!(row.alpha > invisibleAlpha && row.bounds.width >= smallestSide
+          && row.bounds.height >= smallestSide))
+        return false;
+    return !Text::isOneOf(row.owner, systemOwners)
+           && !(bundleId && BundleIdentifier::isOfVelmo(*bundleId));
+}
+
+} // namespace velmo::WindowFilter
