@@ -13,11 +13,12 @@ test:
 	@scripts/build debug all
 	@ctest --preset debug
 
-# What the daemon costs: start-up, memory, wake-ups.
+# Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
-	@scripts/setup build
-	@scripts/build release VelmoPowerDaemonSimulated simulated-pmset velmo-mac
-	@bench/daemon-footprint build/release/bin
+	@scripts/setup build bench
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac
+	@build/bench/bin/velmo-bench docs
+	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 
 sanitize:
 	@scripts/setup build test clang

@@ -74,9 +74,15 @@ void use(T&& value) {
 }
 
 // What there is to measure, a function for each file.
+void addCapture(Suite& suite);
+void addClipboard(Suite& suite);
+void addDaemon(Suite& suite);
 void addFrames(Suite& suite);
+void addHolds(Suite& suite);
 void addInput(Suite& suite);
+void addInventory(Suite& suite);
 void addOutput(Suite& suite);
+void addSignature(Suite& suite);
 void addTextChunks(Suite& suite);
 
 } // namespace velmo::bench

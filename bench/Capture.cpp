@@ -1,0 +1,64 @@
+#include "bench/Suite.h"
+#include "core/windows/ThumbnailCheck.h"
+
+#include <cstring>
+#include <memory>
+
+namespace velmo::bench {
+
+namespace {
+
+constexpr std::int64_t width = 3840;
+constexpr std::int64_t height = 2160;
+constexpr std::int64_t bytesPerRow = width * 4;
+
+/// One colour: what has to be looked at to the end before it is called blank.
+Bytes blankCapture() {
+    Bytes bytes(static_cast<std::size_t>(bytesPerRow * height));
+    for (std::size_t i = 0; i < bytes.size(); i += 4) {
+        bytes[i] = 40;
+        bytes[i + 1] = 44;
+        bytes[i + 2] = 52;
+        bytes[i + 3] = 255;
+    }
+    return bytes;
+}
+
+/// The same question put to every pixel.
+bool isBlankThroughout(const Bytes& bytes) {
+    for (std::size_t i = 0; i < bytes.size(); i += 4) {
+        if (std::memcmp(bytes.data() + i, bytes.data(), 4) != 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+void addCapture(Suite& suite) {
+    const auto bytes = std::make_shared<const Bytes>(blankCapture());
+    const auto capture = [=] {
+        return ThumbnailCheck::Capture{
+            .bytes = *bytes, .width = width, .height = height, .bytesPerRow = bytesPerRow};
+    };
+    const Body everyPixel = [=](benchmark::State& state) {
+        for (auto _ : state)
+            use(isBlankThroughout(*bytes));
+    };
+    const auto compare = [&](const std::string& what, const Body& body) {
+        suite.compare({.what = what,
+                       .input = "3840 x 2160",
+                       .aims = {{.contender = "every pixel", .factor = 50}}},
+                      {{ours, body}, {"every pixel", everyPixel}});
+    };
+    compare("ThumbnailCheck::isBlank", [=](benchmark::State& state) {
+        for (auto _ : state)
+            use(ThumbnailCheck::isBlank(capture()));
+    });
+    compare("ThumbnailCheck::isBlankBody", [=](benchmark::State& state) {
+        for (auto _ : state)
+            use(ThumbnailCheck::isBlankBody(capture(), 80));
+    });
+}
+
+} // namespace velmo::bench

@@ -1,0 +1,94 @@
+#include "core/apps/Inventory.h"
+
+#include "bench/Suite.h"
+#include "platform/posix/FolderList.h"
+#include "platform/posix/NameOrder.h"
+#include "platform/posix/PropertyList.h"
+#include "tests/platform/TemporaryFolder.h"
+
+#include <plist/plist.h>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace velmo::bench {
+
+namespace {
+
+std::string information(std::size_t number) {
+    std::ostringstream list;
+    list << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
+         << "<key>CFBundleName</key><string>Application " << number << "</string>"
+         << "<key>CFBundleIdentifier</key><string>com.example.a" << number << "</string>"
+         << "<key>CFBundleShortVersionString</key><string>1." << number << "</string>";
+    // What else such files hold.
+    for (int i = 0; i < 40; ++i)
+        list << "<key>Key" << i << "</key><array><string>value</string><integer>" << i
+             << "</integer></array>";
+    list << "</dict></plist>";
+    return list.str();
+}
+
+/// A folder of applications on the disk.
+class Applications {
+public:
+    explicit Applications(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto contents = folder_.path() / (std::to_string(i) + ".app") / "Contents";
+            std::filesystem::create_directories(contents);
+            lists_.push_back((contents / "Info.plist").string());
+            std::ofstream(lists_.back()) << information(i);
+        }
+    }
+
+    [[nodiscard]] std::size_t scan() const {
+        const FileUrl directories[] = {{folder_.path().string()}};
+        return Inventory::scan(directories,
+                               {.entries = Inventory::listFolder,
+                                .bundle = PropertyList::bundle,
+                                .byCharacter = localisedComparison(DigitOrder::byCharacter)})
+            .size();
+    }
+
+    [[nodiscard]] std::size_t readLists() const {
+        std::size_t read = 0;
+        for (const std::string& path : lists_) {
+            plist_t list = nullptr;
+            plist_read_from_file(path.c_str(), &list, nullptr);
+            read += list != nullptr ? 1 : 0;
+            plist_free(list);
+        }
+        return read;
+    }
+
+private:
+    TemporaryFolder folder_;
+    std::vector<std::string> lists_;
+};
+
+} // namespace
+
+void addInventory(Suite& suite) {
+    const auto applications = std::make_shared<const Applications>(1000);
+    suite.compare({.what = "Inventory::scan",
+                   .input = "1000 bundles",
+                   .aims = {{.contender = "libplist alone", .factor = 1 / 1.2}}},
+                  {{ours,
+                    [=](benchmark::State& state) {
+                        for (auto _ : state)
+                            use(applications->scan());
+                    }},
+                   {"libplist alone", [=](benchmark::State& state) {
+                        for (auto _ : state)
+                            use(applications->readLists());
+                    }}});
+    suite.grow({.what = "Inventory::scan", .unit = "bundles", .sizes = {50, 200, 800, 3200}},
+               [](benchmark::State& state) {
+                   const Applications some(static_cast<std::size_t>(state.range(0)));
+                   for (auto _ : state)
+                       use(some.scan());
+               });
+}
+
+} // namespace velmo::bench
