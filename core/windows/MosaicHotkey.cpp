@@ -3,6 +3,7 @@
 #include "core/support/Text.h"
 
 #include <cstddef>
+#include <iterator>
 
 namespace velmo {
 
@@ -20,9 +21,9 @@ std::optional<std::uint32_t> combined(std::span<const std::string_view> names) {
         return std::nullopt;
     std::uint32_t masks = 0;
     for (const std::string_view name : names) {
-        const auto found =
+        const MosaicModifier* found =
             std::ranges::find(MosaicHotkey::modifierFlags, name, &MosaicModifier::name);
-        if (found == MosaicHotkey::modifierFlags.end() || (masks & found->mask) != 0)
+        if (found == std::end(MosaicHotkey::modifierFlags) || (masks & found->mask) != 0)
             return std::nullopt;
         masks |= found->mask;
     }

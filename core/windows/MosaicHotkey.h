@@ -29,12 +29,12 @@ struct MosaicHotkey {
         {"grid", "columns", "rows", "side", "left", "right", "up", "down", "focus", "pause",
          "terminals", "browsers", "finder", "frontApp"});
 
-    static constexpr auto modifierFlags = std::to_array<MosaicModifier>({
+    static constexpr MosaicModifier modifierFlags[] = {
         {.name = "cmd", .mask = 256},
         {.name = "shift", .mask = 512},
         {.name = "alt", .mask = 2048},
         {.name = "ctrl", .mask = 4096},
-    });
+    };
 
     /// Letters, digits and a few others, with the codes of `Hotkey::ansiKeyCodes`; but here the
     /// Return key is "return".
@@ -42,7 +42,7 @@ struct MosaicHotkey {
         constexpr auto others = std::to_array<std::string_view>(
             {"enter", "tab", "space", "left", "right", "down", "up"});
         std::array<AnsiKey, Hotkey::letters.size() + Hotkey::digits.size() + others.size()> keys{};
-        auto end = std::ranges::copy(Hotkey::letters, keys.begin()).out;
+        AnsiKey* end = std::ranges::copy(Hotkey::letters, keys.data()).out;
         end = std::ranges::copy(Hotkey::digits, end).out;
         for (const std::string_view name : others) {
             *end = *findKey(Hotkey::ansiKeyCodes, name);

@@ -64,7 +64,8 @@ struct Picture {
     [[nodiscard]] int stride() const { return width + 3; }
 
     Picture& set(int column, int row, Pixel pixel) {
-        pixels.at(static_cast<std::size_t>((row * stride()) + column)) = pixel;
+        const int index = (row * stride()) + column;
+        pixels.at(static_cast<std::size_t>(index)) = pixel;
         return *this;
     }
 

@@ -74,9 +74,9 @@ TEST(WindowFilter, KeepsOrdinaryWindowsOfRegularApplications) {
     const CGWindowRow plain{.id = 1, .pid = 9, .owner = "App", .bounds = {0, 0, 60, 60}};
     EXPECT_FALSE(WindowFilter::keep(plain, 4, "com.example.app", false));
     EXPECT_TRUE(WindowFilter::keep(plain, 4, std::nullopt, true));
-    for (const auto id : {"", "io.velmo", "io.velmox.a", " io.velmo.a", "com.apple.Passwords"})
+    for (const char* id : {"", "io.velmo", "io.velmox.a", " io.velmo.a", "com.apple.Passwords"})
         EXPECT_TRUE(WindowFilter::keep(plain, 4, id, true)) << id;
-    for (const auto id : {"io.velmo.", "IO.VELMO.helper"})
+    for (const char* id : {"io.velmo.", "IO.VELMO.helper"})
         EXPECT_FALSE(WindowFilter::keep(plain, 4, id, true)) << id;
 }
 
