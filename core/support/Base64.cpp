@@ -46,19 +46,18 @@ void putGroup(std::uint8_t* bytes, std::uint32_t value) {
 } // namespace
 
 std::string encode(ByteView bytes) {
-    std::string text;
-    text.reserve((bytes.size() + groupBytes - 1) / groupBytes * groupCharacters);
-    while (!bytes.empty()) {
-        const std::size_t count = std::min(bytes.size(), groupBytes);
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < groupBytes; ++i)
-            value = value << 8U | (i < count ? bytes[i] : 0U);
-        char group[groupCharacters];
-        for (std::uint32_t place = 0; place < groupCharacters; ++place)
-            group[place] = place <= count ? alphabet[value >> (18 - 6 * place) & 0x3FU] : padding;
-        text.append(group, groupCharacters);
-        bytes = bytes.subspan(count);
-    }
+    std::string text((bytes.size() + groupBytes - 1) / groupBytes * groupCharacters, padding);
+    auto* out = text.data();
+    const auto put = [&](std::uint32_t value, std::uint32_t characters) {
+        for (std::uint32_t place = 0; place < characters; ++place)
+            *out++ = alphabet[value >> (18 - 6 * place) & 0x3FU];
+    };
+    for (; bytes.size() >= groupBytes; bytes = bytes.subspan(groupBytes))
+        put(bytes[0] << 16U | bytes[1] << 8U | bytes[2], groupCharacters);
+    if (bytes.size() == 2)
+        put(bytes[0] << 16U | bytes[1] << 8U, 3);
+    if (bytes.size() == 1)
+        put(bytes[0] << 16U, 2);
     return text;
 }
 
