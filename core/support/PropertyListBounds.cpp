@@ -9,7 +9,6 @@ namespace velmo::PropertyListBounds {
 namespace {
 
 constexpr std::string_view binaryMagic = "bplist";
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 /// Too many rather than too few: also those in comments.
 bool holdInXml(std::string_view bytes) {

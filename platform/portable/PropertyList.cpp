@@ -27,6 +27,9 @@ using Memory = std::unique_ptr<void, FreeMemory>;
 
 /// Null when it can't be read.
 List listFrom(std::string_view bytes) {
+    // Unknown to libplist.
+    if (bytes.starts_with(PropertyListBounds::byteOrderMark))
+        bytes.remove_prefix(PropertyListBounds::byteOrderMark.size());
     plist_t list = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
     return List(list);
