@@ -52,12 +52,13 @@ std::string encode(ByteView bytes) {
         for (std::uint32_t place = 0; place < characters; ++place)
             *out++ = alphabet[value >> (18 - 6 * place) & 0x3FU];
     };
+    const auto at = [&](std::size_t i) -> std::uint32_t { return bytes[i]; };
     for (; bytes.size() >= groupBytes; bytes = bytes.subspan(groupBytes))
-        put(bytes[0] << 16U | bytes[1] << 8U | bytes[2], groupCharacters);
+        put(at(0) << 16U | at(1) << 8U | at(2), groupCharacters);
     if (bytes.size() == 2)
-        put(bytes[0] << 16U | bytes[1] << 8U, 3);
+        put(at(0) << 16U | at(1) << 8U, 3);
     if (bytes.size() == 1)
-        put(bytes[0] << 16U, 2);
+        put(at(0) << 16U, 2);
     return text;
 }
 

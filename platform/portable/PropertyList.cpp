@@ -27,6 +27,8 @@ using Memory = std::unique_ptr<void, FreeMemory>;
 
 /// Null when it can't be read.
 List listFrom(std::string_view bytes) {
+    if (!PropertyListBounds::hold(bytes))
+        return nullptr;
     // Unknown to libplist.
     if (bytes.starts_with(PropertyListBounds::byteOrderMark))
         bytes.remove_prefix(PropertyListBounds::byteOrderMark.size());
@@ -120,7 +122,7 @@ std::optional<Value> valueOf(plist_t node, std::size_t depth) {
 } // namespace
 
 std::optional<Value> parse(std::string_view bytes) {
-    const List list = PropertyListBounds::hold(bytes) ? listFrom(bytes) : nullptr;
+    const List list = listFrom(bytes);
     return list == nullptr ? std::nullopt : valueOf(list.get(), 0);
 }
 

@@ -17,8 +17,7 @@ std::optional<std::string> readFile(const std::string& path) {
     struct stat status{};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    auto bytes = readToEnd(file.get(), PropertyListBounds::maxBytes);
-    return bytes && PropertyListBounds::hold(*bytes) ? std::move(bytes) : std::nullopt;
+    return readToEnd(file.get(), PropertyListBounds::maxBytes);
 }
 
 std::optional<std::string> readInformation(const std::string& bundle) {

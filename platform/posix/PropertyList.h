@@ -11,8 +11,8 @@
 /// platform; reading them is CoreFoundation's job on a Mac and libplist's elsewhere.
 namespace velmo::PropertyList {
 
-/// The content of a regular file, links followed, within `PropertyListBounds`; a FIFO of the name
-/// makes nobody wait.
+/// The content of a regular file, links followed, of at most `PropertyListBounds::maxBytes`; a FIFO
+/// of the name makes nobody wait.
 std::optional<std::string> readFile(const std::string& path);
 
 /// The content of the file that describes a bundle: "Contents/Info.plist", or "Info.plist" where
