@@ -17,6 +17,10 @@ bool holdInXml(std::string_view bytes) {
     const std::size_t first = bytes.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos || bytes[first] != '<' || bytes.contains('\0'))
         return false;
+    // Most lists are too short for too many.
+    constexpr std::string_view shortest = "<dict>";
+    if (bytes.size() / shortest.size() <= maxContainers)
+        return true;
     std::size_t containers = 0;
     for (auto at = bytes.find('<'); at != std::string_view::npos; at = bytes.find('<', at + 1)) {
         const std::string_view tag = bytes.substr(at + 1, 5);
