@@ -72,10 +72,6 @@ std::string_view takeDigits(std::string_view& text) {
     return digits;
 }
 
-bool isCountOfSome(std::string_view text) {
-    return !skipSign(text) && Ascii::decimal<std::int64_t>(text).value_or(0) >= 1;
-}
-
 /// What a stream's title and the station that sends it make of a track.
 struct Credits {
     std::string_view title;
@@ -118,7 +114,7 @@ std::optional<NowPlayingInfo> music(std::string_view line) {
         info.duration = duration;
         info.position = number(fields[5]);
     }
-    if (isCountOfSome(fields[8])) {
+    if (Ascii::signedDecimal<std::int64_t>(fields[8]).value_or(0) >= 1) {
         auto& key = info.artworkKey.emplace("music:");
         key.append(fields[9]).append("|").append(title).append("|").append(artist);
     }

@@ -9,7 +9,8 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t pieceLength = 32768;
+/// Short enough for the parser that a thread keeps.
+constexpr std::size_t pieceLength = 16000;
 constexpr std::string_view blanks = " \n\r\t";
 
 /// The position behind the closing quote of the literal that opens at `quote`.

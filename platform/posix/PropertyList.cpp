@@ -5,7 +5,6 @@
 #include "platform/posix/Io.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 namespace velmo::PropertyList {
 
@@ -14,10 +13,8 @@ std::optional<std::string> readFile(const std::string& path) {
         return std::nullopt;
     constexpr int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const Descriptor file(retryInterrupted([&] { return ::open(path.c_str(), flags); }));
-    struct stat status{};
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    return readToEnd(file.get(), PropertyListBounds::maxBytes);
+    return file && isRegularFile(file.get()) ? readToEnd(file.get(), PropertyListBounds::maxBytes)
+                                             : std::nullopt;
 }
 
 std::optional<std::string> readInformation(const std::string& bundle) {
