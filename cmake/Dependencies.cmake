@@ -39,4 +39,9 @@ if(VELMO_BUILD_TESTS)
     # Peers to agree with.
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
     velmo_find_library(cairo::cairo cairo/cairo.h cairo)
+    if(NOT APPLE)
+        # In place of CoreFoundation.
+        find_package(ICU REQUIRED COMPONENTS i18n uc)
+        velmo_find_library(plist::plist plist/plist.h plist-2.0)
+    endif()
 endif()

@@ -13,11 +13,6 @@ namespace {
 constexpr std::size_t longestAddress = 2048; // bytes
 constexpr std::size_t longestBundleId = 200;
 
-bool isBlankOrControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte <= 0x20 || byte == 0x7F;
-}
-
 /// A user part that is there but empty ("https://@host") is refused with the others.
 bool isPlainWebAddress(const Uri& uri) {
     const std::string scheme = Text::lowercased(uri.scheme);
@@ -28,7 +23,7 @@ bool isPlainWebAddress(const Uri& uri) {
 
 std::optional<WebURL> WebURL::parse(std::optional<std::string_view> text) {
     if (!text || text->empty() || text->size() > longestAddress
-        || std::ranges::any_of(*text, isBlankOrControl))
+        || std::ranges::any_of(*text, Ascii::isSpaceOrControl))
         return std::nullopt;
     const auto uri = Uri::parse(*text);
     if (!uri || !isPlainWebAddress(*uri))

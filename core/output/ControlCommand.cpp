@@ -8,6 +8,17 @@ namespace {
 
 constexpr std::int64_t highestPercent = 100;
 
+constexpr std::string_view unmute = "try\nset volume output muted false\nend try\n";
+constexpr std::string_view setVolume = "set volume output volume ";
+constexpr std::string_view raised = "((output volume of (get volume settings)) + 6)";
+constexpr std::string_view lowered = "((output volume of (get volume settings)) - 6)";
+constexpr std::string_view toggleMute =
+    "set volume output muted (not (output muted of (get volume settings)))";
+
+std::string unmuteAndSetVolume(std::string_view volume) {
+    return std::string(unmute).append(setVolume).append(volume);
+}
+
 bool takesPercent(ControlCommand::Kind kind) {
     return kind == ControlCommand::Kind::volumeSet || kind == ControlCommand::Kind::brightnessSet;
 }
@@ -32,6 +43,20 @@ std::optional<ControlCommand> ControlCommand::parse(std::span<const std::string>
     if (!rest.empty())
         return std::nullopt;
     return ControlCommand{.kind = *kind};
+}
+
+bool ControlCommand::unmutesFirst() const {
+    return kind == Kind::volumeSet || kind == Kind::volumeUp || kind == Kind::volumeDown;
+}
+
+std::optional<std::string> ControlCommand::volumeScript() const {
+    if (kind == Kind::muteToggle)
+        return std::string(toggleMute);
+    if (!unmutesFirst())
+        return std::nullopt;
+    if (kind == Kind::volumeSet)
+        return unmuteAndSetVolume(std::to_string(percent));
+    return unmuteAndSetVolume(kind == Kind::volumeUp ? raised : lowered);
 }
 
 } // namespace velmo

@@ -36,6 +36,13 @@ struct ControlCommand {
     /// zeros; "-0" is 0. Absent for anything else, such as a word too many, even an empty one.
     static std::optional<ControlCommand> parse(std::span<const std::string> args);
 
+    /// Setting, raising and lowering the volume switch the sound on; toggling mute does not.
+    [[nodiscard]] bool unmutesFirst() const;
+
+    /// The AppleScript that carries out a volume command; absent for every other command. A
+    /// percentage beyond 100 is written as it is.
+    [[nodiscard]] std::optional<std::string> volumeScript() const;
+
     bool operator==(const ControlCommand&) const = default;
 };
 

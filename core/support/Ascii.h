@@ -38,6 +38,10 @@ constexpr bool isControl(char c) {
     return byte < 0x20 || byte == 0x7F;
 }
 
+constexpr bool isSpaceOrControl(char c) {
+    return c == ' ' || isControl(c);
+}
+
 /// Whether every byte is a letter, a digit or one of `others`; true for "".
 constexpr bool isMadeOfLettersDigitsAnd(std::string_view others, std::string_view text) {
     return std::ranges::all_of(text,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/support/Value.h"
+
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
@@ -49,5 +51,13 @@ private:
 std::optional<bool> booleanIn(CFTypeRef object);
 std::optional<std::int64_t> integerIn(CFTypeRef object);
 std::optional<std::string> textIn(CFTypeRef object); ///< UTF-8; absent too for a lone surrogate
+
+/// The whole of a property list: dates, and texts that `textIn` does not give, as values without a
+/// kind, members under such a text left out. Absent for null, and beyond
+/// `PropertyListBounds::maxDepth`.
+std::optional<Value> valueIn(CFTypeRef object);
+
+/// Ill-formed UTF-8 is repaired; null only when memory is short.
+Owned<CFStringRef> stringOf(std::string_view text);
 
 } // namespace velmo

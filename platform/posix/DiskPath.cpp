@@ -19,6 +19,14 @@ std::optional<std::string> terminated(std::string_view path) {
     return std::string(path);
 }
 
+std::optional<struct stat> statusBy(int (*ask)(const char*, struct stat*), std::string_view path) {
+    const auto name = terminated(path);
+    struct stat found{};
+    if (!name || ask(name->c_str(), &found) != 0)
+        return std::nullopt;
+    return found;
+}
+
 /// Whether nothing bears the name, not even a link that leads nowhere.
 bool isMissing(const std::string& path) {
     struct stat ignored{};
@@ -67,11 +75,11 @@ std::optional<std::string> resolvedAsFarAsItExists(std::string_view path) {
 }
 
 std::optional<struct stat> status(std::string_view path) {
-    const auto name = terminated(path);
-    struct stat found{};
-    if (!name || ::stat(name->c_str(), &found) != 0)
-        return std::nullopt;
-    return found;
+    return statusBy(::stat, path);
+}
+
+std::optional<struct stat> linkStatus(std::string_view path) {
+    return statusBy(::lstat, path);
 }
 
 bool isDirectory(std::string_view path) {

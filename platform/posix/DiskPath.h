@@ -19,6 +19,9 @@ std::optional<std::string> resolvedAsFarAsItExists(std::string_view path);
 
 std::optional<struct stat> status(std::string_view path);
 
+/// The same of a link itself.
+std::optional<struct stat> linkStatus(std::string_view path);
+
 bool isDirectory(std::string_view path);
 
 /// Exists, is no directory, and this process may execute it.

@@ -68,5 +68,30 @@ TEST(ControlCommand, RefusesEverythingElse) {
     EXPECT_FALSE(ControlCommand::parse(Words{"volume-set", std::string("5\0", 2)}));
 }
 
+TEST(ControlCommand, OnlyVolumeCommandsHaveAScriptAndOnlyMuteStaysMuted) {
+    const std::string unmute = "try\nset volume output muted false\nend try\n";
+    for (const Kind kind : allCases<Kind>) {
+        const auto script = ControlCommand{.kind = kind, .percent = 35}.volumeScript();
+        EXPECT_EQ(script.has_value(), kind == Kind::volumeSet || kind == Kind::volumeUp
+                                          || kind == Kind::volumeDown || kind == Kind::muteToggle)
+            << rawText(kind);
+        EXPECT_EQ(ControlCommand{kind}.unmutesFirst(), script && script->starts_with(unmute))
+            << rawText(kind);
+    }
+    const std::pair<ControlCommand, std::string> scripts[] = {
+        {{Kind::volumeSet, 35}, unmute + "set volume output volume 35"},
+        {{Kind::volumeSet, 150}, unmute + "set volume output volume 150"},
+        {{Kind::volumeSet, -5}, unmute + "set volume output volume -5"},
+        {{Kind::volumeUp},
+         unmute + "set volume output volume ((output volume of (get volume settings)) + 6)"},
+        {{Kind::volumeDown},
+         unmute + "set volume output volume ((output volume of (get volume settings)) - 6)"},
+        {{Kind::muteToggle},
+         "set volume output muted (not (output muted of (get volume settings)))"},
+    };
+    for (const auto& [command, script] : scripts)
+        EXPECT_EQ(command.volumeScript(), script);
+}
+
 } // namespace
 } // namespace velmo

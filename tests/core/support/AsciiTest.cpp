@@ -16,6 +16,7 @@ TEST(Ascii, JudgesEveryByteAsTheClassicLocaleDoesBelow128) {
         EXPECT_EQ(Ascii::isDigit(c), ascii && std::isdigit(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isLetter(c), ascii && std::isalpha(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isControl(c), ascii && std::iscntrl(byte) != 0) << byte;
+        EXPECT_EQ(Ascii::isSpaceOrControl(c), ascii && std::isgraph(byte) == 0) << byte;
         EXPECT_EQ(Ascii::isHex(c), ascii && std::isxdigit(byte) != 0) << byte;
         EXPECT_EQ(Ascii::isLowercaseHex(c),
                   ascii && std::isxdigit(byte) != 0 && std::isupper(byte) == 0)

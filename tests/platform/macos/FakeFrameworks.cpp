@@ -1,5 +1,8 @@
 #include "tests/platform/macos/FakeFrameworks.h"
 
+#include "core/support/Ascii.h"
+#include "core/support/Text.h"
+
 #include <IOKit/IOKitLib.h>
 #include <IOKit/ps/IOPowerSources.h>
 #include <Security/Security.h>
@@ -64,6 +67,43 @@ std::u16string wide(std::string_view ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
+std::u16string decoded(std::string_view utf8) {
+    std::u16string units;
+    for (const Text::Scalar& scalar : Text::Scalars(utf8)) {
+        if (scalar.value >= 0x10000)
+            units += static_cast<char16_t>(0xD7C0 + (scalar.value >> 10));
+        units += static_cast<char16_t>(scalar.value >= 0x10000 ? 0xDC00 | (scalar.value & 0x3FF)
+                                                               : scalar.value);
+    }
+    return units;
+}
+
+std::string_view bytesAt(const UInt8* bytes, CFIndex length) {
+    return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
+}
+
+Object* find(const std::map<std::string, Object*>& objects, std::string_view key) {
+    const auto found = objects.find(std::string(key));
+    return found == objects.end() ? nullptr : found->second;
+}
+
+bool isDigit(char16_t unit) {
+    return unit < 0x80 && Ascii::isDigit(static_cast<char>(unit));
+}
+
+/// Takes a number of few digits, or one unit, from the front.
+std::int64_t takeRank(std::u16string_view& text, bool numerically) {
+    std::int64_t rank = 0;
+    if (!numerically || !isDigit(text.front())) {
+        rank = text.front() >= u'A' && text.front() <= u'Z' ? text.front() + 32 : text.front();
+        text.remove_prefix(1);
+        return rank;
+    }
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
+        rank = rank * 10 + text.front() - u'0';
+    return rank;
+}
+
 bool isSurrogate(char16_t unit) {
     return unit >= 0xD800 && unit <= 0xDFFF;
 }
@@ -105,7 +145,15 @@ CFTypeID CFNumberGetTypeID() {
     return typeOfNumber();
 }
 
-Boolean CFNumberGetValue(CFNumberRef number, CFNumberType /*type*/, void* value) {
+Boolean CFNumberIsFloatType(CFNumberRef number) {
+    return std::holds_alternative<double>(object(number).value) ? 1 : 0;
+}
+
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
+    if (type == kCFNumberDoubleType) {
+        *static_cast<double*>(value) = valueOf<double>(number);
+        return 1;
+    }
     auto& out = *static_cast<std::int64_t*>(value);
     if (const auto* real = std::get_if<double>(&object(number).value)) {
         out = static_cast<std::int64_t>(*real);
@@ -152,6 +200,93 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding /*e
     bytes.copy(reinterpret_cast<char*>(buffer), bytes.size());
     *usedSize = static_cast<CFIndex>(bytes.size());
     return converted;
+}
+
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef /*allocator*/, const UInt8* bytes,
+                                    CFIndex length, CFStringEncoding /*encoding*/,
+                                    Boolean /*isExternalRepresentation*/) {
+    const std::string_view text = bytesAt(bytes, length);
+    return velmo::Text::isValidUtf8(text) ? create<CFStringRef>(mac->make(decoded(text))) : nullptr;
+}
+
+/// Case is never regarded; both other options must be right for the fake to be of use.
+CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
+                                   CFStringCompareFlags options) {
+    const bool numerically = (options & kCFCompareNumerically) != 0;
+    if ((options & ~CFStringCompareFlags{kCFCompareNumerically}) != 33)
+        std::abort();
+    std::u16string_view a = valueOf<std::u16string>(first);
+    std::u16string_view b = valueOf<std::u16string>(second);
+    while (!a.empty() && !b.empty()) {
+        const auto rankOfA = takeRank(a, numerically);
+        const auto rankOfB = takeRank(b, numerically);
+        if (rankOfA != rankOfB)
+            return rankOfA < rankOfB ? -1 : 1;
+    }
+    return a.empty() ? -static_cast<CFComparisonResult>(!b.empty()) : 1;
+}
+
+CFTypeID CFDataGetTypeID() {
+    return typeOf<velmo::Bytes>;
+}
+
+CFDataRef CFDataCreate(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex length) {
+    return create<CFDataRef>(mac->make(velmo::Bytes(bytes, bytes + length)));
+}
+
+CFIndex CFDataGetLength(CFDataRef data) {
+    return static_cast<CFIndex>(valueOf<velmo::Bytes>(data).size());
+}
+
+const UInt8* CFDataGetBytePtr(CFDataRef data) {
+    return valueOf<velmo::Bytes>(data).data();
+}
+
+CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef /*allocator*/, CFDataRef data,
+                                               CFOptionFlags /*options*/,
+                                               CFPropertyListFormat* /*format*/,
+                                               CFErrorRef* /*error*/) {
+    return create<CFPropertyListRef>(
+        find(mac->propertyLists, velmo::textOf(valueOf<velmo::Bytes>(data))));
+}
+
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef /*allocator*/, const UInt8* path,
+                                                 CFIndex length, Boolean /*isDirectory*/) {
+    return create<CFURLRef>(mac->make(Url{std::string(bytesAt(path, length))}));
+}
+
+CFBundleRef CFBundleCreate(CFAllocatorRef /*allocator*/, CFURLRef url) {
+    return create<CFBundleRef>(find(mac->bundles, valueOf<Url>(url).path));
+}
+
+CFTypeRef CFBundleGetValueForInfoDictionaryKey(CFBundleRef bundle, CFStringRef key) {
+    return CFDictionaryGetValue(reinterpret_cast<CFDictionaryRef>(bundle), key);
+}
+
+CFStringRef CFBundleGetIdentifier(CFBundleRef bundle) {
+    return static_cast<CFStringRef>(
+        CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleIdentifier")));
+}
+
+CFTypeID CFArrayGetTypeID() {
+    return typeOf<Array>;
+}
+
+CFTypeID CFDictionaryGetTypeID() {
+    return typeOf<Dictionary>;
+}
+
+CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
+    return static_cast<CFIndex>(valueOf<Dictionary>(dictionary).size());
+}
+
+/// The keys are objects that live as long as the fake.
+void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
+                                  const void** values) {
+    for (const auto& [key, value] : valueOf<Dictionary>(dictionary)) {
+        *keys++ = mac->make(key);
+        *values++ = value;
+    }
 }
 
 CFIndex CFArrayGetCount(CFArrayRef array) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/support/Bytes.h"
+
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
@@ -19,8 +21,13 @@ using Dictionary = std::map<std::u16string, Object*>;
 
 struct Other {};
 
+struct Url {
+    std::string path;
+};
+
 struct Object {
-    std::variant<Other, bool, std::int64_t, double, std::u16string, Array, Dictionary> value;
+    std::variant<Other, bool, std::int64_t, double, std::u16string, Bytes, Array, Dictionary, Url>
+        value;
     int owed = 0; ///< references handed out and not given back
 };
 
@@ -35,6 +42,9 @@ struct Mac {
 
     int failingSigningStep = 0; ///< 1 to 3; 0 for none
     Object* signingInformation = nullptr;
+
+    std::map<std::string, Object*> propertyLists; ///< by their bytes
+    std::map<std::string, Object*> bundles;       ///< information dictionaries by path
 
     int owedServices = 0;
     std::deque<Object> objects;

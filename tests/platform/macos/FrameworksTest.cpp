@@ -1,10 +1,14 @@
 #include "platform/macos/PowerRootDomain.h"
 #include "platform/macos/PowerSources.h"
 #include "platform/macos/SigningTeam.h"
+#include "platform/posix/NameOrder.h"
+#include "platform/posix/PropertyList.h"
+#include "tests/platform/TemporaryFolder.h"
 #include "tests/platform/macos/FakeFrameworks.h"
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <optional>
 #include <string>
 
@@ -119,6 +123,62 @@ TEST_F(MacFrameworks, EveryStepToTheTeamMayFail) {
     mac.signingInformation = mac.make(Dictionary{{u"teamid", text(u"ABCDE12345")}});
     for (mac.failingSigningStep = 1; mac.failingSigningStep <= 3; ++mac.failingSigningStep)
         EXPECT_EQ(currentSigningTeam(), std::nullopt) << mac.failingSigningStep;
+}
+
+TEST_F(MacFrameworks, APropertyListIsReadWithItsKinds) {
+    Object* const lone = text({char16_t{0xD800}});
+    Object* const tree = mac.make(
+        Dictionary{{u"text", text(u"\u00E9")},
+                   {u"list", mac.make(Array{number(-1), mac.make(2.0), mac.make(0x1p64),
+                                            mac.make(true), mac.make(Bytes{0, 255}),
+                                            mac.make(fake::Other{}), lone, mac.make(Array{})})},
+                   {{char16_t{0xDC00}}, number(1)}});
+    const Value expected =
+        Value::Dictionary{{"text", "\u00E9"},
+                          {"list", Value::Array{-1, 2.0, 0x1p64, true, Bytes{0, 255}, Value(),
+                                                Value(), Value::Array{}}}};
+    Object* deepest = mac.make(Array{});
+    for (int i = 0; i < 128; ++i)
+        deepest = mac.make(Array{deepest});
+    mac.propertyLists = {{"<tree", tree},
+                         {"<deep", deepest},
+                         {"<deeper", mac.make(Dictionary{{u"a", deepest}})},
+                         {"{ a = b; }", tree}};
+    EXPECT_EQ(PropertyList::parse("<tree"), expected);
+    EXPECT_TRUE(PropertyList::parse("<deep"));
+    for (const char* bytes : {"<deeper", "<damaged", "{ a = b; }", ""})
+        EXPECT_FALSE(PropertyList::parse(bytes)) << bytes;
+}
+
+TEST_F(MacFrameworks, ABundleSaysWhatItIs) {
+    const TemporaryFolder folder;
+    const auto bundle = [&](const char* name, Object* information, bool hasFile = true) {
+        const auto path = folder.path() / name;
+        std::filesystem::create_directories(path / "Contents");
+        if (hasFile)
+            std::ofstream(path / "Contents" / "Info.plist") << "<";
+        if (information != nullptr)
+            mac.bundles[path.string()] = information;
+        return PropertyList::bundle(path.string());
+    };
+    Object* const whole = mac.make(Dictionary{{u"CFBundleDisplayName", text(u"D")},
+                                              {u"CFBundleName", text(u"N")},
+                                              {u"CFBundleShortVersionString", text(u"1")},
+                                              {u"CFBundleIdentifier", text(u"com.x")}});
+    const Inventory::BundleInformation nothing;
+    EXPECT_EQ(bundle("A.app", whole), (Inventory::BundleInformation{"D", "N", "1", "com.x"}));
+    EXPECT_EQ(bundle("B.app", mac.make(Dictionary{{u"CFBundleName", number(1)}})), nothing);
+    EXPECT_EQ(bundle("C.app", nullptr), nothing);
+    EXPECT_EQ(bundle("D.app", whole, false), nothing) << "nothing to read: the service isn't asked";
+}
+
+TEST_F(MacFrameworks, NamesAreOrderedWithoutRegardToCaseAndDigitsAsAsked) {
+    const auto byValue = localisedComparison(DigitOrder::byValue);
+    const auto byCharacter = localisedComparison(DigitOrder::byCharacter);
+    EXPECT_TRUE(byValue("Speaker 9", "speaker 10") < 0);
+    EXPECT_TRUE(byCharacter("Speaker 9", "speaker 10") > 0);
+    EXPECT_TRUE(byValue("Safari", "safari") == 0);
+    EXPECT_TRUE(byCharacter("A\xFF", "a\uFFFD") == 0) << "repaired before they are compared";
 }
 
 } // namespace

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/support/Json.h"
+
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+/// A JSON object read without its long texts, which stay where they are until they are asked for.
+///
+/// A `JsonDocument` takes memory of fifteen times its text. For an object of a few members, one of
+/// which may be megabytes long, an outline takes next to none, and accepts and refuses exactly the
+/// same objects once the long texts have been read.
+namespace velmo {
+
+/// A text that is a member of the outline, still as JSON spells it.
+class JsonLongText {
+public:
+    /// Takes the next part of the unescaped text; false ends the reading.
+    using Sink = std::function<bool(std::string_view piece)>;
+
+    explicit JsonLongText(std::string_view spelling) : spelling_(spelling) {}
+
+    /// Hands the unescaped text over in pieces of at most some ten thousand bytes, none of which
+    /// ends within a scalar. False when the sink said so or the text is no JSON: what was handed
+    /// over is then of no use.
+    [[nodiscard]] bool read(const Sink& sink) const;
+
+    /// In bytes; the unescaped text is never longer.
+    [[nodiscard]] std::size_t spelledLength() const { return spelling_.size(); }
+
+private:
+    std::string_view spelling_; ///< what stands between the quotes
+};
+
+class JsonOutline {
+public:
+    /// Texts that are spelt in no more bytes are read with the rest.
+    static constexpr std::size_t longestInline = 16384;
+
+    /// Leaves out the long texts that are values of these members of the root. Absent when what
+    /// remains is refused as `JsonDocument::parse` refuses it, or is no object. Every long text
+    /// must then be read too before the whole is known to be JSON. They are views into `json`.
+    static std::optional<JsonOutline> parse(std::string_view json,
+                                            std::initializer_list<std::string_view> names);
+
+    /// A member whose text was left out reads as "".
+    [[nodiscard]] JsonObject object() const { return document_.object().value(); }
+
+    /// Absent when the member's text was not left out.
+    [[nodiscard]] std::optional<JsonLongText> longText(std::string_view name) const;
+
+private:
+    using LongTexts = std::map<std::string_view, JsonLongText>;
+
+    JsonOutline(JsonDocument document, LongTexts longTexts)
+        : document_(std::move(document)), longTexts_(std::move(longTexts)) {}
+
+    JsonDocument document_;
+    LongTexts longTexts_;
+};
+
+} // namespace velmo

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "core/clipboard/FinderSelectionParse.h"
+
+#include <optional>
+#include <string_view>
+
+namespace velmo::FinderSelectionParse {
+
+/// lstat(2): a link is itself. Absent when nothing bears the name or it can't be examined. A device
+/// number shorter than 64 bits is read as unsigned, as the system's own tools print it.
+std::optional<FileIdentity> lstatIdentity(std::string_view path);
+
+} // namespace velmo::FinderSelectionParse
