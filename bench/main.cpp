@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
     addTextChunks(suite);
     addSignature(suite);
     addCapture(suite);
+    addClipboard(suite);
+    addInventory(suite);
     addDaemon(suite);
     addHolds(suite);
     if (!suite.run(argc - 1, argv + 1))

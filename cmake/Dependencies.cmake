@@ -38,9 +38,13 @@ if(VELMO_BUILD_TESTS)
     find_package(rapidcheck REQUIRED)
     # Peers to agree with.
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
+endif()
+
+if(VELMO_BUILD_TESTS OR VELMO_BUILD_BENCH)
+    set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     velmo_find_library(cairo::cairo cairo/cairo.h cairo)
-    if(NOT APPLE)
-        # In place of CoreFoundation.
+    if(VELMO_BUILD_BENCH OR NOT APPLE)
+        # In place of CoreFoundation, or to be measured beside it.
         find_package(ICU REQUIRED COMPONENTS i18n uc)
         velmo_find_library(plist::plist plist/plist.h plist-2.0)
     endif()
