@@ -86,10 +86,10 @@ void addInventory(Suite& suite) {
                             use(applications->readLists());
                     }}});
     suite.grow({.what = "Inventory::scan", .unit = "bundles", .sizes = {50, 200, 800, 3200}},
-               [made = std::map<long, Applications>()](benchmark::State& state) mutable {
+               [made = std::make_shared<std::map<long, Applications>>()](benchmark::State& state) {
                    const auto count = state.range(0);
                    const Applications& some =
-                       made.try_emplace(count, static_cast<std::size_t>(count)).first->second;
+                       made->try_emplace(count, static_cast<std::size_t>(count)).first->second;
                    for (auto _ : state)
                        use(some.scan());
                });
