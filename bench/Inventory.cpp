@@ -85,7 +85,7 @@ void addInventory(Suite& suite) {
                         for (auto _ : state)
                             use(applications->readLists());
                     }}});
-    suite.grow({.what = "Inventory::scan", .unit = "bundles", .sizes = {50, 200, 800, 3200}},
+    suite.grow({.what = "Inventory::scan", .unit = "bundles", .sizes = {25, 100, 400, 1600}},
                [made = std::make_shared<std::map<long, Applications>>()](benchmark::State& state) {
                    const auto count = state.range(0);
                    const Applications& some =
