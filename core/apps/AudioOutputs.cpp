@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace velmo::AudioOutputs {
 
@@ -59,20 +60,23 @@ std::optional<std::string> parseSetArgs(std::span<const std::string> args) {
 std::vector<AudioOutput> list(std::span<const RawAudioDevice> devices,
                               std::optional<std::uint32_t> defaultID,
                               const NameComparison& byValue) {
+    const auto before = [&](const AudioOutput& a, const AudioOutput& b) {
+        return a.isDefault != b.isDefault ? a.isDefault : byValue(a.name, b.name) < 0;
+    };
     std::vector<AudioOutput> outputs;
     for (const RawAudioDevice& device : devices) {
         const std::string_view id = trimmed(device.uid);
         const std::string_view name = trimmed(device.name);
-        if (isVisibleOutput(device) && isValidID(id) && !name.empty()
-            && std::ranges::find(outputs, id, &AudioOutput::id) == outputs.end())
-            outputs.push_back({.id = std::string(id),
-                               .name = std::string(name),
-                               .transport = std::string(transport(device.transportType)),
-                               .isDefault = defaultID == device.deviceID});
+        if (!isVisibleOutput(device) || !isValidID(id) || name.empty()
+            || std::ranges::find(outputs, id, &AudioOutput::id) != outputs.end())
+            continue;
+        AudioOutput output{.id = std::string(id),
+                           .name = std::string(name),
+                           .transport = std::string(transport(device.transportType)),
+                           .isDefault = defaultID == device.deviceID};
+        // Behind its equals, which thereby stay in the order of the devices.
+        outputs.insert(std::ranges::upper_bound(outputs, output, before), std::move(output));
     }
-    std::ranges::stable_sort(outputs, [&](const AudioOutput& a, const AudioOutput& b) {
-        return a.isDefault != b.isDefault ? a.isDefault : byValue(a.name, b.name) < 0;
-    });
     return outputs;
 }
 

@@ -54,7 +54,8 @@ public:
     }
 
     std::vector<AppRecord> sorted() {
-        std::ranges::stable_sort(records_, [&](const AppRecord& a, const AppRecord& b) {
+        // No two are equal: each path is there once.
+        std::ranges::sort(records_, [&](const AppRecord& a, const AppRecord& b) {
             const auto order = services_.byCharacter(a.name, b.name);
             return order == 0 ? a.path < b.path : order < 0;
         });
