@@ -66,7 +66,7 @@ bool skipSign(std::string_view& text) {
 }
 
 std::string_view takeDigits(std::string_view& text) {
-    const auto end = std::ranges::find_if_not(text, Ascii::isDigit);
+    const auto* const end = std::ranges::find_if_not(text, Ascii::isDigit);
     const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
     text.remove_prefix(digits.size());
     return digits;

@@ -50,7 +50,7 @@ constexpr std::size_t fewMembers = 8;
 
 bool fewNamesHoldOneTwice(const dom::object& object) {
     std::array<std::string_view, fewMembers> names;
-    auto end = names.begin();
+    auto* end = names.begin();
     for (const dom::key_value_pair member : object) {
         if (std::find(names.begin(), end, member.key) != end)
             return true;
