@@ -210,8 +210,9 @@ thread_local bool Spare::threadEnds = false;
 } // namespace
 
 std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
-    // Newer parsers skip the mark; the verdict must not depend on their release.
-    if (text.starts_with("\xEF\xBB\xBF"))
+    // The parser copies from where the text lies, and an empty one may lie nowhere. Newer parsers
+    // skip the mark; the verdict must not depend on their release.
+    if (text.empty() || text.starts_with("\xEF\xBB\xBF"))
         return std::nullopt;
     JsonDocument result(Spare::take());
     auto& [parser, document] = *result.storage_;
