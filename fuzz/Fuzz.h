@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/support/Bytes.h"
-#include "core/support/Json.h"
+#include "core/support/Record.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -61,6 +61,15 @@ void requireSpellingIsIgnored(std::string_view json, const Parse& parse,
     }
     const std::string other = respelt(document->root());
     require(other.size() > limit || parse(json) == parse(other));
+}
+
+/// Of a record that is read back as it was written.
+template<Record R>
+void requireRecord(std::string_view json) {
+    const auto decode = [](std::string_view text) { return decodeRecord<R>(text); };
+    requireSpellingIsIgnored(json, decode);
+    if (const auto record = decode(json))
+        require(decode(encodeJson(*record).value()) == record);
 }
 
 } // namespace velmo::Fuzz
