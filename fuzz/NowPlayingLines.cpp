@@ -17,7 +17,7 @@ void requireSeconds(const std::optional<double>& seconds) {
 void requireLimits(const NowPlayingInfo& info) {
     require(!info.title.empty() && info.album != "" && info.station != "");
     require(!info.live || (!info.duration && !info.position));
-    require(!info.position || info.duration.value_or(0) > 0);
+    require(!info.position || info.duration);
     require(!info.artworkUrl || info.artworkUrl->starts_with("https://"));
     requireSeconds(info.duration);
     requireSeconds(info.position);
