@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run test bench sanitize tsan coverage macos format format-check tidy clean
+.PHONY: run test bench sanitize tsan fuzz coverage macos format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -30,6 +30,14 @@ tsan:
 	@scripts/setup build test clang
 	@scripts/build tsan all
 	@ctest --preset tsan
+
+SECONDS ?= 60
+
+# Each parser against any bytes at all, for SECONDS; TARGETS="Json Hotkeys" for a few of them.
+fuzz:
+	@scripts/setup build test clang
+	@scripts/build asan fuzz
+	@scripts/fuzz $(SECONDS) $(TARGETS)
 
 # Counted by the sanitizers' build.
 coverage: sanitize

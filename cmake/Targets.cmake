@@ -22,6 +22,11 @@ if(VELMO_COVERAGE)
     target_link_options(velmo_flags INTERFACE ${counters})
 endif()
 
+if(VELMO_FUZZ)
+    # What the fuzzer steers by; it is linked to its targets only.
+    target_compile_options(velmo_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(velmo_flags INTERFACE
         -fstack-protector-strong -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)

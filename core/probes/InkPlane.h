@@ -19,11 +19,15 @@ class InkPlane {
 public:
     static constexpr double penWidth = 4; ///< pixels; also the diameter of a dot
 
+    /// Pixels from the upper left corner, along either axis, within which every point must lie:
+    /// lengths between points without bound would end in infinity.
+    static constexpr double furthest = 1e9;
+
     InkPlane(std::size_t width, std::size_t height);
 
     /// Draws straight lines from point to point, with round ends and joins and smooth edges, over
     /// what is there; one point is a dot. Where a stroke crosses itself it is no darker. Points may
-    /// lie anywhere, but must be finite.
+    /// lie outside the picture, within `furthest`.
     void draw(std::span<const PenPoint> stroke);
 
     [[nodiscard]] std::span<const std::uint8_t> row(std::size_t y) const {

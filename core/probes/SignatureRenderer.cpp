@@ -22,8 +22,9 @@ constexpr double xScale = width - 1;
 constexpr double yScale = height - 1;
 constexpr double yOffset = 1;
 
-/// In pictures. Further out no line shows, and numbers without bound would end in infinity.
+/// In pictures. Further out no line shows.
 constexpr double furthest = 1000;
+static_assert(furthest * xScale < InkPlane::furthest);
 
 double bounded(double coordinate) {
     return std::clamp(coordinate, -furthest, furthest);

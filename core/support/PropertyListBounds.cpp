@@ -1,5 +1,6 @@
 #include "core/support/PropertyListBounds.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -51,6 +52,7 @@ public:
             return false;
         table_ = *table;
         referredTo_.resize(*count);
+        soundKeys_.resize(*count);
         referredTo_[*root] = true;
         for (std::uint64_t object = 0; object < *count; ++object) {
             if (!check(object))
@@ -60,9 +62,24 @@ public:
     }
 
 private:
+    enum Kind : std::uint64_t {
+        asciiText = 0x5,
+        utf16Text = 0x6,
+        array = 0xA,
+        set = 0xC,
+        dictionary
+    };
+
+    struct Object {
+        std::uint64_t kind;    ///< 0 for what can't be read
+        std::uint64_t count;   ///< of characters, elements or members; of other kinds without sense
+        std::uint64_t content; ///< where it begins
+    };
+
     struct Container {
         std::uint64_t references; ///< where they begin
         std::uint64_t count;      ///< of them
+        std::uint64_t keys;       ///< those that come first
     };
 
     /// Big-endian; absent beyond the end.
@@ -79,25 +96,46 @@ private:
         return number(table_ + object * offsetSize_, offsetSize_);
     }
 
-    /// Of anything else, and of what can't be read, one without references.
-    [[nodiscard]] Container container(std::uint64_t object) const {
-        std::uint64_t at = offset(object).value_or(bytes_.size());
-        const std::uint64_t marker = number(at++, 1).value_or(0);
-        const std::uint64_t kind = marker >> 4U;
-        const bool isDictionary = kind == 0xD;
-        if (!isDictionary && kind != 0xA && kind != 0xC)
-            return {};
-        std::uint64_t count = marker & 0xFU;
-        if (count == 0xF) {
-            const std::uint64_t size = std::uint64_t{1} << (number(at, 1).value_or(0) & 0x3U);
-            count = number(at + 1, size).value_or(0);
-            at += 1 + size;
+    [[nodiscard]] Object object(std::uint64_t index) const {
+        const std::uint64_t at = offset(index).value_or(bytes_.size());
+        const std::uint64_t marker = number(at, 1).value_or(0);
+        const Object found{.kind = marker >> 4U, .count = marker & 0xFU, .content = at + 1};
+        if (found.count != 0xF)
+            return found;
+        const std::uint64_t size = std::uint64_t{1} << (number(at + 1, 1).value_or(0) & 0x3U);
+        const auto count = number(at + 2, size);
+        return count ? Object{.kind = found.kind, .count = *count, .content = at + 2 + size}
+                     : Object{};
+    }
+
+    /// Of anything else one without references.
+    [[nodiscard]] Container container(std::uint64_t index) const {
+        const auto [kind, count, content] = object(index);
+        if (kind == dictionary) // so many that twice as many are few again are too many too
+            return {.references = content, .count = std::max(count, count * 2), .keys = count};
+        if (kind == array || kind == set)
+            return {.references = content, .count = count, .keys = 0};
+        return {};
+    }
+
+    /// A text in which there is no NUL: a reader written in C gives up the whole process for one.
+    [[nodiscard]] bool isKey(std::uint64_t index) {
+        if (soundKeys_[index]) // many dictionaries may share one
+            return true;
+        const auto [kind, count, content] = object(index);
+        const std::uint64_t size = kind == utf16Text ? 2 : 1;
+        if ((kind != asciiText && kind != utf16Text) || count > (bytes_.size() - content) / size)
+            return false;
+        for (std::uint64_t i = 0; i < count; ++i) {
+            if (number(content + i * size, size) == 0)
+                return false;
         }
-        return {.references = at, .count = isDictionary ? count * 2 : count};
+        soundKeys_[index] = true;
+        return true;
     }
 
     bool check(std::uint64_t object) {
-        const auto [references, count] = container(object);
+        const auto [references, count, keys] = container(object);
         // Those of different containers do not overlap.
         if (count > bytes_.size() - references_)
             return false;
@@ -105,7 +143,7 @@ private:
         containers_ += count > 0 ? 1 : 0;
         for (std::uint64_t i = 0; i < count; ++i) {
             const auto target = number(references + i * referenceSize_, referenceSize_);
-            if (!target || *target >= referredTo_.size())
+            if (!target || *target >= referredTo_.size() || (i < keys && !isKey(*target)))
                 return false;
             // Writers share empty containers, which cost nothing.
             if (container(*target).count == 0)
@@ -122,6 +160,7 @@ private:
     std::uint64_t referenceSize_ = 0;
     std::uint64_t table_ = 0;
     std::vector<bool> referredTo_;
+    std::vector<bool> soundKeys_;  ///< found to be so
     std::uint64_t references_ = 0; ///< of all containers so far
     std::size_t containers_ = 0;
 };

@@ -17,8 +17,8 @@ inline constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 /// Whether the bytes look like a property list, in XML in an encoding that ASCII is part of or in
 /// the binary form, of no more than `maxBytes` and `maxContainers`, and, in the binary form,
-/// without a container that several others refer to. The text form of old is none. Everything else
-/// is the reader's to judge.
+/// without a container that several others refer to and a key that is no text or holds NUL. The
+/// text form of old is none. Everything else is the reader's to judge.
 bool hold(std::string_view bytes);
 
 } // namespace velmo::PropertyListBounds

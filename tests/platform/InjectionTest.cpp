@@ -1,6 +1,7 @@
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
 #include "platform/posix/ChildProcess.h"
+#include "tests/core/terminal/ScriptParts.h"
 #include "tests/platform/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -49,36 +50,6 @@ RC_GTEST_PROP(Injection, AShellReadsBackEveryQuotedWord, ()) {
         expected += "<" + word + ">";
     }
     RC_ASSERT(outputOf("/bin/sh", std::to_array<std::string_view>({"-c", line})) == expected);
-}
-
-/// A script's text with every string literal emptied, and what the literals say.
-struct ScriptParts {
-    std::string around;
-    std::vector<std::string> literals;
-};
-
-/// By AppleScript's rules: a literal ends at the first quote that no backslash stands before; after
-/// a backslash n, r and t are control characters and everything else is itself.
-ScriptParts readScript(std::string_view script) {
-    ScriptParts parts;
-    for (std::size_t i = 0; i < script.size(); ++i) {
-        parts.around += script[i];
-        if (script[i] != '"')
-            continue;
-        std::string& literal = parts.literals.emplace_back();
-        for (++i; i < script.size() && script[i] != '"'; ++i) {
-            if (script[i] != '\\') {
-                literal += script[i];
-                continue;
-            }
-            const char escaped = ++i < script.size() ? script[i] : '\0';
-            literal += escaped == 'n'   ? '\n'
-                       : escaped == 'r' ? '\r'
-                       : escaped == 't' ? '\t'
-                                        : escaped;
-        }
-    }
-    return parts;
 }
 
 RC_GTEST_PROP(Injection, AppleScriptReadsBackEveryText, ()) {

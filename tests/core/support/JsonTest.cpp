@@ -44,6 +44,7 @@ TEST(Json, RefusesTheWholeTextForAnyFaultAnywhere) {
     };
     for (const std::string& text : cases)
         EXPECT_FALSE(JsonDocument::parse(text)) << testing::PrintToString(text);
+    EXPECT_FALSE(JsonDocument::parse(std::string_view())); // a null pointer, not a pointer to ""
 }
 
 TEST(Json, TellsTheKindsApart) {

@@ -1,8 +1,7 @@
-#include "core/support/Uri.h"
+#include "tests/core/support/UriParts.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
-#include <uriparser/Uri.h>
 
 #include <string>
 #include <vector>
@@ -28,52 +27,8 @@ TEST(Uri, TakesAnAddressApart) {
                                                       .fragment = ""}));
 }
 
-/// Every part in the order of the text; none for what is no address with an authority.
-using Parts = std::vector<std::optional<std::string>>;
-
-Parts parts(const std::string& text) {
-    const auto uri = Uri::parse(text);
-    if (!uri)
-        return {};
-    const auto copy = [](const std::optional<std::string_view>& part) {
-        return part ? std::optional(std::string(*part)) : std::nullopt;
-    };
-    return {copy(uri->scheme), copy(uri->userInfo), copy(uri->host),    copy(uri->port),
-            copy(uri->path),   copy(uri->query),    copy(uri->fragment)};
-}
-
-std::optional<std::string> copyOf(const UriTextRangeA& range) {
-    if (range.first == nullptr)
-        return std::nullopt;
-    return std::string(range.first, range.afterLast);
-}
-
-/// The same as another parser sees it.
-Parts peerParts(const std::string& text) {
-    UriUriA uri;
-    const char* errorAt = nullptr;
-    if (uriParseSingleUriExA(&uri, text.data(), text.data() + text.size(), &errorAt) != URI_SUCCESS)
-        return {};
-    Parts result;
-    if (uri.scheme.first != nullptr && uri.hostText.first != nullptr) {
-        std::string path;
-        for (const UriPathSegmentA* segment = uri.pathHead; segment != nullptr;
-             segment = segment->next)
-            path += "/" + copyOf(segment->text).value();
-        result = {copyOf(uri.scheme),
-                  copyOf(uri.userInfo),
-                  copyOf(uri.hostText),
-                  copyOf(uri.portText),
-                  path,
-                  copyOf(uri.query),
-                  copyOf(uri.fragment)};
-    }
-    uriFreeUriMembersA(&uri);
-    return result;
-}
-
 void expectAgreement(const std::string& text) {
-    EXPECT_EQ(parts(text), peerParts(text)) << testing::PrintToString(text);
+    EXPECT_EQ(uriParts(text), peerUriParts(text)) << testing::PrintToString(text);
 }
 
 TEST(Uri, AgreesWithAPeerOnEveryByteInEveryPlace) {
@@ -135,7 +90,7 @@ RC_GTEST_PROP(Uri, AgreesWithAPeerOnAnyMixture, (const std::string& bytes)) {
         text += piece;
     // A NUL ends a text for the peer.
     if (!text.contains('\0'))
-        RC_ASSERT(parts(text) == peerParts(text));
+        RC_ASSERT(uriParts(text) == peerUriParts(text));
     Uri::parse(bytes);
 }
 

@@ -47,28 +47,42 @@ TEST(PropertyList, BothFormsHoldTheSame) {
     EXPECT_EQ(PropertyList::parse("\xEF\xBB\xBF\n" + xmlList("<true/>")), Value(true));
 }
 
-/// A list in which each array holds the next one twice: as many values as 2 to the power of levels.
-std::string doubling(std::uint8_t levels) {
+/// A list of objects in the binary form, of which the first holds all others.
+std::string listOf(const std::vector<std::string>& objects) {
     std::string bytes = "bplist00";
     std::string table;
-    for (std::uint8_t level = 0; level < levels; ++level) {
+    for (const std::string& object : objects) {
         table += static_cast<char>(bytes.size());
-        bytes += '\xA2';
-        bytes.append(2, static_cast<char>(level + 1));
+        bytes += object;
     }
-    table += static_cast<char>(bytes.size());
-    bytes += '\x09';
     const auto number = [](std::size_t value) {
         return std::string(7, '\0') + static_cast<char>(value);
     };
-    return bytes + table + std::string(6, '\0') + "\x01\x01" + number(levels + 1U) + number(0)
+    return bytes + table + std::string(6, '\0') + "\x01\x01" + number(objects.size()) + number(0)
            + number(bytes.size());
+}
+
+/// Each array holds the next one twice: as many values as 2 to the power of levels.
+std::string doubling(std::uint8_t levels) {
+    std::vector<std::string> objects;
+    for (std::uint8_t level = 1; level <= levels; ++level)
+        objects.push_back("\xA2" + std::string(2, static_cast<char>(level)));
+    objects.emplace_back("\x09");
+    return listOf(objects);
+}
+
+/// A dictionary of one member, whose key is this object.
+std::string keyed(const std::string& key) {
+    return listOf({"\xD1\x01\x02", key, "\x09"});
 }
 
 TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
     EXPECT_TRUE(PropertyList::parse(xmlList(nested(129))));
     EXPECT_TRUE(PropertyList::parse(binaryList(nested(129))));
     EXPECT_EQ(PropertyList::parse(doubling(1)), (Value{Array{true, true}}));
+    EXPECT_EQ(PropertyList::parse(keyed("\x52kk")), (Dictionary{{"kk", true}}));
+    EXPECT_EQ(PropertyList::parse(keyed(std::string("\x61\x6F\x22"))),
+              (Dictionary{{"\u6F22", true}}));
     std::string many = "<array>";
     for (int i = 0; i < 10000; ++i)
         many += "<dict><key>a</key><true/></dict>";
@@ -85,6 +99,11 @@ TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
         xmlList(many + "</array>"),
         binaryList(many + "</array>"),
         xmlList("<string>" + std::string(1048576, 'x') + "</string>"),
+        keyed("\x09"),
+        keyed("\x5F\x11\x01"),
+        keyed("\xDF\x13\x80" + std::string(7, '\0')), // 2^63 members
+        keyed(std::string("\x52k\0", 3)),
+        keyed(std::string("\x62\0k\0\0", 5)),
         doubling(2),
         doubling(60),
     };

@@ -1,0 +1,21 @@
+#include "core/terminal/AttachTicket.h"
+#include "fuzz/Fuzz.h"
+
+namespace velmo {
+
+void Fuzz::target(Input input) {
+    using namespace PtyAttach;
+    const std::string_view json = input.rest();
+    const auto ticket = parseTicket(json);
+    require(!ticket || json.front() == '{');
+    if (json.starts_with('{'))
+        requireSpellingIsIgnored(json, parseTicket);
+    if (!ticket)
+        return;
+    require(isToken(ticket->token) && isSessionId(ticket->session));
+    const std::string written = encodeJson(*ticket).value();
+    require(parseTicket(R"({"v":1,)" + written.substr(1)) == ticket);
+    require(!parseTicket(written));
+}
+
+} // namespace velmo

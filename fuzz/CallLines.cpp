@@ -1,0 +1,17 @@
+#include "fuzz/Fuzz.h"
+#include "platform/simulated/CallLine.h"
+
+namespace velmo {
+
+/// A call and an answer, for whichever of them the line is.
+void Fuzz::target(Input input) {
+    const std::string_view line = input.rest();
+    requireRecord<ReplyLine>(line);
+    requireSpellingIsIgnored(line, CallLine::parse);
+    if (const auto call = CallLine::parse(line)) {
+        require(call->call != PowerCall::hold || call->batteryFloor);
+        require(CallLine::parse(encodeJson(*call).value()) == call);
+    }
+}
+
+} // namespace velmo

@@ -1,0 +1,36 @@
+#include "core/terminal/DetachKey.h"
+#include "fuzz/Fuzz.h"
+
+#include <algorithm>
+
+namespace velmo {
+
+/// Pairs of a byte that is typed and of the time that passes before, in units of 100 ms. Typed key
+/// by key or all at once while no time passes: the same reaches the program.
+void Fuzz::target(Input input) {
+    PtyAttach::DetachKey oneByOne;
+    PtyAttach::DetachKey atOnce;
+    std::int64_t now = 0;
+    bool escaped = false;
+    while (!input.isEmpty()) {
+        Bytes typed;
+        do {
+            typed.push_back(input.byte());
+        } while (!input.isEmpty() && input.flag());
+        now += 100 * (input.byte() % 16);
+
+        Bytes forwarded = oneByOne.tick(now);
+        bool detached = false;
+        for (std::size_t i = 0; i < typed.size() && !detached; ++i) {
+            const auto result = oneByOne.feed(ByteView(typed).subspan(i, 1), now);
+            forwarded.insert(forwarded.end(), result.forward.begin(), result.forward.end());
+            detached = result.detach;
+        }
+        const auto result = atOnce.feed(typed, now);
+        require(result.forward == forwarded && result.detach == detached);
+        escaped = escaped || std::ranges::count(typed, PtyAttach::DetachKey::escape) > 0;
+        require(escaped || (forwarded == typed && !detached));
+    }
+}
+
+} // namespace velmo

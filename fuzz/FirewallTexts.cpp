@@ -1,0 +1,16 @@
+#include "core/probes/FirewallProbe.h"
+#include "core/support/Text.h"
+#include "fuzz/Fuzz.h"
+
+namespace velmo {
+
+void Fuzz::target(Input input) {
+    const std::string_view output = input.rest();
+    const std::string clean = FirewallProbe::clean(output);
+    require(Text::isValidUtf8(clean) && !Text::hasMoreCharactersThan(clean, 400));
+    require(clean.empty() || !Text::isBlankOrNewline(Text::firstScalar(clean).value));
+    require(Text::repaired(output).contains(clean));
+    require(FirewallProbe::clean(" \n" + std::string(output)) == clean);
+}
+
+} // namespace velmo

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "fuzz/Fuzz.h"
+#include "tests/core/terminal/DecodeInSlices.h"
+
+namespace velmo::Fuzz {
+
+/// Decodes the stream byte by byte, and demands that it be cut anywhere with the same outcome: the
+/// first byte says how long the slices are. `told` makes something comparable of a frame.
+template<class Decoder, class Tell>
+auto requireSlicingIsIgnored(Input& input, ByteView& stream, const Tell& told) {
+    const std::size_t length = std::size_t{1} + input.byte();
+    stream = input.restBytes();
+    std::vector<std::size_t> cuts;
+    for (std::size_t cut = length; cut < stream.size(); cut += length)
+        cuts.push_back(cut);
+
+    auto finest = decodeInSlices<Decoder>(stream, everyByte(stream));
+    const auto sliced = decodeInSlices<Decoder>(stream, cuts);
+    require(sliced.error == finest.error && sliced.buffered == finest.buffered);
+
+    // What stands before the byte that is in error is decoded in one piece too.
+    const std::size_t sound = finest.position - (finest.error ? 1 : 0);
+    Decoder decoder;
+    const auto whole = decoder.feed(stream.first(sound));
+    require(whole && std::ranges::equal(*whole, finest.frames, {}, told, told));
+    for (int i = 0; finest.error && i < 2; ++i) // an error is final
+        require(decoder.feed(stream.subspan(sound)).error() == finest.error
+                && decoder.buffered() == 0);
+    return finest;
+}
+
+} // namespace velmo::Fuzz

@@ -1,0 +1,81 @@
+#include "core/input/HeldKeys.h"
+#include "core/input/KeyPhase.h"
+#include "fuzz/Fuzz.h"
+
+#include <algorithm>
+#include <set>
+
+namespace velmo {
+
+namespace {
+
+using Fuzz::require;
+
+void requireLimits(const Hotkey& hotkey) {
+    const std::set distinct(hotkey.modifiers.begin(), hotkey.modifiers.end());
+    require(distinct.size() == hotkey.modifiers.size());
+    require(distinct.size() <= Hotkey::maxModifiers);
+    if (hotkey.isModifierOnly())
+        require(hotkey.game && !distinct.empty() && !distinct.contains(HotkeyModifier::fn));
+    else
+        require(hasKey(Hotkey::keys, hotkey.key));
+    // Typing must not pass for a hot key.
+    require(hotkey.game || hasKey(Hotkey::standalone, hotkey.key)
+            || distinct.size() > distinct.count(HotkeyModifier::shift));
+}
+
+std::vector<std::string> argumentsOf(const Hotkey& hotkey) {
+    std::vector<std::string> words;
+    for (const HotkeyModifier modifier : hotkey.modifiers)
+        words.emplace_back(rawText(modifier));
+    if (!hotkey.isModifierOnly())
+        words.push_back(hotkey.key);
+    std::vector<std::string> arguments{encodeJson(words).value()};
+    if (hotkey.game)
+        arguments.emplace_back(Hotkey::gameFlag);
+    return arguments;
+}
+
+/// A tap is a press and its release, and leaves held what was held before.
+void requirePlan(const Hotkey& hotkey, std::span<const HotkeyModifier> held) {
+    const auto* key = findKey(Hotkey::keys, hotkey.key);
+    const auto code = key == nullptr ? std::nullopt : std::optional(key->code);
+    auto steps = KeyPhase::steps(KeyPhase::down, hotkey.modifiers, code, held);
+    std::ranges::move(KeyPhase::steps(KeyPhase::up, hotkey.modifiers, code, held),
+                      std::back_inserter(steps));
+    require(steps == KeyPhase::steps(KeyPhase::tap, hotkey.modifiers, code, held));
+    require(steps.empty() || code || std::ranges::equal(steps.back().held, held));
+    std::multiset<std::uint16_t> down;
+    for (const KeyPhase::Step& step : steps) {
+        if (step.down)
+            down.insert(step.code);
+        else
+            require(down.erase(step.code) == 1);
+    }
+    require(down.empty());
+}
+
+} // namespace
+
+/// The first byte says which modifiers are held; then come the arguments.
+void Fuzz::target(Input input) {
+    std::vector<HotkeyModifier> held;
+    for (const unsigned bits = input.byte();
+         const HotkeyModifier modifier : allCases<HotkeyModifier>) {
+        if ((bits >> static_cast<unsigned>(modifier) & 1U) != 0)
+            held.push_back(modifier);
+    }
+    const auto hotkey = Hotkey::parseArguments(input.words());
+    if (!hotkey)
+        return;
+    requireLimits(*hotkey);
+    require(Hotkey::parseArguments(argumentsOf(*hotkey)) == hotkey);
+    requirePlan(*hotkey, held);
+
+    const HeldKeys::Press press{.modifiers = KeyPhase::fresh(hotkey->modifiers, held), .code = {}};
+    HeldKeys book;
+    book.pressed(*hotkey, press);
+    require(book.modifiers() == press.modifiers && book.take(*hotkey) == press && book.isEmpty());
+}
+
+} // namespace velmo

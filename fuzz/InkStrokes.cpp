@@ -1,0 +1,34 @@
+#include "core/probes/InkPlane.h"
+#include "fuzz/Fuzz.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace velmo {
+
+/// Points are two doubles as they lie in memory; one that is none ends a stroke.
+void Fuzz::target(Input input) {
+    constexpr std::size_t width = 24;
+    constexpr std::size_t height = 12;
+    InkPlane plane(width, height);
+    std::vector<PenPoint> stroke;
+    for (ByteView rest = input.restBytes(); rest.size() >= sizeof(PenPoint);
+         rest = rest.subspan(sizeof(PenPoint))) {
+        PenPoint point;
+        std::memcpy(&point, rest.data(), sizeof point);
+        if (std::abs(point.x) <= InkPlane::furthest && std::abs(point.y) <= InkPlane::furthest) {
+            stroke.push_back(point);
+            continue;
+        }
+        plane.draw(stroke);
+        stroke.clear();
+    }
+    plane.draw(stroke);
+    for (std::size_t y = 0; y < height; ++y) {
+        const auto ink = plane.row(y);
+        require(!plane.isBlank(y) || std::ranges::count(ink, 0) == std::ssize(ink));
+    }
+}
+
+} // namespace velmo

@@ -1,0 +1,39 @@
+#include "fuzz/Fuzz.h"
+#include "fuzz/LongTexts.h"
+
+namespace velmo {
+
+namespace {
+
+/// The member's text as the outline gives it; absent when a long one is no JSON.
+std::optional<std::string> whole(const JsonOutline& outline, std::string_view name) {
+    const auto left = outline.longText(name);
+    std::string text(outline.object().member(name).and_then(&JsonValue::text).value_or(""));
+    const auto append = [&](std::string_view piece) {
+        text += piece;
+        return true;
+    };
+    if (left && (!left->read(append) || text.size() > left->spelledLength()))
+        return std::nullopt;
+    return text;
+}
+
+} // namespace
+
+/// An outline takes the very objects that a document takes, and finds the same in them.
+void Fuzz::target(Input input) {
+    const std::string json = lengthened(input.rest());
+    const auto document = JsonDocument::parse(json);
+    const auto object = document.and_then(&JsonDocument::object);
+    const auto outline = JsonOutline::parse(json, {"text", "png"});
+    const auto text = outline ? whole(*outline, "text") : std::nullopt;
+    const auto png = outline ? whole(*outline, "png") : std::nullopt;
+    require(object.has_value() == (text && png));
+    if (!object)
+        return;
+    require(outline->object().members().size() == object->members().size());
+    require(object->member("text").and_then(&JsonValue::text).value_or("") == text);
+    require(object->member("png").and_then(&JsonValue::text).value_or("") == png);
+}
+
+} // namespace velmo

@@ -1,0 +1,15 @@
+#include "core/power/SleepSetting.h"
+#include "fuzz/Fuzz.h"
+
+namespace velmo {
+
+/// The first line that says it decides: nothing before it does, nothing after it changes that.
+void Fuzz::target(Input input) {
+    const std::string text(input.rest());
+    const auto disabled = parseSleepDisabled(text);
+    require(parseSleepDisabled("SleepDisabled\nsleep 1\n\t" + text) == disabled);
+    require(parseSleepDisabled(text + "\n SleepDisabled\t1") == disabled.value_or(true));
+    require(parseSleepDisabled(text + "\n SleepDisabled\t0") == disabled.value_or(false));
+}
+
+} // namespace velmo

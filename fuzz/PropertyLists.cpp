@@ -1,0 +1,81 @@
+#include "core/apps/DockPrefsParser.h"
+#include "core/input/SymbolicHotKeys.h"
+#include "core/support/PropertyListBounds.h"
+#include "core/support/Text.h"
+#include "core/windows/CGWindowRow.h"
+#include "fuzz/Fuzz.h"
+#include "platform/posix/PropertyList.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmo {
+
+namespace {
+
+using Fuzz::require;
+
+// NOLINTNEXTLINE(misc-no-recursion): the depth is what is measured.
+std::size_t depthOf(const Value& value) {
+    std::size_t deepest = 0;
+    if (value.array() != nullptr)
+        for (const Value& element : *value.array())
+            deepest = std::max(deepest, 1 + depthOf(element));
+    if (value.dictionary() != nullptr)
+        for (const auto& [name, member] : *value.dictionary())
+            deepest = std::max(deepest, 1 + depthOf(member));
+    return deepest;
+}
+
+void requireTile(const DockTile& tile) {
+    require(tile.path.empty() || tile.path.starts_with('/'));
+    require(!tile.bundleId.empty() || !tile.path.empty());
+    require(!Text::hasMoreCharactersThan(tile.label, 1024));
+}
+
+void requireDock(const Value::Dictionary& preferences) {
+    const DockPrefs dock = DockPrefsParser::parse(preferences, "/Users/me/Downloads");
+    std::ranges::for_each(dock.apps, requireTile);
+    std::ranges::for_each(dock.recents, requireTile);
+    for (const DockFolder& folder : dock.others)
+        require(folder.path.starts_with('/')
+                && (folder.role == "folder" || folder.role == "downloads"));
+    require(std::max({dock.apps.size(), dock.recents.size(), dock.others.size()})
+            <= DockPrefsParser::maxTiles);
+    require(encodeJson(dock).has_value());
+}
+
+void requireHotKeys(const Value::Dictionary& preferences) {
+    for (const int number : {32, 33, 36, 64, 70, 79, 81, 160, 163}) {
+        const auto hotKey = SymbolicHotKeys::resolve(number, &preferences);
+        require(!hotKey || (hotKey->keyCode <= 127 && (hotKey->flags & ~0xBE0000ULL) == 0));
+    }
+}
+
+void requireRow(const Value& entry) {
+    const auto row = CGWindowRow::parse(entry);
+    if (!row)
+        return;
+    require(row->id >= 1 && row->pid >= 1 && row->title != "");
+    for (const double side : {row->bounds.x, row->bounds.y, row->bounds.width, row->bounds.height})
+        require(std::isfinite(side));
+}
+
+} // namespace
+
+/// Whatever the list holds, everybody who reads one can live with it.
+void Fuzz::target(Input input) {
+    const std::string_view bytes = input.rest();
+    const auto list = PropertyList::parse(bytes);
+    require(!list || PropertyListBounds::hold(bytes));
+    if (!list)
+        return;
+    require(depthOf(*list) <= PropertyListBounds::maxDepth);
+    requireRow(*list);
+    if (const auto* dictionary = list->dictionary()) {
+        requireDock(*dictionary);
+        requireHotKeys(*dictionary);
+    }
+}
+
+} // namespace velmo

@@ -1,0 +1,37 @@
+#include "core/terminal/DevTerminal.h"
+#include "fuzz/Fuzz.h"
+#include "tests/core/terminal/ScriptParts.h"
+
+namespace velmo {
+
+namespace {
+
+/// The word that a POSIX shell makes of single-quoted stretches and escaped characters; absent when
+/// anything else stands in the text.
+std::optional<std::string> shellWord(std::string_view text) {
+    std::string word;
+    while (!text.empty()) {
+        if (text.starts_with('\\') && text.size() > 1) {
+            word += text[1];
+            text.remove_prefix(2);
+            continue;
+        }
+        const std::size_t end = text.find('\'', 1);
+        if (!text.starts_with('\'') || end == std::string_view::npos)
+            return std::nullopt;
+        word += text.substr(1, end - 1);
+        text.remove_prefix(end + 1);
+    }
+    return word;
+}
+
+} // namespace
+
+void Fuzz::target(Input input) {
+    const std::string text(input.rest());
+    require(shellWord(DevTerminal::shellQuote(text)) == text);
+    const ScriptParts script = readScript(DevTerminal::appleScriptString(text));
+    require(script.around == "\"" && script.literals == std::vector{text});
+}
+
+} // namespace velmo

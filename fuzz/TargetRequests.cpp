@@ -1,0 +1,30 @@
+#include "core/probes/ForceQuitPolicy.h"
+#include "core/probes/TargetRequest.h"
+#include "core/support/Text.h"
+#include "fuzz/Fuzz.h"
+
+#include <algorithm>
+
+namespace velmo {
+
+/// The words of a request to end an application; what it asks for must match what it names.
+void Fuzz::target(Input input) {
+    const auto request = TargetRequest::parse(input.words());
+    if (!request)
+        return;
+    require(request->pid >= 1 && !request->appId.empty() && Text::isValidUtf8(request->appId));
+    require(!Text::hasMoreCharactersThan(request->appId, 1024));
+    require(ForceQuitPolicy::identityMatches(request->appId, request->appId, std::nullopt));
+    require(ForceQuitPolicy::identityMatches(request->appId, std::nullopt, request->appId));
+
+    std::vector<std::string> words{std::to_string(request->pid), request->appId};
+    if (const auto& started = request->started) {
+        require(!started->empty() && started->size() <= 20);
+        require(std::ranges::all_of(*started, [](char c) { return c >= '0' && c <= '9'; }));
+        require(!ForceQuitPolicy::startMatches(*started, std::nullopt));
+        words.push_back(*started);
+    }
+    require(TargetRequest::parse(words) == request);
+}
+
+} // namespace velmo

@@ -1,0 +1,24 @@
+#include "core/input/TextChunks.h"
+
+#include "core/support/Text.h"
+#include "fuzz/Fuzz.h"
+
+#include <algorithm>
+
+namespace velmo {
+
+void Fuzz::target(Input input) {
+    const std::string text = Text::repaired(input.rest());
+    std::string joined;
+    std::size_t room = 0; // in the chunk before
+    for (const std::string& chunk : TextChunks::split(text)) {
+        const std::size_t length = Text::utf16Length(chunk);
+        require(!chunk.empty() && Text::firstCharacter(chunk).utf16Length > room);
+        require(length <= TextChunks::limit || Text::characterCount(chunk) == 1);
+        room = TextChunks::limit - std::min(length, TextChunks::limit);
+        joined += chunk;
+    }
+    require(joined == text);
+}
+
+} // namespace velmo

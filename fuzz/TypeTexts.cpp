@@ -1,0 +1,21 @@
+#include "core/input/TypeTextRequest.h"
+#include "core/support/Text.h"
+#include "fuzz/Fuzz.h"
+
+namespace velmo {
+
+void Fuzz::target(Input input) {
+    const std::string_view json = input.rest();
+    requireSpellingIsIgnored(json, TypeTextRequest::parse, 8192);
+    const auto request = TypeTextRequest::parse(json);
+    if (!request)
+        return;
+    require(!request->text.empty() && Text::utf16Length(request->text) <= 500);
+    for (const Text::Scalar& scalar : Text::Scalars(request->text))
+        require(scalar.valid && scalar.value != 0x7F
+                && (scalar.value >= 0x20 || scalar.value == '\t' || scalar.value == '\n'
+                    || scalar.value == '\r'));
+    require(TypeTextRequest::parse(encodeJson(*request).value()) == request);
+}
+
+} // namespace velmo

@@ -1,0 +1,23 @@
+#include "core/input/WebURL.h"
+#include "fuzz/Fuzz.h"
+#include "tests/core/support/UriParts.h"
+
+#include <algorithm>
+
+namespace velmo {
+
+void Fuzz::target(Input input) {
+    const std::string text(input.rest());
+    // For the peer a NUL ends a text.
+    require(text.contains('\0') || uriParts(text) == peerUriParts(text));
+    const auto url = WebURL::parse(text);
+    if (url) {
+        const auto uri = Uri::parse(text);
+        require(url->text == text && text.size() <= 2048);
+        require(uri && !uri->host.empty() && !uri->userInfo);
+        require(std::ranges::all_of(text, [](char c) { return c > 0x20 && c < 0x7F; }));
+    }
+    require(!url || !WebURL::isBundleId(text));
+}
+
+} // namespace velmo

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmo {
+
+/// A script's text with every string literal emptied, and what the literals say.
+struct ScriptParts {
+    std::string around;
+    std::vector<std::string> literals;
+};
+
+/// By AppleScript's rules: a literal ends at the first quote that no backslash stands before; after
+/// a backslash n, r and t are control characters and everything else is itself.
+inline ScriptParts readScript(std::string_view script) {
+    ScriptParts parts;
+    for (std::size_t i = 0; i < script.size(); ++i) {
+        parts.around += script[i];
+        if (script[i] != '"')
+            continue;
+        std::string& literal = parts.literals.emplace_back();
+        for (++i; i < script.size() && script[i] != '"'; ++i) {
+            if (script[i] != '\\') {
+                literal += script[i];
+                continue;
+            }
+            const char escaped = ++i < script.size() ? script[i] : '\0';
+            literal += escaped == 'n'   ? '\n'
+                       : escaped == 'r' ? '\r'
+                       : escaped == 't' ? '\t'
+                                        : escaped;
+        }
+    }
+    return parts;
+}
+
+} // namespace velmo
