@@ -48,7 +48,7 @@ TEST(PropertyList, BothFormsHoldTheSame) {
 }
 
 /// A list in which each array holds the next one twice: as many values as 2 to the power of levels.
-std::string doubling(std::uint8_t levels) {
+std::string doubling(std::uint8_t levels, char leaf = '\x09') {
     std::string bytes = "bplist00";
     std::string table;
     for (std::uint8_t level = 0; level < levels; ++level) {
@@ -57,7 +57,7 @@ std::string doubling(std::uint8_t levels) {
         bytes.append(2, static_cast<char>(level + 1));
     }
     table += static_cast<char>(bytes.size());
-    bytes += '\x09';
+    bytes += leaf;
     const auto number = [](std::size_t value) {
         return std::string(7, '\0') + static_cast<char>(value);
     };
@@ -69,6 +69,7 @@ TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
     EXPECT_TRUE(PropertyList::parse(xmlList(nested(129))));
     EXPECT_TRUE(PropertyList::parse(binaryList(nested(129))));
     EXPECT_EQ(PropertyList::parse(doubling(1)), (Value{Array{true, true}}));
+    EXPECT_EQ(PropertyList::parse(doubling(1, '\xA0')), (Value{Array{Array{}, Array{}}}));
     std::string many = "<array>";
     for (int i = 0; i < 10000; ++i)
         many += "<dict><key>a</key><true/></dict>";
