@@ -2,12 +2,10 @@
 
 #include "platform/portable/LocaleOrder.h"
 
-#include <unicode/ucol.h>
-#include <unicode/uloc.h>
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/stringpiece.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <stdexcept>
 
@@ -16,39 +14,30 @@ namespace velmo {
 namespace {
 
 constexpr std::string_view unsetLocale = "en_US_POSIX";
-constexpr const char* rootLocale = "";
-
-std::weak_ordering orderOf(UCollationResult result) {
-    return static_cast<int>(result) <=> 0;
-}
 
 } // namespace
 
 NameComparison localeComparison(const std::string& locale, DigitOrder digits) {
     UErrorCode error = U_ZERO_ERROR;
-    const char* name = locale == unsetLocale ? rootLocale : locale.c_str();
-    const std::shared_ptr<UCollator> collator(ucol_open(name, &error), &ucol_close);
-    if (U_SUCCESS(error)) {
-        ucol_setStrength(collator.get(), UCOL_SECONDARY);
-        ucol_setAttribute(collator.get(), UCOL_NUMERIC_COLLATION,
-                          digits == DigitOrder::byValue ? UCOL_ON : UCOL_OFF, &error);
+    const auto named = locale == unsetLocale ? icu::Locale::getRoot()
+                                             : icu::Locale::createFromName(locale.c_str());
+    const std::shared_ptr<icu::Collator> collator(icu::Collator::createInstance(named, error));
+    if (U_SUCCESS(error) != 0) {
+        collator->setStrength(icu::Collator::SECONDARY);
+        collator->setAttribute(UCOL_NUMERIC_COLLATION,
+                               digits == DigitOrder::byValue ? UCOL_ON : UCOL_OFF, error);
     }
-    if (U_FAILURE(error))
+    if (U_FAILURE(error) != 0)
         throw std::runtime_error("no data to order names by");
-    // Ill-formed UTF-8 compares as U+FFFD; names longer than the parameter's type compare as far
-    // as it goes.
+    // Ill-formed UTF-8 compares as U+FFFD.
     return [collator](std::string_view a, std::string_view b) {
         UErrorCode ignored = U_ZERO_ERROR;
-        const auto length = [](std::string_view text) {
-            return static_cast<std::int32_t>(std::min<std::size_t>(text.size(), INT32_MAX));
-        };
-        return orderOf(
-            ucol_strcollUTF8(collator.get(), a.data(), length(a), b.data(), length(b), &ignored));
+        return static_cast<int>(collator->compareUTF8(a, b, ignored)) <=> 0;
     };
 }
 
 NameComparison localisedComparison(DigitOrder digits) {
-    return localeComparison(uloc_getDefault(), digits);
+    return localeComparison(icu::Locale::getDefault().getName(), digits);
 }
 
 } // namespace velmo

@@ -19,8 +19,10 @@ struct CloseFolder {
 bool leadsToDirectory(DIR* folder, const dirent& entry) {
     if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
         return entry.d_type == DT_DIR;
+    const int descriptor = ::dirfd(folder);
     struct stat status{};
-    return ::fstatat(::dirfd(folder), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    return descriptor >= 0 && ::fstatat(descriptor, entry.d_name, &status, 0) == 0
+           && S_ISDIR(status.st_mode);
 }
 
 } // namespace

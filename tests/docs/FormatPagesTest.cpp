@@ -1,3 +1,6 @@
+#include "core/clipboard/ClipboardReply.h"
+#include "core/clipboard/ClipboardWatchLine.h"
+#include "core/clipboard/ClipboardWrite.h"
 #include "core/input/InputDaemonWire.h"
 #include "core/input/InputMessage.h"
 #include "core/probes/SignatureRenderer.h"
@@ -98,6 +101,19 @@ TEST(FormatPages, LinesAndBodiesAreRead) {
     const auto png = SignatureRenderer::png(body->strokes, true);
     EXPECT_EQ(Bytes(png->begin() + 16, png->begin() + 26),
               bytesIn(blocks("signature-body", "hex").back()));
+}
+
+TEST(FormatPages, ClipboardBodiesAreReadAndWritten) {
+    const auto page = blocks("clipboard", "json");
+    ASSERT_EQ(page.size(), 4U);
+    using Write = ClipboardWrite;
+    EXPECT_EQ(Write::parse(bytesOf(page[0])), Write{Write::ConcealedText{"hunter2"}});
+    EXPECT_EQ(Write::parse(bytesOf(page[1])),
+              Write{Write::Png{bytesIn(example("clipboard", "hex"))}});
+    const std::vector<std::string> html{"public.html"};
+    const std::vector<std::string> text{"public.plain-text"};
+    EXPECT_EQ(*encodeJson(ClipboardReply::ofEmpty(3).reporting(html)) + '\n', page[2]);
+    EXPECT_EQ(*encodeJson(ClipboardWatchLine::of(42, text)) + '\n', page[3]);
 }
 
 } // namespace

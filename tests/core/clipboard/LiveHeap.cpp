@@ -48,15 +48,42 @@ Count& count() {
 using namespace velmo::LiveHeap;
 
 // Every form: a sanitizer's own do not call one another.
-// clang-format off
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return allocate(size); }
-void operator delete(void* pointer) noexcept { release(pointer); }
-void operator delete[](void* pointer) noexcept { release(pointer); }
-void operator delete(void* pointer, std::size_t /*size*/) noexcept { release(pointer); }
-void operator delete[](void* pointer, std::size_t /*size*/) noexcept { release(pointer); }
-void operator delete(void* pointer, const std::nothrow_t& /*tag*/) noexcept { release(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t& /*tag*/) noexcept { release(pointer); }
-// clang-format on
+void* operator new(std::size_t size) {
+    return allocateOrThrow(size);
+}
+
+void* operator new[](std::size_t size) {
+    return allocateOrThrow(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return allocate(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return allocate(size);
+}
+
+void operator delete(void* pointer) noexcept {
+    release(pointer);
+}
+
+void operator delete[](void* pointer) noexcept {
+    release(pointer);
+}
+
+void operator delete(void* pointer, std::size_t /*size*/) noexcept {
+    release(pointer);
+}
+
+void operator delete[](void* pointer, std::size_t /*size*/) noexcept {
+    release(pointer);
+}
+
+void operator delete(void* pointer, const std::nothrow_t& /*tag*/) noexcept {
+    release(pointer);
+}
+
+void operator delete[](void* pointer, const std::nothrow_t& /*tag*/) noexcept {
+    release(pointer);
+}

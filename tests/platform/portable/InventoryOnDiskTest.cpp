@@ -21,7 +21,7 @@ std::string information(std::string_view name, std::string_view more = "") {
 
 class InventoryOnDisk : public testing::Test {
 protected:
-    ~InventoryOnDisk() override { ::chmod((root / "Locked").c_str(), 0755); }
+    void TearDown() override { ::chmod((root / "Locked").c_str(), 0755); }
 
     void bundle(const fs::path& path, std::string_view bytes) const {
         writeFile(root / path / "Contents" / "Info.plist", bytes);
