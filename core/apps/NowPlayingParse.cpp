@@ -66,12 +66,7 @@ bool skipSign(std::string_view& text) {
 }
 
 std::string_view takeDigits(std::string_view& text) {
-<<<<<<< HEAD
-    const auto* const end = std::ranges::find_if_not(text, Ascii::isDigit);
-    const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
-=======
     const std::string_view digits = text.substr(0, text.find_first_not_of("0123456789"));
->>>>>>> apps
     text.remove_prefix(digits.size());
     return digits;
 }

@@ -47,24 +47,14 @@ TEST(PropertyList, BothFormsHoldTheSame) {
     EXPECT_EQ(PropertyList::parse("\xEF\xBB\xBF\n" + xmlList("<true/>")), Value(true));
 }
 
-<<<<<<< HEAD
 /// A list of objects in the binary form, of which the first holds all others.
 std::string listOf(const std::vector<std::string>& objects) {
-=======
-/// A list in which each array holds the next one twice: as many values as 2 to the power of levels.
-std::string doubling(std::uint8_t levels, char leaf = '\x09') {
->>>>>>> apps
     std::string bytes = "bplist00";
     std::string table;
     for (const std::string& object : objects) {
         table += static_cast<char>(bytes.size());
         bytes += object;
     }
-<<<<<<< HEAD
-=======
-    table += static_cast<char>(bytes.size());
-    bytes += leaf;
->>>>>>> apps
     const auto number = [](std::size_t value) {
         return std::string(7, '\0') + static_cast<char>(value);
     };
@@ -90,13 +80,11 @@ TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
     EXPECT_TRUE(PropertyList::parse(xmlList(nested(129))));
     EXPECT_TRUE(PropertyList::parse(binaryList(nested(129))));
     EXPECT_EQ(PropertyList::parse(doubling(1)), (Value{Array{true, true}}));
-<<<<<<< HEAD
+    EXPECT_EQ(PropertyList::parse(listOf({"\xA2\x01\x01", "\xA0"})),
+              (Value{Array{Array{}, Array{}}}));
     EXPECT_EQ(PropertyList::parse(keyed("\x52kk")), (Dictionary{{"kk", true}}));
     EXPECT_EQ(PropertyList::parse(keyed(std::string("\x61\x6F\x22"))),
               (Dictionary{{"\u6F22", true}}));
-=======
-    EXPECT_EQ(PropertyList::parse(doubling(1, '\xA0')), (Value{Array{Array{}, Array{}}}));
->>>>>>> apps
     std::string many = "<array>";
     for (int i = 0; i < 10000; ++i)
         many += "<dict><key>a</key><true/></dict>";
