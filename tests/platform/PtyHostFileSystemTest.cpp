@@ -1,92 +1,59 @@
 #include "platform/posix/PtyHostFileSystem.h"
 
-#include "tests/platform/TemporaryFolder.h"
+#include "tests/platform/HomeOnDisk.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <fstream>
 
 namespace velmo {
 namespace {
 
 namespace fs = std::filesystem;
-using Pty::Environment;
 
-class PtyOnDisk : public testing::Test {
+class PtyOnDisk : public HomeOnDisk {
 protected:
-    PtyOnDisk() {
-        fs::create_directories(home / "dev" / "app");
-        fs::create_directories(home / ".ssh");
-        fs::create_directory_symlink(home / ".ssh", home / "dev" / "keys");
-        fs::create_directory_symlink(home, root / "link");
-        std::ofstream(home / "script") << "#!/bin/sh\n";
-        ::chmod((home / "script").c_str(), 0755);
-        std::ofstream(home / "text") << "text";
-        ::chmod((home / "text").c_str(), 0644);
-        fs::create_symlink(home / "script", root / "claude");
-        fs::create_symlink(root / "nowhere", root / "dangling");
+    bool trusts(const std::string& given, const std::string& resolved) const {
+        return Pty::isTrustedProgram(given, resolved, environment, host);
     }
 
-    std::optional<SpawnRequest> shellIn(const fs::path& folder) const {
-        const std::vector<std::string> words{
-            "--cwd", folder.string(), "--cols", "80", "--rows", "24", "--", "/bin/sh", "-l"};
-        return Pty::parseSpawn(words, environment, host);
-    }
-
-    TemporaryFolder temporary;
-    fs::path root = fs::canonical(temporary.path());
-    fs::path home = root / "home";
-    Environment environment{{"HOME", (root / "link").string()}};
+    Pty::Environment environment{{"HOME", at("@")}};
     Pty::HostFileSystem host;
 };
 
 TEST_F(PtyOnDisk, ResolvesLinks) {
-    EXPECT_EQ(host.realpath((root / "link" / "dev" / "..").string()), home.string());
-    EXPECT_EQ(host.realpath((root / "claude").string()), (home / "script").string());
-    for (const std::string& path :
-         {std::string(), (root / "dangling").string(), (root / "missing").string(),
-          (home / "text" / "x").string(), home.string() + std::string("\0x", 2)})
-        EXPECT_FALSE(host.realpath(path)) << testing::PrintToString(path);
+    EXPECT_EQ(host.realpath(at("@/dev/..")), home.string());
+    EXPECT_EQ(host.realpath((root / "claude").string()), fs::canonical("/bin/sh").string());
+    expectRefused([this](const std::string& path) { return host.realpath(path); },
+                  {"", at("~/dev/dangling"), at("~/missing"), at("~/dev/text/x"), at("~") + '\0'});
 }
 
 TEST_F(PtyOnDisk, TellsFoldersFromPrograms) {
-    struct Case {
-        fs::path path;
-        bool folder, program;
+    const Strings folders{at("~"), at("@")};
+    const Strings programs{"/bin/sh", (root / "claude").string()};
+    const Strings neither{at("~/dev/text"), at("~/dev/dangling"), at("~/missing"), ""};
+    const auto ofHost = [this](auto ask) {
+        return [this, ask](const std::string& path) { return (host.*ask)(path); };
     };
-
-    const Case cases[] = {
-        {home, true, false},
-        {root / "link", true, false},
-        {home / "script", false, true},
-        {root / "claude", false, true},
-        {home / "text", false, false},
-        {root / "dangling", false, false},
-        {root / "missing", false, false},
-        {"", false, false},
-    };
-    for (const auto& [path, folder, program] : cases) {
-        EXPECT_EQ(host.isDirectory(path.string()), folder) << path;
-        EXPECT_EQ(Pty::isDirectory(path.string()), folder) << path;
-        EXPECT_EQ(host.isExecutable(path.string()), program) << path;
-        EXPECT_EQ(Pty::isExecutableFile(path.string()), program) << path;
+    for (const Strings& others : {neither, programs}) {
+        expectVerdicts(ofHost(&Pty::HostFileSystem::isDirectory), folders, others);
+        expectVerdicts(Pty::isDirectory, folders, others);
+    }
+    for (const Strings& others : {neither, folders}) {
+        expectVerdicts(ofHost(&Pty::HostFileSystem::isExecutable), programs, others);
+        expectVerdicts(Pty::isExecutableFile, programs, others);
     }
 }
 
 TEST_F(PtyOnDisk, KnowsWhoElseMayWrite) {
-    EXPECT_FALSE(host.isWorldWritable("/"));
-    EXPECT_FALSE(host.isWorldWritable(home.string()));
-    EXPECT_FALSE(host.isWorldWritable((root / "link").string())); // not the link's own 0777
-    EXPECT_TRUE(host.isWorldWritable((root / "missing").string()));
-    EXPECT_TRUE(host.isWorldWritable((root / "dangling").string()));
+    const auto isWritable = [this](const std::string& path) { return host.isWorldWritable(path); };
+    for (const mode_t mode : {0755U, 0775U}) {
+        ::chmod(home.c_str(), mode); // and not the link's own 0777
+        expectVerdicts(isWritable, {at("~/missing"), at("~/dev/dangling")},
+                       {"/", at("~"), at("@")});
+    }
     for (const mode_t mode : {0777U, 01777U, 0702U}) {
         ::chmod(home.c_str(), mode);
-        EXPECT_TRUE(host.isWorldWritable(home.string())) << std::oct << mode;
-        EXPECT_TRUE(host.isWorldWritable((root / "link").string())) << std::oct << mode;
+        expectVerdicts(isWritable, {at("~"), at("@")}, {});
     }
-    ::chmod(home.c_str(), 0775);
-    EXPECT_FALSE(host.isWorldWritable(home.string()));
 }
 
 TEST_F(PtyOnDisk, HomeIsTheEnvironmentsOrTheUsers) {
@@ -96,31 +63,28 @@ TEST_F(PtyOnDisk, HomeIsTheEnvironmentsOrTheUsers) {
 }
 
 TEST_F(PtyOnDisk, SpawnsARealShellInARealFolder) {
-    const auto program = fs::canonical("/bin/sh").string();
-    EXPECT_EQ(shellIn(root / "link" / "dev" / "app"),
-              (SpawnRequest{.cwd = (home / "dev" / "app").string(),
-                            .cols = 80,
-                            .rows = 24,
-                            .program = program,
-                            .argv = {"/bin/sh", "-l"}}));
-    EXPECT_TRUE(shellIn(home));
-    for (const fs::path& folder : {home / "dev" / "keys", home / "missing", home / "text", root,
-                                   root / "dangling", fs::path("/")})
-        EXPECT_FALSE(shellIn(folder)) << folder;
+    const auto shellIn = [this](const std::string& folder) {
+        return Pty::parseSpawn(words("--cols 80 --rows 24 --cwd " + at(folder) + " -- /bin/sh -l"),
+                               environment, host);
+    };
+    EXPECT_EQ(shellIn("@/dev/app"),
+              (SpawnRequest{
+                  at("~/dev/app"), 80, 24, fs::canonical("/bin/sh").string(), {"/bin/sh", "-l"}}));
+    expectVerdicts(shellIn, {"~"},
+                   {"~/dev/keys", "~/missing", "~/dev/text", root.string(), "~/dev/dangling", "/"});
     environment["HOME"] = "";
-    EXPECT_FALSE(shellIn(home));
+    EXPECT_FALSE(shellIn("~"));
 }
 
 TEST_F(PtyOnDisk, TrustsTheSystemsFoldersAndNotTheTemporaryOnes) {
-    EXPECT_TRUE(Pty::isTrustedProgram("/bin/sh", "/bin/sh", environment, host));
+    EXPECT_TRUE(trusts("/bin/sh", "/bin/sh"));
     environment["TMPDIR"] = root.string();
-    EXPECT_TRUE(Pty::isTrustedProgram("/bin/sh", "/bin/sh", environment, host));
+    EXPECT_TRUE(trusts("/bin/sh", "/bin/sh"));
     const std::string linked = (root / "claude").string();
-    EXPECT_FALSE(Pty::isTrustedProgram(linked, "/bin/sh", environment, host));
-    EXPECT_FALSE(Pty::isTrustedProgram("/bin/sh", linked, environment, host));
+    EXPECT_FALSE(trusts(linked, "/bin/sh"));
+    EXPECT_FALSE(trusts("/bin/sh", linked));
     environment["TMPDIR"] = "/bin";
-    EXPECT_FALSE(Pty::isTrustedProgram("/bin/sh", fs::canonical("/bin").string() + "/sh",
-                                       environment, host));
+    EXPECT_FALSE(trusts("/bin/sh", fs::canonical("/bin").string() + "/sh"));
 }
 
 } // namespace

@@ -1,54 +1,41 @@
 #include "core/terminal/AttachTicket.h"
 
-#include <gmock/gmock.h>
-#include <rapidcheck/gtest.h>
+#include "tests/Texts.h"
 
-#include <functional>
-#include <set>
-#include <string>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <map>
 
 namespace velmo {
 namespace {
 
 using namespace std::string_literals;
 using namespace PtyAttach;
-using testing::IsEmpty;
 
 const std::string name = "a-0123456789abcdef0123456789abcdef.json";
-const std::string folder = "/private/var/T/velmo-term";
+const std::string privateFolder = "/private/var/T/velmo-term";
+const std::string given = "/var/T/velmo-term/"; // leads to the folder by way of a link
 const std::string token = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMN_-9";
 const std::string session = "s_0123456789abcdef";
-const Ticket ticket{.endpoint = folder + "/attach.sock", .token = token, .session = session};
-
-std::string jsonOf(const Ticket& from, const std::string& version = "1") {
-    return R"({"v":)" + version + R"(,"endpoint":")" + from.endpoint + R"(","token":")" + from.token
-           + R"(","session":")" + from.session + "\"}";
-}
+const Ticket ticket{.endpoint = privateFolder + "/attach.sock", .token = token, .session = session};
+const std::string good = R"({"v":1,"endpoint":")" + ticket.endpoint + R"(","token":")" + token
+                         + R"(","session":")" + session + "\"}";
 
 /// One folder with one file, both as they should be until a test changes that.
-class FakeFiles final : public FileSystem {
+class Fake final : public FileSystem {
 public:
     std::optional<std::string> temporary = "/var/T/";
     std::optional<std::string> resolvedTemporary = "/private/var/T";
-    std::optional<std::string> resolvedParent = folder;
-    std::optional<std::string> folderPath = folder;
+    std::optional<std::string> resolvedParent = privateFolder;
+    std::optional<std::string> folderPath = privateFolder;
     FileInfo folderInfo{FileInfo::Kind::directory, 501, 0040700, 96};
-    bool folderIsExamined = true;
     FileInfo fileInfo{FileInfo::Kind::regular, 501, 0100600, 200};
-    bool fileIsExamined = true;
-    std::optional<Bytes> content;
-    bool folderOpens = true;
-    bool fileOpens = true;
-    bool unlinks = true;
+    bool folderIsExamined = true, fileIsExamined = true;
+    std::optional<std::string> content = good;
+    bool folderOpens = true, fileOpens = true, unlinks = true;
     int unlinked = 0;
-    std::multiset<int> open_; ///< descriptors that were not closed
-    int closedTooOften = 0;
-
-    FakeFiles() { hold(jsonOf(ticket)); }
-
-    void hold(std::string_view text) {
-        content = Bytes(bytesOf(text).begin(), bytesOf(text).end());
-    }
+    std::map<int, int> held; ///< by descriptor, how often it was opened and not yet closed
 
     std::uint32_t uid() override { return 501; }
 
@@ -59,13 +46,12 @@ public:
     }
 
     std::expected<int, OpenError> openDirectory(std::string_view path) override {
-        EXPECT_EQ(path, folder);
+        EXPECT_EQ(path, privateFolder);
         return opened(folderOpens, 10);
     }
 
     std::expected<int, OpenError> open(std::string_view wanted, int directory) override {
-        EXPECT_EQ(wanted, name);
-        EXPECT_EQ(directory, 10);
+        EXPECT_EQ(std::pair(wanted, directory), std::pair(std::string_view(name), 10));
         return opened(fileOpens, 11);
     }
 
@@ -79,22 +65,17 @@ public:
 
     std::optional<Bytes> read(int descriptor, std::size_t max) override {
         EXPECT_EQ(descriptor, 11);
-        if (content && content->size() > max)
-            return Bytes(content->begin(), content->begin() + static_cast<std::ptrdiff_t>(max));
-        return content;
+        return content.transform([&](const std::string& text) {
+            const ByteView bytes = bytesOf(text).first(std::min(max, text.size()));
+            return Bytes(bytes.begin(), bytes.end());
+        });
     }
 
-    void close(int descriptor) override {
-        const auto found = open_.find(descriptor);
-        if (found == open_.end())
-            ++closedTooOften;
-        else
-            open_.erase(found);
-    }
+    void close(int descriptor) override { --held[descriptor]; }
 
     bool unlink(std::string_view wanted, int directory) override {
         EXPECT_EQ(wanted, name);
-        EXPECT_TRUE(open_.contains(directory));
+        EXPECT_EQ(held[directory], 1);
         unlinked += unlinks ? 1 : 0;
         return unlinks;
     }
@@ -103,191 +84,125 @@ private:
     std::expected<int, OpenError> opened(bool succeeds, int descriptor) {
         if (!succeeds)
             return std::unexpected(OpenError{2});
-        open_.insert(descriptor);
+        ++held[descriptor];
         return descriptor;
     }
 };
 
-struct Broken {
-    const char* what;
-    TicketError error;
-    std::function<void(FakeFiles&)> change;
-};
-
-const Broken brokenThings[] = {
-    {"no temporary folder", TicketError::folder, [](FakeFiles& f) { f.temporary.reset(); }},
-    {"empty temporary folder", TicketError::folder, [](FakeFiles& f) { f.temporary = ""; }},
-    {"temporary folder unresolved", TicketError::folder,
-     [](FakeFiles& f) { f.resolvedTemporary.reset(); }},
-    {"temporary folder relative", TicketError::folder,
-     [](FakeFiles& f) { f.resolvedTemporary = "private/var/T"; }},
-    {"parent unresolved", TicketError::folder, [](FakeFiles& f) { f.resolvedParent.reset(); }},
-    {"parent elsewhere", TicketError::folder,
-     [](FakeFiles& f) { f.resolvedParent = folder + "/x"; }},
-    {"folder does not open", TicketError::folder, [](FakeFiles& f) { f.folderOpens = false; }},
-    {"folder moved", TicketError::folder, [](FakeFiles& f) { f.folderPath = "/private/var/U"; }},
-    {"folder path unknown", TicketError::folder, [](FakeFiles& f) { f.folderPath.reset(); }},
-    {"folder not examined", TicketError::folder, [](FakeFiles& f) { f.folderIsExamined = false; }},
-    {"folder is none", TicketError::folder,
-     [](FakeFiles& f) { f.folderInfo.kind = FileInfo::Kind::regular; }},
-    {"folder of another", TicketError::folder, [](FakeFiles& f) { f.folderInfo.uid = 0; }},
-    {"folder open to the group", TicketError::folder,
-     [](FakeFiles& f) { f.folderInfo.mode = 0040710; }},
-    {"folder open to others", TicketError::folder,
-     [](FakeFiles& f) { f.folderInfo.mode = 0040701; }},
-    {"file does not open", TicketError::open, [](FakeFiles& f) { f.fileOpens = false; }},
-    {"file not examined", TicketError::file, [](FakeFiles& f) { f.fileIsExamined = false; }},
-    {"a folder", TicketError::file,
-     [](FakeFiles& f) { f.fileInfo.kind = FileInfo::Kind::directory; }},
-    {"a FIFO", TicketError::file, [](FakeFiles& f) { f.fileInfo.kind = FileInfo::Kind::other; }},
-    {"a link", TicketError::file, [](FakeFiles& f) { f.fileInfo.kind = FileInfo::Kind::symlink; }},
-    {"file of another", TicketError::file, [](FakeFiles& f) { f.fileInfo.uid = 502; }},
-    {"mode 0640", TicketError::file, [](FakeFiles& f) { f.fileInfo.mode = 0100640; }},
-    {"mode 0400", TicketError::file, [](FakeFiles& f) { f.fileInfo.mode = 0100400; }},
-    {"set-uid", TicketError::file, [](FakeFiles& f) { f.fileInfo.mode = 0104600; }},
-    {"sticky", TicketError::file, [](FakeFiles& f) { f.fileInfo.mode = 0101600; }},
-    {"empty", TicketError::file, [](FakeFiles& f) { f.fileInfo.size = 0; }},
-    {"513 bytes", TicketError::file, [](FakeFiles& f) { f.fileInfo.size = 513; }},
-    {"negative size", TicketError::file, [](FakeFiles& f) { f.fileInfo.size = -1; }},
-    {"unreadable", TicketError::file, [](FakeFiles& f) { f.content.reset(); }},
-    {"grown", TicketError::file,
-     [](FakeFiles& f) { f.hold(jsonOf(ticket) + std::string(513, ' ')); }},
-    {"shrunk to nothing", TicketError::json, [](FakeFiles& f) { f.hold(""); }},
-    {"no ticket", TicketError::json, [](FakeFiles& f) { f.hold("{}"); }},
-    {"foreign endpoint", TicketError::endpoint,
-     [](FakeFiles& f) {
-         Ticket foreign = ticket;
-         foreign.endpoint = "/var/T/velmo-term/attach.sock"; // the same folder, not resolved
-         f.hold(jsonOf(foreign));
-     }},
-    {"not removed", TicketError::unlink, [](FakeFiles& f) { f.unlinks = false; }},
-};
-
-TEST(AttachTicket, IsReadRemovedAndEverythingClosed) {
-    FakeFiles files;
-    files.folderInfo.mode = 0040500; // what the owner may do is the owner's matter
-    EXPECT_EQ(readTicket("/var/T/velmo-term/" + name, files), ticket);
-    EXPECT_EQ(files.unlinked, 1);
-    EXPECT_THAT(files.open_, IsEmpty());
-    EXPECT_EQ(files.closedTooOften, 0);
+void expectEverythingClosed(const Fake& files) {
+    EXPECT_THAT(files.held, testing::Each(testing::Pair(testing::_, 0)));
 }
 
-TEST(AttachTicket, EachFaultHasItsErrorAndLeavesTheFile) {
-    for (const Broken& broken : brokenThings) {
-        FakeFiles files;
-        broken.change(files);
-        const auto result = readTicket("/var/T/velmo-term/" + name, files);
-        ASSERT_FALSE(result) << broken.what;
-        EXPECT_EQ(result.error(), broken.error) << broken.what;
-        EXPECT_EQ(files.unlinked, 0) << broken.what;
-        EXPECT_THAT(files.open_, IsEmpty()) << broken.what;
-        EXPECT_EQ(files.closedTooOften, 0) << broken.what;
+TEST(AttachTicket, IsReadRemovedAndEverythingClosed) {
+    for (const std::int64_t size : {1, 512}) {
+        Fake files;
+        files.folderInfo.mode = 0040500; // what the owner may do is the owner's matter
+        files.fileInfo.size = size;
+        files.content->resize(512, '\n');
+        EXPECT_EQ(readTicket(given + name, files), ticket);
+        EXPECT_EQ(files.unlinked, 1);
+        expectEverythingClosed(files);
     }
 }
 
-TEST(AttachTicket, OfTwoFaultsTheEarlierCheckWins) {
-    const auto changesContent = [](const Broken& broken) {
-        FakeFiles files;
-        broken.change(files);
-        return files.content != FakeFiles().content;
+TEST(AttachTicket, OfTwoFaultsTheEarlierCheckWinsAndTheFileStays) {
+    using enum TicketError;
+
+    struct Broken {
+        const char* what;
+        TicketError error;
+        void (*change)(Fake&);
     };
-    for (const Broken& one : brokenThings) {
-        for (const Broken& other : brokenThings) {
-            // There is only one content to break.
-            if (changesContent(one) && changesContent(other))
-                continue;
-            FakeFiles files;
-            one.change(files);
-            other.change(files);
-            const auto result = readTicket("/var/T/velmo-term/" + name, files);
-            ASSERT_FALSE(result) << one.what << ", " << other.what;
-            EXPECT_EQ(result.error(), std::min(one.error, other.error))
-                << one.what << ", " << other.what;
+
+    const Broken rows[] = {
+        {"no temporary folder", folder, [](Fake& f) { f.temporary.reset(); }},
+        {"empty temporary folder", folder, [](Fake& f) { f.temporary = ""; }},
+        {"temporary unresolved", folder, [](Fake& f) { f.resolvedTemporary.reset(); }},
+        {"temporary relative", folder, [](Fake& f) { f.resolvedTemporary = "private/var/T"; }},
+        {"parent unresolved", folder, [](Fake& f) { f.resolvedParent.reset(); }},
+        {"parent elsewhere", folder, [](Fake& f) { f.resolvedParent = privateFolder + "/x"; }},
+        {"folder does not open", folder, [](Fake& f) { f.folderOpens = false; }},
+        {"folder moved", folder, [](Fake& f) { f.folderPath = "/private/var/U"; }},
+        {"folder path unknown", folder, [](Fake& f) { f.folderPath.reset(); }},
+        {"folder not examined", folder, [](Fake& f) { f.folderIsExamined = false; }},
+        {"no folder", folder, [](Fake& f) { f.folderInfo.kind = FileInfo::Kind::regular; }},
+        {"folder of another", folder, [](Fake& f) { f.folderInfo.uid = 0; }},
+        {"open to the group", folder, [](Fake& f) { f.folderInfo.mode = 0040710; }},
+        {"open to others", folder, [](Fake& f) { f.folderInfo.mode = 0040701; }},
+        {"file does not open", open, [](Fake& f) { f.fileOpens = false; }},
+        {"file not examined", file, [](Fake& f) { f.fileIsExamined = false; }},
+        {"a folder", file, [](Fake& f) { f.fileInfo.kind = FileInfo::Kind::directory; }},
+        {"a FIFO", file, [](Fake& f) { f.fileInfo.kind = FileInfo::Kind::other; }},
+        {"a link", file, [](Fake& f) { f.fileInfo.kind = FileInfo::Kind::symlink; }},
+        {"file of another", file, [](Fake& f) { f.fileInfo.uid = 502; }},
+        {"mode 0640", file, [](Fake& f) { f.fileInfo.mode = 0100640; }},
+        {"mode 0400", file, [](Fake& f) { f.fileInfo.mode = 0100400; }},
+        {"set-uid", file, [](Fake& f) { f.fileInfo.mode = 0104600; }},
+        {"sticky", file, [](Fake& f) { f.fileInfo.mode = 0101600; }},
+        {"empty", file, [](Fake& f) { f.fileInfo.size = 0; }},
+        {"513 bytes", file, [](Fake& f) { f.fileInfo.size = 513; }},
+        {"negative size", file, [](Fake& f) { f.fileInfo.size = -1; }},
+        {"unreadable", file, [](Fake& f) { f.content.reset(); }},
+        {"grown", file, [](Fake& f) { f.content = good + std::string(513, ' '); }},
+        {"shrunk to nothing", json, [](Fake& f) { f.content = ""; }},
+        {"no ticket", json, [](Fake& f) { f.content = "{}"; }},
+        {"unresolved endpoint", endpoint,
+         [](Fake& f) { f.content = changed(good, "/private", ""); }},
+        {"not removed", unlink, [](Fake& f) { f.unlinks = false; }},
+    };
+    for (const Broken& one : rows) {
+        for (const Broken& other : rows) {
+            // There is only one content to break: the earlier check's fault is put there last.
+            const auto [earlier, later] = std::ranges::minmax(one, other, {}, &Broken::error);
+            SCOPED_TRACE(earlier.what + ", "s + later.what);
+            Fake files;
+            later.change(files);
+            earlier.change(files);
+            EXPECT_EQ(readTicket(given + name, files), std::unexpected(earlier.error));
+            EXPECT_EQ(files.unlinked, 0);
+            expectEverythingClosed(files);
         }
     }
 }
 
 TEST(AttachTicket, PathsAreJudgedBeforeTheDisk) {
-    const std::pair<std::string, TicketError> cases[] = {
-        {"", TicketError::arguments},
-        {name, TicketError::arguments},
-        {folder + "/" + name + "/", TicketError::arguments},
-        {folder + "/../" + name, TicketError::arguments},
-        {folder + "//" + name, TicketError::arguments},
-        {folder + "/" + name + "\n", TicketError::arguments},
-        {folder, TicketError::basename},
-        {folder + "/a-0123456789ABCDEF0123456789abcdef.json", TicketError::basename},
-    };
-    for (const auto& [path, error] : cases) {
-        FakeFiles files;
-        files.temporary.reset();
-        EXPECT_EQ(readTicket(path, files).error(), error) << testing::PrintToString(path);
-    }
+    Fake files;
+    files.temporary.reset();
+    for (const std::string& path : {""s, name, given + name + "/", given + "../" + name,
+                                    given + "/" + name, given + name + "\n"})
+        EXPECT_EQ(readTicket(path, files), std::unexpected(TicketError::arguments)) << path;
+    for (const std::string& path : {privateFolder, given + changed(name, "abc", "ABC")})
+        EXPECT_EQ(readTicket(path, files), std::unexpected(TicketError::basename)) << path;
 }
 
 TEST(AttachTicket, IdentifiersAreExact) {
-    EXPECT_TRUE(isTicketName(name));
-    for (const std::string& refused :
-         {"b" + name.substr(1), name.substr(1), name + "x", "a-" + std::string(32, 'g') + ".json",
-          "a-" + std::string(32, 'A') + ".json", "a-" + std::string(31, 'a') + "x.jso",
-          "a-" + std::string(32, 'a') + ".JSON"})
-        EXPECT_FALSE(isTicketName(refused)) << refused;
-    EXPECT_TRUE(isSessionId(session));
-    for (const std::string& refused : {session + "0", session.substr(1), "S_0123456789abcdef"s,
-                                       "s_0123456789ABCDEF"s, "s-0123456789abcdef"s})
-        EXPECT_FALSE(isSessionId(refused)) << refused;
-    EXPECT_TRUE(isToken(token));
-    for (const std::string& refused : {token.substr(1), token + "a", std::string(42, 'a') + "=",
-                                       std::string(42, 'a') + "\n", std::string(41, 'a') + "é"})
-        EXPECT_FALSE(isToken(refused)) << refused;
+    const std::string digits(32, 'a');
+    expectVerdicts(isTicketName, {name},
+                   {"b" + name.substr(1), name.substr(1), name + "x", changed(name, "abc", "abg"),
+                    changed(name, "abc", "ABC"), "a-" + digits + "x.jso", "a-" + digits + ".JSON"});
+    expectVerdicts(isSessionId, {session},
+                   {session + "0", session.substr(1), "S_0123456789abcdef", "s-0123456789abcdef",
+                    "s_0123456789ABCDEF"});
+    expectVerdicts(isToken, {token},
+                   {token.substr(1), token + "a", changed(token, "-", "="),
+                    changed(token, "-", "\n"), changed(token, "-9", "é")});
 }
 
 TEST(AttachTicket, ContentIsExact) {
-    const std::string good = jsonOf(ticket);
-    EXPECT_EQ(parseTicket(good), ticket);
-    EXPECT_EQ(parseTicket(good + " \n\t\r"), ticket);
-    const auto changed = [&](std::string_view from, std::string_view to) {
-        std::string text = good;
-        return text.replace(text.find(from), from.size(), to);
-    };
-    EXPECT_EQ(parseTicket(changed("/attach", "\\/attach")), ticket);
-    EXPECT_EQ(parseTicket(changed("\"token\"", "\"\\u0074oken\"")), ticket);
-    EXPECT_TRUE(parseTicket(changed(ticket.endpoint, "")));
-    EXPECT_TRUE(parseTicket(changed(ticket.endpoint, std::string(5000, 'x'))));
-
-    const std::string refused[] = {
-        " " + good,
-        "\xEF\xBB\xBF" + good,
-        good + "x",
-        good + "\0"s,
-        "[" + good + "]",
-        jsonOf(ticket, "2"),
-        jsonOf(ticket, "1.0"),
-        jsonOf(ticket, "true"),
-        jsonOf(ticket, "\"1\""),
-        changed("{", "{\"more\":1,"),
-        changed("{", "{\"v\":1,"),
-        changed("\"v\":1,", ""),
-        changed("\"v\"", "\"V\""),
-        changed(token, token + "x"),
-        changed(session, "s_0123456789ABCDEF"),
-        changed("\"" + ticket.endpoint + "\"", "null"),
-        changed("/attach", "\xFF"),
-    };
-    for (const std::string& text : refused)
-        EXPECT_FALSE(parseTicket(text)) << testing::PrintToString(text);
+    for (const std::string& same : {good, good + " \n\t\r", changed(good, "/attach", "\\/attach"),
+                                    changed(good, "token", "\\u0074oken")})
+        EXPECT_EQ(parseTicket(same), ticket) << same;
+    expectVerdicts(
+        parseTicket,
+        {changed(good, ticket.endpoint, ""), changed(good, ticket.endpoint, times(5000, "x"))},
+        {" " + good, "\xEF\xBB\xBF" + good, good + "x", good + "\0"s, "[" + good + "]",
+         changed(good, ":1", ":2"), changed(good, ":1", ":1.0"), changed(good, ":1", ":true"),
+         changed(good, ":1", ":\"1\""), changed(good, "{", "{\"more\":1,"),
+         changed(good, "{", "{\"v\":1,"), changed(good, "\"v\":1,", ""), changed(good, "v", "V"),
+         changed(good, token, token + "x"), changed(good, "s_", "s-"),
+         changed(good, '"' + ticket.endpoint + '"', "null"), changed(good, "/attach", "\xFF")});
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_FALSE(parseTicket(good.substr(0, length))) << length;
-}
-
-RC_GTEST_PROP(AttachTicket, WhatIsAcceptedObeysItsRules, ()) {
-    std::string text = jsonOf(ticket);
-    const auto position = *rc::gen::inRange<std::size_t>(0, text.size());
-    text[position] = *rc::gen::arbitrary<char>();
-    if (const auto parsed = parseTicket(text)) {
-        RC_ASSERT(isToken(parsed->token));
-        RC_ASSERT(isSessionId(parsed->session));
-    }
 }
 
 TEST(AttachTicket, FaultsAreToldToTheUser) {

@@ -1,7 +1,6 @@
 #include "core/terminal/DetachKey.h"
 
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <string_view>
 #include <vector>
@@ -51,23 +50,6 @@ TEST(DetachKey, FollowsWhatIsTyped) {
                 << step.typed << " in the history of " << history.front().typed;
         }
     }
-}
-
-RC_GTEST_PROP(DetachKey, ChunksAtOneMomentAreOneChunk, ()) {
-    const auto typed = *rc::gen::container<Bytes>(rc::gen::element<std::uint8_t>(29, 'd', 'x'));
-    DetachKey whole;
-    auto expected = whole.feed(typed, 0);
-    DetachKey sliced;
-    DetachKey::Result got;
-    for (const std::uint8_t byte : typed) {
-        const auto part = sliced.feed(Bytes{byte}, 0);
-        got.forward.insert(got.forward.end(), part.forward.begin(), part.forward.end());
-        got.detach = part.detach;
-        if (got.detach)
-            break;
-    }
-    RC_ASSERT(got == expected);
-    RC_ASSERT(whole.tick(1000) == sliced.tick(1000));
 }
 
 } // namespace

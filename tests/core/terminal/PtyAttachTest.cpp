@@ -1,9 +1,6 @@
 #include "core/terminal/PtyAttach.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {
@@ -11,29 +8,16 @@ namespace {
 using namespace PtyAttach;
 
 TEST(PtyAttach, ReadsItsArguments) {
-    struct Case {
-        std::vector<std::string> args;
-        std::optional<Arguments> expected;
-    };
-
-    const Case cases[] = {
-        {{"--probe"}, ProbeArguments{}},
-        {{"--ticket-file", "/a/b"}, TicketArguments{"/a/b"}},
-        {{"--ticket-file", "/a/b/"}, TicketArguments{"/a/b/"}}, // refused when it is read
-        {{"--ticket-file", "a/b"}, {}},
-        {{"--ticket-file", "/a/../b"}, {}},
-        {{"--ticket-file"}, {}},
-        {{"--ticket-file", "/a", "--probe"}, {}},
-        {{"--probe", ""}, {}},
-        {{"--ticket-file=/a"}, {}},
-        {{}, {}},
-    };
-    for (const auto& [args, expected] : cases)
-        EXPECT_EQ(parseArguments(args), expected) << testing::PrintToString(args);
+    EXPECT_EQ(parseArguments(words("--probe")), Arguments(ProbeArguments{}));
+    for (const char* path : {"/a/b", "/a/b/"}) // a folder is refused when it is read
+        EXPECT_EQ(parseArguments(Strings{"--ticket-file", path}), Arguments(TicketArguments{path}));
+    expectRefused([](const std::string& line) { return parseArguments(words(line)); },
+                  {"", "--ticket-file a/b", "--ticket-file /a/../b", "--ticket-file",
+                   "--ticket-file /a --probe", "--probe x", "--ticket-file=/a"});
 }
 
 TEST(PtyAttach, ResetBeginsWithTheCursorAndEndsTheLine) {
-    EXPECT_EQ(reset.find('\0'), std::string_view::npos);
+    EXPECT_FALSE(reset.contains('\0'));
     EXPECT_TRUE(reset.starts_with("\x1B"
                                   "7\x1B[?1049l\x1B[?25h"));
     EXPECT_TRUE(reset.ends_with("\x1B[<u\x1B[?1l\x1B>\x1B[0m\r\n"));

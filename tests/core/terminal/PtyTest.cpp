@@ -1,32 +1,27 @@
 #include "core/terminal/Pty.h"
 
+#include "tests/Texts.h"
 #include "tests/core/terminal/FakeDisk.h"
-#include "tests/core/terminal/Lines.h"
-
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
 
 namespace velmo {
 namespace {
 
 using namespace std::string_literals;
 using Pty::Environment;
-using Strings = std::vector<std::string>;
 
 class PtyTest : public testing::Test {
 protected:
     PtyTest() {
-        for (const char* folder : {"/Users/me/dev/app", "/Users/me/.ssh", "/Users/me/Library/x",
-                                   "/Users/platform/dev", "/tmp", "/var/tmp", "/elsewhere"})
+        for (const std::string& folder :
+             words("/Users/me/dev/app /Users/me/.ssh /Users/me/Library/x"
+                   " /Users/platform/dev /tmp /var/tmp /elsewhere"))
             disk.addFolder(folder);
-        for (const char* program :
-             {"/bin/zsh", "/bin/bash", "/usr/bin/ssh", "/usr/local/bin/fish", "/bin/rm",
-              "/opt/homebrew/Cellar/tmux/3.4/bin/tmux", "/opt/homebrew/Cellar/node/18/bin/node",
-              "/opt/homebrew/Cellar/openssh/9/bin/ssh", "/opt/tools/claude", "/opt/tools/codex",
-              "/opt/tools/opencode", "/opt/tools/agy", "/opt/tools/velmo-pty-fixture",
-              "/opt/agents/versions/1.0.42"})
+        for (const std::string& program : words(R"(
+                /bin/zsh /bin/bash /bin/rm /usr/bin/ssh /usr/local/bin/fish
+                /opt/homebrew/Cellar/tmux/3.4/bin/tmux /opt/homebrew/Cellar/node/18/bin/node
+                /opt/homebrew/Cellar/openssh/9/bin/ssh /opt/tools/claude /opt/tools/codex
+                /opt/tools/opencode /opt/tools/agy /opt/tools/velmo-pty-fixture
+                /opt/agents/versions/1.0.42)"))
             disk.addProgram(program);
         disk.link("/opt/homebrew/bin/tmux", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux");
         disk.link("/opt/homebrew/bin/ssh", "/opt/homebrew/Cellar/openssh/9/bin/ssh");
@@ -36,15 +31,18 @@ protected:
         disk.link("/Users/me/dev/secrets", "/Users/me/.ssh");
     }
 
-    std::optional<SpawnRequest> spawn(const Strings& words) const {
-        return Pty::parseSpawn(words, environment, disk);
+    std::optional<SpawnRequest> spawn(const std::string& options, const Strings& command) const {
+        return Pty::parseSpawn(joined(words(options + " --"), command), environment, disk);
     }
 
-    std::optional<SpawnRequest> run(const Strings& command,
+    std::optional<SpawnRequest> run(const std::string& command,
                                     const std::string& cwd = "/Users/me/dev/app") const {
-        Strings words{"--cwd", cwd, "--cols", "80", "--rows", "24", "--"};
-        words.insert(words.end(), command.begin(), command.end());
-        return spawn(words);
+        return spawn("--cols 80 --rows 24 --cwd " + cwd, words(command));
+    }
+
+    void expectCommands(const Strings& accepted, const Strings& refused) const {
+        expectVerdicts([this](const std::string& command) { return run(command); }, accepted,
+                       refused);
     }
 
     FakeDisk disk;
@@ -55,195 +53,154 @@ TEST_F(PtyTest, AShellMayStartInTheHomeFolder) {
     disk.link("/bin/zsh", "/usr/bin/zsh");
     disk.addProgram("/usr/bin/zsh");
     environment["HOME"] = "/home/me";
-    EXPECT_EQ(run({"/bin/zsh", "-l"}, "/home/me"), (SpawnRequest{.cwd = "/Users/me",
-                                                                 .cols = 80,
-                                                                 .rows = 24,
-                                                                 .program = "/usr/bin/zsh",
-                                                                 .argv = {"/bin/zsh", "-l"}}));
+    EXPECT_EQ(run("/bin/zsh -l", "/home/me"),
+              (SpawnRequest{"/Users/me", 80, 24, "/usr/bin/zsh", {"/bin/zsh", "-l"}}));
 }
 
 TEST_F(PtyTest, OptionsArePairsInAnyOrder) {
-    EXPECT_TRUE(spawn(words("--rows 500 --cols 1000 --cwd /Users/me -- /bin/zsh -l")));
-    for (const std::string refused :
-         {"", "--cwd /Users/me", "--cwd /Users/me --cols 80 --rows",
-          "--cwd /Users/me --cols 80 --rows 24 x", "--cwd /Users/me --cols 80 --cols 80",
-          "--cwd /Users/me --cols 80 --rows 24 --rows 24", "--cwd /Users/me --cols 80 --row 24",
-          "--cwd /Users/me --cols 80 --origin cli",
-          "--cwd /Users/me --cols 80 --rows 24 --origin cli", // no claude
-          "--cwd /Users/me --cols 0 --rows 24", "--cwd /Users/me --cols 1001 --rows 24",
-          "--cwd /Users/me --cols 080 --rows 24", "--cwd /Users/me --cols 80 --rows 501",
-          "--cwd /Users/me --cols 80 --rows --", "--cwd /Users/me/../me --cols 80 --rows 24",
-          "--cwd --cols --cols 80 --rows 24"})
-        EXPECT_FALSE(spawn(words(refused + " -- /bin/zsh -l"))) << refused;
-    EXPECT_FALSE(spawn(words("--cwd /Users/me --cols 80 --rows 24 /bin/zsh -l")));
-    EXPECT_FALSE(spawn(words("--cwd /Users/me --cols 80 --rows 24 --")));
+    const std::string folder = "--cwd /Users/me ";
+    const std::string whole = folder + "--cols 80 --rows 24";
+    expectVerdicts(
+        [this](const std::string& options) { return spawn(options, {"/bin/zsh", "-l"}); },
+        {whole, "--rows 500 --cols 1000 --cwd /Users/me"},
+        joined({"", folder, "--cwd --cols --cols 80 --rows 24", whole + " x", whole + " --rows 24",
+                whole + " --origin cli", // no claude
+                "--cwd /Users/me/../me --cols 80 --rows 24"},
+               each(folder + "#",
+                    {"--cols 80 --rows", "--cols 80 --cols 80", "--cols 80 --row 24",
+                     "--cols 80 --origin cli", "--cols 0 --rows 24", "--cols 1001 --rows 24",
+                     "--cols 080 --rows 24", "--cols 80 --rows 501", "--cols 80 --rows --"})));
+    EXPECT_FALSE(Pty::parseSpawn(words(whole + " /bin/zsh -l"), environment, disk));
+    EXPECT_FALSE(spawn(whole, {}));
 }
 
 TEST_F(PtyTest, AdmitsAClosedSetOfPrograms) {
-    for (const char* command :
-         {"/bin/zsh -l", "/usr/local/bin/fish -l", "/opt/homebrew/bin/tmux new-session",
-          "/opt/homebrew/bin/tmux attach-session", "/usr/bin/ssh -- me@host",
-          "/opt/homebrew/bin/ssh -p 22 -- host", "/opt/tools/claude",
-          "/opt/tools/claude --continue", "/opt/linked/claude", "/opt/tools/codex",
-          "/opt/tools/opencode", "/opt/tools/agy"})
-        EXPECT_TRUE(run(words(command))) << command;
-    for (const char* command :
-         {"/bin/zsh", "/bin/zsh -i", "/bin/zsh/ -l", "zsh -l", "/opt/tools/../../bin/zsh -l",
-          "/opt/homebrew/bin/tmux -l", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux new-session",
-          "/bin/missing -l", "/bin/rm -l", "/usr/bin/ssh host",
-          "/opt/homebrew/Cellar/openssh/9/bin/ssh -- host", "/opt/tools/claude --print",
-          "/opt/scripts/claude", "/opt/tools/agy x", "/opt/tools/velmo-pty-fixture"})
-        EXPECT_FALSE(run(words(command))) << command;
-    disk.link("/opt/tools/agy", "/Users/me/dev/app"); // a folder can't be run
-    EXPECT_FALSE(run({"/opt/tools/agy"}));
+    disk.link("/opt/tools2/agy", "/Users/me/dev/app"); // a folder can't be run
+    expectCommands(
+        {"/bin/zsh -l", "/usr/local/bin/fish -l", "/opt/homebrew/bin/tmux new-session",
+         "/opt/homebrew/bin/tmux attach-session", "/usr/bin/ssh -- me@host",
+         "/opt/homebrew/bin/ssh -p 22 -- host", "/opt/tools/claude", "/opt/tools/claude --continue",
+         "/opt/linked/claude", "/opt/tools/codex", "/opt/tools/opencode", "/opt/tools/agy"},
+        {"/bin/zsh", "/bin/zsh -i", "/bin/zsh/ -l", "zsh -l", "/opt/tools/../../bin/zsh -l",
+         "/opt/homebrew/bin/tmux -l", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux new-session",
+         "/bin/missing -l", "/bin/rm -l", "/usr/bin/ssh host",
+         "/opt/homebrew/Cellar/openssh/9/bin/ssh -- host", "/opt/tools/claude --print",
+         "/opt/scripts/claude", "/opt/tools/agy x", "/opt/tools/velmo-pty-fixture",
+         "/opt/tools2/agy"});
 }
 
 TEST_F(PtyTest, TheFileBehindAShellMustBeOneToo) {
     const std::pair<std::string, std::string> refused[] = {
-        {"/bin/zsh", "/bin/rm"},
-        {"/bin/zsh", "/usr/local/Cellar/zsh/zsh-5.9"},
-        {"/bin/zsh", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux"},
-        {"/bin/zsh", "/opt/elsewhere/zsh"},
-        {"/opt/homebrew/bin/tmux", "/bin/bash"},
-        {"/usr/bin/ssh", "/opt/elsewhere/bin/ssh"},
-        {"/usr/bin/ssh", "/opt/homebrew/Cellar/openssh/9/bin/sshx"},
+        {"/bin/zsh -l", "/bin/rm"},
+        {"/bin/zsh -l", "/usr/local/Cellar/zsh/zsh-5.9"},
+        {"/bin/zsh -l", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux"},
+        {"/bin/zsh -l", "/opt/elsewhere/zsh"},
+        {"/opt/homebrew/bin/tmux new-session", "/bin/bash"},
+        {"/usr/bin/ssh -- host", "/opt/elsewhere/bin/ssh"},
+        {"/usr/bin/ssh -- host", "/opt/homebrew/Cellar/openssh/9/bin/sshx"},
     };
-    for (const auto& [given, target] : refused) {
+    for (const auto& [command, target] : refused) {
         disk.addProgram(target);
-        disk.link(given, target);
-        const Strings arguments[] = {{given, "-l"}, {given, "new-session"}, {given, "--", "host"}};
-        for (const Strings& command : arguments)
-            EXPECT_FALSE(run(command)) << given << " -> " << target;
+        disk.link(words(command)[0], target);
+        EXPECT_FALSE(run(command)) << command << " is " << target;
     }
     disk.addProgram("/usr/local/Cellar/bash/5/bin/bash");
     disk.link("/bin/zsh", "/usr/local/Cellar/bash/5/bin/bash");
-    EXPECT_TRUE(run({"/bin/zsh", "-l"}));
+    EXPECT_TRUE(run("/bin/zsh -l"));
 }
 
 TEST_F(PtyTest, TheCommandLineOriginLiftsClaudesGrammarOnly) {
-    const auto fromCommandLine = [&](const Strings& command, const std::string& origin = "cli") {
-        Strings words{"--cwd", "/Users/me/dev/app", "--cols", "80", "--rows",
-                      "24",    "--origin",          origin,   "--"};
-        words.insert(words.end(), command.begin(), command.end());
-        return spawn(words).has_value();
+    const auto expect = [this](bool accepted, const Strings& command, const char* origin = "cli") {
+        const std::string options = "--cwd /Users/me/dev/app --cols 80 --rows 24 --origin ";
+        EXPECT_EQ(spawn(options + origin, command).has_value(), accepted)
+            << testing::PrintToString(command);
     };
-    const auto claudeWith = [](std::size_t count, const std::string& argument) {
-        Strings command{"/opt/tools/claude"};
-        command.insert(command.end(), count, argument);
-        return command;
-    };
-    EXPECT_TRUE(fromCommandLine({"/opt/tools/claude", "--print", "any thing\n", ""}));
-    EXPECT_TRUE(fromCommandLine(claudeWith(64, std::string(4096, 'a'))));
-    EXPECT_FALSE(fromCommandLine(claudeWith(65, "")));
-    EXPECT_FALSE(fromCommandLine(claudeWith(1, std::string(4097, 'a'))));
-    EXPECT_FALSE(fromCommandLine(claudeWith(1, "a\0b"s)));
-    EXPECT_FALSE(fromCommandLine(claudeWith(1, "\xFF")));
-    EXPECT_FALSE(fromCommandLine({"/opt/scripts/claude", "x"})); // an interpreter stays one
-    EXPECT_FALSE(fromCommandLine({"/opt/tools/codex"}));
-    EXPECT_FALSE(fromCommandLine({"/bin/zsh", "-l"}));
-    EXPECT_FALSE(fromCommandLine({"/opt/tools/claude"}, "CLI"));
-    EXPECT_FALSE(fromCommandLine({"/opt/tools/claude"}, ""));
+    const std::string claude = "/opt/tools/claude";
+    expect(true, {claude, "--print", "any thing\n", ""});
+    expect(true, joined({claude}, Strings(64, std::string(4096, 'a'))));
+    expect(false, joined({claude}, Strings(65, "")));
+    for (const std::string& argument : {std::string(4097, 'a'), "a\0b"s, "\xFF"s})
+        expect(false, {claude, argument});
+    expect(false, {"/opt/scripts/claude", "x"}); // an interpreter stays one
+    expect(false, {"/opt/tools/codex"});
+    expect(false, {"/bin/zsh", "-l"});
+    expect(false, {claude}, "CLI");
 }
 
 TEST_F(PtyTest, WorkingFolders) {
-    const Strings shell{"/bin/zsh", "-l"};
-    const Strings ssh{"/usr/bin/ssh", "--", "h"};
-    const Strings agent{"/opt/tools/codex"};
-
-    struct Case {
-        std::string cwd;
-        bool forShell, forAgent;
+    const std::string agent = "/opt/tools/codex";
+    const Strings shells{"/bin/zsh -l", "/usr/bin/ssh -- h"};
+    const auto expect = [&](bool forShell, bool forAgent, const Strings& folders) {
+        for (const std::string& cwd : folders) {
+            EXPECT_EQ(run(shells[0], cwd).has_value(), forShell) << cwd;
+            EXPECT_EQ(run(shells[1], cwd).has_value(), forShell) << cwd;
+            EXPECT_EQ(run(agent, cwd).has_value(), forAgent) << cwd;
+        }
     };
-
-    const Case cases[] = {
-        {"/Users/me/dev/app", true, true},
-        {"/Users/me/dev/app/", true, true},
-        {"/home/me", true, false}, // the home folder itself, by way of a link
-        {"/Users/me", true, false},
-        {"/Users/me/.ssh", false, false},
-        {"/Users/me/dev/secrets", false, false},
-        {"/Users/me/Library/x", false, false},
-        {"/Users/platform/dev", false, false},
-        {"/Users", false, false},
-        {"/elsewhere", false, false},
-        {"/Users/me/missing", false, false},
-        {"/bin/zsh", false, false},
-    };
-    for (const auto& [cwd, forShell, forAgent] : cases) {
-        EXPECT_EQ(run(shell, cwd).has_value(), forShell) << cwd;
-        EXPECT_EQ(run(ssh, cwd).has_value(), forShell) << cwd;
-        EXPECT_EQ(run(agent, cwd).has_value(), forAgent) << cwd;
-    }
+    disk.addProgram("/Users/me/dev/file");
+    expect(true, true, {"/Users/me/dev/app", "/Users/me/dev/app/"});
+    expect(true, false,
+           {"/Users/me", "/home/me"}); // the home folder, directly and by way of a link
+    expect(false, false,
+           {"/Users/me/.ssh", "/Users/me/dev/secrets", "/Users/me/Library/x", "/Users/platform/dev",
+            "/Users", "/elsewhere", "/Users/me/missing", "/Users/me/dev/file", "/bin/zsh"});
     environment = {};
     EXPECT_TRUE(run(agent, "/Users/platform/dev"));
-    environment["HOME"] = ""; // present, and leads nowhere
-    EXPECT_FALSE(run(shell, "/Users/platform/dev"));
-    environment["HOME"] = "/missing";
-    EXPECT_FALSE(run(shell, "/Users/platform/dev"));
+    for (const char* home : {"", "/missing"}) { // present, and leads nowhere
+        environment["HOME"] = home;
+        EXPECT_FALSE(run(shells[0], "/Users/platform/dev")) << home;
+    }
 }
 
 TEST_F(PtyTest, TheFixtureNeedsItsEnvironment) {
-    const Strings command{"/opt/tools/velmo-pty-fixture", "any", "--thing"};
+    const std::string fixture = "/opt/tools/velmo-pty-fixture any --thing";
     for (const char* value : {"", "0", "11", "true"}) {
         environment["VELMO_PTY_TEST"] = value;
-        EXPECT_FALSE(run(command)) << value;
+        EXPECT_FALSE(run(fixture)) << value;
     }
     environment["VELMO_PTY_TEST"] = "1";
-    EXPECT_TRUE(run(command));
-    EXPECT_FALSE(run(command, "/Users/me"));
-    EXPECT_FALSE(run({"/bin/rm", "any"}));
+    expectCommands({fixture}, {"/bin/rm any"});
+    EXPECT_FALSE(run(fixture, "/Users/me"));
 }
 
 TEST_F(PtyTest, RunsNothingThatOthersCouldHavePutThere) {
     for (const std::string root : {"/tmp", "/private/tmp", "/var/tmp", "/private/var/tmp",
                                    "/var/folders", "/private/var/folders"}) {
-        for (const std::string& folder : {root, root + "/ab/T"}) {
-            disk.addProgram(folder + "/claude");
-            EXPECT_FALSE(run({folder + "/claude"})) << folder;
-        }
-        disk.addProgram(root + "x/claude");
-        EXPECT_TRUE(run({root + "x/claude"})) << root;
+        for (const char* folder : {"", "/ab/T", "x"})
+            disk.addProgram(root + folder + "/claude");
+        expectCommands({root + "x/claude"}, {root + "/claude", root + "/ab/T/claude"});
     }
     // A good path to a bad file, and a bad path to a good one.
     disk.link("/opt/tools/codex", "/tmp/claude");
-    EXPECT_FALSE(run({"/opt/tools/codex"}));
     disk.link("/tmp/opencode", "/opt/tools/opencode");
-    EXPECT_FALSE(run({"/tmp/opencode"}));
+    expectCommands({}, {"/opt/tools/codex", "/tmp/opencode"});
 
     for (const char* folder : {"/opt/tools", "/opt", "/"}) {
         disk.writable = {folder};
-        EXPECT_FALSE(run({"/opt/tools/claude"})) << folder;
+        EXPECT_FALSE(run("/opt/tools/claude")) << folder;
     }
     disk.writable = {"/opt/agents"};
-    EXPECT_FALSE(run({"/opt/linked/claude"}));
-    EXPECT_TRUE(run({"/opt/tools/claude"}));
-    disk.folders.erase("/opt"); // no telling
-    EXPECT_FALSE(run({"/opt/tools/claude"}));
+    expectCommands({"/opt/tools/claude"}, {"/opt/linked/claude"});
 }
 
 TEST_F(PtyTest, TheUsersOwnTemporaryFolderIsUnsafe) {
     disk.addProgram("/data/T/bin/claude");
     disk.link("/short", "/data/T");
-    const std::pair<std::string, bool> cases[] = {
-        {"/short", false},    {"/data/T/", false}, {"/data", false}, {"/", false},
-        {"/data/T/bi", true}, {"/missing", true},  {"", true}};
     disk.addFolder("/data/T/bi");
-    for (const auto& [folder, trusted] : cases) {
-        environment["TMPDIR"] = folder;
-        EXPECT_EQ(
-            Pty::isTrustedProgram("/data/T/bin/claude", "/data/T/bin/claude", environment, disk),
-            trusted)
-            << folder;
-    }
+    expectVerdicts(
+        [this](const std::string& folder) {
+            environment["TMPDIR"] = folder;
+            return run("/data/T/bin/claude");
+        },
+        {"/data/T/bi", "/missing", ""}, {"/short", "/data/T/", "/data", "/"});
 }
 
 TEST_F(PtyTest, TheDiskIsAskedOnlyAfterTheWordsHavePassed) {
-    for (const char* command :
-         {"/bin/zsh -i", "/opt/zsh -l", "/opt/tools/claude --print", "/opt/tools/rm",
-          "/usr/bin/ssh host", "/opt/bin/ssh -- host", "bin/zsh -l", "/opt/tools/agy x"})
-        EXPECT_FALSE(run(words(command))) << command;
-    EXPECT_FALSE(run({"/bin/zsh", "-l"}, "Users/me"));
-    EXPECT_FALSE(spawn(words("--cwd /Users/me --cols 0 --rows 24 -- /bin/zsh -l")));
+    expectCommands({},
+                   {"/bin/zsh -i", "/opt/zsh -l", "/opt/tools/claude --print", "/opt/tools/rm",
+                    "/usr/bin/ssh host", "/opt/bin/ssh -- host", "bin/zsh -l", "/opt/tools/agy x"});
+    EXPECT_FALSE(run("/bin/zsh -l", "Users/me"));
+    EXPECT_FALSE(spawn("--cwd /Users/me --cols 0 --rows 24", {"/bin/zsh", "-l"}));
     EXPECT_EQ(disk.questions, 0);
 }
 
