@@ -7,13 +7,16 @@
 
 namespace velmo::Fuzz {
 
-/// The text with every U+0001, which no JSON text may hold, replaced by as many letters as make a
-/// text too long for an outline: the fuzzer's own inputs are short.
+/// The text with control characters, which no JSON text may hold, replaced by letters, for the
+/// fuzzer's own inputs are short: U+0001 by as many as make a text too long for an outline, U+0002
+/// by a few less than one piece of it has.
 inline std::string lengthened(std::string_view text) {
     std::string longer;
     for (const char c : text) {
         if (c == '\1')
             longer.append(JsonOutline::longestInline + 1, 'a');
+        else if (c == '\2')
+            longer.append(15995, 'a');
         else
             longer += c;
     }
