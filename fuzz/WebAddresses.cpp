@@ -1,6 +1,6 @@
 #include "core/input/WebURL.h"
 #include "fuzz/Fuzz.h"
-#include "tests/core/support/UriParts.h"
+#include "tests/core/support/UriPeer.h"
 
 #include <algorithm>
 
@@ -9,7 +9,7 @@ namespace velmo {
 void Fuzz::target(Input input) {
     const std::string text(input.rest());
     // For the peer a NUL ends a text.
-    require(text.contains('\0') || uriParts(text) == peerUriParts(text));
+    require(text.contains('\0') || agreesWithAPeer(text));
     const auto url = WebURL::parse(text);
     if (url) {
         const auto uri = Uri::parse(text);

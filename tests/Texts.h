@@ -59,4 +59,9 @@ void expectRefused(const Rule& rule, const Strings& refused) {
     expectVerdicts(rule, {}, refused);
 }
 
+template<class Rule>
+void expectRefused(const Rule& rule, const std::string& frame, const Strings& texts) {
+    expectVerdicts(rule, {}, each(frame, texts));
+}
+
 } // namespace velmo

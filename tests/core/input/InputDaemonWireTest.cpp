@@ -1,9 +1,8 @@
 #include "core/input/InputDaemonWire.h"
 
-#include "core/support/Text.h"
+#include "tests/Texts.h"
 
 #include <gmock/gmock.h>
-#include <rapidcheck/gtest.h>
 
 #include <cmath>
 
@@ -14,85 +13,49 @@ using InputDaemonWire::Request;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
-using Argv = std::vector<std::string>;
 
-Argv argv(std::size_t count) {
-    Argv words(count, "x");
-    words.front() = "ping";
-    return words;
-}
+const Strings full{"ping", "x", "x", "x"};
+const std::string ping = R"({"id":5,"argv":["ping"]})";
 
-std::string request(const Argv& words) {
+std::string request(const Strings& words) {
     return InputDaemonWire::line(Request{.id = 5, .argv = words});
 }
 
 TEST(InputDaemonWire, ReadsARequest) {
     const std::pair<std::string, Request> cases[] = {
-        {R"({"id":1,"argv":["ping"]})", {1, Argv{"ping"}}},
+        {R"({"id":1,"argv":["ping"]})", {1, Strings{"ping"}}},
         {R"({"argv":["p\u0069ng","x"],"id":9007199254740991})",
-         {9007199254740991, Argv{"ping", "x"}}},
+         {9007199254740991, Strings{"ping", "x"}}},
         {R"({"id":5,"argv":["type-text","{\"text\":\"a/b\"}"]})",
-         {5, Argv{"type-text", R"({"text":"a/b"})"}}},
-        {request(argv(4)), {5, argv(4)}},
-        {request({"ping", std::string(16384, 'x')}), {5, Argv{"ping", std::string(16384, 'x')}}},
-        {R"({"id":5,"argv":["ping",")" + std::string(1, ' ') + R"("]})"
-             + std::string(65536 - 28, ' '),
-         {5, Argv{"ping", " "}}},
+         {5, Strings{"type-text", R"({"text":"a/b"})"}}},
+        {request(full), {5, full}},
+        {request({"ping", times(16384, "x")}), {5, Strings{"ping", times(16384, "x")}}},
+        {ping + times(65536 - 24, " "), {5, Strings{"ping"}}},
     };
     for (const auto& [line, expected] : cases)
         EXPECT_EQ(InputDaemonWire::parse(line), expected) << line.substr(0, 100);
-    for (const char* verb : {"hotkey", "key-down", "key-up", "type-text", "mouse-click", "control",
-                             "release-all", "ping"})
-        EXPECT_EQ(InputDaemonWire::parse(request({verb})), (Request{5, Argv{verb}}));
+    for (const std::string& verb :
+         words("hotkey key-down key-up type-text mouse-click control release-all ping"))
+        EXPECT_EQ(InputDaemonWire::parse(request({verb})), (Request{5, Strings{verb}}));
 }
 
 TEST(InputDaemonWire, AnInvalidRequestThatNamesItselfIsOwedAnAnswer) {
-    const std::string cases[] = {
-        R"({"id":5})",
-        R"({"id":5,"argv":null})",
-        R"({"id":5,"argv":"ping"})",
-        R"({"id":5,"argv":{}})",
-        R"({"id":5,"argv":[]})",
-        R"({"id":5,"argv":["reboot"]})",
-        R"({"id":5,"argv":["Ping"]})",
-        R"({"id":5,"argv":["ping\u0000"]})",
-        R"({"id":5,"argv":["ping",1]})",
-        R"({"id":5,"argv":["ping",null]})",
-        R"({"id":5,"argv":[["ping"]]})",
-        R"({"id":5,"argv":["ping"],"x":1})",
-        request(argv(5)),
-        request({"ping", std::string(16385, 'x')}),
-    };
-    for (const std::string& line : cases)
+    const Strings longer{request(joined(full, {"x"})), request({"ping", times(16385, "x")}),
+                         R"({"id":5})"};
+    const Strings argv = words(R"(null "ping" {} [] ["reboot"] ["Ping"] ["ping\u0000"] ["ping",1]
+                                  ["ping",null] [["ping"]] ["ping"],"x":1)");
+    for (const std::string& line : joined(longer, each(R"({"id":5,"argv":#})", argv)))
         EXPECT_EQ(InputDaemonWire::parse(line), (Request{.id = 5, .argv = {}}))
             << line.substr(0, 100);
 }
 
 TEST(InputDaemonWire, WithoutAnIdentifierThereIsNoRequest) {
-    const std::string cases[] = {
-        "",
-        "{}",
-        "[]",
-        "5",
-        R"([{"id":5,"argv":["ping"]}])",
-        R"({"argv":["ping"]})",
-        R"({"id":0,"argv":["ping"]})",
-        R"({"id":-5,"argv":["ping"]})",
-        R"({"id":9007199254740992,"argv":["ping"]})",
-        R"({"id":9223372036854775808,"argv":["ping"]})",
-        R"({"id":5.0,"argv":["ping"]})",
-        R"({"id":5e0,"argv":["ping"]})",
-        R"({"id":true,"argv":["ping"]})",
-        R"({"id":"5","argv":["ping"]})",
-        R"({"id":null,"argv":["ping"]})",
-        R"({"id":5,"id":5,"argv":["ping"]})",
-        R"({"id":5,"argv":["ping"]}x)",
-        R"({"id":5,"argv":["ping"],"x":1e999})",
-        "{\"id\":5,\"argv\":[\"ping\",\"\xFF\"]}",
-        R"({"id":5,"argv":["ping"]})" + std::string(65537 - 24, ' '),
-    };
-    for (const std::string& line : cases)
-        EXPECT_FALSE(InputDaemonWire::parse(line)) << line.substr(0, 100);
+    const auto parse = InputDaemonWire::parse;
+    expectRefused(parse, {"", "{}", "[]", "5", "[" + ping + "]", R"({"argv":["ping"]})", ping + "x",
+                          changed(ping, "ping", "\xFF"), ping + times(65537 - 24, " ")});
+    expectRefused(parse, R"({"id":#,"argv":["ping"]})",
+                  words(R"(0 -5 9007199254740992 9223372036854775808 5.0 5e0 true "5" null 5,"id":5
+                           5,"x":1e999)"));
 }
 
 TEST(InputDaemonWire, WritesLinesWithSortedKeysAndPlainSlashes) {
@@ -111,10 +74,7 @@ TEST(InputDaemonWire, WritesLinesWithSortedKeysAndPlainSlashes) {
 }
 
 TEST(InputDaemonWire, CutsAnErrorTextBetweenCharacters) {
-    const std::string accented = "e\u0301";
-    std::string kept;
-    for (int i = 0; i < 2000; ++i)
-        kept += accented;
+    const std::string kept = times(2000, "e\u0301");
     EXPECT_EQ(InputDaemonWire::response(7, 2, kept + "x"),
               R"({"code":2,"error":")" + kept + R"(","id":7})");
 }
@@ -130,38 +90,22 @@ TEST(InputDaemonWire, ServesWhatDoesNotEndTheSession) {
 
 TEST(InputDaemonWire, ReadsWhichKeysToRelease) {
     const auto keysOf = [](const std::string& argument) {
-        return InputDaemonWire::releaseKeys(Argv{"release-all", argument});
+        return InputDaemonWire::releaseKeys(Strings{"release-all", argument});
     };
-    EXPECT_THAT(InputDaemonWire::releaseKeys(Argv{}), Optional(IsEmpty()));
-    EXPECT_THAT(InputDaemonWire::releaseKeys(Argv{"release-all"}), Optional(IsEmpty()));
+    EXPECT_THAT(InputDaemonWire::releaseKeys({}), Optional(IsEmpty()));
+    EXPECT_THAT(InputDaemonWire::releaseKeys(Strings{"release-all"}), Optional(IsEmpty()));
     EXPECT_THAT(keysOf("[]"), Optional(IsEmpty()));
     EXPECT_THAT(keysOf(R"(["cmd","shift","f21","","W "])"), Optional(IsEmpty()));
     EXPECT_THAT(keysOf(R"(["W","x","SPACE","w","cmd","\\"])"),
                 Optional(ElementsAre("w", "x", "space", "w", "\\")));
 
-    const auto names = [](int count) {
-        std::string list;
-        for (int i = 0; i < count; ++i)
-            list += ",\"cmd\"";
-        return "[\"a\"" + list + "]";
-    };
-    EXPECT_THAT(keysOf(names(15)), Optional(ElementsAre("a")));
-    EXPECT_THAT(keysOf("[\"a\"" + std::string(1019, ' ') + "]"), Optional(ElementsAre("a")));
-    const std::string refused[] = {
-        "",          "{}",       "\"a\"",      "[\"a\",1]", "[null]",
-        "[[\"a\"]]", "[\"a\"]]", "[\"\xFF\"]", names(16),   "[\"a\"" + std::string(1020, ' ') + "]",
-    };
-    for (const std::string& argument : refused)
-        EXPECT_FALSE(keysOf(argument)) << argument.substr(0, 100);
-    EXPECT_FALSE(InputDaemonWire::releaseKeys(Argv{"release-all", "[]", ""}));
-}
-
-RC_GTEST_PROP(InputDaemonWire, AnyBytesGiveAnAnswerAndEveryRequestReadsBack,
-              (const std::string& bytes)) {
-    InputDaemonWire::parse(bytes);
-    InputDaemonWire::releaseKeys(Argv{"release-all", bytes});
-    RC_ASSERT(InputDaemonWire::parse(request({"ping", bytes}))
-              == (Request{5, Argv{"ping", Text::repaired(bytes)}}));
+    const std::string most = "[\"a\"" + times(15, ",\"cmd\"");
+    const std::string longest = "[\"a\"" + times(1019, " ");
+    EXPECT_THAT(keysOf(most + "]"), Optional(ElementsAre("a")));
+    EXPECT_THAT(keysOf(longest + "]"), Optional(ElementsAre("a")));
+    expectRefused(keysOf, {"", "{}", "\"a\"", "[\"a\",1]", "[null]", "[[\"a\"]]", "[\"a\"]]",
+                           "[\"\xFF\"]", most + ",\"cmd\"]", longest + " ]"});
+    EXPECT_FALSE(InputDaemonWire::releaseKeys(Strings{"release-all", "[]", ""}));
 }
 
 } // namespace

@@ -1,13 +1,24 @@
 #include "core/input/KeyPhase.h"
 
-#include <gmock/gmock.h>
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {
 
 using enum HotkeyModifier;
-using KeyPhase::Step;
 using Modifiers = std::vector<HotkeyModifier>;
+
+/// "+21:cs" is key 21 going down while cmd and shift are held, by their first letters.
+std::string spelt(const std::vector<KeyPhase::Step>& steps) {
+    std::string text;
+    for (const KeyPhase::Step& step : steps) {
+        text += (text.empty() ? "" : " ") + std::string(step.down ? "+" : "-")
+                + std::to_string(step.code) + ":";
+        for (const HotkeyModifier modifier : step.held)
+            text += rawText(modifier)[0];
+    }
+    return text;
+}
 
 TEST(KeyPhase, PlansTheEventsOfEachPhase) {
     struct Case {
@@ -15,57 +26,23 @@ TEST(KeyPhase, PlansTheEventsOfEachPhase) {
         Modifiers modifiers;
         std::optional<std::uint16_t> key;
         Modifiers alreadyHeld;
-        std::vector<Step> steps;
+        std::string steps;
     };
 
     const Case cases[] = {
-        {KeyPhase::tap,
-         {cmd, shift},
-         21,
-         {},
-         {{55, true, {cmd}},
-          {56, true, {cmd, shift}},
-          {21, true, {cmd, shift}},
-          {21, false, {cmd, shift}},
-          {56, false, {cmd}},
-          {55, false, {}}}},
-        {KeyPhase::down, {ctrl}, 0, {}, {{59, true, {ctrl}}, {0, true, {ctrl}}}},
-        {KeyPhase::up, {ctrl}, 0, {}, {{0, false, {ctrl}}, {59, false, {}}}},
-        {KeyPhase::up, {cmd}, 21, {cmd}, {{21, false, {cmd}}}},
-        {KeyPhase::down,
-         {fn, alt, cmd},
-         8,
-         {shift, alt},
-         {{63, true, {shift, alt, fn}},
-          {55, true, {shift, alt, fn, cmd}},
-          {8, true, {shift, alt, fn, cmd}}}},
-        {KeyPhase::up,
-         {fn, alt, cmd},
-         8,
-         {shift, alt},
-         {{8, false, {shift, alt, fn, cmd}},
-          {55, false, {shift, alt, fn}},
-          {63, false, {shift, alt}}}},
-        {KeyPhase::tap, {shift}, {}, {}, {{56, true, {shift}}, {56, false, {}}}},
-        {KeyPhase::tap, {}, {}, {cmd}, {}},
+        {KeyPhase::tap, {cmd, shift}, 21, {}, "+55:c +56:cs +21:cs -21:cs -56:c -55:"},
+        {KeyPhase::down, {ctrl}, 0, {}, "+59:c +0:c"},
+        {KeyPhase::up, {ctrl}, 0, {}, "-0:c -59:"},
+        {KeyPhase::up, {cmd}, 21, {cmd}, "-21:c"},
+        {KeyPhase::down, {fn, alt, cmd}, 8, {shift, alt}, "+63:saf +55:safc +8:safc"},
+        {KeyPhase::up, {fn, alt, cmd}, 8, {shift, alt}, "-8:safc -55:saf -63:sa"},
+        {KeyPhase::tap, {shift}, {}, {}, "+56:s -56:"},
+        {KeyPhase::tap, {}, {}, {cmd}, ""},
         // A modifier that was asked for twice: held twice, and let go of at once.
-        {KeyPhase::tap,
-         {shift, shift},
-         7,
-         {},
-         {{56, true, {shift}},
-          {56, true, {shift, shift}},
-          {7, true, {shift, shift}},
-          {7, false, {shift, shift}},
-          {56, false, {}},
-          {56, false, {}}}},
+        {KeyPhase::tap, {shift, shift}, 7, {}, "+56:s +56:ss +7:ss -7:ss -56: -56:"},
     };
-    int row = 0;
-    for (const Case& c : cases) {
-        EXPECT_EQ(KeyPhase::steps(c.phase, c.modifiers, c.key, c.alreadyHeld), c.steps)
-            << "row " << row;
-        ++row;
-    }
+    for (const auto& [phase, modifiers, key, alreadyHeld, steps] : cases)
+        EXPECT_EQ(spelt(KeyPhase::steps(phase, modifiers, key, alreadyHeld)), steps);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "core/input/LayoutKeySearch.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <map>
 
@@ -10,7 +10,6 @@ namespace {
 using enum HotkeyModifier;
 using LayoutKeySearch::CodeRange;
 using LayoutKeySearch::Match;
-using testing::ElementsAre;
 using Modifiers = std::vector<HotkeyModifier>;
 
 /// What each key gives in the states none, shift, option, both; "" and missing keys give nothing.
@@ -39,42 +38,32 @@ std::optional<Match> find(std::string_view character, const Modifiers& user = {}
 }
 
 TEST(LayoutKeySearch, FindsTheKeyAndWhatElseMustBeHeld) {
-    struct Case {
-        std::string character;
-        Modifiers user;
-        std::optional<Match> match;
-    };
-
-    const Case cases[] = {
-        {"a", {}, Match{0, {}}},
-        {"A", {}, Match{0, {}}},
-        {"b", {}, Match{1, {shift}}},
-        {"B", {}, {}},
-        {"b", {shift}, Match{1, {}}},
-        {"@", {}, Match{5, {}}},
-        {"@", {alt}, Match{5, {}}},
-        {"\u00E5", {}, Match{0, {alt}}},
-        {"\u00C5", {}, Match{0, {alt}}},
-        {"\u00E5", {alt, cmd}, Match{0, {}}},
-        {"X", {}, Match{5, {shift, alt}}},
-        {"X", {alt}, Match{5, {shift}}},
-        {"X", {shift}, Match{5, {alt}}},
-        {"x", {shift, alt}, {}},
-        {"q", {}, Match{6, {shift}}},
-        {"q", {alt}, Match{5, {}}},
-        {"q", {cmd, ctrl, fn}, Match{6, {shift}}},
-        {"a", {shift, alt}, Match{0, {}}},
-        {"\u00E9", {}, Match{4, {}}},
-        {"\u00C9", {}, Match{4, {}}},
-        {"E\u0301", {shift}, Match{4, {}}},
-        {"\u0130", {}, Match{3, {}}},
-        {"", {}, {}},
-        {"aa", {}, {}},
-        {"z", {}, {}},
-    };
-    for (const auto& [character, user, match] : cases)
+    const std::tuple<std::string, Modifiers, Match> found[] = {{"a", {}, {0, {}}},
+                                                               {"A", {}, {0, {}}},
+                                                               {"a", {shift, alt}, {0, {}}},
+                                                               {"b", {}, {1, {shift}}},
+                                                               {"b", {shift}, {1, {}}},
+                                                               {"@", {}, {5, {}}},
+                                                               {"@", {alt}, {5, {}}},
+                                                               {"\u00E5", {}, {0, {alt}}},
+                                                               {"\u00C5", {}, {0, {alt}}},
+                                                               {"\u00E5", {alt, cmd}, {0, {}}},
+                                                               {"X", {}, {5, {shift, alt}}},
+                                                               {"X", {alt}, {5, {shift}}},
+                                                               {"X", {shift}, {5, {alt}}},
+                                                               {"q", {}, {6, {shift}}},
+                                                               {"q", {alt}, {5, {}}},
+                                                               {"q", {cmd, ctrl, fn}, {6, {shift}}},
+                                                               {"\u00E9", {}, {4, {}}},
+                                                               {"\u00C9", {}, {4, {}}},
+                                                               {"E\u0301", {shift}, {4, {}}},
+                                                               {"\u0130", {}, {3, {}}}};
+    for (const auto& [character, user, match] : found)
         EXPECT_EQ(find(character, user), match)
             << character << " with " << user.size() << " modifiers";
+    for (const char* missing : {"B", "", "aa", "z"})
+        EXPECT_FALSE(find(missing)) << missing;
+    EXPECT_FALSE(find("x", {shift, alt}));
 }
 
 TEST(LayoutKeySearch, SearchesAHalfOpenRange) {
@@ -86,17 +75,17 @@ TEST(LayoutKeySearch, SearchesAHalfOpenRange) {
 }
 
 TEST(LayoutState, IsASetOfShiftAndOption) {
-    const auto [none, shifted, optioned, both] = LayoutState::searchOrder;
-    EXPECT_EQ(shifted, LayoutState::shift);
-    EXPECT_EQ(optioned, LayoutState::option);
-    EXPECT_THAT(none.modifiers(), ElementsAre());
-    EXPECT_THAT(shifted.modifiers(), ElementsAre(shift));
-    EXPECT_THAT(optioned.modifiers(), ElementsAre(alt));
-    EXPECT_THAT(both.modifiers(), ElementsAre(shift, alt));
-    EXPECT_EQ(none.carbonModifierState(), 0U);
-    EXPECT_EQ(shifted.carbonModifierState(), 2U);
-    EXPECT_EQ(optioned.carbonModifierState(), 8U);
-    EXPECT_EQ(both.carbonModifierState(), 10U);
+    const std::tuple<LayoutState, Modifiers, std::uint32_t> inSearchOrder[] = {
+        {LayoutState(), {}, 0},
+        {LayoutState::shift, {shift}, 2},
+        {LayoutState::option, {alt}, 8},
+        {LayoutState::searchOrder[3], {shift, alt}, 10}};
+    for (std::size_t i = 0; i < std::size(inSearchOrder); ++i) {
+        const auto& [state, modifiers, carbon] = inSearchOrder[i];
+        EXPECT_EQ(LayoutState::searchOrder[i], state) << i;
+        EXPECT_EQ(state.modifiers(), modifiers) << i;
+        EXPECT_EQ(state.carbonModifierState(), carbon) << i;
+    }
 }
 
 } // namespace

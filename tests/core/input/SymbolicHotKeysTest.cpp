@@ -29,22 +29,22 @@ std::optional<HotKey> resolved(int number, Value entry) {
 }
 
 TEST(SymbolicHotKeys, WithoutAReadableEntryTheDefaultCounts) {
-    const Value entries[] = {
+    const Value values[] = {
         "text",
-        Array{},
-        Dictionary{},
-        Dictionary{{"enabled", true}},
-        Dictionary{{"value", "text"}},
-        Dictionary{{"value", Dictionary{{"type", "button"}}}},
-        Dictionary{{"value", choice(Array{65535, 126}, "button")}},
-        Dictionary{{"value", choice(Array{65535, 126, 262144, 0})}},
-        Dictionary{{"value", choice(Array{65535, "126", 262144})}},
-        Dictionary{{"value", choice(Array{Value(), 126, 262144})}},
-        Dictionary{{"value", choice(Array{65535, 126, std::nan("")})}},
-        Dictionary{{"value", choice(Array{65535, 126, 0x1p63})}},
-        Dictionary{{"value", choice("65535")}},
+        Dictionary{{"type", "button"}},
+        choice(Array{65535, 126}, "button"),
+        choice(Array{65535, 126, 262144, 0}),
+        choice(Array{65535, "126", 262144}),
+        choice(Array{Value(), 126, 262144}),
+        choice(Array{65535, 126, std::nan("")}),
+        choice(Array{65535, 126, 0x1p63}),
+        choice("65535"),
     };
+    Array entries{"text", Array{}, Dictionary{}, Dictionary{{"enabled", true}}};
+    for (const Value& value : values)
+        entries.push_back(Dictionary{{"value", value}});
     for (const Value& entry : entries) {
+        SCOPED_TRACE(&entry - entries.data());
         EXPECT_EQ(resolved(missionControl, entry), missionControlDefault);
         EXPECT_FALSE(resolved(noDefault, entry));
         EXPECT_FALSE(resolved(lookUp, entry));
@@ -52,18 +52,9 @@ TEST(SymbolicHotKeys, WithoutAReadableEntryTheDefaultCounts) {
     const Dictionary others{{"33", Dictionary{{"enabled", 0}}}, {"032", Dictionary{}}};
     for (const Dictionary* preferences : {static_cast<const Dictionary*>(nullptr), &others}) {
         EXPECT_EQ(SymbolicHotKeys::resolve(missionControl, preferences), missionControlDefault);
-        EXPECT_FALSE(SymbolicHotKeys::resolve(lookUp, preferences));
+        for (const int number : {-1, 0, 34, lookUp, noDefault, 163})
+            EXPECT_FALSE(SymbolicHotKeys::resolve(number, preferences)) << number;
     }
-}
-
-TEST(SymbolicHotKeys, TheDefaultsAreThoseOfTheSystem) {
-    const std::pair<int, HotKey> defaults[] = {{32, {126, 0xA40000}}, {33, {125, 0xA40000}},
-                                               {36, {103, 0x800000}}, {64, {49, 0x100000}},
-                                               {79, {123, 0xA40000}}, {81, {124, 0xA40000}}};
-    for (const auto& [number, hotKey] : defaults)
-        EXPECT_EQ(SymbolicHotKeys::resolve(number, nullptr), hotKey) << number;
-    for (const int number : {-1, 0, 34, lookUp, noDefault, 163})
-        EXPECT_FALSE(SymbolicHotKeys::resolve(number, nullptr)) << number;
 }
 
 TEST(SymbolicHotKeys, WhatTheUserSwitchedOffHasNoDefault) {
@@ -77,44 +68,30 @@ TEST(SymbolicHotKeys, WhatTheUserSwitchedOffHasNoDefault) {
 }
 
 TEST(SymbolicHotKeys, SomeCountOnlyWhenSwitchedOn) {
-    struct Case {
-        Value enabled;
-        bool commonCounts, explicitCounts;
+    const auto expect = [](bool commonCounts, bool explicitCounts, const Array& enabled) {
+        for (const Value& value : enabled) {
+            SCOPED_TRACE(&value - enabled.data());
+            const Dictionary entry{{"enabled", value}, {"value", choice(controlUp)}};
+            EXPECT_EQ(resolved(missionControl, entry).has_value(), commonCounts);
+            EXPECT_EQ(resolved(lookUp, entry).has_value(), explicitCounts);
+        }
     };
-
-    const Case cases[] = {{1, true, true},    {true, true, true},          {1.0, true, true},
-                          {7, true, false},   {-1, true, false},           {"1", true, false},
-                          {"0", true, false}, {std::nan(""), true, false}, {Value(), true, false},
-                          {0, false, false}};
-    int row = 0;
-    for (const Case& c : cases) {
-        const Dictionary entry{{"enabled", c.enabled}, {"value", choice(controlUp)}};
-        EXPECT_EQ(resolved(missionControl, entry).has_value(), c.commonCounts) << "row " << row;
-        EXPECT_EQ(resolved(lookUp, entry).has_value(), c.explicitCounts) << "row " << row;
-        ++row;
-    }
+    expect(true, true, {1, true, 1.0});
+    expect(true, false, {7, -1, "1", "0", std::nan(""), Value()});
+    expect(false, false, {0});
     const Dictionary unsaid{{"value", choice(controlUp)}};
     EXPECT_TRUE(resolved(missionControl, unsaid));
     EXPECT_FALSE(resolved(lookUp, unsaid));
 }
 
 TEST(SymbolicHotKeys, OnlyKeysThatCanBePressedCount) {
-    struct Case {
-        Array parameters;
-        std::optional<HotKey> hotKey;
-    };
-
-    const Case cases[] = {
+    const std::pair<Array, std::optional<HotKey>> cases[] = {
         {{65535, 0, 0}, {}},
         {{65535, 122, 0}, HotKey{122, 0}},
         {{65535, 122, 0x800000}, HotKey{122, 0x800000}},
         {{65535, 122, 0x10000}, HotKey{122, 0}},
         {{65535, 124, 262144}, HotKey{124, 0xA40000}},
         {{65535, 124, 0xA00000}, {}},
-        {{97, 0, 0x20000}, HotKey{0, 0x20000}},
-        {{97, 0, 0x40000}, HotKey{0, 0x40000}},
-        {{97, 0, 0x80000}, HotKey{0, 0x80000}},
-        {{97, 0, 0x100000}, HotKey{0, 0x100000}},
         {{97, 0, 0x10000}, {}},
         {{97, 127, INT64_MAX}, HotKey{127, 0xBE0000}},
         {{97, 128, 0x20000}, {}},
@@ -126,13 +103,16 @@ TEST(SymbolicHotKeys, OnlyKeysThatCanBePressedCount) {
         {{-1, 123, 0x20000}, HotKey{123, 0xA20000}},
         {{-1, 122.5, 0x20000}, HotKey{122, 0x20000}},
     };
-    int row = 0;
-    for (const Case& c : cases) {
-        const Dictionary entry{{"enabled", 1}, {"value", choice(c.parameters)}};
-        EXPECT_EQ(resolved(missionControl, entry), c.hotKey) << "row " << row;
-        EXPECT_EQ(resolved(noDefault, entry), c.hotKey) << "row " << row;
-        ++row;
+    for (const auto& [parameters, hotKey] : cases) {
+        SCOPED_TRACE(testing::Message() << "key " << parameters[1].real().value_or(0) << " with "
+                                        << parameters[2].real().value_or(0));
+        const Dictionary entry{{"enabled", 1}, {"value", choice(parameters)}};
+        EXPECT_EQ(resolved(missionControl, entry), hotKey);
+        EXPECT_EQ(resolved(noDefault, entry), hotKey);
     }
+    for (const std::uint64_t flag : {0x20000, 0x40000, 0x80000, 0x100000})
+        EXPECT_EQ(resolved(noDefault, Dictionary{{"value", choice(Array{97, 0, flag})}}),
+                  (HotKey{0, flag}));
     for (std::int64_t code = 0; code <= 127; ++code) {
         const Dictionary bare{{"value", choice(Array{65535, code, 0})}};
         EXPECT_EQ(resolved(missionControl, bare).has_value(),

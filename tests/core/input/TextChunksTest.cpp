@@ -1,34 +1,31 @@
 #include "core/input/TextChunks.h"
 
-#include "core/support/Text.h"
+#include "tests/Texts.h"
 
-#include <gmock/gmock.h>
 #include <rapidcheck/gtest.h>
 
 namespace velmo {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(TextChunks, FillsEachChunkWithWholeCharacters) {
-    const std::string family = "👨‍👩‍👧"; // 8 units
-    std::string tall = "e";                          // one character of 25 units
-    for (int i = 0; i < 24; ++i)
-        tall += "\u0301";
-    const std::string twenty(20, 'x');
-
-    EXPECT_THAT(TextChunks::split(""), ElementsAre());
-    EXPECT_THAT(TextChunks::split(twenty), ElementsAre(twenty));
-    EXPECT_THAT(TextChunks::split(twenty + twenty + "yyyyy"), ElementsAre(twenty, twenty, "yyyyy"));
-    EXPECT_THAT(TextChunks::split(family + family + family), ElementsAre(family + family, family));
-    EXPECT_THAT(TextChunks::split(std::string(19, 'x') + "😀"),
-                ElementsAre(std::string(19, 'x'), "😀"));
-    EXPECT_THAT(TextChunks::split(std::string(18, 'x') + "😀"),
-                ElementsAre(std::string(18, 'x') + "😀"));
-    EXPECT_THAT(TextChunks::split(std::string(19, 'x') + "\r\ny"),
-                ElementsAre(std::string(19, 'x'), "\r\ny"));
-    EXPECT_THAT(TextChunks::split("a" + tall + "b"), ElementsAre("a", tall, "b"));
-    EXPECT_THAT(TextChunks::split("a\xFF"), ElementsAre("a\uFFFD"));
+    const std::string family = "👨‍👩‍👧";    // 8 units
+    const std::string tall = "e" + times(24, "\u0301"); // one character of 25 units
+    const std::string x18(18, 'x');
+    const Strings cases[] = {{},
+                             {x18 + "xx"},
+                             {x18 + "xx", x18 + "xx", "yyyyy"},
+                             {family + family, family},
+                             {x18 + "x", "😀"},
+                             {x18 + "😀"},
+                             {x18 + "x", "\r\ny"},
+                             {"a", tall, "b"}};
+    for (const Strings& chunks : cases) {
+        std::string text;
+        for (const std::string& chunk : chunks)
+            text += chunk;
+        EXPECT_EQ(TextChunks::split(text), chunks) << text;
+    }
+    EXPECT_EQ(TextChunks::split("a\xFF"), Strings{"a\uFFFD"});
 }
 
 RC_GTEST_PROP(TextChunks, ChunksAreShortAndJoinToTheText, (const std::u32string& scalars)) {

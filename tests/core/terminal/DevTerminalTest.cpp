@@ -194,23 +194,21 @@ TEST(DevTerminal, OpensNothingElse) {
     const std::string attach = "--app Terminal --attach-file /T/velmo-term/x";
     expectRefused(
         parse, {"", "--app", "--app Terminal", "--ssh-target h", "--app terminal --ssh-target h"});
-    expectRefused(parse, each("--app Terminal #",
-                              {"--cwd /Users/me/dev --tool zsh", "--cwd /Users/me/dev",
-                               "--tool codex", "--cwd /Users/me --tool codex",
-                               "--cwd dev --tool codex", "--cwd /Users/me/dev/../x --tool codex",
-                               "--cwd /Users/me/dev/out --tool codex", "--ssh-target h@",
-                               "--ssh-target -- --tool", "--attach-file /T/velmo-term/a/x",
-                               "--attach-file /T/velmo-term"}));
+    expectRefused(parse, "--app Terminal #",
+                  {"--cwd /Users/me/dev --tool zsh", "--cwd /Users/me/dev", "--tool codex",
+                   "--cwd /Users/me --tool codex", "--cwd dev --tool codex",
+                   "--cwd /Users/me/dev/../x --tool codex", "--cwd /Users/me/dev/out --tool codex",
+                   "--ssh-target h@", "--ssh-target -- --tool", "--attach-file /T/velmo-term/a/x",
+                   "--attach-file /T/velmo-term"});
     expectRefused(
         parse, each("--app Terminal --cwd /Users/me/dev --tool codex #",
                     {"--app Terminal", "--verbose 1", "--exec", "--exec 0", "--fullscreen true",
                      "--ssh-port 22", "--tool-path /opt/bin/claude", "--tool-path /opt/bin/codex/",
                      "--tool-path bin/codex", "--tool-path /opt/../codex"}));
-    expectRefused(parse, each("--app Terminal --ssh-target h #",
-                              {"--cwd /Users/me/dev", "--tool codex", "--tool-path /opt/codex",
-                               "--exec 1", "--ssh-port 0", "--ssh-port 65536"}));
-    expectRefused(parse,
-                  each(attach + " #", {"--cwd /Users/me/dev", "--exec 1", "--ssh-target h"}));
+    expectRefused(parse, "--app Terminal --ssh-target h #",
+                  {"--cwd /Users/me/dev", "--tool codex", "--tool-path /opt/codex", "--exec 1",
+                   "--ssh-port 0", "--ssh-port 65536"});
+    expectRefused(parse, attach + " #", {"--cwd /Users/me/dev", "--exec 1", "--ssh-target h"});
     expectRefused(
         [&](const std::string& executable) {
             return parseOpen(words(attach), "/Users/me", "/T/velmo-term", executable, resolve);
