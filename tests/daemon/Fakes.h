@@ -20,7 +20,7 @@ namespace velmo {
 
 using Events = std::vector<std::string>;
 
-class FakeMachine final : public PowerMachine {
+class FakeMachine : public PowerMachine {
 public:
     enum class Pmset { works, fails, lies };
 

@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <deque>
-#include <functional>
 #include <thread>
 
 namespace velmo {
@@ -96,32 +95,22 @@ TEST_F(DaemonTest, AHoldThatPmsetKeepsWaitingIsAnsweredWhenItIsHelped) {
 TEST_F(DaemonTest, EveryFaultOfTheMacIsARefusalThatLeavesNothingBehind) {
     startDaemon();
 
-    struct Case {
-        std::string reason;
-        std::function<void(SimulatedMac&)> change;
-    };
-
-    const Case cases[] = {
-        {"battery", [](SimulatedMac& state) { state.mains = false, state.battery = 19; }},
-        {"thermal", [](SimulatedMac& state) { state.thermal = ThermalState::serious; }},
-        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::fails; }},
-        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::dies; }},
-        {"pmset", [](SimulatedMac& state) { state.faults.pmset = PmsetFault::lies; }},
-        {"unreadable",
-         [](SimulatedMac& state) {
-             state.faults = {.pmset = PmsetFault::fails, .propertyUnreadable = true};
-         }},
-        {"record",
-         [](SimulatedMac& state) { state.faults.recordFolder = RecordFolderFault::link; }},
-        {"record",
-         [](SimulatedMac& state) { state.faults.recordFolder = RecordFolderFault::readOnly; }},
+    const std::pair<std::string, std::string> cases[] = {
+        {"battery", "--mains off --battery 19"},
+        {"thermal", "--thermal serious"},
+        {"pmset", "--pmset fails"},
+        {"pmset", "--pmset dies"},
+        {"pmset", "--pmset lies"},
+        {"unreadable", "--pmset fails --property-unreadable on"},
+        {"record", "--record-folder link"},
+        {"record", "--record-folder readOnly"},
     };
     const RawClient client = connect();
     const SimulatedMac sound = mac.load().value();
-    for (const Case& c : cases) {
-        mac.update(c.change);
-        EXPECT_EQ(client.call(holdCall), R"({"ok":false,"reason":")" + c.reason + R"("})");
-        EXPECT_FALSE(sleepDisabled()) << c.reason;
+    for (const auto& [reason, change] : cases) {
+        EXPECT_EQ(velmoMac("set " + root + ' ' + change), 0);
+        EXPECT_EQ(client.call(holdCall), R"({"ok":false,"reason":")" + reason + R"("})") << change;
+        EXPECT_FALSE(sleepDisabled()) << change;
         mac.update([&](SimulatedMac& state) { state = sound; });
     }
     EXPECT_EQ(client.call(holdCall), held);
@@ -156,37 +145,13 @@ TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
 
 TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     const std::string other = (temporary.path() / "other").string();
-    const auto velmoMac = [&](std::vector<std::string_view> words) {
-        return run("velmo-mac", words)->waitForEnd();
-    };
-    EXPECT_EQ(velmoMac({"show", other}), 1);
-    EXPECT_EQ(velmoMac({"create", other}), 0);
-    EXPECT_EQ(velmoMac({"create", other}), 1);
-    EXPECT_EQ(velmoMac({"set",
-                        other,
-                        "--mains",
-                        "off",
-                        "--battery",
-                        "7",
-                        "--thermal",
-                        "serious",
-                        "--clock-forward",
-                        "60",
-                        "--user-id",
-                        "501",
-                        "--team",
-                        "none",
-                        "--trusted-users",
-                        "1",
-                        "2",
-                        "--pmset",
-                        "lies",
-                        "--record-folder",
-                        "link",
-                        "--property-unreadable",
-                        "on",
-                        "--sleep-disabled",
-                        "on"}),
+    EXPECT_EQ(velmoMac("show " + other), 1);
+    EXPECT_EQ(velmoMac("create " + other), 0);
+    EXPECT_EQ(velmoMac("create " + other), 1);
+    EXPECT_EQ(velmoMac("set " + other
+                       + " --mains off --battery 7 --thermal serious --clock-forward 60"
+                         " --user-id 501 --team none --trusted-users 1 2 --pmset lies"
+                         " --record-folder link --property-unreadable on --sleep-disabled on"),
               0);
     const SimulatedMac changed{.mains = false,
                                .battery = 7,
@@ -200,10 +165,10 @@ TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
                                           .propertyUnreadable = true,
                                           .recordFolder = RecordFolderFault::link}};
     EXPECT_EQ(MacFolder(other).load(), changed);
-    EXPECT_EQ(velmoMac({"set", other, "--battery", "none"}), 0);
+    EXPECT_EQ(velmoMac("set " + other + " --battery none"), 0);
     EXPECT_EQ(MacFolder(other).load().value().battery, std::nullopt);
-    EXPECT_EQ(velmoMac({"set", other, "--battery", "101"}), 2);
-    EXPECT_EQ(velmoMac({"set", other, "--pmset", "explodes"}), 2);
+    EXPECT_EQ(velmoMac("set " + other + " --battery 101"), 2);
+    EXPECT_EQ(velmoMac("set " + other + " --pmset explodes"), 2);
     EXPECT_EQ(MacFolder(other).load().value().faults, changed.faults);
 }
 

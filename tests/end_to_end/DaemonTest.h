@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/power/PowerService.h"
+#include "core/support/Text.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/WatchedProcess.h"
 #include "platform/simulated/MacFolder.h"
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -52,6 +54,11 @@ protected:
     velmoPower(std::vector<std::string_view> words) const {
         words.insert(words.begin(), {"--mac", root});
         return run("velmo-power", words);
+    }
+
+    /// The status that velmo-mac ends with when it is given these words.
+    [[nodiscard]] std::optional<int> velmoMac(const std::string& line) const {
+        return run("velmo-mac", Text::pieces(line, Text::isBlank))->waitForEnd();
     }
 
     [[nodiscard]] RawClient connect() const { return RawClient(socket); }

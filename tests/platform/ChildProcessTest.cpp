@@ -18,12 +18,7 @@ std::optional<std::string> shell(std::string_view script) {
 }
 
 TEST(ChildProcess, AnswersTheOutputOfWhatSucceeded) {
-    struct Case {
-        std::string_view script;
-        std::optional<std::string> output;
-    };
-
-    const Case cases[] = {
+    const std::pair<std::string_view, std::optional<std::string>> cases[] = {
         {"printf 'a\\nb'", "a\nb"},
         {":", ""},
         {"echo out; echo err >&2", "out\n"},

@@ -2,7 +2,6 @@
 #include "platform/simulated/CallLine.h"
 #include "platform/simulated/MacFolder.h"
 #include "platform/simulated/SimulatedPowerMachine.h"
-#include "platform/simulated/SimulatedRecordStore.h"
 #include "tests/platform/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,10 +15,6 @@ namespace {
 class SimulatedMacTest : public testing::Test {
 protected:
     SimulatedMacTest() { EXPECT_TRUE(folder.create(VELMO_SIMULATED_PMSET)); }
-
-    void change(const std::function<void(SimulatedMac&)>& change) const {
-        ASSERT_TRUE(folder.update(change));
-    }
 
     TemporaryFolder temporary;
     MacFolder folder{temporary.path() / "mac"};
@@ -36,44 +31,8 @@ TEST_F(SimulatedMacTest, PmsetChangesAndPrintsTheSetting) {
     for (const PmsetArguments words :
          {PmsetArguments{}, {"-a"}, {"-a", "disablesleep", "2"}, {"-a", "sleep", "1"}, {"-g", "x"}})
         EXPECT_FALSE(machine.runPmset(words));
-}
-
-TEST_F(SimulatedMacTest, FaultsHappen) {
-    for (const PmsetFault fault : {PmsetFault::fails, PmsetFault::dies}) {
-        change([&](SimulatedMac& mac) { mac.faults.pmset = fault; });
-        EXPECT_FALSE(machine.runPmset({"-a", "disablesleep", "1"}));
-        EXPECT_FALSE(machine.runPmset({"-g"}));
-    }
-    change([](SimulatedMac& mac) { mac.faults.pmset = PmsetFault::lies; });
-    EXPECT_EQ(machine.runPmset({"-a", "disablesleep", "1"}), "");
-    EXPECT_EQ(machine.sleepDisabledProperty(), false);
-    change([](SimulatedMac& mac) { mac.faults.propertyUnreadable = true; });
-    EXPECT_EQ(machine.sleepDisabledProperty(), std::nullopt);
     std::filesystem::remove(folder.pmset());
     EXPECT_FALSE(machine.runPmset({"-g"}));
-}
-
-TEST_F(SimulatedMacTest, AHungPmsetEndsWhenItIsHelped) {
-    change([](SimulatedMac& mac) { mac.faults.pmset = PmsetFault::hangs; });
-    std::optional<std::string> output;
-    std::thread caller([&] { output = machine.runPmset({"-a", "disablesleep", "1"}); });
-    change([](SimulatedMac& mac) { mac.faults.pmset = PmsetFault::none; });
-    caller.join();
-    EXPECT_EQ(output, "");
-    EXPECT_TRUE(folder.load()->sleepDisabled);
-}
-
-TEST_F(SimulatedMacTest, TheRecordFolderCanBreak) {
-    SimulatedRecordStore records(folder, "/var/db/velmo", "power-daemon.json");
-    const PowerDaemonRecord record{.previous = false, .since = 1};
-    for (const RecordFolderFault fault : {RecordFolderFault::readOnly, RecordFolderFault::link}) {
-        change([&](SimulatedMac& mac) { mac.faults.recordFolder = fault; });
-        EXPECT_FALSE(records.write(record));
-        EXPECT_FALSE(records.read());
-    }
-    change([&](SimulatedMac& mac) { mac.faults.recordFolder = RecordFolderFault::none; });
-    EXPECT_TRUE(records.write(record));
-    EXPECT_EQ(records.read(), record);
 }
 
 TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {

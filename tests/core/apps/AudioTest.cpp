@@ -10,6 +10,7 @@ namespace velmo {
 namespace {
 
 using namespace AudioOutputs;
+using namespace std::string_literals;
 using Arguments = std::vector<std::string>;
 
 TEST(AudioOutputs, PacksFourBytesAndNamesTheTransport) {
@@ -28,20 +29,12 @@ TEST(AudioOutputs, PacksFourBytesAndNamesTheTransport) {
 }
 
 TEST(AudioOutputs, AnIdentifierIsNeverTakenForAnOption) {
-    for (const std::string& id : {std::string("BuiltInSpeakerDevice"), std::string("a b "),
-                                  std::string("~-!"), std::string(200, 'x')}) {
-        EXPECT_TRUE(isValidID(id)) << id;
+    for (const std::string& id : {"a b "s, "~-!"s, std::string(200, 'x')})
         EXPECT_EQ(parseSetArgs(Arguments{id}), id);
-        EXPECT_FALSE(parseSetArgs(Arguments{id, id}));
-    }
     for (const std::string& id :
-         {std::string(), std::string("-x"), std::string(" x"), std::string(201, 'x'),
-          std::string("caf\u00E9"), std::string("a\x7F"), std::string("a\n"),
-          std::string("a\0", 2)}) {
-        EXPECT_FALSE(isValidID(id)) << id;
+         {""s, "-x"s, " x"s, std::string(201, 'x'), "caf\u00E9"s, "a\x7F"s, "a\n"s, "a\0"s})
         EXPECT_FALSE(parseSetArgs(Arguments{id})) << id;
-    }
-    EXPECT_FALSE(parseSetArgs({}));
+    EXPECT_FALSE(parseSetArgs({}) || parseSetArgs(Arguments{"a", "a"}));
 }
 
 /// By length, then by small letters alone: an order that no other one passes for.

@@ -24,18 +24,13 @@ std::vector<DockTile> appsOf(Value value) {
 }
 
 TEST(DockPrefsParser, KeepsTilesThatNameAnApplication) {
-    struct Case {
-        Value entry;
-        std::optional<DockTile> tile;
-    };
-
     const std::string url = "file:///Applications/Notes.app/";
     const std::string path = "/Applications/Notes.app";
     const Value noType = Dictionary{
         {"tile-data", Dictionary{{"file-data", Dictionary{{"_CFURLString", "/A/N.APP"}}}}}};
     const Value noPath =
         Dictionary{{"tile-data", Dictionary{{"bundle-identifier", " com.x.Notes\n"}}}};
-    const Case cases[] = {
+    const std::pair<Value, std::optional<DockTile>> cases[] = {
         {tile("file-tile", url, " Notes ", "com.x.Notes"), DockTile{"com.x.Notes", path, "Notes"}},
         {tile("file-tile", url), DockTile{"", path, ""}},
         {tile(" file-tile\n", url), DockTile{"", path, ""}},
@@ -102,36 +97,23 @@ TEST(DockPrefsParser, KnowsTheDownloadsFolder) {
 
 TEST(DockPrefsParser, ReadsPathsOfAddressesAndPlainOnes) {
     const std::pair<std::string, std::string> cases[] = {
-        {"file:///Applications/Safari.app/", "/Applications/Safari.app"},
         {"file:///My%20Apps/X.app/", "/My Apps/X.app"},
         {"file:///a//", "/a/"},
         {"file:///", "/"},
-        {"file://", ""},
         {"file://server/share/", "/share"},
-        {"/Users/u/Downloads", "/Users/u/Downloads"},
-        {"/a b/%20/", "/a b/%20/"},
-        {"file:/a", ""},
-        {"FILE:///a", ""},
-        {"file:///%00", ""},
-        {"file:///a b", ""},
-        {"https://x/a", ""},
-        {"relative", ""},
-        {"", ""},
-    };
+        {"/a b/%20/", "/a b/%20/"}};
     for (const auto& [text, path] : cases)
         EXPECT_EQ(DockPrefsParser::path(text), path) << text;
+    for (const char* text :
+         {"file://", "file:/a", "FILE:///a", "file:///%00", "https://x/a", "relative", ""})
+        EXPECT_EQ(DockPrefsParser::path(text), "") << text;
 }
 
 TEST(DockPrefsParser, ReadsTheWholeAndTellsUnknownFromFalse) {
     const Value app = Array{tile("file-tile", "", "N", "b")};
     const std::string one = R"([{"bundleId":"b","label":"N","path":""}])";
 
-    struct Case {
-        Dictionary prefs;
-        std::string line;
-    };
-
-    const Case cases[] = {
+    const std::pair<Dictionary, std::string> cases[] = {
         {{}, R"({"apps":[],"modCount":0,"others":[],"recents":[]})"},
         {{{"persistent-apps", app},
           {"recent-apps", app},

@@ -12,24 +12,13 @@ namespace {
 
 TEST(GazeIdle, RoundsToMillisecondsWithinADay) {
     using Limits = std::numeric_limits<double>;
-    const std::pair<double, double> cases[] = {{0, 0},
-                                               {0.12345, 0.123},
-                                               {0.0005, 0.001},
-                                               {0.0025, 0.003},
-                                               {1.0005, 1.001},
-                                               {0.0004, 0},
-                                               {86399.9996, 86400},
-                                               {86400, 86400},
-                                               {100000, 86400},
-                                               {1e308, 86400},
-                                               {-1, 86400},
-                                               {-1e-300, 86400},
-                                               {Limits::infinity(), 86400},
-                                               {-Limits::infinity(), 86400},
-                                               {Limits::quiet_NaN(), 86400},
-                                               {Limits::denorm_min(), 0}};
-    for (const auto& [seconds, cleaned] : cases)
+    const std::pair<double, double> rounded[] = {
+        {0, 0}, {0.0004, 0}, {0.0005, 0.001}, {0.0025, 0.003}, {1.0005, 1.001}};
+    for (const auto& [seconds, cleaned] : rounded)
         EXPECT_EQ(GazeIdle::clean(seconds), cleaned) << seconds;
+    for (const double aDay : {86399.9996, 86400.0, 1e308, -1e-300, Limits::infinity(),
+                              -Limits::infinity(), Limits::quiet_NaN()})
+        EXPECT_EQ(GazeIdle::clean(aDay), 86400) << aDay;
     EXPECT_TRUE(std::signbit(GazeIdle::clean(-0.0)));
 
     const GazeIdle idle(0.5004, -1, true, false);

@@ -10,14 +10,12 @@ namespace {
 using Automation = SetupPermissionReport::Automation;
 
 TEST(SetupPermissionReport, OnlyThreeStatusesSayWhatTheUserDecided) {
-    const std::pair<std::int32_t, Automation> cases[] = {
-        {0, Automation::granted},           {-1743, Automation::denied},
-        {-1744, Automation::notAsked},      {-600, Automation::notRunning},
-        {1, Automation::notRunning},        {1743, Automation::notRunning},
-        {-1745, Automation::notRunning},    {-1742, Automation::notRunning},
-        {INT32_MIN, Automation::notRunning}};
-    for (const auto& [status, verdict] : cases)
-        EXPECT_EQ(SetupPermissionReport::automationForStatus(status), verdict) << status;
+    const auto verdict = SetupPermissionReport::automationForStatus;
+    EXPECT_EQ(verdict(0), Automation::granted);
+    EXPECT_EQ(verdict(-1743), Automation::denied);
+    EXPECT_EQ(verdict(-1744), Automation::notAsked);
+    for (const std::int32_t status : {-600, 1, 1743, -1745, -1742, INT32_MIN})
+        EXPECT_EQ(verdict(status), Automation::notRunning) << status;
 }
 
 TEST(SetupPermissionReport, AsksOnlyWhenToldToByTheOneWord) {

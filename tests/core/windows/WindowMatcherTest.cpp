@@ -33,13 +33,7 @@ Index resolved(const Title& title, bool onScreen, const std::vector<AXWindowFact
 }
 
 TEST(WindowMatcher, FindsTheWindowThatIsMeant) {
-    struct Case {
-        Title title;
-        std::vector<AXWindowFacts> facts;
-        Index index;
-    };
-
-    const Case onScreen[] = {
+    const std::tuple<Title, std::vector<AXWindowFacts>, Index> onScreen[] = {
         {"a", {at(0, "a"), numbered(7, 900, "b")}, 1},
         {{}, {at({}), at(20), at(-10), at(10)}, 2}, // by place alone
         {{}, {at(24.5), at(std::nan("")), at(24)}, 2},
@@ -57,7 +51,7 @@ TEST(WindowMatcher, FindsTheWindowThatIsMeant) {
         EXPECT_EQ(resolved(title, true, facts), index) << "row " << row++;
     EXPECT_EQ(resolved("a", true, {at(0, "a")}, {}), std::nullopt);
 
-    const Case offScreen[] = {
+    const std::tuple<Title, std::vector<AXWindowFacts>, Index> offScreen[] = {
         {"a", {minimized(0, "a"), numbered(7, 900)}, 1},
         // the only minimized one with the title
         {"a", {minimized(0, "b"), minimized({}, "a"), at(0, "a")}, 1},

@@ -7,10 +7,11 @@
 #include <IOKit/ps/IOPowerSources.h>
 #include <Security/Security.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 
 namespace velmo::fake {
 
@@ -46,15 +47,8 @@ const Value& valueOf(CFTypeRef reference) {
     return std::get<Value>(object(reference).value);
 }
 
-template<class Value, class... Values>
-constexpr CFTypeID placeOf(const std::variant<Values...>* /*for its type*/) {
-    CFTypeID place = 0;
-    static_cast<void>(((std::is_same_v<Value, Values> || (++place, false)) || ...));
-    return place;
-}
-
 template<class Value>
-constexpr CFTypeID typeOf = placeOf<Value>(static_cast<decltype(Object::value)*>(nullptr));
+const CFTypeID typeOf = decltype(Object::value)(std::in_place_type<Value>).index();
 
 /// Int and real numbers are of one type.
 CFTypeID typeOfNumber() {
@@ -91,17 +85,17 @@ bool isDigit(char16_t unit) {
     return unit < 0x80 && Ascii::isDigit(static_cast<char>(unit));
 }
 
-/// Takes a number of few digits, or one unit, from the front.
-std::int64_t takeRank(std::u16string_view& text, bool numerically) {
-    std::int64_t rank = 0;
-    if (!numerically || !isDigit(text.front())) {
-        rank = text.front() >= u'A' && text.front() <= u'Z' ? text.front() + 32 : text.front();
-        text.remove_prefix(1);
-        return rank;
+/// Compares as the text does without regard to case, and numbers of few digits by value if asked.
+std::u16string collated(std::u16string_view text, bool numerically) {
+    std::u16string key;
+    for (; !text.empty(); text.remove_prefix(1)) {
+        const char16_t unit = text.front();
+        const auto digits = std::ranges::find_if_not(text, isDigit) - text.begin();
+        if (numerically && digits > 0 && (key.empty() || !isDigit(key.back())))
+            key.append(20 - static_cast<std::size_t>(digits), u'0');
+        key += unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
     }
-    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1))
-        rank = rank * 10 + text.front() - u'0';
-    return rank;
+    return key;
 }
 
 bool isSurrogate(char16_t unit) {
@@ -187,12 +181,7 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding /*e
     for (const char16_t unit : text) {
         if (isSurrogate(unit))
             break;
-        if (unit >= 0x800)
-            bytes += static_cast<char>(0xE0 | unit >> 12);
-        if (unit >= 0x80)
-            bytes +=
-                static_cast<char>(unit >= 0x800 ? 0x80 | (unit >> 6 & 0x3F) : 0xC0 | unit >> 6);
-        bytes += static_cast<char>(unit >= 0x80 ? 0x80 | (unit & 0x3F) : unit);
+        velmo::Text::append(bytes, unit);
         ++converted;
     }
     if (static_cast<CFIndex>(bytes.size()) > size)
@@ -215,15 +204,9 @@ CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
     const bool numerically = (options & kCFCompareNumerically) != 0;
     if ((options & ~CFStringCompareFlags{kCFCompareNumerically}) != 33)
         std::abort();
-    std::u16string_view a = valueOf<std::u16string>(first);
-    std::u16string_view b = valueOf<std::u16string>(second);
-    while (!a.empty() && !b.empty()) {
-        const auto rankOfA = takeRank(a, numerically);
-        const auto rankOfB = takeRank(b, numerically);
-        if (rankOfA != rankOfB)
-            return rankOfA < rankOfB ? -1 : 1;
-    }
-    return a.empty() ? -static_cast<CFComparisonResult>(!b.empty()) : 1;
+    const int order = collated(valueOf<std::u16string>(first), numerically)
+                          .compare(collated(valueOf<std::u16string>(second), numerically));
+    return order < 0 ? -1 : order > 0;
 }
 
 CFTypeID CFDataGetTypeID() {

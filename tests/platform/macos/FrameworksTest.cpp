@@ -33,22 +33,14 @@ protected:
 };
 
 TEST_F(MacFrameworks, SleepDisabledIsABooleanOrNothing) {
-    struct Case {
-        const char* name;
-        Object* property;
-        std::optional<bool> expected;
-    };
-
-    const Case cases[] = {
-        {.name = "set", .property = mac.make(true), .expected = true},
-        {.name = "not set", .property = mac.make(false), .expected = false},
-        {.name = "a number", .property = number(1), .expected = std::nullopt},
-        {.name = "text", .property = text(u"Yes"), .expected = std::nullopt},
-        {.name = "missing", .property = nullptr, .expected = std::nullopt},
-    };
-    for (const Case& each : cases) {
-        mac.sleepDisabled = each.property;
-        EXPECT_EQ(sleepDisabledInRootDomain(), each.expected) << each.name;
+    const std::pair<Object*, std::optional<bool>> cases[] = {{mac.make(true), true},
+                                                             {mac.make(false), false},
+                                                             {number(1), {}},
+                                                             {text(u"Yes"), {}},
+                                                             {nullptr, {}}};
+    for (const auto& [property, expected] : cases) {
+        mac.sleepDisabled = property;
+        EXPECT_EQ(sleepDisabledInRootDomain(), expected);
     }
     mac.hasRootDomain = false;
     mac.sleepDisabled = mac.make(true);
@@ -91,28 +83,19 @@ TEST_F(MacFrameworks, WithoutSnapshotOrListThereIsLessToRead) {
 }
 
 TEST_F(MacFrameworks, TheTeamIsTextOrNothing) {
-    struct Case {
-        const char* name;
-        Object* team;
-        std::optional<std::string> expected;
+    const std::pair<std::u16string, std::optional<std::string>> cases[] = {
+        {u"ABCDE12345", "ABCDE12345"},
+        {u"Aé漢", "Aé漢"},
+        {{u"AB\0C", 4}, std::string("AB\0C", 4)}, // NUL hides nothing
+        {u"", ""},
+        {{u'A', char16_t{0xD800}, u'B'}, {}},
     };
-
-    const Case cases[] = {
-        {.name = "a team", .team = text(u"ABCDE12345"), .expected = "ABCDE12345"},
-        {.name = "all lengths of UTF-8", .team = text(u"Aé漢"), .expected = "Aé漢"},
-        {.name = "NUL hides nothing",
-         .team = text({u"AB\0C", 4}),
-         .expected = std::string("AB\0C", 4)},
-        {.name = "empty", .team = text(u""), .expected = ""},
-        {.name = "a lone surrogate",
-         .team = text({u'A', char16_t{0xD800}, u'B'}),
-         .expected = std::nullopt},
-        {.name = "a number", .team = number(12345), .expected = std::nullopt},
-    };
-    for (const Case& each : cases) {
-        mac.signingInformation = mac.make(Dictionary{{u"teamid", each.team}});
-        EXPECT_EQ(currentSigningTeam(), each.expected) << each.name;
+    for (const auto& [team, expected] : cases) {
+        mac.signingInformation = mac.make(Dictionary{{u"teamid", text(team)}});
+        EXPECT_EQ(currentSigningTeam(), expected) << testing::PrintToString(team);
     }
+    mac.signingInformation = mac.make(Dictionary{{u"teamid", number(12345)}});
+    EXPECT_EQ(currentSigningTeam(), std::nullopt);
     mac.signingInformation = mac.make(Dictionary{});
     EXPECT_EQ(currentSigningTeam(), std::nullopt) << "signed ad hoc";
     mac.signingInformation = nullptr;

@@ -81,22 +81,17 @@ TEST_F(InventoryOnDisk, ReadsBundlesOfEitherFormAndNamesDamagedOnesByTheirFile) 
 
 TEST_F(InventoryOnDisk, WalksOneFolderDownAndThroughLinks) {
     const std::string list = xmlList(information("N"));
-    for (const char* path :
-         {"A/1.app", "A/Utilities/2.app", "A/Utilities/Deeper/3.app", "A/.Hidden/4.app", "A/.5.app",
-          "A/Utilities/.6.app", "A/Tools.APP/7.app", "A/1.app/Contents/8.app", "Elsewhere/9.app",
-          "Locked/10.app"})
+    for (const char* path : {"A/1.app", "A/Utilities/2.app", "Elsewhere/9.app", "Locked/10.app"})
         bundle(path, list);
     fs::create_directory_symlink(root / "Elsewhere", root / "A/Linked");
     fs::create_directory_symlink(root / "Elsewhere/9.app", root / "A/Link.app");
     fs::create_directory_symlink(root / "A", root / "A/Loop");
     ::chmod((root / "Locked").c_str(), 0);
-    std::vector<std::string> expected{
-        "N, /A/1.app, com.x, ",           "N, /A/Link.app, com.x, ",
-        "N, /A/Linked/9.app, com.x, ",    "N, /A/Loop/1.app, com.x, ",
-        "N, /A/Loop/Link.app, com.x, ",   "N, /A/Tools.APP/7.app, com.x, ",
-        "N, /A/Utilities/2.app, com.x, ",
-    };
-    EXPECT_EQ(scan({"A", "A/../A/", "Missing", "A/1.app/Contents/Info.plist"}), expected);
+    EXPECT_THAT(scan({"A", "A/../A/", "Missing", "A/1.app/Contents/Info.plist"}),
+                testing::ElementsAre("N, /A/1.app, com.x, ", "N, /A/Link.app, com.x, ",
+                                     "N, /A/Linked/9.app, com.x, ", "N, /A/Loop/1.app, com.x, ",
+                                     "N, /A/Loop/Link.app, com.x, ",
+                                     "N, /A/Utilities/2.app, com.x, "));
     const bool isRoot = ::geteuid() == 0; // whom no mode keeps out
     EXPECT_EQ(scan({"Locked"}).empty(), !isRoot);
     EXPECT_EQ(scan({"Elsewhere", "A/1.app/../../Elsewhere"}),

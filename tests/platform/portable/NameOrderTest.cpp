@@ -9,32 +9,28 @@ namespace velmo {
 namespace {
 
 TEST(NameOrder, IsThatOfTheLocaleWithoutRegardToCase) {
-    struct Case {
-        std::string locale;
-        DigitOrder digits;
-        std::string_view a, b;
-        std::weak_ordering order;
-    };
-
+    using enum DigitOrder;
     const auto less = std::weak_ordering::less;
     const auto same = std::weak_ordering::equivalent;
-    const Case cases[] = {
-        {"en_GB", DigitOrder::byValue, "Speaker 9", "Speaker 10", less},
-        {"en_GB", DigitOrder::byCharacter, "Speaker 10", "Speaker 9", less},
-        {"en_GB", DigitOrder::byValue, "a007", "A7", same},
-        {"en_GB", DigitOrder::byValue, "a99999999999999999999", "a100000000000000000000", less},
-        {"en_GB", DigitOrder::byCharacter, "safari", "Safari", same},
-        {"en_GB", DigitOrder::byCharacter, "a", "B", less},
-        {"en_GB", DigitOrder::byCharacter, "B", "c", less},
-        {"en_GB", DigitOrder::byCharacter, "e", "\u00E9", less},
-        {"en_GB", DigitOrder::byCharacter, "\u00E9", "f", less},
-        {"en_GB", DigitOrder::byCharacter, "\u00E9", "E\u0301", same},
-        {"en_US_POSIX", DigitOrder::byCharacter, "safari", "Safari", same},
-        {"en_US_POSIX", DigitOrder::byCharacter, "a", "B", less},
-        {"de_DE", DigitOrder::byCharacter, "\u00E4", "z", less},
-        {"sv_SE", DigitOrder::byCharacter, "z", "\u00E4", less},
-        {"", DigitOrder::byCharacter, "", "\xFF", less},
-    };
+    const std::tuple<std::string, DigitOrder, std::string_view, std::string_view,
+                     std::weak_ordering>
+        cases[] = {
+            {"en_GB", byValue, "Speaker 9", "Speaker 10", less},
+            {"en_GB", byCharacter, "Speaker 10", "Speaker 9", less},
+            {"en_GB", byValue, "a007", "A7", same},
+            {"en_GB", byValue, "a99999999999999999999", "a100000000000000000000", less},
+            {"en_GB", byCharacter, "safari", "Safari", same},
+            {"en_GB", byCharacter, "a", "B", less},
+            {"en_GB", byCharacter, "B", "c", less},
+            {"en_GB", byCharacter, "e", "\u00E9", less},
+            {"en_GB", byCharacter, "\u00E9", "f", less},
+            {"en_GB", byCharacter, "\u00E9", "E\u0301", same},
+            {"en_US_POSIX", byCharacter, "safari", "Safari", same},
+            {"en_US_POSIX", byCharacter, "a", "B", less},
+            {"de_DE", byCharacter, "\u00E4", "z", less},
+            {"sv_SE", byCharacter, "z", "\u00E4", less},
+            {"", byCharacter, "", "\xFF", less},
+        };
     for (const auto& [locale, digits, a, b, order] : cases) {
         const auto compare = localeComparison(locale, digits);
         EXPECT_TRUE(compare(a, b) == order) << locale << ": " << a << ", " << b;

@@ -12,6 +12,7 @@
 namespace velmo {
 namespace {
 
+using namespace std::string_literals;
 using Array = Value::Array;
 using Dictionary = Value::Dictionary;
 
@@ -77,8 +78,6 @@ std::string keyed(const std::string& key) {
 }
 
 TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
-    EXPECT_TRUE(PropertyList::parse(xmlList(nested(129))));
-    EXPECT_TRUE(PropertyList::parse(binaryList(nested(129))));
     EXPECT_EQ(PropertyList::parse(doubling(1)), (Value{Array{true, true}}));
     EXPECT_EQ(PropertyList::parse(listOf({"\xA2\x01\x01", "\xA0"})),
               (Value{Array{Array{}, Array{}}}));
@@ -88,29 +87,20 @@ TEST(PropertyList, WhatWouldExhaustTheReaderIsRefused) {
     std::string many = "<array>";
     for (int i = 0; i < 10000; ++i)
         many += "<dict><key>a</key><true/></dict>";
-    const std::string utf16("\xFF\xFE<\0p\0", 6);
-    const std::string cases[] = {
-        "",
-        "bplist00",
-        "{ a = b; }",
-        "(a)",
-        utf16,
-        xmlList(nested(130)),
-        binaryList(nested(130)),
-        xmlList(nested(100000)),
-        xmlList(many + "</array>"),
-        binaryList(many + "</array>"),
-        xmlList("<string>" + std::string(1048576, 'x') + "</string>"),
-        keyed("\x09"),
-        keyed("\x5F\x11\x01"),
-        keyed("\xDF\x13\x80" + std::string(7, '\0')), // 2^63 members
-        keyed(std::string("\x52k\0", 3)),
-        keyed(std::string("\x62\0k\0\0", 5)),
-        doubling(2),
-        doubling(60),
-    };
-    for (const std::string& bytes : cases)
-        EXPECT_FALSE(PropertyList::parse(bytes)) << bytes.substr(0, 60);
+    for (auto* const form : {xmlList, binaryList}) {
+        EXPECT_TRUE(PropertyList::parse(form(nested(129))));
+        for (const std::string& content :
+             {nested(130), many + "</array>", "<string>" + std::string(1048576, 'x') + "</string>"})
+            EXPECT_FALSE(PropertyList::parse(form(content))) << content.substr(0, 60);
+    }
+    EXPECT_FALSE(PropertyList::parse(xmlList(nested(100000))));
+    for (const std::string& bytes :
+         {""s, "bplist00"s, "{ a = b; }"s, "(a)"s, "\xFF\xFE<\0p\0"s, doubling(2), doubling(60)})
+        EXPECT_FALSE(PropertyList::parse(bytes)) << bytes;
+    const std::string members(7, '\0'); // beside the highest byte of their number
+    for (const std::string& key :
+         {"\x09"s, "\x5F\x11\x01"s, "\xDF\x13\x80" + members, "\x52k\0"s, "\x62\0k\0\0"s})
+        EXPECT_FALSE(PropertyList::parse(keyed(key))) << testing::PrintToString(key);
 }
 
 /// Whatever is made of it, making it ends and stays within memory.

@@ -1,0 +1,101 @@
+#include "core/clipboard/ClipboardWrite.h"
+#include "tests/core/clipboard/ClipboardBodies.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace {
+
+/// Before each block stands its size.
+constexpr std::size_t header = alignof(std::max_align_t);
+
+// Of what was allocated with `new` anywhere in this program.
+std::size_t liveBytes = 0;
+std::size_t mostLiveBytes = 0;
+
+} // namespace
+
+// Every form: a sanitizer's own do not call one another.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    auto* block = static_cast<std::size_t*>(std::malloc(header + size));
+    if (block == nullptr)
+        return nullptr;
+    *block = size;
+    liveBytes += size;
+    mostLiveBytes = std::max(mostLiveBytes, liveBytes);
+    return reinterpret_cast<char*>(block) + header;
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
+
+void* operator new(std::size_t size) {
+    void* pointer = operator new(size, std::nothrow);
+    if (pointer == nullptr)
+        throw std::bad_alloc();
+    return pointer;
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void operator delete(void* pointer) noexcept {
+    if (pointer == nullptr)
+        return;
+    void* block = static_cast<char*>(pointer) - header;
+    liveBytes -= *static_cast<std::size_t*>(block);
+    std::free(block);
+}
+
+void operator delete[](void* pointer) noexcept {
+    operator delete(pointer);
+}
+
+void operator delete(void* pointer, std::size_t /*size*/) noexcept {
+    operator delete(pointer);
+}
+
+void operator delete[](void* pointer, std::size_t /*size*/) noexcept {
+    operator delete(pointer);
+}
+
+void operator delete(void* pointer, const std::nothrow_t& /*tag*/) noexcept {
+    operator delete(pointer);
+}
+
+void operator delete[](void* pointer, const std::nothrow_t& /*tag*/) noexcept {
+    operator delete(pointer);
+}
+
+namespace velmo {
+namespace {
+
+/// Largest number of bytes that were allocated at once to parse it, beyond those before.
+std::size_t heapToParse(std::string_view body) {
+    const std::size_t before = liveBytes;
+    mostLiveBytes = before;
+    EXPECT_TRUE(ClipboardWrite::parse(bytesOf(body)));
+    return mostLiveBytes - before;
+}
+
+/// What it allocates is all that there is beside the caller's body.
+TEST(ClipboardHeap, ALargeBodyIsNotCopied) {
+    for (const bool escaped : {false, true}) {
+        const std::string body = imageBody(image(5000000), escaped);
+        const std::size_t heap = heapToParse(body);
+        EXPECT_GT(heap, 5000000U) << "the image itself";
+        EXPECT_LT(heap, body.size()) << escaped;
+    }
+    const std::string body = textBody("\\u0041", mebibyte);
+    EXPECT_LT(heapToParse(body), body.size());
+}
+
+} // namespace
+} // namespace velmo
