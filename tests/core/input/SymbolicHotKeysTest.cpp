@@ -110,7 +110,7 @@ TEST(SymbolicHotKeys, OnlyKeysThatCanBePressedCount) {
         EXPECT_EQ(resolved(missionControl, entry), hotKey);
         EXPECT_EQ(resolved(noDefault, entry), hotKey);
     }
-    for (const std::uint64_t flag : {0x20000, 0x40000, 0x80000, 0x100000})
+    for (const std::uint64_t flag : {0x20000U, 0x40000U, 0x80000U, 0x100000U})
         EXPECT_EQ(resolved(noDefault, Dictionary{{"value", choice(Array{97, 0, flag})}}),
                   (HotKey{0, flag}));
     for (std::int64_t code = 0; code <= 127; ++code) {
