@@ -1,5 +1,6 @@
 #include "platform/posix/Io.h"
 
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,20 +38,14 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
-namespace {
-
-void writeOnce(int descriptor, std::string_view line) {
-    retryInterrupted([&] { return ::write(descriptor, line.data(), line.size()); });
-}
-
-} // namespace
-
 void writeStandardOutput(std::string_view line) {
-    writeOnce(STDOUT_FILENO, line);
+    retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
 }
 
 void writeStandardError(std::string_view line) {
-    writeOnce(STDERR_FILENO, line);
+    pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+    if (::poll(&standardError, 1, 0) != 0)
+        retryInterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); });
 }
 
 } // namespace velmo

@@ -14,7 +14,8 @@ namespace velmo {
 ///     machine.json            its state (`SimulatedMac`)
 ///     usr/bin/pmset           the program that changes and prints the sleep setting
 ///     var/db/velmo/           the daemon's record
-///     var/run/                the socket that stands for the Mach service
+///     var/run/                the socket that stands for the Mach service, and a sign while pmset
+///     hangs
 class MacFolder {
 public:
     explicit MacFolder(const std::filesystem::path& root);
@@ -30,6 +31,11 @@ public:
     bool update(const std::function<void(SimulatedMac&)>& change) const;
 
     [[nodiscard]] std::filesystem::path pmset() const { return root_ / "usr/bin/pmset"; }
+
+    /// The file that is there while a pmset hangs.
+    [[nodiscard]] std::filesystem::path signOfHungPmset() const {
+        return root_ / "var/run/pmset.hangs";
+    }
 
     [[nodiscard]] std::filesystem::path socket(std::string_view service) const;
 

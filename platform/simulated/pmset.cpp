@@ -10,8 +10,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <span>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -30,9 +32,12 @@ int complain(std::string_view message) {
 /// Blocks as a hung tool does, until a person or a test takes the fault out of the machine file.
 void hang(const MacFolder& folder) {
     using namespace std::chrono_literals;
+    std::ofstream(folder.signOfHungPmset()).flush();
     for (auto mac = folder.load(); mac && mac->faults.pmset == PmsetFault::hangs;
          mac = folder.load())
         std::this_thread::sleep_for(20ms);
+    std::error_code unimportant;
+    std::filesystem::remove(folder.signOfHungPmset(), unimportant);
 }
 
 /// The layout of the real tool, of which the daemon reads one line.

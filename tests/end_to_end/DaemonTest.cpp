@@ -1,6 +1,11 @@
 #include "tests/end_to_end/DaemonTest.h"
 
+#include "platform/posix/ChildProcess.h"
+#include "platform/posix/Pipe.h"
+
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <stdlib.h>
 
 #include <csignal>
 #include <deque>
@@ -88,6 +93,8 @@ TEST_F(DaemonTest, AHoldThatPmsetKeepsWaitingIsAnsweredWhenItIsHelped) {
     mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::hangs; });
     const RawClient client = connect();
     EXPECT_TRUE(client.send(std::string(holdCall) + "\n"));
+    EXPECT_TRUE(appears(mac.signOfHungPmset()));
+    EXPECT_FALSE(sleepDisabled());
     mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::none; });
     EXPECT_EQ(client.readLine(), held);
 }
@@ -143,6 +150,25 @@ TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
     EXPECT_FALSE(sleepDisabled());
 }
 
+TEST_F(DaemonTest, ALogThatNobodyReadsDoesNotKeepItFromRestoring) {
+    const auto log = makePipe();
+    ASSERT_TRUE(log);
+    const int end = log->writeEnd.get();
+    ::fcntl(end, F_SETFL, O_NONBLOCK);
+    const std::string some(512, '.');
+    while (::write(end, some.data(), some.size()) > 0)
+        ;
+    ::fcntl(end, F_SETFL, 0);
+    const auto pid = startChild(VELMO_PROGRAMS "/VelmoPowerDaemonSimulated",
+                                std::vector<std::string_view>{root}, {end, end, end});
+    ASSERT_TRUE(pid && appears(socket));
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    ::kill(*pid, SIGTERM);
+    EXPECT_EQ(waitForChild(*pid), 0);
+    EXPECT_FALSE(sleepDisabled());
+}
+
 TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     const std::string other = (temporary.path() / "other").string();
     EXPECT_EQ(velmoMac("show " + other), 1);
@@ -187,6 +213,7 @@ TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {
     EXPECT_EQ(statusOf({}), 2);
     EXPECT_EQ(statusOf({"--help"}), 0);
     EXPECT_EQ(statusOf({"release"}), 0);
+    EXPECT_EQ(statusOf({"status"}), 0);
     const RawClient holder = connect();
     EXPECT_EQ(holder.call(holdCall), held);
     EXPECT_EQ(statusOf({"hold"}), 1);
@@ -210,6 +237,32 @@ TEST_F(DaemonTest, VelmoPowerHoldsWhileItsCommandRuns) {
     EXPECT_THAT(client->lines(), testing::Contains(testing::HasSubstr("\"sleepDisabled\":true")));
     EXPECT_TRUE(daemon->waitForLine("sleep enabled again (released)"));
     EXPECT_FALSE(sleepDisabled());
+}
+
+/// What a terminal shows while a program runs in it, up to some text; all of it without that text.
+std::string shownUntil(const Descriptor& terminal, std::string_view text) {
+    std::string shown;
+    for (char c = 0; !shown.ends_with(text) && ::read(terminal.get(), &c, 1) == 1;)
+        shown += c;
+    return shown;
+}
+
+TEST_F(DaemonTest, OnATerminalAHoldIsOneLineThatIsDrawnAnew) {
+    startDaemon();
+    const Descriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(::grantpt(terminal.get()) == 0 && ::unlockpt(terminal.get()) == 0);
+    Descriptor inside(::open(::ptsname(terminal.get()), O_RDWR | O_NOCTTY));
+    const std::vector<std::string_view> words{"--mac", root, "hold", "--floor", "30"};
+    const auto client = startChild(VELMO_PROGRAMS "/velmo-power", words,
+                                   {inside.get(), inside.get(), inside.get()});
+    inside.reset();
+    ASSERT_TRUE(client);
+    const std::string drawn = shownUntil(terminal, "nominal");
+    EXPECT_THAT(drawn, testing::HasSubstr("\r\x1b[Kawake for 0:00:"));
+    EXPECT_TRUE(drawn.ends_with(" | power: mains, battery 80% (floor 30%) | nominal")) << drawn;
+    ::kill(*client, SIGINT);
+    EXPECT_TRUE(shownUntil(terminal, "released\r\n").ends_with("\r\x1b[Kreleased\r\n"));
+    EXPECT_EQ(waitForChild(*client), 0);
 }
 
 } // namespace

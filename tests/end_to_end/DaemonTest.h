@@ -45,9 +45,13 @@ protected:
         daemon = std::make_unique<WatchedProcess>(VELMO_PROGRAMS "/VelmoPowerDaemonSimulated",
                                                   std::vector<std::string_view>{root},
                                                   WatchedProcess::OnLine{}, ChildGroup::own);
-        for (int i = 0; i < 4000 && !std::filesystem::exists(socket); ++i)
+        ASSERT_TRUE(appears(socket));
+    }
+
+    [[nodiscard]] static bool appears(const std::filesystem::path& file) {
+        for (int i = 0; i < 4000 && !std::filesystem::exists(file); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        ASSERT_TRUE(std::filesystem::exists(socket));
+        return std::filesystem::exists(file);
     }
 
     [[nodiscard]] std::unique_ptr<WatchedProcess>
