@@ -8,7 +8,7 @@ namespace velmo {
 
 namespace {
 
-using Content = InputMessage::Content;
+using Decoded = std::optional<InputMessage>;
 
 constexpr std::int64_t farthestMove = 2048;
 constexpr std::int64_t mostZoomSteps = 8;
@@ -18,7 +18,9 @@ constexpr std::size_t longestTarget = 16; // digits
 std::optional<std::int64_t> integerWithin(const JsonObject& message, std::string_view name,
                                           std::int64_t limit) {
     const auto value = message.member(name).and_then(&JsonValue::integer);
-    return value && -limit <= *value && *value <= limit ? value : std::nullopt;
+    if (!value || *value < -limit || *value > limit)
+        return std::nullopt;
+    return *value;
 }
 
 std::optional<std::string_view> textMember(const JsonObject& message, std::string_view name) {
@@ -33,59 +35,60 @@ std::optional<std::string> target(const JsonObject& message) {
 }
 
 template<class Motion>
-std::optional<Content> decodeMotion(const JsonObject& message) {
+Decoded decodeMotion(const JsonObject& message) {
     const auto dx = integerWithin(message, "dx", farthestMove);
     const auto dy = integerWithin(message, "dy", farthestMove);
     if (!dx || !dy)
         return std::nullopt;
-    return Motion{.dx = *dx, .dy = *dy};
+    return InputMessage{Motion{.dx = *dx, .dy = *dy}};
 }
 
-std::optional<Content> decodeZoom(const JsonObject& message) {
+Decoded decodeZoom(const JsonObject& message) {
     const auto steps = integerWithin(message, "steps", mostZoomSteps);
     if (!steps || *steps == 0)
         return std::nullopt;
-    return InputMessage::Zoom{.steps = *steps};
+    return InputMessage{InputMessage::Zoom{.steps = *steps}};
 }
 
-std::optional<Content> decodeButton(const JsonObject& message) {
+Decoded decodeButton(const JsonObject& message) {
     const auto button = textMember(message, "button");
     const auto down = message.member("down").and_then(&JsonValue::boolean);
     if ((button != "left" && button != "right") || !down)
         return std::nullopt;
-    return InputMessage::Button{.right = button == "right", .down = *down};
+    return InputMessage{InputMessage::Button{.right = button == "right", .down = *down}};
 }
 
-std::optional<Content> decodeText(const JsonObject& message) {
+Decoded decodeText(const JsonObject& message) {
     const auto text = textMember(message, "text");
     auto to = target(message);
     if (!text || text->empty() || Text::utf16Length(*text) > longestText || !to)
         return std::nullopt;
-    return InputMessage::Text{.text = std::string(*text), .target = *std::move(to)};
+    return InputMessage{InputMessage::Text{std::string(*text), *std::move(to)}};
 }
 
-std::optional<Content> decodeKey(const JsonObject& message) {
+Decoded decodeKey(const JsonObject& message) {
     const auto name = textMember(message, "key");
     auto to = target(message);
     if (!name || !Text::isOneOf(*name, InputMessage::keys) || !to)
         return std::nullopt;
-    return InputMessage::Key{.name = std::string(*name), .target = *std::move(to)};
+    return InputMessage{InputMessage::Key{std::string(*name), *std::move(to)}};
 }
 
-std::optional<Content> decodeGesture(const JsonObject& message) {
+Decoded decodeGesture(const JsonObject& message) {
     if (!message.hasOnly({"type", "gesture"}))
         return std::nullopt;
-    return textMember(message, "gesture").and_then(fromRawText<Gesture>);
+    const auto gesture = textMember(message, "gesture").and_then(fromRawText<Gesture>);
+    return gesture.transform([](Gesture known) { return InputMessage{known}; });
 }
 
 template<class Message>
-std::optional<Content> decodeBare(const JsonObject& /*message*/) {
-    return Message();
+Decoded decodeBare(const JsonObject& /*message*/) {
+    return InputMessage{Message()};
 }
 
 struct Type {
     std::string_view name;
-    std::optional<Content> (*decode)(const JsonObject& message);
+    Decoded (*decode)(const JsonObject& message);
 };
 
 constexpr Type types[] = {
@@ -111,8 +114,7 @@ std::optional<InputMessage> InputMessage::decode(std::string_view line) {
     const auto name = message ? textMember(*message, "type") : std::nullopt;
     for (const Type& type : types) {
         if (type.name == name)
-            return type.decode(*message).transform(
-                [](Content decoded) { return InputMessage{.content = std::move(decoded)}; });
+            return type.decode(*message);
     }
     return std::nullopt;
 }

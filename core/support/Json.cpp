@@ -3,7 +3,6 @@
 #include <simdjson.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <type_traits>
 #include <utility>
@@ -45,21 +44,15 @@ dom::array arrayOf(JsonValue::Handle handle) {
     return elementOf(handle).get_array().value_unsafe();
 }
 
-/// Comparing each with each costs least for the few members that an object mostly has.
-constexpr std::size_t fewMembers = 8;
-
-bool fewNamesHoldOneTwice(const dom::object& object) {
-    std::array<std::string_view, fewMembers> names;
-    auto* end = names.begin();
-    for (const dom::key_value_pair member : object) {
-        if (std::find(names.begin(), end, member.key) != end)
-            return true;
-        *end++ = member.key;
-    }
-    return false;
+/// One bit of 64 for a name: two names with different bits are different.
+std::uint64_t bitOf(std::string_view name) {
+    if (name.empty())
+        return 1;
+    const auto byte = [](char c) { return std::size_t{static_cast<unsigned char>(c)}; };
+    return std::uint64_t{1} << (byte(name.front()) + 3 * byte(name.back()) + 7 * name.size()) % 64;
 }
 
-bool manyNamesHoldOneTwice(const dom::object& object) {
+bool namesOneTwice(const dom::object& object) {
     std::vector<std::string_view> names;
     for (const dom::key_value_pair member : object)
         names.push_back(member.key);
@@ -71,22 +64,24 @@ bool manyNamesHoldOneTwice(const dom::object& object) {
 /// Recursion is bounded by the parser's own limit on nesting.
 // NOLINTNEXTLINE(misc-no-recursion)
 bool namesAMemberTwiceAnywhere(const dom::element& element) {
-    switch (element.type()) {
-    case dom::element_type::OBJECT: {
-        const dom::object object = element.get_object().value_unsafe();
-        return (object.size() <= fewMembers ? fewNamesHoldOneTwice(object)
-                                            : manyNamesHoldOneTwice(object))
-               || std::any_of(object.begin(), object.end(), [](const dom::key_value_pair& member) {
-                      return namesAMemberTwiceAnywhere(member.value);
-                  });
-    }
-    case dom::element_type::ARRAY: {
+    if (element.is_array()) {
         const dom::array array = element.get_array().value_unsafe();
         return std::any_of(array.begin(), array.end(), namesAMemberTwiceAnywhere);
     }
-    default:
+    if (!element.is_object())
         return false;
+    const dom::object object = element.get_object().value_unsafe();
+    std::uint64_t seen = 0;
+    bool perhapsTwice = false;
+    for (const dom::key_value_pair member : object) {
+        const std::uint64_t bit = bitOf(member.key);
+        perhapsTwice = perhapsTwice || (seen & bit) != 0;
+        seen |= bit;
+        const bool holdsValues = member.value.is_object() || member.value.is_array();
+        if (holdsValues && namesAMemberTwiceAnywhere(member.value))
+            return true;
     }
+    return perhapsTwice && namesOneTwice(object);
 }
 
 } // namespace
