@@ -55,7 +55,7 @@ void addDaemon(Suite& suite) {
     const auto daemon = std::make_shared<const RunningDaemon>();
     const auto client = std::make_shared<const RawClient>(daemon->connect());
     suite.compare({.what = "a hold and its release",
-                   .input = "one client",
+                   .input = "one client; the difference is the daemon's own",
                    .aims = {{.contender = "the two runs of pmset alone", .factor = 0.5}}},
                   {{ours,
                     [=](benchmark::State& state) {

@@ -45,7 +45,7 @@ public:
     /// Runs everything, interleaved, and reads the medians. False when an argument is unknown.
     [[nodiscard]] bool run(int argc, char** argv);
 
-    /// A table for people; false in the second place where an aim was missed.
+    /// The tables for people; a missed aim is marked.
     [[nodiscard]] std::string markdown() const;
 
     /// A bar for every pair, on a logarithmic scale: to the right of 1 is where we are faster.
