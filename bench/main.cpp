@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
         << "# Beside its peers\n\n"
            "Written by `make bench`: medians of nine interleaved repetitions of one run, on one\n"
            "machine; look at the ratios, not at the times. An aim of 0.5 says that ours may take\n"
-           "twice as long as what it is beside.\n\n![The ratios as bars](benchmarks.svg)\n\n"
+           "twice as long as what it is beside; a red bar misses its aim.\n\n![The ratios as "
+           "bars](benchmarks.svg)\n\n"
         << suite.markdown() << '\n';
     std::ofstream(folder / "benchmarks.svg") << suite.svg();
     return 0;

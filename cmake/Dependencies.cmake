@@ -8,20 +8,7 @@ if(APPLE)
 endif()
 
 find_package(Threads REQUIRED)
-find_package(simdjson REQUIRED)
-
-function(velmo_find_library target header library)
-    find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
-    find_library(${target}_LIBRARY NAMES ${library} REQUIRED)
-    add_library(${target} UNKNOWN IMPORTED)
-    set_target_properties(${target} PROPERTIES
-        IMPORTED_LOCATION ${${target}_LIBRARY}
-        INTERFACE_INCLUDE_DIRECTORIES ${${target}_INCLUDE_DIR})
-endfunction()
-
-velmo_find_library(utf8proc::utf8proc utf8proc.h utf8proc)
-
-find_package(PNG REQUIRED)
+include(${CMAKE_CURRENT_LIST_DIR}/CoreDependencies.cmake)
 
 # Headers only: sockets, timers and signals of the simulated Mac and of the tools.
 find_path(ASIO_INCLUDE_DIR asio/io_context.hpp REQUIRED)

@@ -1,7 +1,7 @@
-# How every target of the project is compiled and linked.
+# How every target of the project is compiled and linked. None of it is passed on to whoever uses
+# the library.
 
 add_library(velmo_flags INTERFACE)
-target_include_directories(velmo_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(velmo_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
     # Designated initialisers leave out what has a default.
@@ -41,12 +41,14 @@ endif()
 function(velmo_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;PRIVATE_LINKS")
     add_library(${name} STATIC ${arg_SOURCES})
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
     target_link_libraries(${name}
-        PUBLIC velmo_flags ${arg_LINKS} PRIVATE ${arg_PRIVATE_LINKS})
+        PUBLIC ${arg_LINKS} PRIVATE ${arg_PRIVATE_LINKS} $<BUILD_INTERFACE:velmo_flags>)
 endfunction()
 
 function(velmo_executable name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ${arg_LINKS})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${arg_LINKS} velmo_flags)
 endfunction()

@@ -1,0 +1,3 @@
+include(CMakeFindDependencyMacro)
+include(${CMAKE_CURRENT_LIST_DIR}/CoreDependencies.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/VelmoCoreTargets.cmake)
