@@ -18,9 +18,9 @@ constexpr std::size_t longestTarget = 16; // digits
 std::optional<std::int64_t> integerWithin(const JsonObject& message, std::string_view name,
                                           std::int64_t limit) {
     const auto value = message.member(name).and_then(&JsonValue::integer);
-    if (!value || *value < -limit || *value > limit)
-        return std::nullopt;
-    return *value;
+    if (value && *value >= -limit && *value <= limit)
+        return value;
+    return std::nullopt;
 }
 
 std::optional<std::string_view> textMember(const JsonObject& message, std::string_view name) {
@@ -63,7 +63,7 @@ Decoded decodeText(const JsonObject& message) {
     auto to = target(message);
     if (!text || text->empty() || Text::utf16Length(*text) > longestText || !to)
         return std::nullopt;
-    return InputMessage{InputMessage::Text{std::string(*text), *std::move(to)}};
+    return InputMessage{InputMessage::Text{.text = std::string(*text), .target = *std::move(to)}};
 }
 
 Decoded decodeKey(const JsonObject& message) {
@@ -71,7 +71,7 @@ Decoded decodeKey(const JsonObject& message) {
     auto to = target(message);
     if (!name || !Text::isOneOf(*name, InputMessage::keys) || !to)
         return std::nullopt;
-    return InputMessage{InputMessage::Key{std::string(*name), *std::move(to)}};
+    return InputMessage{InputMessage::Key{.name = std::string(*name), .target = *std::move(to)}};
 }
 
 Decoded decodeGesture(const JsonObject& message) {

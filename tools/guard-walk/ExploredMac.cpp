@@ -346,25 +346,36 @@ std::uint64_t ExploredMac::holderKey() const {
     return 3;
 }
 
+std::uint64_t ExploredMac::ageKey() const {
+    if (age() < 0)
+        return 0;
+    if (age() < threshold())
+        return 1;
+    return age() == threshold() ? 2 : 3;
+}
+
 std::uint64_t ExploredMac::key() const {
     std::uint64_t key = 1;
     const auto add = [&key](std::uint64_t value, std::uint64_t count) {
         key = key * count + value;
     };
-    const auto truth = [](std::optional<bool> value) { return value ? *value + 1ULL : 0; };
+    const auto addTruth = [&add](std::optional<bool> value) {
+        const int truth = value.value_or(false) ? 2 : 1;
+        add(value ? static_cast<std::uint64_t>(truth) : 0, 3);
+    };
 
-    add(before_, 2);
-    add(sleepDisabled_, 2);
-    add(truth(record_.transform([](const auto& record) { return record.previous; })), 3);
+    addTruth(before_);
+    addTruth(sleepDisabled_);
+    addTruth(record_.transform([](const auto& record) { return record.previous; }));
     for (const auto& client : clients_)
-        add(client ? client->lost + 1ULL : 0, 3);
-    add(process_ != nullptr, 2);
+        addTruth(client ? std::optional(client->lost) : std::nullopt);
+    addTruth(process_ != nullptr);
     if (process_) {
         const Guard::State& state = process_->guard->state();
         add(holderKey(), 4);
-        add(truth(state.heldPrevious), 3);
-        add(state.holder && state.floor == highFloor, 2);
-        add(age() < 0 ? 0 : age() < threshold() ? 1 : age() == threshold() ? 2 : 3, 4);
+        addTruth(state.heldPrevious);
+        addTruth(state.holder && state.floor == highFloor);
+        add(ageKey(), 4);
     }
     return key;
 }

@@ -124,6 +124,7 @@ private:
     [[nodiscard]] double age() const;
     [[nodiscard]] double threshold() const;
     [[nodiscard]] std::uint64_t holderKey() const;
+    [[nodiscard]] std::uint64_t ageKey() const;
     std::size_t ask(std::optional<std::size_t>& kept,
                     std::initializer_list<std::string_view> options);
     void affect(std::initializer_list<std::string_view> options,
