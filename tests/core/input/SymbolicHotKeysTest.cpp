@@ -42,7 +42,7 @@ TEST(SymbolicHotKeys, WithoutAReadableEntryTheDefaultCounts) {
     };
     Array entries{"text", Array{}, Dictionary{}, Dictionary{{"enabled", true}}};
     for (const Value& value : values)
-        entries.push_back(Dictionary{{"value", value}});
+        entries.emplace_back(Dictionary{{"value", value}});
     for (const Value& entry : entries) {
         SCOPED_TRACE(&entry - entries.data());
         EXPECT_EQ(resolved(missionControl, entry), missionControlDefault);

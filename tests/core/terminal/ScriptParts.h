@@ -13,6 +13,19 @@ struct ScriptParts {
     std::vector<std::string> literals;
 };
 
+inline char afterBackslash(char c) {
+    switch (c) {
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    default:
+        return c;
+    }
+}
+
 /// By AppleScript's rules: a literal ends at the first quote that no backslash stands before; after
 /// a backslash n, r and t are control characters and everything else is itself.
 inline ScriptParts readScript(std::string_view script) {
@@ -28,10 +41,7 @@ inline ScriptParts readScript(std::string_view script) {
                 continue;
             }
             const char escaped = ++i < script.size() ? script[i] : '\0';
-            literal += escaped == 'n'   ? '\n'
-                       : escaped == 'r' ? '\r'
-                       : escaped == 't' ? '\t'
-                                        : escaped;
+            literal += afterBackslash(escaped);
         }
     }
     return parts;

@@ -206,7 +206,9 @@ CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
         std::abort();
     const int order = collated(valueOf<std::u16string>(first), numerically)
                           .compare(collated(valueOf<std::u16string>(second), numerically));
-    return order < 0 ? -1 : order > 0;
+    if (order == 0)
+        return 0;
+    return order < 0 ? -1 : 1;
 }
 
 CFTypeID CFDataGetTypeID() {
