@@ -5,9 +5,9 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <deque>
 #include <thread>
 

@@ -10,7 +10,6 @@ namespace velmo {
 namespace {
 
 using namespace DevTerminal;
-using testing::ElementsAre;
 
 /// A disk on which every absolute path is its own resolved form, but for these.
 std::optional<std::string> resolve(std::string_view path) {
