@@ -17,7 +17,7 @@ void Fuzz::target(Input input) {
         do {
             typed.push_back(input.byte());
         } while (!input.isEmpty() && input.flag());
-        now += 100 * (input.byte() % 16);
+        now += std::int64_t{100} * (input.byte() % 16);
 
         Bytes forwarded = oneByOne.tick(now);
         bool detached = false;

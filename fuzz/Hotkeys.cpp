@@ -25,9 +25,9 @@ void requireLimits(const Hotkey& hotkey) {
 }
 
 std::vector<std::string> argumentsOf(const Hotkey& hotkey) {
-    std::vector<std::string> words;
-    for (const HotkeyModifier modifier : hotkey.modifiers)
-        words.emplace_back(rawText(modifier));
+    std::vector<std::string> words(hotkey.modifiers.size());
+    std::ranges::transform(hotkey.modifiers, words.begin(),
+                           [](HotkeyModifier modifier) { return std::string(rawText(modifier)); });
     if (!hotkey.isModifierOnly())
         words.push_back(hotkey.key);
     std::vector<std::string> arguments{encodeJson(words).value()};

@@ -16,7 +16,8 @@ void Fuzz::target(Input input) {
         std::string line = hotkey.id + "=";
         for (const auto& [name, mask] : MosaicHotkey::modifierFlags)
             line.append((hotkey.modifiers & mask) != 0 ? name : "").append("+");
-        const auto key = std::ranges::find(MosaicHotkey::keyCodes, hotkey.keyCode, &AnsiKey::code);
+        const auto* const key =
+            std::ranges::find(MosaicHotkey::keyCodes, hotkey.keyCode, &AnsiKey::code);
         require(key != MosaicHotkey::keyCodes.end());
         require(MosaicHotkey::parse(line.append(key->name)) == hotkey);
     }

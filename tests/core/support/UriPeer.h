@@ -29,8 +29,13 @@ inline bool agreesWithAPeer(const std::string& text) {
         path.append("/").append(part(segment->text).value());
     std::optional<Uri> expected;
     if (const auto scheme = part(peer.scheme), host = part(peer.hostText); scheme && host)
-        expected = {*scheme,          part(peer.userInfo), *host, part(peer.portText), path,
-                    part(peer.query), part(peer.fragment)};
+        expected = {.scheme = *scheme,
+                    .userInfo = part(peer.userInfo),
+                    .host = *host,
+                    .port = part(peer.portText),
+                    .path = path,
+                    .query = part(peer.query),
+                    .fragment = part(peer.fragment)};
     const bool same = uri == expected;
     uriFreeUriMembersA(&peer);
     return same;
