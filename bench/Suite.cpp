@@ -167,8 +167,8 @@ std::string Suite::markdown() const {
         out << "| " << (first ? pair.comparison->what : "") << " | "
             << (first ? pair.comparison->input : "") << " | " << timeText(pair.ours) << " | "
             << pair.aim->contender << " | " << timeText(pair.theirs) << " | " << number(factor)
-            << " | " << number(pair.aim->factor) << (factor >= pair.aim->factor ? "" : ", missed")
-            << " |\n";
+            << " | " << (pair.aim->factor > 0 ? number(pair.aim->factor) : "none")
+            << (factor >= pair.aim->factor ? "" : ", missed") << " |\n";
     }
     if (growths_.empty())
         return out.str();

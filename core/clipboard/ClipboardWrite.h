@@ -31,9 +31,10 @@ struct ClipboardWrite {
     Content content;
 
     /// Reads {"text":"...","concealed":true} or {"png":"base64"}, within the limits of
-    /// `PasteboardPolicy`; members of other names are ignored, and so is "concealed" beside an
-    /// image. A text is not empty, holds no NUL and is not trimmed. Absent for anything else, such
-    /// as both a text and an image. However large the body, it is held no second time.
+    /// `PasteboardPolicy`; members of other names are ignored. Beside an image "concealed"
+    /// means nothing, but must be a boolean all the same. A text is not empty, holds no NUL and is
+    /// not trimmed. Absent for anything else, such as both a text and an image. However large the
+    /// body, it is held no second time.
     static std::optional<ClipboardWrite> parse(ByteView body);
 
     bool operator==(const ClipboardWrite&) const = default;

@@ -20,7 +20,7 @@ public:
 
     virtual ~VelmoPowerProtocol() = default;
 
-    /// Keeps the Mac awake until released. `batteryFloor` is the percentage at which a hold on
+    /// Keeps the Mac awake until released. `batteryFloor` is the percentage below which a hold on
     /// battery power ends, clamped to 10...95. The reason is "" when ok, else one of busy, battery,
     /// thermal, unreadable, record, pmset, gone.
     virtual void hold(std::int64_t batteryFloor, HoldReply reply) = 0;

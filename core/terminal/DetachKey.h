@@ -7,7 +7,7 @@
 
 namespace velmo::PtyAttach {
 
-/// Finds the key that detaches, Control-] and then "d", among the bytes that the user types.
+/// Finds the key that detaches, Control-] and then "d" or "D", among the bytes that the user types.
 /// Control-] twice sends it once; before any other byte it is sent with that byte.
 ///
 /// Times are milliseconds of any clock that never goes back.

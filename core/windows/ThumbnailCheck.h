@@ -28,7 +28,8 @@ std::int64_t titleRows(std::int64_t height, double frameHeight);
 
 /// The same as `isBlank` below the title bar; but what is dark throughout is blank too: a body
 /// where no sample has a luminance of 56 or more (of 255). The brightest sample decides, not the
-/// mean: a dark terminal with a line of text in it is not blank.
+/// mean: a dark terminal with a line of text in it is not blank. Never blank: fewer than 0 rows of
+/// title, or no row below them.
 bool isBlankBody(const Capture& capture, std::int64_t titleRows);
 
 } // namespace velmo::ThumbnailCheck

@@ -8,7 +8,9 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 namespace velmo {
 
@@ -64,11 +66,11 @@ std::optional<SimulatedMac> read(const Folder& folder) {
     return content ? decodeRecord<SimulatedMac>(*content) : std::nullopt;
 }
 
-/// Held until the descriptor is closed.
-Descriptor lock(const fs::path& path) {
+/// Held until the descriptor is closed. `mode` tells whether to wait for whoever holds it.
+Descriptor lock(const fs::path& path, int mode) {
     Descriptor file(retryInterrupted(
         [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode); }));
-    if (file && retryInterrupted([&] { return ::flock(file.get(), LOCK_EX); }) != 0)
+    if (file && retryInterrupted([&] { return ::flock(file.get(), mode); }) != 0)
         file.reset();
     return file;
 }
@@ -96,8 +98,27 @@ std::optional<SimulatedMac> MacFolder::load() const {
     return folder ? read(*folder) : std::nullopt;
 }
 
+bool MacFolder::exists() const {
+    std::error_code unknown;
+    return fs::exists(fs::symlink_status(root_ / machineFile, unknown));
+}
+
+Descriptor MacFolder::serve() const {
+    using namespace std::chrono_literals;
+    const auto path = inside("/var/run") / "daemon.lock";
+    // For an instant a killed daemon's descriptors live on in the pmset that it was starting.
+    Descriptor right = lock(path, LOCK_EX | LOCK_NB);
+    for (int tries = 0; !right && tries < 50; ++tries) {
+        std::this_thread::sleep_for(20ms);
+        right = lock(path, LOCK_EX | LOCK_NB);
+    }
+    return right;
+}
+
 bool MacFolder::update(const std::function<void(SimulatedMac&)>& change) const {
-    const Descriptor lock = velmo::lock(root_ / lockFile);
+    if (!exists())
+        return false;
+    const Descriptor lock = velmo::lock(root_ / lockFile, LOCK_EX);
     const auto folder = Folder::open(root_);
     auto mac = lock && folder ? read(*folder) : std::nullopt;
     if (!mac)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/posix/Descriptor.h"
 #include "platform/simulated/SimulatedMac.h"
 
 #include <filesystem>
@@ -26,6 +27,13 @@ public:
 
     /// Absent when the machine file is missing or is not in order.
     [[nodiscard]] std::optional<SimulatedMac> load() const;
+
+    /// Whether there is a machine file, in order or not.
+    [[nodiscard]] bool exists() const;
+
+    /// The right to be this Mac's daemon, for as long as the descriptor is open: on a Mac launchd
+    /// starts one only. None while another process has it.
+    [[nodiscard]] Descriptor serve() const;
 
     /// Changes the state, one process at a time. False: the file could not be read or written.
     bool update(const std::function<void(SimulatedMac&)>& change) const;

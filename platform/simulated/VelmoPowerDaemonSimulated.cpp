@@ -12,15 +12,22 @@ int main(int argc, char** argv) {
     using namespace velmo;
     prepareProcess();
     constexpr int usageError = 64;
-    if (argc != 2) {
+    if (argc != 2 || argv[1][0] == '-') {
         writeStandardError("usage: VelmoPowerDaemonSimulated FOLDER\n");
         return usageError;
     }
     const MacFolder folder(argv[1]);
     if (!folder.load()) {
-        writeStandardError("there is no simulated Mac in " + folder.root().string()
-                           + "; make one with: velmo-mac create FOLDER\n");
+        writeStandardError(folder.exists()
+                               ? "machine.json in " + folder.root().string() + " is not in order\n"
+                               : "there is no simulated Mac in " + folder.root().string()
+                                     + "; make one with: velmo-mac create FOLDER\n");
         return usageError;
+    }
+    const Descriptor right = folder.serve();
+    if (!right) {
+        writeStandardError("a daemon runs already in " + folder.root().string() + "\n");
+        return EXIT_FAILURE;
     }
     allowDescriptors(4 * SocketService::mostConnections);
     auto& host = *new SimulatedHost(folder); // never destroyed

@@ -140,6 +140,17 @@ TEST_F(DaemonTest, AFailedRestoreIsRetriedByTheNextStart) {
     EXPECT_FALSE(sleepDisabled());
 }
 
+TEST_F(DaemonTest, ThereIsOneToAMac) {
+    startDaemon();
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    const auto second = run("VelmoPowerDaemonSimulated", {root});
+    EXPECT_EQ(second->waitForEnd(), 1);
+    EXPECT_THAT(second->lines(), ElementsAre("a daemon runs already in " + root));
+    EXPECT_EQ(client.call(heartbeatCall), yes);
+    EXPECT_TRUE(sleepDisabled());
+}
+
 TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
     startDaemon();
     const RawClient client = connect();
@@ -196,6 +207,12 @@ TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     EXPECT_EQ(velmoMac("set " + other + " --battery 101"), 2);
     EXPECT_EQ(velmoMac("set " + other + " --pmset explodes"), 2);
     EXPECT_EQ(MacFolder(other).load().value().faults, changed.faults);
+
+    std::ofstream(other + "/machine.json") << "{mistyped";
+    EXPECT_EQ(velmoMac("create " + other), 1);
+    EXPECT_EQ(velmoMac("set " + other + " --mains on"), 1);
+    EXPECT_EQ(std::filesystem::file_size(other + "/machine.json"), 9U);
+    EXPECT_EQ(run("VelmoPowerDaemonSimulated", {other})->waitForEnd(), 64);
 }
 
 TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {

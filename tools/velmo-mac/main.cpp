@@ -49,7 +49,8 @@ void addChangeOptions(CLI::App& app, Changes& changes) {
     addChoice<ThermalState>(app, "--thermal", changes.thermal, "how hot the machine is");
     app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting");
     app.add_option("--clock-forward", changes.clockForward,
-                   "seconds by which the clock is moved forward");
+                   "seconds by which the clock is moved forward")
+        ->check(CLI::Range(-1e9, 1e9));
     app.add_option("--user-id", changes.userId, "the user that the daemon runs as");
     app.add_option("--team", changes.team, "the team that signed the daemon, or none");
     app.add_option("--trusted-users", changes.trustedUsers,
@@ -90,8 +91,14 @@ int complain(const std::string& message) {
     return EXIT_FAILURE;
 }
 
+int complainOfNoMac(const MacFolder& folder) {
+    return complain(folder.exists()
+                        ? "machine.json in " + folder.root().string() + " is not in order"
+                        : "there is no Mac in " + folder.root().string());
+}
+
 int create(const MacFolder& folder) {
-    if (folder.load())
+    if (folder.exists())
         return complain("there is a Mac in " + folder.root().string() + " already");
     if (!folder.create(ownExecutable().parent_path() / "simulated-pmset"))
         return complain("can't write into " + folder.root().string());
@@ -101,12 +108,14 @@ int create(const MacFolder& folder) {
 int show(const MacFolder& folder) {
     const auto mac = folder.load();
     if (!mac)
-        return complain("there is no Mac in " + folder.root().string());
+        return complainOfNoMac(folder);
     Output::print(*mac, writeStandardOutput);
     return EXIT_SUCCESS;
 }
 
 int set(const MacFolder& folder, const Changes& changes) {
+    if (!folder.load())
+        return complainOfNoMac(folder);
     if (!folder.update([&](SimulatedMac& mac) { apply(changes, mac); }))
         return complain("can't change the machine file in " + folder.root().string());
     return EXIT_SUCCESS;

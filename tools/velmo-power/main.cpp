@@ -65,7 +65,8 @@ std::optional<PowerAccess> access(asio::io_context& context, const Arguments& ar
 
 int noMac(const Arguments& arguments) {
     if (!arguments.mac.empty())
-        return complain("there is no simulated Mac in " + arguments.mac, ExitStatus::usage);
+        return complain("there is no simulated Mac in order in " + arguments.mac,
+                        ExitStatus::usage);
     return complain("this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC",
                     ExitStatus::usage);
 }
@@ -88,7 +89,7 @@ int main(int argc, char** argv) {
         "hold", "keep the Mac awake until Ctrl-C, or while COMMAND runs, then release");
     holding
         ->add_option("--floor", arguments.floor,
-                     "battery percentage at which the hold ends; counts as 10 to 95")
+                     "battery percentage below which the hold ends; counts as 10 to 95")
         ->capture_default_str();
     holding->add_option("COMMAND", arguments.command, "program and arguments, after --");
     auto* const releasing = app.add_subcommand("release", "end the current hold, whoever holds");
