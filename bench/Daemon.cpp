@@ -2,10 +2,11 @@
 #include "core/power/PowerService.h"
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/OwnExecutable.h"
-#include "platform/posix/WatchedProcess.h"
 #include "platform/simulated/MacFolder.h"
-#include "tests/end_to_end/RawClient.h"
-#include "tests/platform/TemporaryFolder.h"
+
+#include "lab/instruments/RawClient.h"
+#include "lab/instruments/TemporaryFolder.h"
+#include "lab/instruments/WatchedProcess.h"
 
 #include <chrono>
 #include <memory>

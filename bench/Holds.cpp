@@ -1,5 +1,6 @@
 #include "bench/Suite.h"
-#include "tests/daemon/Fakes.h"
+
+#include "lab/instruments/GuardedMac.h"
 
 #include <memory>
 

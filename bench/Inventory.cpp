@@ -1,11 +1,11 @@
 #include "core/apps/Inventory.h"
 
 #include "bench/Suite.h"
-#include "platform/posix/FolderList.h"
-#include "platform/posix/NameOrder.h"
-#include "platform/posix/PropertyList.h"
-#include "tests/platform/TemporaryFolder.h"
+#include "platform/host/FolderList.h"
+#include "platform/host/NameOrder.h"
+#include "platform/host/PropertyList.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include <plist/plist.h>
 
 #include <fstream>

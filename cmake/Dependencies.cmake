@@ -1,4 +1,6 @@
-# The libraries that the code stands on, each as one target.
+# Finds what this build needs.
+
+include(${CMAKE_CURRENT_LIST_DIR}/Libraries.cmake)
 
 set(velmo_every_library_suffix ${CMAKE_FIND_LIBRARY_SUFFIXES})
 if(APPLE)
@@ -7,17 +9,12 @@ if(APPLE)
     set(CMAKE_FIND_LIBRARY_SUFFIXES .a .tbd)
 endif()
 
-find_package(Threads REQUIRED)
-include(${CMAKE_CURRENT_LIST_DIR}/CoreDependencies.cmake)
-
-# Headers only: sockets, timers and signals of the simulated Mac and of the tools.
-find_path(ASIO_INCLUDE_DIR asio/io_context.hpp REQUIRED)
-add_library(asio::asio INTERFACE IMPORTED)
-target_include_directories(asio::asio INTERFACE ${ASIO_INCLUDE_DIR})
-target_compile_definitions(asio::asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
-target_link_libraries(asio::asio INTERFACE Threads::Threads)
-
-find_package(CLI11 REQUIRED)
+velmo_find_what_core_needs()
+velmo_find_what_host_needs()
+velmo_find_what_power_client_needs()
+if(VELMO_BUILD_PROGRAMS)
+    find_package(CLI11 REQUIRED)
+endif()
 
 if(VELMO_BUILD_TESTS)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
@@ -30,9 +27,4 @@ endif()
 if(VELMO_BUILD_TESTS OR VELMO_BUILD_BENCH)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     velmo_find_library(cairo::cairo cairo/cairo.h cairo)
-    if(VELMO_BUILD_BENCH OR NOT APPLE)
-        # In place of CoreFoundation, or to be measured beside it.
-        find_package(ICU REQUIRED COMPONENTS i18n uc)
-        velmo_find_library(plist::plist plist/plist.h plist-2.0)
-    endif()
 endif()

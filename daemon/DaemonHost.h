@@ -1,9 +1,10 @@
 #pragma once
 
 #include "daemon/Guard.h"
-#include "daemon/PowerMachine.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
+
+#include "machine/PowerMachine.h"
 
 #include <functional>
 #include <memory>

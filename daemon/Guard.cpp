@@ -1,8 +1,9 @@
 #include "daemon/Guard.h"
 
 #include "core/power/PowerGuardPolicy.h"
-#include "daemon/PowerReadings.h"
 #include "daemon/Session.h"
+
+#include "machine/PowerReadings.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "daemon/ClientConnection.h"
-#include "daemon/PowerMachine.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
+
+#include "machine/PowerMachine.h"
 
 #include <cstdint>
 #include <functional>

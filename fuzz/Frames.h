@@ -1,7 +1,8 @@
 #pragma once
 
 #include "fuzz/Fuzz.h"
-#include "tests/core/terminal/DecodeInSlices.h"
+
+#include "lab/instruments/DecodeInSlices.h"
 
 namespace velmo::Fuzz {
 

@@ -1,7 +1,8 @@
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
 #include "fuzz/Fuzz.h"
-#include "tests/core/terminal/ScriptParts.h"
+
+#include "lab/instruments/ScriptParts.h"
 
 namespace velmo {
 

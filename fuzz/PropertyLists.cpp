@@ -1,10 +1,10 @@
 #include "core/apps/DockPrefsParser.h"
 #include "core/input/SymbolicHotKeys.h"
-#include "core/support/PropertyListBounds.h"
 #include "core/support/Text.h"
 #include "core/windows/CGWindowRow.h"
 #include "fuzz/Fuzz.h"
-#include "platform/posix/PropertyList.h"
+#include "platform/host/PropertyList.h"
+#include "platform/host/PropertyListBounds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -67,7 +67,7 @@ void requireRow(const Value& entry) {
 void Fuzz::target(Input input) {
     const std::string_view bytes = input.rest();
     const auto list = PropertyList::parse(bytes);
-    require(!list || PropertyListBounds::hold(bytes));
+    require(!list || PropertyListBounds::admits(bytes));
     if (!list)
         return;
     require(depthOf(*list) <= PropertyListBounds::maxDepth);

@@ -1,6 +1,7 @@
 #include "core/terminal/DevTerminal.h"
 #include "fuzz/Fuzz.h"
-#include "tests/core/terminal/ScriptParts.h"
+
+#include "lab/instruments/ScriptParts.h"
 
 namespace velmo {
 

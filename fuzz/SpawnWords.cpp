@@ -2,7 +2,8 @@
 #include "core/terminal/DevTerminal.h"
 #include "core/terminal/PtyFrame.h"
 #include "fuzz/Fuzz.h"
-#include "tests/core/terminal/FakeDisk.h"
+
+#include "lab/instruments/FakeDisk.h"
 
 #include <algorithm>
 

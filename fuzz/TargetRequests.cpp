@@ -1,5 +1,5 @@
-#include "core/probes/ForceQuitPolicy.h"
-#include "core/probes/TargetRequest.h"
+#include "core/apps/ForceQuitPolicy.h"
+#include "core/apps/TargetRequest.h"
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 

@@ -1,5 +1,5 @@
-#include "core/output/Args.h"
 #include "core/output/ControlCommand.h"
+#include "core/support/Args.h"
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 

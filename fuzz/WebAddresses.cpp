@@ -1,6 +1,7 @@
 #include "core/input/WebURL.h"
 #include "fuzz/Fuzz.h"
-#include "tests/core/support/UriPeer.h"
+
+#include "lab/instruments/UriPeer.h"
 
 #include <algorithm>
 

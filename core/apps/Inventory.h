@@ -33,7 +33,7 @@ struct BundleInformation {
 /// What a scan asks the platform.
 struct Services {
     /// What lies directly in a folder, in any order, without "." and ".."; nothing when it can't be
-    /// listed. `listFolder` of platform/posix.
+    /// listed. `listFolder` of platform/host.
     std::function<std::vector<Entry>(const std::string& path)> entries;
 
     /// Nothing in it when there is no bundle at the path, or a damaged one.

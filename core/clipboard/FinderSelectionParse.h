@@ -52,7 +52,7 @@ struct FileIdentity {
 };
 
 /// Of what bears this name, a link not followed; absent when nothing does. `lstatIdentity` of
-/// platform/posix; whoever offers the lines must ask it too.
+/// platform/host; whoever offers the lines must ask it too.
 using Lstat = std::function<std::optional<FileIdentity>(std::string_view path)>;
 
 /// Every path, in the order of the lines.

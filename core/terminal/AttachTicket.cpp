@@ -1,7 +1,7 @@
 #include "core/terminal/AttachTicket.h"
 
 #include "core/support/Ascii.h"
-#include "core/terminal/PathText.h"
+#include "core/support/PathText.h"
 
 #include <algorithm>
 #include <array>

@@ -57,7 +57,7 @@ struct OpenError {
     bool operator==(const OpenError&) const = default;
 };
 
-/// Every file operation of the ticket reader. The real ones: platform/posix.
+/// Every file operation of the ticket reader. The real ones: platform/host.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;

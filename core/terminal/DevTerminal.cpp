@@ -1,9 +1,9 @@
 #include "core/terminal/DevTerminal.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 #include "core/terminal/OptionPairs.h"
-#include "core/terminal/PathText.h"
 
 #include <algorithm>
 #include <cstddef>

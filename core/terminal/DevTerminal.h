@@ -18,7 +18,7 @@
 /// the caller's. Parsers validate, builders do not: hand them only what a parser gave, or what the
 /// same predicates passed.
 ///
-/// What has to look at the disk is in platform/posix/DevTerminalHost.h.
+/// What has to look at the disk is in platform/host/DevTerminalHost.h.
 namespace velmo::DevTerminal {
 
 enum class App { terminal, iterm, ghostty };

@@ -1,9 +1,9 @@
 #include "core/terminal/Pty.h"
 
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
 #include "core/terminal/OptionPairs.h"
-#include "core/terminal/PathText.h"
 #include "core/terminal/PtyFrame.h"
 
 #include <algorithm>

@@ -39,7 +39,7 @@ inline constexpr std::string_view testEnvironmentKey = "VELMO_PTY_TEST";
 
 using Environment = std::map<std::string, std::string, std::less<>>;
 
-/// Every question that the policy has about the disk. The real answers: platform/posix.
+/// Every question that the policy has about the disk. The real answers: platform/host.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;

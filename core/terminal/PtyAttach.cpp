@@ -1,6 +1,6 @@
 #include "core/terminal/PtyAttach.h"
 
-#include "core/terminal/PathText.h"
+#include "core/support/PathText.h"
 
 namespace velmo::PtyAttach {
 

@@ -1,6 +1,6 @@
 #include "core/windows/AppTarget.h"
 
-#include "core/probes/TargetRequest.h"
+#include "core/apps/TargetRequest.h"
 #include "core/support/Ascii.h"
 
 #include <algorithm>

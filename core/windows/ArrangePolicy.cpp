@@ -1,6 +1,6 @@
 #include "core/windows/ArrangePolicy.h"
 
-#include "core/probes/ForceQuitPolicy.h"
+#include "core/apps/ForceQuitPolicy.h"
 #include "core/support/BundleIdentifier.h"
 
 namespace velmo::ArrangePolicy {

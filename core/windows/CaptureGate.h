@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// One window capture at a time, across all processes of the host: whoever captures holds an
-/// exclusive lock on one file. The lock itself is `CaptureLock` of platform/posix.
+/// exclusive lock on one file. The lock itself is `CaptureLock` of platform/host.
 namespace velmo::CaptureGate {
 
 /// The lock file in the temporary folder, which must not be "": that would name the root folder.

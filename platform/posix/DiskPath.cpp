@@ -1,6 +1,6 @@
 #include "platform/posix/DiskPath.h"
 
-#include "core/terminal/PathText.h"
+#include "core/support/PathText.h"
 
 #include <unistd.h>
 

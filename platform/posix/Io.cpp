@@ -1,6 +1,5 @@
 #include "platform/posix/Io.h"
 
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,16 +35,6 @@ bool writeAll(int descriptor, std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
-}
-
-void writeStandardOutput(std::string_view line) {
-    retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
-}
-
-void writeStandardError(std::string_view line) {
-    pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
-    if (::poll(&standardError, 1, 0) != 0)
-        retryInterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); });
 }
 
 } // namespace velmo

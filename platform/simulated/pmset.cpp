@@ -4,7 +4,7 @@
 ///     pmset -g                       print the settings
 ///     pmset -a disablesleep 1|0      keep the Mac from sleeping, lid closed too, or let it
 
-#include "platform/posix/Io.h"
+#include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
 
 #include <chrono>

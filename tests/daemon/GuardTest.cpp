@@ -1,7 +1,6 @@
 #include "daemon/Guard.h"
 
-#include "tests/daemon/Fakes.h"
-
+#include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
 
 #include <cstdint>

@@ -1,7 +1,6 @@
 #include "daemon/Session.h"
 
-#include "tests/daemon/Fakes.h"
-
+#include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
 
 namespace velmo {

@@ -1,8 +1,8 @@
 #include "daemon/Startup.h"
 
 #include "core/power/PowerService.h"
-#include "tests/daemon/Fakes.h"
 
+#include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
 
 namespace velmo {

@@ -3,11 +3,11 @@
 #include "core/power/PowerService.h"
 #include "core/support/Text.h"
 #include "platform/posix/ProcessSetup.h"
-#include "platform/posix/WatchedProcess.h"
 #include "platform/simulated/MacFolder.h"
-#include "tests/end_to_end/RawClient.h"
-#include "tests/platform/TemporaryFolder.h"
 
+#include "lab/instruments/RawClient.h"
+#include "lab/instruments/TemporaryFolder.h"
+#include "lab/instruments/WatchedProcess.h"
 #include <gtest/gtest.h>
 
 #include <chrono>

@@ -2,8 +2,8 @@
 /// battery runs down, the lid cooks, a tool breaks, hours pass.
 
 #include "core/output/Output.h"
-#include "platform/posix/Io.h"
 #include "platform/posix/OwnExecutable.h"
+#include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 #include "tools/velmo-power/HoldCommand.h"
 
 #include "platform/posix/ChildProcess.h"
-#include "platform/posix/Io.h"
+#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-power/ExitStatus.h"
 #include "tools/velmo-power/StatusText.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tools/velmo-power/HoldKeeper.h"
-#include "tools/velmo-power/PowerAccess.h"
+#include "platform/client/PowerAccess.h"
 #include "tools/velmo-power/StatusDisplay.h"
 
+#include "client/HoldKeeper.h"
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>

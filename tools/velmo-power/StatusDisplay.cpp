@@ -1,6 +1,6 @@
 #include "tools/velmo-power/StatusDisplay.h"
 
-#include "platform/posix/Io.h"
+#include "platform/posix/StandardStreams.h"
 
 #include <unistd.h>
 

@@ -2,7 +2,8 @@
 
 #include "core/power/PowerGuardPolicy.h"
 #include "core/power/SleepSetting.h"
-#include "daemon/PowerReadings.h"
+
+#include "machine/PowerReadings.h"
 
 #include <array>
 #include <utility>

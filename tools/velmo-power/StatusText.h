@@ -1,8 +1,9 @@
 #pragma once
 
 #include "core/power/KeepAwakeLines.h"
-#include "daemon/PowerMachine.h"
-#include "tools/velmo-power/HoldKeeper.h"
+
+#include "client/HoldKeeper.h"
+#include "machine/PowerMachine.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,16 +1,20 @@
 /// velmo-power: keeps a Mac awake from the command line, and tells how it stands with its power.
 
 #include "core/output/Output.h"
-#include "platform/posix/Io.h"
+#include "platform/client/PowerAccess.h"
+#include "platform/client/simulated/SimulatedAccess.h"
 #include "platform/posix/ProcessSetup.h"
+#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-power/ExitStatus.h"
 #include "tools/velmo-power/HoldCommand.h"
-#include "tools/velmo-power/PowerAccess.h"
 #include "tools/velmo-power/StatusText.h"
 
 #include <CLI/CLI.hpp>
+#include <asio/executor_work_guard.hpp>
+#include <asio/post.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,8 +62,18 @@ int release(asio::io_context& context, PowerAccess& access) {
     return ExitStatus::success;
 }
 
+/// The context has nothing to wait for while a connection works elsewhere, and must not run out of
+/// work meanwhile.
+ClientContext surroundings(asio::io_context& context) {
+    return {.post =
+                [work = asio::make_work_guard(context)](std::function<void()> piece) {
+                    asio::post(work.get_executor(), std::move(piece));
+                },
+            .log = [](std::string_view message) { complain(message, ExitStatus::success); }};
+}
+
 std::optional<PowerAccess> access(asio::io_context& context, const Arguments& arguments) {
-    return arguments.mac.empty() ? accessThisMac(context)
+    return arguments.mac.empty() ? accessThisMac(surroundings(context))
                                  : accessSimulatedMac(context, arguments.mac);
 }
 

@@ -1,7 +1,6 @@
 #include "core/probes/SignatureBody.h"
 
-#include "tools/signature-pictures/SampleSignatures.h"
-
+#include "lab/instruments/SampleSignatures.h"
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "core/probes/SignatureRenderer.h"
 
 #include "core/probes/InkPlane.h"
-#include "tools/signature-pictures/SampleSignatures.h"
 
+#include "lab/instruments/SampleSignatures.h"
 #include <cairo/cairo.h>
 #include <gmock/gmock.h>
 #include <png.h>

@@ -1,5 +1,6 @@
 #include "tests/Texts.h"
-#include "tests/core/support/UriPeer.h"
+
+#include "lab/instruments/UriPeer.h"
 
 namespace velmo {
 namespace {

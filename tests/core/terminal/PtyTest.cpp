@@ -1,7 +1,8 @@
 #include "core/terminal/Pty.h"
 
 #include "tests/Texts.h"
-#include "tests/core/terminal/FakeDisk.h"
+
+#include "lab/instruments/FakeDisk.h"
 
 namespace velmo {
 namespace {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "tests/core/terminal/DecodeInSlices.h"
-
+#include "lab/instruments/DecodeInSlices.h"
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 

@@ -1,11 +1,11 @@
-#include "platform/macos/PowerRootDomain.h"
-#include "platform/macos/PowerSources.h"
-#include "platform/macos/SigningTeam.h"
-#include "platform/posix/NameOrder.h"
-#include "platform/posix/PropertyList.h"
-#include "tests/platform/TemporaryFolder.h"
+#include "platform/host/NameOrder.h"
+#include "platform/host/PropertyList.h"
+#include "platform/machine/macos/PowerRootDomain.h"
+#include "platform/machine/macos/PowerSources.h"
+#include "platform/xpc/SigningTeam.h"
 #include "tests/platform/macos/FakeFrameworks.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/power/VelmoPowerProtocol.h"
+
+#include <functional>
+#include <memory>
+
+namespace velmo {
+
+/// Reaches the power daemon, by one connection after another. Everything that it calls back is
+/// called on the thread of whoever uses it.
+class PowerLink {
+public:
+    virtual ~PowerLink() = default;
+
+    /// Returns a new connection, or null when the daemon can't be reached. `onLost` is called once
+    /// if the connection ends by itself, and never after the connection has been let go.
+    virtual std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) = 0;
+};
+
+} // namespace velmo

@@ -1,0 +1,23 @@
+#include "core/support/Args.h"
+
+#include "core/support/Ascii.h"
+#include "core/support/Text.h"
+
+#include <string>
+
+namespace velmo::Args {
+
+std::optional<std::int32_t> pid(std::optional<std::string_view> text) {
+    const auto value = text.and_then(Ascii::decimal<std::int32_t>);
+    return value && *value > 0 ? value : std::nullopt;
+}
+
+std::optional<FileUrl> appPath(std::optional<std::string_view> text,
+                               const IsDirectory& isDirectory) {
+    if (!text || !text->ends_with(".app") || text->contains('\0') || !Text::isValidUtf8(*text)
+        || !isDirectory(*text))
+        return std::nullopt;
+    return FileUrl{.path = std::string(*text)};
+}
+
+} // namespace velmo::Args

@@ -1,0 +1,153 @@
+/// guard-walk: walks through everything that can happen to a guard and its sessions, in every
+/// order, until no new state turns up, and looks at each state whether the Mac would come out of it
+/// unharmed. Prints how much it saw and the shortest way to any harm.
+
+#include "lab/guard-walk/ExploredMac.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace velmo;
+
+struct Step {
+    Event event;
+    Choices::Script script;
+};
+
+class Walk {
+public:
+    Walk(bool sleepDisabled, ExploredMac::Flaw flaw) : sleepDisabled_(sleepDisabled), flaw_(flaw) {}
+
+    /// The first path that leads to a violation, in words; empty when there is none.
+    std::string run() {
+        visit(ExploredMac(sleepDisabled_, flaw_), 0, {});
+        for (std::size_t state = 0; state < states_.size() && finding_.empty(); ++state)
+            expand(state);
+        return finding_;
+    }
+
+    [[nodiscard]] std::size_t states() const { return states_.size(); }
+
+    [[nodiscard]] std::size_t paths() const { return paths_; }
+
+    [[nodiscard]] std::size_t longest() const { return states_.back().depth; }
+
+private:
+    struct State {
+        std::size_t parent;
+        std::size_t depth;
+        Step step; ///< that led here from the parent
+    };
+
+    void expand(std::size_t state) {
+        for (const Event event : events()) {
+            Choices choices;
+            do {
+                ExploredMac mac(sleepDisabled_, flaw_);
+                arrive(state, mac);
+                if (!mac.possible(event))
+                    break;
+                mac.run(event, choices);
+                ++paths_;
+                visit(mac, state, {.event = event, .script = choices.script()});
+                if (!finding_.empty())
+                    return;
+            } while (choices.next());
+        }
+    }
+
+    void visit(const ExploredMac& reached, std::size_t parent, Step step) {
+        const bool fresh = seen_.emplace(reached.key(), states_.size()).second;
+        if (!fresh && reached.violation().empty())
+            return;
+        const std::size_t depth = states_.empty() ? 0 : states_[parent].depth + 1;
+        states_.push_back({.parent = parent, .depth = depth, .step = std::move(step)});
+        ExploredMac mac(sleepDisabled_, flaw_);
+        arrive(states_.size() - 1, mac);
+        if (mac.violation().empty())
+            mac.settle();
+        if (!mac.violation().empty())
+            finding_ = story(states_.size() - 1) + ": " + mac.violation();
+    }
+
+    /// Takes a new Mac to the state; the story of how is told where one is wanted.
+    void arrive(std::size_t state, ExploredMac& mac, std::string* story = nullptr) const {
+        for (const std::size_t passed : way(state)) {
+            const Step& step = states_[passed].step;
+            Choices choices(step.script);
+            mac.run(step.event, choices);
+            if (story)
+                *story += "; " + step.event.name()
+                          + (choices.story().empty() ? "" : " (" + choices.story() + ")");
+        }
+    }
+
+    [[nodiscard]] std::vector<std::size_t> way(std::size_t state) const {
+        std::vector<std::size_t> way;
+        for (; state != 0; state = states_[state].parent)
+            way.push_back(state);
+        std::ranges::reverse(way);
+        return way;
+    }
+
+    [[nodiscard]] std::string story(std::size_t state) const {
+        ExploredMac mac(sleepDisabled_, flaw_);
+        std::string story = sleepDisabled_ ? "sleep disabled" : "sleep enabled";
+        arrive(state, mac, &story);
+        return story;
+    }
+
+    static std::vector<Event> events() {
+        std::vector<Event> events;
+        for (std::uint8_t i = 0; i <= std::to_underlying(Happening::release); ++i) {
+            const auto happening = static_cast<Happening>(i);
+            events.push_back({.happening = happening, .client = 0});
+            if (happening >= Happening::connect)
+                events.push_back({.happening = happening, .client = 1});
+        }
+        return events;
+    }
+
+    bool sleepDisabled_;
+    ExploredMac::Flaw flaw_;
+    std::vector<State> states_;
+    std::unordered_map<std::uint64_t, std::size_t> seen_;
+    std::size_t paths_ = 0;
+    std::string finding_;
+};
+
+/// Of a sound Mac: whatever happens, no harm is found.
+bool isSafe(bool sleepDisabled) {
+    Walk walk(sleepDisabled, ExploredMac::Flaw::none);
+    const std::string finding = walk.run();
+    std::cout << "sleep " << (sleepDisabled ? "disabled" : "enabled")
+              << " beforehand: " << walk.states() << " states, the farthest " << walk.longest()
+              << " events away, " << walk.paths() << " paths between them\n";
+    if (!finding.empty())
+        std::cout << "    HARM: " << finding << "\n";
+    return finding.empty();
+}
+
+/// Of a Mac that no daemon could stand: that is noticed, or the walk is blind.
+bool notices(ExploredMac::Flaw flaw, const char* what) {
+    const std::string finding = Walk(false, flaw).run();
+    std::cout << what << ": " << (finding.empty() ? "NOT NOTICED" : finding) << "\n";
+    return !finding.empty();
+}
+
+} // namespace
+
+int main() {
+    using enum ExploredMac::Flaw;
+    const bool good[] = {isSafe(false), isSafe(true),
+                         notices(recordIsNotKept, "a store that forgets the record"),
+                         notices(propertyAlwaysEnabled, "a property that tells wrong")};
+    return std::ranges::find(good, false) != std::end(good) ? EXIT_FAILURE : EXIT_SUCCESS;
+}

@@ -1,0 +1,241 @@
+/// Plays one whole life of a hold on a simulated Mac, with real processes, a real socket, real
+/// signals and real files: what happens in words, and beside it the daemon's own log lines. Every
+/// step is checked; the first that fails ends the play with status 1. Only the clock of the Mac is
+/// moved where people would have to wait for a minute.
+
+#include "core/power/PowerService.h"
+#include "platform/client/simulated/SocketClient.h"
+#include "platform/posix/OwnExecutable.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/posix/StandardStreams.h"
+#include "platform/simulated/MacFolder.h"
+
+#include "lab/instruments/WatchedProcess.h"
+#include <asio/io_context.hpp>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace velmo;
+namespace fs = std::filesystem;
+
+void say(std::string_view text) {
+    writeStandardOutput(std::string(text) + "\n");
+}
+
+void require(bool condition, const std::string& what) {
+    if (!condition)
+        throw std::runtime_error(what);
+    say("    ok: " + what);
+}
+
+class Play {
+public:
+    explicit Play(const fs::path& folder) : programs_(ownExecutable().parent_path()), mac_(folder) {
+        if (!mac_.create(programs_ / "simulated-pmset"))
+            throw std::runtime_error("can't write into " + folder.string());
+    }
+
+    void run() {
+        holdAndHeartbeat();
+        secondClientIsBusy();
+        batteryFallsBelowTheFloor();
+        daemonIsKilledAndRecovers();
+        clientIsKilled();
+        clientReleases();
+        daemonIsToldToStop();
+        daemonExitsWhenIdle();
+    }
+
+private:
+    using Process = std::unique_ptr<WatchedProcess>;
+
+    Process start(const char* program, std::vector<std::string_view> arguments,
+                  const std::string& margin) {
+        return std::make_unique<WatchedProcess>(
+            (programs_ / program).string(), arguments,
+            [margin](const std::string& line) { say(margin + line); });
+    }
+
+    void startDaemon() {
+        const auto socket = mac_.socket(powerDaemonMachService);
+        fs::remove(socket);
+        const std::string folder = mac_.root().string();
+        daemon_ = start("VelmoPowerDaemonSimulated", {folder}, "  | ");
+        for (int i = 0; i < 2000 && !fs::exists(socket); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        require(fs::exists(socket), "the daemon listens");
+    }
+
+    Process startClient() {
+        const std::string folder = mac_.root().string();
+        return start("velmo-power", {"--mac", folder, "hold", "--floor", "30"},
+                     "  > velmo-power: ");
+    }
+
+    void change(const std::function<void(SimulatedMac&)>& change) {
+        require(mac_.update(change), "the machine file is changed");
+    }
+
+    void expectLog(const std::string& text) {
+        require(daemon_->waitForLine(text), "the daemon's log says: " + text);
+    }
+
+    void expectHeld(bool held) {
+        const auto record = mac_.inside("/var/db/velmo/power-daemon.json");
+        require(mac_.load()->sleepDisabled == held,
+                held ? "sleep is disabled" : "sleep is enabled again");
+        require(fs::exists(record) == held,
+                held ? "the record is on disk" : "no record is left on disk");
+    }
+
+    static void expectHold(const Process& client) {
+        require(client->waitForLine("holding"), "the client holds");
+    }
+
+    void holdAndHeartbeat() {
+        say("A Mac on battery power, at 80 %. Its power daemon starts.");
+        change([](SimulatedMac& mac) { mac.mains = false; });
+        startDaemon();
+        say("The host asks to keep the Mac awake, down to 30 % of battery.");
+        host_ = SocketClient::connect(context_, mac_.socket(powerDaemonMachService),
+                                      [this] { context_.stop(); });
+        require(host_ != nullptr, "the host is connected");
+        require(ask([this](const auto& answer) {
+                    host_->hold(30, [=](bool ok, std::string_view) { answer(ok); });
+                }),
+                "the host holds");
+        expectLog("sleep disabled (closed lid) for a Velmo client");
+        expectHeld(true);
+        say("Heartbeats keep the hold: twice 30 s pass on the Mac, with a heartbeat after each.");
+        for (int i = 0; i < 2; ++i) {
+            change([](SimulatedMac& mac) { mac.clockOffset += 30; });
+            require(ask([this](const auto& answer) { host_->heartbeat(answer); }),
+                    "the heartbeat is answered: still held");
+        }
+        expectHeld(true);
+    }
+
+    /// The answer to one call of the host.
+    bool ask(const std::function<void(VelmoPowerProtocol::Reply)>& call) {
+        bool answered = false;
+        call([&](bool ok) {
+            answered = ok;
+            context_.stop();
+        });
+        context_.restart();
+        context_.run_for(WatchedProcess::patience);
+        return answered;
+    }
+
+    void secondClientIsBusy() {
+        say("A second client asks too.");
+        const auto second = startClient();
+        require(second->waitForLine("another client holds"), "it is told that another holds");
+        require(second->waitForEnd() == 1, "it ends with status 1");
+        expectHeld(true);
+    }
+
+    void batteryFallsBelowTheFloor() {
+        say("The battery falls to 29 %, below the host's floor of 30 %.");
+        change([](SimulatedMac& mac) { mac.battery = 29; });
+        expectLog("sleep enabled again (battery)");
+        expectHeld(false);
+        require(!ask([this](const auto& answer) { host_->heartbeat(answer); }),
+                "the next heartbeat is answered: no longer held");
+        host_.reset();
+    }
+
+    void daemonIsKilledAndRecovers() {
+        say("Back on mains power a client holds again, and the daemon is killed with SIGKILL.");
+        change([](SimulatedMac& mac) { mac.mains = true; });
+        client_ = startClient();
+        expectHold(client_);
+        daemon_->signal(SIGKILL);
+        require(daemon_->waitForEnd() == 128 + SIGKILL, "the daemon is dead");
+        require(client_->waitForLine("the power daemon went away"), "the client says so at once");
+        expectHeld(true);
+        say("The daemon starts again, as launchd would have it.");
+        startDaemon();
+        expectLog("a hold was left behind; sleep back");
+        expectLog("sleep enabled again (recovered)");
+        say("The client takes its hold again by itself.");
+        expectHold(client_);
+        expectHeld(true);
+    }
+
+    void clientIsKilled() {
+        say("The client is killed with SIGKILL.");
+        client_->signal(SIGKILL);
+        expectLog("sleep enabled again (client gone)");
+        expectHeld(false);
+    }
+
+    void clientReleases() {
+        say("A client holds, and is stopped with Ctrl-C.");
+        client_ = startClient();
+        expectHold(client_);
+        client_->signal(SIGINT);
+        expectLog("sleep enabled again (released)");
+        require(client_->waitForEnd() == 0, "the client ends with status 0");
+        expectHeld(false);
+    }
+
+    void daemonIsToldToStop() {
+        say("A client holds, and the daemon is told to stop (SIGTERM).");
+        client_ = startClient();
+        expectHold(client_);
+        daemon_->signal(SIGTERM);
+        expectLog("sleep enabled again (stopping)");
+        require(daemon_->waitForEnd() == 0, "the daemon ends with status 0");
+        expectHeld(false);
+        client_.reset();
+    }
+
+    void daemonExitsWhenIdle() {
+        say("Started once more, the daemon has nothing to do, and a minute passes on the Mac.");
+        startDaemon();
+        change([](SimulatedMac& mac) { mac.clockOffset += 61; });
+        require(daemon_->waitForEnd() == 0, "the daemon ends by itself with status 0");
+        expectHeld(false);
+    }
+
+    fs::path programs_;
+    MacFolder mac_;
+    asio::io_context context_;
+    std::shared_ptr<SocketClient> host_;
+    Process daemon_;
+    Process client_;
+};
+
+} // namespace
+
+int main() {
+    prepareProcess();
+    std::string folder = (fs::temp_directory_path() / "velmo-life-XXXXXX").string();
+    if (::mkdtemp(folder.data()) == nullptr)
+        return EXIT_FAILURE;
+    int status = EXIT_SUCCESS;
+    try {
+        Play(folder).run();
+        say("All is as it was before the first hold.");
+    } catch (const std::exception& error) {
+        say(std::string("FAILED: ") + error.what());
+        status = EXIT_FAILURE;
+    }
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+    return status;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "machine/PowerMachine.h"
+
+#include <optional>
+
+/// What follows from the raw facts of a machine.
+namespace velmo {
+
+struct PowerReading {
+    std::optional<bool> ac;     ///< on mains power; absent when no providing source is reported
+    std::optional<int> battery; ///< percent of the internal battery; absent without one
+
+    bool operator==(const PowerReading&) const = default;
+};
+
+PowerReading power(PowerMachine& machine);
+
+/// Whether sleep is disabled: the power root domain's property, and only where that can't be read
+/// the output of "pmset -g". Absent when neither tells.
+std::optional<bool> sleepDisabledNow(PowerMachine& machine);
+
+} // namespace velmo

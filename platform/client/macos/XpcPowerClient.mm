@@ -1,0 +1,165 @@
+#include "platform/client/macos/XpcPowerClient.h"
+
+#include "core/power/PowerService.h"
+#include "platform/macos/CoreFoundation.h"
+#include "platform/macos/NSStringText.h"
+#include "platform/xpc/PeerRequirement.h"
+#include "platform/xpc/XpcProtocol.h"
+
+#include <chrono>
+#include <future>
+#include <mutex>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+/// Time for launchd to start the daemon, and for the daemon to undo what an earlier run left.
+constexpr std::chrono::seconds patience(5);
+
+/// What the connection's queue may touch of a client. Shut when the client goes: replies and errors
+/// still come after that, when the thread that they were for may be gone.
+class Letterbox {
+public:
+    using Piece = std::function<void()>;
+
+    explicit Letterbox(std::function<void(Piece)> post) : post_(std::move(post)) {}
+
+    void post(Piece piece) {
+        const std::lock_guard lock(mutex_);
+        if (post_)
+            post_(std::move(piece));
+    }
+
+    void shut() {
+        const std::lock_guard lock(mutex_);
+        post_ = nullptr;
+    }
+
+private:
+    std::mutex mutex_;
+    std::function<void(Piece)> post_;
+};
+
+/// Replies and errors come on the connection's own queue, where nothing of this object is touched:
+/// they are posted, and dropped if the client is gone by then.
+class XpcPowerClient final : public VelmoPowerProtocol,
+                             public std::enable_shared_from_this<XpcPowerClient> {
+    /// To be called on the connection's queue.
+    template<class Callback>
+    auto posted(Callback callback) {
+        return [self = weak_from_this(), letterbox = letterbox_,
+                callback = std::move(callback)](auto... values) {
+            letterbox->post([self, callback, values...] {
+                if (const auto alive = self.lock(); alive && alive->onLost_)
+                    callback(values...);
+            });
+        };
+    }
+
+public:
+    XpcPowerClient(NSXPCConnection* connection, ClientContext context, std::function<void()> onLost)
+        : connection_(connection),
+          letterbox_(std::make_shared<Letterbox>(std::move(context.post))),
+          log_(std::move(context.log)),
+          onLost_(std::move(onLost)) {}
+
+    ~XpcPowerClient() override {
+        letterbox_->shut();
+        [connection_ invalidate];
+    }
+
+    XpcPowerClient(const XpcPowerClient&) = delete;
+    XpcPowerClient& operator=(const XpcPowerClient&) = delete;
+
+    [[nodiscard]] bool open(const std::string& requirement) {
+        const bool required = requireOfPeer(connection_, requirement, log_);
+        connection_.remoteObjectInterface = powerInterface();
+        const auto lost = whenLost();
+        connection_.interruptionHandler = ^{
+          lost();
+        };
+        connection_.invalidationHandler = ^{
+          lost();
+        };
+        // Also when it is of no use: the system wants a connection resumed before it is let go.
+        [connection_ resume];
+        return required && answers();
+    }
+
+    void hold(std::int64_t batteryFloor, HoldReply reply) override {
+        const auto answer = posted(
+            [reply = std::move(reply)](bool ok, const std::string& reason) { reply(ok, reason); });
+        [daemon(whenLost()) holdWithBatteryFloor:batteryFloor
+                                           reply:^(BOOL ok, NSString* reason) {
+                                             answer(ok, textOf(reason));
+                                           }];
+    }
+
+    void heartbeat(Reply reply) override {
+        const auto answer = posted(std::move(reply));
+        [daemon(whenLost()) heartbeatWithReply:^(BOOL ok) {
+          answer(ok);
+        }];
+    }
+
+    void release(Reply reply) override {
+        const auto answer = posted(std::move(reply));
+        [daemon(whenLost()) releaseWithReply:^(BOOL ok) {
+          answer(ok);
+        }];
+    }
+
+private:
+    static std::string textOf(NSString* text) {
+        return textIn((__bridge CFTypeRef)text).value_or(std::string());
+    }
+
+    /// Each call through it ends in its reply or in `failed`, never in both.
+    id<VelmoPowerProtocol> daemon(std::function<void()> failed) {
+        return [connection_ remoteObjectProxyWithErrorHandler:^(NSError* /*error*/) {
+          failed();
+        }];
+    }
+
+    /// A connection is made by its first call. A heartbeat of a client that does not hold changes
+    /// nothing, whatever it is answered.
+    [[nodiscard]] bool answers() {
+        const auto answered = std::make_shared<std::promise<bool>>();
+        auto outcome = answered->get_future();
+        [daemon([answered] { answered->set_value(false); }) heartbeatWithReply:^(BOOL /*holds*/) {
+          answered->set_value(true);
+        }];
+        return outcome.wait_for(patience) == std::future_status::ready && outcome.get();
+    }
+
+    std::function<void()> whenLost() {
+        return [self = weak_from_this(), letterbox = letterbox_] {
+            letterbox->post([self] {
+                if (const auto alive = self.lock(); alive && alive->onLost_)
+                    std::exchange(alive->onLost_, nullptr)();
+            });
+        };
+    }
+
+    NSXPCConnection* connection_;
+    std::shared_ptr<Letterbox> letterbox_;
+    std::function<void(std::string_view message)> log_;
+    std::function<void()> onLost_; ///< empty once the connection is lost
+};
+
+} // namespace
+
+std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemon(const std::string& requirement,
+                                                         ClientContext context,
+                                                         std::function<void()> onLost) {
+    NSXPCConnection* const connection =
+        [[NSXPCConnection alloc] initWithMachServiceName:stringFrom(powerDaemonMachService)
+                                                 options:NSXPCConnectionPrivileged];
+    const auto client =
+        std::make_shared<XpcPowerClient>(connection, std::move(context), std::move(onLost));
+    return client->open(requirement) ? client : nullptr;
+}
+
+} // namespace velmo

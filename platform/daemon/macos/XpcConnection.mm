@@ -1,0 +1,52 @@
+#include "platform/daemon/macos/XpcConnection.h"
+
+#include "platform/daemon/macos/XpcSession.h"
+#include "platform/xpc/PeerRequirement.h"
+#include "platform/xpc/XpcProtocol.h"
+
+#include <objc/runtime.h>
+
+#include <utility>
+
+namespace velmo {
+
+std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, ClientId id,
+                                                 Log log) {
+    static const char keeper = 0;
+    const std::shared_ptr<XpcConnection> made(new XpcConnection(connection, id, std::move(log)));
+    // A block is an object that keeps what it names.
+    objc_setAssociatedObject(
+        connection, &keeper,
+        ^{
+          static_cast<void>(made);
+        },
+        OBJC_ASSOCIATION_COPY);
+    return made;
+}
+
+XpcConnection::XpcConnection(NSXPCConnection* connection, ClientId id, Log log)
+    : connection_(connection), id_(id), log_(std::move(log)) {
+}
+
+bool XpcConnection::requireCodeSignature(const std::string& requirement) {
+    return requireOfPeer(connection_, requirement, log_);
+}
+
+void XpcConnection::exportSession(std::shared_ptr<Session> session) {
+    NSXPCConnection* const connection = connection_;
+    connection.exportedInterface = powerInterface();
+    connection.exportedObject = [[VelmoPowerSession alloc] initWithSession:std::move(session)];
+}
+
+void XpcConnection::onInvalidation(std::function<void()> handler) {
+    NSXPCConnection* const connection = connection_;
+    connection.invalidationHandler = ^{
+      handler();
+    };
+}
+
+void XpcConnection::resume() {
+    [connection_ resume];
+}
+
+} // namespace velmo

@@ -1,0 +1,52 @@
+#include "platform/daemon/simulated/SimulatedRecordStore.h"
+
+#include <unistd.h>
+
+#include <system_error>
+
+namespace velmo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path elsewhere(const fs::path& directory) {
+    return directory.parent_path() / "elsewhere";
+}
+
+void plantLink(const fs::path& directory) {
+    std::error_code ignored;
+    fs::remove_all(directory, ignored);
+    fs::create_directories(elsewhere(directory), ignored);
+    fs::create_directory_symlink(elsewhere(directory), directory, ignored);
+}
+
+void removeLink(const fs::path& directory) {
+    std::error_code ignored;
+    if (fs::is_symlink(directory, ignored))
+        fs::remove(directory, ignored);
+}
+
+} // namespace
+
+SimulatedRecordStore::SimulatedRecordStore(MacFolder folder, std::string_view directory,
+                                           std::string_view name)
+    : folder_(std::move(folder)),
+      directory_(folder_.inside(directory)),
+      // Root owns this folder on a Mac; here whoever runs the simulation does.
+      file_(directory_.string(), name, ::getuid()) {
+}
+
+bool SimulatedRecordStore::write(const PowerDaemonRecord& record) {
+    const auto mac = folder_.load();
+    const auto fault = mac ? mac->faults.recordFolder : RecordFolderFault::none;
+    if (fault == RecordFolderFault::readOnly)
+        return false;
+    if (fault == RecordFolderFault::link)
+        plantLink(directory_);
+    else
+        removeLink(directory_);
+    return file_.write(record);
+}
+
+} // namespace velmo

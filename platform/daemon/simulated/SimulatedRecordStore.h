@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/daemon/RecordFile.h"
+#include "platform/simulated/MacFolder.h"
+
+namespace velmo {
+
+/// The record of a simulated Mac: the real file store, in a folder to which the faults of the
+/// machine file happen.
+class SimulatedRecordStore final : public RecordStore {
+public:
+    SimulatedRecordStore(MacFolder folder, std::string_view directory, std::string_view name);
+
+    std::optional<PowerDaemonRecord> read() override { return file_.read(); }
+
+    bool write(const PowerDaemonRecord& record) override;
+
+    void remove() override { file_.remove(); }
+
+private:
+    MacFolder folder_;
+    std::filesystem::path directory_;
+    RecordFile file_;
+};
+
+} // namespace velmo

@@ -1,0 +1,185 @@
+#include "platform/daemon/simulated/SocketService.h"
+
+#include "core/output/Output.h"
+#include "daemon/Session.h"
+#include "platform/daemon/simulated/PeerUser.h"
+#include "platform/simulated/CallLine.h"
+
+#include <asio/buffer.hpp>
+#include <asio/post.hpp>
+#include <asio/read_until.hpp>
+#include <asio/write.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+using Socket = asio::local::stream_protocol::socket;
+
+/// One client. Lives as long as a read, a call or a write of it is under way.
+class SocketConnection final : public ClientConnection,
+                               public std::enable_shared_from_this<SocketConnection> {
+public:
+    SocketConnection(Socket socket, ClientId id, MacFolder folder,
+                     std::shared_ptr<const bool> place)
+        : socket_(std::move(socket)),
+          id_(id),
+          folder_(std::move(folder)),
+          place_(std::move(place)) {}
+
+    [[nodiscard]] ClientId id() const override { return id_; }
+
+    bool requireCodeSignature(const std::string& requirement) override {
+        requirement_ = requirement;
+        return true;
+    }
+
+    void exportSession(std::shared_ptr<Session> session) override { session_ = std::move(session); }
+
+    void onInvalidation(std::function<void()> handler) override {
+        invalidated_ = std::move(handler);
+    }
+
+    void resume() override {
+        if (satisfiesRequirement())
+            readCall();
+        else
+            invalidate();
+    }
+
+private:
+    [[nodiscard]] bool satisfiesRequirement() {
+        const auto user = peerUser(socket_.native_handle());
+        const auto mac = folder_.load();
+        return user && mac && !requirement_.empty()
+               && std::ranges::find(mac->trustedUsers, std::int64_t{*user})
+                      != mac->trustedUsers.end();
+    }
+
+    void readCall() {
+        asio::async_read_until(
+            socket_, asio::dynamic_buffer(received_, longestCallLine), '\n',
+            [self = shared_from_this()](const std::error_code& error, std::size_t size) {
+                self->received(error, size);
+            });
+    }
+
+    void received(const std::error_code& error, std::size_t size) {
+        const auto call =
+            error ? std::nullopt : CallLine::parse(std::string_view(received_).substr(0, size));
+        if (!call) {
+            invalidate();
+            return;
+        }
+        received_.erase(0, size);
+        perform(*call);
+    }
+
+    void perform(const CallLine& call) {
+        const auto reply = [self = shared_from_this()](bool ok) { self->post({.ok = ok}); };
+        switch (call.call) {
+        case PowerCall::hold:
+            session_->hold(call.batteryFloor.value_or(0),
+                           [self = shared_from_this()](bool ok, std::string_view reason) {
+                               self->post({.ok = ok, .reason = std::string(reason)});
+                           });
+            break;
+        case PowerCall::heartbeat:
+            session_->heartbeat(reply);
+            break;
+        case PowerCall::release:
+            session_->release(reply);
+            break;
+        }
+    }
+
+    /// Replies come on the guard's queue; the socket belongs to the main thread.
+    void post(const ReplyLine& reply) {
+        asio::post(socket_.get_executor(),
+                   [self = shared_from_this(), reply] { self->answer(reply); });
+    }
+
+    void answer(const ReplyLine& reply) {
+        Output::print(reply, [this](std::string_view line) { sent_ = line; });
+        asio::async_write(
+            socket_, asio::buffer(sent_),
+            [self = shared_from_this()](const std::error_code& error, std::size_t /*size*/) {
+                if (error)
+                    self->invalidate();
+                else
+                    self->readCall();
+            });
+    }
+
+    void invalidate() {
+        std::error_code ignored;
+        socket_.close(ignored);
+        if (const auto handler = std::exchange(invalidated_, nullptr))
+            handler();
+    }
+
+    Socket socket_;
+    ClientId id_;
+    MacFolder folder_;
+    std::shared_ptr<const bool> place_;
+    std::string requirement_;
+    std::shared_ptr<Session> session_;
+    std::function<void()> invalidated_;
+    std::string received_;
+    std::string sent_;
+};
+
+} // namespace
+
+SocketService::SocketService(asio::io_context& context, MacFolder folder) noexcept
+    : context_(context), folder_(std::move(folder)), acceptor_(context), acceptPause_(context) {
+}
+
+bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
+    guard_ = std::move(guard);
+    const auto path = folder_.socket(service);
+    // Renamed once it listens: whoever finds the name can connect, and a daemon that is gone leaves
+    // nothing in the way.
+    auto unready = path;
+    unready += ".new";
+    try {
+        std::filesystem::remove(unready);
+        acceptor_.open();
+        acceptor_.bind(unready.string());
+        acceptor_.listen();
+        std::filesystem::rename(unready, path);
+    } catch (const std::system_error&) { // also for a path longer than a socket address holds
+        return false;
+    }
+    acceptNext();
+    return true;
+}
+
+void SocketService::acceptNext() {
+    acceptor_.async_accept([this](const std::error_code& error, Socket socket) {
+        if (!error) {
+            admit(std::move(socket));
+            acceptNext();
+            return;
+        }
+        // Mostly a lack of descriptors, which asking again at once would not mend.
+        acceptPause_.expires_after(std::chrono::milliseconds(100));
+        acceptPause_.async_wait([this](const std::error_code& /*aborted*/) { acceptNext(); });
+    });
+}
+
+void SocketService::admit(Socket socket) {
+    const auto alive = static_cast<std::size_t>(places_.use_count() - 1);
+    if (alive >= mostConnections)
+        return;
+    guard_->acceptConnection(std::make_shared<SocketConnection>(
+        std::move(socket), ClientId{++lastClient_}, folder_, places_));
+}
+
+} // namespace velmo

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "machine/PowerMachine.h"
+
+namespace velmo {
+
+/// The Mac that this process runs on. Has no state; nothing but `runPmset("-a", ...)` needs root.
+class MacPowerMachine final : public PowerMachine {
+public:
+    std::optional<std::string> runPmset(PmsetArguments arguments) override;
+    std::optional<bool> sleepDisabledProperty() override;
+    std::optional<PowerSourceSnapshot> powerSources() override;
+    int thermalRaw() override;
+    double now() override;
+};
+
+} // namespace velmo

@@ -1,0 +1,46 @@
+#include "platform/machine/simulated/SimulatedPowerMachine.h"
+
+#include "platform/posix/ChildProcess.h"
+
+#include <chrono>
+
+namespace velmo {
+
+std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments arguments) {
+    return outputOf(folder_.pmset(), {arguments.begin(), arguments.size()});
+}
+
+std::optional<bool> SimulatedPowerMachine::sleepDisabledProperty() {
+    const SimulatedMac& now = mac();
+    if (now.faults.propertyUnreadable)
+        return std::nullopt;
+    return now.sleepDisabled;
+}
+
+std::optional<PowerSourceSnapshot> SimulatedPowerMachine::powerSources() {
+    const SimulatedMac& now = mac();
+    PowerSourceSnapshot snapshot{.providingType = now.mains ? "AC Power" : "Battery Power",
+                                 .sources = {}};
+    if (now.battery) {
+        snapshot.sources.push_back(
+            {.type = "InternalBattery", .currentCapacity = *now.battery, .maximumCapacity = 100});
+    }
+    return snapshot;
+}
+
+int SimulatedPowerMachine::thermalRaw() {
+    return std::to_underlying(mac().thermal);
+}
+
+double SimulatedPowerMachine::now() {
+    const std::chrono::duration<double> real = std::chrono::system_clock::now().time_since_epoch();
+    return real.count() + mac().clockOffset;
+}
+
+const SimulatedMac& SimulatedPowerMachine::mac() {
+    if (auto loaded = folder_.load())
+        lastGood_ = *std::move(loaded);
+    return lastGood_;
+}
+
+} // namespace velmo

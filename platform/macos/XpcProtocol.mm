@@ -1,9 +1,0 @@
-#include "platform/macos/XpcProtocol.h"
-
-namespace velmo {
-
-NSXPCInterface* powerInterface() {
-    return [NSXPCInterface interfaceWithProtocol:@protocol(VelmoPowerProtocol)];
-}
-
-} // namespace velmo

@@ -1,0 +1,9 @@
+#include "platform/xpc/XpcProtocol.h"
+
+namespace velmo {
+
+NSXPCInterface* powerInterface() {
+    return [NSXPCInterface interfaceWithProtocol:@protocol(VelmoPowerProtocol)];
+}
+
+} // namespace velmo
