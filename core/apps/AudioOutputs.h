@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/apps/NameComparison.h"
+#include "core/support/BigEndian.h"
 #include "core/support/Record.h"
 
 #include <cstdint>
@@ -42,10 +43,7 @@ namespace AudioOutputs {
 /// The first four bytes of the text as one number, the first byte highest; of a shorter text the
 /// bytes that it has.
 constexpr std::uint32_t fourCC(std::string_view text) {
-    std::uint32_t code = 0;
-    for (const char c : text.substr(0, 4))
-        code = code << 8U | static_cast<unsigned char>(c);
-    return code;
+    return static_cast<std::uint32_t>(BigEndian::read(text.substr(0, 4)));
 }
 
 /// The way to the device in one word, such as "usb"; "other" for an unknown code.

@@ -1,6 +1,7 @@
 #include "core/apps/DockPrefsParser.h"
 
 #include "core/support/FileUrl.h"
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -11,46 +12,35 @@ namespace velmo::DockPrefsParser {
 
 namespace {
 
-constexpr std::size_t longestText = 1024; // characters
+constexpr std::size_t maxText = 1024; // characters
 
 constexpr std::string_view fileTile = "file-tile";
 constexpr std::string_view directoryTile = "directory-tile";
 
-const Value* memberOf(const Value* value, std::string_view name) {
-    return value == nullptr ? nullptr : value->member(name);
-}
-
-std::string text(const Value* value) {
-    const auto found = value == nullptr ? std::nullopt : value->text();
-    const std::string_view kept = Text::trimmed(found.value_or(""), Text::isBlankOrNewline);
-    return Text::hasMoreCharactersThan(kept, longestText) ? std::string() : std::string(kept);
-}
-
-std::optional<bool> truth(const Value* value) {
-    return value == nullptr ? std::nullopt : value->truth();
+std::string text(const Value& value) {
+    const std::string_view kept = Text::trimmed(value.text().value_or(""), Text::isBlankOrNewline);
+    return Text::hasMoreCharactersThan(kept, maxText) ? std::string() : std::string(kept);
 }
 
 struct Tile {
     std::string type;
-    const Value* data;
+    std::string bundleId;
     std::string path;
     std::string label;
 };
 
-/// The first `maxTiles` entries, without those that are no tile.
+/// Returns the first `maxTiles` entries, without those that are no tile.
 std::vector<Tile> tiles(const Value* value) {
-    const Value::Array* array = value == nullptr ? nullptr : value->array();
     std::vector<Tile> result;
-    if (array == nullptr)
-        return result;
-    for (const Value& entry : std::span(*array).first(std::min(array->size(), maxTiles))) {
-        const Value* data = entry.member("tile-data");
-        if (data == nullptr || data->dictionary() == nullptr)
+    const auto entries = value == nullptr ? std::span<const Value>() : value->elements();
+    for (const Value& entry : entries.first(std::min(entries.size(), maxTiles))) {
+        const Value& data = entry["tile-data"];
+        if (data.dictionary() == nullptr)
             continue;
-        result.push_back({.type = text(entry.member("tile-type")),
-                          .data = data,
-                          .path = path(text(memberOf(data->member("file-data"), "_CFURLString"))),
-                          .label = text(data->member("file-label"))});
+        result.push_back({.type = text(entry["tile-type"]),
+                          .bundleId = text(data["bundle-identifier"]),
+                          .path = path(text(data["file-data"]["_CFURLString"])),
+                          .label = text(data["file-label"])});
     }
     return result;
 }
@@ -62,25 +52,26 @@ bool endsInApp(std::string_view path) {
 } // namespace
 
 DockPrefs parse(const Value::Dictionary& prefs, std::string_view downloads) {
-    DockPrefs result{.apps = apps(member(&prefs, "persistent-apps")),
+    const auto pref = [&](std::string_view name) -> const Value& {
+        return Value::member(&prefs, name);
+    };
+    DockPrefs result{.apps = apps(&pref("persistent-apps")),
                      .recents = {},
-                     .others = others(member(&prefs, "persistent-others"), downloads),
-                     .trashFull = truth(member(&prefs, "trash-full")),
-                     .showRecents = truth(member(&prefs, "show-recents"))};
+                     .others = others(&pref("persistent-others"), downloads),
+                     .modCount = pref("mod-count").number().value_or(0),
+                     .trashFull = pref("trash-full").truth(),
+                     .showRecents = pref("show-recents").truth()};
     if (result.showRecents != false)
-        result.recents = apps(member(&prefs, "recent-apps"));
-    if (const Value* count = member(&prefs, "mod-count"))
-        result.modCount = count->number().value_or(0);
+        result.recents = apps(&pref("recent-apps"));
     return result;
 }
 
 std::vector<DockTile> apps(const Value* value) {
     std::vector<DockTile> result;
     for (Tile& tile : tiles(value)) {
-        std::string bundleId = text(tile.data->member("bundle-identifier"));
         if ((tile.type.empty() || tile.type == fileTile)
-            && (!bundleId.empty() || endsInApp(tile.path)))
-            result.push_back({.bundleId = std::move(bundleId),
+            && (!tile.bundleId.empty() || endsInApp(tile.path)))
+            result.push_back({.bundleId = std::move(tile.bundleId),
                               .path = std::move(tile.path),
                               .label = std::move(tile.label)});
     }
@@ -88,8 +79,7 @@ std::vector<DockTile> apps(const Value* value) {
 }
 
 std::vector<DockFolder> others(const Value* value, std::string_view downloads) {
-    if (downloads.ends_with('/'))
-        downloads.remove_suffix(1);
+    downloads = PathText::withoutTrailingSlash(downloads);
     std::vector<DockFolder> result;
     for (Tile& tile : tiles(value)) {
         if (tile.type != directoryTile || tile.path.empty())

@@ -1,6 +1,7 @@
 #include "core/apps/ForceQuitPolicy.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -9,7 +10,7 @@ namespace velmo::ForceQuitPolicy {
 
 namespace {
 
-constexpr std::int32_t lowestOrdinaryPid = 2; ///< 0 is the kernel, 1 launchd
+constexpr std::int32_t minOrdinaryPid = 2; ///< 0 is the kernel, 1 launchd
 
 std::optional<std::string_view> nonEmpty(const std::optional<std::string>& text) {
     return text && !text->empty() ? std::optional<std::string_view>(*text) : std::nullopt;
@@ -18,12 +19,6 @@ std::optional<std::string_view> nonEmpty(const std::optional<std::string>& text)
 /// Without the blanks around it, in lower case; "" when absent.
 std::string normalized(std::optional<std::string_view> text) {
     return Text::lowercased(Text::trimmed(text.value_or(""), Text::isBlank));
-}
-
-std::string_view lastComponent(std::string_view path) {
-    while (path.ends_with('/'))
-        path.remove_suffix(1);
-    return path.substr(path.rfind('/') + 1);
 }
 
 } // namespace
@@ -37,7 +32,7 @@ bool isSystemPath(std::optional<std::string_view> path) {
 }
 
 Verdict verdict(const Process& process, std::span<const std::int32_t> ownPids) {
-    if (process.pid < lowestOrdinaryPid || std::ranges::find(ownPids, process.pid) != ownPids.end())
+    if (process.pid < minOrdinaryPid || std::ranges::find(ownPids, process.pid) != ownPids.end())
         return refuse;
 
     const std::string id = normalized(process.bundleId);
@@ -57,7 +52,8 @@ Verdict verdict(const Process& process, std::span<const std::int32_t> ownPids) {
     }
     if (!isSystemPath(executablePath))
         return terminate;
-    const std::string name = Text::lowercased(lastComponent(*executablePath));
+    const std::string name = Text::lowercased(
+        PathText::lastComponent(PathText::withoutTrailingSlashes(*executablePath)));
     return Text::isOneOf(name, protectedNames) ? refuse : terminate;
 }
 
@@ -71,7 +67,7 @@ bool identityMatches(std::string_view expected, std::optional<std::string_view> 
 bool startMatches(std::optional<std::string_view> expected, std::optional<std::int64_t> actual) {
     if (!expected || expected->empty())
         return true;
-    return actual > 0 && Ascii::decimal<std::int64_t>(*expected) == actual;
+    return actual > 0 && Decimal::parseUnsigned<std::int64_t>(*expected) == actual;
 }
 
 } // namespace velmo::ForceQuitPolicy

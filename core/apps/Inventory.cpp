@@ -1,5 +1,7 @@
 #include "core/apps/Inventory.h"
 
+#include "core/support/PathText.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <unordered_set>
@@ -10,13 +12,6 @@ namespace velmo::Inventory {
 namespace {
 
 constexpr std::string_view bundleSuffix = ".app";
-
-std::string below(std::string_view folder, std::string_view name) {
-    std::string path(folder);
-    if (!path.ends_with('/'))
-        path += '/';
-    return path.append(name);
-}
 
 /// Without ".", "..", doubled and trailing slashes; the disk is not asked.
 std::string standardised(const std::string& path) {
@@ -32,7 +27,7 @@ struct Place {
     std::string key;
 
     [[nodiscard]] Place at(std::string_view name) const {
-        return {.path = below(path, name), .key = below(key, name)};
+        return {.path = PathText::join(path, name), .key = PathText::join(key, name)};
     }
 };
 
@@ -84,7 +79,7 @@ private:
 
 std::array<FileUrl, 3> defaultDirectories(std::string_view home) {
     return {FileUrl{"/Applications"}, FileUrl{"/System/Applications"},
-            FileUrl{below(home, "Applications")}};
+            FileUrl{PathText::join(home, "Applications")}};
 }
 
 std::vector<AppRecord> scan(std::span<const FileUrl> directories, const Services& services) {

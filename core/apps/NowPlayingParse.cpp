@@ -1,6 +1,6 @@
 #include "core/apps/NowPlayingParse.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -113,7 +113,7 @@ std::optional<NowPlayingInfo> music(std::string_view line) {
         info.duration = duration;
         info.position = number(fields[5]);
     }
-    if (Ascii::signedDecimal<std::int64_t>(fields[8]).value_or(0) >= 1) {
+    if (Decimal::parseSigned<std::int64_t>(fields[8]).value_or(0) >= 1) {
         auto& key = info.artworkKey.emplace("music:");
         key.append(fields[9]).append("|").append(title).append("|").append(artist);
     }

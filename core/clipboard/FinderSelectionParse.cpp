@@ -1,6 +1,8 @@
 #include "core/clipboard/FinderSelectionParse.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -12,28 +14,24 @@ namespace {
 
 constexpr std::size_t longestPath = 4096; // characters
 
-bool goesUp(std::string_view path) {
-    const auto pieces = Text::pieces(path, [](char32_t scalar) { return scalar == U'/'; });
-    return std::ranges::find(pieces, "..") != pieces.end();
-}
-
 struct Line {
     FileIdentity identity;
     std::string path;
 };
 
-std::optional<std::string_view> takeField(std::string_view& text) {
+/// Takes a number and the colon behind it from the front.
+std::optional<std::uint64_t> takeNumber(std::string_view& text) {
     const std::size_t colon = text.find(':');
     if (colon == std::string_view::npos)
         return std::nullopt;
     const std::string_view taken = text.substr(0, colon);
     text.remove_prefix(colon + 1);
-    return taken;
+    return Decimal::parseUnsigned<std::uint64_t>(taken);
 }
 
 std::optional<Line> parse(std::string_view line) {
-    const auto device = takeField(line).and_then(Ascii::decimal<std::uint64_t>);
-    const auto inode = takeField(line).and_then(Ascii::decimal<std::uint64_t>);
+    const auto device = takeNumber(line);
+    const auto inode = takeNumber(line);
     auto path = clean(line);
     if (!device || !inode || path != line)
         return std::nullopt;
@@ -45,7 +43,7 @@ std::optional<Line> parse(std::string_view line) {
 std::optional<std::string> clean(std::optional<std::string_view> path) {
     if (!path || !path->starts_with('/') || std::ranges::any_of(*path, Ascii::isControl)
         || !Text::isValidUtf8(*path) || Text::hasMoreCharactersThan(*path, longestPath)
-        || goesUp(*path))
+        || PathText::goesUp(*path))
         return std::nullopt;
     while (path->size() > 1 && path->ends_with('/'))
         path->remove_suffix(1);

@@ -1,5 +1,6 @@
 #include "core/clipboard/PasteboardPolicy.h"
 
+#include "core/support/BigEndian.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -26,12 +27,8 @@ bool isConcealedType(const std::string& type) {
     return concealedLower.contains(Text::lowercased(type));
 }
 
-/// Big-endian.
 std::uint32_t numberAt(ByteView data, std::size_t position) {
-    std::uint32_t number = 0;
-    for (const std::uint8_t byte : data.subspan(position, 4))
-        number = number << 8U | byte;
-    return number;
+    return static_cast<std::uint32_t>(BigEndian::read(data.subspan(position, 4)));
 }
 
 bool sideFits(std::uint32_t side) {

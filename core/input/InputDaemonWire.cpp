@@ -50,15 +50,14 @@ std::optional<Request> parse(std::string_view line) {
         return std::nullopt;
     const auto document = JsonDocument::parse(line);
     const auto object = document.and_then(&JsonDocument::object);
-    const auto id = object ? object->member("id").and_then(&JsonValue::integer) : std::nullopt;
+    const auto id = object ? object->integer("id") : std::nullopt;
     if (!id || *id < 1 || *id >= idLimit)
         return std::nullopt;
 
-    Request request{.id = *id, .argv = {}};
-    auto argv = object->member("argv").and_then(decodeJson<std::vector<std::string>>);
-    if (argv && isValid(*argv) && object->hasOnly({"id", "argv"}))
-        request.argv = std::move(argv);
-    return request;
+    auto request = decodeRecordExactly<Request>(*object);
+    if (request && request->argv && isValid(*request->argv))
+        return request;
+    return Request{.id = *id, .argv = {}};
 }
 
 std::string ready() {

@@ -1,7 +1,7 @@
 #include "core/input/InputMessage.h"
 
-#include "core/support/Ascii.h"
-#include "core/support/Json.h"
+#include "core/support/Decimal.h"
+#include "core/support/Record.h"
 #include "core/support/Text.h"
 
 namespace velmo {
@@ -12,24 +12,28 @@ using Decoded = std::optional<InputMessage>;
 
 constexpr std::int64_t farthestMove = 2048;
 constexpr std::int64_t mostZoomSteps = 8;
-constexpr std::size_t longestText = 1024; // UTF-16 units
-constexpr std::size_t longestTarget = 16; // digits
+constexpr std::size_t longestText = 1024;                 // UTF-16 units
+constexpr std::int64_t maxTarget = 9'999'999'999'999'999; // sixteen digits
+
+/// The one message that may have no other member.
+struct GestureLine {
+    Gesture gesture{};
+
+    static constexpr auto fields =
+        std::tuple{constant("type", "gesture"), field("gesture", &GestureLine::gesture)};
+};
 
 std::optional<std::int64_t> integerWithin(const JsonObject& message, std::string_view name,
                                           std::int64_t limit) {
-    const auto value = message.member(name).and_then(&JsonValue::integer);
+    const auto value = message.integer(name);
     if (value && *value >= -limit && *value <= limit)
         return value;
     return std::nullopt;
 }
 
-std::optional<std::string_view> textMember(const JsonObject& message, std::string_view name) {
-    return message.member(name).and_then(&JsonValue::text);
-}
-
 std::optional<std::string> target(const JsonObject& message) {
-    const auto text = textMember(message, "target");
-    if (!text || !Ascii::positiveDecimal(*text, longestTarget))
+    const auto text = message.text("target");
+    if (!text || !Decimal::parsePositive(*text, maxTarget))
         return std::nullopt;
     return std::string(*text);
 }
@@ -51,15 +55,15 @@ Decoded decodeZoom(const JsonObject& message) {
 }
 
 Decoded decodeButton(const JsonObject& message) {
-    const auto button = textMember(message, "button");
-    const auto down = message.member("down").and_then(&JsonValue::boolean);
+    const auto button = message.text("button");
+    const auto down = message.boolean("down");
     if ((button != "left" && button != "right") || !down)
         return std::nullopt;
     return InputMessage{InputMessage::Button{.right = button == "right", .down = *down}};
 }
 
 Decoded decodeText(const JsonObject& message) {
-    const auto text = textMember(message, "text");
+    const auto text = message.text("text");
     auto to = target(message);
     if (!text || text->empty() || Text::utf16Length(*text) > longestText || !to)
         return std::nullopt;
@@ -67,7 +71,7 @@ Decoded decodeText(const JsonObject& message) {
 }
 
 Decoded decodeKey(const JsonObject& message) {
-    const auto name = textMember(message, "key");
+    const auto name = message.text("key");
     auto to = target(message);
     if (!name || !Text::isOneOf(*name, InputMessage::keys) || !to)
         return std::nullopt;
@@ -75,10 +79,8 @@ Decoded decodeKey(const JsonObject& message) {
 }
 
 Decoded decodeGesture(const JsonObject& message) {
-    if (!message.hasOnly({"type", "gesture"}))
-        return std::nullopt;
-    const auto gesture = textMember(message, "gesture").and_then(fromRawText<Gesture>);
-    return gesture.transform([](Gesture known) { return InputMessage{known}; });
+    return decodeRecordExactly<GestureLine>(message).transform(
+        [](const GestureLine& line) { return InputMessage{line.gesture}; });
 }
 
 template<class Message>
@@ -111,7 +113,7 @@ std::optional<InputMessage> InputMessage::decode(std::string_view line) {
         return std::nullopt;
     const auto document = JsonDocument::parse(line);
     const auto message = document.and_then(&JsonDocument::object);
-    const auto name = message ? textMember(*message, "type") : std::nullopt;
+    const auto name = message ? message->text("type") : std::nullopt;
     for (const Type& type : types) {
         if (type.name == name)
             return type.decode(*message);

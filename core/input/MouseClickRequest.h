@@ -30,8 +30,9 @@ struct MouseClickRequest {
     /// Down and up for each click. Any positive count is planned, also one that `parse` refuses.
     [[nodiscard]] std::vector<Step> steps() const;
 
-    static constexpr auto fields = std::tuple{field("button", &MouseClickRequest::button),
-                                              field("count", &MouseClickRequest::count)};
+    static constexpr auto fields =
+        std::tuple{field("button", &MouseClickRequest::button),
+                   field("count", &MouseClickRequest::count).orDefault()};
     bool operator==(const MouseClickRequest&) const = default;
 };
 

@@ -38,22 +38,16 @@ struct Parameters {
     std::int64_t mask;
 };
 
-std::optional<Parameters> parameters(const Value* choice) {
-    const Value* listed = choice == nullptr ? nullptr : choice->member("parameters");
-    const Value::Array* array = listed == nullptr ? nullptr : listed->array();
-    if (array == nullptr || array->size() != 3)
+std::optional<Parameters> parameters(const Value& choice) {
+    const auto listed = choice["parameters"].elements();
+    if (listed.size() != 3)
         return std::nullopt;
-    const auto character = (*array)[0].number();
-    const auto keyCode = (*array)[1].number();
-    const auto mask = (*array)[2].number();
+    const auto character = listed[0].number();
+    const auto keyCode = listed[1].number();
+    const auto mask = listed[2].number();
     if (!character || !keyCode || !mask)
         return std::nullopt;
     return Parameters{.keyCode = *keyCode, .mask = *mask};
-}
-
-bool isStandard(const Value* choice) {
-    const Value* type = choice->member("type");
-    return type != nullptr && type->text() == "standard";
 }
 
 std::optional<HotKey> pressable(const Parameters& chosen) {
@@ -72,19 +66,19 @@ std::optional<HotKey> pressable(const Parameters& chosen) {
 } // namespace
 
 std::optional<HotKey> resolve(int number, const Value::Dictionary* preferences) {
-    const Value* entry = member(preferences, std::to_string(number));
-    if (entry == nullptr || entry->dictionary() == nullptr)
+    const Value& entry = Value::member(preferences, std::to_string(number));
+    if (entry.dictionary() == nullptr)
         return fallback(number);
 
-    const auto enabled = SymbolicHotKeys::number(entry->member("enabled"));
+    const auto enabled = entry["enabled"].number();
     if (enabled == 0)
         return std::nullopt;
 
-    const Value* choice = entry->member("value");
+    const Value& choice = entry["value"];
     const auto chosen = parameters(choice);
     if (!chosen)
         return fallback(number);
-    if (!isStandard(choice) || (isExplicitOnly(number) && enabled != 1))
+    if (choice["type"].text() != "standard" || (isExplicitOnly(number) && enabled != 1))
         return std::nullopt;
     return pressable(*chosen);
 }

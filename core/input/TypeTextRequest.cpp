@@ -8,8 +8,8 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestJson = 8192; // bytes
-constexpr std::size_t longestText = 500;  // UTF-16 units
+constexpr std::size_t maxJson = 8192; // bytes
+constexpr std::size_t maxText = 500;  // UTF-16 units
 
 /// A test of bytes is enough: none of a longer UTF-8 sequence is below 128.
 bool isForbidden(char c) {
@@ -20,19 +20,11 @@ bool isForbidden(char c) {
 } // namespace
 
 std::optional<TypeTextRequest> TypeTextRequest::parse(std::string_view json) {
-    if (json.size() > longestJson)
+    auto request = decodeRecordExactly<TypeTextRequest>(json, maxJson);
+    if (!request || request->text.empty() || Text::utf16Length(request->text) > maxText
+        || std::ranges::any_of(request->text, isForbidden))
         return std::nullopt;
-    const auto document = JsonDocument::parse(json);
-    const auto object = document.and_then(&JsonDocument::object);
-    if (!object || !object->hasOnly({"text", "enter"}))
-        return std::nullopt;
-    const auto text = object->member("text").and_then(&JsonValue::text);
-    const auto given = object->member("enter");
-    const auto enter = given ? given->boolean() : false;
-    if (!text || text->empty() || Text::utf16Length(*text) > longestText
-        || std::ranges::any_of(*text, isForbidden) || !enter)
-        return std::nullopt;
-    return TypeTextRequest{.text = std::string(*text), .enter = *enter};
+    return request;
 }
 
 } // namespace velmo

@@ -18,8 +18,8 @@ struct TypeTextRequest {
     /// U+007F; "enter" a boolean, false when it is missing. Absent when any other member is there.
     static std::optional<TypeTextRequest> parse(std::string_view json);
 
-    static constexpr auto fields =
-        std::tuple{field("text", &TypeTextRequest::text), field("enter", &TypeTextRequest::enter)};
+    static constexpr auto fields = std::tuple{field("text", &TypeTextRequest::text),
+                                              field("enter", &TypeTextRequest::enter).orDefault()};
     bool operator==(const TypeTextRequest&) const = default;
 };
 

@@ -1,12 +1,12 @@
 #include "core/output/ControlCommand.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 
 namespace velmo {
 
 namespace {
 
-constexpr std::int64_t highestPercent = 100;
+constexpr std::int64_t maxPercent = 100;
 
 constexpr std::string_view unmute = "try\nset volume output muted false\nend try\n";
 constexpr std::string_view setVolume = "set volume output volume ";
@@ -24,8 +24,7 @@ bool takesPercent(ControlCommand::Kind kind) {
 }
 
 std::optional<std::int64_t> percentage(std::string_view word) {
-    const auto percent = Ascii::signedDecimal<std::int64_t>(word);
-    return percent && *percent >= 0 && *percent <= highestPercent ? percent : std::nullopt;
+    return Decimal::parseSigned<std::int64_t>(word, {.min = 0, .max = maxPercent});
 }
 
 } // namespace

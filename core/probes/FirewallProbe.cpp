@@ -1,6 +1,7 @@
 #include "core/probes/FirewallProbe.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/PathText.h"
 #include "core/support/Text.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ constexpr std::size_t longestOutput = 400;
 } // namespace
 
 bool validAppPath(std::string_view path) {
-    return path.starts_with('/') && !path.contains("/../") && !path.ends_with("/..")
+    return path.starts_with('/') && !PathText::goesUp(path)
            && std::ranges::none_of(path, Ascii::isControl) && Text::isValidUtf8(path)
            && !Text::hasMoreCharactersThan(path, longestPath);
 }

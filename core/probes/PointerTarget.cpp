@@ -1,6 +1,6 @@
 #include "core/probes/PointerTarget.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 
 #include <string_view>
 
@@ -10,8 +10,7 @@ namespace {
 
 std::optional<std::int64_t> coordinate(std::string_view word) {
     constexpr std::int64_t limit = PointerTarget::limit;
-    const auto value = Ascii::signedDecimal<std::int64_t>(word);
-    return value && -limit <= *value && *value <= limit ? value : std::nullopt;
+    return Decimal::parseSigned<std::int64_t>(word, {.min = -limit, .max = limit});
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "core/support/Args.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 #include "core/support/Text.h"
 
 #include <string>
@@ -8,8 +8,9 @@
 namespace velmo::Args {
 
 std::optional<std::int32_t> pid(std::optional<std::string_view> text) {
-    const auto value = text.and_then(Ascii::decimal<std::int32_t>);
-    return value && *value > 0 ? value : std::nullopt;
+    return text.and_then([](std::string_view digits) {
+        return Decimal::parseUnsigned<std::int32_t>(digits, {.min = 1});
+    });
 }
 
 std::optional<FileUrl> appPath(std::optional<std::string_view> text,

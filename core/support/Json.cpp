@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -12,19 +11,27 @@ namespace velmo {
 
 namespace dom = simdjson::dom;
 
+/// What this file knows of a reference and no other does.
+struct JsonParser {
+    static dom::element elementOf(const JsonReference& reference) {
+        return std::bit_cast<dom::element>(reference.bytes_);
+    }
+
+    static JsonReference referenceTo(const dom::element& element) {
+        JsonReference reference;
+        reference.bytes_ = std::bit_cast<decltype(reference.bytes_)>(element);
+        return reference;
+    }
+};
+
 namespace {
 
-/// The parser's own two-word reference. It may not be named in a header that hides the parser, so
-/// it travels as a `Handle` of the same shape.
-static_assert(sizeof(dom::element) == sizeof(JsonValue::Handle));
-static_assert(std::is_trivially_copyable_v<dom::element>);
-
-dom::element elementOf(JsonValue::Handle handle) {
-    return std::bit_cast<dom::element>(handle);
+dom::element elementOf(const JsonReference& reference) {
+    return JsonParser::elementOf(reference);
 }
 
-JsonValue::Handle handleOf(const dom::element& element) {
-    return std::bit_cast<JsonValue::Handle>(element);
+JsonReference referenceTo(const dom::element& element) {
+    return JsonParser::referenceTo(element);
 }
 
 template<class T>
@@ -36,12 +43,12 @@ std::optional<T> valueOf(simdjson::simdjson_result<T> result) {
 }
 
 // Only made for elements that were found to be an object or an array.
-dom::object objectOf(JsonValue::Handle handle) {
-    return elementOf(handle).get_object().value_unsafe();
+dom::object objectOf(const JsonReference& reference) {
+    return elementOf(reference).get_object().value_unsafe();
 }
 
-dom::array arrayOf(JsonValue::Handle handle) {
-    return elementOf(handle).get_array().value_unsafe();
+dom::array arrayOf(const JsonReference& reference) {
+    return elementOf(reference).get_array().value_unsafe();
 }
 
 /// One bit of 64 for a name: two names with different bits are different.
@@ -87,7 +94,7 @@ bool namesAMemberTwiceAnywhere(const dom::element& element) {
 } // namespace
 
 JsonKind JsonValue::kind() const {
-    switch (elementOf(handle_).type()) {
+    switch (elementOf(reference_).type()) {
     case dom::element_type::ARRAY:
         return JsonKind::array;
     case dom::element_type::OBJECT:
@@ -108,59 +115,72 @@ JsonKind JsonValue::kind() const {
 }
 
 std::optional<bool> JsonValue::boolean() const {
-    return valueOf(elementOf(handle_).get_bool());
+    return valueOf(elementOf(reference_).get_bool());
 }
 
 std::optional<std::int64_t> JsonValue::integer() const {
-    return valueOf(elementOf(handle_).get_int64());
+    return valueOf(elementOf(reference_).get_int64());
 }
 
 std::optional<double> JsonValue::number() const {
-    return valueOf(elementOf(handle_).get_double());
+    return valueOf(elementOf(reference_).get_double());
 }
 
 std::optional<std::string_view> JsonValue::text() const {
-    return valueOf(elementOf(handle_).get_string());
+    return valueOf(elementOf(reference_).get_string());
 }
 
 std::optional<JsonArray> JsonValue::array() const {
-    if (!elementOf(handle_).is_array())
+    if (!elementOf(reference_).is_array())
         return std::nullopt;
-    return JsonArray(handle_);
+    return JsonArray(reference_);
 }
 
 std::optional<JsonObject> JsonValue::object() const {
-    if (!elementOf(handle_).is_object())
+    if (!elementOf(reference_).is_object())
         return std::nullopt;
-    return JsonObject(handle_);
+    return JsonObject(reference_);
 }
 
 std::vector<JsonValue> JsonArray::elements() const {
     std::vector<JsonValue> result;
-    for (const dom::element element : arrayOf(handle_))
-        result.emplace_back(handleOf(element));
+    for (const dom::element element : arrayOf(reference_))
+        result.emplace_back(referenceTo(element));
     return result;
 }
 
 std::optional<JsonValue> JsonObject::member(std::string_view name) const {
-    const auto found = valueOf(objectOf(handle_).at_key(name));
+    const auto found = valueOf(objectOf(reference_).at_key(name));
     if (!found)
         return std::nullopt;
-    return JsonValue(handleOf(*found));
+    return JsonValue(referenceTo(*found));
 }
 
 std::vector<JsonMember> JsonObject::members() const {
     std::vector<JsonMember> result;
-    for (const dom::key_value_pair member : objectOf(handle_))
-        result.push_back({.name = member.key, .value = JsonValue(handleOf(member.value))});
+    for (const dom::key_value_pair member : objectOf(reference_))
+        result.push_back({.name = member.key, .value = JsonValue(referenceTo(member.value))});
     return result;
 }
 
-bool JsonObject::hasOnly(std::initializer_list<std::string_view> names) const {
-    const dom::object object = objectOf(handle_);
-    return std::all_of(object.begin(), object.end(), [&](const dom::key_value_pair& member) {
-        return std::ranges::find(names, member.key) != names.end();
-    });
+std::size_t JsonObject::size() const {
+    return objectOf(reference_).size();
+}
+
+std::optional<bool> JsonObject::boolean(std::string_view name) const {
+    return member(name).and_then(&JsonValue::boolean);
+}
+
+std::optional<std::int64_t> JsonObject::integer(std::string_view name) const {
+    return member(name).and_then(&JsonValue::integer);
+}
+
+std::optional<std::string_view> JsonObject::text(std::string_view name) const {
+    return member(name).and_then(&JsonValue::text);
+}
+
+std::optional<JsonObject> JsonObject::object(std::string_view name) const {
+    return member(name).and_then(&JsonValue::object);
 }
 
 /// On the heap because every value points at it. The parser stays with its document for the next.
@@ -175,7 +195,7 @@ namespace {
 /// one for its next line; but not what a long text has made it grow to.
 class Spare {
 public:
-    static constexpr std::size_t largestKept = 16384; ///< bytes of text
+    static constexpr std::size_t maxKept = 16384; ///< bytes of text
 
     Spare() = default;
     Spare(const Spare&) = delete;
@@ -188,7 +208,7 @@ public:
     }
 
     static void giveBack(std::unique_ptr<JsonStorage> storage) {
-        if (!threadEnds && storage && storage->parser.capacity() <= largestKept)
+        if (!threadEnds && storage && storage->parser.capacity() <= maxKept)
             ofThread.storage_ = std::move(storage);
     }
 
@@ -228,7 +248,7 @@ JsonDocument::~JsonDocument() {
 }
 
 JsonValue JsonDocument::root() const {
-    return JsonValue(handleOf(storage_->document.root()));
+    return JsonValue(referenceTo(storage_->document.root()));
 }
 
 } // namespace velmo

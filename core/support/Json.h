@@ -1,67 +1,69 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
 
-/// Reading JSON that comes from anywhere.
+/// Reads JSON that comes from anywhere.
 ///
-/// A text is either accepted whole or refused whole. Refused, wherever in the text it occurs: any
-/// departure from RFC 8259, a byte-order mark, an encoding other than valid UTF-8, a member named
-/// twice in one object, text after the document, nesting beyond 1024 levels, an integer beyond 64
-/// bits, a real beyond double. Member names and texts are compared and handed out unescaped.
+/// A text is either accepted whole or refused whole. It is refused for any departure from RFC 8259,
+/// wherever in the text it occurs, and also for a byte-order mark, an encoding other than valid
+/// UTF-8, a member named twice in one object, text after the document, nesting beyond 1024 levels,
+/// an integer beyond 64 bits and a real beyond double. Member names and texts are compared and
+/// handed out unescaped.
 ///
 /// Values are views into their `JsonDocument` and must not outlive it.
 namespace velmo {
 
-class JsonObject;
 class JsonArray;
+class JsonObject;
 struct JsonStorage;
 
 enum class JsonKind { null, boolean, integer, real, text, array, object };
 
-/// One value. Each reader answers absent for a value of another kind; nothing is converted, but
+/// The parser's own reference to a value, kept as bytes so that no other file sees the parser.
+class JsonReference {
+    friend struct JsonParser;
+    alignas(void*) std::array<std::byte, 2 * sizeof(void*)> bytes_{};
+};
+
+/// One value. Every reader returns absent for a value of another kind. Nothing is converted, except
 /// that `number` reads integers too.
 class JsonValue {
 public:
+    explicit JsonValue(JsonReference reference) : reference_(reference) {}
+
     [[nodiscard]] JsonKind kind() const;
     [[nodiscard]] std::optional<bool> boolean() const;
 
-    /// A number spelt without fraction or exponent (2.0 and 2e0 are reals), within signed 64 bits.
+    /// Returns a number that is spelt without fraction or exponent (2.0 and 2e0 are reals) and lies
+    /// within signed 64 bits.
     [[nodiscard]] std::optional<std::int64_t> integer() const;
 
-    /// Any number; always finite.
+    /// Returns any number; it is always finite.
     [[nodiscard]] std::optional<double> number() const;
 
-    /// May hold NUL: never hand it on as a C string.
+    /// Returns a text. It may contain NUL, so it must never be handed on as a C string.
     [[nodiscard]] std::optional<std::string_view> text() const;
     [[nodiscard]] std::optional<JsonArray> array() const;
     [[nodiscard]] std::optional<JsonObject> object() const;
 
-    /// Where the parser keeps the value; of use to Json.cpp only.
-    struct Handle {
-        const void* document;
-        std::size_t index;
-    };
-
-    explicit JsonValue(Handle handle) : handle_(handle) {}
-
 private:
-    Handle handle_;
+    JsonReference reference_;
 };
 
 class JsonArray {
 public:
-    explicit JsonArray(JsonValue::Handle handle) : handle_(handle) {}
+    explicit JsonArray(JsonReference reference) : reference_(reference) {}
 
     [[nodiscard]] std::vector<JsonValue> elements() const;
 
 private:
-    JsonValue::Handle handle_;
+    JsonReference reference_;
 };
 
 struct JsonMember {
@@ -71,24 +73,32 @@ struct JsonMember {
 
 class JsonObject {
 public:
-    explicit JsonObject(JsonValue::Handle handle) : handle_(handle) {}
+    explicit JsonObject(JsonReference reference) : reference_(reference) {}
 
-    /// Absent when there is no such member; a member that is null is there.
+    /// Returns the value of a member, or nothing if there is no such member. A member that is null
+    /// is there.
     [[nodiscard]] std::optional<JsonValue> member(std::string_view name) const;
 
-    /// In the order of the text.
+    // Each returns the member's value as the reader of the same name in `JsonValue` does, and
+    // nothing if there is no such member.
+    [[nodiscard]] std::optional<bool> boolean(std::string_view name) const;
+    [[nodiscard]] std::optional<std::int64_t> integer(std::string_view name) const;
+    [[nodiscard]] std::optional<std::string_view> text(std::string_view name) const;
+    [[nodiscard]] std::optional<JsonObject> object(std::string_view name) const;
+
+    /// Returns all members in the order of the text.
     [[nodiscard]] std::vector<JsonMember> members() const;
 
-    /// Whether every member bears one of these names.
-    [[nodiscard]] bool hasOnly(std::initializer_list<std::string_view> names) const;
+    /// Returns the number of members.
+    [[nodiscard]] std::size_t size() const;
 
 private:
-    JsonValue::Handle handle_;
+    JsonReference reference_;
 };
 
 class JsonDocument {
 public:
-    /// Absent when the text is refused. The text is not needed afterwards.
+    /// Parses a text; absent if it is refused. The text is not needed afterwards.
     static std::optional<JsonDocument> parse(std::string_view text);
 
     JsonDocument(JsonDocument&&) noexcept;
@@ -99,7 +109,7 @@ public:
 
     [[nodiscard]] JsonValue root() const;
 
-    /// The root, if it is an object: `document.and_then(&JsonDocument::object)`.
+    /// Returns the root if it is an object: `document.and_then(&JsonDocument::object)`.
     [[nodiscard]] std::optional<JsonObject> object() const { return root().object(); }
 
 private:

@@ -8,8 +8,7 @@ namespace velmo {
 
 namespace {
 
-constexpr double largestExactInteger = 0x1p53;
-constexpr double fixedNotationLimit = 0x1p54;
+constexpr double fixedNotationEnd = 0x1p54;
 constexpr double fixedNotationStart = 1e-4;
 
 bool isPlain(unsigned char byte, Slashes slashes) {
@@ -64,10 +63,9 @@ void JsonWriter::real(std::floating_point auto value) {
         failed_ = true;
         return;
     }
-    const bool integral = magnitude <= largestExactInteger && std::trunc(magnitude) == magnitude;
-    const bool fixed = magnitude >= fixedNotationStart && magnitude < fixedNotationLimit;
-    appendNumber(value,
-                 integral || fixed ? std::chars_format::fixed : std::chars_format::scientific);
+    const bool fixed =
+        magnitude == 0 || (magnitude >= fixedNotationStart && magnitude < fixedNotationEnd);
+    appendNumber(value, fixed ? std::chars_format::fixed : std::chars_format::scientific);
 }
 
 template void JsonWriter::real(float);

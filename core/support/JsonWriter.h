@@ -12,7 +12,7 @@ enum class EncodingError {
     nonFiniteNumber, ///< JSON has no way to write infinity or "not a number"
 };
 
-/// The slash as "\/", which lets a line stand inside HTML, or plainly.
+/// How a slash is written: as "\/", which lets a line stand inside HTML, or plainly.
 enum class Slashes { escaped, plain };
 
 /// Appends values to a text. Objects and arrays are composed by the caller (see Record.h).
@@ -21,22 +21,22 @@ public:
     explicit JsonWriter(std::string& out, Slashes slashes = Slashes::escaped)
         : out_(out), slashes_(slashes) {}
 
-    /// Quotes and backslashes are escaped, control characters written as \b \f \n \r \t or \u00xx;
-    /// ill-formed UTF-8 becomes U+FFFD.
+    /// Escapes quotes and backslashes, writes control characters as \b \f \n \r \t or \u00xx, and
+    /// U+FFFD for ill-formed UTF-8.
     void text(std::string_view text);
 
     void boolean(bool value) { out_ += value ? "true" : "false"; }
 
     void integer(std::integral auto value) { appendNumber(value); }
 
-    /// An integral value within 2^53 without a fraction (800, not 800.0); any other in the
-    /// shortest digits that read back the same, fixed from 1e-4 up to 2^54, else scientific.
+    /// Writes the shortest digits that read back the same, so that 800 is "800" and not "800.0".
+    /// The notation is fixed for 0 and from 1e-4 up to 2^54, else scientific.
     void real(std::floating_point auto value);
 
-    /// Bytes that are JSON already: punctuation, and keys that need no escaping.
+    /// Appends bytes that are JSON already: punctuation, and keys that need no escaping.
     void raw(std::string_view json) { out_ += json; }
 
-    /// Whether a real had no JSON form; what was written is then of no use.
+    /// Tells whether a real had no JSON form. What was written is then of no use.
     [[nodiscard]] bool failed() const { return failed_; }
 
     [[nodiscard]] std::string& out() { return out_; }

@@ -2,14 +2,15 @@
 
 #include "core/support/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace velmo::PathText {
 
 namespace {
 
-constexpr std::size_t shortestPath = 2;
-constexpr std::size_t longestPath = 1024;
+constexpr std::size_t minLength = 2;
+constexpr std::size_t maxLength = 1024;
 
 /// The bytes before the first slash; they and the slash are removed from the text.
 std::string_view takePiece(std::string_view& path) {
@@ -22,7 +23,7 @@ std::string_view takePiece(std::string_view& path) {
 } // namespace
 
 bool isCleanAbsolute(std::string_view path) {
-    if (path.size() < shortestPath || path.size() > longestPath || !path.starts_with('/')
+    if (path.size() < minLength || path.size() > maxLength || !path.starts_with('/')
         || path.ends_with("//") || !Text::isValidUtf8(path) || Text::hasControl(path))
         return false;
     for (std::string_view rest = path.substr(1); !rest.empty();) {
@@ -50,8 +51,26 @@ bool isDotOrDotDot(std::string_view piece) {
     return piece == "." || piece == "..";
 }
 
+bool goesUp(std::string_view path) {
+    const auto all = pieces(path);
+    return std::ranges::find(all, "..") != all.end();
+}
+
+std::string join(std::string_view folder, std::string_view name) {
+    std::string path(folder);
+    if (!path.ends_with('/'))
+        path += '/';
+    return path.append(name);
+}
+
 std::string_view withoutTrailingSlash(std::string_view path) {
     if (path.ends_with('/'))
+        path.remove_suffix(1);
+    return path;
+}
+
+std::string_view withoutTrailingSlashes(std::string_view path) {
+    while (path.ends_with('/'))
         path.remove_suffix(1);
     return path;
 }

@@ -32,15 +32,21 @@
 ///         bool operator==(const PowerDaemonRecord&) const = default;
 ///     };
 ///
-/// Written: compact, keys in ascending byte order, absent optionals left out. A field may be a
-/// Boolean, a number, a text, an enumeration with raw texts, a record, or an optional, vector or
-/// string-keyed map of these.
+/// A record is written compactly, with its keys in ascending byte order and without absent
+/// optionals. A field may be a Boolean, a number, a text, an enumeration with raw texts, a record,
+/// or an optional, vector or string-keyed map of these.
 namespace velmo {
 
 template<class R, class M>
 struct Field {
     std::string_view name; ///< the JSON key; printable ASCII without quote, backslash and slash
     M R::* member;
+    bool isRequired = true; ///< a text without it is refused; optionals are never required
+
+    /// Returns the same field, which keeps its default where the key is missing.
+    [[nodiscard]] constexpr Field orDefault() const {
+        return {.name = name, .member = member, .isRequired = false};
+    }
 };
 
 template<class R, class M>
@@ -48,14 +54,19 @@ constexpr Field<R, M> field(std::string_view name, M R::* member) {
     return {.name = name, .member = member};
 }
 
-/// A key that every value of the record writes with the same text, such as "type":"power".
+/// A key with which every value of the record is written, such as "type":"power" or "v":1.
+template<class T>
 struct ConstantField {
     std::string_view name;
-    std::string_view text;
+    T value;
 };
 
-constexpr ConstantField constant(std::string_view name, std::string_view text) {
-    return {.name = name, .text = text};
+constexpr ConstantField<std::string_view> constant(std::string_view name, std::string_view text) {
+    return {.name = name, .value = text};
+}
+
+constexpr ConstantField<std::int64_t> constant(std::string_view name, int number) {
+    return {.name = name, .value = number};
 }
 
 template<class R>
@@ -64,7 +75,7 @@ concept Record = requires { R::fields; };
 template<class T>
 void writeJson(JsonWriter& writer, const T& value);
 
-/// The record as one JSON object, without a line feed.
+/// Returns the record as one JSON object, without a line feed.
 template<class T>
 std::expected<std::string, EncodingError> encodeJson(const T& value,
                                                      Slashes slashes = Slashes::escaped) {
@@ -76,19 +87,20 @@ std::expected<std::string, EncodingError> encodeJson(const T& value,
     return line;
 }
 
-/// The value, if it is of the kind that T is written as. An optional T reads null as absent.
+/// Returns the value if it is of the kind that T is written as. An optional T reads null as absent.
 template<class T>
 std::optional<T> decodeJson(const JsonValue& value);
 
-/// The same for a whole text, which is refused as `JsonDocument::parse` refuses it.
+/// Does the same for a whole text, which is refused as `JsonDocument::parse` refuses it.
 template<class T>
 std::optional<T> decodeJsonText(std::string_view json) {
     const auto document = JsonDocument::parse(json);
     return document ? decodeJson<T>(document->root()) : std::nullopt;
 }
 
-/// Every field must be there and of its kind, but optionals may be missing and are then absent,
-/// whatever their default; members that are no field are ignored.
+/// Reads a record of which every required field must be there and of its kind. An optional that is
+/// missing or null is absent, whatever its default. Members that are no field are ignored, and so
+/// are constants.
 template<Record R>
 std::optional<R> decodeRecord(const JsonObject& object);
 
@@ -97,7 +109,21 @@ std::optional<R> decodeRecord(std::string_view json) {
     return decodeJsonText<R>(json);
 }
 
-/// Each field on its own: one that is missing or of another kind keeps its default.
+/// Reads a record and refuses everything that is not exactly one: besides what `decodeRecord`
+/// refuses, a member that is no field, a constant that is missing or different, and null.
+template<Record R>
+std::optional<R> decodeRecordExactly(const JsonObject& object);
+
+/// Does the same for a whole text of at most `maxBytes`.
+template<Record R>
+std::optional<R> decodeRecordExactly(std::string_view json,
+                                     std::size_t maxBytes = std::string_view::npos) {
+    const auto document = json.size() <= maxBytes ? JsonDocument::parse(json) : std::nullopt;
+    const auto object = document.and_then(&JsonDocument::object);
+    return object ? decodeRecordExactly<R>(*object) : std::nullopt;
+}
+
+/// Reads each field on its own: one that is missing or of another kind keeps its default.
 template<Record R>
 R decodeRecordLeniently(const JsonObject& object);
 
@@ -107,6 +133,11 @@ template<class T>
 inline constexpr bool isOptional = false;
 template<class T>
 inline constexpr bool isOptional<std::optional<T>> = true;
+
+template<class T>
+inline constexpr bool isConstant = false;
+template<class T>
+inline constexpr bool isConstant<ConstantField<T>> = true;
 
 template<class T>
 inline constexpr bool isList = false;
@@ -158,9 +189,9 @@ template<Record R, std::size_t index>
 void writeField(JsonWriter& writer, const R& record) {
     constexpr auto& listed = std::get<index>(R::fields);
     constexpr std::string_view key(keyText<R, index>.data(), keyText<R, index>.size());
-    if constexpr (std::same_as<std::remove_cvref_t<decltype(listed)>, ConstantField>) {
+    if constexpr (isConstant<std::remove_cvref_t<decltype(listed)>>) {
         writer.raw(key);
-        writer.text(listed.text);
+        writeJson(writer, listed.value);
     } else {
         const auto& value = record.*listed.member;
         if constexpr (isOptional<std::remove_cvref_t<decltype(value)>>) {
@@ -217,16 +248,18 @@ void writeMap(JsonWriter& writer, const Map& map) {
     enclose(writer, start, '{', '}');
 }
 
-/// Applies `read(name, member)` to each field that is no constant, until one answers false.
+/// Applies `read` to each listed field until one answers false.
 template<Record R, class Read>
-bool readFields(R& record, const Read& read) {
-    const auto readOne = [&](const auto& listed) {
-        if constexpr (std::same_as<std::remove_cvref_t<decltype(listed)>, ConstantField>)
-            return true;
-        else
-            return read(listed.name, record.*listed.member);
-    };
-    return std::apply([&](const auto&... listed) { return (readOne(listed) && ...); }, R::fields);
+bool readFields(const Read& read) {
+    return std::apply([&](const auto&... listed) { return (read(listed) && ...); }, R::fields);
+}
+
+template<class T>
+bool isExactly(const JsonValue& value, const ConstantField<T>& constant) {
+    if constexpr (std::integral<T>)
+        return value.integer() == constant.value;
+    else
+        return value.text() == constant.value;
 }
 
 template<class T>
@@ -298,34 +331,67 @@ std::optional<T> decodeJson(const JsonValue& value) {
     }
 }
 
+namespace detail {
+
+/// Reads the value of a field that is there; false if it is of another kind.
+template<class R, class M>
+bool readField(R& record, const Field<R, M>& listed, const JsonValue& value) {
+    auto decoded = decodeJson<M>(value);
+    if (decoded)
+        record.*listed.member = *std::move(decoded);
+    return decoded.has_value();
+}
+
+/// Whether the record can do without the field; an optional is then absent.
+template<class R, class M>
+bool leaveOut(R& record, const Field<R, M>& listed) {
+    if constexpr (isOptional<M>)
+        (record.*listed.member).reset();
+    return isOptional<M> || !listed.isRequired;
+}
+
+} // namespace detail
+
 template<Record R>
 std::optional<R> decodeRecord(const JsonObject& object) {
     R record;
-    const bool complete = detail::readFields(record, [&](std::string_view name, auto& field) {
-        using Type = std::remove_reference_t<decltype(field)>;
-        const auto member = object.member(name);
-        if (!member) {
-            if constexpr (detail::isOptional<Type>)
-                field.reset();
-            return detail::isOptional<Type>;
-        }
-        auto decoded = decodeJson<Type>(*member);
-        if (!decoded)
-            return false;
-        field = *std::move(decoded);
-        return true;
+    const bool complete = detail::readFields<R>([&](const auto& listed) {
+        if constexpr (detail::isConstant<std::remove_cvref_t<decltype(listed)>>)
+            return true;
+        else if (const auto value = object.member(listed.name))
+            return detail::readField(record, listed, *value);
+        else
+            return detail::leaveOut(record, listed);
     });
     return complete ? std::optional(std::move(record)) : std::nullopt;
 }
 
 template<Record R>
+std::optional<R> decodeRecordExactly(const JsonObject& object) {
+    R record;
+    std::size_t found = 0;
+    const bool complete = detail::readFields<R>([&](const auto& listed) {
+        const auto value = object.member(listed.name);
+        found += value ? 1 : 0;
+        if constexpr (detail::isConstant<std::remove_cvref_t<decltype(listed)>>)
+            return value && detail::isExactly(*value, listed);
+        else if (value)
+            return value->kind() != JsonKind::null && detail::readField(record, listed, *value);
+        else
+            return detail::leaveOut(record, listed);
+    });
+    // No member is named twice, so that any other would make them more.
+    return complete && found == object.size() ? std::optional(std::move(record)) : std::nullopt;
+}
+
+template<Record R>
 R decodeRecordLeniently(const JsonObject& object) {
     R record;
-    detail::readFields(record, [&](std::string_view name, auto& field) {
-        const auto member = object.member(name);
-        if (auto decoded = member ? decodeJson<std::remove_reference_t<decltype(field)>>(*member)
-                                  : std::nullopt)
-            field = *std::move(decoded);
+    detail::readFields<R>([&](const auto& listed) {
+        if constexpr (!detail::isConstant<std::remove_cvref_t<decltype(listed)>>) {
+            if (const auto value = object.member(listed.name))
+                detail::readField(record, listed, *value);
+        }
         return true;
     });
     return record;

@@ -1,5 +1,6 @@
 #include "core/support/Text.h"
 
+#include <simdjson.h>
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -114,13 +115,7 @@ bool isAscii(std::string_view text) {
 }
 
 bool isValidUtf8(std::string_view text) {
-    if (isAscii(text))
-        return true;
-    for (const Scalar& scalar : Scalars(text)) {
-        if (!scalar.valid)
-            return false;
-    }
-    return true;
+    return simdjson::validate_utf8(text.data(), text.size());
 }
 
 std::string repaired(std::string_view text) {

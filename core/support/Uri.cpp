@@ -1,6 +1,7 @@
 #include "core/support/Uri.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -18,7 +19,7 @@ constexpr std::string_view inPath = "-._~!$&'()*+,;=:@/";
 constexpr std::string_view inQueryOrFragment = "-._~!$&'()*+,;=:@/?";
 
 constexpr std::size_t groupsOfAddress = 8; // of 16 bits, in version 6
-constexpr std::size_t longestGroup = 4;    // digits
+constexpr std::size_t maxGroupDigits = 4;
 
 bool isMadeOf(std::string_view punctuation, std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -66,8 +67,7 @@ bool isAddressVersion4(std::string_view text) {
         return false;
     while (!text.empty()) {
         const std::string_view part = takeUpTo(text, ".");
-        const auto value = Ascii::decimal<int>(part);
-        if (!value || *value > 255 || (part.size() > 1 && part.front() == '0'))
+        if (part != "0" && !Decimal::parsePositive(part, 255))
             return false;
     }
     return true;
@@ -83,7 +83,7 @@ std::optional<std::size_t> groupsIn(std::string_view text, bool atEnd) {
         const std::string_view group = takeUpTo(text, ":");
         if (atEnd && text.empty() && isAddressVersion4(group))
             return groups + 2;
-        if (group.empty() || group.size() > longestGroup
+        if (group.empty() || group.size() > maxGroupDigits
             || !std::ranges::all_of(group, Ascii::isHex))
             return std::nullopt;
         ++groups;

@@ -71,20 +71,26 @@ const Value::Dictionary* Value::dictionary() const {
     return std::get_if<Dictionary>(&content_);
 }
 
-const Value* Value::member(std::string_view name) const {
-    return velmo::member(dictionary(), name);
+std::span<const Value> Value::elements() const {
+    const Array* found = array();
+    return found == nullptr ? std::span<const Value>() : std::span<const Value>(*found);
+}
+
+const Value& Value::operator[](std::string_view name) const {
+    return member(dictionary(), name);
+}
+
+const Value& Value::member(const Dictionary* dictionary, std::string_view name) {
+    static const Value none;
+    if (dictionary == nullptr)
+        return none;
+    const auto found = dictionary->find(name);
+    return found == dictionary->end() ? none : found->second;
 }
 
 // Spelt out: whether a defaulted one may throw would depend on itself.
 bool Value::operator==(const Value& other) const {
     return content_ == other.content_;
-}
-
-const Value* member(const Value::Dictionary* dictionary, std::string_view name) {
-    if (dictionary == nullptr)
-        return nullptr;
-    const auto found = dictionary->find(name);
-    return found == dictionary->end() ? nullptr : &found->second;
 }
 
 } // namespace velmo

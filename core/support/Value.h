@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -17,21 +18,22 @@ namespace velmo {
 
 enum class ValueKind { other, boolean, integer, real, text, data, array, dictionary };
 
-/// A value from a property list or a dictionary of the platform: preferences, a row of the window
-/// list. It owns all that it holds.
+/// A value from a property list or a dictionary of the platform, such as preferences or a row of
+/// the window list. It owns all that it contains.
 ///
-///     const Value entry = Value::Dictionary{{"enabled", true}, {"parameters", Value::Array{1,
-///     2}}};
+///     const Value entry = Value::Dictionary{{"enabled", true}, {"size", Value::Array{1, 2}}};
+///     entry["enabled"].boolean();  // true
+///     entry["missing"]["x"].real(); // absent
 ///
-/// The platform keeps a boolean and every number in one box and converts freely; here the kinds are
-/// told apart, and a reader says in its comment what it converts. Every reader answers absent (or a
-/// null pointer, where it would refer to a part of the value) for the other kinds.
+/// The platform keeps a boolean and every number in one box and converts freely. Here the kinds are
+/// told apart, and a reader says in its comment what it converts. Every reader returns absent for
+/// the other kinds, and a null pointer where it would refer to a part of the value.
 class Value {
 public:
     using Array = std::vector<Value>;
     using Dictionary = std::map<std::string, Value, std::less<>>;
 
-    /// A value of a kind that nobody reads, such as a date: it keeps its place in an array.
+    /// Makes a value of a kind that nobody reads, such as a date. It keeps its place in an array.
     Value() = default;
 
     // Implicit, so that a value can be spelt as nested braces; templates for the numbers, so that
@@ -67,28 +69,36 @@ public:
     [[nodiscard]] std::optional<bool> boolean() const;
     [[nodiscard]] std::optional<std::int64_t> integer() const;
 
-    /// A real or an integer, never a boolean; may be infinite or "not a number".
+    /// Returns a real or an integer, but never a boolean. It may be infinite or "not a number".
     [[nodiscard]] std::optional<double> real() const;
 
-    /// Whatever the platform would read as an integer: a boolean as 1 or 0, a real without its
-    /// fraction. Absent for a real that is not finite or, so cut, lies outside 64 bits.
+    /// Returns what the platform would read as an integer: a boolean as 1 or 0, a real without its
+    /// fraction. A real that is not finite, or lies outside 64 bits without its fraction, is
+    /// absent.
     [[nodiscard]] std::optional<std::int64_t> number() const;
 
-    /// Whatever the platform would read as a boolean: a number is true unless it is 0. Absent for a
-    /// real that is not finite.
+    /// Returns what the platform would read as a boolean: a number is true unless it is 0. A real
+    /// that is not finite is absent.
     [[nodiscard]] std::optional<bool> truth() const;
 
-    /// May hold NUL, or bytes that are not UTF-8 if its source did not check.
+    /// Returns a text. It may contain NUL, or bytes that are not UTF-8 if its source did not check.
     [[nodiscard]] std::optional<std::string_view> text() const;
     [[nodiscard]] std::optional<ByteView> data() const;
 
     [[nodiscard]] const Array* array() const;
     [[nodiscard]] const Dictionary* dictionary() const;
 
-    /// The dictionary's value under this name; null also for a value that is no dictionary.
-    [[nodiscard]] const Value* member(std::string_view name) const;
+    /// Returns the elements of an array, and none of anything else.
+    [[nodiscard]] std::span<const Value> elements() const;
 
-    /// The same kinds and contents: 1, 1.0 and true all differ.
+    /// Returns the dictionary's value under this name. Where there is none, or this is no
+    /// dictionary, it is a value of kind `other`, of which every reader returns absent.
+    const Value& operator[](std::string_view name) const;
+
+    /// Does the same for a dictionary that may be missing (null).
+    static const Value& member(const Dictionary* dictionary, std::string_view name);
+
+    /// Tells whether kinds and contents are the same: 1, 1.0 and true all differ.
     bool operator==(const Value& other) const;
 
 private:
@@ -104,8 +114,5 @@ private:
 
     Content content_;
 };
-
-/// The dictionary's value under this name, or null; null too when there is no dictionary.
-const Value* member(const Value::Dictionary* dictionary, std::string_view name);
 
 } // namespace velmo

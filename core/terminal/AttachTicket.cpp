@@ -15,8 +15,6 @@ constexpr unsigned permissionBits = 07777;
 constexpr unsigned ticketMode = 0600;
 constexpr unsigned bitsOfOthers = 077;
 
-constexpr std::int64_t ticketVersion = 1;
-
 constexpr auto messages = std::to_array<std::string_view>({
     "bad ticket path",
     "bad ticket name",
@@ -52,10 +50,6 @@ bool isHexBetween(std::string_view text, std::string_view prefix, std::size_t di
     return std::ranges::all_of(text.substr(prefix.size(), digits), Ascii::isLowercaseHex);
 }
 
-std::string inFolder(std::string_view folder, std::string_view name) {
-    return std::string(folder).append("/").append(name);
-}
-
 bool isPrivateFolder(FileSystem& fs, int descriptor, std::string_view expected) {
     if (fs.pathOf(descriptor) != expected)
         return false;
@@ -87,7 +81,7 @@ std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::
     auto ticket = parseTicket(textOf(*content));
     if (!ticket)
         return std::unexpected(TicketError::json);
-    if (ticket->endpoint != inFolder(folder, socketName))
+    if (ticket->endpoint != PathText::join(folder, socketName))
         return std::unexpected(TicketError::endpoint);
     return *std::move(ticket);
 }
@@ -105,7 +99,7 @@ std::optional<std::string> expectedFolder(FileSystem& fs) {
     const auto resolved = fs.realpath(*temporary);
     if (!resolved || !resolved->starts_with('/'))
         return std::nullopt;
-    return inFolder(PathText::withoutTrailingSlash(*resolved), folderName);
+    return PathText::join(*resolved, folderName);
 }
 
 bool isTicketName(std::string_view name) {
@@ -123,14 +117,8 @@ bool isSessionId(std::string_view text) {
 std::optional<Ticket> parseTicket(std::string_view json) {
     if (!json.starts_with('{'))
         return std::nullopt;
-    const auto document = JsonDocument::parse(json);
-    const auto object = document.and_then(&JsonDocument::object);
-    if (!object || !object->hasOnly({"v", "endpoint", "token", "session"}))
-        return std::nullopt;
-    const auto version = object->member("v");
-    auto ticket = decodeRecord<Ticket>(*object);
-    if (!version || version->integer() != ticketVersion || !ticket || !isToken(ticket->token)
-        || !isSessionId(ticket->session))
+    auto ticket = decodeRecordExactly<Ticket>(json);
+    if (!ticket || !isToken(ticket->token) || !isSessionId(ticket->session))
         return std::nullopt;
     return ticket;
 }

@@ -27,8 +27,8 @@ struct Ticket {
     std::string session;
 
     static constexpr auto fields =
-        std::tuple{field("endpoint", &Ticket::endpoint), field("token", &Ticket::token),
-                   field("session", &Ticket::session)};
+        std::tuple{constant("v", 1), field("endpoint", &Ticket::endpoint),
+                   field("token", &Ticket::token), field("session", &Ticket::session)};
     bool operator==(const Ticket&) const = default;
 };
 

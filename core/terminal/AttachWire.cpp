@@ -43,10 +43,6 @@ std::optional<FrameType> frameTypeOf(std::uint8_t raw) {
                                                                  : std::nullopt;
 }
 
-std::string_view textMember(const JsonObject& object, std::string_view name) {
-    return object.member(name).and_then(&JsonValue::text).value_or("");
-}
-
 /// No control character and no markup: the code is shown on the terminal.
 bool isErrorCode(std::string_view text) {
     return !text.empty() && text.size() <= longestErrorCode
@@ -54,8 +50,8 @@ bool isErrorCode(std::string_view text) {
 }
 
 host::Ready ready(const JsonObject& object) {
-    host::Ready ready{.name = std::string(textMember(object, "name"))};
-    if (const auto given = object.member("labels").and_then(&JsonValue::object))
+    host::Ready ready{.name = std::string(object.text("name").value_or(""))};
+    if (const auto given = object.object("labels"))
         ready.labels = decodeRecordLeniently<Labels>(*given);
     std::apply(
         [&](const auto&... label) {
@@ -66,14 +62,14 @@ host::Ready ready(const JsonObject& object) {
 }
 
 HostMessage exit(const JsonObject& object) {
-    const auto code = object.member("code").and_then(&JsonValue::integer);
+    const auto code = object.integer("code");
     if (!code)
         return host::Error{std::string(badMessage)};
     return host::Exit{static_cast<int>(std::clamp<std::int64_t>(*code, 0, highestExitCode))};
 }
 
 host::Error error(const JsonObject& object) {
-    const std::string_view code = textMember(object, "code");
+    const std::string_view code = object.text("code").value_or("");
     return {std::string(isErrorCode(code) ? code : badMessage)};
 }
 
@@ -131,7 +127,7 @@ Bytes resize(int cols, int rows) {
 }
 
 HostMessage message(const JsonObject& object) {
-    const std::string_view type = textMember(object, "t");
+    const std::string_view type = object.text("t").value_or("");
     if (type == "ready")
         return ready(object);
     if (type == "exit")

@@ -1,6 +1,7 @@
 #include "core/terminal/DevTerminal.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 #include "core/support/PathText.h"
 #include "core/support/Text.h"
 #include "core/terminal/OptionPairs.h"
@@ -25,9 +26,8 @@ constexpr auto notWithAttach = std::to_array<std::string_view>(
     {"--cwd", "--tool", "--tool-path", "--ssh-target", "--ssh-port", "--exec"});
 constexpr auto focusOptions = std::to_array<std::string_view>({"--pid", "--tty"});
 
-constexpr std::int64_t highestPort = 65535;
-constexpr std::size_t portDigits = 5;
-constexpr std::size_t pidDigits = 10;
+constexpr std::int64_t maxPort = 65535;
+constexpr std::int64_t maxPid = std::numeric_limits<std::int32_t>::max();
 
 constexpr std::string_view hostCharacters = "._-";
 
@@ -270,8 +270,8 @@ std::optional<FocusRequest> parseFocus(std::span<const std::string> args) {
         return std::nullopt;
     const auto tty = options->value("--tty");
     const auto pid = options->value("--pid").and_then(
-        [](std::string_view text) { return Ascii::positiveDecimal(text, pidDigits); });
-    if (!pid || !std::in_range<std::int32_t>(*pid) || (tty && !isTty(*tty)))
+        [](std::string_view text) { return Decimal::parsePositive(text, maxPid); });
+    if (!pid || (tty && !isTty(*tty)))
         return std::nullopt;
     return FocusRequest{.pid = static_cast<std::int32_t>(*pid), .tty = owned(tty)};
 }
@@ -382,10 +382,9 @@ bool isSshTarget(std::string_view text) {
 }
 
 std::optional<int> sshPort(std::string_view text) {
-    const auto port = Ascii::positiveDecimal(text, portDigits);
-    if (!port || *port > highestPort)
-        return std::nullopt;
-    return static_cast<int>(*port);
+    return Decimal::parsePositive(text, maxPort).transform([](std::int64_t port) {
+        return static_cast<int>(port);
+    });
 }
 
 bool isSafePath(std::string_view path) {
@@ -396,7 +395,7 @@ bool isAttachFile(std::string_view file, const std::optional<std::string>& folde
     if (!folder || !PathText::isCleanAbsoluteFile(file))
         return false;
     const std::string_view holder = PathText::withoutTrailingSlash(*folder);
-    return !holder.empty() && PathText::parent(file) == holder;
+    return PathText::parent(file) == holder;
 }
 
 bool isAllowedResolvedFolder(std::string_view path, std::string_view home) {

@@ -21,10 +21,4 @@ struct FrameHeader {
     void appendTo(Bytes& stream) const;
 };
 
-/// Numbers in network order, at the front of bytes that hold at least so many.
-std::uint16_t readBigEndian16(ByteView bytes);
-std::uint32_t readBigEndian32(ByteView bytes);
-void appendBigEndian16(Bytes& bytes, std::uint16_t value);
-void appendBigEndian32(Bytes& bytes, std::uint32_t value);
-
 } // namespace velmo

@@ -178,7 +178,7 @@ bool isTrustedProgram(std::string_view given, std::string_view resolved,
         const std::string_view folder = PathText::parent(path);
         return std::ranges::none_of(unsafe,
                                     [&](const std::string& root) { return isInside(folder, root); })
-               && !PathText::holdsUpToTheRoot(folder, isWritable);
+               && !PathText::anyUpToTheRoot(folder, isWritable);
     });
 }
 

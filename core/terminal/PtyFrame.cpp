@@ -1,5 +1,7 @@
 #include "core/terminal/PtyFrame.h"
 
+#include "core/support/BigEndian.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -32,7 +34,7 @@ void append(Bytes& stream, Kind kind, ByteView payload) {
 
 Bytes numberFrame(Kind kind, std::uint32_t number) {
     Bytes payload;
-    appendBigEndian32(payload, number);
+    BigEndian::append(payload, number, numberBytes);
     Bytes frame;
     append(frame, kind, payload);
     return frame;
@@ -63,8 +65,9 @@ std::optional<Kind> kindOf(std::uint8_t raw) {
 std::optional<Size> Frame::size() const {
     if (kind != Kind::resize || payload.size() < numberBytes)
         return std::nullopt;
-    return Size{.cols = readBigEndian16(payload),
-                .rows = readBigEndian16(ByteView(payload).subspan(2))};
+    const auto bytes = std::span(payload).first<numberBytes>();
+    return Size{.cols = static_cast<int>(BigEndian::read(bytes.first<2>())),
+                .rows = static_cast<int>(BigEndian::read(bytes.last<2>()))};
 }
 
 std::optional<std::int32_t> Frame::signal() const {

@@ -1,6 +1,7 @@
 #include "core/terminal/PtyWords.h"
 
 #include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 #include "core/support/PathText.h"
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
@@ -11,7 +12,7 @@ namespace velmo::Pty {
 
 namespace {
 
-constexpr std::size_t dimensionDigits = 4;
+constexpr std::int64_t maxDimension = 9999; // four digits
 constexpr std::size_t longestTarget = 253;
 constexpr std::size_t longestModel = 100;
 
@@ -67,7 +68,7 @@ bool isCleanAbsolutePath(std::string_view path) {
 std::optional<int> dimension(std::optional<std::string_view> text) {
     return text
         .and_then(
-            [](std::string_view given) { return Ascii::positiveDecimal(given, dimensionDigits); })
+            [](std::string_view given) { return Decimal::parsePositive(given, maxDimension); })
         .transform([](std::int64_t value) { return static_cast<int>(value); });
 }
 

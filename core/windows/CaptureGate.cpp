@@ -1,5 +1,7 @@
 #include "core/windows/CaptureGate.h"
 
+#include "core/support/PathText.h"
+
 namespace velmo::CaptureGate {
 
 namespace {
@@ -9,10 +11,7 @@ constexpr std::string_view lockName = "velmo-window-capture.lock";
 } // namespace
 
 std::string lockPath(std::string_view tmp) {
-    std::string path(tmp);
-    if (!path.ends_with('/'))
-        path += '/';
-    return path.append(lockName);
+    return PathText::join(tmp, lockName);
 }
 
 bool acquire(double wait, double poll, const Clock& now, const Sleep& sleep,

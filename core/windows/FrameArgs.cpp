@@ -1,6 +1,6 @@
 #include "core/windows/FrameArgs.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 
 #include <cstddef>
 
@@ -8,18 +8,14 @@ namespace velmo::FrameArgs {
 
 namespace {
 
-constexpr std::size_t longestCoordinate = 7;
+constexpr std::size_t maxCharacters = 7;
 
 } // namespace
 
 std::optional<std::int32_t> coordinate(std::string_view text) {
-    if (text.size() > longestCoordinate)
+    if (text.size() > maxCharacters)
         return std::nullopt;
-    const bool negative = text.starts_with('-');
-    const auto magnitude = Ascii::decimal<std::int32_t>(text.substr(negative ? 1 : 0));
-    if (!magnitude || *magnitude > limit)
-        return std::nullopt;
-    return negative ? -*magnitude : *magnitude;
+    return Decimal::parse<std::int32_t>(text, {.min = -limit, .max = limit});
 }
 
 std::optional<std::int32_t> length(std::string_view text) {

@@ -1,6 +1,6 @@
 #include "core/windows/WindowArgs.h"
 
-#include "core/support/Ascii.h"
+#include "core/support/Decimal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,18 +11,17 @@ namespace velmo::WindowArgs {
 
 namespace {
 
-constexpr std::size_t mostIdDigits = 10;
-constexpr std::size_t mostWidthDigits = 4;
-constexpr std::int32_t narrowestLimit = 32; ///< pixels
-constexpr std::int32_t widestLimit = 1024;  ///< pixels
+constexpr std::size_t maxIdDigits = 10;
+constexpr std::size_t maxWidthDigits = 4;
+constexpr std::int32_t minMaxWidth = 32;   ///< pixels
+constexpr std::int32_t maxMaxWidth = 1024; ///< pixels
 
 template<class Integer>
-std::optional<Integer> decimal(std::optional<std::string_view> text, std::size_t mostDigits,
-                               Integer lowest, Integer highest) {
-    if (!text || text->size() > mostDigits)
+std::optional<Integer> number(std::optional<std::string_view> text, std::size_t maxDigits,
+                              Decimal::Range<Integer> range) {
+    if (!text || text->size() > maxDigits)
         return std::nullopt;
-    const auto value = Ascii::decimal<Integer>(*text);
-    return value >= lowest && value <= highest ? value : std::nullopt;
+    return Decimal::parseUnsigned<Integer>(*text, range);
 }
 
 std::int32_t pixels(double length) {
@@ -33,12 +32,11 @@ std::int32_t pixels(double length) {
 } // namespace
 
 std::optional<std::uint32_t> windowId(std::optional<std::string_view> text) {
-    constexpr auto highest = std::numeric_limits<std::uint32_t>::max();
-    return decimal<std::uint32_t>(text, mostIdDigits, 1, highest);
+    return number<std::uint32_t>(text, maxIdDigits, {.min = 1});
 }
 
 std::optional<std::int32_t> maxWidth(std::optional<std::string_view> text) {
-    return decimal(text, mostWidthDigits, narrowestLimit, widestLimit);
+    return number<std::int32_t>(text, maxWidthDigits, {.min = minMaxWidth, .max = maxMaxWidth});
 }
 
 ThumbnailSize thumbnailSize(double width, double height, std::int32_t maxWidth) {

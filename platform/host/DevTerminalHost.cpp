@@ -21,8 +21,8 @@ bool isTrustedExecutable(std::string_view path) {
     const auto status = resolved ? DiskPath::status(*resolved) : std::nullopt;
     return status && S_ISREG(status->st_mode) && DiskPath::isExecutable(*resolved)
            && (status->st_uid == 0 || status->st_uid == ::getuid())
-           && !PathText::holdsUpToTheRoot(path, isWorldWritable)
-           && !PathText::holdsUpToTheRoot(*resolved, isWorldWritable);
+           && !PathText::anyUpToTheRoot(path, isWorldWritable)
+           && !PathText::anyUpToTheRoot(*resolved, isWorldWritable);
 }
 
 bool isWorldWritable(std::string_view path) {

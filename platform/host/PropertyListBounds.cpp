@@ -1,5 +1,7 @@
 #include "platform/host/PropertyListBounds.h"
 
+#include "core/support/BigEndian.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <optional>
@@ -86,10 +88,7 @@ private:
     [[nodiscard]] std::optional<std::uint64_t> number(std::uint64_t at, std::uint64_t size) const {
         if (size == 0 || size > 8 || at > bytes_.size() || size > bytes_.size() - at)
             return std::nullopt;
-        std::uint64_t value = 0;
-        for (const char byte : bytes_.substr(at, size))
-            value = value << 8U | static_cast<unsigned char>(byte);
-        return value;
+        return BigEndian::read(bytes_.substr(at, size));
     }
 
     [[nodiscard]] std::optional<std::uint64_t> offset(std::uint64_t object) const {
@@ -111,7 +110,7 @@ private:
     /// Of anything else one without references.
     [[nodiscard]] Container container(std::uint64_t index) const {
         const auto [kind, count, content] = object(index);
-        if (kind == dictionary) // so many that twice as many are few again are too many too
+        if (kind == dictionary) // twice as many may wrap around; then the keys alone are too many
             return {.references = content, .count = std::max(count, count * 2), .keys = count};
         if (kind == array || kind == set)
             return {.references = content, .count = count, .keys = 0};

@@ -33,12 +33,6 @@ bool isMissing(const std::string& path) {
     return ::lstat(path.c_str(), &ignored) != 0 && errno == ENOENT;
 }
 
-std::string below(std::string folder, std::string_view name) {
-    if (!folder.ends_with('/'))
-        folder += '/';
-    return folder.append(name);
-}
-
 } // namespace
 
 std::optional<std::string> resolved(std::string_view path) {
@@ -57,7 +51,7 @@ std::optional<std::string> resolvedAsFarAsItExists(std::string_view path) {
     std::string result = "/";
     bool exists = true;
     for (const std::string_view piece : PathText::pieces(path)) {
-        const std::string next = below(result, piece);
+        const std::string next = PathText::join(result, piece);
         if (exists) {
             if (auto real = resolved(next)) {
                 result = *std::move(real);

@@ -1,5 +1,6 @@
 #include "core/support/Ascii.h"
 
+#include "core/support/Decimal.h"
 #include "tests/Texts.h"
 
 #include <cctype>
@@ -21,38 +22,48 @@ TEST(Ascii, JudgesEveryByteAsTheClassicLocaleDoesBelow128) {
     }
 }
 
-TEST(Ascii, EachKindOfDecimalHasItsSpellings) {
+TEST(Decimal, EachKindHasItsSpellings) {
     struct Case {
         std::string text;
-        std::optional<std::int64_t> positive; ///< of at most four digits
-        std::optional<std::int32_t> plain, withSign;
+        std::optional<std::int64_t> positive; ///< up to 9999
+        std::optional<std::int32_t> digits, withMinus, withSign;
     };
 
-    const Case cases[] = {{"1", 1, 1, 1},
-                          {"9999", 9999, 9999, 9999},
-                          {"12345", {}, 12345, 12345},
-                          {"0", {}, 0, 0},
-                          {"01", {}, 1, 1},
-                          {times(40, "0") + "7", {}, 7, 7},
-                          {"2147483647", {}, INT32_MAX, INT32_MAX},
-                          {"+007", {}, {}, 7},
-                          {"-0", {}, {}, 0},
-                          {"-2147483647", {}, {}, -INT32_MAX}};
-    for (const auto& [text, positive, plain, withSign] : cases) {
-        EXPECT_EQ(Ascii::positiveDecimal(text, 4), positive) << text;
-        EXPECT_EQ(Ascii::decimal<std::int32_t>(text), plain) << text;
-        EXPECT_EQ(Ascii::signedDecimal<std::int32_t>(text), withSign) << text;
+    const Case cases[] = {{"1", 1, 1, 1, 1},
+                          {"9999", 9999, 9999, 9999, 9999},
+                          {"10000", {}, 10000, 10000, 10000},
+                          {"0", {}, 0, 0, 0},
+                          {"01", {}, 1, 1, 1},
+                          {times(40, "0") + "7", {}, 7, 7, 7},
+                          {"2147483647", {}, INT32_MAX, INT32_MAX, INT32_MAX},
+                          {"+007", {}, {}, {}, 7},
+                          {"-0", {}, {}, 0, 0},
+                          {"-2147483648", {}, {}, INT32_MIN, INT32_MIN}};
+    for (const auto& [text, positive, digits, withMinus, withSign] : cases) {
+        EXPECT_EQ(Decimal::parsePositive(text, 9999), positive) << text;
+        EXPECT_EQ(Decimal::parseUnsigned<std::int32_t>(text), digits) << text;
+        EXPECT_EQ(Decimal::parse<std::int32_t>(text), withMinus) << text;
+        EXPECT_EQ(Decimal::parseSigned<std::int32_t>(text), withSign) << text;
     }
-    const Strings refused{"",           " 1",          "1 ",         "1\n",         "1x",
-                          "1e2",        "-1.0",        "+",          "-",           "--1",
-                          "+-1",        "- 1",         "1-",         "١",           {"1\0", 2},
-                          "2147483648", "-2147483648", "4294967296", times(20, "9")};
-    expectRefused([](const auto& text) { return Ascii::positiveDecimal(text, 4); }, refused);
-    expectRefused(Ascii::decimal<std::int32_t>, refused);
-    expectRefused(Ascii::signedDecimal<std::int32_t>, refused);
-    EXPECT_EQ(Ascii::positiveDecimal(times(18, "9"), 18), 999999999999999999);
-    EXPECT_EQ(Ascii::decimal<std::uint64_t>("18446744073709551615"), UINT64_MAX);
-    EXPECT_FALSE(Ascii::decimal<std::uint64_t>("18446744073709551616"));
+    const Strings refused{"",    " 1",       "1 ",         "1\n",         "1x",
+                          "1e2", "-1.0",     "+",          "-",           "--1",
+                          "+-1", "-+1",      "- 1",        "1-",          "\u0661",
+                          "++1", {"1\0", 2}, "2147483648", "-2147483649", times(20, "9")};
+    expectRefused([](const auto& text) { return Decimal::parsePositive(text, 9999); }, refused);
+    expectRefused([](const auto& text) { return Decimal::parseUnsigned<std::int32_t>(text); },
+                  refused);
+    expectRefused([](const auto& text) { return Decimal::parseSigned<std::int32_t>(text); },
+                  refused);
+}
+
+TEST(Decimal, KeepsToItsRange) {
+    for (int number = -130; number <= 130; ++number) {
+        const std::string text = std::to_string(number);
+        const Decimal::Range<std::int32_t> range{.min = -12, .max = 100};
+        EXPECT_EQ(Decimal::parse(text, range).has_value(), number >= -12 && number <= 100) << text;
+        EXPECT_EQ(Decimal::parseUnsigned(text, range).has_value(), number >= 0 && number <= 100)
+            << text;
+    }
 }
 
 } // namespace

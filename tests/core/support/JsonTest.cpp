@@ -56,8 +56,7 @@ TEST(Json, UnescapesNamesAndTexts) {
         JsonDocument::parse("\n{ \"\\u0063md\" : [\"a\\u0000\\/\\n😀\", 2] }\r\n");
     ASSERT_TRUE(document);
     const JsonObject object = document->root().object().value();
-    EXPECT_TRUE(object.hasOnly({"x", "cmd"}));
-    EXPECT_FALSE(object.hasOnly({"x"}));
+    EXPECT_EQ(object.size(), 1U);
     EXPECT_FALSE(object.member("CMD"));
     const auto elements = object.member("cmd")->array()->elements();
     ASSERT_EQ(elements.size(), 2U);

@@ -73,18 +73,18 @@ TEST(Value, HoldsWhatItWasBuiltFrom) {
         {"list", Value::Array{1, Value::Array{}, Value::Array{true, 2.5}, Value()}},
         {"bytes", Bytes{0, 255}},
     };
-    EXPECT_EQ(value.member("name")->text(), std::string_view("a\0b", 3));
-    EXPECT_EQ(value.member("bytes")->data()->back(), 255);
-    const Value::Array& list = *value.member("list")->array();
+    EXPECT_EQ(value["name"].text(), std::string_view("a\0b", 3));
+    EXPECT_EQ(value["bytes"].data()->back(), 255);
+    const auto list = value["list"].elements();
     ASSERT_EQ(list.size(), 4U);
     EXPECT_EQ(list[1], Value(Value::Array{}));
     EXPECT_EQ(list[2], (Value::Array{true, 2.5}));
     EXPECT_EQ(list[3].kind(), ValueKind::other);
 
-    EXPECT_EQ(value.member("Name"), nullptr);
-    EXPECT_EQ(Value(5).member("name"), nullptr);
-    EXPECT_EQ(member(nullptr, "name"), nullptr);
-    EXPECT_EQ(member(value.dictionary(), "name"), value.member("name"));
+    EXPECT_EQ(value["Name"].kind(), ValueKind::other);
+    EXPECT_EQ(Value(5)["name"]["x"].kind(), ValueKind::other);
+    EXPECT_EQ(Value::member(nullptr, "name").kind(), ValueKind::other);
+    EXPECT_TRUE(value["name"].elements().empty());
 }
 
 TEST(Value, EqualsOnlyTheSameKindAndContent) {

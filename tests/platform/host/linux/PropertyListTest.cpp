@@ -158,10 +158,9 @@ TEST_P(PropertyListOnDisk, HoldsTheKeyboardShortcuts) {
         <key>type</key><string>standard</string></dict></dict>
     </dict></dict>)");
     ASSERT_TRUE(preferences);
-    const Value* hotKeys = preferences->member("AppleSymbolicHotKeys");
-    ASSERT_NE(hotKeys, nullptr);
+    const Value& hotKeys = (*preferences)["AppleSymbolicHotKeys"];
     const auto resolved = [&](int number) {
-        return SymbolicHotKeys::resolve(number, hotKeys->dictionary());
+        return SymbolicHotKeys::resolve(number, hotKeys.dictionary());
     };
     EXPECT_EQ(resolved(32), (HotKey{126, 0xA40000}));
     EXPECT_FALSE(resolved(33));
