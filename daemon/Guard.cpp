@@ -1,6 +1,5 @@
 #include "daemon/Guard.h"
 
-#include "core/power/PowerGuardPolicy.h"
 #include "daemon/Session.h"
 
 #include "machine/PowerReadings.h"
@@ -13,12 +12,7 @@ namespace velmo {
 Guard::Guard(Services services, std::optional<std::string> requirement)
     : services_(std::move(services)),
       requirement_(std::move(requirement)),
-      state_{.holder = {},
-             .heldPrevious = {},
-             .floor = PowerGuardPolicy::minimumBattery,
-             .lastBeat = 0,
-             .idleSince = services_.machine.now(),
-             .connections = 0} {
+      state_{.idleSince = services_.machine.steadyTime()} {
 }
 
 bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection) {
@@ -42,7 +36,7 @@ bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection
 void Guard::connectionLost(ClientId who) {
     state_.connections = std::max(state_.connections - 1, 0);
     if (state_.holder == who)
-        revert("client gone");
+        revert(RevertReason::clientGone);
 }
 
 void Guard::tick() {
@@ -55,23 +49,27 @@ void Guard::tick() {
 }
 
 void Guard::checkHolder() {
-    const PowerReading reading = power(services_.machine);
-    const auto reason = PowerGuardPolicy::check({.onAC = reading.ac,
-                                                 .battery = reading.battery,
-                                                 .floor = state_.floor,
-                                                 .thermalRaw = services_.machine.thermalRaw(),
-                                                 .lastBeat = state_.lastBeat,
-                                                 .now = services_.machine.now()});
-    if (reason)
-        revert(rawText(*reason));
+    if (const auto reason = reasonToRevert(state_.floor, state_.lastBeat))
+        revert(PowerGuardPolicy::revertReason(*reason));
+}
+
+std::optional<PowerGuardPolicy::Revert> Guard::reasonToRevert(BatteryFloor floor,
+                                                              SteadyTime lastBeat) {
+    const PowerReading reading = readPower(services_.machine);
+    return PowerGuardPolicy::check({.onAC = reading.ac,
+                                    .battery = reading.battery,
+                                    .floor = floor,
+                                    .thermalRaw = services_.machine.thermalState(),
+                                    .lastBeat = lastBeat,
+                                    .now = services_.machine.steadyTime()});
 }
 
 void Guard::checkFree() {
     if (state_.heldPrevious || services_.records.read()) {
-        revert("retry");
+        revert(RevertReason::retry);
         return;
     }
-    if (services_.machine.now() - state_.idleSince > PowerGuardPolicy::idleExit)
+    if (services_.machine.steadyTime() - state_.idleSince > PowerGuardPolicy::idleExit)
         services_.exitProcess(0);
 }
 
@@ -79,25 +77,17 @@ void Guard::recover() {
     if (!services_.records.read())
         return;
     services_.log("a hold was left behind; sleep back");
-    revert("recovered");
+    revert(RevertReason::recovered);
 }
 
-Guard::HoldResult Guard::hold(ClientId who, std::int64_t floor) {
+Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
     if (state_.holder && state_.holder != who)
-        return {.ok = false, .reason = "busy"};
+        return std::unexpected(HoldRefusal::busy);
 
-    const std::int64_t clamped = PowerGuardPolicy::clampFloor(floor);
-    const PowerReading reading = power(services_.machine);
-    const double now = services_.machine.now();
-    const auto refusal = PowerGuardPolicy::check({.onAC = reading.ac,
-                                                  .battery = reading.battery,
-                                                  .floor = clamped,
-                                                  .thermalRaw = services_.machine.thermalRaw(),
-                                                  .lastBeat = now,
-                                                  .now = now});
-    if (refusal) {
-        revert(rawText(*refusal));
-        return {.ok = false, .reason = rawText(*refusal)};
+    const SteadyTime now = services_.machine.steadyTime();
+    if (const auto reason = reasonToRevert(floor, now)) {
+        revert(PowerGuardPolicy::revertReason(*reason));
+        return std::unexpected(PowerGuardPolicy::holdRefusal(*reason));
     }
 
     // What decides whether anything is run is a setting that is still to be restored, not a holder:
@@ -105,55 +95,56 @@ Guard::HoldResult Guard::hold(ClientId who, std::int64_t floor) {
     if (!state_.heldPrevious)
         state_.heldPrevious = recordedPrevious();
     if (!state_.heldPrevious) {
-        if (const HoldResult begun = beginHold(now); !begun.ok)
+        if (const HoldResult begun = beginHold(); !begun)
             return begun;
     }
 
     state_.holder = who;
-    state_.floor = clamped;
+    state_.floor = floor;
     state_.lastBeat = now;
-    return {.ok = true, .reason = ""};
+    return {};
 }
 
-Guard::HoldResult Guard::beginHold(double now) {
+Guard::HoldResult Guard::beginHold() {
     const auto previous = sleepDisabledNow(services_.machine);
     if (!previous)
-        return {.ok = false, .reason = "unreadable"};
-    if (!services_.records.write({.previous = *previous, .since = now}))
-        return {.ok = false, .reason = "record"};
+        return std::unexpected(HoldRefusal::unreadable);
+    const WallTime since = services_.machine.wallTime();
+    if (!services_.records.write({.previous = *previous, .since = since.sinceEpoch}))
+        return std::unexpected(HoldRefusal::record);
     state_.heldPrevious = previous;
 
     if (!*previous && !disableSleep()) {
         services_.machine.runPmset({"-a", "disablesleep", "0"});
         services_.records.remove();
         state_.heldPrevious.reset();
-        return {.ok = false, .reason = "pmset"};
+        return std::unexpected(HoldRefusal::pmset);
     }
     services_.log("sleep disabled (closed lid) for a Velmo client");
-    return {.ok = true, .reason = ""};
+    return {};
 }
 
 bool Guard::heartbeat(ClientId who) {
     if (state_.holder != who)
         return false;
-    state_.lastBeat = services_.machine.now();
+    state_.lastBeat = services_.machine.steadyTime();
     return true;
 }
 
-bool Guard::revert(std::string_view reason) {
+bool Guard::revert(RevertReason reason) {
     state_.holder.reset();
-    state_.idleSince = services_.machine.now();
+    state_.idleSince = services_.machine.steadyTime();
 
     const auto previous = state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
     if (!previous)
         return true;
     if (!*previous && !enableSleep()) {
-        services_.log("could not re-enable sleep (" + std::string(reason) + "); retrying");
+        services_.log("could not re-enable sleep (" + std::string(rawText(reason)) + "); retrying");
         return false;
     }
     state_.heldPrevious.reset();
     services_.records.remove();
-    services_.log("sleep enabled again (" + std::string(reason) + ")");
+    services_.log("sleep enabled again (" + std::string(rawText(reason)) + ")");
     return true;
 }
 

@@ -1,12 +1,16 @@
 #pragma once
 
+#include "core/power/BatteryFloor.h"
+#include "core/power/HoldReasons.h"
+#include "core/power/PowerGuardPolicy.h"
+#include "core/support/Time.h"
 #include "daemon/ClientConnection.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
 
 #include "machine/PowerMachine.h"
 
-#include <cstdint>
+#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,20 +44,15 @@ public:
         std::optional<ClientId> holder;
         /// The setting in force before the daemon changed it; absent: nothing to restore.
         std::optional<bool> heldPrevious;
-        std::int64_t floor; ///< the holder's battery floor in percent, clamped
-        double lastBeat;    ///< the holder's last hold or heartbeat, in seconds since 1970
-        double idleSince;   ///< when the guard last became free, in seconds since 1970
-        int connections;    ///< open client connections; counted, but no rule looks at it
+        BatteryFloor floor;   ///< the holder's
+        SteadyTime lastBeat;  ///< the holder's last hold or heartbeat
+        SteadyTime idleSince; ///< when the guard last became free
+        int connections = 0;  ///< open client connections; counted, but no rule looks at it
 
         bool operator==(const State&) const = default;
     };
 
-    struct HoldResult {
-        bool ok;
-        std::string_view reason; ///< "" when ok; static text
-
-        bool operator==(const HoldResult&) const = default;
-    };
+    using HoldResult = std::expected<void, HoldRefusal>;
 
     /// Without a requirement every client is refused.
     Guard(Services services, std::optional<std::string> requirement);
@@ -68,21 +67,23 @@ public:
     void recover();
 
     /// Takes the hold for the client, or renews it with another floor.
-    HoldResult hold(ClientId who, std::int64_t floor);
+    HoldResult hold(ClientId who, BatteryFloor floor);
 
     /// Whether the client holds; if so its hold is good for another 35 s.
     bool heartbeat(ClientId who);
 
     /// Ends the hold, if there is one, and restores the setting. True when nothing is left to
     /// restore; false: the next tick tries again.
-    bool revert(std::string_view reason);
+    bool revert(RevertReason reason);
 
     [[nodiscard]] SerialQueue& queue() const { return services_.queue; }
 
     [[nodiscard]] const State& state() const { return state_; }
 
 private:
-    HoldResult beginHold(double now);
+    HoldResult beginHold();
+    [[nodiscard]] std::optional<PowerGuardPolicy::Revert> reasonToRevert(BatteryFloor floor,
+                                                                         SteadyTime lastBeat);
     bool disableSleep();
     bool enableSleep();
     std::optional<bool> recordedPrevious();

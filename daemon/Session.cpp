@@ -14,12 +14,12 @@ void Session::hold(std::int64_t batteryFloor, HoldReply reply) {
     const auto guard = owner_.lock();
     const auto connection = connection_.lock();
     if (!guard || !connection) {
-        reply(false, "gone");
+        reply(false, rawText(HoldRefusal::gone));
         return;
     }
     guard->queue().async([guard, who = connection->id(), batteryFloor, reply = std::move(reply)] {
         const Guard::HoldResult result = guard->hold(who, batteryFloor);
-        reply(result.ok, result.reason);
+        reply(result.has_value(), result ? "" : rawText(result.error()));
     });
 }
 
@@ -41,7 +41,8 @@ void Session::release(Reply reply) {
         reply(false);
         return;
     }
-    guard->queue().async([guard, reply = std::move(reply)] { reply(guard->revert("released")); });
+    guard->queue().async(
+        [guard, reply = std::move(reply)] { reply(guard->revert(RevertReason::released)); });
 }
 
 } // namespace velmo

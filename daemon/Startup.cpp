@@ -36,7 +36,7 @@ void runDaemon(DaemonHost& host) {
     host.onTermination([guardian, &queue, exitProcess] {
         // A failed restore leaves its record for the next start, which launchd's next client
         // brings.
-        queue.sync([&] { guardian->revert("stopping"); });
+        queue.sync([&] { guardian->revert(RevertReason::stopping); });
         exitProcess(0);
     });
     host.park();

@@ -13,9 +13,7 @@ void Fuzz::target(Input input) {
     if (!ticket)
         return;
     require(isToken(ticket->token) && isSessionId(ticket->session));
-    const std::string written = encodeJson(*ticket).value();
-    require(parseTicket(R"({"v":1,)" + written.substr(1)) == ticket);
-    require(!parseTicket(written));
+    require(parseTicket(encodeJson(*ticket).value()) == ticket);
 }
 
 } // namespace velmo

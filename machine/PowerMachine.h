@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/power/ThermalState.h"
+#include "core/support/Time.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -9,7 +12,7 @@
 
 namespace velmo {
 
-/// One entry of the system's list of power sources; what is not reported, or is of another type
+/// One entry of the system's list of power sources. What is not reported, or is of another type
 /// than stated, is absent.
 struct PowerSource {
     std::optional<std::string> type;             ///< "Type"
@@ -25,28 +28,28 @@ struct PowerSourceSnapshot {
 
 using PmsetArguments = std::initializer_list<std::string_view>;
 
-/// The Mac as the daemon sees it: raw facts and one tool. Nothing here decides anything. Called on
-/// the guard's queue only; `runPmset` may block.
+/// A Mac's power as raw facts, and the one tool that changes it. Nothing here decides anything. A
+/// machine is used by one thread at a time, in the daemon by the guard's queue; `runPmset` may
+/// block.
 class PowerMachine {
 public:
     virtual ~PowerMachine() = default;
 
-    /// Runs /usr/bin/pmset to its end and answers its standard output, ill-formed UTF-8 repaired.
-    /// Absent when it could not be started or ended with another status than 0; an empty output is
+    /// Runs /usr/bin/pmset to its end and returns its standard output, ill-formed UTF-8 repaired.
+    /// Absent if it could not be started or ended with another status than 0; an empty output is
     /// success.
     virtual std::optional<std::string> runPmset(PmsetArguments arguments) = 0;
 
-    /// The property "SleepDisabled" of the power root domain; absent when there is no such service
-    /// or the property is no Boolean.
+    /// Returns the property "SleepDisabled" of the power root domain. Absent if there is no such
+    /// service or the property is no Boolean.
     virtual std::optional<bool> sleepDisabledProperty() = 0;
 
     virtual std::optional<PowerSourceSnapshot> powerSources() = 0;
 
-    /// 0 nominal, 1 fair, 2 serious, 3 critical.
-    virtual int thermalRaw() = 0;
+    virtual ThermalState thermalState() = 0;
 
-    /// Wall-clock time in seconds since 1970.
-    virtual double now() = 0;
+    virtual WallTime wallTime() = 0;
+    virtual SteadyTime steadyTime() = 0;
 };
 
 } // namespace velmo

@@ -27,7 +27,7 @@ std::optional<int> batteryPercent(const PowerSource& source) {
 
 } // namespace
 
-PowerReading power(PowerMachine& machine) {
+PowerReading readPower(PowerMachine& machine) {
     const auto snapshot = machine.powerSources();
     if (!snapshot)
         return {};

@@ -14,10 +14,10 @@ struct PowerReading {
     bool operator==(const PowerReading&) const = default;
 };
 
-PowerReading power(PowerMachine& machine);
+PowerReading readPower(PowerMachine& machine);
 
-/// Whether sleep is disabled: the power root domain's property, and only where that can't be read
-/// the output of "pmset -g". Absent when neither tells.
+/// Tells whether sleep is disabled, by the power root domain's property, and only where that can't
+/// be read by the output of "pmset -g". Absent if neither tells.
 std::optional<bool> sleepDisabledNow(PowerMachine& machine);
 
 } // namespace velmo

@@ -2,8 +2,6 @@
 
 #include "core/support/Text.h"
 
-#include <utility>
-
 namespace velmo {
 
 std::optional<bool> parseSleepDisabled(std::string_view text) {
@@ -13,11 +11,6 @@ std::optional<bool> parseSleepDisabled(std::string_view text) {
             return fields[1] == "1";
     }
     return std::nullopt;
-}
-
-std::string_view thermalName(int raw) {
-    const bool known = raw >= 0 && std::cmp_less(raw, thermalNames.size());
-    return known ? thermalNames[static_cast<std::size_t>(raw)] : thermalNames.back();
 }
 
 } // namespace velmo

@@ -21,8 +21,8 @@ public:
     virtual ~VelmoPowerProtocol() = default;
 
     /// Keeps the Mac awake until released. `batteryFloor` is the percentage below which a hold on
-    /// battery power ends, clamped to 10...95. The reason is "" when ok, else one of busy, battery,
-    /// thermal, unreadable, record, pmset, gone.
+    /// battery power ends, clamped to 10...95. The reason is "" when ok, else the text of a
+    /// `HoldRefusal`; a newer daemon may have others.
     virtual void hold(std::int64_t batteryFloor, HoldReply reply) = 0;
 
     /// Due within every 35 s. False: this client does not hold.

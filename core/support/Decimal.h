@@ -1,7 +1,5 @@
 #pragma once
 
-#include "core/support/Ascii.h"
-
 #include <charconv>
 #include <concepts>
 #include <cstdint>

@@ -275,8 +275,9 @@ std::optional<PowerSourceSnapshot> ExploredMac::powerSources() {
     return snapshot;
 }
 
-int ExploredMac::thermalRaw() {
-    return ask(surroundings_.heat, {"", "hot"}) == 1 ? 2 : 0;
+ThermalState ExploredMac::thermalState() {
+    return ask(surroundings_.heat, {"", "hot"}) == 1 ? ThermalState::serious
+                                                     : ThermalState::nominal;
 }
 
 std::optional<PowerDaemonRecord> ExploredMac::read() {
@@ -305,7 +306,7 @@ void ExploredMac::remove() {
 
 double ExploredMac::age() const {
     const Guard::State& state = process_->guard->state();
-    return clock_ - (state.holder ? state.lastBeat : state.idleSince);
+    return SteadyTime{clock_} - (state.holder ? state.lastBeat : state.idleSince);
 }
 
 double ExploredMac::threshold() const {
@@ -374,7 +375,7 @@ std::uint64_t ExploredMac::key() const {
         const Guard::State& state = process_->guard->state();
         add(holderKey(), 4);
         addTruth(state.heldPrevious);
-        addTruth(state.holder && state.floor == highFloor);
+        addTruth(state.holder && state.floor == BatteryFloor(highFloor));
         add(ageKey(), 4);
     }
     return key;

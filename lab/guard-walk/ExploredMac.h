@@ -111,9 +111,11 @@ private:
     std::optional<std::string> runPmset(PmsetArguments arguments) override;
     std::optional<bool> sleepDisabledProperty() override;
     std::optional<PowerSourceSnapshot> powerSources() override;
-    int thermalRaw() override;
+    ThermalState thermalState() override;
 
-    double now() override { return clock_; }
+    WallTime wallTime() override { return {clock_}; }
+
+    SteadyTime steadyTime() override { return {clock_}; }
 
     // RecordStore
     std::optional<PowerDaemonRecord> read() override;

@@ -53,17 +53,20 @@ public:
         return snapshot;
     }
 
-    int thermalRaw() override { return thermal; }
+    ThermalState thermalState() override { return thermal; }
 
-    double now() override { return clock; }
+    WallTime wallTime() override { return {date}; }
+
+    SteadyTime steadyTime() override { return {clock}; }
 
     bool sleepDisabled = false;
     bool propertyReadable = true;
     Pmset pmset = Pmset::works;
     bool mains = true;
     std::int64_t battery = 80;
-    int thermal = 0;
-    double clock = 1000;
+    ThermalState thermal = ThermalState::nominal;
+    double date = 1'700'000'000; ///< seconds since 1970
+    double clock = 1000;         ///< of the steady clock
 
 private:
     Events* events_;

@@ -207,7 +207,7 @@ private:
     void daemonExitsWhenIdle() {
         say("Started once more, the daemon has nothing to do, and a minute passes on the Mac.");
         startDaemon();
-        change([](SimulatedMac& mac) { mac.clockOffset += 61; });
+        change([](SimulatedMac& mac) { mac.elapsed += 61; });
         require(daemon_->waitForEnd() == 0, "the daemon ends by itself with status 0");
         expectHeld(false);
     }

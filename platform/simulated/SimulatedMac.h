@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/power/SleepSetting.h"
+#include "core/power/ThermalState.h"
 #include "core/support/Record.h"
 
 #include <cstdint>
@@ -9,11 +9,6 @@
 #include <vector>
 
 namespace velmo {
-
-enum class ThermalState { nominal, fair, serious, critical };
-
-template<>
-inline constexpr auto rawTexts<ThermalState> = thermalNames;
 
 /// What pmset does instead of its job.
 enum class PmsetFault {
@@ -57,21 +52,24 @@ struct SimulatedMac {
     std::optional<int> battery = 80; ///< percent; null or missing: a Mac without a battery
     ThermalState thermal = ThermalState::nominal;
     bool sleepDisabled = false;
-    double clockOffset = 0;  ///< seconds by which the Mac's clock is ahead of this machine's
+    double elapsed = 0;      ///< seconds that have passed on the Mac beyond this machine's
+    double clockOffset = 0;  ///< seconds by which the Mac's clock was set forward, or back
     std::int64_t userId = 0; ///< real user id that the daemon believes to run under
     std::optional<std::string> team = "VELMO12345"; ///< null or missing: the daemon is unsigned
     std::vector<std::int64_t> trustedUsers; ///< user ids whose processes count as signed clients
     MacFaults faults;
 
-    static constexpr auto fields = std::tuple{field("mains", &SimulatedMac::mains),
-                                              field("battery", &SimulatedMac::battery),
-                                              field("thermal", &SimulatedMac::thermal),
-                                              field("sleepDisabled", &SimulatedMac::sleepDisabled),
-                                              field("clockOffset", &SimulatedMac::clockOffset),
-                                              field("userId", &SimulatedMac::userId),
-                                              field("team", &SimulatedMac::team),
-                                              field("trustedUsers", &SimulatedMac::trustedUsers),
-                                              field("faults", &SimulatedMac::faults)};
+    static constexpr auto fields =
+        std::tuple{field("mains", &SimulatedMac::mains),
+                   field("battery", &SimulatedMac::battery),
+                   field("thermal", &SimulatedMac::thermal),
+                   field("sleepDisabled", &SimulatedMac::sleepDisabled),
+                   field("elapsed", &SimulatedMac::elapsed).orDefault(),
+                   field("clockOffset", &SimulatedMac::clockOffset).orDefault(),
+                   field("userId", &SimulatedMac::userId),
+                   field("team", &SimulatedMac::team),
+                   field("trustedUsers", &SimulatedMac::trustedUsers),
+                   field("faults", &SimulatedMac::faults)};
     bool operator==(const SimulatedMac&) const = default;
 };
 

@@ -15,15 +15,15 @@ using Pmset = FakeMachine::Pmset;
 
 constexpr ClientId first{1};
 constexpr ClientId second{2};
-constexpr Guard::HoldResult granted{.ok = true, .reason = ""};
+const Guard::HoldResult granted;
 
 constexpr const char* on = "pmset -a disablesleep 1";
 constexpr const char* off = "pmset -a disablesleep 0";
 constexpr const char* disabledLog = "sleep disabled (closed lid) for a Velmo client";
 constexpr const char* removed = "record removed";
 
-Guard::HoldResult refused(std::string_view reason) {
-    return {.ok = false, .reason = reason};
+Guard::HoldResult refused(HoldRefusal reason) {
+    return std::unexpected(reason);
 }
 
 class GuardTest : public testing::Test, protected GuardedMac {
@@ -41,15 +41,18 @@ protected:
 };
 
 TEST_F(GuardTest, RecordsTheSettingBeforeItTouchesIt) {
-    EXPECT_EQ(guard->state(), (Guard::State{.floor = 10, .idleSince = 1000}));
+    EXPECT_EQ(guard->state(), (Guard::State{.idleSince = {1000}}));
     EXPECT_EQ(guard->hold(first, 30), granted);
     EXPECT_THAT(takeEvents(), ElementsAre("record: enabled", on, disabledLog));
     EXPECT_TRUE(machine.sleepDisabled);
-    EXPECT_EQ(records.record, (PowerDaemonRecord{.previous = false, .since = 1000}));
-    const Guard::State held{first, false, 30, 1000, 1000, 0};
-    EXPECT_EQ(guard->state(), held);
+    EXPECT_EQ(records.record, (PowerDaemonRecord{.previous = false, .since = machine.date}));
+    EXPECT_EQ(guard->state(), (Guard::State{.holder = first,
+                                            .heldPrevious = false,
+                                            .floor = 30,
+                                            .lastBeat = {1000},
+                                            .idleSince = {1000}}));
 
-    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_TRUE(guard->revert(RevertReason::released));
     EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (released)"));
     EXPECT_FALSE(machine.sleepDisabled);
     expectFree();
@@ -59,23 +62,27 @@ TEST_F(GuardTest, LeavesSleepDisabledWhereItWasBefore) {
     machine.sleepDisabled = true;
     EXPECT_EQ(guard->hold(first, 20), granted);
     EXPECT_THAT(takeEvents(), ElementsAre("record: disabled", disabledLog));
-    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_TRUE(guard->revert(RevertReason::released));
     EXPECT_THAT(takeEvents(), ElementsAre(removed, "sleep enabled again (released)"));
     EXPECT_TRUE(machine.sleepDisabled);
     expectFree();
 }
 
 TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
-    const std::tuple<std::string_view, std::function<void()>, Events> cases[] = {
-        {"battery", [&] { machine.mains = false, machine.battery = 19; }, {}},
-        {"thermal", [&] { machine.thermal = 2; }, {}},
-        {"unreadable",
+    const std::tuple<HoldRefusal, std::function<void()>, Events> cases[] = {
+        {HoldRefusal::battery, [&] { machine.mains = false, machine.battery = 19; }, {}},
+        {HoldRefusal::thermal, [&] { machine.thermal = ThermalState::serious; }, {}},
+        {HoldRefusal::unreadable,
          [&] { machine.propertyReadable = false, machine.pmset = Pmset::fails; },
          {"pmset -g"}},
-        {"record", [&] { records.writable = false; }, {"record: enabled"}},
-        {"pmset", [&] { machine.pmset = Pmset::fails; }, {"record: enabled", on, off, removed}},
-        {"pmset", [&] { machine.pmset = Pmset::lies; }, {"record: enabled", on, off, removed}},
-        {"pmset",
+        {HoldRefusal::record, [&] { records.writable = false; }, {"record: enabled"}},
+        {HoldRefusal::pmset,
+         [&] { machine.pmset = Pmset::fails; },
+         {"record: enabled", on, off, removed}},
+        {HoldRefusal::pmset,
+         [&] { machine.pmset = Pmset::lies; },
+         {"record: enabled", on, off, removed}},
+        {HoldRefusal::pmset,
          [&] { machine.pmset = Pmset::lies, machine.propertyReadable = false; },
          {"pmset -g", "record: enabled", on, "pmset -g", off, removed}},
     };
@@ -84,8 +91,8 @@ TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
         records.writable = true;
         fault();
         EXPECT_EQ(guard->hold(first, 20), refused(reason));
-        EXPECT_EQ(takeEvents(), done) << reason;
-        EXPECT_FALSE(machine.sleepDisabled) << reason;
+        EXPECT_EQ(takeEvents(), done) << rawText(reason);
+        EXPECT_FALSE(machine.sleepDisabled) << rawText(reason);
         expectFree();
     }
 }
@@ -95,7 +102,7 @@ TEST_F(GuardTest, ReadsTheSettingFromPmsetOnlyWhereThePropertyIsMissing) {
     EXPECT_EQ(guard->hold(first, 20), granted);
     EXPECT_THAT(takeEvents(),
                 ElementsAre("pmset -g", "record: enabled", on, "pmset -g", disabledLog));
-    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_TRUE(guard->revert(RevertReason::released));
     EXPECT_THAT(takeEvents(),
                 ElementsAre(off, "pmset -g", removed, "sleep enabled again (released)"));
 }
@@ -106,21 +113,21 @@ TEST_F(GuardTest, ClampsTheFloorOfEveryClient) {
     for (const auto& [asked, floor] : cases) {
         machine.mains = true;
         EXPECT_EQ(guard->hold(first, asked), granted);
-        EXPECT_EQ(guard->state().floor, floor);
+        EXPECT_EQ(guard->state().floor.percent(), floor);
         machine.mains = false;
         machine.battery = floor;
         EXPECT_EQ(guard->hold(first, asked), granted) << asked;
         machine.battery = floor - 1;
-        EXPECT_EQ(guard->hold(first, asked), refused("battery")) << asked;
+        EXPECT_EQ(guard->hold(first, asked), refused(HoldRefusal::battery)) << asked;
     }
 }
 
 TEST_F(GuardTest, ABusyAnswerTouchesNothingEvenOnAHotMachine) {
     holdFirst();
     const Guard::State before = guard->state();
-    machine.thermal = 3;
+    machine.thermal = ThermalState::critical;
     machine.clock += 5;
-    EXPECT_EQ(guard->hold(second, 50), refused("busy"));
+    EXPECT_EQ(guard->hold(second, 50), refused(HoldRefusal::busy));
     EXPECT_FALSE(guard->heartbeat(second));
     EXPECT_EQ(guard->state(), before);
     EXPECT_THAT(takeEvents(), IsEmpty());
@@ -131,17 +138,17 @@ TEST_F(GuardTest, TheHolderMayHoldAgain) {
     machine.clock += 10;
     EXPECT_EQ(guard->hold(first, 40), granted);
     EXPECT_THAT(takeEvents(), IsEmpty());
-    EXPECT_EQ(guard->state().floor, 40);
-    EXPECT_EQ(guard->state().lastBeat, 1010);
+    EXPECT_EQ(guard->state().floor.percent(), 40);
+    EXPECT_EQ(guard->state().lastBeat, SteadyTime{1010});
 }
 
 TEST_F(GuardTest, ARefusedRenewalEndsTheHold) {
     holdFirst();
-    machine.thermal = 2;
+    machine.thermal = ThermalState::serious;
     machine.clock += 5;
-    EXPECT_EQ(guard->hold(first, 20), refused("thermal"));
+    EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::thermal));
     EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (thermal)"));
-    EXPECT_EQ(guard->state().idleSince, 1005);
+    EXPECT_EQ(guard->state().idleSince, SteadyTime{1005});
     expectFree();
 }
 
@@ -149,7 +156,7 @@ TEST_F(GuardTest, TicksEndAHoldForItsReason) {
     const std::pair<std::string, std::function<void()>> cases[] = {
         {"heartbeat", [&] { machine.clock += 0.5; }},
         {"battery", [&] { machine.mains = false, machine.battery = 19; }},
-        {"thermal", [&] { machine.thermal = 2; }},
+        {"thermal", [&] { machine.thermal = ThermalState::serious; }},
     };
     for (const auto& [reason, change] : cases) {
         machine = FakeMachine(events);
@@ -169,7 +176,7 @@ TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
         machine.pmset = Pmset::works;
         holdFirst();
         machine.pmset = fault;
-        EXPECT_FALSE(guard->revert("client gone"));
+        EXPECT_FALSE(guard->revert(RevertReason::clientGone));
         EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (client gone); "
                                                    "retrying"));
         EXPECT_EQ(guard->state().holder, std::nullopt);
@@ -190,12 +197,12 @@ TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
 TEST_F(GuardTest, AHoldTakesOverWhatIsStillToBeRestored) {
     holdFirst();
     machine.pmset = Pmset::fails;
-    guard->revert("client gone");
+    guard->revert(RevertReason::clientGone);
     takeEvents();
     EXPECT_EQ(guard->hold(second, 20), granted);
     EXPECT_THAT(takeEvents(), IsEmpty());
     machine.pmset = Pmset::works;
-    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_TRUE(guard->revert(RevertReason::released));
     EXPECT_FALSE(machine.sleepDisabled);
     expectFree();
 
@@ -226,7 +233,7 @@ TEST_F(GuardTest, HeartbeatsKeepAHoldAndAMinuteAfterItsEndItExits) {
     tickAfter(34);
     EXPECT_EQ(guard->state().holder, first);
     EXPECT_THAT(takeEvents(), IsEmpty());
-    guard->revert("released");
+    guard->revert(RevertReason::released);
     EXPECT_FALSE(guard->heartbeat(first));
     tickAfter(60);
     EXPECT_THAT(exits, IsEmpty());
@@ -238,7 +245,7 @@ TEST_F(GuardTest, ARecordThatCannotBeDecodedIsLeftInPlace) {
     records.record = PowerDaemonRecord{};
     records.damaged = true;
     guard->recover();
-    EXPECT_TRUE(guard->revert("released"));
+    EXPECT_TRUE(guard->revert(RevertReason::released));
     tickAfter(61);
     EXPECT_THAT(exits, ElementsAre(0));
     EXPECT_THAT(takeEvents(), IsEmpty());

@@ -45,20 +45,21 @@ TEST(PowerReadings, TellTheBatteryFromItsRawCapacities) {
     int row = 0;
     for (const auto& [sources, percent] : cases) {
         machine.snapshot = {.providingType = "Battery Power", .sources = sources};
-        EXPECT_EQ(power(machine), (PowerReading{.ac = false, .battery = percent})) << "row " << row;
+        EXPECT_EQ(readPower(machine), (PowerReading{.ac = false, .battery = percent}))
+            << "row " << row;
         ++row;
     }
 }
 
 TEST(PowerReadings, AnUnknownSourceIsNotTheBattery) {
     FixedMachine machine;
-    EXPECT_EQ(power(machine), PowerReading());
+    EXPECT_EQ(readPower(machine), PowerReading());
     machine.snapshot = {.providingType = {}, .sources = {battery(1, 2)}};
-    EXPECT_EQ(power(machine), (PowerReading{.ac = {}, .battery = 50}));
+    EXPECT_EQ(readPower(machine), (PowerReading{.ac = {}, .battery = 50}));
     machine.snapshot->providingType = "AC Power";
-    EXPECT_EQ(power(machine).ac, true);
+    EXPECT_EQ(readPower(machine).ac, true);
     machine.snapshot->providingType = "UPS Power";
-    EXPECT_EQ(power(machine).ac, false);
+    EXPECT_EQ(readPower(machine).ac, false);
 }
 
 } // namespace

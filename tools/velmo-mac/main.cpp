@@ -23,6 +23,7 @@ struct Changes {
     std::optional<std::string> battery;
     std::optional<std::string> thermal;
     std::optional<bool> sleepDisabled;
+    std::optional<double> elapse;
     std::optional<double> clockForward;
     std::optional<std::int64_t> userId;
     std::optional<std::string> team;
@@ -48,8 +49,9 @@ void addChangeOptions(CLI::App& app, Changes& changes) {
     app.add_option("--battery", changes.battery, "percent, or none")->check(percentOrNone);
     addChoice<ThermalState>(app, "--thermal", changes.thermal, "how hot the machine is");
     app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting");
+    app.add_option("--elapse", changes.elapse, "seconds that pass")->check(CLI::Range(0.0, 1e9));
     app.add_option("--clock-forward", changes.clockForward,
-                   "seconds by which the clock is moved forward")
+                   "seconds by which the clock is set forward, or, below 0, back")
         ->check(CLI::Range(-1e9, 1e9));
     app.add_option("--user-id", changes.userId, "the user that the daemon runs as");
     app.add_option("--team", changes.team, "the team that signed the daemon, or none");
@@ -75,6 +77,7 @@ void apply(const Changes& changes, SimulatedMac& mac) {
             changes.battery == none ? std::nullopt : std::optional(stoi(*changes.battery));
     choose(mac.thermal, changes.thermal);
     mac.sleepDisabled = changes.sleepDisabled.value_or(mac.sleepDisabled);
+    mac.elapsed += changes.elapse.value_or(0);
     mac.clockOffset += changes.clockForward.value_or(0);
     mac.userId = changes.userId.value_or(mac.userId);
     if (changes.team)

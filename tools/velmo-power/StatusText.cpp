@@ -1,7 +1,6 @@
 #include "tools/velmo-power/StatusText.h"
 
-#include "core/power/PowerGuardPolicy.h"
-#include "core/power/SleepSetting.h"
+#include "core/power/HoldReasons.h"
 
 #include "machine/PowerReadings.h"
 
@@ -12,27 +11,31 @@ namespace velmo {
 
 namespace {
 
-struct Explanation {
-    std::string_view reason;
-    std::string_view text;
-};
-
-constexpr auto refusals = std::to_array<Explanation>({
-    {.reason = "busy", .text = "another client holds"},
-    {.reason = "battery", .text = "the battery is below the floor"},
-    {.reason = "thermal", .text = "the machine is too hot"},
-    {.reason = "unreadable", .text = "the sleep setting can't be read"},
-    {.reason = "record", .text = "the daemon can't write its record"},
-    {.reason = "pmset", .text = "pmset could not disable sleep"},
-    {.reason = "gone", .text = "the connection is gone"},
-});
-
-std::string_view explained(std::string_view reason) {
-    for (const Explanation& refusal : refusals) {
-        if (refusal.reason == reason)
-            return refusal.text;
+std::string_view explained(HoldRefusal refusal) {
+    switch (refusal) {
+    case HoldRefusal::busy:
+        return "another client holds";
+    case HoldRefusal::battery:
+        return "the battery is below the floor";
+    case HoldRefusal::thermal:
+        return "the machine is too hot";
+    case HoldRefusal::unreadable:
+        return "the sleep setting can't be read";
+    case HoldRefusal::record:
+        return "the daemon can't write its record";
+    case HoldRefusal::pmset:
+        return "pmset could not disable sleep";
+    case HoldRefusal::gone:
+        break;
     }
-    return reason;
+    return "the connection is gone";
+}
+
+/// A newer daemon may have reasons that this client does not know.
+std::string_view explained(std::string_view reason) {
+    return fromRawText<HoldRefusal>(reason)
+        .transform([](HoldRefusal refusal) { return explained(refusal); })
+        .value_or(reason);
 }
 
 std::string percent(std::int64_t value) {
@@ -64,11 +67,11 @@ std::string clockText(double seconds) {
 } // namespace
 
 PowerStatus readStatus(PowerMachine& machine) {
-    const PowerReading reading = power(machine);
+    const PowerReading reading = readPower(machine);
     PowerStatus status;
     status.ac = reading.ac;
     status.battery = reading.battery;
-    status.thermal = thermalName(machine.thermalRaw());
+    status.thermal = thermalName(machine.thermalState());
     status.sleepDisabled = sleepDisabledNow(machine);
     return status;
 }
@@ -99,13 +102,13 @@ std::string holdText(const HoldKeeper::Status& status) {
     std::unreachable();
 }
 
-std::string heldLine(double heldSeconds, std::int64_t floor, const PowerStatus& status) {
+std::string heldLine(double heldSeconds, BatteryFloor floor, const PowerStatus& status) {
     std::string line = "awake for " + clockText(heldSeconds);
     line += " | power: ";
     line += sourceWord(status.ac);
     if (status.battery)
         line += ", battery " + percent(*status.battery);
-    line += " (floor " + percent(PowerGuardPolicy::clampFloor(floor)) + ")";
+    line += " (floor " + percent(floor.percent()) + ")";
     line += " | " + status.thermal;
     return line;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "core/power/BatteryFloor.h"
 #include "core/power/KeepAwakeLines.h"
 
 #include "client/HoldKeeper.h"
 #include "machine/PowerMachine.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +32,6 @@ std::string statusText(const PowerStatus& status);
 std::string holdText(const HoldKeeper::Status& status);
 
 /// The one line that stays current while a hold is in force, of fewer than 80 columns.
-std::string heldLine(double heldSeconds, std::int64_t floor, const PowerStatus& status);
+std::string heldLine(double heldSeconds, BatteryFloor floor, const PowerStatus& status);
 
 } // namespace velmo

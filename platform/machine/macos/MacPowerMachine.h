@@ -10,8 +10,9 @@ public:
     std::optional<std::string> runPmset(PmsetArguments arguments) override;
     std::optional<bool> sleepDisabledProperty() override;
     std::optional<PowerSourceSnapshot> powerSources() override;
-    int thermalRaw() override;
-    double now() override;
+    ThermalState thermalState() override;
+    WallTime wallTime() override;
+    SteadyTime steadyTime() override;
 };
 
 } // namespace velmo

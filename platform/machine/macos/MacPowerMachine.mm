@@ -3,10 +3,9 @@
 #include "platform/machine/macos/PowerRootDomain.h"
 #include "platform/machine/macos/PowerSources.h"
 #include "platform/posix/ChildProcess.h"
+#include "platform/posix/Clocks.h"
 
 #import <Foundation/Foundation.h>
-
-#include <chrono>
 
 namespace velmo {
 
@@ -22,13 +21,16 @@ std::optional<PowerSourceSnapshot> MacPowerMachine::powerSources() {
     return readPowerSources();
 }
 
-int MacPowerMachine::thermalRaw() {
-    return static_cast<int>(NSProcessInfo.processInfo.thermalState);
+ThermalState MacPowerMachine::thermalState() {
+    return static_cast<ThermalState>(NSProcessInfo.processInfo.thermalState);
 }
 
-double MacPowerMachine::now() {
-    const std::chrono::duration<double> since = std::chrono::system_clock::now().time_since_epoch();
-    return since.count();
+WallTime MacPowerMachine::wallTime() {
+    return Clocks::wallTime();
+}
+
+SteadyTime MacPowerMachine::steadyTime() {
+    return Clocks::steadyTime();
 }
 
 } // namespace velmo

@@ -1,8 +1,7 @@
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 
 #include "platform/posix/ChildProcess.h"
-
-#include <chrono>
+#include "platform/posix/Clocks.h"
 
 namespace velmo {
 
@@ -28,13 +27,17 @@ std::optional<PowerSourceSnapshot> SimulatedPowerMachine::powerSources() {
     return snapshot;
 }
 
-int SimulatedPowerMachine::thermalRaw() {
-    return std::to_underlying(mac().thermal);
+ThermalState SimulatedPowerMachine::thermalState() {
+    return mac().thermal;
 }
 
-double SimulatedPowerMachine::now() {
-    const std::chrono::duration<double> real = std::chrono::system_clock::now().time_since_epoch();
-    return real.count() + mac().clockOffset;
+WallTime SimulatedPowerMachine::wallTime() {
+    const SimulatedMac& now = mac();
+    return {Clocks::wallTime().sinceEpoch + now.elapsed + now.clockOffset};
+}
+
+SteadyTime SimulatedPowerMachine::steadyTime() {
+    return {Clocks::steadyTime().seconds + mac().elapsed};
 }
 
 const SimulatedMac& SimulatedPowerMachine::mac() {

@@ -71,6 +71,8 @@ TEST(PowerService, NothingButATeamReachesARequirement) {
 using PowerGuardPolicy::Revert;
 
 TEST(PowerGuardPolicy, NamesTheGravestReason) {
+    using enum ThermalState;
+
     struct Case {
         PowerGuardPolicy::Facts facts;
         std::optional<Revert> reason;
@@ -80,11 +82,12 @@ TEST(PowerGuardPolicy, NamesTheGravestReason) {
         {{.lastBeat = 100, .now = 135}, {}},
         {{.lastBeat = 100, .now = 135.001}, Revert::heartbeat},
         {{.lastBeat = 100, .now = 0}, {}},
-        {{.onAC = false, .battery = 1, .floor = 50, .thermalRaw = 3, .now = 36}, Revert::heartbeat},
-        {{.onAC = true, .thermalRaw = 1}, {}},
-        {{.onAC = true, .thermalRaw = 2}, Revert::thermal},
-        {{.onAC = false, .battery = 1, .thermalRaw = 2}, Revert::thermal},
-        {{.thermalRaw = -1}, {}},
+        {{.onAC = false, .battery = 1, .floor = 50, .thermalRaw = critical, .now = 36},
+         Revert::heartbeat},
+        {{.onAC = true, .thermalRaw = fair}, {}},
+        {{.onAC = true, .thermalRaw = serious}, Revert::thermal},
+        {{.onAC = false, .battery = 1, .thermalRaw = serious}, Revert::thermal},
+        {{.thermalRaw = static_cast<ThermalState>(-1)}, {}},
         {{.onAC = false, .battery = 19, .floor = 20}, Revert::battery},
         {{.onAC = false, .battery = 20, .floor = 20}, {}},
         {{.onAC = true, .battery = 1, .floor = 20}, {}},

@@ -67,7 +67,7 @@ protected:
     Ticket ticket{.endpoint = (folder / "attach.sock").string(),
                   .token = std::string(43, 't'),
                   .session = "s_0123456789abcdef"};
-    std::string json = R"({"v":1,)" + encodeJson(ticket).value().substr(1);
+    std::string json = encodeJson(ticket).value();
     TestFiles files{temporary.path().string() + "/"};
 };
 

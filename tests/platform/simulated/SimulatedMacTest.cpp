@@ -1,3 +1,4 @@
+#include "core/power/SleepSetting.h"
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/posix/ChildProcess.h"
 #include "platform/simulated/CallLine.h"
@@ -54,7 +55,7 @@ TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {
                            R"("propertyUnreadable":false,"recordFolder":"none"}})";
     EXPECT_TRUE(machine.powerSources()->sources.empty());
     EXPECT_EQ(machine.powerSources()->providingType, "Battery Power");
-    EXPECT_EQ(machine.thermalRaw(), 2);
+    EXPECT_EQ(machine.thermalState(), ThermalState::serious);
     EXPECT_EQ(folder.load()->team, std::nullopt);
 }
 
