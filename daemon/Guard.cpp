@@ -40,11 +40,24 @@ void Guard::connectionLost(ClientId who) {
 }
 
 void Guard::tick() {
+    if (tickIsOutstanding_.exchange(true))
+        return;
     queue().async([guard = shared_from_this()] {
         if (guard->state_.holder)
             guard->checkHolder();
         else
             guard->checkFree();
+        guard->tickIsOutstanding_ = false;
+    });
+}
+
+void Guard::stop() {
+    isStopping_ = true;
+    queue().sync([this] {
+        // A failed restore leaves its record for the next start, which launchd's next client
+        // brings.
+        revert(RevertReason::stopping);
+        services_.exitProcess(0);
     });
 }
 
@@ -69,8 +82,27 @@ void Guard::checkFree() {
         revert(RevertReason::retry);
         return;
     }
+    checkLid();
     if (services_.machine.steadyTime() - state_.idleSince > PowerGuardPolicy::idleExit)
         services_.exitProcess(0);
+}
+
+// A lid that was shut during a hold makes nobody look again once sleep is allowed: the Mac would
+// stay awake in its bag.
+void Guard::checkLid() {
+    PowerMachine& machine = services_.machine;
+    if (!state_.sleepOwedSince || machine.steadyTime() - *state_.sleepOwedSince < lidDelay)
+        return;
+    const auto lid = machine.lid();
+    const auto sleepDisabled = sleepDisabledNow(machine);
+    if (lid && lid->isShut && lid->causesSleep && sleepDisabled != true) {
+        if (!sleepDisabled)
+            return;
+        services_.log("asking the Mac to sleep: its lid is shut");
+        if (!machine.requestSleep())
+            return;
+    }
+    state_.sleepOwedSince.reset();
 }
 
 void Guard::recover() {
@@ -81,6 +113,8 @@ void Guard::recover() {
 }
 
 Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
+    if (isStopping_)
+        return std::unexpected(HoldRefusal::gone);
     if (state_.holder && state_.holder != who)
         return std::unexpected(HoldRefusal::busy);
 
@@ -102,6 +136,7 @@ Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
     state_.holder = who;
     state_.floor = floor;
     state_.lastBeat = now;
+    state_.sleepOwedSince.reset();
     return {};
 }
 
@@ -115,9 +150,7 @@ Guard::HoldResult Guard::beginHold() {
     state_.heldPrevious = previous;
 
     if (!*previous && !disableSleep()) {
-        services_.machine.runPmset({"-a", "disablesleep", "0"});
-        services_.records.remove();
-        state_.heldPrevious.reset();
+        undoDisableSleep();
         return std::unexpected(HoldRefusal::pmset);
     }
     services_.log("sleep disabled (closed lid) for a Velmo client");
@@ -138,9 +171,14 @@ bool Guard::revert(RevertReason reason) {
     const auto previous = state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
     if (!previous)
         return true;
-    if (!*previous && !enableSleep()) {
-        services_.log("could not re-enable sleep (" + std::string(rawText(reason)) + "); retrying");
-        return false;
+    if (!*previous) {
+        if (!enableSleep()) {
+            services_.log("could not re-enable sleep (" + std::string(rawText(reason))
+                          + "); retrying");
+            return false;
+        }
+        if (reason != RevertReason::stopping)
+            state_.sleepOwedSince = services_.machine.steadyTime();
     }
     state_.heldPrevious.reset();
     services_.records.remove();
@@ -151,13 +189,41 @@ bool Guard::revert(RevertReason reason) {
 // pmset reports success even where the setting did not take, so both are read back.
 
 bool Guard::disableSleep() {
-    return services_.machine.runPmset({"-a", "disablesleep", "1"})
-           && sleepDisabledNow(services_.machine) == true;
+    return services_.machine.runPmset({"-a", "disablesleep", "1"}) && becomes(true);
 }
 
 bool Guard::enableSleep() {
-    return services_.machine.runPmset({"-a", "disablesleep", "0"})
-           && sleepDisabledNow(services_.machine) == false;
+    return services_.machine.runPmset({"-a", "disablesleep", "0"}) && becomes(false);
+}
+
+/// After a hold that could not be begun. What can't be undone either stays recorded, and the tick
+/// tries again.
+void Guard::undoDisableSleep() {
+    PowerMachine& machine = services_.machine;
+    if (machine.runPmset({"-a", "disablesleep", "0"}) && machine.sleepDisabledProperty())
+        becomes(false);
+    if (machine.sleepDisabledProperty() == true)
+        return;
+    services_.records.remove();
+    state_.heldPrevious.reset();
+}
+
+/// Whether the setting has this value now or takes it soon. pmset only writes preferences and posts
+/// a notification, upon which another process sets the property; its own "-g" reads the
+/// preferences.
+bool Guard::becomes(bool sleepDisabled) {
+    PowerMachine& machine = services_.machine;
+    const SteadyTime start = machine.steadyTime();
+    while (true) {
+        const auto property = machine.sleepDisabledProperty();
+        if (!property)
+            return sleepDisabledNow(machine) == sleepDisabled;
+        if (*property == sleepDisabled)
+            return true;
+        if (machine.steadyTime() - start >= maxLateness)
+            return false;
+        machine.pause(latenessStep);
+    }
 }
 
 std::optional<bool> Guard::recordedPrevious() {

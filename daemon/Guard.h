@@ -10,6 +10,7 @@
 
 #include "machine/PowerMachine.h"
 
+#include <atomic>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -22,16 +23,16 @@ namespace velmo {
 /// Owns the system-wide disable-sleep setting on behalf of one client at a time, and puts it back
 /// when the hold ends for whatever reason.
 ///
-/// Free (no holder, nothing to restore) -> held (record on disk) -> free, or -> pending when sleep
-/// could not be enabled again: no holder, `heldPrevious` set, retried by every tick. The record is
-/// on disk before the setting is touched, so that after a crash at any point the next start knows
-/// what to undo.
+/// The guard is free (no holder, nothing to restore), held (the record is on disk), or pending:
+/// sleep could not be enabled again, there is no holder, `heldPrevious` is set, and every tick
+/// tries once more. The record is on disk before the setting is touched, so that after a crash at
+/// any point the next start knows what to undo.
 ///
-/// All state lives on one serial queue; there are no locks. `tick` and `acceptConnection` may be
-/// called from anywhere and only post; everything else runs on the queue.
+/// All state lives on one serial queue; there are no locks. `tick`, `stop` and `acceptConnection`
+/// may be called from anywhere. Everything else runs on the queue.
 class Guard : public std::enable_shared_from_this<Guard> {
 public:
-    /// Everything the guard reaches outside itself; must outlive it.
+    /// Everything the guard reaches outside itself; it must outlive the guard.
     struct Services {
         PowerMachine& machine;
         RecordStore& records;
@@ -47,33 +48,51 @@ public:
         BatteryFloor floor;   ///< the holder's
         SteadyTime lastBeat;  ///< the holder's last hold or heartbeat
         SteadyTime idleSince; ///< when the guard last became free
-        int connections = 0;  ///< open client connections; counted, but no rule looks at it
+        /// Since when the Mac may sleep again without having looked at its lid; absent when there
+        /// is no need to look.
+        std::optional<SteadyTime> sleepOwedSince;
+        int connections = 0; ///< open client connections; counted, but no rule looks at it
 
         bool operator==(const State&) const = default;
     };
 
     using HoldResult = std::expected<void, HoldRefusal>;
 
+    /// pmset ends before the setting has changed: how long the guard waits for it, and between two
+    /// looks, in seconds.
+    static constexpr double maxLateness = 2.0;
+    static constexpr double latenessStep = 0.02;
+
+    /// How long after a hold the Mac is asked to look at its lid, in seconds: a client that takes
+    /// over from another must find it awake.
+    static constexpr double lidDelay = 30.0;
+
     /// Without a requirement every client is refused.
     Guard(Services services, std::optional<std::string> requirement);
 
-    /// Whether the connection was taken on. A refused one is to be dropped, not resumed.
+    /// Returns whether the connection was taken on. A refused one is to be dropped, not resumed.
     bool acceptConnection(const std::shared_ptr<ClientConnection>& connection);
 
-    /// Due every 5 seconds.
+    /// Posts a look at the hold, or at what is left to do without one. Due every 5 seconds; does
+    /// nothing while an earlier tick still waits for its turn or runs.
     void tick();
 
-    /// Start-up only: undoes what an earlier run has left behind.
+    /// Ends the daemon: restores the setting and then exits, both on the queue, so that nothing
+    /// that was queued behind takes effect. Holds that are queued in front are refused from now on.
+    /// Does not return before the process is to end.
+    void stop();
+
+    /// Undoes what an earlier run has left behind. Called once, at the start.
     void recover();
 
     /// Takes the hold for the client, or renews it with another floor.
     HoldResult hold(ClientId who, BatteryFloor floor);
 
-    /// Whether the client holds; if so its hold is good for another 35 s.
+    /// Returns whether the client holds; if so its hold is good for another 35 s.
     bool heartbeat(ClientId who);
 
-    /// Ends the hold, if there is one, and restores the setting. True when nothing is left to
-    /// restore; false: the next tick tries again.
+    /// Ends the hold, if there is one, and restores the setting. Returns true when nothing is left
+    /// to restore; after false the next tick tries again.
     bool revert(RevertReason reason);
 
     [[nodiscard]] SerialQueue& queue() const { return services_.queue; }
@@ -82,18 +101,22 @@ public:
 
 private:
     HoldResult beginHold();
-    [[nodiscard]] std::optional<PowerGuardPolicy::Revert> reasonToRevert(BatteryFloor floor,
-                                                                         SteadyTime lastBeat);
     bool disableSleep();
     bool enableSleep();
+    void undoDisableSleep();
+    bool becomes(bool sleepDisabled);
     std::optional<bool> recordedPrevious();
+    std::optional<PowerGuardPolicy::Revert> reasonToRevert(BatteryFloor floor, SteadyTime lastBeat);
     void checkHolder();
     void checkFree();
+    void checkLid();
     void connectionLost(ClientId who);
 
     Services services_;
     const std::optional<std::string> requirement_;
     State state_;
+    std::atomic<bool> tickIsOutstanding_ = false;
+    std::atomic<bool> isStopping_ = false;
 };
 
 } // namespace velmo

@@ -33,12 +33,7 @@ void runDaemon(DaemonHost& host) {
     queue.sync([&] { guardian->recover(); });
     host.listen(powerDaemonMachService, guardian);
     host.repeat(tickInterval, [guardian] { guardian->tick(); });
-    host.onTermination([guardian, &queue, exitProcess] {
-        // A failed restore leaves its record for the next start, which launchd's next client
-        // brings.
-        queue.sync([&] { guardian->revert(RevertReason::stopping); });
-        exitProcess(0);
-    });
+    host.onTermination([guardian] { guardian->stop(); });
     host.park();
 }
 

@@ -26,6 +26,14 @@ struct PowerSourceSnapshot {
     std::vector<PowerSource> sources;
 };
 
+/// The lid as the power root domain tells of it.
+struct LidState {
+    bool isShut = false;      ///< "AppleClamshellState"
+    bool causesSleep = false; ///< "AppleClamshellCausesSleep": shutting it puts this Mac to sleep
+
+    bool operator==(const LidState&) const = default;
+};
+
 using PmsetArguments = std::initializer_list<std::string_view>;
 
 /// A Mac's power as raw facts, and the one tool that changes it. Nothing here decides anything. A
@@ -48,8 +56,17 @@ public:
 
     virtual ThermalState thermalState() = 0;
 
+    /// Returns the state of the lid. Absent if either property is missing, as on a Mac without one.
+    virtual std::optional<LidState> lid() = 0;
+
+    /// Asks the system to sleep at once (IOPMSleepSystem). Returns whether it took the request.
+    virtual bool requestSleep() = 0;
+
     virtual WallTime wallTime() = 0;
     virtual SteadyTime steadyTime() = 0;
+
+    /// Lets so many seconds pass on the calling thread.
+    virtual void pause(double seconds) = 0;
 };
 
 } // namespace velmo

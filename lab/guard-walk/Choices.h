@@ -10,25 +10,30 @@
 
 namespace velmo {
 
-/// What a run was answered wherever it could go one way or another: a script is followed to its
-/// end, then the first of the options is taken. Asking for `next` after each run walks through
-/// every combination, whatever the earlier answers make of the later questions.
+/// What a run was told wherever it could go one way or another: a script is followed to its end,
+/// then the first of the options is taken. Asking for `next` after each run walks through every
+/// combination, whatever the earlier choices make of the later questions.
 class Choices {
 public:
     using Script = std::vector<std::uint8_t>;
+
+    /// How many things may go wrong at once; beyond that the first option is the only one.
+    static constexpr int maxFaults = 2;
 
     Choices() = default;
 
     explicit Choices(Script script) : script_(std::move(script)) {}
 
-    /// An index into the options. The first is what happens when nothing is wrong.
+    /// Returns an index into the options. The first is what happens when nothing is wrong.
     std::size_t choose(std::initializer_list<std::string_view> options) {
         if (asked_.size() == script_.size())
             script_.push_back(0);
         const std::size_t taken = script_[asked_.size()];
-        asked_.push_back(static_cast<std::uint8_t>(options.size()));
-        if (taken != 0)
+        asked_.push_back(faults_ < maxFaults ? static_cast<std::uint8_t>(options.size()) : 1);
+        if (taken != 0) {
+            ++faults_;
             story_.append(story_.empty() ? "" : ", ").append(options.begin()[taken]);
+        }
         return taken;
     }
 
@@ -48,6 +53,7 @@ public:
         ++script_.back();
         asked_.clear();
         story_.clear();
+        faults_ = 0;
         return true;
     }
 
@@ -55,6 +61,7 @@ private:
     Script script_;
     std::vector<std::uint8_t> asked_; ///< how many options each question had
     std::string story_;
+    int faults_ = 0;
 };
 
 } // namespace velmo

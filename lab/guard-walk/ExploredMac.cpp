@@ -10,17 +10,34 @@ namespace velmo {
 
 namespace {
 
-constexpr double past = 0.5;    ///< seconds beyond a threshold
-constexpr double back = 3600.0; ///< seconds that the clock is set back by
+constexpr double past = 0.5; ///< seconds beyond a threshold
 
 constexpr std::int64_t lowFloor = 10;
 constexpr std::int64_t highFloor = 50;
 
-constexpr std::array<std::string_view, 14> names{
-    "start",     "crash",   "SIGTERM", "tick",   "on the threshold", "past the threshold",
-    "set back",  "connect", "lose",    "let go", "hold floor 10",    "hold floor 50",
-    "heartbeat", "release",
-};
+constexpr auto names = std::to_array<std::string_view>({
+    "start",
+    "crash",
+    "SIGTERM",
+    "tick",
+    "on the threshold",
+    "past the threshold",
+    "half a minute later",
+    "the setting lands",
+    "the record is lost",
+    "the record rots",
+    "all is mended",
+    "the lid is shut",
+    "the lid is opened",
+    "connect",
+    "lose",
+    "let go",
+    "hold floor 10",
+    "hold floor 50",
+    "heartbeat",
+    "release",
+    "SIGTERM, and a hold behind it",
+});
 
 } // namespace
 
@@ -55,16 +72,33 @@ private:
     ClientId id_;
 };
 
-ExploredMac::ExploredMac(bool sleepDisabled, Flaw flaw)
-    : before_(sleepDisabled), flaw_(flaw), sleepDisabled_(sleepDisabled) {
+ExploredMac::ExploredMac(bool sleepDisabled, Aspect aspect, Flaw flaw)
+    : before_(sleepDisabled), aspect_(aspect), flaw_(flaw), sleepDisabled_(sleepDisabled) {
 }
 
 ExploredMac::~ExploredMac() = default;
 
 bool ExploredMac::possible(Event event) const {
     using enum Happening;
-    if (event.happening == start)
+    if (loss_ != Loss::none)
+        return false;
+    switch (event.happening) {
+    case start:
         return !process_;
+    case settingLands:
+        return late_.has_value();
+    case recordIsLost:
+    case recordRots:
+        return aspect_ == Aspect::faults && record_ && !rotten_;
+    case faultsAreGone:
+        return lasting_.has_value();
+    case shutLid:
+        return aspect_ == Aspect::lid && !lidIsShut_;
+    case openLid:
+        return lidIsShut_;
+    default:
+        break;
+    }
     if (!process_)
         return false;
     const auto& client = clients_.at(event.client);
@@ -73,8 +107,8 @@ bool ExploredMac::possible(Event event) const {
         return age() < threshold();
     case pastThreshold:
         return age() <= threshold();
-    case clockSetBack:
-        return age() >= 0;
+    case atLidDelay:
+        return aspect_ == Aspect::lid && owedKey() == 1;
     case connect:
         return !client;
     case loseConnection:
@@ -85,6 +119,7 @@ bool ExploredMac::possible(Event event) const {
     case holdHigh:
     case heartbeat:
     case release:
+    case terminateWithHoldBehind:
         return client != nullptr;
     default:
         return true;
@@ -94,15 +129,20 @@ bool ExploredMac::possible(Event event) const {
 void ExploredMac::run(Event event, Choices& choices) {
     choices_ = &choices;
     surroundings_ = {};
+    paused_ = 0;
     try {
         happen(event);
     } catch (const Killed&) {
+        trapped_ = false; // what is owed is not on the disk
         process_.reset();
     } catch (const Ended&) {
+        checkEnd();
         process_.reset();
     }
     if (!process_)
         clients_ = {};
+    // What is owed is promised only as long as nothing else is wrong.
+    trapped_ = trapped_ && !isDisturbed();
     checkRest();
     choices_ = nullptr;
 }
@@ -113,10 +153,12 @@ void ExploredMac::happen(Event event) {
     case Happening::start:
         process_ = std::make_unique<Process>();
         runDaemon(*this);
+        trapped_ = state().sleepOwedSince.has_value();
         break;
     case Happening::crash:
         throw Killed{};
     case Happening::terminate:
+        trapped_ = false;
         process_->terminate();
         break;
     case Happening::tick:
@@ -128,9 +170,27 @@ void ExploredMac::happen(Event event) {
     case Happening::pastThreshold:
         clock_ += threshold() - age() + past;
         break;
-    case Happening::clockSetBack:
-        clock_ -= back;
+    case Happening::atLidDelay:
+        clock_ = std::max(clock_, state().sleepOwedSince->seconds + Guard::lidDelay);
         break;
+    case Happening::settingLands:
+        land();
+        return;
+    case Happening::recordIsLost:
+    case Happening::recordRots:
+        recordWasLost_ = true;
+        rotten_ = event.happening == Happening::recordRots;
+        if (!rotten_)
+            record_.reset();
+        return;
+    case Happening::faultsAreGone:
+        lasting_.reset();
+        return;
+    case Happening::shutLid:
+    case Happening::openLid:
+        lidIsShut_ = event.happening == Happening::shutLid;
+        trapped_ = false; // the Mac looks at a lid that moves
+        return;
     case Happening::connect:
         client = std::make_shared<Connection>(++connectionsMade_);
         if (!process_->guard->acceptConnection(client))
@@ -154,34 +214,48 @@ void ExploredMac::call(Event event) {
     int replies = 0;
     const auto& client = clients_.at(event.client);
     const auto session = client->session;
-    const auto holderBefore = process_->guard->state().holder;
-    const auto held = [&](bool ok, std::string_view reason) {
-        ++replies;
-        if (ok != reason.empty())
-            violate("a hold was answered with the wrong kind of reason");
-        if (ok && holderBefore && holderBefore != client->id())
-            violate("a second client was told that it holds");
-    };
     switch (event.happening) {
     case Happening::holdLow:
-        session->hold(lowFloor, held);
+        holdAndWatch(*session, lowFloor, replies);
         break;
     case Happening::holdHigh:
-        session->hold(highFloor, held);
+        holdAndWatch(*session, highFloor, replies);
         break;
     case Happening::heartbeat:
-        session->heartbeat([&](bool ok) {
+        session->heartbeat([&, holder = state().holder](bool ok) {
             ++replies;
-            if (ok && holderBefore != client->id())
+            if (ok && holder != client->id())
                 violate("a client was told that it holds, and does not");
         });
         break;
+    case Happening::terminateWithHoldBehind:
+        trapped_ = false;
+        process_->queue.behindSync = [this, session] {
+            session->hold(lowFloor, [this](bool ok, std::string_view) {
+                if (ok)
+                    violate("a hold was granted after the last restore");
+            });
+        };
+        process_->terminate();
+        return;
     default:
         session->release([&](bool) { ++replies; });
     }
     process_->queue.runAll();
     if (replies != 1)
         violate("a call was answered " + std::to_string(replies) + " times");
+}
+
+void ExploredMac::holdAndWatch(Session& session, std::int64_t floor, int& replies) {
+    const auto holder = state().holder;
+    session.hold(floor, [this, holder, &replies](bool ok, std::string_view reason) {
+        ++replies;
+        if (ok != reason.empty())
+            violate("a hold was answered with the wrong kind of reason");
+        if (ok && holder && holder != state().holder)
+            violate("a second client was told that it holds");
+        trapped_ = trapped_ && !ok;
+    });
 }
 
 void ExploredMac::settle() {
@@ -191,6 +265,8 @@ void ExploredMac::settle() {
             run(event, nothingWrong);
         nothingWrong = {};
     };
+    runIfPossible({.happening = Happening::faultsAreGone});
+    runIfPossible({.happening = Happening::settingLands});
     runIfPossible({.happening = Happening::start});
     for (std::uint8_t client = 0; client < clients_.size(); ++client) {
         runIfPossible({.happening = Happening::loseConnection, .client = client});
@@ -198,14 +274,24 @@ void ExploredMac::settle() {
     }
     runIfPossible({.happening = Happening::tick}); // a hold that came in on a lost connection
     for (const Happening happening :
-         {Happening::pastThreshold, Happening::tick, Happening::pastThreshold, Happening::tick})
+         {Happening::pastThreshold, Happening::tick, Happening::atLidDelay, Happening::tick,
+          Happening::pastThreshold, Happening::tick})
         runIfPossible({.happening = happening});
+    if (loss_ != Loss::none)
+        return;
     if (process_)
         violate("the daemon does not end although nobody needs it");
     if (sleepDisabled_ != before_)
         violate("the setting was not put back");
-    if (record_)
+    if (record_ && !rotten_)
         violate("a record is left behind");
+    if (trapped_ && lidIsShut_)
+        violate("the Mac stays awake with its lid shut");
+}
+
+void ExploredMac::writeLog(std::string_view line) {
+    if (process_->guard && line.contains("sleep enabled again") && !line.contains("stopping"))
+        trapped_ = state().sleepOwedSince.has_value();
 }
 
 void ExploredMac::listen(std::string_view, std::shared_ptr<Guard> guard) {
@@ -220,10 +306,16 @@ void ExploredMac::onTermination(std::function<void()> handler) {
     process_->terminate = std::move(handler);
 }
 
-std::size_t ExploredMac::ask(std::optional<std::size_t>& kept,
-                             std::initializer_list<std::string_view> options) {
-    if (!kept)
+std::size_t ExploredMac::ask(Part part, std::initializer_list<std::string_view> options) {
+    if (lasting_ && lasting_->part == part)
+        return lasting_->behaviour;
+    auto& kept = surroundings_.at(std::to_underlying(part));
+    if (!kept) {
         kept = choices_->choose(options);
+        const bool mayLast = aspect_ == Aspect::faults && part < Part::supply && !lasting_;
+        if (*kept != 0 && mayLast && choices_->choose({"", "from now on"}) == 1)
+            lasting_ = {.part = part, .behaviour = *kept};
+    }
     return *kept;
 }
 
@@ -241,32 +333,57 @@ void ExploredMac::affect(std::initializer_list<std::string_view> options,
 
 std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
     // A tool that could not be launched looks the same as one that failed.
-    enum { works, fails, lies, worksAndFails };
+    enum { works, fails, lies, worksAndFails, lands };
 
-    const std::size_t tool = ask(
-        surroundings_.tool, {"", "pmset fails", "pmset lies", "pmset works and says it failed"});
-    const bool failed = tool == fails || tool == worksAndFails;
     if (arguments.size() == 1) {
-        if (failed)
+        if (ask(Part::pmsetRead, {"", "pmset -g fails"}) == fails)
             return std::nullopt;
-        return std::string("SleepDisabled ") + (sleepDisabled_ ? "1" : "0");
+        return std::string("SleepDisabled ") + (late_.value_or(sleepDisabled_) ? "1" : "0");
     }
+    const bool on = arguments.end()[-1] == "1";
+    const std::size_t tool =
+        on ? ask(Part::pmsetOn, {"", "pmset 1 fails", "pmset 1 lies",
+                                 "pmset 1 works and says it failed", "pmset 1 lands late"})
+           : ask(Part::pmsetOff, {"", "pmset 0 fails", "pmset 0 lies",
+                                  "pmset 0 works and says it failed", "pmset 0 lands late"});
     affect({"", "killed before pmset", "killed after pmset"}, [&] {
-        if (tool == works || tool == worksAndFails)
-            sleepDisabled_ = arguments.end()[-1] == "1";
+        if (tool != fails && tool != lies)
+            set(on, tool == lands);
     });
-    return failed ? std::nullopt : std::optional<std::string>("");
+    return tool == fails || tool == worksAndFails ? std::nullopt : std::optional<std::string>("");
+}
+
+/// One value is wanted at a time; a newer one takes its place.
+void ExploredMac::set(bool sleepDisabled, bool late) {
+    late_ = sleepDisabled;
+    if (!late)
+        land();
+}
+
+void ExploredMac::land() {
+    sleepDisabled_ = *std::exchange(late_, {});
+    if (isForgotten())
+        loss_ = Loss::lateAfterUndo;
+}
+
+void ExploredMac::pause(double seconds) {
+    paused_ += seconds;
+    if (!late_)
+        return;
+    if (choices_->choose({"", "and stays late"}) == 0)
+        land();
+    else
+        paused_ += Guard::maxLateness;
 }
 
 std::optional<bool> ExploredMac::sleepDisabledProperty() {
-    if (ask(surroundings_.property, {"", "property unreadable"}) == 1)
+    if (ask(Part::property, {"", "property unreadable"}) == 1)
         return std::nullopt;
     return flaw_ == Flaw::propertyAlwaysEnabled ? false : sleepDisabled_;
 }
 
 std::optional<PowerSourceSnapshot> ExploredMac::powerSources() {
-    const std::size_t supply =
-        ask(surroundings_.supply, {"", "on battery at 30 %", "on battery at 5 %"});
+    const std::size_t supply = ask(Part::supply, {"", "on battery at 30 %", "on battery at 5 %"});
     PowerSourceSnapshot snapshot{.providingType = supply == 0 ? "AC Power" : "Battery Power",
                                  .sources = {}};
     snapshot.sources.push_back({.type = "InternalBattery",
@@ -276,59 +393,107 @@ std::optional<PowerSourceSnapshot> ExploredMac::powerSources() {
 }
 
 ThermalState ExploredMac::thermalState() {
-    return ask(surroundings_.heat, {"", "hot"}) == 1 ? ThermalState::serious
-                                                     : ThermalState::nominal;
+    return ask(Part::heat, {"", "hot"}) == 1 ? ThermalState::serious : ThermalState::nominal;
+}
+
+std::optional<LidState> ExploredMac::lid() {
+    return LidState{.isShut = lidIsShut_, .causesSleep = true};
+}
+
+bool ExploredMac::requestSleep() {
+    if (state().holder)
+        violate("the Mac is put to sleep while a client holds");
+    if (!lidIsShut_)
+        violate("the Mac is put to sleep with its lid open");
+    if (ask(Part::request, {"", "the request to sleep fails"}) == 1)
+        return false;
+    trapped_ = false;
+    return true;
 }
 
 std::optional<PowerDaemonRecord> ExploredMac::read() {
-    if (!record_ || ask(surroundings_.reading, {"", "record unreadable"}) == 1)
+    if (!record_ || rotten_ || ask(Part::reading, {"", "record unreadable"}) == 1)
         return std::nullopt;
     return record_;
 }
 
 bool ExploredMac::write(const PowerDaemonRecord& record) {
-    // One that can't be read is not written over either.
-    if (record_ && !read())
+    // One that can't be read is not written over either, unless it makes no sense.
+    if (record_ && !rotten_ && !read())
         return false;
-    if (ask(surroundings_.writing, {"", "record unwritable"}) == 1)
+    if (ask(Part::writing, {"", "record unwritable"}) == 1)
         return false;
     affect({"", "killed before writing", "killed after writing"}, [&] {
         if (flaw_ != Flaw::recordIsNotKept)
             record_ = record;
+        rotten_ = recordWasLost_ = false;
     });
     return true;
 }
 
 void ExploredMac::remove() {
-    if (ask(surroundings_.removing, {"", "record stays"}) == 0)
-        affect({"", "killed before removing", "killed after removing"}, [&] { record_.reset(); });
+    if (ask(Part::removing, {"", "record stays"}) == 1)
+        return;
+    affect({"", "killed before removing", "killed after removing"}, [&] {
+        record_.reset();
+        rotten_ = false;
+        if (sleepDisabled_ && late_ != false && !before_ && ask(Part::property, {"", ""}) == 1)
+            loss_ = Loss::blindUndo;
+    });
 }
 
 double ExploredMac::age() const {
-    const Guard::State& state = process_->guard->state();
-    return SteadyTime{clock_} - (state.holder ? state.lastBeat : state.idleSince);
+    return SteadyTime{clock_} - (state().holder ? state().lastBeat : state().idleSince);
 }
 
 double ExploredMac::threshold() const {
-    return process_->guard->state().holder ? PowerGuardPolicy::heartbeatTimeout
-                                           : PowerGuardPolicy::idleExit;
+    return state().holder ? PowerGuardPolicy::heartbeatTimeout : PowerGuardPolicy::idleExit;
+}
+
+/// Whether the record or the running daemon knows that sleep is to be enabled again.
+bool ExploredMac::isRemembered() const {
+    return (record_ && !rotten_ && !record_->previous)
+           || (process_ && process_->guard && state().heldPrevious == false);
+}
+
+/// Whether sleep stays disabled on the daemon's behalf, and nothing knows. What pmset has been told
+/// already counts as done: where the property is missing nobody can know better.
+bool ExploredMac::isForgotten() const {
+    return sleepDisabled_ && late_ != false && !before_ && !isRemembered();
+}
+
+bool ExploredMac::isDisturbed() const {
+    const auto requests = std::to_underlying(Part::request);
+    return late_ || lasting_
+           || std::ranges::any_of(surroundings_.begin(), surroundings_.begin() + requests,
+                                  [](const auto& behaviour) { return behaviour.value_or(0) != 0; });
 }
 
 void ExploredMac::checkMoment() {
-    if (sleepDisabled_ && !before_ && !record_)
-        violate("sleep is disabled and no record says so");
+    if (isForgotten() && loss_ == Loss::none)
+        violate("sleep is disabled and nothing says so");
 }
 
 void ExploredMac::checkRest() {
-    checkMoment();
+    if (isForgotten() && loss_ == Loss::none) {
+        if (!recordWasLost_)
+            violate("nothing says that sleep is disabled");
+        loss_ = Loss::record;
+    }
     if (!process_)
         return;
-    const Guard::State& state = process_->guard->state();
-    if (!state.holder && !state.heldPrevious && !record_ && sleepDisabled_ != before_)
+    if (!state().holder && !state().heldPrevious && !record_ && loss_ == Loss::none && !late_
+        && sleepDisabled_ != before_)
         violate("free, but the setting is not as it was");
     const auto open = std::ranges::count_if(clients_, [](const auto& c) { return c && !c->lost; });
-    if (state.connections != open)
+    if (state().connections != open)
         violate("the connections are miscounted");
+}
+
+/// Of a daemon that ends by itself where nothing has gone wrong.
+void ExploredMac::checkEnd() {
+    if (choices_->story().empty() && !lasting_ && !late_ && sleepDisabled_ != before_)
+        violate("the daemon ended without having put the setting back");
 }
 
 void ExploredMac::violate(std::string_view what) {
@@ -336,23 +501,24 @@ void ExploredMac::violate(std::string_view what) {
         violation_ = what;
 }
 
-std::uint64_t ExploredMac::holderKey() const {
-    const auto& holder = process_->guard->state().holder;
-    if (!holder)
+/// Which of the two a client is makes no difference.
+std::uint64_t ExploredMac::clientKey(const std::shared_ptr<Connection>& client) const {
+    if (!client)
         return 0;
-    for (std::uint64_t client = 0; client < clients_.size(); ++client) {
-        if (clients_.at(client) && clients_.at(client)->id() == *holder)
-            return client + 1;
-    }
-    return 3;
+    const bool holds = process_ && state().holder == client->id();
+    return (client->lost ? 1U : 2U) + (holds ? 2U : 0U);
 }
 
 std::uint64_t ExploredMac::ageKey() const {
-    if (age() < 0)
-        return 0;
     if (age() < threshold())
-        return 1;
-    return age() == threshold() ? 2 : 3;
+        return 0;
+    return age() == threshold() ? 1 : 2;
+}
+
+std::uint64_t ExploredMac::owedKey() const {
+    if (!state().sleepOwedSince)
+        return 0;
+    return SteadyTime{clock_} - *state().sleepOwedSince < Guard::lidDelay ? 1 : 2;
 }
 
 std::uint64_t ExploredMac::key() const {
@@ -367,16 +533,25 @@ std::uint64_t ExploredMac::key() const {
 
     addTruth(before_);
     addTruth(sleepDisabled_);
+    addTruth(late_);
     addTruth(record_.transform([](const auto& record) { return record.previous; }));
-    for (const auto& client : clients_)
-        addTruth(client ? std::optional(client->lost) : std::nullopt);
+    addTruth(rotten_);
+    addTruth(recordWasLost_);
+    addTruth(lidIsShut_);
+    addTruth(trapped_);
+    add(std::to_underlying(loss_), 4);
+    add(lasting_ ? std::to_underlying(lasting_->part) * 8U + lasting_->behaviour : 0, 128);
+    auto keys = std::array{clientKey(clients_[0]), clientKey(clients_[1])};
+    std::ranges::sort(keys);
+    for (const std::uint64_t each : keys)
+        add(each, 5);
     addTruth(process_ != nullptr);
     if (process_) {
-        const Guard::State& state = process_->guard->state();
-        add(holderKey(), 4);
-        addTruth(state.heldPrevious);
-        addTruth(state.holder && state.floor == BatteryFloor(highFloor));
-        add(ageKey(), 4);
+        addTruth(state().holder.has_value());
+        addTruth(state().heldPrevious);
+        addTruth(state().holder && state().floor == BatteryFloor(highFloor));
+        add(ageKey(), 3);
+        add(aspect_ == Aspect::lid ? owedKey() : 0, 3);
     }
     return key;
 }

@@ -13,7 +13,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velmo {
 
@@ -24,7 +23,13 @@ enum class Happening : std::uint8_t {
     tick,        ///< the timer fires
     onThreshold, ///< the time since the last beat, or since the guard became free, is at its limit
     pastThreshold,
-    clockSetBack,
+    atLidDelay,    ///< half a minute has passed since sleep was enabled again
+    settingLands,  ///< what pmset has set late takes effect
+    recordIsLost,  ///< somebody removes the record
+    recordRots,    ///< it can be read no longer, whoever tries
+    faultsAreGone, ///< what was broken for good is mended
+    shutLid,
+    openLid,
     // Of one client, `Event::client`:
     connect,
     loseConnection,
@@ -33,6 +38,7 @@ enum class Happening : std::uint8_t {
     holdHigh, ///< floor 50
     heartbeat,
     release,
+    terminateWithHoldBehind, ///< SIGTERM, and a hold that is posted while it is being handled
 };
 
 struct Event {
@@ -44,14 +50,30 @@ struct Event {
 
 /// A Mac on which the real daemon runs, from `runDaemon` down to the sessions, and on which
 /// whatever can go wrong does, as the choices say: each tool, sensor and file works or fails for
-/// the length of an event, and the daemon may be killed right before and right after everything
-/// that it does to the Mac. Says in `violation` what must never be.
+/// the length of an event, or one of them from then on until it is mended; a setting lands late or
+/// never; and the daemon may be killed right before and right after everything that it does to the
+/// Mac. Says in `violation` what must never be.
 class ExploredMac final : public DaemonHost, private PowerMachine, private RecordStore {
 public:
     /// What is broken about the Mac beyond what a daemon can stand, to see that it is noticed.
     enum class Flaw : std::uint8_t { none, recordIsNotKept, propertyAlwaysEnabled };
 
-    ExploredMac(bool sleepDisabled, Flaw flaw);
+    /// What a walk looks at; both at once would be too many states.
+    enum class Aspect : std::uint8_t {
+        faults, ///< what breaks for good, settings that land late, records that are lost
+        lid,
+    };
+
+    /// How a Mac can get into a state out of which no program could bring it: nothing that is left
+    /// says that sleep is disabled on the daemon's behalf.
+    enum class Loss : std::uint8_t {
+        none,
+        record,        ///< the record was lost or rotted, and then the daemon ended
+        blindUndo,     ///< a hold was refused; nothing could read the setting or undo it
+        lateAfterUndo, ///< a hold was refused and not undone, and then its setting landed
+    };
+
+    ExploredMac(bool sleepDisabled, Aspect aspect, Flaw flaw);
     ~ExploredMac() override;
     ExploredMac(const ExploredMac&) = delete;
     ExploredMac& operator=(const ExploredMac&) = delete;
@@ -62,20 +84,33 @@ public:
     /// Nothing is wrong any longer, everybody goes, and the daemon runs until it ends.
     void settle();
 
-    /// Everything that what happens next can depend on.
+    /// Returns everything that what happens next can depend on.
     [[nodiscard]] std::uint64_t key() const;
 
     [[nodiscard]] const std::string& violation() const { return violation_; }
+
+    /// Returns how the Mac was lost, if it is; nothing is looked at any more.
+    [[nodiscard]] Loss loss() const { return loss_; }
 
 private:
     struct Killed {};
 
     struct Ended {};
 
-    /// The state of the surroundings, found out when first asked for and then kept for the event.
-    struct Surroundings {
-        std::optional<std::size_t> tool, supply, heat, property, reading, writing, removing;
+    /// What may work or fail.
+    enum class Part : std::uint8_t {
+        pmsetOn,
+        pmsetOff,
+        pmsetRead,
+        property,
+        reading,
+        writing,
+        removing,
+        request, // to sleep
+        supply,
+        heat,
     };
+    static constexpr std::size_t parts = 10;
 
     struct Process {
         StepQueue queue;
@@ -97,8 +132,7 @@ private:
 
     SerialQueue& guardQueue() override { return process_->queue; }
 
-    void writeLog(std::string_view) override {}
-
+    void writeLog(std::string_view line) override;
     void listen(std::string_view, std::shared_ptr<Guard> guard) override;
     void repeat(double, std::function<void()> handler) override;
     void onTermination(std::function<void()> handler) override;
@@ -112,10 +146,14 @@ private:
     std::optional<bool> sleepDisabledProperty() override;
     std::optional<PowerSourceSnapshot> powerSources() override;
     ThermalState thermalState() override;
+    std::optional<LidState> lid() override;
+    bool requestSleep() override;
 
     WallTime wallTime() override { return {clock_}; }
 
-    SteadyTime steadyTime() override { return {clock_}; }
+    SteadyTime steadyTime() override { return {clock_ + paused_}; }
+
+    void pause(double seconds) override;
 
     // RecordStore
     std::optional<PowerDaemonRecord> read() override;
@@ -124,29 +162,55 @@ private:
 
     void happen(Event event);
     void call(Event event);
-    [[nodiscard]] double age() const;
-    [[nodiscard]] double threshold() const;
-    [[nodiscard]] std::uint64_t holderKey() const;
-    [[nodiscard]] std::uint64_t ageKey() const;
-    std::size_t ask(std::optional<std::size_t>& kept,
-                    std::initializer_list<std::string_view> options);
+    void holdAndWatch(Session& session, std::int64_t floor, int& replies);
+    std::size_t ask(Part part, std::initializer_list<std::string_view> options);
     void affect(std::initializer_list<std::string_view> options,
                 const std::function<void()>& effect);
+    void set(bool sleepDisabled, bool late);
+    void land();
+
+    [[nodiscard]] const Guard::State& state() const { return process_->guard->state(); }
+
+    [[nodiscard]] double age() const;
+    [[nodiscard]] double threshold() const;
+    [[nodiscard]] bool isRemembered() const;
+    [[nodiscard]] bool isForgotten() const;
+    [[nodiscard]] bool isDisturbed() const;
+    [[nodiscard]] std::uint64_t clientKey(const std::shared_ptr<Connection>& client) const;
+    [[nodiscard]] std::uint64_t ageKey() const;
+    [[nodiscard]] std::uint64_t owedKey() const;
     void checkMoment();
     void checkRest();
+    void checkEnd();
     void violate(std::string_view what);
 
     const bool before_; ///< the setting before anybody held
+    const Aspect aspect_;
     const Flaw flaw_;
     bool sleepDisabled_;
+    std::optional<bool> late_; ///< what pmset has set and what has yet to take effect
     std::optional<PowerDaemonRecord> record_;
+    bool rotten_ = false;        ///< the record can't be decoded
+    bool recordWasLost_ = false; ///< since it was written
+    bool lidIsShut_ = false;
+    bool trapped_ = false; ///< sleep was enabled again, and the Mac is still to look at its lid
     double clock_ = 1000;
+    double paused_ = 0; ///< seconds that the guard has let pass in this event
     std::unique_ptr<Process> process_;
     std::array<std::shared_ptr<Connection>, 2> clients_;
     std::uint64_t connectionsMade_ = 0;
+    Loss loss_ = Loss::none;
 
     Choices* choices_ = nullptr; ///< none: nothing goes wrong
-    Surroundings surroundings_;
+    /// How each part behaves, found out when first asked for and then kept for the event.
+    std::array<std::optional<std::size_t>, parts> surroundings_;
+
+    struct Lasting {
+        Part part;
+        std::size_t behaviour;
+    };
+
+    std::optional<Lasting> lasting_; ///< what is broken until it is mended
     std::string violation_;
 };
 

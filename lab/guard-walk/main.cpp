@@ -5,6 +5,7 @@
 #include "lab/guard-walk/ExploredMac.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -23,11 +24,12 @@ struct Step {
 
 class Walk {
 public:
-    Walk(bool sleepDisabled, ExploredMac::Flaw flaw) : sleepDisabled_(sleepDisabled), flaw_(flaw) {}
+    Walk(bool sleepDisabled, ExploredMac::Aspect aspect, ExploredMac::Flaw flaw)
+        : sleepDisabled_(sleepDisabled), aspect_(aspect), flaw_(flaw) {}
 
     /// The first path that leads to a violation, in words; empty when there is none.
     std::string run() {
-        visit(ExploredMac(sleepDisabled_, flaw_), 0, {});
+        visit(ExploredMac(sleepDisabled_, aspect_, flaw_), 0, {});
         for (std::size_t state = 0; state < states_.size() && finding_.empty(); ++state)
             expand(state);
         return finding_;
@@ -37,7 +39,11 @@ public:
 
     [[nodiscard]] std::size_t paths() const { return paths_; }
 
-    [[nodiscard]] std::size_t longest() const { return states_.back().depth; }
+    [[nodiscard]] std::size_t farthest() const { return states_.back().depth; }
+
+    [[nodiscard]] std::size_t losses(ExploredMac::Loss loss) const {
+        return losses_.at(std::to_underlying(loss));
+    }
 
 private:
     struct State {
@@ -50,7 +56,7 @@ private:
         for (const Event event : events()) {
             Choices choices;
             do {
-                ExploredMac mac(sleepDisabled_, flaw_);
+                ExploredMac mac(sleepDisabled_, aspect_, flaw_);
                 arrive(state, mac);
                 if (!mac.possible(event))
                     break;
@@ -68,10 +74,11 @@ private:
         if (!fresh && reached.violation().empty())
             return;
         const std::size_t depth = states_.empty() ? 0 : states_[parent].depth + 1;
+        ++losses_.at(std::to_underlying(reached.loss()));
         states_.push_back({.parent = parent, .depth = depth, .step = std::move(step)});
-        ExploredMac mac(sleepDisabled_, flaw_);
+        ExploredMac mac(sleepDisabled_, aspect_, flaw_);
         arrive(states_.size() - 1, mac);
-        if (mac.violation().empty())
+        if (mac.violation().empty() && mac.loss() == ExploredMac::Loss::none)
             mac.settle();
         if (!mac.violation().empty())
             finding_ = story(states_.size() - 1) + ": " + mac.violation();
@@ -98,7 +105,7 @@ private:
     }
 
     [[nodiscard]] std::string story(std::size_t state) const {
-        ExploredMac mac(sleepDisabled_, flaw_);
+        ExploredMac mac(sleepDisabled_, aspect_, flaw_);
         std::string story = sleepDisabled_ ? "sleep disabled" : "sleep enabled";
         arrive(state, mac, &story);
         return story;
@@ -106,7 +113,7 @@ private:
 
     static std::vector<Event> events() {
         std::vector<Event> events;
-        for (std::uint8_t i = 0; i <= std::to_underlying(Happening::release); ++i) {
+        for (std::uint8_t i = 0; i <= std::to_underlying(Happening::terminateWithHoldBehind); ++i) {
             const auto happening = static_cast<Happening>(i);
             events.push_back({.happening = happening, .client = 0});
             if (happening >= Happening::connect)
@@ -116,20 +123,36 @@ private:
     }
 
     bool sleepDisabled_;
+    ExploredMac::Aspect aspect_;
     ExploredMac::Flaw flaw_;
     std::vector<State> states_;
     std::unordered_map<std::uint64_t, std::size_t> seen_;
     std::size_t paths_ = 0;
+    std::array<std::size_t, 4> losses_{}; ///< states by how the Mac was lost
     std::string finding_;
 };
 
+constexpr std::pair<ExploredMac::Loss, const char*> losses[] = {
+    {ExploredMac::Loss::record, "the record was lost or rotted, and then the daemon ended"},
+    {ExploredMac::Loss::blindUndo,
+     "a hold was refused because nothing could read the setting, and could not be undone"},
+    {ExploredMac::Loss::lateAfterUndo,
+     "a hold was refused and could not be undone, and its setting landed afterwards"},
+};
+
 /// Of a sound Mac: whatever happens, no harm is found.
-bool isSafe(bool sleepDisabled) {
-    Walk walk(sleepDisabled, ExploredMac::Flaw::none);
+bool isSafe(bool sleepDisabled, ExploredMac::Aspect aspect) {
+    Walk walk(sleepDisabled, aspect, ExploredMac::Flaw::none);
     const std::string finding = walk.run();
-    std::cout << "sleep " << (sleepDisabled ? "disabled" : "enabled")
-              << " beforehand: " << walk.states() << " states, the farthest " << walk.longest()
-              << " events away, " << walk.paths() << " paths between them\n";
+    std::cout << (aspect == ExploredMac::Aspect::lid ? "the lid, " : "faults, ") << "sleep "
+              << (sleepDisabled ? "disabled" : "enabled") << " beforehand: " << walk.states()
+              << " states, the farthest " << walk.farthest() << " events away, " << walk.paths()
+              << " paths between them\n";
+    for (const auto& [loss, what] : losses) {
+        if (walk.losses(loss) > 0)
+            std::cout << "    beyond any program in " << walk.losses(loss) << " of them: " << what
+                      << "\n";
+    }
     if (!finding.empty())
         std::cout << "    HARM: " << finding << "\n";
     return finding.empty();
@@ -137,7 +160,7 @@ bool isSafe(bool sleepDisabled) {
 
 /// Of a Mac that no daemon could stand: that is noticed, or the walk is blind.
 bool notices(ExploredMac::Flaw flaw, const char* what) {
-    const std::string finding = Walk(false, flaw).run();
+    const std::string finding = Walk(false, ExploredMac::Aspect::faults, flaw).run();
     std::cout << what << ": " << (finding.empty() ? "NOT NOTICED" : finding) << "\n";
     return !finding.empty();
 }
@@ -146,7 +169,8 @@ bool notices(ExploredMac::Flaw flaw, const char* what) {
 
 int main() {
     using enum ExploredMac::Flaw;
-    const bool good[] = {isSafe(false), isSafe(true),
+    using enum ExploredMac::Aspect;
+    const bool good[] = {isSafe(false, faults), isSafe(true, faults), isSafe(false, lid),
                          notices(recordIsNotKept, "a store that forgets the record"),
                          notices(propertyAlwaysEnabled, "a property that tells wrong")};
     return std::ranges::find(good, false) != std::end(good) ? EXIT_FAILURE : EXIT_SUCCESS;

@@ -23,7 +23,8 @@ using Events = std::vector<std::string>;
 
 class FakeMachine : public PowerMachine {
 public:
-    enum class Pmset { works, fails, lies };
+    /// What one kind of call of pmset does.
+    enum class Pmset { works, fails, lies, worksAndFails };
 
     explicit FakeMachine(Events& events) : events_(&events) {}
 
@@ -32,16 +33,23 @@ public:
         for (const std::string_view word : arguments)
             call.append(" ").append(word);
         events_->push_back(call);
-        if (pmset == Pmset::fails)
+        const bool on = call == "pmset -a disablesleep 1";
+        if (call == "pmset -g" && readings-- <= 0)
+            return std::nullopt;
+        const Pmset behaviour = call == "pmset -g" ? pmsetRead : on ? pmsetOn : pmsetOff;
+        if (behaviour == Pmset::fails)
             return std::nullopt;
         if (call == "pmset -g")
-            return " SleepDisabled\t\t" + std::string(sleepDisabled ? "1" : "0") + "\n";
-        if (pmset == Pmset::works)
-            sleepDisabled = call == "pmset -a disablesleep 1";
-        return "";
+            return " SleepDisabled\t\t" + std::string(late.value_or(sleepDisabled) ? "1" : "0")
+                   + "\n";
+        if (behaviour != Pmset::lies)
+            set(on);
+        return behaviour == Pmset::worksAndFails ? std::nullopt : std::optional<std::string>("");
     }
 
     std::optional<bool> sleepDisabledProperty() override {
+        if (late && clock >= due)
+            sleepDisabled = *std::exchange(late, {});
         return propertyReadable ? std::optional(sleepDisabled) : std::nullopt;
     }
 
@@ -55,13 +63,31 @@ public:
 
     ThermalState thermalState() override { return thermal; }
 
+    std::optional<LidState> lid() override { return lidState; }
+
+    bool requestSleep() override {
+        events_->emplace_back("sleep!");
+        return takesRequests;
+    }
+
     WallTime wallTime() override { return {date}; }
 
     SteadyTime steadyTime() override { return {clock}; }
 
+    void pause(double seconds) override { clock += seconds; }
+
+    /// Makes all calls of pmset behave alike.
+    void breakPmset(Pmset behaviour) { pmsetOn = pmsetOff = pmsetRead = behaviour; }
+
     bool sleepDisabled = false;
     bool propertyReadable = true;
-    Pmset pmset = Pmset::works;
+    Pmset pmsetOn = Pmset::works;   ///< disables sleep
+    Pmset pmsetOff = Pmset::works;  ///< enables it
+    Pmset pmsetRead = Pmset::works; ///< prints the setting
+    int readings = 1000;            ///< how often the setting is printed before that fails
+    double lateness = 0;            ///< seconds until the property follows what pmset has set
+    std::optional<LidState> lidState;
+    bool takesRequests = true; ///< to sleep
     bool mains = true;
     std::int64_t battery = 80;
     ThermalState thermal = ThermalState::nominal;
@@ -69,7 +95,19 @@ public:
     double clock = 1000;         ///< of the steady clock
 
 private:
+    void set(bool disabled) {
+        if (lateness == 0) {
+            sleepDisabled = disabled;
+            late.reset();
+            return;
+        }
+        late = disabled;
+        due = clock + lateness;
+    }
+
     Events* events_;
+    std::optional<bool> late; ///< what pmset has set and the property does not say yet
+    double due = 0;           ///< when it will
 };
 
 class FakeRecords final : public RecordStore {
@@ -121,9 +159,14 @@ public:
         invalidate = std::move(handler);
     }
 
-    void resume() override { events_.emplace_back("resume"); }
+    void resume() override {
+        events_.emplace_back("resume");
+        if (lostAtOnce)
+            invalidate();
+    }
 
     bool requirementWellFormed = true;
+    bool lostAtOnce = false;
     std::shared_ptr<Session> session;
     std::function<void()> invalidate;
 

@@ -14,7 +14,10 @@ public:
 
     void sync(const Work& work) override {
         runAll();
+        if (behindSync)
+            async(std::exchange(behindSync, nullptr));
         work();
+        runAll();
     }
 
     void runAll() {
@@ -24,6 +27,10 @@ public:
             work();
         }
     }
+
+    /// What another thread posts while the next `sync` waits: it lands behind that piece of work,
+    /// and runs before `sync` returns.
+    Work behindSync;
 
 private:
     std::deque<Work> pending_;

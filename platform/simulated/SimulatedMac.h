@@ -2,6 +2,7 @@
 
 #include "core/power/ThermalState.h"
 #include "core/support/Record.h"
+#include "core/support/Time.h"
 
 #include <cstdint>
 #include <optional>
@@ -23,6 +24,11 @@ template<>
 inline constexpr auto rawTexts<PmsetFault> =
     std::to_array<std::string_view>({"none", "fails", "dies", "hangs", "lies"});
 
+enum class Lid { open, shut, none };
+
+template<>
+inline constexpr auto rawTexts<Lid> = std::to_array<std::string_view>({"open", "shut", "none"});
+
 /// What is wrong with the folder of the daemon's record.
 enum class RecordFolderFault {
     none,
@@ -37,33 +43,59 @@ inline constexpr auto rawTexts<RecordFolderFault> =
 struct MacFaults {
     PmsetFault pmset = PmsetFault::none;
     bool propertyUnreadable = false; ///< "SleepDisabled" of the power root domain
+    double lateness = 0;             ///< milliseconds until the property follows what pmset has set
     RecordFolderFault recordFolder = RecordFolderFault::none;
 
     static constexpr auto fields =
         std::tuple{field("pmset", &MacFaults::pmset),
                    field("propertyUnreadable", &MacFaults::propertyUnreadable),
+                   field("lateness", &MacFaults::lateness).orDefault(),
                    field("recordFolder", &MacFaults::recordFolder)};
     bool operator==(const MacFaults&) const = default;
 };
 
-/// The state of a simulated Mac, as its machine file holds it for people to read and edit.
+/// A sleep setting that pmset has written and that has yet to take effect.
+struct LateSetting {
+    bool sleepDisabled = false;
+    double due = 0; ///< seconds of the steady clock
+
+    static constexpr auto fields = std::tuple{field("sleepDisabled", &LateSetting::sleepDisabled),
+                                              field("due", &LateSetting::due)};
+    bool operator==(const LateSetting&) const = default;
+};
+
+/// The state of a simulated Mac, as people read and edit it in the machine file.
 struct SimulatedMac {
     bool mains = true;
     std::optional<int> battery = 80; ///< percent; null or missing: a Mac without a battery
     ThermalState thermal = ThermalState::nominal;
+    Lid lid = Lid::open;
+    bool asleep = false; ///< it was asked to sleep, and nobody has opened its lid since
     bool sleepDisabled = false;
-    double elapsed = 0;      ///< seconds that have passed on the Mac beyond this machine's
-    double clockOffset = 0;  ///< seconds by which the Mac's clock was set forward, or back
-    std::int64_t userId = 0; ///< real user id that the daemon believes to run under
+    std::optional<LateSetting> late; ///< what will take the place of `sleepDisabled`
+    double elapsed = 0;              ///< seconds that have passed on the Mac beyond this machine's
+    double clockOffset = 0;          ///< seconds by which the Mac's clock was set forward, or back
+    std::int64_t userId = 0;         ///< real user id that the daemon believes to run under
     std::optional<std::string> team = "VELMO12345"; ///< null or missing: the daemon is unsigned
     std::vector<std::int64_t> trustedUsers; ///< user ids whose processes count as signed clients
     MacFaults faults;
+
+    /// Returns what the property says at a moment of the steady clock.
+    [[nodiscard]] bool propertyAt(SteadyTime now) const {
+        return late && now.seconds >= late->due ? late->sleepDisabled : sleepDisabled;
+    }
+
+    /// Returns what pmset has written last, which is what it prints.
+    [[nodiscard]] bool preference() const { return late ? late->sleepDisabled : sleepDisabled; }
 
     static constexpr auto fields =
         std::tuple{field("mains", &SimulatedMac::mains),
                    field("battery", &SimulatedMac::battery),
                    field("thermal", &SimulatedMac::thermal),
+                   field("lid", &SimulatedMac::lid).orDefault(),
+                   field("asleep", &SimulatedMac::asleep).orDefault(),
                    field("sleepDisabled", &SimulatedMac::sleepDisabled),
+                   field("late", &SimulatedMac::late),
                    field("elapsed", &SimulatedMac::elapsed).orDefault(),
                    field("clockOffset", &SimulatedMac::clockOffset).orDefault(),
                    field("userId", &SimulatedMac::userId),

@@ -4,6 +4,7 @@
 ///     pmset -g                       print the settings
 ///     pmset -a disablesleep 1|0      keep the Mac from sleeping, lid closed too, or let it
 
+#include "platform/posix/Clocks.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
 
@@ -43,7 +44,7 @@ void hang(const MacFolder& folder) {
 /// The layout of the real tool, of which the daemon reads one line.
 int printSettings(const SimulatedMac& mac) {
     std::string text("System-wide power settings:\n SleepDisabled\t\t");
-    text += mac.sleepDisabled ? '1' : '0';
+    text += mac.preference() ? '1' : '0';
     text += "\nCurrently in use:\n"
             " standby              1\n"
             " hibernatemode        3\n"
@@ -55,7 +56,13 @@ int printSettings(const SimulatedMac& mac) {
 }
 
 int setSleepDisabled(const MacFolder& folder, bool disabled) {
-    const bool done = folder.update([&](SimulatedMac& mac) { mac.sleepDisabled = disabled; });
+    const double now = Clocks::steadyTime().seconds;
+    const bool done = folder.update([&](SimulatedMac& mac) {
+        mac.sleepDisabled = mac.faults.lateness > 0 ? mac.propertyAt({now}) : disabled;
+        mac.late.reset();
+        if (mac.faults.lateness > 0)
+            mac.late = {.sleepDisabled = disabled, .due = now + mac.faults.lateness / 1000};
+    });
     return done ? EXIT_SUCCESS : complain("the machine file can't be written");
 }
 

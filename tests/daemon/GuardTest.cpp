@@ -19,6 +19,7 @@ const Guard::HoldResult granted;
 
 constexpr const char* on = "pmset -a disablesleep 1";
 constexpr const char* off = "pmset -a disablesleep 0";
+constexpr const char* read = "pmset -g";
 constexpr const char* disabledLog = "sleep disabled (closed lid) for a Velmo client";
 constexpr const char* removed = "record removed";
 
@@ -69,22 +70,34 @@ TEST_F(GuardTest, LeavesSleepDisabledWhereItWasBefore) {
 }
 
 TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
-    const std::tuple<HoldRefusal, std::function<void()>, Events> cases[] = {
-        {HoldRefusal::battery, [&] { machine.mains = false, machine.battery = 19; }, {}},
-        {HoldRefusal::thermal, [&] { machine.thermal = ThermalState::serious; }, {}},
-        {HoldRefusal::unreadable,
-         [&] { machine.propertyReadable = false, machine.pmset = Pmset::fails; },
-         {"pmset -g"}},
-        {HoldRefusal::record, [&] { records.writable = false; }, {"record: enabled"}},
-        {HoldRefusal::pmset,
-         [&] { machine.pmset = Pmset::fails; },
-         {"record: enabled", on, off, removed}},
-        {HoldRefusal::pmset,
-         [&] { machine.pmset = Pmset::lies; },
-         {"record: enabled", on, off, removed}},
-        {HoldRefusal::pmset,
-         [&] { machine.pmset = Pmset::lies, machine.propertyReadable = false; },
-         {"pmset -g", "record: enabled", on, "pmset -g", off, removed}},
+    struct Case {
+        HoldRefusal reason;
+        std::function<void()> fault;
+        Events done;
+    };
+
+    const Case cases[] = {
+        {.reason = HoldRefusal::battery,
+         .fault = [&] { machine.mains = false, machine.battery = 19; }},
+        {.reason = HoldRefusal::thermal, .fault = [&] { machine.thermal = ThermalState::serious; }},
+        {.reason = HoldRefusal::unreadable,
+         .fault = [&] { machine.propertyReadable = false, machine.pmsetRead = Pmset::fails; },
+         .done = {read}},
+        {.reason = HoldRefusal::record,
+         .fault = [&] { records.writable = false; },
+         .done = {"record: enabled"}},
+        {.reason = HoldRefusal::pmset,
+         .fault = [&] { machine.pmsetOn = Pmset::fails; },
+         .done = {"record: enabled", on, off, removed}},
+        {.reason = HoldRefusal::pmset,
+         .fault = [&] { machine.pmsetOn = Pmset::lies; },
+         .done = {"record: enabled", on, off, removed}},
+        {.reason = HoldRefusal::pmset,
+         .fault = [&] { machine.breakPmset(Pmset::fails); },
+         .done = {"record: enabled", on, off, removed}},
+        {.reason = HoldRefusal::pmset,
+         .fault = [&] { machine.pmsetOn = Pmset::lies, machine.propertyReadable = false; },
+         .done = {read, "record: enabled", on, read, off, removed}},
     };
     for (const auto& [reason, fault, done] : cases) {
         machine = FakeMachine(events);
@@ -97,14 +110,84 @@ TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
     }
 }
 
+/// The setting can be read before pmset has run, and not after it.
+class Unreadable : public GuardTest {
+protected:
+    /// Runs the work with a Mac whose `pmset -g` works for so many readings only.
+    void withReadings(int count, const std::function<void()>& work) {
+        machine.propertyReadable = false;
+        machine.readings = count;
+        work();
+    }
+};
+
+TEST_F(Unreadable, ASettingThatCannotBeReadBackIsNotBelievedToHaveChanged) {
+    withReadings(1, [&] { EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::pmset)); });
+    EXPECT_THAT(takeEvents(), ElementsAre(read, "record: enabled", on, read, off, removed));
+    expectFree();
+
+    machine = FakeMachine(events);
+    holdFirst();
+    withReadings(0, [&] { EXPECT_FALSE(guard->revert(RevertReason::released)); });
+    EXPECT_EQ(guard->state().heldPrevious, false);
+}
+
+TEST_F(GuardTest, WhatCannotBeUndoneStaysRecordedAndIsTriedAgain) {
+    machine.pmsetOn = Pmset::worksAndFails;
+    machine.pmsetOff = Pmset::fails;
+    EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::pmset));
+    EXPECT_TRUE(machine.sleepDisabled);
+    EXPECT_THAT(takeEvents(), ElementsAre("record: enabled", on, off));
+    machine.pmsetOff = Pmset::works;
+    tick();
+    EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (retry)"));
+    EXPECT_FALSE(machine.sleepDisabled);
+    expectFree();
+}
+
+TEST_F(GuardTest, WaitsForASettingThatLandsLate) {
+    for (const auto& [lateness, inTime] : {std::pair(0.02, true), {1.99, true}, {2.1, false}}) {
+        SCOPED_TRACE(lateness);
+        machine = FakeMachine(events);
+        machine.lateness = lateness;
+        const double start = machine.clock;
+        EXPECT_EQ(guard->hold(first, 20), inTime ? granted : refused(HoldRefusal::pmset));
+        EXPECT_LE(machine.clock - start, inTime ? lateness + 0.03 : 4.1);
+        if (!inTime)
+            continue;
+        EXPECT_EQ(machine.sleepDisabledProperty(), true);
+        EXPECT_TRUE(guard->revert(RevertReason::released));
+        EXPECT_EQ(machine.sleepDisabledProperty(), false);
+        expectFree();
+    }
+    // What pmset prints are the preferences: it decides at once.
+    machine = FakeMachine(events);
+    machine.lateness = 10;
+    machine.propertyReadable = false;
+    const double start = machine.clock;
+    EXPECT_EQ(guard->hold(first, 20), granted);
+    EXPECT_EQ(machine.clock, start);
+}
+
+TEST_F(GuardTest, BelievesWhatItRemembersWhereTheRecordIsLost) {
+    const std::function<void()> losses[] = {[&] { records.record.reset(); },
+                                            [&] { records.damaged = true; }};
+    for (const auto& lose : losses) {
+        records.damaged = false;
+        holdFirst();
+        lose();
+        EXPECT_TRUE(guard->revert(RevertReason::released));
+        EXPECT_FALSE(machine.sleepDisabled);
+        expectFree();
+    }
+}
+
 TEST_F(GuardTest, ReadsTheSettingFromPmsetOnlyWhereThePropertyIsMissing) {
     machine.propertyReadable = false;
     EXPECT_EQ(guard->hold(first, 20), granted);
-    EXPECT_THAT(takeEvents(),
-                ElementsAre("pmset -g", "record: enabled", on, "pmset -g", disabledLog));
+    EXPECT_THAT(takeEvents(), ElementsAre(read, "record: enabled", on, read, disabledLog));
     EXPECT_TRUE(guard->revert(RevertReason::released));
-    EXPECT_THAT(takeEvents(),
-                ElementsAre(off, "pmset -g", removed, "sleep enabled again (released)"));
+    EXPECT_THAT(takeEvents(), ElementsAre(off, read, removed, "sleep enabled again (released)"));
 }
 
 TEST_F(GuardTest, ClampsTheFloorOfEveryClient) {
@@ -173,9 +256,9 @@ TEST_F(GuardTest, TicksEndAHoldForItsReason) {
 
 TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
     for (const Pmset fault : {Pmset::fails, Pmset::lies}) {
-        machine.pmset = Pmset::works;
+        machine.breakPmset(Pmset::works);
         holdFirst();
-        machine.pmset = fault;
+        machine.breakPmset(fault);
         EXPECT_FALSE(guard->revert(RevertReason::clientGone));
         EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (client gone); "
                                                    "retrying"));
@@ -186,7 +269,7 @@ TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
         EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (retry); retrying"));
         EXPECT_THAT(exits, IsEmpty());
 
-        machine.pmset = Pmset::works;
+        machine.breakPmset(Pmset::works);
         tick();
         EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (retry)"));
         EXPECT_FALSE(machine.sleepDisabled);
@@ -196,12 +279,12 @@ TEST_F(GuardTest, RetriesUntilSleepIsEnabledAgain) {
 
 TEST_F(GuardTest, AHoldTakesOverWhatIsStillToBeRestored) {
     holdFirst();
-    machine.pmset = Pmset::fails;
+    machine.breakPmset(Pmset::fails);
     guard->revert(RevertReason::clientGone);
     takeEvents();
     EXPECT_EQ(guard->hold(second, 20), granted);
     EXPECT_THAT(takeEvents(), IsEmpty());
-    machine.pmset = Pmset::works;
+    machine.breakPmset(Pmset::works);
     EXPECT_TRUE(guard->revert(RevertReason::released));
     EXPECT_FALSE(machine.sleepDisabled);
     expectFree();
@@ -269,6 +352,120 @@ TEST_F(GuardTest, RecoversWhatACrashLeftBehind) {
     EXPECT_THAT(takeEvents(), ElementsAre(found, removed, "sleep enabled again (recovered)"));
     EXPECT_TRUE(machine.sleepDisabled);
     expectFree();
+}
+
+TEST_F(GuardTest, AgesAreMeasuredByTheClockThatNobodySets) {
+    holdFirst();
+    for (const double change : {-1e9, 2e9}) {
+        machine.date += change;
+        tickAfter(20);
+        EXPECT_TRUE(guard->heartbeat(first));
+    }
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    machine.date -= 1e9;
+    tickAfter(36);
+    EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (heartbeat)"));
+}
+
+TEST_F(GuardTest, OneTickIsOutstandingAtATime) {
+    holdFirst();
+    machine.thermal = ThermalState::serious;
+    machine.breakPmset(Pmset::fails);
+    for (int i = 0; i < 100; ++i)
+        guard->tick();
+    queue.runAll();
+    EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (thermal); retrying"));
+    tick();
+    EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (retry); retrying"));
+}
+
+TEST_F(GuardTest, AfterTheLastRestoreNothingTakesEffect) {
+    holdFirst();
+    guard->revert(RevertReason::released);
+    takeEvents();
+    Guard::HoldResult inFront;
+    queue.async([&] { inFront = guard->hold(first, 20); });
+    queue.behindSync = [&] {
+        EXPECT_THAT(exits, ElementsAre(0)); // on a Mac nothing comes after it
+        EXPECT_EQ(guard->hold(second, 20), refused(HoldRefusal::gone));
+    };
+    guard->stop();
+    EXPECT_EQ(inFront, refused(HoldRefusal::gone));
+    EXPECT_THAT(exits, ElementsAre(0));
+    EXPECT_FALSE(machine.sleepDisabled);
+}
+
+class LidTest : public GuardTest {
+protected:
+    LidTest() { machine.lidState = {.isShut = true, .causesSleep = true}; }
+
+    void endHold(RevertReason reason = RevertReason::released) {
+        holdFirst();
+        guard->revert(reason);
+        takeEvents();
+    }
+
+    static constexpr const char* asked = "asking the Mac to sleep: its lid is shut";
+};
+
+TEST_F(LidTest, AShutLidIsRememberedHalfAMinuteAfterTheHold) {
+    endHold();
+    tickAfter(29.9);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    machine.takesRequests = false;
+    tickAfter(0.1);
+    EXPECT_THAT(takeEvents(), ElementsAre(asked, "sleep!"));
+    machine.takesRequests = true;
+    tickAfter(5);
+    EXPECT_THAT(takeEvents(), ElementsAre(asked, "sleep!"));
+    tickAfter(5);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+}
+
+TEST_F(LidTest, NothingIsOwedWhereNobodyIsTrapped) {
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"open", [&] { machine.lidState->isShut = false; }},
+        {"on an external display", [&] { machine.lidState->causesSleep = false; }},
+        {"no lid", [&] { machine.lidState.reset(); }},
+        {"sleep disabled by somebody else", [&] { machine.sleepDisabled = true; }},
+    };
+    for (const auto& [what, change] : cases) {
+        machine = FakeMachine(events);
+        machine.lidState = {.isShut = true, .causesSleep = true};
+        endHold();
+        change();
+        tickAfter(30);
+        EXPECT_THAT(takeEvents(), IsEmpty()) << what;
+        machine.lidState = {.isShut = true, .causesSleep = true};
+        machine.sleepDisabled = false;
+        tickAfter(5);
+        EXPECT_THAT(takeEvents(), IsEmpty()) << what;
+    }
+}
+
+TEST_F(LidTest, AHoldInBetweenStartsAnew) {
+    endHold();
+    machine.clock += 20;
+    EXPECT_EQ(guard->hold(second, 20), granted);
+    machine.thermal = ThermalState::serious;
+    tickAfter(20);
+    EXPECT_EQ(takeEvents().back(), "sleep enabled again (thermal)");
+    EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::thermal)); // moves nothing
+    tickAfter(29);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    tickAfter(1);
+    EXPECT_THAT(takeEvents(), ElementsAre(asked, "sleep!"));
+}
+
+TEST_F(LidTest, OnlyWhatWasEnabledAgainIsOwed) {
+    machine.sleepDisabled = true;
+    endHold();
+    tickAfter(40);
+    EXPECT_THAT(takeEvents(), IsEmpty());
+    machine.sleepDisabled = false;
+    endHold(RevertReason::stopping);
+    tickAfter(40);
+    EXPECT_THAT(takeEvents(), IsEmpty());
 }
 
 } // namespace

@@ -50,12 +50,11 @@ protected:
 
 TEST_F(SessionTest, AConnectionIsPreparedBeforeItIsResumed) {
     const auto connection = std::make_shared<FakeConnection>(1, events);
+    connection->lostAtOnce = true;
     EXPECT_TRUE(guard->acceptConnection(connection));
     EXPECT_THAT(takeEvents(), ElementsAre("requirement requirement", "session",
                                           "invalidation handler", "resume"));
-    // Lost at once: counted up, then down, never below.
-    connection->invalidate();
-    queue.runAll();
+    queue.runAll(); // counted up, then down
     EXPECT_EQ(guard->state().connections, 0);
     connection->invalidate();
     queue.runAll();
@@ -96,7 +95,7 @@ TEST_F(SessionTest, EveryCallIsAnsweredOnceFromTheQueue) {
     EXPECT_EQ(heartbeat(*holder->session), "no");
     EXPECT_EQ(release(*holder->session), "ok"); // nothing left to restore
     EXPECT_EQ(hold(*other->session), "ok");
-    machine.pmset = FakeMachine::Pmset::fails;
+    machine.breakPmset(FakeMachine::Pmset::fails);
     EXPECT_EQ(release(*other->session), "no");
 }
 

@@ -105,6 +105,7 @@ TEST(Startup, ConnectsTheTeamTheTimerAndTheSignalWithTheGuard) {
     EXPECT_EQ(host.mac.takeEvents().back(), "VelmoPowerDaemon: sleep enabled again (heartbeat)\n");
 
     connection->session->hold(20, [](bool, std::string_view) {});
+    host.mac.queue.runAll();
     host.terminate();
     EXPECT_EQ(host.mac.takeEvents().back(), "VelmoPowerDaemon: sleep enabled again (stopping)\n");
     EXPECT_THAT(host.mac.exits, ElementsAre(0));
@@ -114,7 +115,7 @@ TEST(Startup, EndsOnSigtermEvenWhenSleepCannotBeRestored) {
     FakeHost host;
     runDaemon(host);
     host.mac.guard->hold(ClientId{1}, 20);
-    host.mac.machine.pmset = FakeMachine::Pmset::fails;
+    host.mac.machine.breakPmset(FakeMachine::Pmset::fails);
     host.terminate();
     EXPECT_THAT(host.mac.exits, ElementsAre(0));
     EXPECT_TRUE(host.mac.records.record); // for the next start

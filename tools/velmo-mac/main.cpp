@@ -22,6 +22,7 @@ struct Changes {
     std::optional<bool> mains;
     std::optional<std::string> battery;
     std::optional<std::string> thermal;
+    std::optional<std::string> lid;
     std::optional<bool> sleepDisabled;
     std::optional<double> elapse;
     std::optional<double> clockForward;
@@ -30,6 +31,7 @@ struct Changes {
     std::optional<std::vector<std::int64_t>> trustedUsers;
     std::optional<std::string> pmset;
     std::optional<bool> propertyUnreadable;
+    std::optional<double> lateness;
     std::optional<std::string> recordFolder;
 };
 
@@ -48,6 +50,8 @@ void addChangeOptions(CLI::App& app, Changes& changes) {
     app.add_option("--mains", changes.mains, "on mains power (on) or on the battery (off)");
     app.add_option("--battery", changes.battery, "percent, or none")->check(percentOrNone);
     addChoice<ThermalState>(app, "--thermal", changes.thermal, "how hot the machine is");
+    addChoice<Lid>(app, "--lid", changes.lid,
+                   "open, which wakes the Mac, shut, or a Mac without one");
     app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting");
     app.add_option("--elapse", changes.elapse, "seconds that pass")->check(CLI::Range(0.0, 1e9));
     app.add_option("--clock-forward", changes.clockForward,
@@ -60,6 +64,9 @@ void addChangeOptions(CLI::App& app, Changes& changes) {
     addChoice<PmsetFault>(app, "--pmset", changes.pmset, "what pmset does instead of its job");
     app.add_option("--property-unreadable", changes.propertyUnreadable,
                    "whether the power service keeps the sleep setting to itself");
+    app.add_option("--lateness", changes.lateness,
+                   "milliseconds until the power service follows what pmset has set")
+        ->check(CLI::Range(0.0, 1e9));
     addChoice<RecordFolderFault>(app, "--record-folder", changes.recordFolder,
                                  "what is wrong with the folder of the daemon's record");
 }
@@ -76,7 +83,12 @@ void apply(const Changes& changes, SimulatedMac& mac) {
         mac.battery =
             changes.battery == none ? std::nullopt : std::optional(stoi(*changes.battery));
     choose(mac.thermal, changes.thermal);
-    mac.sleepDisabled = changes.sleepDisabled.value_or(mac.sleepDisabled);
+    choose(mac.lid, changes.lid);
+    mac.asleep = mac.asleep && mac.lid == Lid::shut;
+    if (changes.sleepDisabled) {
+        mac.sleepDisabled = *changes.sleepDisabled;
+        mac.late.reset();
+    }
     mac.elapsed += changes.elapse.value_or(0);
     mac.clockOffset += changes.clockForward.value_or(0);
     mac.userId = changes.userId.value_or(mac.userId);
@@ -86,6 +98,7 @@ void apply(const Changes& changes, SimulatedMac& mac) {
     choose(mac.faults.pmset, changes.pmset);
     mac.faults.propertyUnreadable =
         changes.propertyUnreadable.value_or(mac.faults.propertyUnreadable);
+    mac.faults.lateness = changes.lateness.value_or(mac.faults.lateness);
     choose(mac.faults.recordFolder, changes.recordFolder);
 }
 

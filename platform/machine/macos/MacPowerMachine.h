@@ -11,8 +11,11 @@ public:
     std::optional<bool> sleepDisabledProperty() override;
     std::optional<PowerSourceSnapshot> powerSources() override;
     ThermalState thermalState() override;
+    std::optional<LidState> lid() override;
+    bool requestSleep() override;
     WallTime wallTime() override;
     SteadyTime steadyTime() override;
+    void pause(double seconds) override;
 };
 
 } // namespace velmo

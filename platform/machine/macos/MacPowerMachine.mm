@@ -7,6 +7,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <chrono>
+#include <thread>
+
 namespace velmo {
 
 std::optional<std::string> MacPowerMachine::runPmset(PmsetArguments arguments) {
@@ -25,12 +28,24 @@ ThermalState MacPowerMachine::thermalState() {
     return static_cast<ThermalState>(NSProcessInfo.processInfo.thermalState);
 }
 
+std::optional<LidState> MacPowerMachine::lid() {
+    return lidInRootDomain();
+}
+
+bool MacPowerMachine::requestSleep() {
+    return requestSystemSleep();
+}
+
 WallTime MacPowerMachine::wallTime() {
     return Clocks::wallTime();
 }
 
 SteadyTime MacPowerMachine::steadyTime() {
     return Clocks::steadyTime();
+}
+
+void MacPowerMachine::pause(double seconds) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
 } // namespace velmo

@@ -3,6 +3,9 @@
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/Clocks.h"
 
+#include <chrono>
+#include <thread>
+
 namespace velmo {
 
 std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments arguments) {
@@ -13,7 +16,7 @@ std::optional<bool> SimulatedPowerMachine::sleepDisabledProperty() {
     const SimulatedMac& now = mac();
     if (now.faults.propertyUnreadable)
         return std::nullopt;
-    return now.sleepDisabled;
+    return now.propertyAt(Clocks::steadyTime());
 }
 
 std::optional<PowerSourceSnapshot> SimulatedPowerMachine::powerSources() {
@@ -31,6 +34,17 @@ ThermalState SimulatedPowerMachine::thermalState() {
     return mac().thermal;
 }
 
+std::optional<LidState> SimulatedPowerMachine::lid() {
+    const Lid lid = mac().lid;
+    if (lid == Lid::none)
+        return std::nullopt;
+    return LidState{.isShut = lid == Lid::shut, .causesSleep = true};
+}
+
+bool SimulatedPowerMachine::requestSleep() {
+    return folder_.update([](SimulatedMac& mac) { mac.asleep = true; });
+}
+
 WallTime SimulatedPowerMachine::wallTime() {
     const SimulatedMac& now = mac();
     return {Clocks::wallTime().sinceEpoch + now.elapsed + now.clockOffset};
@@ -38,6 +52,10 @@ WallTime SimulatedPowerMachine::wallTime() {
 
 SteadyTime SimulatedPowerMachine::steadyTime() {
     return {Clocks::steadyTime().seconds + mac().elapsed};
+}
+
+void SimulatedPowerMachine::pause(double seconds) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
 }
 
 const SimulatedMac& SimulatedPowerMachine::mac() {

@@ -16,8 +16,11 @@ public:
     std::optional<bool> sleepDisabledProperty() override;
     std::optional<PowerSourceSnapshot> powerSources() override;
     ThermalState thermalState() override;
+    std::optional<LidState> lid() override;
+    bool requestSleep() override;
     WallTime wallTime() override;
     SteadyTime steadyTime() override;
+    void pause(double seconds) override;
 
 private:
     const SimulatedMac& mac();

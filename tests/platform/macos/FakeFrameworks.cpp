@@ -304,9 +304,25 @@ io_service_t IOServiceGetMatchingService(mach_port_t /*mainPort*/, CFDictionaryR
 
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
                                           CFAllocatorRef /*allocator*/, IOOptionBits /*options*/) {
-    if (entry != rootDomain || valueOf<std::u16string>(key) != u"SleepDisabled")
-        return nullptr;
-    return create<CFTypeRef>(mac->sleepDisabled);
+    const auto found = mac->rootDomain.find(valueOf<std::u16string>(key));
+    return entry != rootDomain || found == mac->rootDomain.end() ? nullptr
+                                                                 : create<CFTypeRef>(found->second);
+}
+
+io_connect_t IOPMFindPowerManagement(mach_port_t /*mainPort*/) {
+    if (!mac->hasPowerManagement)
+        return 0;
+    ++mac->owedServices;
+    return rootDomain;
+}
+
+IOReturn IOPMSleepSystem(io_connect_t /*connection*/) {
+    ++mac->sleepRequests;
+    return mac->takesSleepRequests ? kIOReturnSuccess : -1;
+}
+
+kern_return_t IOServiceClose(io_connect_t connection) {
+    return IOObjectRelease(connection);
 }
 
 kern_return_t IOObjectRelease(io_object_t /*object*/) {

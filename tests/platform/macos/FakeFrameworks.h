@@ -34,7 +34,10 @@ struct Object {
 /// What the frameworks answer; a null object is the answer null.
 struct Mac {
     bool hasRootDomain = true;
-    Object* sleepDisabled = nullptr;
+    std::map<std::u16string, Object*> rootDomain; ///< its properties
+    bool hasPowerManagement = true;
+    bool takesSleepRequests = true;
+    int sleepRequests = 0;
 
     bool hasSnapshot = true;
     Object* providingType = nullptr;

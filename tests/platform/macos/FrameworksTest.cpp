@@ -39,12 +39,32 @@ TEST_F(MacFrameworks, SleepDisabledIsABooleanOrNothing) {
                                                              {text(u"Yes"), {}},
                                                              {nullptr, {}}};
     for (const auto& [property, expected] : cases) {
-        mac.sleepDisabled = property;
+        mac.rootDomain = {{u"SleepDisabled", property}};
         EXPECT_EQ(sleepDisabledInRootDomain(), expected);
     }
     mac.hasRootDomain = false;
-    mac.sleepDisabled = mac.make(true);
+    mac.rootDomain = {{u"SleepDisabled", mac.make(true)}};
     EXPECT_EQ(sleepDisabledInRootDomain(), std::nullopt);
+}
+
+TEST_F(MacFrameworks, TheLidIsTwoPropertiesOrNothing) {
+    Object* const no = mac.make(false);
+    Object* const yes = mac.make(true);
+    mac.rootDomain = {{u"AppleClamshellState", yes}, {u"AppleClamshellCausesSleep", no}};
+    EXPECT_EQ(lidInRootDomain(), (LidState{.isShut = true, .causesSleep = false}));
+    mac.rootDomain = {{u"AppleClamshellState", yes}};
+    EXPECT_EQ(lidInRootDomain(), std::nullopt);
+    mac.rootDomain = {{u"AppleClamshellCausesSleep", yes}};
+    EXPECT_EQ(lidInRootDomain(), std::nullopt);
+}
+
+TEST_F(MacFrameworks, ARequestToSleepIsTakenOrNot) {
+    EXPECT_TRUE(requestSystemSleep());
+    mac.takesSleepRequests = false;
+    EXPECT_FALSE(requestSystemSleep());
+    mac.hasPowerManagement = false;
+    EXPECT_FALSE(requestSystemSleep());
+    EXPECT_EQ(mac.sleepRequests, 2);
 }
 
 TEST_F(MacFrameworks, PowerSourcesAreReadAsTheyAre) {
