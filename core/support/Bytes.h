@@ -11,12 +11,12 @@ namespace velmo {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-/// The bytes of a text, without a copy; the view lives as long as the text.
+/// Returns the bytes of a text, without a copy. The view lives as long as the text.
 inline ByteView bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// The bytes as a text, without a copy and without any check of the encoding.
+/// Returns the bytes as a text, without a copy and without any check of the encoding.
 inline std::string_view textOf(ByteView bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }

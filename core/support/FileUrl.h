@@ -10,13 +10,15 @@ namespace velmo {
 struct FileUrl {
     std::string path; ///< as it was given: not resolved, not normalised
 
-    /// "file://" and the path, every byte that may not stand in the path of an address as %XX in
-    /// capitals. Absent for a path that is not absolute: its first part would be taken for a host.
+    /// Returns "file://" and the path, with %XX in capitals for every byte that may not stand in
+    /// the path of an address. Absent for a path that is not absolute: its first part would be
+    /// taken for a host.
     [[nodiscard]] std::optional<std::string> text() const;
 
-    /// The path of an address that begins with "file://", in small letters, its escapes decoded
-    /// once; "" when there is none. A host is ignored, and so are a query and a fragment. Absent
-    /// where `Uri::parse` refuses the address, and when the decoded path holds NUL or is not UTF-8.
+    /// Reads the path of an address that begins with "file://", in small letters, and decodes its
+    /// escapes once; without a path it is "". A host is ignored, and so are a query and a fragment.
+    /// Absent where `Uri::parse` refuses the address, and when the decoded path contains NUL or is
+    /// not UTF-8.
     static std::optional<FileUrl> parse(std::string_view text);
 
     bool operator==(const FileUrl&) const = default;

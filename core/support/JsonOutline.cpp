@@ -107,7 +107,7 @@ std::optional<JsonOutline> JsonOutline::parse(std::string_view json,
                 return std::nullopt;
             const std::string_view name = literal;
             literal = json.substr(position + 1, *end - position - 2);
-            if (behindColon && depth == 1 && literal.size() > longestInline
+            if (behindColon && depth == 1 && literal.size() > maxInline
                 && std::ranges::find(names, name) != names.end()) {
                 outline += json.substr(copied, position + 1 - copied);
                 copied = *end - 1;

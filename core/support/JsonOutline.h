@@ -10,27 +10,27 @@
 #include <string_view>
 #include <utility>
 
-/// A JSON object read without its long texts, which stay where they are until they are asked for.
+/// Reads a JSON object without its long texts, which stay where they are until they are asked for.
 ///
-/// A `JsonDocument` takes memory of fifteen times its text. For an object of a few members, one of
-/// which may be megabytes long, an outline takes next to none, and accepts and refuses exactly the
-/// same objects once the long texts have been read.
+/// A `JsonDocument` takes fifteen times the memory of its text. For an object of a few members, one
+/// of which may be megabytes long, an outline takes next to none, and it accepts and refuses
+/// exactly the same objects once the long texts have been read.
 namespace velmo {
 
 /// A text that is a member of the outline, still as JSON spells it.
 class JsonLongText {
 public:
-    /// Takes the next part of the unescaped text; false ends the reading.
+    /// Takes the next part of the unescaped text. Returning false ends the reading.
     using Sink = std::function<bool(std::string_view piece)>;
 
     explicit JsonLongText(std::string_view spelling) : spelling_(spelling) {}
 
-    /// Hands the unescaped text over in pieces of at most some ten thousand bytes, none of which
-    /// ends within a scalar. False when the sink said so or the text is no JSON: what was handed
-    /// over is then of no use.
+    /// Hands the unescaped text over in pieces of some ten thousand bytes at most, none of which
+    /// ends within a scalar. Returns false if the sink did, or if the text is not JSON: what was
+    /// handed over is then of no use.
     [[nodiscard]] bool read(const Sink& sink) const;
 
-    /// In bytes; the unescaped text is never longer.
+    /// Returns the length in bytes as it is spelt; the unescaped text is never longer.
     [[nodiscard]] std::size_t spelledLength() const { return spelling_.size(); }
 
 private:
@@ -39,19 +39,20 @@ private:
 
 class JsonOutline {
 public:
-    /// Texts that are spelt in no more bytes are read with the rest.
-    static constexpr std::size_t longestInline = 16384;
+    /// Texts that are spelt in no more bytes than this are read with the rest.
+    static constexpr std::size_t maxInline = 16384;
 
-    /// Leaves out the long texts that are values of these members of the root. Absent when what
-    /// remains is refused as `JsonDocument::parse` refuses it, or is no object. Every long text
-    /// must then be read too before the whole is known to be JSON. They are views into `json`.
+    /// Parses the object and leaves out the long texts that are values of these members of the
+    /// root. Absent if what remains is refused as `JsonDocument::parse` refuses it, or is no
+    /// object. Every long text must be read too before the whole is known to be JSON. They are
+    /// views into `json`.
     static std::optional<JsonOutline> parse(std::string_view json,
                                             std::initializer_list<std::string_view> names);
 
-    /// A member whose text was left out reads as "".
+    /// Returns the object, in which a member whose text was left out reads as "".
     [[nodiscard]] JsonObject object() const { return document_.object().value(); }
 
-    /// Absent when the member's text was not left out.
+    /// Returns the text of a member; absent if it was not left out.
     [[nodiscard]] std::optional<JsonLongText> longText(std::string_view name) const;
 
 private:

@@ -36,21 +36,21 @@ std::size_t sequenceLength(unsigned char lead) {
 }
 
 struct ByteRange {
-    unsigned char lowest = 0x80;
-    unsigned char highest = 0xBF;
+    unsigned char min = 0x80;
+    unsigned char max = 0xBF;
 };
 
 /// What may follow the first byte. It shuts out overlong forms, surrogates and all above U+10FFFF.
 ByteRange secondByteRange(unsigned char lead) {
     switch (lead) {
     case 0xE0:
-        return {.lowest = 0xA0};
+        return {.min = 0xA0};
     case 0xED:
-        return {.highest = 0x9F};
+        return {.max = 0x9F};
     case 0xF0:
-        return {.lowest = 0x90};
+        return {.min = 0x90};
     case 0xF4:
-        return {.highest = 0x8F};
+        return {.max = 0x8F};
     default:
         return {};
     }
@@ -93,7 +93,7 @@ Scalar firstScalar(std::string_view text) {
     ByteRange range = secondByteRange(lead);
     char32_t value = lead & (0x7FU >> length);
     for (std::size_t i = 1; i < length; ++i) {
-        if (i == text.size() || byteAt(i) < range.lowest || byteAt(i) > range.highest)
+        if (i == text.size() || byteAt(i) < range.min || byteAt(i) > range.max)
             return illFormed(text.substr(0, i));
         value = value << 6 | (byteAt(i) & 0x3FU);
         range = {};

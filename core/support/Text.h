@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-/// Text in UTF-8, measured and cut in the unit that a rule names.
+/// Measures and cuts text in UTF-8, in the unit that a rule names.
 ///
-/// Every function is total: a byte sequence that is not UTF-8 counts as one U+FFFD per maximal
-/// ill-formed subsequence. Gates that must refuse such text ask `isValidUtf8` first. Nothing here
+/// Every function takes any bytes: a sequence that is not UTF-8 counts as one U+FFFD per maximal
+/// ill-formed subsequence. Whoever must refuse such text asks `isValidUtf8` first. Nothing here
 /// depends on a locale. Views that are returned point into the argument.
 namespace velmo::Text {
 
@@ -23,10 +23,10 @@ struct Scalar {
     bool valid; ///< false: `bytes` are ill-formed and `value` is the replacement character
 };
 
-/// The first scalar of a text, which must not be empty.
+/// Returns the first scalar of a text, which must not be empty.
 Scalar firstScalar(std::string_view text);
 
-/// `for (const Scalar& scalar : Text::Scalars(text))`
+/// Iterates over a text: `for (const Scalar& scalar : Text::Scalars(text))`.
 class Scalars {
 public:
     explicit Scalars(std::string_view text) : text_(text) {}
@@ -66,13 +66,13 @@ private:
 bool isAscii(std::string_view text);
 bool isValidUtf8(std::string_view text);
 
-/// The text with every ill-formed sequence replaced by U+FFFD.
+/// Returns the text with U+FFFD for every ill-formed sequence.
 std::string repaired(std::string_view text);
 
 /// Appends a scalar, which must be a valid one, in UTF-8.
 void append(std::string& text, char32_t scalar);
 
-/// Number of UTF-16 code units: one per scalar below U+10000, else two.
+/// Returns the number of UTF-16 code units: one per scalar below U+10000, else two.
 std::size_t utf16Length(std::string_view text);
 
 /// A user-perceived character (extended grapheme cluster); CR LF is one.
@@ -81,61 +81,64 @@ struct Character {
     std::size_t utf16Length;
 };
 
-/// The first of a text; empty for "".
+/// Returns the first character of a text; it is empty for "".
 Character firstCharacter(std::string_view text);
 
-/// Number of user-perceived characters. Cost grows with the text: for a limit that comes from
-/// outside use `hasMoreCharactersThan`, which stops early.
+/// Returns the number of user-perceived characters. The cost grows with the text: to hold a text
+/// from outside to a limit, use `hasMoreCharactersThan`, which stops early.
 std::size_t characterCount(std::string_view text);
 
 bool hasMoreCharactersThan(std::string_view text, std::size_t limit);
 
-/// The first `characters` user-perceived characters, or the whole text if it has no more.
+/// Returns the first `characters` user-perceived characters, or the whole text if it has no more.
 std::string_view prefix(std::string_view text, std::size_t characters);
 
-/// The full Unicode lower case, without locale and without the final-sigma rule.
+/// Returns the full Unicode lower case, without locale and without the final-sigma rule.
 std::string lowercased(std::string_view text);
 
-/// The full Unicode case folding: what a disk that ignores letter case takes for the same name.
+/// Returns the full Unicode case folding, by which a disk that ignores letter case compares names.
 std::string caseFolded(std::string_view text);
 
-/// The canonical composition (NFC), for the few comparisons that are not of bytes.
+/// Returns the canonical composition (NFC), for the few comparisons that are not of bytes.
 std::string composed(std::string_view text);
 
 bool isLetter(char32_t scalar); ///< category L*
 bool isNumber(char32_t scalar); ///< category N*
 
-/// What a terminal may obey instead of showing: U+0000 to U+001F, U+007F to U+009F, U+2028, U+2029.
+/// Tells whether a terminal may obey the scalar instead of showing it: U+0000 to U+001F, U+007F to
+/// U+009F, U+2028 and U+2029.
 bool isControl(char32_t scalar);
 bool hasControl(std::string_view text);
 
-/// U+000A to U+000D, U+0085, U+2028, U+2029.
+/// Tells whether the scalar ends a line: U+000A to U+000D, U+0085, U+2028 and U+2029.
 bool isNewline(char32_t scalar);
 
-/// "White space", "blanks": category Zs and tab; no line breaks.
+/// Tells whether the scalar is white space within a line: category Zs, or tab.
 bool isBlank(char32_t scalar);
 
-/// "White space and new lines".
+/// Tells whether the scalar is white space or ends a line.
 bool isBlankOrNewline(char32_t scalar);
 
-/// Exactly U+0020 and U+0009: what separates the columns that command-line tools print.
+/// Tells whether the scalar is U+0020 or U+0009, which separate the columns that command-line tools
+/// print.
 bool isSpaceOrTab(char32_t scalar);
 
-/// Exact comparison of bytes.
+/// Tells whether the table has exactly this text, compared byte by byte.
 bool isOneOf(std::string_view text, std::span<const std::string_view> table);
 
-/// Every `what`, which must not be empty, replaced in one pass: what was put in is not searched.
+/// Returns the text with `by` in the place of every `what`, which must not be empty. It is one
+/// pass: what was put in is not searched.
 std::string replacedAll(std::string_view text, std::string_view what, std::string_view by);
 
 using ScalarTest = bool (*)(char32_t);
 
-/// Whether any scalar passes the test.
+/// Tells whether any scalar passes the test.
 bool hasAny(std::string_view text, ScalarTest test);
 
-/// The text without the leading and trailing scalars that pass the test.
+/// Returns the text without the leading and trailing scalars that pass the test.
 std::string_view trimmed(std::string_view text, ScalarTest test);
 
-/// The non-empty pieces between the scalars that pass the test, in order.
+/// Returns the non-empty pieces between the scalars that pass the test, in order.
 std::vector<std::string_view> pieces(std::string_view text, ScalarTest isSeparator);
 
 } // namespace velmo::Text

@@ -17,8 +17,9 @@ struct Uri {
     std::optional<std::string_view> query;
     std::optional<std::string_view> fragment;
 
-    /// Absent for a text without an authority, and for whatever browsers would repair: blanks,
-    /// backslashes, anything that is not ASCII, a "%" without two hexadecimal digits.
+    /// Takes an address apart. Absent for a text without an authority, and for blanks, backslashes,
+    /// anything that is not ASCII, and a "%" without two hexadecimal digits, all of which browsers
+    /// would repair.
     static std::optional<Uri> parse(std::string_view text);
 
     bool operator==(const Uri&) const = default;

@@ -2,10 +2,10 @@
 
 #include "tests/Texts.h"
 
-#include <rapidcheck/gtest.h>
-
 namespace velmo {
 namespace {
+
+using namespace std::string_literals;
 
 const std::string quoted = '"' + std::string(20000, 'x') + '"';
 
@@ -76,24 +76,46 @@ TEST(JsonOutline, EndsWhenTheReaderHasEnough) {
     EXPECT_LT(taken, 100000U);
 }
 
-/// Parts of texts, among them what is no JSON, repeated to several pieces.
-RC_GTEST_PROP(JsonOutline, ReadsAndRefusesAsADocumentDoes, ()) {
-    const Strings good = words(R"(x \/ \\ \" \n \u00e9 é 漢 😀 \u0000 \uD83D\uDE00 \\uDE00 {\":[)"
-                               " \x7F");
-    const Strings bad{"\\uD83D", "\\uDE00", "\\x",          "\\u12",  "\n",
-                      "\xC3",    "\xA9",    "\xED\xA0\x80", {"\0", 1}};
-    std::string text;
-    const auto repeat = [&](const std::string& part) {
-        text += times(*rc::gen::inRange<std::size_t>(1, 40000 / part.size()), part);
-    };
-    for (auto runs = *rc::gen::inRange(1, 6); runs > 0; --runs)
-        repeat(*rc::gen::elementOf(good));
-    if (*rc::gen::inRange(0, 3) == 0) {
-        text += *rc::gen::elementOf(bad);
-        repeat(*rc::gen::elementOf(good));
+/// What may and may not be parted, at every place around the end of the first piece.
+TEST(JsonOutline, ReadsAndRefusesAsADocumentDoesWhereverAPieceEnds) {
+    Strings parts{"\\\\",
+                  "\\\"",
+                  "\\/",
+                  "\\n",
+                  "\\u00e9",
+                  "\\u0000",
+                  "\\\\uDE00",
+                  "{\\\":[",
+                  "\x7F",
+                  "\u0080",
+                  "\u2000",
+                  "\U00010000",
+                  "😀",
+                  "\\uD83D\\uDE00\\uD83D\\uDE00",
+                  // no JSON
+                  "\\uD83D",
+                  "\\uDE00",
+                  "\\x",
+                  "\\u12",
+                  "\n",
+                  "\xC3",
+                  "\xA9",
+                  "\xED\xA0\x80",
+                  {"\0", 1}};
+    for (const char d : {'d', 'D'}) {
+        for (const char digit : "89abAB"s)
+            parts.push_back("\\u"s + d + digit + "00\\udc00");
+        for (const char digit : "cdefCDEF"s)
+            parts.push_back("\\ud800\\u"s + d + digit + "00");
     }
-    const std::string json = "{\"a\":\"" + text + "\"}";
-    RC_ASSERT(memberA(json) == memberAOfDocument(json));
+    for (const std::string& part : parts) {
+        for (std::size_t offset = 0; offset <= 13; ++offset) {
+            const std::string text = times(16000 - offset, "x") + part + times(2000, "y");
+            const std::string json = "{\"a\":\"" + text + "\"}";
+            ASSERT_EQ(memberA(json), memberAOfDocument(json))
+                << testing::PrintToString(part) << " " << offset;
+        }
+    }
 }
 
 } // namespace

@@ -157,6 +157,38 @@ TEST(Record, DecodesOnlyWhatHasEveryFieldInItsKind) {
     EXPECT_FALSE(decodeRecord<Everything>("[" + whole + "]"));
 }
 
+struct Strict {
+    bool needed = false;
+    std::int64_t count = 1;
+    std::optional<std::string> maybe = "default";
+
+    static constexpr auto fields =
+        std::tuple{constant("v", 1), constant("type", "strict"), field("needed", &Strict::needed),
+                   field("count", &Strict::count).orDefault(), field("maybe", &Strict::maybe)};
+    bool operator==(const Strict&) const = default;
+};
+
+TEST(Record, DecodesExactlyWhatHasNothingElse) {
+    constexpr std::string_view head = R"({"v":1,"type":"strict","needed":true)";
+    const std::pair<std::string, Strict> accepted[] = {
+        {"}", {.needed = true, .maybe = {}}},
+        {R"(,"count":5,"maybe":"m"})", {.needed = true, .count = 5, .maybe = "m"}},
+    };
+    for (const auto& [rest, record] : accepted) {
+        const std::string json = std::string(head) + rest;
+        EXPECT_EQ(decodeRecordExactly<Strict>(json, json.size()), record) << json;
+        EXPECT_FALSE(decodeRecordExactly<Strict>(json, json.size() - 1)) << json;
+    }
+    for (const std::string refused :
+         {R"(,"other":1})", R"(,"maybe":null})", R"(,"count":null})", R"(,"count":"5"})"})
+        EXPECT_FALSE(decodeRecordExactly<Strict>(std::string(head) + refused)) << refused;
+    for (const char* const refused :
+         {"[]", "", R"({"v":1,"type":"strict"})", R"({"type":"strict","needed":true})",
+          R"({"v":2,"type":"strict","needed":true})", R"({"v":1.0,"type":"strict","needed":true})",
+          R"({"v":1,"type":"loose","needed":true})"})
+        EXPECT_FALSE(decodeRecordExactly<Strict>(std::string_view(refused))) << refused;
+}
+
 TEST(Record, DecodesAWholeTextOfAnyType) {
     EXPECT_EQ(decodeJsonText<std::vector<std::string>>(R"(["a","b"])"),
               (std::vector<std::string>{"a", "b"}));
