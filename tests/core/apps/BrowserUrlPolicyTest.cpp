@@ -13,12 +13,10 @@ std::string keyOf(const std::optional<Browser>& browser) {
 }
 
 TEST(BrowserUrlPolicy, KnowsBrowsersByIdentifierInAnyLetterCase) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"COM.GOOGLE.CHROME", "chrome"}, {"com.microsoft.EdgeMac", "edge"},
-        {"com.brave.Browser", "brave"},  {"com.apple.safari", "safari"},
-        {"com.google.Chrome ", "none"},  {"", "none"}};
-    for (const auto& [bundle, key] : cases)
-        EXPECT_EQ(keyOf(browser(bundle)), key) << bundle;
+    EXPECT_EQ(keyOf(browser("COM.GOOGLE.CHROME")), "chrome");
+    EXPECT_EQ(keyOf(browser("com.microsoft.EdgeMac")), "edge");
+    EXPECT_EQ(keyOf(browser("com.brave.Browser")), "brave");
+    expectRefused(browser, {"com.google.Chrome ", "com.google.", ""});
     EXPECT_FALSE(browser(std::nullopt));
 }
 
@@ -29,12 +27,9 @@ TEST(BrowserUrlPolicy, TheFirstBrowserWindowOnTheNormalLayerIsTheFrontOne) {
     const Window above{.layer = 25, .bundle = chrome};
     const Window below{.layer = -1, .bundle = chrome};
     const Window unknown{.layer = 0, .bundle = std::nullopt};
-    const std::pair<std::vector<Window>, std::string> cases[] = {
-        {{above, below, unknown, finder, safari, {.layer = 0, .bundle = chrome}}, "safari"},
-        {{finder, above}, "none"},
-        {{}, "none"}};
-    for (const auto& [windows, key] : cases)
-        EXPECT_EQ(keyOf(front(windows)), key);
+    const Window normal{.layer = 0, .bundle = chrome};
+    EXPECT_EQ(keyOf(front(std::vector{above, below, unknown, finder, safari, normal})), "safari");
+    EXPECT_EQ(keyOf(front(std::vector{finder, above})), "none");
 }
 
 TEST(BrowserUrlPolicy, ScriptsOnlyWhatCannotEndTheLiteral) {
@@ -61,7 +56,7 @@ TEST(BrowserUrlPolicy, OnlyANormalWindowTellsItsAddress) {
     EXPECT_EQ(line("normal", plain),
               R"({"browser":"edge","private":false,"url":"https:\/\/example.org\/"})");
     EXPECT_EQ(line({}, plain), R"({"browser":"edge"})");
-    for (const char* mode : {"Normal", "normal ", "missing value"})
+    for (const char* mode : {"Normal", "normal "})
         EXPECT_EQ(line(mode, plain), R"({"browser":"edge"})") << mode;
 
     const std::string longest = plain + times(2048 - plain.size(), "x");

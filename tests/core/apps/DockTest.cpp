@@ -17,11 +17,9 @@ struct Tile {
     Value bundleId = Value();
 
     operator Value() const { // NOLINT(google-explicit-constructor)
-        return Dictionary{
-            {"tile-type", type},
-            {"tile-data", Dictionary{{"bundle-identifier", bundleId},
-                                     {"file-label", label},
-                                     {"file-data", Dictionary{{"_CFURLString", url}}}}}};
+        Value::Dictionary data{{"bundle-identifier", bundleId}, {"file-label", label}};
+        data["file-data"] = Dictionary{{"_CFURLString", url}};
+        return Dictionary{{"tile-type", type}, {"tile-data", data}};
     }
 };
 

@@ -7,21 +7,17 @@ namespace {
 
 using namespace ForceQuitPolicy;
 
-/// Expects the verdict on processes, each given by its bundle identifier, bundle path and
-/// executable path: "-" stands for an absent one, "." for an empty one.
-void expectVerdict(Verdict expected, const std::string& processes, std::int32_t pid = 9) {
+/// Expects the verdict on a process, given by its bundle identifier, bundle path and executable
+/// path:
+/// "-" stands for an absent one, "." for an empty one.
+void expectVerdict(Verdict expected, const std::string& process, std::int32_t pid = 9) {
     const std::int32_t ownPids[] = {43, 44};
-    const auto text = [all = words(processes)](std::size_t i) {
+    const auto text = [all = words(process)](std::size_t i) {
         return all[i] == "-" ? std::nullopt : std::optional(all[i] == "." ? "" : all[i]);
     };
-    for (std::size_t i = 0; i < words(processes).size(); i += 3)
-        EXPECT_EQ(verdict({.pid = pid,
-                           .bundleId = text(i),
-                           .bundlePath = text(i + 1),
-                           .executablePath = text(i + 2)},
-                          ownPids),
-                  expected)
-            << pid << ' ' << processes;
+    Process known{.pid = pid, .bundleId = text(0), .bundlePath = text(1)};
+    known.executablePath = text(2);
+    EXPECT_EQ(verdict(known, ownPids), expected) << pid << ' ' << process;
 }
 
 TEST(ForceQuitPolicy, RefusesTheKernelLaunchdAndTheProductItself) {
@@ -61,7 +57,7 @@ TEST(ForceQuitPolicy, ProtectsExecutablesThatTheSystemItselfStarts) {
         for (const std::string& path : {"/usr/" + name + "x", "/usr/" + name + "/x", "/x/" + name})
             expectVerdict(terminate, "- - " + path);
     }
-    expectVerdict(terminate, "- - launchd - - .");
+    expectVerdict(terminate, "- - launchd");
 }
 
 TEST(ForceQuitPolicy, KnowsTheFoldersOfTheSystem) {
@@ -93,25 +89,15 @@ TEST(ForceQuitPolicy, ARecycledProcessIdentifierIsAnotherProcess) {
 }
 
 TEST(TargetRequest, NamesAProcessAndWhoItShouldBe) {
+    const auto parse = [](const std::string& line) { return TargetRequest::parse(words(line)); };
     const std::string longest = times(1024, "e\u0301"); // user-perceived characters are counted
-    EXPECT_EQ(TargetRequest::parse(Strings{"0007", "\u3000/A\tb/C.app\t"}),
-              (TargetRequest{.pid = 7, .appId = "/A\tb/C.app"}));
-    EXPECT_EQ(TargetRequest::parse(Strings{"1", longest, times(20, "9")}),
-              (TargetRequest{.pid = 1, .appId = longest, .started = times(20, "9")}));
-
-    const Strings refused[] = {{},
-                               {"7"},
-                               {"7", "a", "1", "2"},
-                               {"0", "a"},
-                               {"7", "\u00A0"},
-                               {"7", longest + "a"},
-                               {"7", "a\u2028b"},
-                               {"7", "\xFF"},
-                               {"7", "a", ""},
-                               {"7", "a", "1.5"},
-                               {"7", "a", times(21, "0")}};
-    for (const Strings& arguments : refused)
-        EXPECT_FALSE(TargetRequest::parse(arguments)) << testing::PrintToString(arguments);
+    EXPECT_EQ(parse("0007 \u3000/A\tb/C.app\t"),
+              (TargetRequest{.pid = 7, .appId = "/A\tb/C.app", .started = {}}));
+    EXPECT_EQ(parse("1 " + longest + " 00000000000000000009"),
+              (TargetRequest{.pid = 1, .appId = longest, .started = "00000000000000000009"}));
+    expectRefused(parse, {"", "7", "7 a 1 2", "0 a", "7 \u00A0", "7 a\u2028b", "7 \xFF",
+                          "7 " + longest + "a", "7 a 1.5", "7 a 000000000000000000009"});
+    EXPECT_FALSE(TargetRequest::parse(Strings{"7", "a", ""}));
 }
 
 } // namespace

@@ -15,11 +15,10 @@ std::weak_ordering ignoringCase(std::string_view a, std::string_view b) {
 using Folders = std::map<std::string, std::string>; ///< names by path; "/" ends a directory's
 using Bundles = std::map<std::string, Inventory::BundleInformation>; ///< by path
 
-/// Scans directories on a disk. The scan may list none but the given folders.
-std::vector<AppRecord> scan(const Folders& folders, const Strings& paths, Bundles bundles = {}) {
-    std::vector<FileUrl> directories;
-    for (const std::string& path : paths)
-        directories.push_back({.path = path});
+/// Scans directories on a disk and returns the records as "name|path|bundleId|version". The scan
+/// may list none but the given folders.
+Strings scan(const Folders& folders, const std::vector<FileUrl>& directories,
+             Bundles bundles = {}) {
     const auto entries = [&](const std::string& path) {
         std::vector<Inventory::Entry> found;
         for (const std::string& name : words(folders.at(path)))
@@ -27,15 +26,11 @@ std::vector<AppRecord> scan(const Folders& folders, const Strings& paths, Bundle
         return found;
     };
     const auto bundle = [&](const std::string& path) { return bundles[path]; };
-    return Inventory::scan(directories,
-                           {.entries = entries, .bundle = bundle, .byCharacter = ignoringCase});
-}
-
-Strings pathsOf(const std::vector<AppRecord>& records) {
-    Strings paths;
-    for (const AppRecord& record : records)
-        paths.push_back(record.path);
-    return paths;
+    Strings lines;
+    for (const auto& [name, path, bundleId, version] : Inventory::scan(
+             directories, {.entries = entries, .bundle = bundle, .byCharacter = ignoringCase}))
+        lines.push_back(name + "|" + path + "|" + bundleId + "|" + version);
+    return lines;
 }
 
 TEST(Inventory, ListsBundlesAndThoseOneFolderDown) {
@@ -43,8 +38,8 @@ TEST(Inventory, ListsBundlesAndThoseOneFolderDown) {
         {"/A", "Utils/ B.app/ .app/ .Hidden.app/ .folder/ C.app Tools.APP/ app notes.txt"},
         {"/A/Utils", "D.app/ Deeper/ .E.app/"},
         {"/A/Tools.APP", "F.app/ G.APP/"}};
-    EXPECT_EQ(pathsOf(scan(folders, {"/A"})),
-              words("/A/B.app /A/C.app /A/Utils/D.app /A/Tools.APP/F.app"));
+    EXPECT_EQ(scan(folders, {{"/A"}}), words("B|/A/B.app|| C|/A/C.app|| D|/A/Utils/D.app|| "
+                                             "F|/A/Tools.APP/F.app||"));
 }
 
 TEST(Inventory, NamesABundleAsItSaysOrAsItsFileIsNamed) {
@@ -52,28 +47,25 @@ TEST(Inventory, NamesABundleAsItSaysOrAsItsFileIsNamed) {
         {"/1.app", {.displayName = "Shown", .name = "N", .version = "1.0", .identifier = "com.x"}},
         {"/2.app", {.name = "N", .identifier = "com.y"}},
         {"/4.app", {.displayName = "", .name = "N", .version = ""}}};
-    const std::vector<AppRecord> expected{
-        {.name = "", .path = "/4.app"},
-        {.name = "3.b", .path = "/3.b.app"},
-        {.name = "N", .path = "/2.app", .bundleId = "com.y"},
-        {.name = "Shown", .path = "/1.app", .bundleId = "com.x", .version = "1.0"}};
-    EXPECT_EQ(scan({{"/", "1.app/ 2.app/ 3.b.app/ 4.app/"}}, {"/"}, bundles), expected);
+    EXPECT_EQ(scan({{"/", "1.app/ 2.app/ 3.b.app/ 4.app/"}}, {{"/"}}, bundles),
+              words("|/4.app|| 3.b|/3.b.app|| N|/2.app|com.y| Shown|/1.app|com.x|1.0"));
 }
 
 TEST(Inventory, ListsAPathOnceAsItWasReachedFirst) {
-    const Strings directories = words("/A/./B/..// /A /A/ /../A/B a/.. . /");
     Folders folders;
-    for (const std::string& directory : directories)
-        folders[directory] = "X.app/";
-    EXPECT_EQ(pathsOf(scan(folders, directories)),
-              words("/../A/B/X.app /A/./B/..//X.app /X.app a/../X.app"));
+    for (const std::string& folder : words("/A/./B/..// /A /A/ /../A/B a/.. . /"))
+        folders[folder] = "X.app/";
+    EXPECT_EQ(
+        scan(folders, {{"/A/./B/..//"}, {"/A"}, {"/A/"}, {"/../A/B"}, {"a/.."}, {"."}, {"/"}}),
+        words("X|/../A/B/X.app|| X|/A/./B/..//X.app|| X|/X.app|| X|a/../X.app||"));
 }
 
 TEST(Inventory, OrdersByNameThenByTheBytesOfThePath) {
     const Folders folders{
-        {"/b", "safari.app/ App9.app/"}, {"/a", "Safari.app/ App10.app/"}, {"/B", "SAFARI.app/"}};
-    EXPECT_EQ(pathsOf(scan(folders, words("/b /a /B"))),
-              words("/a/App10.app /b/App9.app /B/SAFARI.app /a/Safari.app /b/safari.app"));
+        {"/b", "s.app/ App9.app/"}, {"/a", "S.app/ App10.app/"}, {"/B", "S.app/"}};
+    EXPECT_EQ(
+        scan(folders, {{"/b"}, {"/a"}, {"/B"}}),
+        words("App10|/a/App10.app|| App9|/b/App9.app|| S|/B/S.app|| S|/a/S.app|| s|/b/s.app||"));
 }
 
 TEST(Inventory, LooksInThreeFoldersTheUsersOwnLast) {

@@ -16,8 +16,8 @@ std::string fields(std::string line) {
 }
 
 /// Returns the record as JSON without quotation marks.
-std::string bare(const std::optional<NowPlayingInfo>& info) {
-    std::string json = info ? Output::jsonLine(*info).value() : "absent";
+std::string bare(const NowPlayingInfo& info) {
+    std::string json = Output::jsonLine(info).value();
     std::erase(json, '"');
     return json;
 }
@@ -33,7 +33,7 @@ TEST(NowPlayingParse, ReadsALineOfSpotify) {
          "{app:Spotify,artist:A,live:false,playing:false,title:Missing Value}"},
     };
     for (const auto& [line, expected] : cases)
-        EXPECT_EQ(bare(spotify(fields(line))), expected) << line;
+        EXPECT_EQ(bare(spotify(fields(line)).value()), expected) << line;
     expectVerdicts(
         [](const std::string& line) { return spotify(fields(line)); }, {"playing^T"},
         {"stopped^T", "Playing^T", "playing^^A", "playing^missing value", "playing", ""});
@@ -51,7 +51,7 @@ TEST(NowPlayingParse, ReadsALineOfMusic) {
         {"paused^T^^L^180^7^S", "{album:L,app:Music,artist:T,live:true,playing:false,title:S}"},
     };
     for (const auto& [line, expected] : cases)
-        EXPECT_EQ(bare(music(fields(line))), expected) << line;
+        EXPECT_EQ(bare(music(fields(line)).value()), expected) << line;
     expectVerdicts([](const std::string& line) { return music(fields(line)); },
                    {"paused^^^^^^S", "playing^T"}, {"stopped^T^A", "playing^^A^L^180"});
 }
@@ -76,14 +76,13 @@ TEST(NowPlayingParse, HasAKeyForArtworkOfWhichThereIsAny) {
 }
 
 TEST(NowPlayingParse, SplitsAStreamTitleAtTheFirstDashBetweenSpaces) {
-    const std::pair<std::string_view, StreamTitle> split[] = {
-        {"\n A \u00A0-  B \u2013 C - D\t", {.artist = "A \u00A0-  B", .title = "C - D"}},
-        {"A \u2014 B \u2013 C - D", {.artist = "A", .title = "B \u2013 C - D"}},
-        {"A  -  B", {.artist = "A", .title = "B"}},
-        {"A -  - B", {.artist = "A", .title = "- B"}},
+    const auto splits = [](std::string_view text, std::string_view artist, std::string_view title) {
+        return splitStreamTitle(text) == StreamTitle{.artist = artist, .title = title};
     };
-    for (const auto& [text, parts] : split)
-        EXPECT_EQ(splitStreamTitle(text), parts) << text;
+    EXPECT_TRUE(splits("\n A \u00A0-  B \u2013 C - D\t", "A \u00A0-  B", "C - D"));
+    EXPECT_TRUE(splits("A \u2014 B \u2013 C - D", "A", "B \u2013 C - D"));
+    EXPECT_TRUE(splits("A  -  B", "A", "B"));
+    EXPECT_TRUE(splits("A -  - B", "A", "- B"));
     expectRefused(splitStreamTitle, {"A-B", " - B", "A - ", "A -\tB", "A \u2212 B", ""});
 }
 
@@ -114,8 +113,7 @@ TEST(NowPlayingParse, ReadsANumberAsPlayersWriteIt) {
 TEST(NowPlayingParse, PicksWhatPlaysElseTheFirst) {
     const NowPlayingInfo a{.title = "a"};
     const NowPlayingInfo b{.title = "b", .playing = true};
-    const NowPlayingInfo c{.title = "c", .playing = true};
-    EXPECT_EQ(pick(std::vector{a, b, c}), b);
+    EXPECT_EQ(pick(std::vector{a, b, NowPlayingInfo{.playing = true}}), b);
     EXPECT_EQ(pick(std::vector{a, NowPlayingInfo{}}), a);
     EXPECT_FALSE(pick({}));
 }
