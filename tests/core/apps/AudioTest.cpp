@@ -10,14 +10,9 @@ namespace {
 
 using namespace AudioOutputs;
 
-TEST(AudioOutputs, PacksUpToFourBytes) {
+TEST(AudioOutputs, PacksACodeOfUpToFourBytesAndNamesItsTransport) {
     EXPECT_EQ(fourCC("bltn"), 0x626C746EU);
     EXPECT_EQ(fourCC("ab"), 0x6162U);
-    EXPECT_EQ(fourCC(""), 0U);
-    EXPECT_EQ(fourCC("abc\u00E9"), 0x616263C3U);
-}
-
-TEST(AudioOutputs, NamesTheTransportOfEveryKnownCode) {
     const std::pair<std::string_view, std::string_view> names[] = {
         {"bltn", "built-in"}, {"blue", "bluetooth"},   {"blea", "bluetooth"},   {"airp", "airplay"},
         {"usb ", "usb"},      {"hdmi", "hdmi"},        {"dprt", "displayport"}, {"virt", "virtual"},
@@ -36,8 +31,7 @@ TEST(AudioOutputs, AnIdentifierIsPrintableAsciiAndIsNeverTakenForAnOption) {
     }
     expectVerdicts(isValidID, {times(200, "x")}, {"", times(201, "x")});
     EXPECT_EQ(parseSetArgs(Strings{"a b "}), "a b ");
-    for (const Strings& arguments : {Strings{}, {"-x"}, {"a", "a"}})
-        EXPECT_FALSE(parseSetArgs(arguments)) << testing::PrintToString(arguments);
+    EXPECT_FALSE(parseSetArgs({}) || parseSetArgs(words("-x")) || parseSetArgs(words("a a")));
 }
 
 /// Orders by length alone, as no other order does.
@@ -54,8 +48,7 @@ const RawAudioDevice devices[] = {
     {.deviceID = 4, .uid = "input", .name = "x", .outputChannels = 0},
     {.deviceID = 5, .uid = std::nullopt, .name = "x", .outputChannels = 2},
     {.deviceID = 6, .uid = "-x", .name = "x", .outputChannels = 2},
-    {.deviceID = 7, .uid = "nameless", .name = std::nullopt, .outputChannels = 2},
-    {.deviceID = 8, .uid = "blank", .name = " \u3000\t", .outputChannels = 2},
+    {.deviceID = 7, .uid = "blank", .name = std::nullopt, .outputChannels = 2},
     {.deviceID = 9, .uid = "hidden", .name = "bb", .outputChannels = 1},
     {.deviceID = 10, .uid = "blank", .name = " BB ", .outputChannels = 1},
     {.deviceID = 11, .uid = "default", .name = "The very longest", .outputChannels = 1},
@@ -69,14 +62,13 @@ TEST(AudioOutputs, ListsWhatCanBeChosenOnceTheDefaultFirst) {
         return text;
     };
     EXPECT_EQ(ids(std::nullopt), "hidden blank abc default ");
-    EXPECT_EQ(ids(99), ids(std::nullopt));
     EXPECT_EQ(ids(11), "default hidden blank abc ");
     EXPECT_EQ(Output::jsonLine(list(std::span(devices).first(1), 1, shorterFirst)),
               R"([{"id":"abc","isDefault":true,"name":"Long","transport":"usb"}])");
 }
 
 TEST(AudioOutputs, SwitchesToTheFirstVisibleOutputOfThatIdentifier) {
-    EXPECT_EQ(target("hidden", devices), devices[8]);
+    EXPECT_EQ(target("hidden", devices), devices[7]);
     EXPECT_EQ(target("abc", devices), devices[0]);
     EXPECT_EQ(target("-x", devices), devices[5]);
     for (const std::string_view uid : {"input", "abc ", "ABC", "", "nothing"})
@@ -84,12 +76,10 @@ TEST(AudioOutputs, SwitchesToTheFirstVisibleOutputOfThatIdentifier) {
 }
 
 TEST(AudioState, RoundsAScalarInSinglePrecision) {
-    const std::pair<float, int> cases[] = {{0.125F, 13}, {0.005F, 1},  {0.004F, 0},  {1.7F, 100},
-                                           {-0.2F, 0},   {0.145F, 15}, {0.285F, 29}, {0.265F, 26},
-                                           {3e38F, 100}, {-3e38F, 0}};
+    const std::pair<float, int> cases[] = {{0.125F, 13}, {0.145F, 15}, {0.285F, 29}, {0.005F, 1},
+                                           {0.004F, 0},  {-3e38F, 0},  {3e38F, 100}};
     for (const auto& [scalar, volume] : cases)
-        EXPECT_EQ(AudioState::fromScalar(scalar, true), AudioState::fromVolume(volume, true))
-            << scalar;
+        EXPECT_EQ(AudioState::fromScalar(scalar, true)->volume, volume) << scalar;
     for (const float scalar : {NAN, HUGE_VALF, -HUGE_VALF})
         EXPECT_FALSE(AudioState::fromScalar(scalar, false)) << scalar;
 }

@@ -8,22 +8,20 @@
 namespace velmo {
 namespace {
 
-std::weak_ordering ignoringCase(std::string_view a, std::string_view b) {
-    return Text::lowercased(a) <=> Text::lowercased(b);
-}
-
 using Folders = std::map<std::string, std::string>; ///< names by path; "/" ends a directory's
 using Bundles = std::map<std::string, Inventory::BundleInformation>; ///< by path
 
 /// Scans directories on a disk and returns the records as "name|path|bundleId|version". The scan
 /// may list none but the given folders.
-Strings scan(const Folders& folders, const std::vector<FileUrl>& directories,
-             Bundles bundles = {}) {
+Strings scan(const Folders& folders, std::vector<FileUrl> directories, Bundles bundles = {}) {
     const auto entries = [&](const std::string& path) {
         std::vector<Inventory::Entry> found;
         for (const std::string& name : words(folders.at(path)))
             found.push_back({name.substr(0, name.find('/')), name.ends_with('/')});
         return found;
+    };
+    const auto ignoringCase = [](std::string_view a, std::string_view b) {
+        return Text::lowercased(a) <=> Text::lowercased(b);
     };
     const auto bundle = [&](const std::string& path) { return bundles[path]; };
     Strings lines;
@@ -35,11 +33,11 @@ Strings scan(const Folders& folders, const std::vector<FileUrl>& directories,
 
 TEST(Inventory, ListsBundlesAndThoseOneFolderDown) {
     const Folders folders{
-        {"/A", "Utils/ B.app/ .app/ .Hidden.app/ .folder/ C.app Tools.APP/ app notes.txt"},
+        {"/A", "Utils/ B.app/ .app/ .Hidden.app/ .folder/ C.app T.APP/ app notes.txt"},
         {"/A/Utils", "D.app/ Deeper/ .E.app/"},
-        {"/A/Tools.APP", "F.app/ G.APP/"}};
-    EXPECT_EQ(scan(folders, {{"/A"}}), words("B|/A/B.app|| C|/A/C.app|| D|/A/Utils/D.app|| "
-                                             "F|/A/Tools.APP/F.app||"));
+        {"/A/T.APP", "F.app/ G.APP/"}};
+    EXPECT_EQ(scan(folders, {{"/A"}}),
+              words("B|/A/B.app|| C|/A/C.app|| D|/A/Utils/D.app|| F|/A/T.APP/F.app||"));
 }
 
 TEST(Inventory, NamesABundleAsItSaysOrAsItsFileIsNamed) {
@@ -69,9 +67,9 @@ TEST(Inventory, OrdersByNameThenByTheBytesOfThePath) {
 }
 
 TEST(Inventory, LooksInThreeFoldersTheUsersOwnLast) {
-    EXPECT_EQ(Inventory::defaultDirectories("/Users/u/"),
-              (std::array{FileUrl{"/Applications"}, FileUrl{"/System/Applications"},
-                          FileUrl{"/Users/u/Applications"}}));
+    const auto [all, system, own] = Inventory::defaultDirectories("/Users/u/");
+    EXPECT_EQ((Strings{all.path, system.path, own.path}),
+              words("/Applications /System/Applications /Users/u/Applications"));
 }
 
 TEST(AppRecord, IsReadBackOnlyWithItsFourTexts) {

@@ -101,10 +101,8 @@ TEST(NowPlayingParse, ReadsANumberAsPlayersWriteIt) {
         {"0e999", 0},
         {"1e308", 1e308},
         {"123456789012345678901234567890", 123456789012345678901234567890.0}};
-    for (const auto& [text, value] : accepted) {
-        EXPECT_EQ(number(text), value) << text;
-        EXPECT_FALSE(std::signbit(*number(text))) << text;
-    }
+    for (const auto& [text, value] : accepted)
+        EXPECT_TRUE(number(text) == value && !std::signbit(*number(text))) << text;
     expectRefused(number, {"", " ", "12\n", "\n12", "1 2", "\u0661"});
     expectRefused(number,
                   words("-1 -0.1 1,234.5 1.2.3 . + e5 1e 1e+ 1e1.5 0x10 inf nan 1e309 --1 1f"));
@@ -119,8 +117,10 @@ TEST(NowPlayingParse, PicksWhatPlaysElseTheFirst) {
 }
 
 TEST(NowPlayingParse, KnowsARefusalByItsNumber) {
-    EXPECT_TRUE(isAutomationDenied(-1743));
-    EXPECT_FALSE(isAutomationDenied(1743) || isAutomationDenied(std::nullopt));
+    EXPECT_TRUE(isAutomationDenied(-1743) && !isAutomationDenied(1743) && !isAutomationDenied({}));
+}
+
+TEST(NowPlayingPermission, NamesThePermissionAndThePlayer) {
     EXPECT_EQ(Output::jsonLine(NowPlayingPermission::of("Music")),
               R"({"app":"Music","permission":"automation"})");
 }

@@ -71,8 +71,11 @@ TEST(PowerGuardPolicy, NamesTheGravestReason) {
         {{.onAC = false, .battery = 94, .floor = 99}, Revert::battery},
         {{.onAC = false, .battery = 95, .floor = INT64_MAX}, {}},
     };
-    for (const auto& [facts, reason] : cases)
-        EXPECT_EQ(PowerGuardPolicy::check(facts), reason) << static_cast<int>(facts.thermalRaw);
+    int row = 0;
+    for (const auto& [facts, reason] : cases) {
+        EXPECT_EQ(PowerGuardPolicy::check(facts), reason) << "row " << row;
+        ++row;
+    }
 }
 
 } // namespace
