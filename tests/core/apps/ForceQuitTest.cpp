@@ -77,8 +77,7 @@ TEST(ForceQuitPolicy, AnIdentifierDecidesAloneWhereThereIsOne) {
 }
 
 TEST(ForceQuitPolicy, ARecycledProcessIdentifierIsAnotherProcess) {
-    EXPECT_TRUE(startMatches({}, 5) && startMatches("", {}));
-    EXPECT_TRUE(startMatches("00000000000000000123", 123));
+    EXPECT_TRUE(startMatches({}, 5) && startMatches("", {}) && startMatches("000123", 123));
     EXPECT_FALSE(startMatches("9223372036854775808", INT64_MIN));
     EXPECT_FALSE(startMatches("123", {}) || startMatches("0", 0) || startMatches("-1", -1));
     EXPECT_FALSE(startMatches("124", 123) || startMatches("+123", 123));
