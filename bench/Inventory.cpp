@@ -4,6 +4,7 @@
 #include "platform/host/FolderList.h"
 #include "platform/host/NameOrder.h"
 #include "platform/host/PropertyList.h"
+#include "platform/host/PropertyListFile.h"
 
 #include "lab/instruments/TemporaryFolder.h"
 #include <plist/plist.h>
