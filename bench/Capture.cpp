@@ -8,11 +8,11 @@ namespace velmo::bench {
 
 namespace {
 
-constexpr std::int64_t width = 3840;
-constexpr std::int64_t height = 2160;
+constexpr std::int64_t width = 3840;  ///< pixels
+constexpr std::int64_t height = 2160; ///< pixels
 constexpr std::int64_t bytesPerRow = width * 4;
 
-/// One colour: what has to be looked at to the end before it is called blank.
+/// Returns a picture of one colour, which is known to be blank only when all of it was looked at.
 Bytes blankCapture() {
     Bytes bytes(static_cast<std::size_t>(bytesPerRow * height));
     for (std::size_t i = 0; i < bytes.size(); i += 4) {
@@ -24,7 +24,7 @@ Bytes blankCapture() {
     return bytes;
 }
 
-/// The same question put to every pixel.
+/// Tells whether a picture is blank by looking at every pixel.
 bool isBlankThroughout(const Bytes& bytes) {
     for (std::size_t i = 0; i < bytes.size(); i += 4) {
         if (std::memcmp(bytes.data() + i, bytes.data(), 4) != 0)

@@ -12,9 +12,10 @@ namespace velmo::bench {
 
 namespace {
 
-constexpr std::size_t imageBytes = std::size_t{5} << 20;
+constexpr std::size_t imageBytes = std::size_t{5} << 20; ///< the most that may be written
 
-/// Begins as a picture of 100 x 100 does; the rest is noise.
+/// Returns a request to write a picture that begins as one of 100 x 100 pixels does; the rest of
+/// its bytes are noise.
 std::string imageBody() {
     Bytes png(imageBytes);
     std::uint32_t noise = 1;
@@ -29,7 +30,8 @@ std::string imageBody() {
     return R"({"png":")" + Base64::encode(png) + "\"}";
 }
 
-/// Four characters at a time by table, nothing checked but that they are in the alphabet.
+/// Decodes four characters at a time by a table. Nothing is checked but that each is in the
+/// alphabet.
 bool decodeBase64(std::string_view text, Bytes& out) {
     static const auto values = [] {
         std::array<std::uint32_t, 256> table{};

@@ -17,7 +17,7 @@ namespace velmo::bench {
 
 namespace {
 
-/// A simulated Mac with the daemon as a real process.
+/// A simulated Mac whose daemon runs as a real process.
 class RunningDaemon {
 public:
     RunningDaemon() {
@@ -33,7 +33,7 @@ public:
 
     [[nodiscard]] RawClient connect() const { return RawClient(socket_); }
 
-    /// What the daemon runs for a hold and its release.
+    /// Runs pmset twice, as the daemon does for a hold and its release.
     [[nodiscard]] bool runTools() const {
         const auto set = [&](std::string_view value) {
             return outputOf(mac_.pmset().string(),

@@ -14,8 +14,8 @@ namespace velmo::bench {
 
 namespace {
 
-constexpr std::size_t total = std::size_t{64} << 20; ///< bytes of payload
-constexpr std::size_t readSize = std::size_t{16} << 10;
+constexpr std::size_t total = std::size_t{64} << 20;    ///< bytes of payload
+constexpr std::size_t readSize = std::size_t{16} << 10; ///< bytes that a decoder gets at a time
 
 Bytes terminalOutput(std::size_t size) {
     Bytes bytes(size);
@@ -67,7 +67,7 @@ void copy(benchmark::State& state, const Bytes& stream) {
     }
 }
 
-/// The frames of a WebSocket server, unmasked, as large as ours.
+/// Returns unmasked WebSocket frames, as a server sends them, with payloads as large as ours.
 Bytes webSocketStream(std::size_t frames, std::size_t payload) {
     Bytes one{0x82}; // final, binary
     if (payload < 126) {
@@ -198,8 +198,8 @@ void addFrames(Suite& suite) {
                 .unit = "frames of 1 KiB",
                 .sizes = {1 << 8, 1 << 10, 1 << 12, 1 << 14}},
                [](benchmark::State& state) {
-                   // The same few frames again and again: growth of the decoder's work, not of what
-                   // the caches miss.
+                   // A few frames are decoded again and again, so that they stay in the cache: what
+                   // grows is the decoder's work alone.
                    const std::size_t few = 64;
                    const Bytes stream = ptyStream(few, 1024);
                    for (auto _ : state) {

@@ -14,8 +14,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// What a thumb on a phone sends in a minute: mostly movement, some scrolling, a few keys and
-/// words.
+/// Returns the lines that a phone sends in about a minute: mostly movement, some scrolling, a few
+/// keys and words.
 Lines session() {
     std::mt19937 random(7);
     const auto upTo = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };

@@ -4,6 +4,7 @@
 #include "platform/host/FolderList.h"
 #include "platform/host/NameOrder.h"
 #include "platform/host/PropertyList.h"
+#include "platform/host/PropertyListFile.h"
 
 #include "lab/instruments/TemporaryFolder.h"
 #include <plist/plist.h>
@@ -23,7 +24,7 @@ std::string information(std::size_t number) {
          << "<key>CFBundleName</key><string>Application " << number << "</string>"
          << "<key>CFBundleIdentifier</key><string>com.example.a" << number << "</string>"
          << "<key>CFBundleShortVersionString</key><string>1." << number << "</string>";
-    // What else such files hold.
+    // Such files contain much else.
     for (int i = 0; i < 40; ++i)
         list << "<key>Key" << i << "</key><array><string>value</string><integer>" << i
              << "</integer></array>";
@@ -31,7 +32,7 @@ std::string information(std::size_t number) {
     return list.str();
 }
 
-/// A folder of applications on the disk.
+/// A folder of applications on the disk, which is removed with the object.
 class Applications {
 public:
     explicit Applications(std::size_t count) {

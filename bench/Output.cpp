@@ -16,7 +16,7 @@ namespace {
 
 using Windows = std::vector<WindowRecord>;
 
-/// Nothing in them that one writer escapes and another does not: all write the same line.
+/// Returns windows whose texts all of the writers escape alike, so that all write the same line.
 Windows windows(std::size_t count) {
     Windows result;
     for (std::size_t i = 0; i < count; ++i) {
@@ -97,7 +97,7 @@ std::string withRapidJson(const Windows& windows) {
     return buffer.GetString();
 }
 
-/// What it costs when nobody looks at what the texts hold.
+/// Writes the line without looking for characters that must be escaped.
 std::string withPrintf(const Windows& windows) {
     const auto truth = [](bool value) { return value ? "true" : "false"; };
     std::string list = "[";

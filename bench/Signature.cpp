@@ -11,8 +11,8 @@ namespace velmo::bench {
 
 namespace {
 
-constexpr int width = SignatureRenderer::width;
-constexpr int height = SignatureRenderer::height;
+constexpr int width = SignatureRenderer::width;   ///< pixels
+constexpr int height = SignatureRenderer::height; ///< pixels
 
 cairo_status_t append(void* target, const unsigned char* data, unsigned length) {
     auto& bytes = *static_cast<Bytes*>(target);
@@ -20,7 +20,7 @@ cairo_status_t append(void* target, const unsigned char* data, unsigned length) 
     return CAIRO_STATUS_SUCCESS;
 }
 
-/// The same picture by cairo and, through it, libpng, both as they are by default.
+/// Draws the same picture with cairo, which writes it with libpng, both in their default settings.
 Bytes withCairo(const SignatureBody& body) {
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
         cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), &cairo_surface_destroy);

@@ -11,7 +11,7 @@ namespace velmo::bench {
 
 namespace {
 
-constexpr double nanosecond = 1e-9;
+constexpr double nanosecond = 1e-9; ///< seconds
 
 std::string nameOf(const std::string& what, const std::string& who) {
     return what + "|" + who;
@@ -23,7 +23,7 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
-/// Takes down the time of every repetition and shows on the terminal how far it is.
+/// Collects the time of every repetition and shows the progress on the terminal.
 class Collector final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -98,7 +98,7 @@ void Suite::grow(Growth growth, const Body& body) {
 
 bool Suite::run(int argc, char** argv) {
     std::vector<std::string> words(argv, argv + argc);
-    // What the caller says comes later and wins.
+    // Of two values of an option the later one counts, which is the caller's.
     words.insert(words.begin() + 1,
                  {"--benchmark_repetitions=9", "--benchmark_enable_random_interleaving=true",
                   "--benchmark_min_time=0.02"});
@@ -133,7 +133,8 @@ std::vector<Suite::Pair> Suite::pairs() const {
     return pairs;
 }
 
-/// The slope of the logarithms: 1 where twice the input costs twice the time.
+/// Returns the slope of the line that fits the logarithms of size and time best: 1 if twice the
+/// input takes twice the time. Not a number if nothing was measured.
 double Suite::exponent(const Growth& growth) const {
     double n = 0;
     double sumX = 0;
@@ -175,7 +176,7 @@ std::string Suite::markdown() const {
     out << "\n| how the cost grows | sizes | exponent |\n|---|---|---|\n";
     for (const Growth& growth : growths_) {
         if (!std::isfinite(exponent(growth)))
-            continue; // it was filtered out
+            continue; // The caller's filter left it out.
         out << "| " << growth.what << " | ";
         for (const long size : growth.sizes)
             out << size << ' ';
@@ -185,13 +186,13 @@ std::string Suite::markdown() const {
 }
 
 std::string Suite::svg() const {
-    constexpr int rowHeight = 22;
-    constexpr int labelWidth = 470;
-    constexpr int chartWidth = 480;
-    constexpr double decades = 4; // from a tenth to a thousand times
-    constexpr double lowest = -1;
+    constexpr int rowHeight = 22;    ///< pixels
+    constexpr int labelWidth = 470;  ///< pixels
+    constexpr int chartWidth = 480;  ///< pixels
+    constexpr double minDecade = -1; ///< the axis begins at a tenth
+    constexpr double decades = 4;    ///< and ends at a thousand times
     const auto x = [](double factor) {
-        const double place = (std::log10(factor) - lowest) / decades;
+        const double place = (std::log10(factor) - minDecade) / decades;
         return labelWidth + chartWidth * std::clamp(place, 0.0, 1.0);
     };
     const auto all = pairs();

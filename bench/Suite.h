@@ -9,46 +9,49 @@
 
 namespace velmo::bench {
 
-/// What a comparison aims at: ours at least `factor` times as fast as the contender.
+/// What a comparison aims at: we are at least `factor` times as fast as the contender.
 struct Aim {
     std::string contender;
-    double factor;
+    double factor; ///< 0 for a contender that is only shown
 };
 
 /// One thing done to one input by us and by others, measured in the same run.
 struct Comparison {
     std::string what;
-    std::string input;
+    std::string input;     ///< described for people
     std::vector<Aim> aims; ///< one for each contender, in the order of the table
 };
 
 /// How the cost of one thing grows with its input.
 struct Growth {
     std::string what;
-    std::string unit; ///< what is counted
-    std::vector<long> sizes;
+    std::string unit;        ///< of the sizes
+    std::vector<long> sizes; ///< of the input, ascending
 };
 
 using Body = std::function<void(benchmark::State&)>;
 
+/// The name of our own body in a comparison.
 inline constexpr const char* ours = "Velmo";
 
-/// All there is to measure, and, once it has run, what came out.
+/// Everything that is measured and, after `run`, the results.
 class Suite {
 public:
-    /// `ours` and a body for each contender of the comparison.
+    /// Adds a comparison. There is a body under the name `ours` and one for each contender.
     void compare(Comparison comparison, const std::map<std::string, Body>& bodies);
 
-    /// The body is run with each of the sizes as `state.range(0)`.
+    /// Adds a growth, whose body is run with each of the sizes as `state.range(0)`.
     void grow(Growth growth, const Body& body);
 
-    /// Runs everything, interleaved, and reads the medians. False when an argument is unknown.
+    /// Runs everything, with the repetitions interleaved, and keeps the median of each body. False
+    /// if an argument is unknown.
     [[nodiscard]] bool run(int argc, char** argv);
 
-    /// The tables for people; a missed aim is marked.
+    /// Returns the results as tables in Markdown. A missed aim is marked.
     [[nodiscard]] std::string markdown() const;
 
-    /// A bar for every pair, on a logarithmic scale: to the right of 1 is where we are faster.
+    /// Returns the comparisons as a picture: a bar for each contender, on a logarithmic scale,
+    /// which points to the right of 1 if we are faster and is red if the aim is missed.
     [[nodiscard]] std::string svg() const;
 
 private:
@@ -67,13 +70,13 @@ private:
     std::map<std::string, double> medians_; ///< seconds for one run, by benchmark name
 };
 
-/// Keeps the compiler from working ahead: the value counts as used.
+/// Counts as a use of the value, so that the compiler does not leave out the work that makes it.
 template<class T>
 void use(T&& value) {
     benchmark::DoNotOptimize(value);
 }
 
-// What there is to measure, a function for each file.
+// Each adds what the file of its name measures.
 void addCapture(Suite& suite);
 void addClipboard(Suite& suite);
 void addDaemon(Suite& suite);

@@ -1,5 +1,5 @@
-/// velmo-bench FOLDER [options of Google Benchmark]: measures everything beside its peers and its
-/// limits, prints the table, and writes it as benchmarks.md and benchmarks.svg into the folder.
+/// velmo-bench FOLDER [options of Google Benchmark] measures our functions beside those of other
+/// libraries, prints the tables, and writes them to benchmarks.md and benchmarks.svg in the folder.
 
 #include "bench/Suite.h"
 

@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// The same words for every tool.
+/// Every tool reads the same words.
 void Fuzz::target(Input input) {
     const auto words = input.words();
     if (const auto id = AudioOutputs::parseSetArgs(words)) {

@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// A bundle identifier, a mode, and an address.
+/// The input is a bundle identifier, a mode and an address, a line each.
 void Fuzz::target(Input input) {
     using namespace BrowserUrlPolicy;
     const std::string_view bundle = input.line();
@@ -18,13 +18,13 @@ void Fuzz::target(Input input) {
     require(!text
             || std::ranges::count(*text, '"') == std::ranges::count(*script(browsers[0]), '"'));
 
-    const Report told = report(known.value_or(browsers[0]), mode, url);
-    require(!told.url || (mode == "normal" && *told.url == url && url.size() <= urlMax));
-    require(!told.url || (url.starts_with("http") && url.contains("://")));
-    require(!told.url
+    const Report reported = report(known.value_or(browsers[0]), mode, url);
+    require(!reported.url || (mode == "normal" && *reported.url == url && url.size() <= urlMax));
+    require(!reported.url || (url.starts_with("http") && url.contains("://")));
+    require(!reported.url
             || std::ranges::none_of(bytesOf(url), [](std::uint8_t byte) { return byte <= 0x20; }));
-    require(!told.none || told == Report::nothing());
-    require(JsonDocument::parse(encodeJson(told).value()).has_value());
+    require(!reported.none || reported == Report::nothing());
+    require(JsonDocument::parse(encodeJson(reported).value()).has_value());
 }
 
 } // namespace velmo

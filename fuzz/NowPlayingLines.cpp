@@ -37,7 +37,7 @@ void Fuzz::target(Input input) {
         requireLimits(*fromMusic);
     if (fromSpotify)
         requireLimits(*fromSpotify);
-    // A title by itself is one to both, a stream may give another.
+    // A line with a title is a track to both; only Music can do without, if a stream has one.
     require(!fromSpotify || fromMusic);
 }
 

@@ -3,7 +3,7 @@
 
 namespace velmo {
 
-/// The first line that says it decides: nothing before it does, nothing after it changes that.
+/// The first line with the setting decides: lines before it and after it change nothing.
 void Fuzz::target(Input input) {
     const std::string text(input.rest());
     const auto disabled = parseSleepDisabled(text);

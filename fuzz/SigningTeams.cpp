@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// The team lands inside a requirement: it must not be able to end the quotes around it.
+/// The team stands between quotes in a requirement, and must not be able to end them.
 void Fuzz::target(Input input) {
     const std::string team(input.rest());
     const auto client = powerClientRequirement(team);

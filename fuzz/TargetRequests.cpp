@@ -7,7 +7,8 @@
 
 namespace velmo {
 
-/// The words of a request to end an application; what it asks for must match what it names.
+/// The input is the words of a request to kill an application. What is accepted matches the process
+/// that it names, and is read again as the same request.
 void Fuzz::target(Input input) {
     const auto request = TargetRequest::parse(input.words());
     if (!request)

@@ -6,10 +6,10 @@
 
 namespace velmo {
 
-/// An installed application. `decodeRecord` reads it back.
+/// An installed application, as the list shows it.
 struct AppRecord {
-    std::string name;     ///< as it is shown
-    std::string path;     ///< of the bundle, as it was found
+    std::string name;     ///< the name that people see
+    std::string path;     ///< of the bundle, below the folder as the scan was given it
     std::string bundleId; ///< empty when unknown
     std::string version;  ///< empty when unknown
 

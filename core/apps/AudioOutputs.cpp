@@ -3,7 +3,6 @@
 #include "core/support/Text.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
 namespace velmo::AudioOutputs {
@@ -29,8 +28,6 @@ constexpr Transport transports[] = {
     {.code = fourCC("aggr"), .name = "virtual"},
 };
 
-constexpr std::size_t longestID = 200; // bytes
-
 std::string_view trimmed(const std::optional<std::string>& text) {
     return text ? Text::trimmed(*text, Text::isBlankOrNewline) : std::string_view();
 }
@@ -47,7 +44,7 @@ std::string_view transport(std::uint32_t code) {
 }
 
 bool isValidID(std::string_view id) {
-    return !id.empty() && id.size() <= longestID && id.front() != ' ' && id.front() != '-'
+    return !id.empty() && id.size() <= maxIDLength && id.front() != ' ' && id.front() != '-'
            && std::ranges::all_of(id, [](char c) { return c >= ' ' && c <= '~'; });
 }
 
@@ -74,7 +71,7 @@ std::vector<AudioOutput> list(std::span<const RawAudioDevice> devices,
                            .name = std::string(name),
                            .transport = std::string(transport(device.transportType)),
                            .isDefault = defaultID == device.deviceID};
-        // Behind its equals, which thereby stay in the order of the devices.
+        // Inserted behind its equals, so that they stay in the order of the devices.
         outputs.insert(std::ranges::upper_bound(outputs, output, before), std::move(output));
     }
     return outputs;

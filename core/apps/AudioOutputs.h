@@ -4,6 +4,7 @@
 #include "core/support/BigEndian.h"
 #include "core/support/Record.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -13,23 +14,23 @@
 
 namespace velmo {
 
-/// A device as the system's audio layer describes it.
+/// A sound device as the system's audio layer describes it.
 struct RawAudioDevice {
     std::uint32_t deviceID = 0;
-    std::optional<std::string> uid; ///< stays the same when the device comes back
+    std::optional<std::string> uid; ///< the same whenever the device is connected again
     std::optional<std::string> name;
-    std::uint32_t transportType = 0; ///< a code of four characters, `AudioOutputs::fourCC`
-    std::int64_t outputChannels = 0;
-    bool hidden = false;
+    std::uint32_t transportType = 0; ///< a code as `AudioOutputs::fourCC` makes it
+    std::int64_t outputChannels = 0; ///< 0 for a device that only records
+    bool hidden = false;             ///< the system does not offer it to people
 
     bool operator==(const RawAudioDevice&) const = default;
 };
 
-/// A device as it is listed to choose from.
+/// An output device that people may choose.
 struct AudioOutput {
-    std::string id; ///< the uid, trimmed
-    std::string name;
-    std::string transport; ///< `AudioOutputs::transport`
+    std::string id;        ///< the device's uid without white space around it
+    std::string name;      ///< without white space around it
+    std::string transport; ///< as `AudioOutputs::transport` names it
     bool isDefault = false;
 
     static constexpr auto fields = std::tuple{
@@ -40,30 +41,36 @@ struct AudioOutput {
 
 namespace AudioOutputs {
 
-/// The first four bytes of the text as one number, the first byte highest; of a shorter text the
-/// bytes that it has.
+inline constexpr std::size_t maxIDLength = 200; ///< bytes
+
+/// Returns the first four bytes of the text as one number, the first byte highest. A shorter text
+/// gives the number that its bytes make: "ab" is 0x6162, and "" is 0.
 constexpr std::uint32_t fourCC(std::string_view text) {
     return static_cast<std::uint32_t>(BigEndian::read(text.substr(0, 4)));
 }
 
-/// The way to the device in one word, such as "usb"; "other" for an unknown code.
+/// Returns how the device is connected in one word, such as "usb"; "other" for an unknown code.
 std::string_view transport(std::uint32_t code);
 
-/// 1 to 200 bytes of printable ASCII that begin with neither a space nor "-": what comes back from
-/// outside must not be taken for an option.
+/// Tells whether the text is 1 to `maxIDLength` bytes of printable ASCII and begins with neither a
+/// space nor "-". The phone sends the identifier back, and it becomes an argument of a command: it
+/// must never be read as an option.
 bool isValidID(std::string_view id);
 
-/// The one argument, if it is a valid identifier; untrimmed.
+/// Reads the arguments of the command that switches the output: a valid identifier alone, which is
+/// returned as it is.
 std::optional<std::string> parseSetArgs(std::span<const std::string> args);
 
-/// What can be chosen: visible devices with output channels, a valid identifier that no device
-/// before had, and a name. The default one comes first, the others in the order of `byValue`, which
-/// is a comparison with `DigitOrder::byValue`.
+/// Returns the devices that people may choose: those that are visible and have output channels, a
+/// valid identifier and a name. Of several with one identifier the first is listed. The default
+/// output comes first, the others follow by name; equal names stay in the order of the devices.
+/// `byValue` compares names with `DigitOrder::byValue`.
 std::vector<AudioOutput> list(std::span<const RawAudioDevice> devices,
                               std::optional<std::uint32_t> defaultID,
                               const NameComparison& byValue);
 
-/// The first visible device with output channels whose trimmed uid is this one.
+/// Returns the first visible device with output channels whose uid, without white space around it,
+/// is exactly this one.
 std::optional<RawAudioDevice> target(std::string_view uid, std::span<const RawAudioDevice> devices);
 
 } // namespace AudioOutputs

@@ -7,18 +7,18 @@ namespace velmo {
 
 namespace {
 
-constexpr std::int64_t highestVolume = 100;
+constexpr std::int64_t maxVolume = 100; ///< percent
 
 } // namespace
 
 AudioState AudioState::fromVolume(std::int64_t volume, bool muted) {
-    return {.volume = std::clamp(volume, std::int64_t{0}, highestVolume), .muted = muted};
+    return {.volume = std::clamp(volume, std::int64_t{0}, maxVolume), .muted = muted};
 }
 
 std::optional<AudioState> AudioState::fromScalar(float scalar, bool muted) {
     if (!std::isfinite(scalar))
         return std::nullopt;
-    // In double precision 0.145 would be 14, not 15.
+    // In double precision the float 0.145 would become 14 instead of 15.
     const float percent = std::round(std::clamp(scalar, 0.0F, 1.0F) * 100.0F);
     return fromVolume(static_cast<std::int64_t>(percent), muted);
 }

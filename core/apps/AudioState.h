@@ -8,19 +8,22 @@
 
 namespace velmo {
 
+/// How loud the Mac plays.
 struct AudioState {
     std::int64_t volume = 0; ///< percent, 0...100
     bool muted = false;
-    std::optional<std::string> output; ///< the device's name, where somebody filled it in
+    std::optional<std::string> output; ///< the device's name; absent unless the caller fills it in
 
-    /// The volume is brought into its range.
+    /// Makes a state of a volume in percent, which is clamped to 0...100.
     static AudioState fromVolume(std::int64_t volume, bool muted);
 
-    /// From the audio layer's 0.0...1.0; halves of a percent, in single precision, go up. Absent
-    /// when the volume is not finite.
+    /// Makes a state of the audio layer's volume, 0.0 to 1.0, to which a number outside is clamped.
+    /// It is rounded to whole percents, a half up, in single precision as the audio layer itself
+    /// computes. Absent if the number is not finite.
     static std::optional<AudioState> fromScalar(float scalar, bool muted);
 
-    /// From AppleScript's "output volume" and "output muted"; absent without a volume.
+    /// Makes a state of AppleScript's "output volume", in percent, and "output muted". Absent
+    /// without a volume, which some devices don't have; without "muted" the sound is on.
     static std::optional<AudioState> fromAppleScript(std::optional<std::int64_t> volume,
                                                      std::optional<bool> muted);
 

@@ -16,7 +16,7 @@ constexpr std::string_view scriptTail = R"("
     return {(mode of w) as text, (URL of active tab of w) as text}
 end tell)";
 
-bool mayBeTold(std::string_view url) {
+bool mayBeReported(std::string_view url) {
     return url.size() <= urlMax && (url.starts_with("http://") || url.starts_with("https://"))
            && std::ranges::none_of(url, Ascii::isSpaceOrControl) && Text::isValidUtf8(url);
 }
@@ -64,7 +64,7 @@ Report report(const Browser& browser, std::optional<std::string_view> mode,
         report.private_ = true;
     if (mode == "normal") {
         report.private_ = false;
-        if (url && mayBeTold(*url))
+        if (url && mayBeReported(*url))
             report.url = std::string(*url);
     }
     return report;

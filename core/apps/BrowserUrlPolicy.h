@@ -9,15 +9,20 @@
 #include <string>
 #include <string_view>
 
-/// Which page the front browser shows: whom to ask, with which script, and what of the answer may
-/// be told.
+/// Tells the phone which page the front browser shows: which browser to ask, with which script, and
+/// how much of its answer the phone may learn.
+///
+/// List the windows on screen from front to back, pick the browser with `front`, run its `script`
+/// and hand the two texts that it returns to `report`. If the system refuses to run the script
+/// because the user has not permitted it, send `Report::automation` instead.
 namespace velmo::BrowserUrlPolicy {
 
-/// Views of constants: the rows of the table, or what a caller keeps alive.
+/// A browser that is supported. The texts belong to the table below, or the caller keeps them
+/// alive.
 struct Browser {
-    std::string_view key;    ///< by which it is told
+    std::string_view key;    ///< the short name that the phone knows
     std::string_view bundle; ///< bundle identifier
-    bool scriptable = false;
+    bool scriptable = false; ///< it understands what `script` asks
 
     bool operator==(const Browser&) const = default;
 };
@@ -30,7 +35,7 @@ inline constexpr Browser browsers[] = {
 };
 
 struct Window {
-    std::int64_t layer = 0;            ///< of the window server; 0 is where applications' are
+    std::int64_t layer = 0;            ///< of the window server; 0 for ordinary windows
     std::optional<std::string> bundle; ///< bundle identifier of the owner
 
     bool operator==(const Window&) const = default;
@@ -38,18 +43,19 @@ struct Window {
 
 inline constexpr std::size_t urlMax = 2048; ///< bytes of UTF-8
 
+/// The record for the phone. What is not known, or must not be told, is absent.
 struct Report {
-    std::optional<std::string> browser; ///< its key
-    std::optional<bool> private_;       ///< whether the front window is
-    std::optional<std::string> url;     ///< the front tab's
-    std::optional<bool> none;           ///< true: the browser has no window
-    std::optional<std::string> permission;
-    std::optional<std::string> app; ///< whom the permission concerns
+    std::optional<std::string> browser;    ///< `Browser::key`
+    std::optional<bool> private_;          ///< whether the front window is a private one
+    std::optional<std::string> url;        ///< address of the front tab
+    std::optional<bool> none;              ///< true if the browser has no window, else absent
+    std::optional<std::string> permission; ///< the permission that is missing
+    std::optional<std::string> app;        ///< the application that the permission is about
 
-    /// There is no window.
+    /// Returns the report of a browser without a window.
     static Report nothing();
 
-    /// The system refused the script for lack of the permission to automate `app`.
+    /// Returns the report that the user has not permitted the host to automate `app`.
     static Report automation(std::string_view app);
 
     static constexpr auto fields = std::tuple{field("browser", &Report::browser),
@@ -61,21 +67,24 @@ struct Report {
     bool operator==(const Report&) const = default;
 };
 
-/// The row for a bundle identifier in whatever case.
+/// Returns the row of the table with this bundle identifier, in any letter case.
 std::optional<Browser> browser(std::optional<std::string_view> bundle);
 
-/// The browser of the first window, front to back, that is on layer 0 and belongs to one, whatever
-/// other applications' windows lie before it.
+/// Returns the browser whose window is frontmost. Windows of other applications, and those on
+/// another layer than 0, are passed over even if they lie in front of it.
 std::optional<Browser> front(std::span<const Window> windows);
 
-/// AppleScript that returns a list of two texts for `report`, mode and address. Absent when the
-/// browser is not scriptable, or its identifier is not made of ASCII letters, digits and points
-/// and could end the literal that it stands in.
+/// Returns the AppleScript that asks the browser for the mode and the address of its front window;
+/// it returns a list of the two texts. Absent if the browser is not scriptable, or if its
+/// identifier is made of anything but ASCII letters, digits and dots: it stands inside a literal of
+/// the script, which a quote would end.
 std::optional<std::string> script(const Browser& browser);
 
-/// Only the mode "normal" tells an address: at most `urlMax` bytes, beginning with "http://" or
-/// "https://", without blanks and control characters; any other is left out. It is told with all
-/// that stands in it, user names and passwords too.
+/// Returns the report of what the script returned. Only a window of mode "normal" has its address
+/// reported, if that is valid UTF-8 of at most `urlMax` bytes, begins with "http://" or "https://",
+/// and contains neither spaces nor control characters. User names and passwords in the address are
+/// not removed. The mode "none" stands for a browser without a window; of a mode that is not known,
+/// or absent, only the browser is reported.
 Report report(const Browser& browser, std::optional<std::string_view> mode,
               std::optional<std::string_view> url);
 

@@ -9,7 +9,7 @@
 
 namespace velmo {
 
-/// Asks whether the Dock hides itself, or has it do so or not.
+/// Asks whether the Dock hides itself, or switches that on or off.
 struct DockAutohideRequest {
     struct Set {
         bool autohide = false;
@@ -22,15 +22,16 @@ struct DockAutohideRequest {
 
     std::variant<Set, Get> action;
 
-    /// "get", "set" "1" or "set" "0", and nothing else.
+    /// Reads the words after the program's own name: "get" alone, or "set" and "0" or "1".
     static std::optional<DockAutohideRequest> parse(std::span<const std::string> args);
 
     bool operator==(const DockAutohideRequest&) const = default;
 };
 
+/// Whether the Dock hides itself, after a request was carried out.
 struct DockAutohideReport {
     bool autohide = false;
-    std::string method; ///< how it was read or set, for whoever looks for a fault
+    std::string method; ///< how the caller read or set it, for finding faults
 
     static constexpr auto fields = std::tuple{field("autohide", &DockAutohideReport::autohide),
                                               field("method", &DockAutohideReport::method)};

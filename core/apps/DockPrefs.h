@@ -9,12 +9,12 @@
 
 namespace velmo {
 
-/// An application in the Dock. What stands in a tile comes from preferences that any program may
-/// write: to be shown, not to be trusted.
+/// An application in the Dock. Its texts come from preferences that any program may write: show
+/// them, but don't rely on them.
 struct DockTile {
-    std::string bundleId; ///< empty where the tile names none
-    std::string path;     ///< empty where it is unknown
-    std::string label;
+    std::string bundleId; ///< empty if the tile has none
+    std::string path;     ///< empty if it is unknown
+    std::string label;    ///< the name that the Dock shows
 
     static constexpr auto fields =
         std::tuple{field("bundleId", &DockTile::bundleId), field("path", &DockTile::path),
@@ -22,7 +22,7 @@ struct DockTile {
     bool operator==(const DockTile&) const = default;
 };
 
-/// A folder at the far end of the Dock.
+/// A folder in the Dock, beside the Trash.
 struct DockFolder {
     std::string path;
     std::string label;
@@ -34,13 +34,15 @@ struct DockFolder {
     bool operator==(const DockFolder&) const = default;
 };
 
+/// What is in the Dock.
 struct DockPrefs {
-    std::vector<DockTile> apps;    ///< pinned, in their order
-    std::vector<DockTile> recents; ///< empty when they are not shown
-    std::vector<DockFolder> others;
-    std::int64_t modCount = 0;       ///< counts the Dock's changes; 0 when unknown
-    std::optional<bool> trashFull;   ///< absent: unknown
-    std::optional<bool> showRecents; ///< absent: unknown, which counts as shown
+    std::vector<DockTile> apps; ///< the pinned applications, in the Dock's order
+    std::vector<DockTile>
+        recents; ///< recently used applications; none if the Dock does not show them
+    std::vector<DockFolder> others;  ///< the folders, in the Dock's order
+    std::int64_t modCount = 0;       ///< grows with every change of the Dock; 0 if unknown
+    std::optional<bool> trashFull;   ///< absent if unknown
+    std::optional<bool> showRecents; ///< absent if unknown: the Dock then shows them
 
     static constexpr auto fields = std::tuple{
         field("apps", &DockPrefs::apps),           field("recents", &DockPrefs::recents),

@@ -5,18 +5,18 @@
 #include "core/support/Text.h"
 
 #include <algorithm>
-#include <optional>
-#include <span>
+#include <utility>
 
 namespace velmo::DockPrefsParser {
 
 namespace {
 
-constexpr std::size_t maxText = 1024; // characters
+constexpr std::size_t maxText = 1024; ///< user-perceived characters
 
 constexpr std::string_view fileTile = "file-tile";
 constexpr std::string_view directoryTile = "directory-tile";
 
+/// Returns the text without white space around it, or "" if it is none or too long.
 std::string text(const Value& value) {
     const std::string_view kept = Text::trimmed(value.text().value_or(""), Text::isBlankOrNewline);
     return Text::hasMoreCharactersThan(kept, maxText) ? std::string() : std::string(kept);
@@ -29,10 +29,10 @@ struct Tile {
     std::string label;
 };
 
-/// Returns the first `maxTiles` entries, without those that are no tile.
-std::vector<Tile> tiles(const Value* value) {
+/// Returns those of the first `maxTiles` entries that have the form of a tile, whatever its type.
+std::vector<Tile> tiles(const Value& value) {
     std::vector<Tile> result;
-    const auto entries = value == nullptr ? std::span<const Value>() : value->elements();
+    const auto entries = value.elements();
     for (const Value& entry : entries.first(std::min(entries.size(), maxTiles))) {
         const Value& data = entry["tile-data"];
         if (data.dictionary() == nullptr)
@@ -55,18 +55,18 @@ DockPrefs parse(const Value::Dictionary& prefs, std::string_view downloads) {
     const auto pref = [&](std::string_view name) -> const Value& {
         return Value::member(&prefs, name);
     };
-    DockPrefs result{.apps = apps(&pref("persistent-apps")),
+    DockPrefs result{.apps = apps(pref("persistent-apps")),
                      .recents = {},
-                     .others = others(&pref("persistent-others"), downloads),
+                     .others = others(pref("persistent-others"), downloads),
                      .modCount = pref("mod-count").number().value_or(0),
                      .trashFull = pref("trash-full").truth(),
                      .showRecents = pref("show-recents").truth()};
     if (result.showRecents != false)
-        result.recents = apps(&pref("recent-apps"));
+        result.recents = apps(pref("recent-apps"));
     return result;
 }
 
-std::vector<DockTile> apps(const Value* value) {
+std::vector<DockTile> apps(const Value& value) {
     std::vector<DockTile> result;
     for (Tile& tile : tiles(value)) {
         if ((tile.type.empty() || tile.type == fileTile)
@@ -78,7 +78,7 @@ std::vector<DockTile> apps(const Value* value) {
     return result;
 }
 
-std::vector<DockFolder> others(const Value* value, std::string_view downloads) {
+std::vector<DockFolder> others(const Value& value, std::string_view downloads) {
     downloads = PathText::withoutTrailingSlash(downloads);
     std::vector<DockFolder> result;
     for (Tile& tile : tiles(value)) {
@@ -93,13 +93,9 @@ std::vector<DockFolder> others(const Value* value, std::string_view downloads) {
 }
 
 std::string path(std::string_view fromURLString) {
-    if (const auto url = FileUrl::parse(fromURLString)) {
-        std::string found = url->path;
-        if (found.size() >= 2 && found.ends_with('/'))
-            found.pop_back();
-        return found;
-    }
-    return fromURLString.starts_with('/') ? std::string(fromURLString) : std::string();
+    if (const auto url = FileUrl::parse(fromURLString))
+        return url->path == "/" ? "/" : std::string(PathText::withoutTrailingSlash(url->path));
+    return std::string(fromURLString.starts_with('/') ? fromURLString : "");
 }
 
 } // namespace velmo::DockPrefsParser

@@ -8,26 +8,30 @@
 #include <string_view>
 #include <vector>
 
-/// The Dock's preferences as the Dock itself keeps them. Nothing fails: a text of another kind or
-/// of more than 1024 characters reads as "", a number of another kind as 0, an entry that can't be
-/// read is skipped.
+/// Reads the Dock's preferences (the domain "com.apple.dock") in the form in which the Dock keeps
+/// them. Any value is accepted: a text is read as "" if the value is no text or has more than 1024
+/// user-perceived characters, a number as 0 if the value is no number, and a tile that can't be
+/// read is left out.
 namespace velmo::DockPrefsParser {
 
-/// Entries that are examined in any one list, skipped ones counted.
+/// How many entries of one list are looked at, those that are left out included.
 inline constexpr std::size_t maxTiles = 200;
 
-/// `downloads` is the path of the user's Downloads folder, perhaps with one slash behind it.
+/// Reads all that the Dock contains. `downloads` is the path of the user's Downloads folder, with
+/// or without one trailing slash.
 DockPrefs parse(const Value::Dictionary& prefs, std::string_view downloads);
 
-/// The tiles of type "file-tile", or of none, that have a bundle identifier or a path that ends in
-/// ".app" in whatever case. None of null.
-std::vector<DockTile> apps(const Value* value);
+/// Returns the applications in a list of tiles, and none if the value is no list. A tile counts if
+/// its type is "file-tile" or missing and it has a bundle identifier or, failing that, a path that
+/// ends in ".app" in any letter case.
+std::vector<DockTile> apps(const Value& value);
 
-/// The tiles of type "directory-tile" that have a path. None of null.
-std::vector<DockFolder> others(const Value* value, std::string_view downloads);
+/// Returns the folders in a list of tiles, and none if the value is no list. A tile counts if its
+/// type is "directory-tile" and it has a path.
+std::vector<DockFolder> others(const Value& value, std::string_view downloads);
 
-/// The path that a "file://" address (see `FileUrl::parse`) leads to, without one slash behind it;
-/// an absolute path as it is; "" for anything else.
+/// Returns the path of a "file://" address (see `FileUrl::parse`) without its one trailing slash;
+/// an absolute path unchanged; "" for any other text.
 std::string path(std::string_view fromURLString);
 
 } // namespace velmo::DockPrefsParser

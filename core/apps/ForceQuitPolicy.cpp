@@ -16,7 +16,7 @@ std::optional<std::string_view> nonEmpty(const std::optional<std::string>& text)
     return text && !text->empty() ? std::optional<std::string_view>(*text) : std::nullopt;
 }
 
-/// Without the blanks around it, in lower case; "" when absent.
+/// Returns the text in lower case without blanks around it; "" if it is absent.
 std::string normalized(std::optional<std::string_view> text) {
     return Text::lowercased(Text::trimmed(text.value_or(""), Text::isBlank));
 }

@@ -10,17 +10,21 @@
 #include <string>
 #include <string_view>
 
-/// Which processes may be killed at the phone's request: none whose end logs the user out, freezes
-/// the screen or takes the host away, and none but the one that the phone saw.
+/// Decides whether a process may be killed at the phone's request: never one whose end would log
+/// the user out, freeze the screen or stop the host, and never another one than the phone saw.
 namespace velmo::ForceQuitPolicy {
 
-enum class Verdict { terminate, relaunch, refuse };
+enum class Verdict {
+    terminate,
+    relaunch, ///< end it in a way that starts it again
+    refuse,
+};
 using enum Verdict;
 
 inline constexpr std::string_view velmoBundlePrefix = BundleIdentifier::velmoPrefix;
 inline constexpr std::string_view finderPath = "/System/Library/CoreServices/Finder.app";
 
-// The tables are in lower case: identifiers and paths are compared in any.
+// The tables are in lower case; letter case is ignored when a text is looked up in them.
 
 inline constexpr auto relaunchBundleIds = std::to_array<std::string_view>({"com.apple.finder"});
 
@@ -40,7 +44,7 @@ inline constexpr auto protectedBundleIds = std::to_array<std::string_view>({
     "com.apple.textinputmenuagent",
 });
 
-/// Names of executables.
+/// The file names of executables.
 inline constexpr auto protectedNames = std::to_array<std::string_view>({
     "loginwindow",
     "windowserver",
@@ -58,10 +62,11 @@ inline constexpr auto protectedNames = std::to_array<std::string_view>({
 inline constexpr auto systemPaths =
     std::to_array<std::string_view>({"/system/", "/usr/", "/bin/", "/sbin/"});
 
-/// Whether the path lies below one of the system's own folders.
+/// Tells whether the path lies below one of the system's own folders, `systemPaths`. A path that is
+/// absent or relative does not.
 bool isSystemPath(std::optional<std::string_view> path);
 
-/// What was found out about the process that would be ended. An empty text counts as absent.
+/// What is known of the process that would be killed. An empty text counts as absent.
 struct Process {
     std::int32_t pid = 0;
     std::optional<std::string> bundleId;
@@ -69,20 +74,21 @@ struct Process {
     std::optional<std::string> executablePath;
 };
 
-/// Refused are the kernel and launchd, the host's own processes (`ownPids`), the product's other
-/// applications, and what the system needs, as long as it is the system's: an application that
-/// merely borrows such an identifier is ended. The Finder is ended in a way that brings it back.
+/// Decides what is done with the process. The kernel, launchd, the host's own processes
+/// (`ownPids`), the product's other applications and the protected parts of the system are refused.
+/// Only what lies in a folder of the system is protected: an application elsewhere that uses a
+/// protected identifier or name is terminated. The Finder at `finderPath` is relaunched.
 Verdict verdict(const Process& process, std::span<const std::int32_t> ownPids);
 
-/// Whether the running application is the one that is expected by its bundle identifier or, only
-/// if it has none, by its bundle path. Blanks around the texts and letter case do not count;
-/// nothing matches an empty expectation.
+/// Tells whether the running application is the expected one. `expected` is compared with its
+/// bundle identifier or, only if it has none, with its bundle path. Blanks around the texts and
+/// letter case are ignored; an empty expectation matches nothing.
 bool identityMatches(std::string_view expected, std::optional<std::string_view> bundleId,
                      std::optional<std::string_view> bundlePath);
 
-/// Whether the process started when it is expected to have: a decimal number, leading zeros let
-/// pass. Without an expectation, or with an empty one, every process matches; with one, no process
-/// whose start time is unknown or not above 0.
+/// Tells whether the process started at the expected time, ASCII digits with perhaps leading zeros.
+/// An absent or empty expectation matches every process; any other matches no process whose start
+/// time is absent or not above 0.
 bool startMatches(std::optional<std::string_view> expected, std::optional<std::int64_t> actual);
 
 } // namespace velmo::ForceQuitPolicy

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view bundleSuffix = ".app";
 
-/// Without ".", "..", doubled and trailing slashes; the disk is not asked.
+/// Returns the path without ".", "..", doubled and trailing slashes. Links are not resolved.
 std::string standardised(const std::string& path) {
     std::string result = std::filesystem::path(path).lexically_normal().string();
     if (result.size() > 1 && result.ends_with('/'))
@@ -21,10 +21,10 @@ std::string standardised(const std::string& path) {
     return result;
 }
 
-/// A folder both as it was found and standardised.
+/// The path of a folder or bundle.
 struct Place {
-    std::string path;
-    std::string key;
+    std::string path; ///< as it was reached
+    std::string key;  ///< standardised
 
     [[nodiscard]] Place at(std::string_view name) const {
         return {.path = PathText::join(path, name), .key = PathText::join(key, name)};
@@ -35,7 +35,7 @@ class Scan {
 public:
     explicit Scan(const Services& services) : services_(services) {}
 
-    /// Adds the bundles that lie in the folder, and hands over the folders that do.
+    /// Adds the bundles that lie directly in the folder, and calls `enter` with its other folders.
     template<class Enter>
     void walk(const Place& folder, const Enter& enter) {
         for (const Entry& entry : services_.entries(folder.path)) {
@@ -49,7 +49,7 @@ public:
     }
 
     std::vector<AppRecord> sorted() {
-        // No two are equal: each path is there once.
+        // No two records are equal, since each path is listed once: the sort need not be stable.
         std::ranges::sort(records_, [&](const AppRecord& a, const AppRecord& b) {
             const auto order = services_.byCharacter(a.name, b.name);
             return order == 0 ? a.path < b.path : order < 0;

@@ -12,45 +12,49 @@
 #include <string_view>
 #include <vector>
 
-/// The installed applications.
+/// Lists the installed applications.
 namespace velmo::Inventory {
 
+/// What a folder contains under one name.
 struct Entry {
     std::string name;
-    bool isDirectory = false; ///< links followed
+    bool isDirectory = false; ///< also for a link to a directory
 };
 
-/// What a bundle says of itself; absent where there is no text under the key.
+/// What the property list in a bundle says of it. A key that is missing, or whose value is no text,
+/// is absent.
 struct BundleInformation {
     std::optional<std::string> displayName; ///< "CFBundleDisplayName"
     std::optional<std::string> name;        ///< "CFBundleName"
     std::optional<std::string> version;     ///< "CFBundleShortVersionString"
-    std::optional<std::string> identifier;
+    std::optional<std::string> identifier;  ///< "CFBundleIdentifier"
 
     bool operator==(const BundleInformation&) const = default;
 };
 
-/// What a scan asks the platform.
+/// The questions of a scan that only the platform can answer.
 struct Services {
-    /// What lies directly in a folder, in any order, without "." and ".."; nothing when it can't be
-    /// listed. `listFolder` of platform/host.
+    /// Returns what lies directly in a folder, in any order, without "." and ".."; nothing if the
+    /// folder can't be listed. This is `listFolder` of platform/host.
     std::function<std::vector<Entry>(const std::string& path)> entries;
 
-    /// Nothing in it when there is no bundle at the path, or a damaged one.
+    /// Returns what the bundle at the path says of itself: all absent if there is no bundle or its
+    /// property list is damaged. This is `PropertyList::bundle` of platform/host.
     std::function<BundleInformation(const std::string& path)> bundle;
 
-    /// A comparison with `DigitOrder::byCharacter`.
+    /// Compares names with `DigitOrder::byCharacter`. This is `localisedComparison` of
+    /// platform/host.
     NameComparison byCharacter;
 };
 
-/// Where applications are usually found, the user's own folder last.
+/// Returns the folders in which applications are usually installed, the user's own last.
 std::array<FileUrl, 3> defaultDirectories(std::string_view home);
 
-/// The bundles, whose names end in ".app" in small letters, in each directory and in the folders
-/// directly in it that are no bundles themselves. Names that begin with "." are passed over. What
-/// several directories hold under one path, compared without "." and ".." but with links as they
-/// are, is listed once, as the first has it. Ordered by name, then by the bytes of the path. May
-/// take its time.
+/// Returns the applications in the directories and in the folders directly below them, ordered by
+/// name, and those of one name by the bytes of their paths. An application is what has a name that
+/// ends in ".app", in lower case; a name that begins with "." is left out. A path that is reached
+/// in several ways is listed once, as it was reached first; paths are compared with "." and ".."
+/// removed, without resolving links. Reads much of the disk, on the calling thread.
 std::vector<AppRecord> scan(std::span<const FileUrl> directories, const Services& services);
 
 } // namespace velmo::Inventory

@@ -7,19 +7,20 @@
 
 namespace velmo {
 
-/// What a player plays.
+/// What a music player is playing, or has paused.
 struct NowPlayingInfo {
-    std::string title;
+    std::string title;  ///< not empty in what a parser returns
     std::string artist; ///< may be empty
     std::optional<std::string> album;
-    bool playing = false; ///< false: paused
-    std::string app;      ///< "Music" or "Spotify"
-    bool live = false;    ///< a stream, which has no progress
-    std::optional<std::string> station;
+    bool playing = false;                  ///< false if paused
+    std::string app;                       ///< "Music" or "Spotify"
+    bool live = false;                     ///< a stream, which has neither duration nor position
+    std::optional<std::string> station;    ///< the sender of a stream
     std::optional<double> duration;        ///< seconds
-    std::optional<double> position;        ///< seconds
-    std::optional<std::string> artworkUrl; ///< "https://..."
-    std::optional<std::string> artworkKey; ///< names artwork that only the player has
+    std::optional<double> position;        ///< seconds from the start
+    std::optional<std::string> artworkUrl; ///< an "https://" address (Spotify)
+    std::optional<std::string>
+        artworkKey; ///< tells apart the artwork that Music itself must be asked for
 
     static constexpr auto fields = std::tuple{
         field("title", &NowPlayingInfo::title),
@@ -37,7 +38,7 @@ struct NowPlayingInfo {
     bool operator==(const NowPlayingInfo&) const = default;
 };
 
-/// Told instead when the user has not permitted that this player be automated.
+/// Sent in place of `NowPlayingInfo` if the user has not permitted the host to automate the player.
 struct NowPlayingPermission {
     std::string permission = "automation";
     std::string app;

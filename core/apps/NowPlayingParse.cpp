@@ -42,7 +42,7 @@ private:
     std::vector<std::string_view> parts_;
 };
 
-/// Whether the player plays; absent when it neither plays nor pauses.
+/// Tells whether the player plays or has paused; absent for any other state.
 std::optional<bool> playing(std::string_view state) {
     if (state != "playing" && state != "paused")
         return std::nullopt;
@@ -71,7 +71,7 @@ std::string_view takeDigits(std::string_view& text) {
     return digits;
 }
 
-/// What a stream's title and the station that sends it make of a track.
+/// Whom a track is by, with the title of its stream, if it has one, taken into account.
 struct Credits {
     std::string_view title;
     std::string_view artist;
@@ -176,7 +176,7 @@ std::optional<double> number(std::string_view text) {
     }
     if (whole.empty() && fraction.empty())
         return std::nullopt;
-    std::string_view exponent;
+    std::string_view exponent = "0";
     bool small = false;
     if (rest.starts_with('e') || rest.starts_with('E')) {
         rest.remove_prefix(1);
@@ -188,13 +188,12 @@ std::optional<double> number(std::string_view text) {
     if (!rest.empty())
         return std::nullopt;
 
-    // Spelt as JSON spells a real number, whose reader knows no locale and rounds correctly; the
-    // standard library of some of our compilers can't read one otherwise.
+    // Some of our compilers' standard libraries lack std::from_chars for double. The JSON reader
+    // knows no locale either and rounds correctly, so the number is spelt as JSON spells a real.
     std::string json = "0";
     if (const std::size_t zeros = whole.find_first_not_of('0'); zeros != std::string_view::npos)
         json = whole.substr(zeros);
     json.append(".").append(fraction).append("0e").append(small ? "-" : "+").append(exponent);
-    json += exponent.empty() ? "0" : "";
     const auto value = decodeJsonText<double>(json);
     return value && !(negative && *value > 0) ? value : std::nullopt;
 }

@@ -7,30 +7,36 @@
 #include <span>
 #include <string_view>
 
-/// The lines that two players' scripts print: fields between separators, trimmed, where a missing
-/// field, an empty one and "missing value" are the same. Text is taken as it is, whatever its
-/// encoding.
+/// Reads the line that a script prints for a music player: fields between separators. White space
+/// and newlines around a field are ignored. A field that is missing, empty or "missing value",
+/// which is how AppleScript writes an absent value, counts as absent. Texts are not checked to be
+/// UTF-8.
 namespace velmo::NowPlayingParse {
 
 inline constexpr std::string_view separator = "\x1F";
 
-/// The system's error number for an event that the user has not permitted.
+/// errAEEventNotPermitted (MacErrors.h): the user has not permitted this Apple event.
 inline constexpr std::int64_t automationDenied = -1743;
 
-/// State ("playing" or "paused"), name, artist, album, duration and position in seconds, title of
-/// the current stream, kind, number of artworks, track identifier. Absent for another state and
-/// where nothing gives a title. A stream title makes it live, as does the kind "URL track" without
-/// a duration; then there is neither duration nor position.
+/// Reads the line of Music. Its fields are the state, the name of the track, artist, album,
+/// duration and position in seconds, the title of the current stream, the kind of track, the number
+/// of artworks, and an identifier of the track.
+///
+/// Absent if the state is neither "playing" nor "paused", or if there is no title. The track is
+/// live if there is a stream title, or if its kind is "URL track" and it has no duration. A stream
+/// title of the form "Artist - Title" replaces artist and title; the track's name is then the
+/// station.
 std::optional<NowPlayingInfo> music(std::string_view line);
 
-/// State, title, artist, album, duration in milliseconds, position in seconds, artwork address.
-/// Absent for another state and without a title.
+/// Reads the line of Spotify. Its fields are the state, title, artist, album, duration in
+/// milliseconds, position in seconds, and the address of the artwork. Absent if the state is
+/// neither "playing" nor "paused", or if there is no title.
 std::optional<NowPlayingInfo> spotify(std::string_view line);
 
-/// The first that is playing, else the first.
+/// Returns the first that is playing, or the first if none is; absent if there are none.
 std::optional<NowPlayingInfo> pick(std::span<const NowPlayingInfo> infos);
 
-/// Views into the text.
+/// Artist and title; views into the text that was split.
 struct StreamTitle {
     std::string_view artist;
     std::string_view title;
@@ -38,14 +44,16 @@ struct StreamTitle {
     bool operator==(const StreamTitle&) const = default;
 };
 
-/// Parts "Artist - Title" at the first dash, of any of three lengths, between two spaces.
+/// Splits "Artist - Title" at the first hyphen, en dash or em dash that has a space on either side.
+/// Absent if there is none, or nothing before or after it.
 std::optional<StreamTitle> splitStreamTitle(std::string_view text);
 
-/// A decimal number, 0 or more, with at most one decimal point or comma and perhaps a sign and an
-/// exponent; blanks around it are skipped, line ends are not. Absent too when it is too large; one
-/// that is too small is 0.
+/// Reads a decimal number of 0 or more, with perhaps a sign, an exponent and either a decimal point
+/// or a decimal comma. Blanks around it are ignored, newlines are not. A number that is too large
+/// for a double is absent; one that is too small is 0.
 std::optional<double> number(std::string_view text);
 
+/// Tells whether a script's error number is `automationDenied`.
 constexpr bool isAutomationDenied(std::optional<std::int64_t> code) {
     return code == automationDenied;
 }

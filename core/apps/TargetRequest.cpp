@@ -12,18 +12,17 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestIdentity = 1024; // characters
-constexpr std::size_t longestStart = 20;      // digits
+constexpr std::size_t maxIdentity = 1024; ///< user-perceived characters
+constexpr std::size_t maxStart = 20;      ///< digits
 
 bool isIdentity(std::string_view text) {
     return !text.empty() && Text::isValidUtf8(text)
-           && !Text::hasMoreCharactersThan(text, longestIdentity)
+           && !Text::hasMoreCharactersThan(text, maxIdentity)
            && !Text::hasAny(text, Text::isNewline);
 }
 
 bool isStart(std::string_view text) {
-    return !text.empty() && text.size() <= longestStart
-           && std::ranges::all_of(text, Ascii::isDigit);
+    return !text.empty() && text.size() <= maxStart && std::ranges::all_of(text, Ascii::isDigit);
 }
 
 } // namespace

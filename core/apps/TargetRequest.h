@@ -9,16 +9,16 @@
 
 namespace velmo {
 
-/// The running application that the phone means. A process identifier alone is not enough: by the
-/// time that the request arrives it may be another process's.
+/// Names the running application that the phone means. The process identifier alone is not enough:
+/// when the request arrives, another process may have it.
 struct TargetRequest {
     std::int32_t pid = 0;
     std::string appId;                  ///< bundle identifier or bundle path
-    std::optional<std::string> started; ///< start time, as the phone saw it; 1 to 20 digits
+    std::optional<std::string> started; ///< start time that the phone saw; 1 to 20 digits
 
-    /// The process identifier (`Args::pid`), the identity, and perhaps the start time. The
-    /// identity is taken without the blanks around it and must then be 1 to 1024 user-perceived
-    /// characters of valid UTF-8 without a line break.
+    /// Reads two or three arguments: the process identifier (`Args::pid`), the identity, and
+    /// perhaps the start time. Blanks around the identity are dropped; what remains must be 1 to
+    /// 1024 user-perceived characters of valid UTF-8 without a line break.
     static std::optional<TargetRequest> parse(std::span<const std::string> arguments);
 
     static constexpr auto fields =

@@ -7,21 +7,22 @@
 #include <string>
 #include <string_view>
 
-/// The one way in which every record, or list of records, leaves a process: a JSON line.
+/// Prints records, and lists of records, as every program of the host does: each as one line of
+/// JSON.
 namespace velmo::Output {
 
-/// Takes a whole line, line feed included, in one write; for standard output
+/// Writes a whole line, line feed included, in one write. For standard output this is
 /// `writeStandardOutput` of platform/posix.
 using LineSink = std::function<void(std::string_view line)>;
 
-/// The value on one line, keys sorted, without a line feed.
+/// Returns the value as one line of JSON with sorted keys, without a line feed.
 template<class T>
 std::expected<std::string, EncodingError> jsonLine(const T& value) {
     return encodeJson(value);
 }
 
-/// Hands over the JSON line and a line feed in one piece. A value that can't be encoded prints
-/// "[]", so that the reader always gets one line that parses.
+/// Writes the value as a line of JSON with its line feed, in one piece. A value that can't be
+/// encoded is written as "[]", so that the reader always gets a line that it can parse.
 template<class T>
 void print(const T& value, const LineSink& standardOutput) {
     standardOutput(jsonLine(value).value_or("[]") + '\n');

@@ -5,14 +5,14 @@
 #include <optional>
 #include <string>
 
-/// The lines by which the host reports power and the closed lid to the phone.
+/// The lines in which the host reports power and the closed lid to the phone.
 namespace velmo {
 
 struct KeepAwakePowerLine {
-    std::optional<bool> ac;         ///< on mains power; absent when the source is not known
+    std::optional<bool> ac;         ///< on mains power; absent if the power source is unknown
     std::optional<int> battery;     ///< percent; absent without a battery
     std::string thermal;            ///< a `thermalName`
-    std::optional<std::string> lid; ///< the closed-lid state
+    std::optional<std::string> lid; ///< as in `KeepAwakeLidLine`; absent if not stated
 
     static constexpr auto fields = std::tuple{
         constant("type", "power"), field("ac", &KeepAwakePowerLine::ac),
@@ -22,8 +22,8 @@ struct KeepAwakePowerLine {
 };
 
 struct KeepAwakeLidLine {
-    std::string state;
-    std::optional<std::string> reason;
+    std::string state;                 ///< the closed-lid state, in the host's own words
+    std::optional<std::string> reason; ///< why it is in that state; absent if not stated
 
     static constexpr auto fields =
         std::tuple{constant("type", "closed-lid"), field("state", &KeepAwakeLidLine::state),

@@ -1,7 +1,5 @@
 #include "core/power/KeepAwakeWant.h"
 
-#include "core/power/PowerGuardPolicy.h"
-
 namespace velmo {
 
 std::optional<KeepAwakeWant> KeepAwakeWant::parse(std::string_view text) {
@@ -10,7 +8,7 @@ std::optional<KeepAwakeWant> KeepAwakeWant::parse(std::string_view text) {
     if (!object)
         return std::nullopt;
     auto want = decodeRecordLeniently<KeepAwakeWant>(*object);
-    want.batteryFloor = PowerGuardPolicy::clampFloor(want.batteryFloor);
+    want.batteryFloor = BatteryFloor(want.batteryFloor).percent();
     return want;
 }
 

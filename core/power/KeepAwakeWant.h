@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/power/BatteryFloor.h"
 #include "core/support/Record.h"
 
 #include <cstdint>
@@ -9,20 +10,19 @@
 
 namespace velmo {
 
-/// What a client asks to be kept awake.
+/// A request to the host to keep the Mac awake.
 struct KeepAwakeWant {
-    bool system = false;
-    bool display = false;
-    bool closedLid = false;
-    std::int64_t batteryFloor = 10; ///< percent; `parse` clamps it to 10...95
-    std::string why;                ///< for people, in a list of what keeps the machine awake
+    bool system = false;    ///< the Mac does not sleep when it is idle
+    bool display = false;   ///< nor does the display
+    bool closedLid = false; ///< the Mac does not sleep when its lid is closed
+    std::int64_t batteryFloor = BatteryFloor::min; ///< percent; `parse` clamps it to 10...95
+    std::string why; ///< for people, in a list of what keeps the Mac awake
 
-    /// Reads a JSON object, which only JSON's own white space may precede. A member that is missing
-    /// or of the wrong kind falls back to its default; unknown ones are ignored. Absent for
-    /// anything but one whole object.
+    /// Reads one JSON object. A member that is missing or of another kind keeps its default;
+    /// members that are no field are ignored. Absent for any other text.
     static std::optional<KeepAwakeWant> parse(std::string_view text);
 
-    /// A display or a closed lid can't be kept awake without the system.
+    /// Tells whether the system must stay awake, as it must for a display or with a closed lid.
     [[nodiscard]] bool effectiveSystem() const { return system || display || closedLid; }
 
     static constexpr auto fields = std::tuple{

@@ -4,10 +4,10 @@
 
 namespace velmo {
 
-/// What the power daemon keeps on disk while a hold is in force, so that its next start can put
-/// the sleep setting back after a crash.
+/// What the power daemon keeps on disk while a hold is in force. After a crash the next start finds
+/// it there and restores the sleep setting.
 struct PowerDaemonRecord {
-    bool previous = false; ///< whether sleep was disabled before the daemon changed anything
+    bool previous = false; ///< the sleep-disabled setting before the hold
     double since = 0;      ///< when the hold began, in seconds since 1970
 
     static constexpr auto fields = std::tuple{field("previous", &PowerDaemonRecord::previous),

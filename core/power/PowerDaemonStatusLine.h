@@ -8,19 +8,20 @@
 
 namespace velmo {
 
-/// How the power daemon is installed, as the host reports it.
+/// Whether the power daemon is installed, as the host reports it to the phone.
 struct PowerDaemonStatusLine {
-    std::string status;                ///< enabled, requiresApproval, notRegistered or notFound
-    std::optional<std::string> reason; ///< plist-missing or unknown, for notFound only
+    std::string status; ///< "enabled", "requiresApproval", "notRegistered", "notFound"
+    std::optional<std::string> reason; ///< "plist-missing" or "unknown"; only with "notFound"
 
     static constexpr auto fields = std::tuple{field("status", &PowerDaemonStatusLine::status),
                                               field("reason", &PowerDaemonStatusLine::reason)};
     bool operator==(const PowerDaemonStatusLine&) const = default;
 };
 
-/// `service` is the name of the registration state that the system's service management reports;
-/// `plistInBundle` whether the application bundle holds the daemon's property list. A service that
-/// is not found although its list is there has only never been registered.
+/// Returns the line for the registration state that the system's service management reports
+/// (`service`, by the name of its case in SMAppService.Status) and for whether the application
+/// bundle contains the daemon's property list. A service that is not found although the bundle has
+/// its list was never registered.
 PowerDaemonStatusLine powerDaemonStatusLine(std::string_view service, bool plistInBundle);
 
 } // namespace velmo

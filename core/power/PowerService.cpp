@@ -6,7 +6,7 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestTeam = 16;
+constexpr std::size_t maxTeam = 16; ///< user-perceived characters
 
 constexpr std::string_view signedByTeam =
     R"(anchor apple generic and certificate leaf[subject.OU] = ")";
@@ -14,10 +14,11 @@ constexpr std::string_view asClient =
     R"(" and (identifier "VelmoHelper" or identifier "io.velmo.host"))";
 constexpr std::string_view asDaemon = R"(" and identifier "VelmoPowerDaemon")";
 
-/// The team lands inside a quoted text that nothing escapes. So every scalar is judged, not every
-/// character: a letter such as U+0D4E makes one character with a quote that follows it.
+/// Tells whether the team may stand in a requirement, between quotes that nothing escapes. Every
+/// scalar is checked, not every user-perceived character: a letter such as U+0D4E forms one
+/// character with a quote that follows it.
 bool isTeamIdentifier(std::string_view team) {
-    if (team.empty() || Text::hasMoreCharactersThan(team, longestTeam))
+    if (team.empty() || Text::hasMoreCharactersThan(team, maxTeam))
         return false;
     for (const Text::Scalar& scalar : Text::Scalars(team)) {
         if (!Text::isLetter(scalar.value) && !Text::isNumber(scalar.value))

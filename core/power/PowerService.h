@@ -8,17 +8,18 @@
 /// and its clients recognise each other.
 namespace velmo {
 
-/// Mach service and launchd label.
+/// The name of the Mach service, and the label of the launchd job.
 inline constexpr std::string_view powerDaemonMachService = "io.velmo.host.power";
 
-/// File name of the launchd property list.
+/// The file name of the launchd property list.
 inline constexpr std::string_view powerDaemonPlistName = "io.velmo.host.power.plist";
 
-/// What a client must satisfy: signed under Apple's anchor by the given team as the host
-/// application or its helper. Absent when the team is absent or is no team identifier.
+/// Returns the code-signing requirement for a client of the daemon: it is signed by the given team,
+/// under Apple's anchor, as the host application or its helper. Absent if the team is absent or is
+/// no team identifier, 1 to 16 letters and digits.
 std::optional<std::string> powerClientRequirement(const std::optional<std::string>& team);
 
-/// What the daemon must satisfy in the eyes of a client; absent likewise.
+/// Returns the code-signing requirement for the daemon, which clients demand; absent likewise.
 std::optional<std::string> powerDaemonRequirement(const std::optional<std::string>& team);
 
 } // namespace velmo

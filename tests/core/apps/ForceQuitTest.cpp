@@ -1,109 +1,98 @@
 #include "core/apps/ForceQuitPolicy.h"
 #include "core/apps/TargetRequest.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {
 
-using Words = std::vector<std::string>;
-using Text = std::optional<std::string>;
+using namespace ForceQuitPolicy;
 
-const Text none;
-const Text app = "/Users/me/App.app";
-const Text dock = "/System/Library/CoreServices/Dock.app";
-const Text finder = "/System/Library/CoreServices/Finder.app";
-
-using Paths = std::vector<std::pair<Text, Text>>; ///< of the bundle and of the executable
-
-/// Of every process with this identifier and one of these pairs of paths.
-void expectVerdict(ForceQuitPolicy::Verdict verdict, const Text& bundleId, const Paths& paths,
-                   std::int32_t pid = 9) {
+/// Expects the verdict on a process, given by its bundle identifier, bundle path and executable
+/// path:
+/// "-" stands for an absent one, "." for an empty one.
+void expectVerdict(Verdict expected, const std::string& process, std::int32_t pid = 9) {
     const std::int32_t ownPids[] = {43, 44};
-    for (const auto& [bundle, executable] : paths)
-        EXPECT_EQ(ForceQuitPolicy::verdict({pid, bundleId, bundle, executable}, ownPids), verdict)
-            << bundleId.value_or("-") << ' ' << bundle.value_or("-") << ' '
-            << executable.value_or("-");
+    const auto text = [all = words(process)](std::size_t i) {
+        return all[i] == "-" ? std::nullopt : std::optional(all[i] == "." ? "" : all[i]);
+    };
+    Process known{.pid = pid, .bundleId = text(0), .bundlePath = text(1)};
+    known.executablePath = text(2);
+    EXPECT_EQ(verdict(known, ownPids), expected) << pid << ' ' << process;
 }
 
-TEST(ForceQuitPolicy, RefusesWhatTheSystemAndTheHostNeed) {
-    using enum ForceQuitPolicy::Verdict;
-    for (const std::int32_t pid : {-9, 0, 1, 44})
-        expectVerdict(refuse, "com.apple.finder", {{app, app}, {finder, none}}, pid);
-    expectVerdict(terminate, "a.b", {{none, none}, {app, app}}, 2);
-    expectVerdict(refuse, " IO.Velmo.Helper", {{app, app}});
-    expectVerdict(terminate, "io.velmo", {{app, app}});
-    expectVerdict(relaunch, "com.apple.finder", {{finder, none}, {finder, app}});
-    expectVerdict(relaunch, "COM.apple.Finder\t",
-                  {{"/system/library/coreservices/FINDER.app", "/bin/sh"}});
-    expectVerdict(terminate, "com.apple.finder",
-                  {{app, none}, {none, "/sbin/launchd"}, {"", none}});
-    expectVerdict(refuse, "com.apple.Dock",
-                  {{dock, none}, {dock, app}, {none, dock}, {"", "/bin/a"}});
-    expectVerdict(refuse, "com.apple.dock ", {{none, none}, {"", ""}, {app, "/usr/x/Dock"}});
-    expectVerdict(terminate, "com.apple.dock", {{app, none}, {none, app}, {app, "/usr/bin/perl"}});
-    expectVerdict(refuse, none, {{none, "/sbin/launchd"}, {app, "/SBIN/LAUNCHD/"}});
-    expectVerdict(refuse, "com.apple.docks", {{dock, "/usr/libexec/WindowServer"}});
-    expectVerdict(terminate, none, {{none, "/usr/bin/perl"}, {none, "/usr/launchd.d/x"}});
-    expectVerdict(terminate, none, {{none, "/Users/me/launchd"}, {none, "launchd"}, {none, ""}});
+TEST(ForceQuitPolicy, RefusesTheKernelLaunchdAndTheProductItself) {
+    for (const std::int32_t pid : {-9, 0, 1, 43, 44})
+        expectVerdict(refuse, "a.b /Users/me/App.app /Users/me/x", pid);
+    expectVerdict(terminate, "a.b - -", 2);
+    expectVerdict(refuse, "\tIO.Velmo.Helper /Users/me/App.app -");
+    expectVerdict(terminate, "io.velmo /Users/me/App.app -");
+}
+
+TEST(ForceQuitPolicy, RelaunchesTheFinderOfTheSystemOnly) {
+    expectVerdict(relaunch, "com.apple.finder /System/Library/CoreServices/Finder.app -");
+    expectVerdict(relaunch, "\tCOM.apple.Finder /system/library/coreservices/FINDER.app /bin/sh");
+    for (const char* path : {" /Users/me/Finder.app ", " - ", " . "})
+        expectVerdict(terminate, std::string("com.apple.finder") + path + "/sbin/launchd");
+}
+
+TEST(ForceQuitPolicy, ProtectsIdentifiersThatTheSystemItselfUses) {
+    for (const std::string& name :
+         words("Loginwindow windowserver dock systemuiserver controlcenter notificationcenterui "
+               "spotlight windowmanager securityagent coreservices.uiagent screensaver.engine "
+               "wifi.wifiagent textinputmenuagent")) {
+        const std::string id = "com.Apple." + name + "\t ";
+        for (const char* paths : {"- -", ". .", "/System/X.app /Users/me/x", ". /bin/x"})
+            expectVerdict(refuse, id + paths);
+        for (const char* paths : {"/Users/me/X.app /usr/bin/perl", "/Users/x -", "- /Users/x"})
+            expectVerdict(terminate, id + paths);
+    }
+}
+
+TEST(ForceQuitPolicy, ProtectsExecutablesThatTheSystemItselfStarts) {
+    for (const std::string& name :
+         words("Loginwindow windowserver dock systemuiserver controlcenter notificationcenter "
+               "spotlight windowmanager securityagent launchd kernel_task")) {
+        for (const std::string& path : {"/USR/x/" + name, "/usr/" + name + "//"})
+            expectVerdict(refuse, "com.apple.docks /Users/me/X.app " + path);
+        for (const std::string& path : {"/usr/" + name + "x", "/usr/" + name + "/x", "/x/" + name})
+            expectVerdict(terminate, "- - " + path);
+    }
 }
 
 TEST(ForceQuitPolicy, KnowsTheFoldersOfTheSystem) {
-    for (const char* path : {"/System/x", "/sYSTEM/", "/usr/local/bin/x", "/bin/sh", "/sbin/x"})
-        EXPECT_TRUE(ForceQuitPolicy::isSystemPath(path)) << path;
-    for (const char* path :
-         {"", "/", "/System", "/Systems/x", "System/x", "/opt/usr/x", " /bin/sh"})
-        EXPECT_FALSE(ForceQuitPolicy::isSystemPath(path)) << path;
-    EXPECT_FALSE(ForceQuitPolicy::isSystemPath(std::nullopt));
+    expectVerdicts(isSystemPath, words("/System/x /sYSTEM/ /usr/local/bin/x /bin/sh /sbin/x"),
+                   {"", "/", "/System", "/Systems/x", "System/x", "/opt/usr/x", " /bin/sh"});
+    EXPECT_FALSE(isSystemPath(std::nullopt));
 }
 
 TEST(ForceQuitPolicy, AnIdentifierDecidesAloneWhereThereIsOne) {
-    EXPECT_TRUE(ForceQuitPolicy::identityMatches(" a.B\t", "A.b ", app));
-    EXPECT_TRUE(ForceQuitPolicy::identityMatches("/users/ME/app.app", none, app));
-    EXPECT_TRUE(ForceQuitPolicy::identityMatches(*app, " ", " " + *app));
-    EXPECT_FALSE(ForceQuitPolicy::identityMatches(*app, "a.b", app));
-    EXPECT_FALSE(ForceQuitPolicy::identityMatches(*app, none, *app + "/"));
-    EXPECT_FALSE(ForceQuitPolicy::identityMatches("a.b", none, none));
-    for (const auto& other : {none, Text(""), Text(" "), Text("a.b")})
-        EXPECT_FALSE(ForceQuitPolicy::identityMatches(" ", other, none)) << other.value_or("-");
+    const std::string path = "/Users/me/App.app";
+    EXPECT_TRUE(identityMatches(" a.B\t", "A.b ", path));
+    EXPECT_TRUE(identityMatches("/users/ME/app.app", std::nullopt, path));
+    EXPECT_TRUE(identityMatches(path, " ", " " + path));
+    EXPECT_FALSE(identityMatches(path, "a.b", path));
+    EXPECT_FALSE(identityMatches(path, std::nullopt, path + "/"));
+    for (const char* other : {"", " ", "a.b"})
+        EXPECT_FALSE(identityMatches(" ", other, other)) << other;
 }
 
 TEST(ForceQuitPolicy, ARecycledProcessIdentifierIsAnotherProcess) {
-    const auto matches = ForceQuitPolicy::startMatches;
-    EXPECT_TRUE(matches({}, 5) && matches("", {}) && matches("00000000000000000123", 123));
-    EXPECT_TRUE(matches("9223372036854775807", INT64_MAX));
-    EXPECT_FALSE(matches("123", {}) || matches("0", {}) || matches("0", 0) || matches("-1", -1));
-    EXPECT_FALSE(matches("9223372036854775808", INT64_MAX)
-                 || matches("9223372036854775808", INT64_MIN));
-    for (const char* expected : {"124", "+123", "123 ", "1e2", "\u0661\u0662\u0663"})
-        EXPECT_FALSE(matches(expected, 123)) << expected;
+    EXPECT_TRUE(startMatches({}, 5) && startMatches("", {}) && startMatches("000123", 123));
+    EXPECT_FALSE(startMatches("9223372036854775808", INT64_MIN));
+    EXPECT_FALSE(startMatches("123", {}) || startMatches("0", 0) || startMatches("-1", -1));
+    EXPECT_FALSE(startMatches("124", 123) || startMatches("+123", 123));
 }
 
 TEST(TargetRequest, NamesAProcessAndWhoItShouldBe) {
-    std::string longest; // user-perceived characters are counted
-    for (int i = 0; i < 1024; ++i)
-        longest += "e\u0301";
-    const std::pair<Words, TargetRequest> accepted[] = {
-        {{"2147483647", "\u3000a.b\t"}, {2147483647, "a.b", {}}},
-        {{"0007", "/A b/C.app", "123"}, {7, "/A b/C.app", "123"}},
-        {{"7", "a\tb\x7F", "99999999999999999999"}, {7, "a\tb\x7F", "99999999999999999999"}},
-        {{"1", longest}, {1, longest, {}}},
-    };
-    for (const auto& [arguments, request] : accepted)
-        EXPECT_EQ(TargetRequest::parse(arguments), request) << testing::PrintToString(arguments);
-
-    std::vector<Words> refused = {{}, {"7"}, {"7", "a", "1", "2"}, {"7", longest + "a"}};
-    for (const char* pid : {"", "0", "-7", "+7", "2147483648", "4294967303"})
-        refused.push_back({pid, "a"});
-    for (const char* appId : {"", " \t\u00A0", "a\n", "\va", "a\fb", "a\rb", "a\u0085b", "a\u2028b",
-                              "a\u2029b", "\xFF"})
-        refused.push_back({"7", appId});
-    for (const char* started : {"", "-", "1.5", "1 ", "000000000000000000123"})
-        refused.push_back({"7", "a", started});
-    for (const Words& arguments : refused)
-        EXPECT_FALSE(TargetRequest::parse(arguments)) << testing::PrintToString(arguments);
+    const auto parse = [](const std::string& line) { return TargetRequest::parse(words(line)); };
+    const std::string longest = times(1024, "e\u0301"); // user-perceived characters are counted
+    EXPECT_EQ(parse("0007 \u3000/A\tb/C.app\t"),
+              (TargetRequest{.pid = 7, .appId = "/A\tb/C.app", .started = {}}));
+    EXPECT_EQ(parse("1 " + longest + " 00000000000000000009"),
+              (TargetRequest{.pid = 1, .appId = longest, .started = "00000000000000000009"}));
+    expectRefused(parse, {"", "7", "7 a 1 2", "0 a", "7 \u00A0", "7 a\u2028b", "7 \xFF",
+                          "7 " + longest + "a", "7 a 1.5", "7 a 000000000000000000009"});
+    EXPECT_FALSE(TargetRequest::parse(Strings{"7", "a", ""}));
 }
 
 } // namespace

@@ -1,114 +1,84 @@
 #include "core/apps/Inventory.h"
 
 #include "core/output/Output.h"
-#include "core/support/Text.h"
-
-#include <gmock/gmock.h>
+#include "tests/Texts.h"
 
 #include <map>
 
 namespace velmo {
 namespace {
 
-using Inventory::BundleInformation;
-using Inventory::Entry;
+using Folders = std::map<std::string, std::string>; ///< names by path; "/" ends a directory's
+using Bundles = std::map<std::string, Inventory::BundleInformation>; ///< by path
 
-std::weak_ordering ignoringCase(std::string_view a, std::string_view b) {
-    return Text::lowercased(a) <=> Text::lowercased(b);
-}
-
-/// Folders and bundles by path. What is asked about anything else is asked in error.
-struct Disk {
-    std::map<std::string, std::vector<Entry>> folders;
-    std::map<std::string, BundleInformation> bundles;
-
-    [[nodiscard]] std::vector<AppRecord> scan(const std::vector<FileUrl>& directories) const {
-        return Inventory::scan(directories,
-                               {.entries = [&](const auto& path) { return folders.at(path); },
-                                .bundle =
-                                    [&](const auto& path) {
-                                        const auto found = bundles.find(path);
-                                        return found == bundles.end() ? BundleInformation()
-                                                                      : found->second;
-                                    },
-                                .byCharacter = ignoringCase});
-    }
-};
-
-std::vector<std::string> pathsOf(const std::vector<AppRecord>& records) {
-    std::vector<std::string> paths;
-    for (const AppRecord& record : records)
-        paths.push_back(record.path);
-    return paths;
+/// Scans directories on a disk and returns the records as "name|path|bundleId|version". The scan
+/// may list none but the given folders.
+Strings scan(const Folders& folders, std::vector<FileUrl> directories, Bundles bundles = {}) {
+    const auto entries = [&](const std::string& path) {
+        std::vector<Inventory::Entry> found;
+        for (const std::string& name : words(folders.at(path)))
+            found.push_back({name.substr(0, name.find('/')), name.ends_with('/')});
+        return found;
+    };
+    const auto ignoringCase = [](std::string_view a, std::string_view b) {
+        return Text::lowercased(a) <=> Text::lowercased(b);
+    };
+    const auto bundle = [&](const std::string& path) { return bundles[path]; };
+    Strings lines;
+    for (const auto& [name, path, bundleId, version] : Inventory::scan(
+             directories, {.entries = entries, .bundle = bundle, .byCharacter = ignoringCase}))
+        lines.push_back(name + "|" + path + "|" + bundleId + "|" + version);
+    return lines;
 }
 
 TEST(Inventory, ListsBundlesAndThoseOneFolderDown) {
-    const Disk disk{
-        .folders = {{"/A",
-                     {{"Utilities", true},
-                      {"B.app", true},
-                      {".app", true},
-                      {".Hidden.app", true},
-                      {".folder", true},
-                      {"C.app", false},
-                      {"Tools.APP", true},
-                      {"app", false},
-                      {"notes.txt", false}}},
-                    {"/A/Utilities", {{"D.app", true}, {"Deeper", true}, {".E.app", true}}},
-                    {"/A/Tools.APP", {{"F.app", true}, {"G.APP", true}}}},
-        .bundles = {}};
-    EXPECT_THAT(
-        pathsOf(disk.scan({{"/A"}})),
-        testing::ElementsAre("/A/B.app", "/A/C.app", "/A/Utilities/D.app", "/A/Tools.APP/F.app"));
+    const Folders folders{
+        {"/A", "Utils/ B.app/ .app/ .Hidden.app/ .folder/ C.app T.APP/ app notes.txt"},
+        {"/A/Utils", "D.app/ Deeper/ .E.app/"},
+        {"/A/T.APP", "F.app/ G.APP/"}};
+    EXPECT_EQ(scan(folders, {{"/A"}}),
+              words("B|/A/B.app|| C|/A/C.app|| D|/A/Utils/D.app|| F|/A/T.APP/F.app||"));
 }
 
 TEST(Inventory, NamesABundleAsItSaysOrAsItsFileIsNamed) {
-    const Disk disk{
-        .folders = {{"/A", {{"1.app", true}, {"2.app", true}, {"3.b.app", true}, {"4.app", true}}}},
-        .bundles = {{"/A/1.app", {"Display", "Name", "1.0", "com.x"}},
-                    {"/A/2.app", {std::nullopt, "Name", std::nullopt, "com.y"}},
-                    {"/A/4.app", {"", "Name", "", std::nullopt}}}};
-    EXPECT_EQ(disk.scan({{"/A"}}), (std::vector<AppRecord>{{"", "/A/4.app", "", ""},
-                                                           {"3.b", "/A/3.b.app", "", ""},
-                                                           {"Display", "/A/1.app", "com.x", "1.0"},
-                                                           {"Name", "/A/2.app", "com.y", ""}}));
+    const Bundles bundles{
+        {"/1.app", {.displayName = "Shown", .name = "N", .version = "1.0", .identifier = "com.x"}},
+        {"/2.app", {.name = "N", .identifier = "com.y"}},
+        {"/4.app", {.displayName = "", .name = "N", .version = ""}}};
+    EXPECT_EQ(scan({{"/", "1.app/ 2.app/ 3.b.app/ 4.app/"}}, {{"/"}}, bundles),
+              words("|/4.app|| 3.b|/3.b.app|| N|/2.app|com.y| Shown|/1.app|com.x|1.0"));
 }
 
-TEST(Inventory, ListsAPathOnceAsItWasFoundFirst) {
-    const std::vector<Entry> entries{{"X.app", true}};
-    const Disk disk{.folders = {{"/A/./B/..//", entries},
-                                {"/A", entries},
-                                {"/A/", entries},
-                                {"/../A/B", entries},
-                                {"a/..", entries},
-                                {".", entries},
-                                {"/", entries}},
-                    .bundles = {}};
-    EXPECT_THAT(
-        pathsOf(disk.scan({{"/A/./B/..//"}, {"/A"}, {"/A/"}, {"/../A/B"}, {"a/.."}, {"."}, {"/"}})),
-        testing::ElementsAre("/../A/B/X.app", "/A/./B/..//X.app", "/X.app", "a/../X.app"));
-    EXPECT_THAT(pathsOf(disk.scan({{"/A"}, {"/A/./B/..//"}})), testing::ElementsAre("/A/X.app"));
+TEST(Inventory, ListsAPathOnceAsItWasReachedFirst) {
+    Folders folders;
+    for (const std::string& folder : words("/A/./B/..// /A /A/ /../A/B a/.. . /"))
+        folders[folder] = "X.app/";
+    EXPECT_EQ(
+        scan(folders, {{"/A/./B/..//"}, {"/A"}, {"/A/"}, {"/../A/B"}, {"a/.."}, {"."}, {"/"}}),
+        words("X|/../A/B/X.app|| X|/A/./B/..//X.app|| X|/X.app|| X|a/../X.app||"));
 }
 
 TEST(Inventory, OrdersByNameThenByTheBytesOfThePath) {
-    const Disk disk{.folders = {{"/b", {{"safari.app", true}, {"App 9.app", true}}},
-                                {"/a", {{"Safari.app", true}, {"App 10.app", true}}},
-                                {"/B", {{"SAFARI.app", true}}}},
-                    .bundles = {}};
-    EXPECT_THAT(pathsOf(disk.scan({{"/b"}, {"/a"}, {"/B"}})),
-                testing::ElementsAre("/a/App 10.app", "/b/App 9.app", "/B/SAFARI.app",
-                                     "/a/Safari.app", "/b/safari.app"));
+    const Folders folders{
+        {"/b", "s.app/ App9.app/"}, {"/a", "S.app/ App10.app/"}, {"/B", "S.app/"}};
+    EXPECT_EQ(
+        scan(folders, {{"/b"}, {"/a"}, {"/B"}}),
+        words("App10|/a/App10.app|| App9|/b/App9.app|| S|/B/S.app|| S|/a/S.app|| s|/b/s.app||"));
 }
 
-TEST(AppRecord, GoesRoundAndNeedsItsFourTexts) {
-    const AppRecord record{"N", "/N.app", "com.n", "1"};
+TEST(Inventory, LooksInThreeFoldersTheUsersOwnLast) {
+    const auto [all, system, own] = Inventory::defaultDirectories("/Users/u/");
+    EXPECT_EQ((Strings{all.path, system.path, own.path}),
+              words("/Applications /System/Applications /Users/u/Applications"));
+}
+
+TEST(AppRecord, IsReadBackOnlyWithItsFourTexts) {
+    const AppRecord record{.name = "N", .path = "/N.app", .bundleId = "com.n", .version = "1"};
     const std::string line = R"({"bundleId":"com.n","name":"N","path":"\/N.app","version":"1"})";
     EXPECT_EQ(Output::jsonLine(record), line);
     EXPECT_EQ(decodeRecord<AppRecord>(line), record);
-    EXPECT_FALSE(decodeRecord<AppRecord>(R"({"bundleId":"","name":"","path":""})"));
-    EXPECT_EQ(Inventory::defaultDirectories("/Users/u/"),
-              (std::array{FileUrl{"/Applications"}, FileUrl{"/System/Applications"},
-                          FileUrl{"/Users/u/Applications"}}));
+    for (const char* name : {"bundleId", "name", "path", "version"})
+        EXPECT_FALSE(decodeRecord<AppRecord>(changed(line, name, "x"))) << name;
 }
 
 } // namespace

@@ -1,70 +1,49 @@
 #include "core/power/PowerGuardPolicy.h"
 #include "core/power/PowerService.h"
 #include "core/power/SleepSetting.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {
 
 TEST(SleepSetting, IsReadFromTheFirstLineThatHasIt) {
-    struct Case {
-        std::string text;
-        std::optional<bool> disabled;
-    };
-
-    const Case cases[] = {
-        {"System-wide power settings:\n SleepDisabled\t\t1\nCurrently in use:\n sleep 1\n", true},
-        {" SleepDisabled\t0", false},
-        {"SleepDisabled 1 (by a tool)", true},
-        {"SleepDisabled 01", false},
-        {"SleepDisabled yes", false},
-        {"SleepDisabled\nSleepDisabled 1", true},
-        {"SleepDisabled 0\r\nSleepDisabled 1", false},
-        {"x\u2028SleepDisabled 1\u0085", true},
-        {"SleepDisabled", {}},
-        {"SleepDisabled\v1", {}},
-        {"SleepDisabled\u00A01", {}},
-        {"SleepDisabledByUser 1", {}},
-        {"sleepdisabled 1", {}},
-        {"x SleepDisabled 1", {}},
-        {"\xFF SleepDisabled 1", {}},
-        {"", {}},
-    };
-    for (const auto& [text, disabled] : cases)
-        EXPECT_EQ(parseSleepDisabled(text), disabled) << testing::PrintToString(text);
+    const Strings disabled = {
+        "System-wide power settings:\n SleepDisabled\t\t1\nCurrently in use:\n sleep 1\n",
+        "SleepDisabled 1 (by a tool)", "SleepDisabled\nSleepDisabled 1",
+        "x\u2028SleepDisabled 1\u0085SleepDisabled 0"};
+    const Strings enabled = {" SleepDisabled\t0", "SleepDisabled 01", "SleepDisabled yes",
+                             "SleepDisabled 0\r\nSleepDisabled 1"};
+    for (const std::string& text : disabled)
+        EXPECT_EQ(parseSleepDisabled(text), true) << text;
+    for (const std::string& text : enabled)
+        EXPECT_EQ(parseSleepDisabled(text), false) << text;
+    expectRefused(parseSleepDisabled,
+                  {"", "SleepDisabled", "SleepDisabled\v1", "SleepDisabled\u00A01",
+                   "\xFF SleepDisabled 1", "SleepDisabledByUser 1", "sleepdisabled 1",
+                   "x SleepDisabled 1"});
 }
 
-TEST(SleepSetting, AnUnknownHeatIsTheWorst) {
-    const std::pair<int, std::string_view> cases[] = {
-        {0, "nominal"},  {1, "fair"},      {2, "serious"},          {3, "critical"},
-        {4, "critical"}, {-1, "critical"}, {INT32_MIN, "critical"}, {INT32_MAX, "critical"}};
-    for (const auto& [raw, name] : cases)
-        EXPECT_EQ(thermalName(raw), name) << raw;
+TEST(ThermalState, AnUnknownOneIsTheWorst) {
+    const Strings names = words("nominal fair serious critical");
+    for (int raw = -300; raw < 300; ++raw)
+        EXPECT_EQ(thermalName(raw), names[raw >= 0 && raw < 4 ? static_cast<std::size_t>(raw) : 3]);
 }
 
 TEST(PowerService, RequirementsNameTheTeamAndTheOtherSide) {
+    const std::string signedByTeam =
+        R"(anchor apple generic and certificate leaf[subject.OU] = "ABCDE12345" and )";
     EXPECT_EQ(powerClientRequirement("ABCDE12345"),
-              "anchor apple generic and certificate leaf[subject.OU] = \"ABCDE12345\" and "
-              "(identifier \"VelmoHelper\" or identifier \"io.velmo.host\")");
+              signedByTeam + R"((identifier "VelmoHelper" or identifier "io.velmo.host"))");
     EXPECT_EQ(powerDaemonRequirement("ABCDE12345"),
-              "anchor apple generic and certificate leaf[subject.OU] = \"ABCDE12345\" and "
-              "identifier \"VelmoPowerDaemon\"");
+              signedByTeam + R"(identifier "VelmoPowerDaemon")");
 }
 
 TEST(PowerService, NothingButATeamReachesARequirement) {
-    for (const char* team : {"A", "1234567890123456", "Équipe"})
-        EXPECT_TRUE(powerClientRequirement(team)) << team;
-    const std::optional<std::string> refused[] = {
-        std::nullopt, "",        "12345678901234567",    "ABC-DE",   "ABC DE",     "A\"", "A\n",
-        "\xFF",       "e\u0301", std::string("A\0B", 3), "\u0D4E\"", "A\"or true", "😀",  "A\u200D",
-    };
-    for (const auto& team : refused) {
-        EXPECT_FALSE(powerClientRequirement(team)) << testing::PrintToString(team);
-        EXPECT_FALSE(powerDaemonRequirement(team)) << testing::PrintToString(team);
+    for (const auto& requirement : {powerClientRequirement, powerDaemonRequirement}) {
+        EXPECT_FALSE(requirement(std::nullopt));
+        expectVerdicts(requirement, {"A", "1234567890123456", "Équipe"},
+                       {"", "12345678901234567", "ABC-DE", "ABC DE", "A\"", "A\n", "\xFF",
+                        "e\u0301", std::string("A\0B", 3), "\u0D4E\"", "😀", "A\u200D"});
     }
 }
 
@@ -72,13 +51,7 @@ using PowerGuardPolicy::Revert;
 
 TEST(PowerGuardPolicy, NamesTheGravestReason) {
     using enum ThermalState;
-
-    struct Case {
-        PowerGuardPolicy::Facts facts;
-        std::optional<Revert> reason;
-    };
-
-    const Case cases[] = {
+    const std::pair<PowerGuardPolicy::Facts, std::optional<Revert>> cases[] = {
         {{.lastBeat = 100, .now = 135}, {}},
         {{.lastBeat = 100, .now = 135.001}, Revert::heartbeat},
         {{.lastBeat = 100, .now = 0}, {}},
