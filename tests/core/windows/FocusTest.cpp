@@ -1,6 +1,7 @@
 #include "core/output/Output.h"
 #include "core/windows/ClickCounter.h"
 #include "core/windows/FocusTracker.h"
+#include "tests/Texts.h"
 
 #include <gtest/gtest.h>
 
@@ -9,13 +10,14 @@
 namespace velmo {
 namespace {
 
-const FocusSnapshot field{.identity = "field", .editable = true, .password = false, .pid = 9};
+const FocusSnapshot input{.identity = "field", .editable = true, .pid = 9};
+const FocusSnapshot secret{.identity = "field", .editable = true, .password = true, .pid = 9};
 
-/// In every one of these one thing differs.
-const FocusSnapshot others[] = {{"Field", true, false, 9},
-                                {"field", false, false, 9},
-                                {"field", true, true, 9},
-                                {"field", true, false, 10}};
+/// Each differs from the input in one member.
+const FocusSnapshot others[] = {secret,
+                                {.identity = "Field", .editable = true, .pid = 9},
+                                {.identity = "field", .editable = false, .pid = 9},
+                                {.identity = "field", .editable = true, .pid = 10}};
 
 FocusTracker tracking(const FocusSnapshot& snapshot) {
     FocusTracker tracker;
@@ -25,17 +27,17 @@ FocusTracker tracking(const FocusSnapshot& snapshot) {
 
 TEST(FocusTracker, NumbersEveryChangeAndTellsOfItOnce) {
     FocusTracker tracker;
-    const FocusEvent first{"1", true, false};
-    EXPECT_EQ(tracker.observe(field), first);
-    EXPECT_EQ(tracker.observe(field), std::nullopt);
+    const FocusEvent first{.target = "1", .editable = true};
+    EXPECT_EQ(tracker.observe(input), first);
+    EXPECT_EQ(tracker.observe(input), std::nullopt);
     tracker.requested = true;
-    EXPECT_EQ(tracker.observe(field), first);
-    int revision = 1;
+    EXPECT_EQ(tracker.observe(input), first);
     for (const FocusSnapshot& other : others) {
-        for (const FocusSnapshot& next : {other, field}) {
-            tracker.requested = true; // what is owed is paid by the event of a change
-            EXPECT_EQ(tracker.observe(next),
-                      (FocusEvent{std::to_string(++revision), next.editable, next.password}));
+        for (const FocusSnapshot& next : {other, input}) {
+            FocusEvent event{.editable = next.editable, .password = next.password};
+            event.target = std::to_string(tracker.revision + 1);
+            tracker.requested = true; // the event of the change serves the request too
+            EXPECT_EQ(tracker.observe(next), event);
             EXPECT_EQ(tracker.observe(next), std::nullopt);
         }
     }
@@ -44,44 +46,53 @@ TEST(FocusTracker, NumbersEveryChangeAndTellsOfItOnce) {
 }
 
 TEST(FocusTracker, AcceptsTheCurrentNumberWhileTheFocusStays) {
-    EXPECT_FALSE(FocusTracker().accepts("0", field));
-    EXPECT_TRUE(tracking(field).accepts("1", field));
-    for (const char* target : {"", "0", "01", "+1", "1 ", "2"})
-        EXPECT_FALSE(tracking(field).accepts(target, field)) << target;
+    EXPECT_FALSE(FocusTracker().accepts("0", input));
+    expectVerdicts([](const auto& target) { return tracking(input).accepts(target, input); }, {"1"},
+                   {"", "0", "01", "+1", "1 ", "2"});
     for (const FocusSnapshot& other : others) {
-        FocusTracker tracker = tracking(field);
+        FocusTracker tracker = tracking(input);
         EXPECT_FALSE(tracker.accepts("1", other));
         tracker.observe(other);
         EXPECT_FALSE(tracker.accepts("1", other));
-        EXPECT_TRUE(tracker.accepts("2", other)); // a password field too
+        EXPECT_TRUE(tracker.accepts("2", other)); // even in a password field
     }
 }
 
 TEST(FocusTracker, AcceptsFromTheCacheWhatIsRecentAndNoPassword) {
-    FocusTracker tracker = tracking(field);
-    const auto accepts = [&](double age, std::string_view target = "1", std::int32_t pid = 9,
-                             std::string_view identity = "field") {
-        return tracker.acceptsCached(target, pid, identity, age, 0.5);
+    struct Request {
+        FocusSnapshot current = input;
+        bool cacheable = true;
+        std::string target = "1";
+        std::int32_t pid = 9;
+        std::string identity = "field";
+        double age = 0;
     };
-    EXPECT_TRUE(accepts(0) && accepts(0.5));
-    EXPECT_FALSE(accepts(-0.1) || accepts(0.51) || accepts(std::nan("")));
-    EXPECT_FALSE(accepts(0, "2") || accepts(0, "01") || accepts(0, "1", 10));
-    EXPECT_FALSE(accepts(0, "1", 9, "other"));
-    tracker.cacheable = false;
-    EXPECT_FALSE(accepts(0));
-    tracker = tracking(others[2]); // a password field
-    EXPECT_FALSE(accepts(0));
-    tracker = tracking({"field", true, false, 0});
-    EXPECT_FALSE(accepts(0, "1", 0));
-    tracker = {.cacheable = true};
-    EXPECT_FALSE(accepts(0, "0"));
+
+    const auto accepts = [](const Request& request) {
+        FocusTracker tracker = tracking(request.current);
+        tracker.cacheable = request.cacheable;
+        return tracker.acceptsCached(request.target, request.pid, request.identity, request.age, 1);
+    };
+    EXPECT_TRUE(accepts({}) && accepts({.age = 1}));
+    const Request refused[] = {{.age = -0.1},
+                               {.age = 1.01},
+                               {.age = std::nan("")},
+                               {.target = "01"},
+                               {.pid = 10},
+                               {.identity = "other"},
+                               {.cacheable = false},
+                               {.current = secret},
+                               {.current = {.identity = "field", .pid = 0}, .pid = 0}};
+    for (const Request& request : refused)
+        EXPECT_FALSE(accepts(request)) << "row " << &request - refused;
+    EXPECT_FALSE(FocusTracker{.cacheable = true}.acceptsCached("0", 0, "", 0, 1));
 }
 
 TEST(ClickCounter, CountsPressesThatFollowCloselyInTimeAndPlace) {
     ClickCounter counter{.interval = 0.5, .slop = 4};
     EXPECT_EQ(counter.press(false, {0, 0}, 10), 1);
     EXPECT_EQ(counter.press(false, {0, 0}, 10.25), 2);
-    EXPECT_EQ(counter.press(false, {4, -4}, 10.75), 3); // both limits exactly
+    EXPECT_EQ(counter.press(false, {4, -4}, 10.75), 3); // at both limits
     EXPECT_EQ(counter.press(false, {8, -8}, 11), 4);    // measured from the last press
     EXPECT_EQ(counter.press(true, {8, -8}, 11), 1);
     EXPECT_EQ(counter.press(true, {8, -8}, 11.75), 1);

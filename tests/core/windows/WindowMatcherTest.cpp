@@ -1,7 +1,6 @@
 #include "core/windows/WindowMatcher.h"
 
-#include <gmock/gmock.h>
-#include <rapidcheck/gtest.h>
+#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -9,79 +8,77 @@ namespace velmo {
 namespace {
 
 using Title = std::optional<std::string>;
+using Facts = std::vector<AXWindowFacts>;
 using Index = std::optional<std::size_t>;
 
 /// A window at x, or at an unknown place.
-AXWindowFacts at(std::optional<double> x, Title title = {}, bool minimized = false,
-                 std::optional<std::uint32_t> number = {}) {
-    const auto bounds = x.transform([](double left) { return WindowBounds{left, 0, 800, 600}; });
-    return {.windowId = number, .title = title, .bounds = bounds, .minimized = minimized};
+AXWindowFacts at(std::optional<double> x, Title title = {}) {
+    const auto bounds = x.transform([](double left) { return WindowBounds{.x = left}; });
+    return {.title = title, .bounds = bounds};
 }
 
 AXWindowFacts minimized(std::optional<double> x, Title title = {}) {
-    return at(x, title, true);
+    AXWindowFacts facts = at(x, title);
+    facts.minimized = true;
+    return facts;
 }
 
-AXWindowFacts numbered(std::uint32_t number, std::optional<double> x, Title title = {}) {
-    return at(x, title, false, number);
+AXWindowFacts numbered(std::uint32_t number, AXWindowFacts facts) {
+    facts.windowId = number;
+    return facts;
 }
 
-/// Asked for is the window with number 7 at 0.
-Index resolved(const Title& title, bool onScreen, const std::vector<AXWindowFacts>& facts,
-               std::optional<double> x = 0) {
-    return WindowMatcher::resolve({7, title, at(x).bounds, onScreen}, facts);
+/// A search for the window with number 7, which is at 0 or at an unknown place.
+struct Search {
+    Title title = {};
+    Facts facts;
+    Index index = {}; ///< of the window that is to be found
+    std::optional<double> x = 0;
+};
+
+void expectFound(bool onScreen, const std::vector<Search>& searches) {
+    for (const auto& [title, facts, index, x] : searches) {
+        const WindowTarget target{
+            .id = 7, .title = title, .bounds = at(x).bounds, .onScreen = onScreen};
+        EXPECT_EQ(WindowMatcher::resolve(target, facts), index)
+            << testing::PrintToString(title) << facts.size();
+    }
 }
 
-TEST(WindowMatcher, FindsTheWindowThatIsMeant) {
-    const std::tuple<Title, std::vector<AXWindowFacts>, Index> onScreen[] = {
-        {"a", {at(0, "a"), numbered(7, 900, "b")}, 1},
-        {{}, {at({}), at(20), at(-10), at(10)}, 2}, // by place alone
-        {{}, {at(24.5), at(std::nan("")), at(24)}, 2},
-        {"", {at(20, ""), at(10, "b")}, 1},
-        {{}, {numbered(8, 5), at(10)}, 0}, // those with other numbers compete
-        {"a", {at(0, "b"), at(24, "a"), at(12, "a"), at(12, "a")}, 2},
-        {"a", {at(0, "b"), at({}, "a")}, 1}, // wherever it is
-        {"a", {at(900, "a"), at({}, "a"), at(9, "b")}, 2},
-        {"a", {at(900, "a"), at(-900, "a")}, {}},
-        {"a", {at(10, "A"), at(900, "a ")}, 0},
-        {"caf\u00E9", {at(0), at(900, "cafe\u0301")}, 1},
-    };
-    int row = 0;
-    for (const auto& [title, facts, index] : onScreen)
-        EXPECT_EQ(resolved(title, true, facts), index) << "row " << row++;
-    EXPECT_EQ(resolved("a", true, {at(0, "a")}, {}), std::nullopt);
-
-    const std::tuple<Title, std::vector<AXWindowFacts>, Index> offScreen[] = {
-        {"a", {minimized(0, "a"), numbered(7, 900)}, 1},
-        // the only minimized one with the title
-        {"a", {minimized(0, "b"), minimized({}, "a"), at(0, "a")}, 1},
-        {"", {at(0), minimized({}, "b")}, 1}, // the only minimized one
-        {"a", {at(0), minimized(900, "")}, 1},
-        {"a", {at(0), at(900, "b", true, 8), minimized(900)}, 2},
-        {"a", {at(900), minimized(10, "b"), at(5, "c")}, 2}, // its title speaks against it
-        {{}, {minimized(20), minimized(900), at(10)}, 2},    // any without number
-        {"a", {minimized(900, "a"), minimized(20, "a"), at(0, "b")}, 1},
-        {"a", {minimized(900, "a"), minimized(800, "a"), numbered(8, 0, "a")}, {}},
-    };
-    for (const auto& [title, facts, index] : offScreen)
-        EXPECT_EQ(resolved(title, false, facts), index) << "row " << row++;
-    EXPECT_EQ(resolved("a", false, {minimized(0, "b"), minimized(0, "a")}, {}), 1);
-    EXPECT_EQ(resolved({}, false, {minimized(0)}, {}), std::nullopt);
+TEST(WindowMatcher, FindsAWindowOnScreen) {
+    expectFound(
+        true,
+        {{.title = "a", .facts = {at(0, "a"), numbered(7, at(900, "b"))}, .index = 1},
+         {.facts = {at({}), at(20), at(-10), at(10)}, .index = 2}, // by place alone
+         {.facts = {at(24.5), at(std::nan("")), at(24)}, .index = 2},
+         {.title = "", .facts = {at(20, ""), at(10, "b")}, .index = 1},
+         {.facts = {numbered(8, at(5)), at(10)}, .index = 0}, // one with another number competes
+         {.title = "a", .facts = {at(0, "b"), at(24, "a"), at(12, "a"), at(12, "a")}, .index = 2},
+         {.title = "a", .facts = {at(0, "b"), at({}, "a")}, .index = 1}, // wherever it is
+         {.title = "a", .facts = {at(900, "a"), at({}, "a"), at(9, "b")}, .index = 2},
+         {.title = "a", .facts = {at(900, "a"), at(-900, "a")}},
+         {.title = "a", .facts = {at(10, "A"), at(900, "a ")}, .index = 0},
+         {.title = "caf\u00E9", .facts = {at(0), at(900, "cafe\u0301")}, .index = 1},
+         {.title = "a", .facts = {at(0, "a")}, .x = {}}});
 }
 
-RC_GTEST_PROP(WindowMatcher, OffScreenAWindowWithAnotherNumberIsAnotherWindow, ()) {
-    auto facts = *rc::gen::container<std::vector<AXWindowFacts>>(rc::gen::apply(
-        at, rc::gen::element<std::optional<double>>(std::nullopt, 0, 20, 30),
-        rc::gen::element<Title>(std::nullopt, "", "a", "b"), rc::gen::arbitrary<bool>(),
-        rc::gen::element<std::optional<std::uint32_t>>(std::nullopt, std::nullopt, 8)));
-    const Title title = *rc::gen::element<Title>(std::nullopt, "", "a");
-    const Index found = resolved(title, false, facts);
-    RC_ASSERT((!found || !facts.at(*found).windowId));
-    for (AXWindowFacts& fact : facts)
-        fact = fact.windowId ? numbered(8, {}) : fact;
-    RC_ASSERT(resolved(title, false, facts) == found);
-    facts.push_back(numbered(7, {}));
-    RC_ASSERT(resolved(title, *rc::gen::arbitrary<bool>(), facts) == facts.size() - 1);
+TEST(WindowMatcher, FindsAWindowThatIsNotOnScreen) {
+    expectFound(
+        false,
+        {{.title = "a", .facts = {minimized(0, "a"), numbered(7, at(900))}, .index = 1},
+         // the only minimized one with the title
+         {.title = "a", .facts = {minimized(0, "b"), minimized({}, "a"), at(0, "a")}, .index = 1},
+         {.title = "a", .facts = {minimized(0, "b"), minimized(0, "a")}, .index = 1, .x = {}},
+         {.title = "", .facts = {at(0), minimized({}, "b")}, .index = 1}, // the only minimized one
+         {.title = "a", .facts = {at(0), minimized(900, "")}, .index = 1},
+         {.facts = {minimized(0)}, .x = {}},
+         {.facts = {at(0), numbered(8, minimized(900)), minimized(900)}, .index = 2},
+         // the only minimized one has another title
+         {.title = "a", .facts = {at(900), minimized(10, "b"), at(5, "c")}, .index = 2},
+         // among all without a number
+         {.facts = {minimized(20), minimized(900), numbered(8, at(0)), at(10)}, .index = 3},
+         {.title = "a", .facts = {minimized(900, "a"), minimized(20, "a"), at(0, "b")}, .index = 1},
+         {.title = "a", .facts = {minimized(900, "a"), minimized(800, "a"), at(99, "a")}}});
 }
 
 TEST(WindowMatcher, TheFrontWindowIsTheFirstOnScreenOfTheFrontmostProcess) {
