@@ -1,5 +1,7 @@
 #include "core/probes/ScreenPrivacy.h"
 
+#include "tests/Texts.h"
+
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -39,20 +41,17 @@ TEST(ScreenPrivacy, PrivateWindowsAreTheSensitiveAndThePrivatelyTitled) {
 }
 
 TEST(ScreenPrivacy, APromptCountsWhenItCanBeSeen) {
-    for (const char* letters : {"a", "pA.a"})
-        EXPECT_TRUE(ScreenPrivacy::authPromptOnScreen(windows(letters))) << letters;
-    for (const char* letters : {"", "pA", "stu"})
-        EXPECT_FALSE(ScreenPrivacy::authPromptOnScreen(windows(letters))) << letters;
+    expectVerdicts([](const auto& l) { return ScreenPrivacy::authPromptOnScreen(windows(l)); },
+                   {"a", "pA.a"}, {"", "pA", "stu"});
     auto unknown = windows("a");
     unknown[0].alpha = std::nan("");
     EXPECT_FALSE(ScreenPrivacy::authPromptOnScreen(unknown));
 }
 
 TEST(ScreenPrivacy, TheFrontmostSharedWindowUnderThePointDecides) {
-    for (const char* letters : {"s", "t", "a", "us", "Pt", "uuPUt", "sp"})
-        EXPECT_TRUE(ScreenPrivacy::protectedAt({0, 0}, windows(letters))) << letters;
-    for (const char* letters : {"", "p", "u", "ps", "uupt", "Tp", "T", ".t", "p.s"})
-        EXPECT_FALSE(ScreenPrivacy::protectedAt({0, 0}, windows(letters))) << letters;
+    expectVerdicts([](const auto& l) { return ScreenPrivacy::protectedAt({0, 0}, windows(l)); },
+                   {"s", "t", "a", "us", "Pt", "uuPUt", "sp"},
+                   {"", "p", "u", "ps", "uupt", "Tp", "T", ".t", "p.s"});
 }
 
 TEST(WindowBounds, ContainTheirLeftAndTopEdgesOnly) {

@@ -1,4 +1,3 @@
-#include "core/output/Output.h"
 #include "core/windows/CGWindowRow.h"
 #include "core/windows/WindowFilter.h"
 #include "core/windows/WindowPrivacy.h"
@@ -27,37 +26,34 @@ Dictionary entry(const std::string& name = "", const Value& value = {}) {
 }
 
 TEST(CGWindowRow, ReadsWhatThePlatformTells) {
-    CGWindowRow row{.id = 7, .pid = 9, .bounds = {-1, 2.5, 800, 600}};
+    const CGWindowRow row{.id = 7, .pid = 9, .bounds = {-1, 2.5, 800, 600}};
     EXPECT_EQ(CGWindowRow::parse(entry()), row);
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowName", "")), row);
     for (const std::string& name :
          each("kCGWindow#", words("Name OwnerName Layer Alpha IsOnscreen")))
         EXPECT_EQ(CGWindowRow::parse(entry(name, Value::Array{})), row) << name;
 
-    Dictionary whole = entry("kCGWindowName", " ");
-    whole.merge(Dictionary{{"kCGWindowOwnerName", "App"}, {"kCGWindowLayer", 25.0}});
-    whole.merge(Dictionary{{"kCGWindowAlpha", 0.5}, {"kCGWindowIsOnscreen", 1}});
-    row = {.id = 7, .pid = 9, .owner = "App", .title = " ", .layer = 25, .bounds = row.bounds};
-    row.alpha = 0.5;
-    row.onScreen = true;
-    EXPECT_EQ(CGWindowRow::parse(whole), row);
+    EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowOwnerName", "App"))->owner, "App");
+    EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowName", " "))->title, " ");
+    EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowLayer", 25.0))->layer, 25);
+    EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowAlpha", 0.5))->alpha, 0.5);
+    EXPECT_TRUE(CGWindowRow::parse(entry("kCGWindowIsOnscreen", 1))->onScreen);
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowNumber", 4294967295))->id, 4294967295);
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowOwnerPID", 2147483647.0))->pid, 2147483647);
 }
 
 TEST(CGWindowRow, IsNoneWithoutNumberOwnerAndPlace) {
     const std::pair<const char*, std::vector<Value>> refused[] = {
-        {"kCGWindowNumber", {Value(), 0, -1, 0.9, 4294967296, "7", true, std::nan(""), infinity}},
+        {"kCGWindowNumber", {Value(), 0, -1, 0.9, 4294967296, "7", true, std::nan("")}},
         {"kCGWindowOwnerPID", {Value(), 0, -1, 2147483648, 4294967305, "9", true}},
         {"kCGWindowBounds", {Value(), "bounds", Dictionary{}, Value::Array{1, 2, 3, 4}}},
         {"X", {Value(), "1", true, std::nan("")}},
         {"Y", {Value(), -infinity}},
         {"Width", {Value(), infinity}},
-        {"Height", {Value(), Dictionary{}}},
-    };
+        {"Height", {Value(), Dictionary{}}}};
     for (const auto& [name, values] : refused) {
-        for (std::size_t i = 0; i < values.size(); ++i)
-            EXPECT_FALSE(CGWindowRow::parse(entry(name, values[i]))) << name << ' ' << i;
+        for (const Value& value : values)
+            EXPECT_FALSE(CGWindowRow::parse(entry(name, value))) << name << &value - &values[0];
     }
 }
 
@@ -101,12 +97,13 @@ TEST(WindowPrivacy, HidesHoweverNamesAndTitlesAreSpelt) {
 }
 
 TEST(WindowRecord, IsWrittenForThePhone) {
-    WindowRecord record{.id = 7, .pid = 9, .app = "App", .appId = "a.b", .title = "a/b"};
-    record.front = true;
-    EXPECT_EQ(Output::jsonLine(record),
+    WindowRecord record{.id = 7, .pid = 9, .app = "App", .appId = "a.b", .title = "t"};
+    record.minimized = record.front = true;
+    record.started = "1";
+    EXPECT_EQ(encodeJson(record),
               R"({"app":"App","appId":"a.b","bounds":{"height":0,"width":0,"x":0,"y":0},)"
-              R"("front":true,"id":7,"minimized":false,"onScreen":false,"pid":9,"started":"",)"
-              R"("title":"a\/b"})");
+              R"("front":true,"id":7,"minimized":true,"onScreen":false,"pid":9,"started":"1",)"
+              R"("title":"t"})");
 }
 
 } // namespace
