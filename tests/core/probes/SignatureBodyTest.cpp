@@ -36,9 +36,7 @@ TEST(SignatureBody, AcceptsEveryLimit) {
     const auto one = SignatureBody{.strokes = {{{0, 1}}}, .color = SignatureBody::Color::blue};
     EXPECT_EQ(decode(R"({"strokes":[[[0,1]]],"color":"blue","strokes2":null})"), one);
     EXPECT_EQ(decode(R"({"stroke\u0073":[[[-0.0,1e0]]],"color":"bl\u0075e"})"), one);
-    EXPECT_EQ(decode(bodyOf("[[[1e-320,0.5]]]"))->strokes[0][0][0], 1e-320);
     EXPECT_TRUE(decode(padded(bodyOf("[[[0,0]]]"), 65'536)));
-    EXPECT_TRUE(decode(bodyOf(list(64, "[[0,0]]"))));
     EXPECT_TRUE(decode(bodyOf(list(1, list(2048, "[0.5,1]")))));
     EXPECT_TRUE(decode(bodyOf(list(64, list(32, "[1,1]")))));
 }

@@ -8,11 +8,8 @@
 #include <png.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
 
 namespace velmo {
 namespace {

@@ -29,9 +29,8 @@ TEST(CGWindowRow, ReadsWhatThePlatformTells) {
     const CGWindowRow row{.id = 7, .pid = 9, .bounds = {-1, 2.5, 800, 600}};
     EXPECT_EQ(CGWindowRow::parse(entry()), row);
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowName", "")), row);
-    for (const std::string& name :
-         each("kCGWindow#", words("Name OwnerName Layer Alpha IsOnscreen")))
-        EXPECT_EQ(CGWindowRow::parse(entry(name, Value::Array{})), row) << name;
+    for (const char* name : {"Name", "OwnerName", "Layer", "Alpha", "IsOnscreen"})
+        EXPECT_EQ(CGWindowRow::parse(entry("kCGWindow"s + name, Value::Array{})), row) << name;
 
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowOwnerName", "App"))->owner, "App");
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowName", " "))->title, " ");
@@ -78,11 +77,9 @@ TEST(WindowFilter, KeepsOrdinaryWindowsOfRegularApplications) {
 }
 
 TEST(WindowPrivacy, HidesHoweverNamesAndTitlesAreSpelt) {
-    for (const auto& padding : {""s, " - "s, "\xFF"s, "\0a"s, "\u00E9"s, std::string(99999, 'x')})
+    for (const auto& pad : {""s, " - "s, "\xFF"s, "\0a"s, "\u00E9"s, std::string(99999, 'x')})
         expectVerdicts(
-            [&](const auto& title) {
-                return WindowPrivacy::looksPrivate(padding + title + padding);
-            },
+            [&](const auto& title) { return WindowPrivacy::looksPrivate(pad + title + pad); },
             {"Private Browsing — A", "INCÓGNITO", "Inco\u0301gnito", "INCO\u0301GNITO", "InPrivate",
              "FENÊTRE PRIVE\u0301E", "navegac\u0327a\u0303o privada", "PRIVATER MODUS"},
             {"", "private  window", "incogn\0ito"s, "fenetre privee"});
