@@ -15,10 +15,9 @@ struct CGWindowRow {
     std::int32_t pid = 0;             ///< of the owner
     std::string owner;                ///< name of the owner; empty if it is missing
     std::optional<std::string> title; ///< absent if it is missing or empty
-    std::int64_t layer =
-        0;               ///< 0 for ordinary windows, not for menus, panels, overlays, the desktop
-    double alpha = 1;    ///< opacity, 0...1; may be "not a number"
-    WindowBounds bounds; ///< all four are finite
+    std::int64_t layer = 0;           ///< 0 for ordinary windows; menus, overlays and others differ
+    double alpha = 1;                 ///< opacity, 0...1; may be "not a number"
+    WindowBounds bounds;              ///< all four are finite
     bool onScreen = false;
 
     /// Reads an entry of the window list. Returns nothing unless it has a window number of

@@ -12,15 +12,14 @@ struct ClickCounter {
     struct Press {
         bool right = false; ///< the right button, not the left one
         ScreenPoint at;
-        double time = 0; ///< seconds
-        std::int64_t count =
-            1; ///< 1 for a single click, 2 for a double one, without an upper limit
+        double time = 0;        ///< seconds
+        std::int64_t count = 1; ///< 1 for a single click, 2 for a double one, and so on
 
         bool operator==(const Press&) const = default;
     };
 
-    double interval = 0; ///< seconds; at most this time lies between presses of one series
-    double slop = 0;     ///< points; at most this far apart are they along each axis
+    double interval = 0; ///< seconds; limit of the time between two presses of a series
+    double slop = 0;     ///< points; limit of their distance along each axis
     std::optional<Press> last;
 
     /// Returns the count of this press: one more than that of the last press if both are of the

@@ -101,7 +101,7 @@ TEST(SignatureRenderer, LeavesOutWhatIsNoPoint) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(draw({{}, {{}}, {{0.5}}, {{nan, 0.5}}, {{0.5, infinity}, {0.1, 0.1, 0.1}}}),
               draw({}));
-    EXPECT_EQ(draw({{{0.1, 0.1}, {nan, 0}, {0.9, 0.1}, {-infinity, 0.5}}}),
+    EXPECT_EQ(draw({{{0.1, 0.1}, {0.5, infinity}, {nan, 0}, {0.9, 0.1}, {-infinity, 0.5}}}),
               draw({{{0.1, 0.1}, {0.9, 0.1}}}));
 }
 
