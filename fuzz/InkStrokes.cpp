@@ -7,8 +7,8 @@
 
 namespace velmo {
 
-/// The input is a list of points, each two doubles as they lie in memory. A point that is not within
-/// the limit ends a stroke.
+/// The input is a list of points, each two doubles as they lie in memory. A point that is not
+/// within the limit ends a stroke.
 void Fuzz::target(Input input) {
     constexpr std::size_t width = 24;
     constexpr std::size_t height = 12;
