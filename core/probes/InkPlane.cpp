@@ -26,11 +26,11 @@ struct Indices {
     std::size_t end;
 };
 
-/// Returns the pixels whose centres lie between two places on an axis of `count` pixels.
+/// Returns the pixels that lie, if only in part, between two places on an axis of `count` pixels.
 Indices pixelsBetween(double low, double high, std::size_t count) {
     const auto max = static_cast<double>(count);
-    return {.begin = static_cast<std::size_t>(std::clamp(std::floor(low + 0.5), 0.0, max)),
-            .end = static_cast<std::size_t>(std::clamp(std::ceil(high - 0.5), 0.0, max))};
+    return {.begin = static_cast<std::size_t>(std::clamp(std::floor(low), 0.0, max)),
+            .end = static_cast<std::size_t>(std::clamp(std::ceil(high), 0.0, max))};
 }
 
 // They take values, unlike std::max and std::min, so that compilers can vectorise the loop in
