@@ -7,7 +7,8 @@
 
 namespace velmo {
 
-/// Points are two doubles as they lie in memory; one that is none ends a stroke.
+/// The input is a list of points, each two doubles as they lie in memory. A point that is not
+/// within the limit ends a stroke.
 void Fuzz::target(Input input) {
     constexpr std::size_t width = 24;
     constexpr std::size_t height = 12;
@@ -17,7 +18,8 @@ void Fuzz::target(Input input) {
          rest = rest.subspan(sizeof(PenPoint))) {
         PenPoint point;
         std::memcpy(&point, rest.data(), sizeof point);
-        if (std::abs(point.x) <= InkPlane::furthest && std::abs(point.y) <= InkPlane::furthest) {
+        if (std::abs(point.x) <= InkPlane::maxCoordinate
+            && std::abs(point.y) <= InkPlane::maxCoordinate) {
             stroke.push_back(point);
             continue;
         }

@@ -4,7 +4,7 @@
 
 namespace velmo {
 
-/// However a title is spelt and whatever stands around it: a private window is found out.
+/// A private window is recognised however its title is spelt and whatever stands around it.
 void Fuzz::target(Input input) {
     const std::string title(input.rest());
     const bool found = WindowPrivacy::looksPrivate(title);

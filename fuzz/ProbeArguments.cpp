@@ -9,7 +9,7 @@
 
 namespace velmo {
 
-/// The same words for every probe.
+/// Every probe reads the same arguments.
 void Fuzz::target(Input input) {
     const auto words = input.words();
     if (const auto point = PointerTarget::parse(words)) {

@@ -9,6 +9,14 @@
 
 namespace velmo {
 
+/// Returns the fields of a record that names a running application as `TargetRequest` does, by
+/// three members of the same names and types.
+template<class R>
+constexpr auto targetFields() {
+    return std::tuple{field("pid", &R::pid), field("appId", &R::appId),
+                      field("started", &R::started)};
+}
+
 /// Names the running application that the phone means. The process identifier alone is not enough:
 /// when the request arrives, another process may have it.
 struct TargetRequest {
@@ -21,9 +29,7 @@ struct TargetRequest {
     /// 1024 user-perceived characters of valid UTF-8 without a line break.
     static std::optional<TargetRequest> parse(std::span<const std::string> arguments);
 
-    static constexpr auto fields =
-        std::tuple{field("pid", &TargetRequest::pid), field("appId", &TargetRequest::appId),
-                   field("started", &TargetRequest::started)};
+    static constexpr auto fields = targetFields<TargetRequest>();
     bool operator==(const TargetRequest&) const = default;
 };
 

@@ -11,16 +11,15 @@ namespace velmo::FirewallProbe {
 
 namespace {
 
-// User-perceived characters.
-constexpr std::size_t longestPath = 1024;
-constexpr std::size_t longestOutput = 400;
+constexpr std::size_t maxPath = 1024;  ///< user-perceived characters
+constexpr std::size_t maxOutput = 400; ///< user-perceived characters
 
 } // namespace
 
 bool validAppPath(std::string_view path) {
     return path.starts_with('/') && !PathText::goesUp(path)
            && std::ranges::none_of(path, Ascii::isControl) && Text::isValidUtf8(path)
-           && !Text::hasMoreCharactersThan(path, longestPath);
+           && !Text::hasMoreCharactersThan(path, maxPath);
 }
 
 std::optional<std::string> parseArgs(std::span<const std::string> arguments) {
@@ -34,9 +33,9 @@ std::array<std::vector<std::string>, 3> invocations(std::string_view appPath) {
 }
 
 std::string clean(std::string_view output) {
-    // Repaired before it is measured: a cut must not make two characters of one bad sequence.
+    // Repaired first: the cut must not divide an ill-formed sequence into two characters.
     const std::string valid = Text::repaired(output);
-    return std::string(Text::prefix(Text::trimmed(valid, Text::isBlankOrNewline), longestOutput));
+    return std::string(Text::prefix(Text::trimmed(valid, Text::isBlankOrNewline), maxOutput));
 }
 
 } // namespace velmo::FirewallProbe

@@ -9,12 +9,13 @@
 #include <string_view>
 #include <vector>
 
-/// What the system's application firewall says of the host. Whoever probes runs `tool` once for
-/// each of the `invocations`, in order, and reports the cleaned outputs.
+/// Finds out whether the system's application firewall would block the host. The caller runs `tool`
+/// once for each of the `invocations`, in order, and fills the report with the cleaned outputs.
 namespace velmo::FirewallProbe {
 
 inline constexpr std::string_view tool = "/usr/libexec/ApplicationFirewall/socketfilterfw";
 
+/// What the tool printed in each of its runs, cleaned.
 struct Report {
     std::string global;   ///< whether the firewall is on
     std::string blockAll; ///< whether it blocks everything
@@ -26,18 +27,19 @@ struct Report {
     bool operator==(const Report&) const = default;
 };
 
-/// Absolute, at most 1024 user-perceived characters, without a step to the parent folder, an ASCII
-/// control character or ill-formed UTF-8. Nothing else is asked of it: the tool is only told.
+/// Tells whether the path is absolute, has at most 1024 user-perceived characters of valid UTF-8,
+/// and contains neither a step to the parent folder ("..") nor an ASCII control character. Whether
+/// anything lies there is not checked.
 bool validAppPath(std::string_view path);
 
-/// The application's path, which must be the only word after the program's own name; absent for
-/// wrong usage.
+/// Returns the path of the application, which must be the only argument; absent for wrong usage.
 std::optional<std::string> parseArgs(std::span<const std::string> arguments);
 
-/// The arguments of each run. The path is an argument of its own: no shell ever sees it.
+/// Returns the arguments of each run. The path is an argument of its own and never passes through a
+/// shell, so that it needs no quoting.
 std::array<std::vector<std::string>, 3> invocations(std::string_view appPath);
 
-/// An output without the white space and newlines around it, then cut to 400 user-perceived
+/// Removes the white space and line breaks around an output and then cuts it to 400 user-perceived
 /// characters. Ill-formed UTF-8 becomes U+FFFD.
 std::string clean(std::string_view output);
 

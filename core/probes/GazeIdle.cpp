@@ -7,7 +7,7 @@ namespace velmo {
 
 namespace {
 
-constexpr double day = 86400;
+constexpr double maxIdle = 86400; ///< seconds: a day
 constexpr double millisecondsInASecond = 1000;
 
 } // namespace
@@ -21,9 +21,9 @@ GazeIdle::GazeIdle(double secondsSinceKey, double secondsSincePointer, bool isLo
 
 double GazeIdle::clean(double seconds) {
     if (!std::isfinite(seconds) || seconds < 0)
-        return day;
-    // Cut first: the product could be infinite.
-    const double milliseconds = std::min(seconds, day) * millisecondsInASecond;
+        return maxIdle;
+    // Limited before it is multiplied, because the product could be infinite.
+    const double milliseconds = std::min(seconds, maxIdle) * millisecondsInASecond;
     return std::round(milliseconds) / millisecondsInASecond;
 }
 

@@ -4,8 +4,8 @@
 
 namespace velmo {
 
-/// Whether somebody is at the Mac: for how long its input devices were left alone, and whether the
-/// screen could be seen at all.
+/// Reports whether somebody is at the Mac: how long its input devices have been idle, and whether
+/// the screen can be seen at all.
 struct GazeIdle {
     double key;     ///< seconds since the last keyboard event
     double pointer; ///< seconds since the last pointer event
@@ -15,8 +15,9 @@ struct GazeIdle {
     /// Both times pass through `clean`.
     GazeIdle(double secondsSinceKey, double secondsSincePointer, bool isLocked, bool isAsleep);
 
-    /// Whole milliseconds, half of one rounded up, of at most a day. A day too for what is no
-    /// duration (negative, infinite, not a number): no activity is known.
+    /// Rounds an idle time to whole milliseconds, half a millisecond up, and limits it to a day. A
+    /// number that is no duration (negative, infinite or "not a number") becomes a day, which means
+    /// that no activity is known.
     static double clean(double seconds);
 
     static constexpr auto fields =

@@ -11,27 +11,30 @@ namespace {
 
 constexpr double radius = InkPlane::penWidth / 2;
 
-/// Ink fades over the pixel that lies across the edge: from here on there is none.
+/// Across the edge of a stroke the ink fades over the width of one pixel, half of it outside. At
+/// this distance from the stroke there is none left.
 constexpr double reach = radius + 0.5;
 
 constexpr std::uint8_t opaque = std::numeric_limits<std::uint8_t>::max();
 
-/// Points that are closer are one: no direction could be computed from them.
-constexpr double shortestSegment = 1e-9;
+/// Two points that are closer than this, in pixels, are drawn as one, because no direction can be
+/// computed from them.
+constexpr double minSegment = 1e-9;
 
 struct Indices {
     std::size_t begin;
     std::size_t end;
 };
 
-/// The pixels whose centres can lie between two places on an axis of `count` pixels.
+/// Returns the pixels that lie, if only in part, between two places on an axis of `count` pixels.
 Indices pixelsBetween(double low, double high, std::size_t count) {
-    const auto most = static_cast<double>(count);
-    return {.begin = static_cast<std::size_t>(std::clamp(std::floor(low), 0.0, most)),
-            .end = static_cast<std::size_t>(std::clamp(std::ceil(high), 0.0, most))};
+    const auto max = static_cast<double>(count);
+    return {.begin = static_cast<std::size_t>(std::clamp(std::floor(low), 0.0, max)),
+            .end = static_cast<std::size_t>(std::clamp(std::ceil(high), 0.0, max))};
 }
 
-// By value, unlike std::max and std::min: compilers then work on several pixels at a time.
+// They take values, unlike std::max and std::min, so that compilers can vectorise the loop in
+// `cover`.
 constexpr float larger(float a, float b) {
     return a < b ? b : a;
 }
@@ -44,14 +47,14 @@ double centre(std::size_t pixel) {
     return static_cast<double>(pixel) + 0.5;
 }
 
-/// A straight piece of a stroke, from its upper end down.
+/// A straight piece of a stroke, directed from its upper end to its lower one.
 class Segment {
 public:
     Segment(PenPoint a, PenPoint b) : from_(a.y <= b.y ? a : b), to_(a.y <= b.y ? b : a) {
         const double dx = to_.x - from_.x;
         const double dy = to_.y - from_.y;
         const double length = std::hypot(dx, dy);
-        if (length >= shortestSegment) {
+        if (length >= minSegment) {
             length_ = length;
             direction_ = {.x = dx / length, .y = dy / length};
         }
@@ -61,31 +64,31 @@ public:
         return pixelsBetween(from_.y - reach, to_.y + reach, height);
     }
 
-    /// The columns that the ink can touch on a row.
+    /// Returns the columns that the ink can reach on a row.
     [[nodiscard]] Indices columns(double rowCentre, std::size_t width) const {
         const double start = xAt(rowCentre - reach);
         const double end = xAt(rowCentre + reach);
         return pixelsBetween(std::min(start, end) - reach, std::max(start, end) + reach, width);
     }
 
-    /// Raises the coverage of the pixels of one row, of which the first has its centre at `at`, to
-    /// what this segment covers of each.
+    /// Raises the coverage of the pixels of one row to what this segment covers of them, where it
+    /// is not higher already. The centre of the first pixel is at `at`.
     void cover(PenPoint at, std::span<std::uint8_t> pixels) const {
         const PenPoint offset{.x = at.x - from_.x, .y = at.y - from_.y};
-        // Relative to this row single precision is finer than any shade of ink.
+        // In and near the picture single precision is finer than any shade of ink.
         const auto along = static_cast<float>(offset.x * direction_.x + offset.y * direction_.y);
         const auto across = static_cast<float>(offset.x * direction_.y - offset.y * direction_.x);
         const auto alongStep = static_cast<float>(direction_.x);
         const auto acrossStep = static_cast<float>(direction_.y);
         const auto length = static_cast<float>(length_);
-        const auto furthest = static_cast<float>(reach);
+        const auto inkEnd = static_cast<float>(reach);
         int steps = 0;
         for (std::uint8_t& pixel : pixels) {
             const float a = along + static_cast<float>(steps) * alongStep;
             const float beyondAnEnd = larger(larger(-a, a - length), 0);
             const float aside = across + static_cast<float>(steps) * acrossStep;
             const float distance = std::sqrt(beyondAnEnd * beyondAnEnd + aside * aside);
-            const float share = smaller(larger(furthest - distance, 0), 1);
+            const float share = smaller(larger(inkEnd - distance, 0), 1);
             const auto covered = static_cast<std::uint8_t>(share * opaque + 0.5F);
             pixel = pixel < covered ? covered : pixel;
             ++steps;
@@ -93,7 +96,7 @@ public:
     }
 
 private:
-    /// Where it is at a height, or its nearer end.
+    /// Returns the x at which the segment is at this height; beyond an end, the x of that end.
     [[nodiscard]] double xAt(double y) const {
         if (y <= from_.y)
             return from_.x;
@@ -143,7 +146,9 @@ void InkPlane::cover(PenPoint from, PenPoint to) {
     }
 }
 
-/// Source over, once a stroke: of what is there, the part shows that the stroke leaves uncovered.
+/// Lays the finished stroke over the ink that is there, of which only the part that the stroke does
+/// not cover still shows ("source over"). It is done once per stroke, so that a stroke which
+/// crosses itself is not darker there.
 void InkPlane::composite() {
     for (std::size_t y = 0; y < height_; ++y) {
         const auto [begin, end] = std::exchange(touched_[y], {});

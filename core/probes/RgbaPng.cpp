@@ -22,7 +22,7 @@ void appendTo(png_structp png, png_bytep data, std::size_t length) {
     } catch (const std::exception&) {
         appended = false;
     }
-    // Not among the exception's handlers: it jumps.
+    // Outside the handler, because png_error leaves by longjmp, which must not skip its end.
     if (!appended)
         png_error(png, "");
 }
@@ -48,8 +48,9 @@ public:
 
     ~Encoder() { png_destroy_write_struct(&png_, &info_); }
 
-    /// The library leaves its functions by a jump when it fails; it lands here, where nothing that
-    /// it passes over needs a destructor.
+    /// Appends the picture to the file and tells whether that succeeded. When the library fails it
+    /// jumps (longjmp) to this function, whose variables need no destructor. `blank` is a row of
+    /// zeros.
     bool write(Bytes& file, std::size_t width, std::size_t height, const Row& row,
                const Bytes& blank) {
         if (info_ == nullptr || setjmp(png_jmpbuf(png_)) != 0)
@@ -59,8 +60,9 @@ public:
                      bitsPerSample, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_sRGB(png_, info_, PNG_sRGB_INTENT_PERCEPTUAL);
-        // Transparency is one long run, and under the "up" filter so is all that a row repeats of
-        // the one above it: looking for other matches costs most of the time and finds little.
+        // Transparency is one long run of zeros, and the "up" filter turns what a row repeats of
+        // the row above into another. To search for other matches takes most of the time and finds
+        // few.
         png_set_compression_strategy(png_, Z_RLE);
         png_set_filter(png_, PNG_FILTER_TYPE_DEFAULT, PNG_FILTER_NONE | PNG_FILTER_UP);
         png_write_info(png_, info_);

@@ -9,12 +9,12 @@
 /// Encodes pictures of 8 bits a sample: red, green, blue and alpha, not premultiplied.
 namespace velmo::RgbaPng {
 
-/// A row of the picture from the top, 4 bytes a pixel, or nothing for one that is fully
-/// transparent. The bytes need only live until the next row is asked for.
+/// Returns a row of the picture, counted from the top: 4 bytes per pixel, or no bytes if the row is
+/// fully transparent. The bytes must live until the next row is asked for.
 using Row = std::function<ByteView(std::size_t y)>;
 
-/// A PNG file in the sRGB colour space, with nothing in it that tells when or by whom it was made.
-/// Made to be quick for drawings that are mostly transparent. Absent when memory runs out.
+/// Returns a PNG file in the sRGB colour space, without a time or the name of an author in it. It
+/// is tuned for speed with drawings that are mostly transparent. Absent if memory runs out.
 std::optional<Bytes> encode(std::size_t width, std::size_t height, const Row& row);
 
 } // namespace velmo::RgbaPng

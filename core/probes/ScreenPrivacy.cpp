@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t notShared = 0;
 
-/// False for an opacity that is "not a number".
+/// An opacity that is "not a number" counts as invisible.
 bool isVisible(const ScreenWindowRow& row) {
     return row.alpha > 0;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/probes/ScreenWindowRow.h"
+#include "core/windows/PasswordPrompts.h"
 #include "core/windows/ScreenPoint.h"
 
 #include <array>
@@ -9,24 +10,25 @@
 #include <span>
 #include <string_view>
 
-/// What on the screen must be neither shown to the phone nor clicked by it, by the rules of
-/// `WindowPrivacy`.
+/// Decides what on the screen must be neither shown to the phone nor clicked by it. Which windows
+/// are private is decided by `WindowPrivacy`.
 namespace velmo::ScreenPrivacy {
 
-/// Who asks for the user's password; in lower case, compared in any.
+/// The applications whose windows are authentication prompts, in lower case.
 inline constexpr auto authBundleIds = std::to_array<std::string_view>(
-    {"com.apple.securityagent", "com.apple.localauthentication.uiagent"});
+    {PasswordPrompts::securityAgent, PasswordPrompts::localAuthentication});
 
 bool isPrivate(const ScreenWindowRow& row);
 
-/// The window numbers of the private ones, visible or not.
+/// Returns the window numbers of all private rows, even of those that are not visible.
 std::set<std::uint32_t> privateIDs(std::span<const ScreenWindowRow> rows);
 
-/// Whether a visible window belongs to one of `authBundleIds`.
+/// Tells whether a visible window belongs to one of `authBundleIds`, in any letter case.
 bool authPromptOnScreen(std::span<const ScreenWindowRow> rows);
 
-/// Whether a click at the point would reach a private window, or one that lies right below windows
-/// that are not shared: those may be seen through, or let clicks through.
+/// Tells whether a click at the point could reach a private window. The frontmost visible window
+/// there that is private or shared decides. A window that is not shared hides nothing, because it
+/// may be an overlay that passes clicks on to the window below.
 bool protectedAt(const ScreenPoint& point, std::span<const ScreenWindowRow> rows);
 
 } // namespace velmo::ScreenPrivacy

@@ -10,15 +10,15 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestAccount = 32;
-constexpr std::size_t longestLineEnding = 2; // bytes
+constexpr std::size_t maxAccount = 32;   ///< bytes
+constexpr std::size_t maxLineEnding = 2; ///< bytes
 
 bool isSmallLetter(char c) {
     return c >= 'a' && c <= 'z';
 }
 
-/// Zeros the bytes at the end of its life, through volatile: a plain write to memory that nobody
-/// reads again may be left out.
+/// Overwrites the bytes with zeros at the end of its life. It writes through volatile, because a
+/// compiler may leave out a plain write to memory that nobody reads again.
 class WipeAtEnd {
 public:
     explicit WipeAtEnd(std::span<std::uint8_t> bytes) : bytes_(bytes) {}
@@ -35,7 +35,7 @@ private:
     std::span<std::uint8_t> bytes_;
 };
 
-/// A CR alone ends no line.
+/// Removes one LF or CR LF. A CR alone is no line ending.
 std::string_view withoutLineEnding(std::string_view text) {
     if (text.ends_with('\n'))
         text.remove_suffix(text.ends_with("\r\n") ? 2 : 1);
@@ -45,7 +45,7 @@ std::string_view withoutLineEnding(std::string_view text) {
 } // namespace
 
 bool SecretRequest::validAccount(std::string_view name) {
-    return !name.empty() && name.size() <= longestAccount && isSmallLetter(name.front())
+    return !name.empty() && name.size() <= maxAccount && isSmallLetter(name.front())
            && std::ranges::all_of(
                name, [](char c) { return isSmallLetter(c) || Ascii::isDigit(c) || c == '-'; });
 }
@@ -60,13 +60,13 @@ std::optional<SecretRequest> SecretRequest::parse(std::span<const std::string> a
 
 std::optional<std::string> SecretRequest::value(std::span<std::uint8_t> raw) {
     const WipeAtEnd wipe(raw);
-    if (raw.size() > maxBytes + longestLineEnding)
+    if (raw.size() > maxBytes + maxLineEnding)
         return std::nullopt;
     const std::string_view secret = withoutLineEnding(textOf(raw));
     if (secret.empty() || secret.size() > maxBytes || !Text::isValidUtf8(secret)
         || std::ranges::any_of(secret, Ascii::isControl))
         return std::nullopt;
-    // Made where the caller gets it: moving a short text would leave its bytes behind.
+    // Constructed in the returned object: moving a short text would leave a copy of its bytes.
     return std::optional<std::string>(std::in_place, secret);
 }
 

@@ -11,8 +11,8 @@
 
 namespace velmo {
 
-/// What is to be done with one of the host's own secrets, which the keychain keeps under one
-/// service name, each by an account name.
+/// Tells what is to be done with one of the host's own secrets. The keychain keeps all of them
+/// under one service name, and each under an account name of its own.
 struct SecretRequest {
     enum class Verb { get, set, delete_ };
 
@@ -22,19 +22,19 @@ struct SecretRequest {
     Verb verb = Verb::get;
     std::string account;
 
-    /// 1 to 32 small ASCII letters, digits and "-", a letter first.
+    /// Tells whether the name is 1 to 32 lower-case ASCII letters, digits and "-", beginning with a
+    /// letter.
     static bool validAccount(std::string_view name);
 
-    /// Reads the words after the program's own name: the verb, exactly as it is written, and the
-    /// account. Absent for wrong usage.
+    /// Reads exactly two arguments: the raw text of a verb, and an account. Absent for wrong usage.
     static std::optional<SecretRequest> parse(std::span<const std::string> arguments);
 
-    /// The secret in what was read from the caller: valid UTF-8 without ASCII control characters,
-    /// not empty, of at most `maxBytes`, before one LF or CR LF that is dropped. All else stays as
-    /// it is, blanks and a byte-order mark too. Absent when refused.
+    /// Returns the secret in the raw bytes that were read, without the one LF or CR LF that may
+    /// stand at its end. Absent unless it is 1 to `maxBytes` bytes of valid UTF-8 without ASCII
+    /// control characters. Nothing else is removed, neither blanks nor a byte-order mark.
     ///
-    /// In either case `raw` is zeros afterwards, so that the text that is returned is the only
-    /// copy; it belongs in no log and no error text.
+    /// In either case `raw` is overwritten with zeros, so that the returned text is the only copy.
+    /// It must not appear in a log or an error text.
     static std::optional<std::string> value(std::span<std::uint8_t> raw);
 
     bool operator==(const SecretRequest&) const = default;

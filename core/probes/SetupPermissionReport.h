@@ -11,10 +11,11 @@
 
 namespace velmo {
 
-/// Which of the system's privacy permissions the host has; shown while it is being set up. Whoever
-/// asks the system fills it, with one entry of `automation` for each row of `targets`.
+/// Reports which of the system's privacy permissions the host has; it is shown while the host is
+/// set up. The caller asks the system, and adds one entry to `automation` for each row of
+/// `targets`.
 struct SetupPermissionReport {
-    /// Whether one application may be sent Apple events.
+    /// Tells whether the host may send Apple events to an application.
     enum class Automation { granted, denied, notAsked, notRunning };
 
     struct Target {
@@ -37,8 +38,9 @@ struct SetupPermissionReport {
     bool screenRecording = false;
     std::map<std::string, Automation> automation;
 
-    /// Of the status that `AEDeterminePermissionToAutomateTarget` returns. What is neither a grant
-    /// nor one of its two refusals says nothing of the user's will: the target can't be asked now.
+    /// Interprets the status that `AEDeterminePermissionToAutomateTarget` returns. One that is
+    /// neither the grant nor one of the two refusals is `notRunning`: it does not tell what the
+    /// user decided.
     static Automation automationForStatus(std::int32_t status);
 
     struct Arguments {
@@ -48,7 +50,7 @@ struct SetupPermissionReport {
         bool operator==(const Arguments&) const = default;
     };
 
-    /// Of the words after the program's own name: none, or "--ask-automation" alone.
+    /// Reads the arguments, which are either none or "--ask-automation" alone.
     static Arguments parseArgs(std::span<const std::string> arguments);
 
     static constexpr auto fields =

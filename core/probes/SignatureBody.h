@@ -9,13 +9,13 @@
 
 namespace velmo {
 
-/// A signature as the phone sends it:
+/// Contains a signature as the phone sends it:
 ///
 ///     {"strokes":[[[0.1,0.5],[0.2,0.25]],[[0.3,0.5]]],"color":"blue"}
 struct SignatureBody {
     enum class Color { black, blue };
 
-    /// x and y: 0, 0 is the left upper corner, 1, 1 the right lower one.
+    /// x and y, where 0, 0 is the upper left corner of the drawing and 1, 1 the lower right one.
     using Point = std::vector<double>;
     using Stroke = std::vector<Point>;
 
@@ -26,9 +26,9 @@ struct SignatureBody {
     std::vector<Stroke> strokes; ///< in the order of drawing
     Color color = Color::black;
 
-    /// Absent for more than `maxBytes`, for JSON that is not of this form, without any stroke or
-    /// with an empty one, with a point that is not exactly two numbers within 0...1, and above the
-    /// limits. Members of other names are ignored.
+    /// Reads a body of at most `maxBytes`. Returns nothing unless it is JSON of this form with 1 to
+    /// `maxStrokes` strokes, none of them empty, at most `maxPoints` points, and exactly two
+    /// numbers within 0...1 in each point. Members of other names are ignored.
     static std::optional<SignatureBody> decode(ByteView data);
 
     static constexpr auto fields = std::tuple{field("strokes", &SignatureBody::strokes),

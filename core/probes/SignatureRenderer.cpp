@@ -16,18 +16,18 @@ namespace {
 
 using Color = std::array<std::uint8_t, 3>;
 
-// A coordinate of 1 lies one pixel before the far edge, counted from the left and from below: so
-// the upper edge of the drawing lies a pixel below that of the picture.
+// The drawing is a pixel narrower and lower than the picture and shares its lower left corner, so
+// that the upper edge of the drawing lies a pixel below that of the picture.
 constexpr double xScale = width - 1;
 constexpr double yScale = height - 1;
 constexpr double yOffset = 1;
 
-/// In pictures. Further out no line shows.
-constexpr double furthest = 1000;
-static_assert(furthest * xScale < InkPlane::furthest);
+/// Coordinates are limited to this many widths or heights of the drawing, in either direction.
+constexpr double maxCoordinate = 1000;
+static_assert(maxCoordinate * xScale < InkPlane::maxCoordinate);
 
 double bounded(double coordinate) {
-    return std::clamp(coordinate, -furthest, furthest);
+    return std::clamp(coordinate, -maxCoordinate, maxCoordinate);
 }
 
 std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
@@ -42,7 +42,8 @@ std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
 
 using Pixel = std::array<std::uint8_t, 4>;
 
-/// The pixel for each opacity. The colour is not weakened by it; fully transparent is all zero.
+/// Returns the pixel for each opacity. Its colour is that of the ink, whatever the opacity; a fully
+/// transparent pixel is all zero.
 constexpr std::array<Pixel, 256> pixelsOf(const Color& ink) {
     std::array<Pixel, 256> pixels{};
     for (std::size_t alpha = 1; alpha < pixels.size(); ++alpha)

@@ -14,11 +14,12 @@ namespace velmo::SignatureRenderer {
 inline constexpr std::size_t width = 1600;
 inline constexpr std::size_t height = 600;
 
-/// A PNG file: 8-bit RGBA, not premultiplied, transparent but for the ink. Strokes are drawn in
-/// order with a round pen of 4 pixels; one point, or points that are all the same, is a dot.
+/// Returns a PNG file: 8-bit RGBA, not premultiplied, transparent except for the ink. Strokes are
+/// drawn in order with a round pen of 4 pixels. A stroke of one point, or of several equal ones, is
+/// drawn as a dot.
 ///
-/// Any strokes will do, not only those that `SignatureBody::decode` lets pass: what lies outside
-/// the picture is cut off, a point that is not two finite numbers is left out. Absent only when
+/// Any strokes may be passed, not only those that `SignatureBody::decode` accepts: a part outside
+/// the picture is cut off, and a point that is not two finite numbers is left out. Absent only if
 /// memory runs out.
 std::optional<Bytes> png(std::span<const SignatureBody::Stroke> strokes, bool blue);
 

@@ -8,9 +8,10 @@
 
 namespace velmo {
 
-/// What accessibility tells of one window of an application; absent is what it would not say.
+/// Describes a window as accessibility reports it. A member is absent if the application does not
+/// report it.
 struct AXWindowFacts {
-    std::optional<std::uint32_t> windowId; ///< the number by which the window list knows it
+    std::optional<std::uint32_t> windowId; ///< the window's number in the window list
     std::optional<std::string> title;
     std::optional<WindowBounds> bounds;
     bool minimized = false;

@@ -1,6 +1,5 @@
 #include "core/windows/AppTarget.h"
 
-#include "core/apps/TargetRequest.h"
 #include "core/support/Ascii.h"
 
 #include <algorithm>

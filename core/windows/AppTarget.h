@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/support/Record.h"
+#include "core/apps/TargetRequest.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,19 +9,19 @@
 
 namespace velmo {
 
-/// The application whose window is to be arranged.
+/// Names the application whose window is to be arranged. The members mean what those of
+/// `TargetRequest` mean.
 struct AppTarget {
     std::int32_t pid = 0;
-    std::string appId;                  ///< bundle identifier
-    std::optional<std::string> started; ///< start time, as the phone saw it; 1 to 20 digits
+    std::string appId;
+    std::optional<std::string> started;
 
-    /// Exactly three arguments, by the rules of `TargetRequest::parse`; besides, the identifier may
-    /// hold no control character, and "-" for the start time is none.
+    /// Reads three arguments by the rules of `TargetRequest::parse`, except that "-" stands for an
+    /// absent start time. Returns nothing for any other number of arguments, and for an identifier
+    /// that contains an ASCII control character.
     static std::optional<AppTarget> parse(std::span<const std::string> arguments);
 
-    static constexpr auto fields =
-        std::tuple{field("pid", &AppTarget::pid), field("appId", &AppTarget::appId),
-                   field("started", &AppTarget::started)};
+    static constexpr auto fields = targetFields<AppTarget>();
     bool operator==(const AppTarget&) const = default;
 };
 

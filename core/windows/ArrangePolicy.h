@@ -1,27 +1,31 @@
 #pragma once
 
 #include "core/windows/AppTarget.h"
+#include "core/windows/PasswordPrompts.h"
 
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
-/// Whose windows may be moved and resized from the phone.
+/// Decides whose windows may be moved and resized from the phone.
 namespace velmo::ArrangePolicy {
 
-/// The system's prompts: moving them about could trick the user. In lower case, compared in any.
+/// The system's own prompts, in lower case. A prompt that is moved to another place on the screen
+/// could trick the user into a click.
 inline constexpr auto unmovableBundleIds = std::to_array<std::string_view>({
-    "com.apple.securityagent",
-    "com.apple.localauthentication.uiagent",
+    PasswordPrompts::securityAgent,
+    PasswordPrompts::localAuthentication,
     "com.apple.coreservices.uiagent",
 });
 
-/// False too for the product's own applications; true for an application without identifier.
+/// Returns false for the product's own applications and for `unmovableBundleIds`, in any letter
+/// case, and true for all others, including an application without an identifier.
 bool mayArrange(std::optional<std::string_view> bundleId);
 
-/// Whether the running process is still the target's, as for a force-quit: its identity
-/// (`ForceQuitPolicy::identityMatches`) and its start time (`startMatches`).
+/// Tells whether the running process is still the target's. The rules are those of a force-quit:
+/// its identity must match (`ForceQuitPolicy::identityMatches`), and so must its start time
+/// (`ForceQuitPolicy::startMatches`).
 bool identityMatches(const AppTarget& target, std::optional<std::string_view> bundleId,
                      std::optional<std::string_view> bundlePath,
                      std::optional<std::int64_t> startTime);

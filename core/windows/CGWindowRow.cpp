@@ -8,8 +8,7 @@ namespace velmo {
 
 namespace {
 
-/// Returns a number that names something: from 1 up, and no boolean, which the platform would take
-/// for 1.
+/// Returns a number from 1 up. A boolean is refused, although the platform would read it as 1.
 template<class Integer>
 std::optional<Integer> identifier(const Value& value) {
     const auto number = value.number();

@@ -4,21 +4,22 @@
 #include <string>
 #include <string_view>
 
-/// One window capture at a time, across all processes of the host: whoever captures holds an
-/// exclusive lock on one file. The lock itself is `CaptureLock` of platform/host.
+/// Lets only one of the host's processes capture a window at a time: a process captures only while
+/// it has the exclusive lock on one file. `CaptureLock` of platform/host is that lock.
 namespace velmo::CaptureGate {
 
-/// The lock file in the temporary folder, which must not be "": that would name the root folder.
+/// Returns the path of the lock file in the temporary folder, which must not be "": the file would
+/// then lie in the root folder.
 std::string lockPath(std::string_view tmp);
 
-/// Seconds of a clock that only runs forwards.
+/// Returns the seconds of a clock that is never set back.
 using Clock = std::function<double()>;
 using Sleep = std::function<void(double seconds)>;
 using TryLock = std::function<bool()>;
 
-/// Whether the lock was got within `wait` seconds, trying at once and then every `poll` seconds.
-/// There is one more try after the last sleep, even when that ended too late. A wait that is "not a
-/// number" is none.
+/// Tries to take the lock at once and then every `poll` seconds, until `wait` seconds are over, and
+/// tells whether it succeeded. It tries once more after the last sleep, even if that sleep ended
+/// too late. A wait that is "not a number" counts as 0.
 bool acquire(double wait, double poll, const Clock& now, const Sleep& sleep,
              const TryLock& tryLock);
 

@@ -7,23 +7,24 @@
 
 namespace velmo {
 
-/// Counts presses of a mouse button that follow each other closely: single, double, triple.
+/// Counts presses of a mouse button that follow each other closely: single, double, triple click.
 struct ClickCounter {
     struct Press {
-        bool right = false; ///< which button
+        bool right = false; ///< the right button, not the left one
         ScreenPoint at;
         double time = 0;        ///< seconds
-        std::int64_t count = 1; ///< its place in the row of presses, without an upper limit
+        std::int64_t count = 1; ///< 1 for a single click, 2 for a double one, and so on
 
         bool operator==(const Press&) const = default;
     };
 
-    double interval = 0; ///< seconds; the longest time between two presses that count together
-    double slop = 0;     ///< points; the longest way between them, along each axis
+    double interval = 0; ///< seconds; limit of the time between two presses of a series
+    double slop = 0;     ///< points; limit of their distance along each axis
     std::optional<Press> last;
 
-    /// The count of this press: one more than that of the last one if it is of the same button and
-    /// close in time and place, limits included; else 1. A clock that runs backwards is close.
+    /// Returns the count of this press: one more than that of the last press if both are of the
+    /// same button and within `interval` and `slop`, limits included, and otherwise 1. A press
+    /// whose time lies before that of the last one counts as close in time.
     std::int64_t press(bool right, const ScreenPoint& at, double time);
 
     bool operator==(const ClickCounter&) const = default;

@@ -7,13 +7,14 @@
 
 namespace velmo {
 
+/// Describes a display of the host to the phone.
 struct DisplayRecord {
     std::string id;
     std::string name;
-    WindowBounds frame;   ///< the whole of it
-    WindowBounds work;    ///< without menu bar and Dock
-    double scale = 1;     ///< pixels a point
-    bool primary = false; ///< it holds the menu bar
+    WindowBounds frame;   ///< of the whole display
+    WindowBounds work;    ///< of the part without menu bar and Dock
+    double scale = 1;     ///< pixels per point
+    bool primary = false; ///< the display with the menu bar
     SafeInsets safe;
     bool builtin = false; ///< the computer's own panel
 

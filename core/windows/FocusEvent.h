@@ -10,7 +10,7 @@ namespace velmo {
 ///
 ///     {"editable":true,"password":false,"target":"1","type":"focus"}
 struct FocusEvent {
-    std::string target; ///< names this focus in requests to type: `FocusTracker::revision` as text
+    std::string target; ///< `FocusTracker::revision` in decimal; requests to type name it
     bool editable = false;
     bool password = false;
 

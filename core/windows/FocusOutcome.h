@@ -7,10 +7,10 @@
 
 namespace velmo {
 
-/// What came of an attempt to raise a window.
+/// Reports what an attempt to raise a window achieved.
 struct FocusOutcome {
     bool raised = false;
-    std::optional<bool> minimized; ///< whether it was, before; absent when that is not known
+    std::optional<bool> minimized; ///< whether it was minimized before; absent if that is not known
     std::int64_t attempts = 0;
 
     static constexpr auto fields = std::tuple{field("raised", &FocusOutcome::raised),

@@ -9,26 +9,26 @@
 
 namespace velmo {
 
-/// Makes sure that what the phone types goes where the phone believes it goes. Every change of the
-/// focus gets a new number, which the phone is told and must name when it asks for typing. One for
-/// each connection of a phone.
+/// Makes sure that text from the phone is typed only where the phone believes the focus to be.
+/// Every change of the focus gets a new number. The phone is told the number, and names it when it
+/// asks for typing. Each connection of a phone has a tracker of its own.
 struct FocusTracker {
-    std::optional<FocusSnapshot> current; ///< the last one observed
-    std::int64_t revision = 0;            ///< of `current`; from 1
-    bool requested = false;               ///< the phone asked: it is owed an event, change or not
-    bool cacheable = false;               ///< a focus has been observed: `acceptsCached` may accept
+    std::optional<FocusSnapshot> current; ///< the last focus that was observed
+    std::int64_t revision = 0;            ///< the number of `current`; 0 before the first
+    bool requested = false; ///< the phone asked: an event is due even without a change
+    bool cacheable = false; ///< a focus was observed, so that `acceptsCached` may accept
 
-    /// The event to send; absent when nothing changed and none is owed. A change of the process
-    /// alone is a change too.
+    /// Takes note of the focus and returns the event to send. Returns nothing if the focus is the
+    /// same and no event was requested. A change of the process alone is a change too.
     std::optional<FocusEvent> observe(const FocusSnapshot& snapshot);
 
-    /// Whether typing that was asked for with this target may proceed: the target is the current
-    /// number and the focus, read anew, is still the same. This says nothing about whether it is
-    /// safe to type there: password fields pass, and `TypingSafety::decide` must be asked too.
+    /// Tells whether a request to type may proceed: its target is the current number in decimal,
+    /// and `now`, the focus as just read, is still the current one. A password field is accepted:
+    /// whether it is safe to type there must be asked of `TypingSafety::decide` as well.
     [[nodiscard]] bool accepts(std::string_view target, const FocusSnapshot& now) const;
 
-    /// The same without reading the focus anew, when all that is known is the process and the
-    /// element, `age` seconds ago. Never for a password field, nor for an unknown process (0).
+    /// Tells the same from a process and an element that were read `age` seconds ago, at most
+    /// `maxAge`. A password field is never accepted, nor is an unknown process (0).
     [[nodiscard]] bool acceptsCached(std::string_view target, std::int32_t pid,
                                      std::string_view identity, double age, double maxAge) const;
 

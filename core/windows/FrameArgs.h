@@ -4,16 +4,16 @@
 #include <optional>
 #include <string_view>
 
-/// Whole numbers of points, as arguments.
+/// Reads whole numbers of points from arguments.
 namespace velmo::FrameArgs {
 
-/// The largest coordinate, either side of 0.
-inline constexpr std::int32_t limit = 100000;
+inline constexpr std::int32_t limit = 100000; ///< of the absolute value
 
-/// ASCII digits, perhaps after a "-", at most 7 characters in all; leading zeros are let pass.
+/// Reads 1 to 7 characters: ASCII digits, perhaps with a "-" before them. Leading zeros are
+/// accepted.
 std::optional<std::int32_t> coordinate(std::string_view text);
 
-/// A coordinate of at least 1.
+/// Reads a coordinate and returns it if it is at least 1.
 std::optional<std::int32_t> length(std::string_view text);
 
 } // namespace velmo::FrameArgs

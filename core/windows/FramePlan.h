@@ -6,7 +6,8 @@
 #include <variant>
 #include <vector>
 
-/// The steps, through accessibility, that give a window its frame.
+/// Plans how a window is given its frame through accessibility, which sets either the position or
+/// the size in one step.
 namespace velmo::FramePlan {
 
 struct Position {
@@ -25,17 +26,18 @@ struct Size {
 
 using Step = std::variant<Position, Size>;
 
-/// A window that can't be resized is only moved. Another shrinks first, as far as it has to, so
-/// that it fits where it is going; and it is moved again at the end, because growing may have
-/// pushed it away. `current` is absent when it could not be read: then it does not shrink first.
+/// Returns the steps in order. A window that can't be resized is only moved. Any other window first
+/// shrinks in the directions in which the target is smaller, so that it fits at its new place; it
+/// is moved again at the end, because growing may have pushed it away. Without `current`, the
+/// bounds before, it does not shrink first.
 std::vector<Step> steps(const std::optional<WindowBounds>& current, const WindowBounds& target,
                         bool resizable);
 
-/// How far off, in points, a window may end in each number: applications round to their own grids.
-inline constexpr double tolerance = 40;
+/// Applications round frames to grids of their own, so that each number may end this far off.
+inline constexpr double tolerance = 40; ///< points
 
-/// Whether the bounds that were read back are the target's, within `tolerance`; the size counts
-/// only where it can be changed. Absent: they could not be read.
+/// Tells whether the bounds that were read back are within `tolerance` of the target's. The size is
+/// compared only if the window can be resized. Bounds that could not be read (absent) are not.
 bool landed(const std::optional<WindowBounds>& bounds, const WindowBounds& target, bool resizable);
 
 } // namespace velmo::FramePlan

@@ -4,7 +4,7 @@
 
 namespace velmo {
 
-/// The frame that a window ended with, in the coordinates of `WindowBounds`.
+/// Tells the phone which frame a window ended with, in the coordinates of `WindowBounds`.
 struct FrameRecord {
     double x = 0;
     double y = 0;

@@ -11,14 +11,14 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t fewestArguments = 8;
+constexpr std::size_t minArguments = 8;
 constexpr std::size_t targetArguments = 3;
 
 } // namespace
 
 std::optional<FrameRequest> FrameRequest::parse(std::span<const std::string> arguments) {
-    const bool isAuto = arguments.size() == fewestArguments + 1 && arguments.back() == "auto";
-    if (arguments.size() != fewestArguments && !isAuto)
+    const bool isAuto = arguments.size() == minArguments + 1 && arguments.back() == "auto";
+    if (arguments.size() != minArguments && !isAuto)
         return std::nullopt;
     auto target = AppTarget::parse(arguments.first(targetArguments));
     const auto windowId = WindowArgs::windowId(arguments[3]);

@@ -9,15 +9,16 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t fewestModifiers = 2;
+constexpr std::size_t minModifiers = 2;
 
 bool isPlus(char32_t scalar) {
     return scalar == U'+';
 }
 
-/// Absent for an unknown name, a repeated one, or too few.
+/// Returns the mask of all the modifiers, or nothing if a name is unknown or repeated, or if there
+/// are too few.
 std::optional<std::uint32_t> combined(std::span<const std::string_view> names) {
-    if (names.size() < fewestModifiers)
+    if (names.size() < minModifiers)
         return std::nullopt;
     std::uint32_t masks = 0;
     for (const std::string_view name : names) {

@@ -14,14 +14,14 @@
 
 namespace velmo {
 
-/// A bit of the masks that the platform's service for global hot keys takes (Carbon's cmdKey,
-/// shiftKey, optionKey and controlKey).
+/// Gives a modifier key its bit in the masks of the platform's service for global hot keys
+/// (Carbon's cmdKey, shiftKey, optionKey and controlKey).
 struct MosaicModifier {
     std::string_view name;
     std::uint32_t mask;
 };
 
-/// A global shortcut that arranges windows in a mosaic, as the user configures it:
+/// Describes a global shortcut that arranges windows in a mosaic. The user configures it as a line:
 ///
 ///     grid=ctrl+alt+g
 struct MosaicHotkey {
@@ -36,8 +36,8 @@ struct MosaicHotkey {
         {.name = "ctrl", .mask = 4096},
     };
 
-    /// Letters, digits and a few others, with the codes of `Hotkey::ansiKeyCodes`; but here the
-    /// Return key is "return".
+    /// Letters, digits and a few other keys, with the codes of `Hotkey::ansiKeyCodes`. Here the
+    /// Return key is called "return", there "enter".
     static constexpr auto keyCodes = [] {
         constexpr auto others = std::to_array<std::string_view>(
             {"enter", "tab", "space", "left", "right", "down", "up"});
@@ -57,12 +57,14 @@ struct MosaicHotkey {
     std::uint32_t keyCode = 0;
     std::uint32_t modifiers = 0; ///< masks of `modifierFlags`
 
-    /// The action, exactly as in `ids`, an equals sign, and at least two different modifiers and
-    /// then a key, in any letter case, with plus signs between them: fewer modifiers would take
-    /// shortcuts away from applications. Superfluous plus signs are let pass, blanks are not.
+    /// Reads a line: the action, exactly as in `ids`, an equals sign, at least two different
+    /// modifiers and a key. With fewer modifiers a shortcut of an application could be taken over.
+    /// Modifiers and key may be in any letter case and are separated by one or more plus signs,
+    /// which may also stand before and after them. Blanks are refused.
     static std::optional<MosaicHotkey> parse(std::string_view line);
 
-    /// Those of the lines that can be read, in their order; an action may occur again.
+    /// Reads all lines and returns the shortcuts in the order of the lines. A line that `parse`
+    /// refuses is skipped. Several lines may name the same action.
     static std::vector<MosaicHotkey> parseAll(std::span<const std::string> lines);
 
     static constexpr auto fields =

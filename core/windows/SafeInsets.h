@@ -4,7 +4,7 @@
 
 namespace velmo {
 
-/// How far from a display's edges windows should stay, in points.
+/// Tells how far windows should stay from each edge of a display, in points.
 struct SafeInsets {
     double top = 0;
     double left = 0;

@@ -2,12 +2,13 @@
 
 #include "core/windows/WindowBounds.h"
 
-/// The platform counts y downwards from the top of the primary display in its window list and in
-/// accessibility, but upwards from its bottom where it tells of displays.
+/// Converts the coordinates of displays into those of windows. The platform counts y downwards from
+/// the top of the primary display in its window list and in accessibility, but upwards from the
+/// bottom of the primary display when it describes displays.
 namespace velmo::ScreenGeometry {
 
-/// A rectangle by its bottom left corner, y growing upwards from the bottom of the primary display,
-/// in points. A type of its own, so that it can't be taken for a `WindowBounds`.
+/// A rectangle by its bottom left corner, in points; y grows upwards from the bottom of the primary
+/// display. It is a type of its own so that nobody passes a `WindowBounds` by mistake.
 struct BottomLeftRect {
     double x = 0;
     double y = 0;

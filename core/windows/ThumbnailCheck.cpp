@@ -13,15 +13,16 @@ namespace {
 
 constexpr std::int64_t bytesPerPixel = 4;
 constexpr std::int64_t samplesPerSide = 128;
-constexpr int sameColour = 3;         ///< largest difference in a channel
-constexpr int darkBelow = 56;         ///< luminance
-constexpr double titleBarHeight = 40; ///< points
-constexpr std::int64_t mostTitleParts = 4;
+constexpr int maxDifference = 3;         ///< between channels of the same colour
+constexpr int minLuminance = 56;         ///< of a sample that is not dark
+constexpr double titleBarHeight = 40;    ///< points
+constexpr std::int64_t maxTitlePart = 4; ///< a title bar is at most a fourth of a capture
 
 using Pixel = std::span<const std::uint8_t, bytesPerPixel>;
 
-/// Written with divisions: products of such numbers may be beyond 64 bits.
-bool holdsItsPixels(const Capture& capture) {
+/// Tells whether the bytes are enough for all the pixels. It divides, because products of such
+/// numbers may lie beyond 64 bits.
+bool containsItsPixels(const Capture& capture) {
     if (capture.width < 1 || capture.height < 1
         || capture.bytesPerRow / bytesPerPixel < capture.width)
         return false;
@@ -34,7 +35,7 @@ std::int64_t stepFor(std::int64_t length) {
     return std::max(length, samplesPerSide) / samplesPerSide;
 }
 
-/// Whether the test holds for every opaque sample from `firstRow` down.
+/// Tells whether every opaque sample from `firstRow` down passes the test.
 template<class Test>
 bool allSamples(const Capture& capture, std::int64_t firstRow, const Test& test) {
     const std::int64_t columnStep = stepFor(capture.width);
@@ -52,8 +53,8 @@ bool allSamples(const Capture& capture, std::int64_t firstRow, const Test& test)
 }
 
 bool haveSameColour(Pixel a, Pixel b) {
-    return std::abs(a[0] - b[0]) <= sameColour && std::abs(a[1] - b[1]) <= sameColour
-           && std::abs(a[2] - b[2]) <= sameColour;
+    return std::abs(a[0] - b[0]) <= maxDifference && std::abs(a[1] - b[1]) <= maxDifference
+           && std::abs(a[2] - b[2]) <= maxDifference;
 }
 
 bool isUniform(const Capture& capture, std::int64_t firstRow) {
@@ -65,16 +66,16 @@ bool isUniform(const Capture& capture, std::int64_t firstRow) {
     });
 }
 
-/// The weights of the channels, 0.2126, 0.7152 and 0.0722, times 10000: exact, where reals would
-/// make a grey of 56 a little darker than 56.
+/// Tells whether the luminance is below the limit. The weights of the channels, 0.2126, 0.7152 and
+/// 0.0722, are multiplied by 10000, because real numbers would make a grey of 56 darker than 56.
 bool isDark(Pixel pixel) {
-    return (2126 * pixel[0]) + (7152 * pixel[1]) + (722 * pixel[2]) < 10000 * darkBelow;
+    return (2126 * pixel[0]) + (7152 * pixel[1]) + (722 * pixel[2]) < 10000 * minLuminance;
 }
 
 } // namespace
 
 bool isBlank(const Capture& capture) {
-    return holdsItsPixels(capture) && isUniform(capture, 0);
+    return containsItsPixels(capture) && isUniform(capture, 0);
 }
 
 std::int64_t titleRows(std::int64_t height, double frameHeight) {
@@ -82,12 +83,12 @@ std::int64_t titleRows(std::int64_t height, double frameHeight) {
     if (height < 2 || !(frameHeight > 0))
         return 0;
     const double covered = std::ceil(static_cast<double>(height) * titleBarHeight / frameHeight);
-    const std::int64_t most = height / mostTitleParts;
-    return covered < static_cast<double>(most) ? static_cast<std::int64_t>(covered) : most;
+    const std::int64_t maxRows = height / maxTitlePart;
+    return covered < static_cast<double>(maxRows) ? static_cast<std::int64_t>(covered) : maxRows;
 }
 
 bool isBlankBody(const Capture& capture, std::int64_t titleRows) {
-    return holdsItsPixels(capture) && titleRows >= 0 && titleRows < capture.height
+    return containsItsPixels(capture) && titleRows >= 0 && titleRows < capture.height
            && (isUniform(capture, titleRows) || allSamples(capture, titleRows, isDark));
 }
 

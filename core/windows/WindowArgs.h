@@ -4,25 +4,26 @@
 #include <optional>
 #include <string_view>
 
-/// Arguments of a request for a window's thumbnail, and the size that the thumbnail gets.
+/// Reads the arguments of a request for a window's thumbnail, and computes the thumbnail's size.
 namespace velmo::WindowArgs {
 
-/// A window number: 1 to 10 ASCII digits, not 0, within 32 bits; leading zeros are let pass.
+/// Reads a window number of 1...2^32-1: 1 to 10 ASCII digits, of which the leading ones may be 0.
 std::optional<std::uint32_t> windowId(std::optional<std::string_view> text);
 
-/// The widest that a thumbnail may be, in pixels: 1 to 4 ASCII digits, 32...1024.
+/// Reads the limit of a thumbnail's width, 32...1024 pixels: 1 to 4 ASCII digits, of which the
+/// leading ones may be 0.
 std::optional<std::int32_t> maxWidth(std::optional<std::string_view> text);
 
 struct ThumbnailSize {
-    std::int32_t width = 0;
-    std::int32_t height = 0;
+    std::int32_t width = 0;  ///< pixels
+    std::int32_t height = 0; ///< pixels
 
     bool operator==(const ThumbnailSize&) const = default;
 };
 
-/// The window's size, in points, scaled down to be at most `maxWidth` wide and twice as high, and
-/// never up. Each side is rounded, and at least 1. Zero by zero for a window whose size is not
-/// finite or not above 0.
+/// Returns the window's size, in points, scaled down until the width is at most `maxWidth` and the
+/// height at most twice `maxWidth`. It is never scaled up. Each side is rounded and is at least 1;
+/// both are 0 if a side of the window is not finite or not above 0.
 ThumbnailSize thumbnailSize(double width, double height, std::int32_t maxWidth);
 
 } // namespace velmo::WindowArgs

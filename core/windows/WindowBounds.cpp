@@ -8,7 +8,7 @@ namespace velmo {
 namespace {
 
 bool liesWithin(double value, double origin, double length) {
-    // An origin that is not finite needs no test: then the two ends are the same, or no numbers.
+    // An origin that is not finite needs no test: both ends are then equal or "not a number".
     const double end = origin + length;
     return std::isfinite(length) && value >= std::min(origin, end) && value < std::max(origin, end);
 }

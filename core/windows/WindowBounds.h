@@ -5,20 +5,20 @@
 
 namespace velmo {
 
-/// A rectangle on the screen, in points. The origin of the screen is the top left corner of the
-/// primary display and y grows downwards, as in the platform's window list.
+/// A rectangle on the screen, in points. The origin is the top left corner of the primary display
+/// and y grows downwards, as in the platform's window list.
 struct WindowBounds {
     double x = 0;
     double y = 0;
     double width = 0;
     double height = 0;
 
-    /// The sum of the absolute differences of the four numbers.
+    /// Returns the sum of the absolute differences of the four numbers.
     [[nodiscard]] double distance(const WindowBounds& other) const;
 
-    /// Left and top edges belong to the rectangle, right and bottom ones to its neighbours. A
-    /// negative size extends to the left or upwards; an empty rectangle, or one with a number that
-    /// is not finite, contains nothing.
+    /// Tells whether the point lies in the rectangle. The left and top edges belong to it, the
+    /// right and bottom ones do not. A negative size extends to the left or upwards. An empty
+    /// rectangle, or one with a number that is not finite, contains nothing.
     [[nodiscard]] bool contains(const ScreenPoint& point) const;
 
     static constexpr auto fields =

@@ -8,8 +8,8 @@ namespace velmo::WindowFilter {
 namespace {
 
 constexpr std::int64_t ordinaryLayer = 0;
-constexpr double invisibleAlpha = 0.01; ///< and below
-constexpr double smallestSide = 60;     ///< points
+constexpr double maxInvisibleAlpha = 0.01;
+constexpr double minSide = 60; ///< points
 
 } // namespace
 
@@ -18,8 +18,8 @@ bool keep(const CGWindowRow& row, std::int32_t ownPid, std::optional<std::string
     if (row.layer != ordinaryLayer || row.pid == ownPid || !isRegularApp)
         return false;
     // Written so that "not a number" fails.
-    if (!(row.alpha > invisibleAlpha && row.bounds.width >= smallestSide
-          && row.bounds.height >= smallestSide))
+    if (!(row.alpha > maxInvisibleAlpha && row.bounds.width >= minSide
+          && row.bounds.height >= minSide))
         return false;
     return !Text::isOneOf(row.owner, systemOwners)
            && !(bundleId && BundleIdentifier::isOfVelmo(*bundleId));

@@ -7,11 +7,11 @@
 #include <optional>
 #include <string_view>
 
-/// Which windows the phone hears of at all. What may be shown of them is for `WindowPrivacy` to
-/// say: windows of password managers are listed.
+/// Decides which windows the phone is told of at all. Whether their content may be shown is decided
+/// by `WindowPrivacy`: windows of password managers are listed too.
 namespace velmo::WindowFilter {
 
-/// Owners that never have a window of interest, by their names.
+/// Names of owners whose windows are never listed.
 inline constexpr auto systemOwners = std::to_array<std::string_view>({
     "Window Server",
     "Dock",
@@ -29,9 +29,9 @@ inline constexpr auto systemOwners = std::to_array<std::string_view>({
     "AXVisualSupportAgent",
 });
 
-/// Whether the row is an ordinary, visible window of at least 60 by 60 points that belongs neither
-/// to this process nor to the product, but to a regular application: one with an icon in the Dock.
-/// `bundleId` is the owner's; absent when it has none.
+/// Tells whether the row is an ordinary, visible window of at least 60 by 60 points, and its owner
+/// a regular application (one with an icon in the Dock) that is neither this process nor another
+/// application of the product. `bundleId` is the owner's; absent if it has none.
 bool keep(const CGWindowRow& row, std::int32_t ownPid, std::optional<std::string_view> bundleId,
           bool isRegularApp);
 

@@ -30,7 +30,7 @@ Indices indicesWhere(Facts facts, const Test& test) {
     return found;
 }
 
-/// Absent for the empty title too.
+/// Returns the title in the form in which titles are compared; absent if it is empty.
 std::optional<std::string> comparable(std::optional<std::string_view> title) {
     return title && !title->empty() ? std::optional(Text::composed(*title)) : std::nullopt;
 }
@@ -59,7 +59,7 @@ Index closest(Facts facts, const Indices& candidates, const WindowBounds& bounds
         if (!facts[i].bounds)
             continue;
         const double distance = facts[i].bounds->distance(bounds);
-        if (distance <= nearby && (!best || distance < bestDistance)) {
+        if (distance <= maxDistance && (!best || distance < bestDistance)) {
             best = i;
             bestDistance = distance;
         }
@@ -67,7 +67,7 @@ Index closest(Facts facts, const Indices& candidates, const WindowBounds& bounds
     return best;
 }
 
-/// `match` without the number, among the candidates.
+/// Does what `match` does after the number, among the candidates only.
 Index byTitleOrPlace(Facts facts, const Indices& candidates,
                      const std::optional<std::string>& title, const WindowBounds& bounds) {
     if (title) {
@@ -113,7 +113,6 @@ std::optional<std::size_t> resolve(const WindowTarget& target,
         const Index numbered = withNumber(facts, target.id);
         return numbered ? numbered : resolveOffScreen(target, facts);
     }
-    // Without bounds only the number can tell.
     return target.bounds ? match(target.id, target.title, *target.bounds, facts)
                          : withNumber(facts, target.id);
 }

@@ -10,28 +10,32 @@
 #include <span>
 #include <string_view>
 
-/// Finds the same window in the window list and among what accessibility offers. Answers are
-/// positions in the list that was given. Titles are compared with their accents composed; an empty
-/// title is none.
+/// Finds the window of the window list among those that accessibility reports. Every function
+/// returns an index into its list. Titles are compared with their accents composed (NFC); an empty
+/// title counts as absent.
 namespace velmo::WindowMatcher {
 
-/// Bounds may differ by this `WindowBounds::distance`, in points, and still be the same window's.
-inline constexpr double nearby = 24;
+/// Bounds with at most this `WindowBounds::distance` can be those of the same window.
+inline constexpr double maxDistance = 24; ///< points
 
-/// The first row of the frontmost process that is on screen. `rows` are in the order of the window
-/// list, from front to back.
+/// Returns the first row that belongs to the frontmost process and is on screen. The rows are in
+/// the order of the window list, from front to back.
 std::optional<std::size_t> frontIndex(std::span<const CGWindowRow> rows,
                                       std::optional<std::int32_t> frontmostPid);
 
-/// The target among the windows of its application; absent when none can be told for sure to be it.
-/// An equal window number decides. Without it a target on screen is found by `match`; one that is
-/// not, among the minimized windows that hide their number, where being the only one with the
-/// title, or the only one at all without a title that speaks against it, is enough.
+/// Finds the target among the windows of its application; absent if no window is certain to be it.
+///
+/// A window with the target's number wins. Otherwise a target on screen is found as by `match`, and
+/// only if it has bounds. A target that is not on screen is first looked for among the minimized
+/// windows without a number: the only one with its title wins and, if the target has bounds, so
+/// does the only one at all unless both have a title. Then it is found as by `match` among all
+/// windows without a number.
 std::optional<std::size_t> resolve(const WindowTarget& target,
                                    std::span<const AXWindowFacts> facts);
 
-/// By number; else the nearest of those with the title, or the only one with it, wherever it is;
-/// else the nearest of all. The nearest is at most `nearby` away, and the earliest of equals.
+/// Returns the window with the number; otherwise the closest one with the title, or the only one
+/// with the title, however far away; otherwise the closest of all. The closest is at most
+/// `maxDistance` away, and the earliest if several are equally close.
 std::optional<std::size_t> match(std::uint32_t id, std::optional<std::string_view> title,
                                  const WindowBounds& bounds, std::span<const AXWindowFacts> facts);
 

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "core/windows/PasswordPrompts.h"
+
 #include <array>
 #include <optional>
 #include <string_view>
 
-/// What must not be shown: windows of password managers, the system's own prompts for passwords,
-/// and private windows of browsers. It errs on the side of hiding.
+/// Decides which windows must not be shown: those of password managers, the system's own prompts
+/// for passwords, and private windows of browsers. In doubt a window is hidden.
 namespace velmo::WindowPrivacy {
 
-/// In lower case.
+/// Password managers and password prompts, in lower case.
 inline constexpr auto sensitiveBundleIds = std::to_array<std::string_view>({
     "com.1password.1password",
     "com.agilebits.onepassword7",
@@ -21,12 +23,12 @@ inline constexpr auto sensitiveBundleIds = std::to_array<std::string_view>({
     "org.keepassxc.keepassxc",
     "in.sinew.enpass-desktop",
     "com.nordpass.macos.nordpass",
-    "com.apple.securityagent",
-    "com.apple.localauthentication.uiagent",
+    PasswordPrompts::securityAgent,
+    PasswordPrompts::localAuthentication,
 });
 
-/// What browsers write into the titles of private windows, in the languages that they speak. In
-/// lower case, accents composed.
+/// What browsers write into the titles of private windows, in several languages; in lower case,
+/// with composed accents (NFC).
 inline constexpr auto privateTitleMarkers = std::to_array<std::string_view>({
     "incognito",
     "incógnito",
@@ -45,13 +47,15 @@ inline constexpr auto privateTitleMarkers = std::to_array<std::string_view>({
     "finestra privata",
 });
 
-/// In any letter case. An absent identifier is not sensitive.
+/// Tells whether the identifier, in any letter case, is one of `sensitiveBundleIds`. An absent one
+/// is not.
 bool isSensitiveApp(std::optional<std::string_view> bundleId);
 
-/// Whether a marker stands anywhere in the title, in any letter case, its accents composed or not.
-/// An absent title looks harmless.
+/// Tells whether the title contains one of `privateTitleMarkers`, in any letter case and with
+/// accents composed or not. An absent title contains none.
 bool looksPrivate(std::optional<std::string_view> title);
 
+/// Tells whether either of the two above is true.
 bool isPrivate(std::optional<std::string_view> bundleId, std::optional<std::string_view> title);
 
 } // namespace velmo::WindowPrivacy

@@ -7,18 +7,18 @@
 
 namespace velmo {
 
-/// A window in the list that the phone shows.
+/// Describes a window to the phone, which shows a list of them.
 struct WindowRecord {
     std::uint32_t id = 0; ///< window number
     std::int32_t pid = 0; ///< of the owner
-    std::string app;      ///< the owner's name
-    std::string appId;    ///< the owner's bundle identifier; empty when unknown
-    std::string title;    ///< empty when it has none
+    std::string app;      ///< name of the owner
+    std::string appId;    ///< bundle identifier of the owner; empty if unknown
+    std::string title;    ///< empty if it has none
     WindowBounds bounds;
     bool onScreen = false;
     bool minimized = false;
     bool front = false;  ///< the front window of the frontmost application
-    std::string started; ///< when the owner was started, as the phone is to send it back
+    std::string started; ///< start time of the owner, which the phone sends back in requests
 
     static constexpr auto fields = std::tuple{field("id", &WindowRecord::id),
                                               field("pid", &WindowRecord::pid),

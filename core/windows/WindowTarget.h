@@ -8,12 +8,12 @@
 
 namespace velmo {
 
-/// The window that the phone asked for, as the window list knows it.
+/// Describes the window that the phone asked for as the window list does.
 struct WindowTarget {
     std::uint32_t id = 0; ///< window number
     std::optional<std::string> title;
     std::optional<WindowBounds> bounds;
-    bool onScreen = false; ///< otherwise minimized, or in another space
+    bool onScreen = false; ///< false: minimized, or in another space
 
     static constexpr auto fields = std::tuple{
         field("id", &WindowTarget::id), field("title", &WindowTarget::title),

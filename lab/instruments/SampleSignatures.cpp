@@ -10,7 +10,8 @@ namespace {
 
 constexpr double turn = 2 * std::numbers::pi;
 
-/// `points` places of a curve over the time 0...1, to a ten-thousandth, as a phone sends them.
+/// Returns `points` places of a curve, at equal steps of the time 0...1. Coordinates are rounded to
+/// a ten-thousandth, as a phone rounds them.
 template<class Curve>
 SignatureBody::Stroke stroke(std::size_t points, const Curve& curve) {
     const auto rounded = [](double value) { return std::round(value * 10'000) / 10'000; };
@@ -27,7 +28,7 @@ struct Place {
     double y;
 };
 
-/// Loops that lean to the right, and rise and fall in height as letters do.
+/// Draws loops that lean to the right and vary in height, as letters do.
 Place letters(double time) {
     const double angle = 11 * turn * time;
     const double height = 0.1 + 0.12 * std::pow(std::sin(2.5 * turn * time + 0.6), 2);
@@ -44,7 +45,7 @@ Place flourish(double time) {
 constexpr std::size_t columns = 16;
 constexpr std::size_t rows = SignatureBody::maxStrokes / columns;
 
-/// A spiral that fills its cell of the picture.
+/// Returns a spiral that fills one cell of a grid over the picture.
 SignatureBody::Stroke spiral(std::size_t column, std::size_t row) {
     const Place centre{.x = (static_cast<double>(column) + 0.5) / columns,
                        .y = (static_cast<double>(row) + 0.5) / rows};

@@ -5,13 +5,14 @@
 #include <array>
 #include <string_view>
 
-/// Signatures to look at, and to measure the renderer with.
+/// Provides signatures with which the renderer is tested and measured.
 namespace velmo::SampleSignatures {
 
 SignatureBody cornerDots();    ///< a dot in each corner
-SignatureBody longSignature(); ///< as a person would write, across the whole width
+SignatureBody longSignature(); ///< like handwriting, across the whole width
 SignatureBody mostAllowed();   ///< as many strokes and points as a body may have
 
+/// A signature and the name of its picture.
 struct Named {
     std::string_view name;
     SignatureBody (*make)();

@@ -51,7 +51,7 @@ public:
     void run() {
         holdAndHeartbeat();
         secondClientIsBusy();
-        batteryFallsBelowTheFloor();
+        lidIsShutAndBatteryFallsBelowTheFloor();
         daemonIsKilledAndRecovers();
         clientIsKilled();
         clientReleases();
@@ -95,7 +95,7 @@ private:
 
     void expectHeld(bool held) {
         const auto record = mac_.inside("/var/db/velmo/power-daemon.json");
-        require(mac_.load()->sleepDisabled == held,
+        require(mac_.load()->preference() == held,
                 held ? "sleep is disabled" : "sleep is enabled again");
         require(fs::exists(record) == held,
                 held ? "the record is on disk" : "no record is left on disk");
@@ -121,7 +121,7 @@ private:
         expectHeld(true);
         say("Heartbeats keep the hold: twice 30 s pass on the Mac, with a heartbeat after each.");
         for (int i = 0; i < 2; ++i) {
-            change([](SimulatedMac& mac) { mac.clockOffset += 30; });
+            change([](SimulatedMac& mac) { mac.elapsed += 30; });
             require(ask([this](const auto& answer) { host_->heartbeat(answer); }),
                     "the heartbeat is answered: still held");
         }
@@ -148,7 +148,13 @@ private:
         expectHeld(true);
     }
 
-    void batteryFallsBelowTheFloor() {
+    void lidIsShutAndBatteryFallsBelowTheFloor() {
+        say("The lid is shut, and the Mac stays awake. pmset takes 100 ms to take effect from now "
+            "on.");
+        change([](SimulatedMac& mac) {
+            mac.lid = Lid::shut;
+            mac.faults.lateness = 100;
+        });
         say("The battery falls to 29 %, below the host's floor of 30 %.");
         change([](SimulatedMac& mac) { mac.battery = 29; });
         expectLog("sleep enabled again (battery)");
@@ -156,6 +162,16 @@ private:
         require(!ask([this](const auto& answer) { host_->heartbeat(answer); }),
                 "the next heartbeat is answered: no longer held");
         host_.reset();
+        say("Nobody else holds, and half a minute passes on the Mac.");
+        change([](SimulatedMac& mac) { mac.elapsed += 30; });
+        expectLog("asking the Mac to sleep: its lid is shut");
+        require(mac_.load()->asleep, "the Mac is asleep in its bag");
+        say("The lid is opened.");
+        change([](SimulatedMac& mac) {
+            mac.lid = Lid::open;
+            mac.asleep = false;
+            mac.faults.lateness = 0;
+        });
     }
 
     void daemonIsKilledAndRecovers() {

@@ -1,5 +1,5 @@
-/// Writes a picture of each sample signature into a folder, going the whole way that a signature
-/// from the phone goes.
+/// Writes a picture of each sample signature into a folder. Each signature is written as JSON and
+/// read back first, as one from the phone would be.
 
 #include "core/output/Output.h"
 #include "core/probes/SignatureRenderer.h"

@@ -72,6 +72,8 @@ PowerStatus readStatus(PowerMachine& machine) {
     status.ac = reading.ac;
     status.battery = reading.battery;
     status.thermal = thermalName(machine.thermalState());
+    status.lid = machine.lid().transform(
+        [](const LidState& lid) { return std::string(lid.isShut ? "shut" : "open"); });
     status.sleepDisabled = sleepDisabledNow(machine);
     return status;
 }
@@ -85,6 +87,7 @@ std::string statusText(const PowerStatus& status) {
     line("power    ", sourceWord(status.ac));
     line("battery  ", status.battery ? percent(*status.battery) : "none");
     line("thermal  ", status.thermal);
+    line("lid      ", status.lid.value_or("none"));
     return text;
 }
 

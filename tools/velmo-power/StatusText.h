@@ -13,7 +13,7 @@
 /// What velmo-power says to people.
 namespace velmo {
 
-/// What anyone may know of a Mac without asking the daemon.
+/// What anyone may read of a Mac without asking the daemon.
 struct PowerStatus : KeepAwakePowerLine {
     std::optional<bool> sleepDisabled; ///< absent when it can't be read
 
@@ -25,13 +25,13 @@ struct PowerStatus : KeepAwakePowerLine {
 
 PowerStatus readStatus(PowerMachine& machine);
 
-/// Four lines, one fact each.
+/// Returns five lines, one fact each.
 std::string statusText(const PowerStatus& status);
 
-/// Where a hold stands, in a sentence without an end.
+/// Returns where a hold stands, as a sentence without its full stop.
 std::string holdText(const HoldKeeper::Status& status);
 
-/// The one line that stays current while a hold is in force, of fewer than 80 columns.
+/// Returns the one line that stays current while a hold is in force, of fewer than 80 columns.
 std::string heldLine(double heldSeconds, BatteryFloor floor, const PowerStatus& status);
 
 } // namespace velmo

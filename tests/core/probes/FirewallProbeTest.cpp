@@ -1,5 +1,7 @@
 #include "core/probes/FirewallProbe.h"
 
+#include "tests/Texts.h"
+
 #include <gmock/gmock.h>
 
 namespace velmo {
@@ -7,37 +9,28 @@ namespace {
 
 using testing::ElementsAre;
 using namespace std::string_literals;
-using Words = std::vector<std::string>;
-
-std::string times(std::size_t count, const std::string& text) {
-    std::string result;
-    for (std::size_t i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 TEST(FirewallProbe, TakesOneAbsolutePathWithoutAStepUp) {
-    for (const std::string& valid :
-         {"/Applications/Velmo Host.app"s, "/"s, "//"s, "/a/..b"s, "/a/..."s, "/a../b"s, "/~"s,
-          "/" + times(1023, "x"), "/" + times(1023, "e\u0301"), "/\u0085\u2028"s})
-        EXPECT_EQ(FirewallProbe::parseArgs(Words{valid}), valid);
-
-    for (const std::string& refused :
-         {""s, "Velmo.app"s, " /a"s, "/a/../b"s, "/.."s, "/a/.."s, "/../a"s,
-          // A mark that melts into the slash before it hides no step.
-          "/a/../\u0301b"s, "/a\tb"s, "/a\x1B"s, "/a\x7F"s, "/a\0"s, "/a\n"s, "/\xFF"s,
-          "/" + times(1024, "x"), "/" + times(1024, "e\u0301")})
-        EXPECT_FALSE(FirewallProbe::parseArgs(Words{refused})) << refused;
-
+    const auto parse = [](const std::string& path) {
+        const auto parsed = FirewallProbe::parseArgs(Strings{path});
+        EXPECT_EQ(parsed.value_or(path), path);
+        return parsed;
+    };
+    expectVerdicts(parse,
+                   {"/Velmo Host.app", "/", "//", "/a/..b", "/a/...", "/a../b", "/~",
+                    "/" + times(1023, "x"), "/" + times(1023, "e\u0301"), "/\u0085\u2028"},
+                   {"", "Velmo.app", " /a", "/a/../b", "/..", "/a/..", "/../a",
+                    // A mark that joins the slash before it into one character hides no step.
+                    "/a/../\u0301b", "/a\tb", "/a\x1B", "/a\x7F", "/a\0"s, "/a\n", "/\xFF",
+                    "/" + times(1024, "x"), "/" + times(1024, "e\u0301")});
     EXPECT_FALSE(FirewallProbe::parseArgs({}));
-    EXPECT_FALSE(FirewallProbe::parseArgs(Words{"/a", ""}));
-    EXPECT_FALSE(FirewallProbe::parseArgs(Words{"/a", "/a"}));
+    EXPECT_FALSE(FirewallProbe::parseArgs(Strings{"/a", "/a"}));
 }
 
 TEST(FirewallProbe, HandsThePathOverAsAnArgumentOfItsOwn) {
     EXPECT_THAT(FirewallProbe::invocations("/a b'$(c).app"),
-                ElementsAre(Words{"--getglobalstate"}, Words{"--getblockall"},
-                            Words{"--getappblocked", "/a b'$(c).app"}));
+                ElementsAre(Strings{"--getglobalstate"}, Strings{"--getblockall"},
+                            Strings{"--getappblocked", "/a b'$(c).app"}));
 }
 
 TEST(FirewallProbe, TrimsAnOutputOnceThenCutsIt) {

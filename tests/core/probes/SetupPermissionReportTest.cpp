@@ -1,8 +1,8 @@
 #include "core/probes/SetupPermissionReport.h"
 
-#include <gtest/gtest.h>
+#include "tests/Texts.h"
 
-#include <vector>
+#include <gtest/gtest.h>
 
 namespace velmo {
 namespace {
@@ -19,22 +19,17 @@ TEST(SetupPermissionReport, OnlyThreeStatusesSayWhatTheUserDecided) {
 }
 
 TEST(SetupPermissionReport, AsksOnlyWhenToldToByTheOneWord) {
-    using Words = std::vector<std::string>;
-    const auto parse = [](const Words& words) { return SetupPermissionReport::parseArgs(words); };
-    EXPECT_EQ(parse({}), (SetupPermissionReport::Arguments{.ask = false, .ok = true}));
-    EXPECT_EQ(parse({"--ask-automation"}),
-              (SetupPermissionReport::Arguments{.ask = true, .ok = true}));
-    for (const Words& wrong :
-         {Words{""}, Words{"--ask"}, Words{"--Ask-automation"}, Words{"--ask-automation", ""},
-          Words{"", "--ask-automation"}, Words{"--ask-automation", "--ask-automation"}})
-        EXPECT_EQ(parse(wrong), SetupPermissionReport::Arguments())
-            << testing::PrintToString(wrong);
+    using Arguments = SetupPermissionReport::Arguments;
+    const auto parse = SetupPermissionReport::parseArgs;
+    EXPECT_EQ(parse({}), (Arguments{.ask = false, .ok = true}));
+    EXPECT_EQ(parse(Strings{"--ask-automation"}), (Arguments{.ask = true, .ok = true}));
+    for (const Strings& wrong :
+         {Strings{""}, {"--ask"}, {"--ask-automation", ""}, {"", "--ask-automation"}})
+        EXPECT_EQ(parse(wrong), Arguments()) << testing::PrintToString(wrong);
 }
 
 TEST(SetupPermissionReport, WritesEachTargetsVerdictAsItsText) {
     SetupPermissionReport report{.accessibility = true};
-    EXPECT_EQ(encodeJson(report),
-              R"({"accessibility":true,"automation":{},"screenRecording":false})");
     std::int32_t status = -1745;
     for (const auto& target : SetupPermissionReport::targets)
         report.automation.emplace(target.key, SetupPermissionReport::automationForStatus(status++));

@@ -1,38 +1,48 @@
-#include "core/output/Output.h"
+#include "core/support/Ascii.h"
 #include "core/windows/MosaicEvent.h"
 #include "core/windows/MosaicHotkey.h"
+#include "tests/Texts.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace velmo {
 namespace {
 
-TEST(MosaicHotkey, ReadsWhatTheUserConfigures) {
-    EXPECT_EQ(MosaicHotkey::keyCodes.size(), 43U);
-    const std::pair<std::string, MosaicHotkey> accepted[] = {
-        {"grid=ctrl+alt+g", {"grid", 5, 6144}},
-        {"side=CTRL+Alt+LEFT", {"side", 123, 6144}},
-        {"frontApp=+cmd++shift+return+", {"frontApp", 36, 768}},
-        {"pause=cmd+shift+alt+ctrl+0", {"pause", 29, 6912}},
-    };
-    for (const auto& [line, hotkey] : accepted)
-        EXPECT_EQ(MosaicHotkey::parse(line), hotkey) << line;
-    for (const char* line : {"", "grid", "=ctrl+alt+g", "tile=ctrl+alt+g", "Grid=ctrl+alt+g",
-                             "grid =ctrl+alt+g", "grid=ctrl+option+g", "grid=ctrl+alt+escape"})
-        EXPECT_FALSE(MosaicHotkey::parse(line)) << line;
-    for (const char* keys :
-         {"", "+", "g", "cmd+g", "cmd+cmd+g", "cmd+cmd+alt+g", "ctrl+alt", "g+ctrl+alt",
-          "ctrl=alt+g", " ctrl+alt+g", "ctrl+alt+g ", "ctrl+alt+g=x", "ctrl+win+g", "ctrl+fn+g",
-          "ctrl+alt+f1", "ctrl+alt+enter", "ctrl+alt+-", "ctrl+alt+g\xFF"})
-        EXPECT_FALSE(MosaicHotkey::parse(std::string("grid=") + keys)) << keys;
-    const std::string lines[] = {"up=ctrl+alt+u", "# off", "grid=cmd+g", "up=ctrl+alt+w"};
-    EXPECT_THAT(MosaicHotkey::parseAll(lines),
-                testing::ElementsAre(MosaicHotkey{"up", 32, 6144}, MosaicHotkey{"up", 13, 6144}));
+TEST(MosaicHotkey, OffersLettersDigitsAndAFewOtherKeys) {
+    const Strings others = words("tab space left right down up");
+    for (const AnsiKey& key : Hotkey::ansiKeyCodes) {
+        const std::string name(key.name);
+        const bool isOffered = (name.size() == 1 && Ascii::isLetterOrDigit(name[0]))
+                               || std::ranges::count(others, name) == 1;
+        const auto hotkey = MosaicHotkey::parse("side=ctrl+alt+" + name);
+        EXPECT_TRUE(isOffered ? hotkey && hotkey->keyCode == key.code : !hotkey) << name;
+    }
 }
 
-TEST(MosaicEvent, LeavesOutWhatIsAbsent) {
-    EXPECT_EQ(Output::jsonLine(MosaicEvent{"a", "grid", {}}), R"({"id":"grid","type":"a"})");
-    EXPECT_EQ(Output::jsonLine(MosaicEvent{"a", {}, false}), R"({"on":false,"type":"a"})");
+TEST(MosaicHotkey, ReadsTwoModifiersOrMoreAndAKey) {
+    EXPECT_EQ(MosaicHotkey::parse("grid=ctrl+alt+g"),
+              (MosaicHotkey{.id = "grid", .keyCode = 5, .modifiers = 6144}));
+    EXPECT_EQ(MosaicHotkey::parse("pause=CMD+Shift+ALT+0"),
+              (MosaicHotkey{.id = "pause", .keyCode = 29, .modifiers = 2816}));
+    EXPECT_EQ(MosaicHotkey::parse("frontApp=+cmd++alt+return+"),
+              (MosaicHotkey{.id = "frontApp", .keyCode = 36, .modifiers = 2304}));
+}
+
+TEST(MosaicHotkey, RefusesOtherLinesAndSkipsThem) {
+    expectRefused(MosaicHotkey::parse, {"", "grid", "=ctrl+alt+g", "tile=ctrl+alt+g",
+                                        "Grid=ctrl+alt+g", "grid =ctrl+alt+g"});
+    expectRefused(MosaicHotkey::parse, "grid=#",
+                  {"", "+", "g", "cmd+g", "cmd+cmd+g", "cmd+cmd+alt+g", "ctrl+alt", "g+ctrl+alt",
+                   "ctrl=alt+g", " ctrl+alt+g", "ctrl+alt+g ", "ctrl+alt+g=x", "ctrl+fn+g",
+                   "ctrl+alt+g\xFF"});
+    const Strings lines{"up=ctrl+alt+u", "# off", "grid=cmd+g", "up=ctrl+alt+w"};
+    EXPECT_EQ(MosaicHotkey::parseAll(lines),
+              (std::vector{*MosaicHotkey::parse(lines[0]), *MosaicHotkey::parse(lines[3])}));
+}
+
+TEST(MosaicEvent, IsWrittenForThePhone) {
+    const MosaicEvent event{.type = "a", .id = "grid", .on = false};
+    EXPECT_EQ(encodeJson(event), R"({"id":"grid","on":false,"type":"a"})");
 }
 
 } // namespace

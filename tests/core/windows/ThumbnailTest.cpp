@@ -1,18 +1,16 @@
 #include "core/windows/CaptureGate.h"
 #include "core/windows/ThumbnailCheck.h"
 #include "core/windows/WindowArgs.h"
+#include "tests/Texts.h"
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <cmath>
-#include <string>
 
 namespace velmo {
 namespace {
 
-using testing::ElementsAre;
-using ThumbnailCheck::Capture;
+using ThumbnailCheck::Capture, ThumbnailCheck::isBlank, ThumbnailCheck::isBlankBody;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const double nan = std::nan("");
@@ -21,29 +19,26 @@ constexpr std::int64_t most = INT64_MAX;
 TEST(WindowArgs, ReadsNumbersWithinTheirLimits) {
     EXPECT_EQ(WindowArgs::windowId("0000000007"), 7U);
     EXPECT_EQ(WindowArgs::windowId("4294967295"), 4294967295);
-    for (const char* text : {"", "0", "4294967296", "9999999999", "00000000007", "-1", "+1", "1 "})
-        EXPECT_FALSE(WindowArgs::windowId(text)) << text;
-    EXPECT_EQ(WindowArgs::maxWidth("0032"), 32);
-    EXPECT_EQ(WindowArgs::maxWidth("1024"), 1024);
-    for (const char* text : {"", "31", "1025", "01024", "64.0", "-64", "6\u0664"})
-        EXPECT_FALSE(WindowArgs::maxWidth(text)) << text;
+    expectVerdicts(WindowArgs::maxWidth, {"0032", "1024"},
+                   {"", "31", "1025", "01024", "64.0", "-64", "6\u0664"});
+    expectRefused(WindowArgs::windowId, {"", "0", "4294967296", "00000000007", "-1", "+1", "1 "});
     EXPECT_FALSE(WindowArgs::windowId(std::nullopt) || WindowArgs::maxWidth(std::nullopt));
 }
 
 TEST(WindowArgs, ThumbnailsShrinkButNeverGrow) {
-    const std::array<double, 4> cases[] = {
-        {2000, 500, 400, 100}, {100, 3000, 27, 800},    {400, 800, 400, 800},
-        {10.5, 10.4, 11, 10},  {10000, 1, 400, 1},      {0.1, 0.1, 1, 1},
-        {0, 100, 0, 0},        {100, -1, 0, 0},         {infinity, 100, 0, 0},
-        {100, nan, 0, 0},      {1e308, 1e-320, 400, 1}, {1e-320, 1e308, 1, 800}};
-    for (const auto& [width, height, thumbnailWidth, thumbnailHeight] : cases) {
-        const auto size = WindowArgs::thumbnailSize(width, height, 400);
-        EXPECT_EQ(size.width, thumbnailWidth) << width << " x " << height;
-        EXPECT_EQ(size.height, thumbnailHeight) << width << " x " << height;
-    }
-    EXPECT_EQ(WindowArgs::thumbnailSize(1e308, 1e308, INT32_MAX),
-              (WindowArgs::ThumbnailSize{INT32_MAX, INT32_MAX}));
-    EXPECT_EQ(WindowArgs::thumbnailSize(100, 100, -5), (WindowArgs::ThumbnailSize{1, 1}));
+    using Size = WindowArgs::ThumbnailSize;
+    const auto size = [](double width, double height, std::int32_t maxWidth = 400) {
+        return WindowArgs::thumbnailSize(width, height, maxWidth);
+    };
+    EXPECT_EQ(size(2000, 500), (Size{.width = 400, .height = 100}));
+    EXPECT_EQ(size(100, 3000), (Size{.width = 27, .height = 800}));
+    EXPECT_EQ(size(400, 800), (Size{.width = 400, .height = 800}));
+    EXPECT_EQ(size(10.5, 10.4), (Size{.width = 11, .height = 10}));
+    EXPECT_EQ(size(1e308, 1e-320), (Size{.width = 400, .height = 1}));
+    EXPECT_EQ(size(1e308, 1e308, INT32_MAX), (Size{.width = INT32_MAX, .height = INT32_MAX}));
+    EXPECT_EQ(size(100, 100, -5), (Size{.width = 1, .height = 1}));
+    for (const double odd : {0.0, -1.0, infinity, nan})
+        EXPECT_TRUE(size(odd, 100) == Size() && size(100, odd) == Size()) << odd;
 }
 
 using Pixel = std::array<std::uint8_t, 4>;
@@ -51,33 +46,21 @@ constexpr Pixel grey{100, 100, 100, 255};
 constexpr Pixel white{255, 255, 255, 255};
 constexpr Pixel clear{0, 0, 0, 0};
 
-/// Of one colour, with other pixels behind every row but the last.
+/// A picture of one colour. Each row but the last is padded with other pixels.
 struct Picture {
     Picture(int columns, int rows, Pixel fill = grey)
-        : width(columns),
-          height(rows),
-          pixels(static_cast<std::size_t>((stride() * (rows - 1)) + columns), Pixel{9, 9, 9, 9}) {
-        for (int i = 0; i < width * height; ++i)
-            set(i % width, i / width, fill);
+        : width(columns), height(rows), pixels((columns + 3) * rows - 3, Pixel{9, 9, 9, 9}) {
+        for (int row = 0; row < rows; ++row)
+            std::fill_n(pixels.begin() + row * (columns + 3), columns, fill);
     }
 
-    [[nodiscard]] int stride() const { return width + 3; }
-
     Picture& set(int column, int row, Pixel pixel) {
-        const int index = (row * stride()) + column;
-        pixels.at(static_cast<std::size_t>(index)) = pixel;
+        pixels.at(row * (width + 3) + column) = pixel;
         return *this;
     }
 
-    [[nodiscard]] Capture capture() const {
-        return {
-            {pixels.data()->data(), pixels.size() * 4}, width, height, std::int64_t{stride()} * 4};
-    }
-
-    [[nodiscard]] bool isBlank() const { return ThumbnailCheck::isBlank(capture()); }
-
-    [[nodiscard]] bool isBlankBody(std::int64_t titleRows) const {
-        return ThumbnailCheck::isBlankBody(capture(), titleRows);
+    operator Capture() const { // NOLINT(google-explicit-constructor)
+        return {{pixels.data()->data(), pixels.size() * 4}, width, height, (width + 3) * 4};
     }
 
     int width, height;
@@ -85,89 +68,87 @@ struct Picture {
 };
 
 TEST(ThumbnailCheck, OneColourIsBlank) {
-    EXPECT_TRUE(Picture(10, 10, {103, 97, 103, 255}).set(0, 0, grey).isBlank());
+    EXPECT_TRUE(isBlank(Picture(10, 10, {103, 97, 103, 255}).set(0, 0, grey)));
     for (const Pixel other : {Pixel{104, 100, 100, 255}, {100, 96, 100, 255}, {100, 100, 104, 1}})
-        EXPECT_FALSE(Picture(10, 10).set(9, 9, other).isBlank());
-    // What is transparent counts for nothing, be it the first pixel; alpha is not compared.
-    EXPECT_TRUE(Picture(10, 10).set(0, 0, clear).set(1, 0, {99, 99, 99, 1}).isBlank());
-    EXPECT_TRUE(Picture(2, 2, clear).isBlank());
-    // Compared with the first one, not with the one before: a gradient is no single colour.
+        EXPECT_FALSE(isBlank(Picture(10, 10).set(9, 9, other)));
+    // Transparent pixels are skipped, even the first one; alpha is not compared.
+    EXPECT_TRUE(isBlank(Picture(10, 10).set(0, 0, clear).set(1, 0, {99, 99, 99, 1})));
+    EXPECT_TRUE(isBlank(Picture(2, 2, clear)) && isBlankBody(Picture(2, 2, clear), 0));
+    // Each pixel is compared with the first one, not with its neighbour.
     EXPECT_FALSE(
-        Picture(3, 1).set(1, 0, {103, 100, 100, 9}).set(2, 0, {106, 100, 100, 9}).isBlank());
+        isBlank(Picture(3, 1).set(1, 0, {103, 100, 100, 9}).set(2, 0, {106, 100, 100, 9})));
 }
 
 TEST(ThumbnailCheck, LargeCapturesAreSampled) {
     const auto sees = [](int width, int height, int column, int row) {
-        return !Picture(width, height).set(column, row, white).isBlank();
+        return !isBlank(Picture(width, height).set(column, row, white));
     };
     EXPECT_TRUE(sees(255, 1, 1, 0) && sees(256, 1, 2, 0) && !sees(256, 1, 1, 0));
     EXPECT_TRUE(sees(1, 255, 0, 254) && sees(1, 256, 0, 254) && !sees(1, 256, 0, 255));
-    EXPECT_TRUE(sees(700, 400, 5, 3) && !sees(700, 400, 4, 3) && !sees(700, 400, 5, 4));
     // The rows of a body are counted from below the title bar.
-    EXPECT_FALSE(Picture(1, 256).set(0, 2, white).isBlankBody(1));
-    EXPECT_TRUE(Picture(1, 257).set(0, 254, white).isBlankBody(1));
+    EXPECT_FALSE(isBlankBody(Picture(1, 256).set(0, 2, white), 1));
 }
 
 TEST(ThumbnailCheck, WhatIsTooShortOrHasNoSizeIsNotCalledBlank) {
     const Picture picture(3, 3);
-    const auto [bytes, width, height, bytesPerRow] = picture.capture();
-    std::vector<Capture> refused = {{bytes.first(bytes.size() - 1), width, height, bytesPerRow},
-                                    {bytes, width, height, (width * 4) - 1}};
-    for (const std::int64_t odd : {std::int64_t{0}, std::int64_t{-1}, most, most / 4, INT64_MIN})
-        refused.insert(refused.end(), {{bytes, odd, height, bytesPerRow},
-                                       {bytes, width, odd, bytesPerRow},
-                                       {bytes, width, height, odd},
-                                       {bytes, odd, odd, odd}});
-    for (const Capture& capture : refused)
-        EXPECT_FALSE(ThumbnailCheck::isBlank(capture) || ThumbnailCheck::isBlankBody(capture, 0))
-            << capture.width << " x " << capture.height << ", " << capture.bytesPerRow;
-    EXPECT_TRUE(ThumbnailCheck::isBlank({bytes.first(12), width, 1, 12}));
+    const ByteView all = Capture(picture).bytes;
+    const auto blank = [](ByteView bytes, std::int64_t width, std::int64_t height,
+                          std::int64_t bytesPerRow) {
+        const Capture capture{bytes, width, height, bytesPerRow};
+        return isBlank(capture) || isBlankBody(capture, 0);
+    };
+    EXPECT_TRUE(blank(all, 3, 3, 24) && blank(all.first(12), 3, 1, 12));
+    EXPECT_FALSE(blank(all.first(all.size() - 1), 3, 3, 24) || blank(all, 3, 3, 11)
+                 || blank(all.first(11), 3, 1, 12));
+    for (const std::int64_t odd : {std::int64_t{0}, most, most / 4, -most}) {
+        EXPECT_FALSE(blank(all, odd, 3, 24) || blank(all, 3, odd, 24)) << odd;
+        EXPECT_FALSE(blank(all, 3, 3, odd) || blank(all, odd, odd, odd)) << odd;
+    }
 }
 
 TEST(ThumbnailCheck, ABodyIsBlankBelowItsTitleBarWhenPlainOrDark) {
     const Picture titled = Picture(2, 8).set(1, 1, white);
-    EXPECT_TRUE(titled.isBlankBody(2));
+    EXPECT_TRUE(isBlankBody(titled, 2));
     for (const std::int64_t rows : {std::int64_t{1}, std::int64_t{-1}, std::int64_t{8}, most})
-        EXPECT_FALSE(titled.isBlankBody(rows)) << rows;
-    const Picture black(8, 8, {0, 0, 0, 255});
-    for (const Pixel brightest :
-         {Pixel{55, 55, 55, 255}, {255, 0, 0, 9}, {0, 78, 0, 9}, {0, 0, 255, 9}})
-        EXPECT_TRUE(Picture(black).set(5, 5, brightest).isBlankBody(2)) << int{brightest[1]};
-    for (const Pixel brightest : {Pixel{56, 56, 56, 255}, {0, 79, 0, 255}})
-        EXPECT_FALSE(Picture(black).set(5, 5, brightest).isBlankBody(2)) << int{brightest[1]};
-    EXPECT_TRUE(Picture(8, 8, clear).isBlankBody(0));
+        EXPECT_FALSE(isBlankBody(titled, rows)) << rows;
+    const auto isDark = [](Pixel brightest) {
+        return isBlankBody(Picture(8, 8, {0, 0, 0, 255}).set(5, 5, brightest), 2);
+    };
+    EXPECT_TRUE(isDark({55, 55, 55, 255}) && !isDark({56, 56, 56, 255}));
+    EXPECT_TRUE(isDark({255, 0, 0, 9}) && isDark({0, 0, 255, 9}));
+    EXPECT_TRUE(isDark({0, 78, 0, 9}) && !isDark({0, 79, 0, 9}));
 }
 
 TEST(ThumbnailCheck, ATitleBarIsAQuarterOfTheCaptureAtMost) {
-    const std::array<double, 3> cases[] = {{800, 400, 80}, {401, 800, 21},     {400, 100, 100},
-                                           {3, 400, 0},    {4, 4000, 1},       {403, 1e-300, 100},
-                                           {1, 400, 0},    {-9, 400, 0},       {400, 0, 0},
-                                           {400, -1, 0},   {400, infinity, 0}, {400, nan, 0}};
-    for (const auto& [height, frameHeight, rows] : cases)
-        EXPECT_EQ(ThumbnailCheck::titleRows(std::llround(height), frameHeight), rows)
-            << height << " of " << frameHeight;
-    EXPECT_EQ(ThumbnailCheck::titleRows(most, 80), most / 4);
+    using ThumbnailCheck::titleRows;
+    EXPECT_EQ(titleRows(800, 400), 80);
+    EXPECT_EQ(titleRows(401, 800), 21); // rounded up
+    EXPECT_EQ(titleRows(403, 100), 100);
+    EXPECT_EQ(titleRows(400, 1e-300), 100);
+    EXPECT_EQ(titleRows(most, 80), most / 4);
+    for (const double none : {0.0, -1.0, infinity, nan})
+        EXPECT_EQ(titleRows(400, none), 0) << none;
+    EXPECT_TRUE(titleRows(4, 4000) == 1 && titleRows(3, 9) == 0 && titleRows(-9, 400) == 0);
 }
 
 TEST(CaptureGate, TriesUntilTheWaitIsOverAndOnceMore) {
-    /// When it tries, if the clock runs only while somebody sleeps.
+    /// Returns when it tries, if the clock runs only while somebody sleeps.
     const auto tries = [](double freeAt, double wait, double poll) {
         double now = 0;
         std::vector<double> times;
-        const auto tryLock = [&] { return times.emplace_back(now) >= freeAt; };
-        const auto sleep = [&](double seconds) { now += seconds; };
-        const bool got = CaptureGate::acquire(wait, poll, [&] { return now; }, sleep, tryLock);
+        const bool got = CaptureGate::acquire(
+            wait, poll, [&] { return now; }, [&](double seconds) { now += seconds; },
+            [&] { return times.emplace_back(now) >= freeAt; });
         EXPECT_EQ(got, now >= freeAt);
         return times;
     };
-    EXPECT_THAT(tries(0, -1, 1), ElementsAre(0));
-    EXPECT_THAT(tries(2, 3, 1), ElementsAre(0, 1, 2));
-    EXPECT_THAT(tries(9, 2, 1), ElementsAre(0, 1, 2));
-    EXPECT_THAT(tries(4, 2.5, 2), ElementsAre(0, 2, 4));
-    EXPECT_THAT(tries(9, nan, 1), ElementsAre(0));
-    EXPECT_THAT(tries(3, infinity, 1), ElementsAre(0, 1, 2, 3));
-    EXPECT_EQ(CaptureGate::lockPath("/tmp"), "/tmp/velmo-window-capture.lock");
-    EXPECT_EQ(CaptureGate::lockPath("/tmp/"), "/tmp/velmo-window-capture.lock");
+    EXPECT_EQ(tries(0, -1, 1), (std::vector{0.0}));
+    EXPECT_EQ(tries(2, 3, 1), (std::vector{0.0, 1.0, 2.0}));
+    EXPECT_EQ(tries(9, 2, 1), (std::vector{0.0, 1.0, 2.0}));
+    EXPECT_EQ(tries(4, 2.5, 2), (std::vector{0.0, 2.0, 4.0}));
+    EXPECT_EQ(tries(9, nan, 1), (std::vector{0.0}));
+    for (const char* folder : {"/tmp", "/tmp/"})
+        EXPECT_EQ(CaptureGate::lockPath(folder), "/tmp/velmo-window-capture.lock");
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "core/windows/WindowMatcher.h"
 
-#include <gmock/gmock.h>
-#include <rapidcheck/gtest.h>
+#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -9,79 +8,60 @@ namespace velmo {
 namespace {
 
 using Title = std::optional<std::string>;
+using Facts = std::vector<AXWindowFacts>;
 using Index = std::optional<std::size_t>;
 
 /// A window at x, or at an unknown place.
-AXWindowFacts at(std::optional<double> x, Title title = {}, bool minimized = false,
-                 std::optional<std::uint32_t> number = {}) {
-    const auto bounds = x.transform([](double left) { return WindowBounds{left, 0, 800, 600}; });
-    return {.windowId = number, .title = title, .bounds = bounds, .minimized = minimized};
+AXWindowFacts at(std::optional<double> x, Title title = {}, bool isMinimized = false) {
+    const auto bounds = x.transform([](double left) { return WindowBounds{.x = left}; });
+    return {.title = title, .bounds = bounds, .minimized = isMinimized};
 }
 
 AXWindowFacts minimized(std::optional<double> x, Title title = {}) {
     return at(x, title, true);
 }
 
-AXWindowFacts numbered(std::uint32_t number, std::optional<double> x, Title title = {}) {
-    return at(x, title, false, number);
+AXWindowFacts numbered(std::uint32_t number, AXWindowFacts facts) {
+    facts.windowId = number;
+    return facts;
 }
 
-/// Asked for is the window with number 7 at 0.
-Index resolved(const Title& title, bool onScreen, const std::vector<AXWindowFacts>& facts,
-               std::optional<double> x = 0) {
-    return WindowMatcher::resolve({7, title, at(x).bounds, onScreen}, facts);
+/// Looks for the window with number 7, which is at 0 unless its place is unknown.
+Index resolved(bool onScreen, const Title& title, const Facts& facts, bool hasPlace = true) {
+    const auto bounds = hasPlace ? at(0).bounds : std::nullopt;
+    return WindowMatcher::resolve({.id = 7, .title = title, .bounds = bounds, .onScreen = onScreen},
+                                  facts);
 }
 
-TEST(WindowMatcher, FindsTheWindowThatIsMeant) {
-    const std::tuple<Title, std::vector<AXWindowFacts>, Index> onScreen[] = {
-        {"a", {at(0, "a"), numbered(7, 900, "b")}, 1},
-        {{}, {at({}), at(20), at(-10), at(10)}, 2}, // by place alone
-        {{}, {at(24.5), at(std::nan("")), at(24)}, 2},
-        {"", {at(20, ""), at(10, "b")}, 1},
-        {{}, {numbered(8, 5), at(10)}, 0}, // those with other numbers compete
-        {"a", {at(0, "b"), at(24, "a"), at(12, "a"), at(12, "a")}, 2},
-        {"a", {at(0, "b"), at({}, "a")}, 1}, // wherever it is
-        {"a", {at(900, "a"), at({}, "a"), at(9, "b")}, 2},
-        {"a", {at(900, "a"), at(-900, "a")}, {}},
-        {"a", {at(10, "A"), at(900, "a ")}, 0},
-        {"caf\u00E9", {at(0), at(900, "cafe\u0301")}, 1},
-    };
-    int row = 0;
-    for (const auto& [title, facts, index] : onScreen)
-        EXPECT_EQ(resolved(title, true, facts), index) << "row " << row++;
-    EXPECT_EQ(resolved("a", true, {at(0, "a")}, {}), std::nullopt);
-
-    const std::tuple<Title, std::vector<AXWindowFacts>, Index> offScreen[] = {
-        {"a", {minimized(0, "a"), numbered(7, 900)}, 1},
-        // the only minimized one with the title
-        {"a", {minimized(0, "b"), minimized({}, "a"), at(0, "a")}, 1},
-        {"", {at(0), minimized({}, "b")}, 1}, // the only minimized one
-        {"a", {at(0), minimized(900, "")}, 1},
-        {"a", {at(0), at(900, "b", true, 8), minimized(900)}, 2},
-        {"a", {at(900), minimized(10, "b"), at(5, "c")}, 2}, // its title speaks against it
-        {{}, {minimized(20), minimized(900), at(10)}, 2},    // any without number
-        {"a", {minimized(900, "a"), minimized(20, "a"), at(0, "b")}, 1},
-        {"a", {minimized(900, "a"), minimized(800, "a"), numbered(8, 0, "a")}, {}},
-    };
-    for (const auto& [title, facts, index] : offScreen)
-        EXPECT_EQ(resolved(title, false, facts), index) << "row " << row++;
-    EXPECT_EQ(resolved("a", false, {minimized(0, "b"), minimized(0, "a")}, {}), 1);
-    EXPECT_EQ(resolved({}, false, {minimized(0)}, {}), std::nullopt);
+TEST(WindowMatcher, FindsAWindowOnScreen) {
+    EXPECT_EQ(resolved(true, "a", {at(0, "a"), numbered(7, at(900, "b"))}), 1);
+    EXPECT_EQ(resolved(true, {}, {at({}), at(20), at(-10), at(10)}), 2); // by place alone
+    EXPECT_EQ(resolved(true, {}, {at(24.5), at(std::nan("")), at(24)}), 2);
+    EXPECT_EQ(resolved(true, "", {at(20, ""), at(10, "b")}), 1);
+    EXPECT_EQ(resolved(true, {}, {numbered(8, at(5)), at(10)}), 0);
+    EXPECT_EQ(resolved(true, "a", {at(0, "b"), at(24, "a"), at(12, "a"), at(12, "a")}), 2);
+    EXPECT_EQ(resolved(true, "a", {at(0, "b"), at({}, "a")}), 1); // wherever it is
+    EXPECT_EQ(resolved(true, "a", {at(900, "a"), at({}, "a"), at(9, "b")}), 2);
+    EXPECT_EQ(resolved(true, "a", {at(900, "a"), at(-900, "a")}), std::nullopt);
+    EXPECT_EQ(resolved(true, "a", {at(10, "A"), at(900, "a ")}), 0);
+    EXPECT_EQ(resolved(true, "caf\u00E9", {at(0), at(900, "cafe\u0301")}), 1);
+    EXPECT_EQ(resolved(true, "a", {at(0, "a")}, false), std::nullopt);
 }
 
-RC_GTEST_PROP(WindowMatcher, OffScreenAWindowWithAnotherNumberIsAnotherWindow, ()) {
-    auto facts = *rc::gen::container<std::vector<AXWindowFacts>>(rc::gen::apply(
-        at, rc::gen::element<std::optional<double>>(std::nullopt, 0, 20, 30),
-        rc::gen::element<Title>(std::nullopt, "", "a", "b"), rc::gen::arbitrary<bool>(),
-        rc::gen::element<std::optional<std::uint32_t>>(std::nullopt, std::nullopt, 8)));
-    const Title title = *rc::gen::element<Title>(std::nullopt, "", "a");
-    const Index found = resolved(title, false, facts);
-    RC_ASSERT((!found || !facts.at(*found).windowId));
-    for (AXWindowFacts& fact : facts)
-        fact = fact.windowId ? numbered(8, {}) : fact;
-    RC_ASSERT(resolved(title, false, facts) == found);
-    facts.push_back(numbered(7, {}));
-    RC_ASSERT(resolved(title, *rc::gen::arbitrary<bool>(), facts) == facts.size() - 1);
+TEST(WindowMatcher, FindsAWindowThatIsNotOnScreen) {
+    EXPECT_EQ(resolved(false, "a", {minimized(0, "a"), numbered(7, at(900))}), 1);
+    // The only minimized one with the title.
+    EXPECT_EQ(resolved(false, "a", {minimized(0, "b"), minimized({}, "a"), at(0, "a")}), 1);
+    EXPECT_EQ(resolved(false, "a", {minimized(0, "b"), minimized(0, "a")}, false), 1);
+    // The only minimized one.
+    EXPECT_EQ(resolved(false, "", {at(0), minimized({}, "b")}), 1);
+    EXPECT_EQ(resolved(false, "a", {at(0), minimized(900, "")}), 1);
+    EXPECT_EQ(resolved(false, {}, {minimized(0)}, false), std::nullopt);
+    EXPECT_EQ(resolved(false, {}, {at(0), numbered(8, minimized(900)), minimized(900)}), 2);
+    EXPECT_EQ(resolved(false, "a", {at(900), minimized(10, "b"), at(5, "c")}), 2);
+    // Any without a number.
+    EXPECT_EQ(resolved(false, {}, {minimized(20), minimized(9), numbered(8, at(0)), at(1)}), 3);
+    EXPECT_EQ(resolved(false, "a", {minimized(900, "a"), minimized(20, "a"), at(0, "b")}), 1);
 }
 
 TEST(WindowMatcher, TheFrontWindowIsTheFirstOnScreenOfTheFrontmostProcess) {
