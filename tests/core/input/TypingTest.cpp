@@ -22,8 +22,8 @@ void expectChunks(const Strings& rows) {
 }
 
 TEST(TextChunks, FillsEachChunkWithWholeCharacters) {
-    expectChunks(
-        {"", "a", "+xx", "+xx +xx yyyyy", family + family + " " + family, "a " + tall + " b"});
+    expectChunks({"", "a", "+xx", "+xx +xx yyyyy", family + family + " " + family, tall + " b",
+                  "a " + tall});
     // 19, 20 and 21 letters, the last of which an accent joins
     expectChunks({"+x\u0301", "+x x\u0301", "+xx x\u0301", "+x\u0301 y", "+x x\u0301y"});
     // 18 to 21 letters and a character of two units
