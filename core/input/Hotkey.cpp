@@ -41,12 +41,17 @@ std::optional<std::vector<HotkeyModifier>> distinctModifiers(Words words) {
     return modifiers;
 }
 
-/// Reads modifiers that are to be pressed without a key. fn is refused: it can't be pressed alone.
+/// Reads modifiers that are to be pressed without a key: at most four, since each may occur once
+/// and fn is refused, which can't be pressed without a key.
 std::optional<Hotkey> modifierOnly(Words words) {
     auto modifiers = distinctModifiers(words);
     if (!modifiers || std::ranges::find(*modifiers, HotkeyModifier::fn) != modifiers->end())
         return std::nullopt;
     return Hotkey{.modifiers = *std::move(modifiers), .key = {}, .game = true};
+}
+
+bool isModifier(const std::string& word) {
+    return parseHotkeyModifier(word).has_value();
 }
 
 bool isShift(HotkeyModifier modifier) {
@@ -80,9 +85,7 @@ std::optional<Hotkey> Hotkey::parse(std::span<const std::string> words, bool gam
         lowered.push_back(Text::lowercased(word));
     }
 
-    if (game && lowered.size() <= maxModifiers
-        && std::ranges::all_of(
-            lowered, [](const std::string& word) { return parseHotkeyModifier(word).has_value(); }))
+    if (game && std::ranges::all_of(lowered, isModifier))
         return modifierOnly(lowered);
 
     auto modifiers = distinctModifiers(Words(lowered).first(lowered.size() - 1));
