@@ -3,6 +3,8 @@
 #include "core/support/Base64.h"
 #include "tests/Texts.h"
 
+#include <algorithm>
+
 namespace velmo {
 
 inline constexpr std::size_t mebibyte = 1048576;
@@ -13,7 +15,8 @@ inline Bytes image(std::size_t length) {
     constexpr std::string_view head = "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\x40\0\0\0\x0F\x42"sv;
     Bytes data(length);
     for (std::size_t i = 0; i < length; ++i)
-        data[i] = static_cast<std::uint8_t>(i < head.size() ? head[i] : i * i >> 3U);
+        data[i] = static_cast<std::uint8_t>(i * i >> 3U);
+    std::copy_n(head.begin(), std::min(length, head.size()), data.begin());
     return data;
 }
 

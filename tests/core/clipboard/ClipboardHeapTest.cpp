@@ -1,7 +1,6 @@
 #include "core/clipboard/ClipboardWrite.h"
 #include "tests/core/clipboard/ClipboardBodies.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <new>
 
