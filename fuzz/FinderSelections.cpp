@@ -23,7 +23,8 @@ void requireClean(const std::string& path) {
 
 } // namespace
 
-/// The same lines as a selection, the folder first, and as the identities of files.
+/// The input is lines, which are read twice: as a selection, the folder first, and as the
+/// identities of files.
 void Fuzz::target(Input input) {
     const auto lines = input.words();
     const std::string folder = lines.empty() ? "" : lines.front();

@@ -19,7 +19,7 @@ void requireLimits(const Hotkey& hotkey) {
         require(hotkey.game && !distinct.empty() && !distinct.contains(HotkeyModifier::fn));
     else
         require(hasKey(Hotkey::keys, hotkey.key));
-    // Typing must not pass for a hot key.
+    // Text must not be typed as hot keys.
     require(hotkey.game || hasKey(Hotkey::standalone, hotkey.key)
             || distinct.size() > distinct.count(HotkeyModifier::shift));
 }
@@ -36,7 +36,7 @@ std::vector<std::string> argumentsOf(const Hotkey& hotkey) {
     return arguments;
 }
 
-/// A tap is a press and its release, and leaves held what was held before.
+/// A tap is a press and its release, and leaves the same modifiers down as before.
 void requirePlan(const Hotkey& hotkey, std::span<const HotkeyModifier> held) {
     const auto* key = findKey(Hotkey::keys, hotkey.key);
     const auto code = key == nullptr ? std::nullopt : std::optional(key->code);
@@ -57,7 +57,7 @@ void requirePlan(const Hotkey& hotkey, std::span<const HotkeyModifier> held) {
 
 } // namespace
 
-/// The first byte says which modifiers are held; then come the arguments.
+/// The first byte gives the modifiers that are down already; the arguments follow it.
 void Fuzz::target(Input input) {
     std::vector<HotkeyModifier> held;
     for (const unsigned bits = input.byte();

@@ -24,7 +24,7 @@ void requireAnswer(std::int64_t id, std::int32_t code, std::string_view error) {
 
 } // namespace
 
-/// Either way: what comes from the host, and the answer with any error text.
+/// The input is a request of the host, and also the error text of a response.
 void Fuzz::target(Input input) {
     const std::string_view text = input.rest();
     requireAnswer(1, 0, text);

@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// The identifiers that other applications put on the pasteboard, a line each.
+/// The input is the type identifiers that other applications put on the pasteboard, a line each.
 void Fuzz::target(Input input) {
     using namespace PasteboardPolicy;
     auto types = input.words();

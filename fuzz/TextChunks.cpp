@@ -10,7 +10,7 @@ namespace velmo {
 void Fuzz::target(Input input) {
     const std::string text = Text::repaired(input.rest());
     std::string joined;
-    std::size_t room = 0; // in the chunk before
+    std::size_t room = 0; // left in the chunk before, UTF-16 units
     for (const std::string& chunk : TextChunks::split(text)) {
         const std::size_t length = Text::utf16Length(chunk);
         require(!chunk.empty() && Text::firstCharacter(chunk).utf16Length > room);

@@ -10,7 +10,7 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestType = 200; // characters
+constexpr std::size_t maxType = 200; // characters
 
 } // namespace
 
@@ -41,7 +41,7 @@ ClipboardReply ClipboardReply::reporting(PasteboardPolicy::Types listed) const {
     auto& kept = reply.types.emplace();
     for (const std::string& type :
          listed.first(std::min(listed.size(), PasteboardPolicy::reportedTypesMax)))
-        kept.emplace_back(Text::prefix(type, longestType));
+        kept.emplace_back(Text::prefix(type, maxType));
     return reply;
 }
 

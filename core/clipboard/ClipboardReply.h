@@ -11,26 +11,28 @@
 
 namespace velmo {
 
-/// What the clipboard holds, as it is told. `text` and `png` are the user's own: never log them.
+/// What the phone is told of the clipboard. `text` and `png` are private to the user: never log
+/// them.
 struct ClipboardReply {
     std::optional<std::string> kind; ///< "text", "image", "empty", "too-large"
     std::optional<std::string> text;
     std::optional<std::string> png; ///< base64
     std::optional<bool> concealed;  ///< true, or absent
     std::optional<std::int64_t> changeCount;
-    std::optional<std::vector<std::string>> types;
+    std::optional<std::vector<std::string>> types; ///< as `reporting` cuts them
 
-    /// Private content: nothing else is told, not even the change count.
+    /// Returns the reply for private content, of which nothing else is told, not even the change
+    /// count.
     static ClipboardReply ofConcealed();
 
-    // None of these checks a limit: that is the reader's.
+    // These check no limits: whoever reads the clipboard asks `PasteboardPolicy` first.
     static ClipboardReply ofEmpty(std::int64_t changeCount);
     static ClipboardReply ofTooLarge(std::int64_t changeCount);
     static ClipboardReply ofText(std::string_view text, std::int64_t changeCount);
     static ClipboardReply ofImage(ByteView png, std::int64_t changeCount);
 
-    /// With the first `PasteboardPolicy::reportedTypesMax` type identifiers, each cut to 200
-    /// characters. A concealed reply stays as it is.
+    /// Returns the reply with the first `PasteboardPolicy::reportedTypesMax` type identifiers, each
+    /// cut to 200 characters. A concealed reply stays as it is.
     [[nodiscard]] ClipboardReply reporting(PasteboardPolicy::Types listed) const;
 
     static constexpr auto fields = std::tuple{

@@ -12,7 +12,7 @@ namespace velmo {
 
 namespace {
 
-/// Long texts are left in the outline.
+/// The members of a write. If a text is long, it is empty here and read from the outline instead.
 struct Body {
     std::optional<std::string> text;
     std::optional<std::string> png;
@@ -22,20 +22,25 @@ struct Body {
                                               field("concealed", &Body::concealed)};
 };
 
-std::optional<std::string> wholeText(std::string read, const std::optional<JsonLongText>& left) {
+/// Returns the text of a write, or nothing if it may not be written. `inOutline` is the text itself
+/// if it is long.
+std::optional<std::string> wholeText(std::string text,
+                                     const std::optional<JsonLongText>& inOutline) {
     const auto append = [&](std::string_view piece) {
-        read += piece;
-        return read.size() <= PasteboardPolicy::textMaxBytes;
+        text += piece;
+        return text.size() <= PasteboardPolicy::textMaxBytes;
     };
-    if ((left && !left->read(append)) || !PasteboardPolicy::textFits(read) || read.contains('\0'))
+    if ((inOutline && !inOutline->read(append)) || !PasteboardPolicy::textFits(text)
+        || text.contains('\0'))
         return std::nullopt;
-    return read;
+    return text;
 }
 
-std::optional<Bytes> image(std::string_view read, const std::optional<JsonLongText>& left) {
-    Base64::Decoder decoder(left ? left->spelledLength() : read.size());
+/// Does the same for the base64 of an image, and returns the image.
+std::optional<Bytes> image(std::string_view base64, const std::optional<JsonLongText>& inOutline) {
+    Base64::Decoder decoder(inOutline ? inOutline->spelledLength() : base64.size());
     const auto append = [&](std::string_view piece) { return decoder.append(piece); };
-    if (!(left ? left->read(append) : append(read)))
+    if (!(inOutline ? inOutline->read(append) : append(base64)))
         return std::nullopt;
     auto bytes = decoder.finish();
     if (!bytes || bytes->size() > PasteboardPolicy::imageMaxBytes

@@ -8,14 +8,14 @@
 
 namespace velmo {
 
-/// What the phone asks to have put on the clipboard.
+/// What the phone asks the host to put on the clipboard.
 struct ClipboardWrite {
     struct Text {
         std::string text;
         bool operator==(const Text&) const = default;
     };
 
-    /// To be marked as private for whoever else watches the clipboard.
+    /// A text to be marked as private, so that other applications don't keep it.
     struct ConcealedText {
         std::string text;
         bool operator==(const ConcealedText&) const = default;
@@ -30,11 +30,10 @@ struct ClipboardWrite {
 
     Content content;
 
-    /// Reads {"text":"...","concealed":true} or {"png":"base64"}, within the limits of
-    /// `PasteboardPolicy`; members of other names are ignored. Beside an image "concealed"
-    /// means nothing, but must be a boolean all the same. A text is not empty, holds no NUL and is
-    /// not trimmed. Absent for anything else, such as both a text and an image. However large the
-    /// body, it is held no second time.
+    /// Reads {"text":"...","concealed":true} or {"png":"base64"} within the limits of
+    /// `PasteboardPolicy`; absent if the body is neither, or both. The text is not empty and
+    /// contains no NUL; it is not trimmed. Beside an image "concealed" has no effect, but must be a
+    /// boolean all the same. Unknown members are ignored. No copy of the body is made.
     static std::optional<ClipboardWrite> parse(ByteView body);
 
     bool operator==(const ClipboardWrite&) const = default;

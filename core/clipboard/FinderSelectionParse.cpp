@@ -12,14 +12,15 @@ namespace velmo::FinderSelectionParse {
 
 namespace {
 
-constexpr std::size_t longestPath = 4096; // characters
+constexpr std::size_t maxPath = 4096; // characters
 
 struct Line {
     FileIdentity identity;
     std::string path;
 };
 
-/// Takes a number and the colon behind it from the front.
+/// Removes a number and the colon behind it from the front of the text, and returns the number;
+/// absent if there is none.
 std::optional<std::uint64_t> takeNumber(std::string_view& text) {
     const std::size_t colon = text.find(':');
     if (colon == std::string_view::npos)
@@ -42,12 +43,11 @@ std::optional<Line> parse(std::string_view line) {
 
 std::optional<std::string> clean(std::optional<std::string_view> path) {
     if (!path || !path->starts_with('/') || std::ranges::any_of(*path, Ascii::isControl)
-        || !Text::isValidUtf8(*path) || Text::hasMoreCharactersThan(*path, longestPath)
+        || !Text::isValidUtf8(*path) || Text::hasMoreCharactersThan(*path, maxPath)
         || PathText::goesUp(*path))
         return std::nullopt;
-    while (path->size() > 1 && path->ends_with('/'))
-        path->remove_suffix(1);
-    return std::string(*path);
+    const auto trimmed = PathText::withoutTrailingSlashes(*path);
+    return std::string(trimmed.empty() ? "/" : trimmed);
 }
 
 Selection selection(std::optional<std::string_view> folder, std::span<const std::string> items) {

@@ -12,14 +12,14 @@
 #include <variant>
 #include <vector>
 
-/// What the Finder says is selected, cleaned and bounded, and the later check that files named by
-/// path are still the very same ones.
+/// Cleans and bounds the Finder's selection for the phone, and later checks that files which the
+/// phone names by path are still the ones that it was shown.
 namespace velmo::FinderSelectionParse {
 
-inline constexpr std::size_t maxItems = 200;
+inline constexpr std::size_t maxItems = 200; ///< selected files, and lines of a check
 
 struct Selection {
-    std::optional<std::string> folder; ///< the front window's
+    std::optional<std::string> folder; ///< of the front window
     std::vector<std::string> items;    ///< in the Finder's order
 
     static constexpr auto fields =
@@ -27,7 +27,7 @@ struct Selection {
     bool operator==(const Selection&) const = default;
 };
 
-/// Told instead when the Finder refuses to be automated.
+/// What the phone is told instead of a selection if the Finder refuses to be automated.
 struct Permission {
     std::string permission = "automation";
 
@@ -35,15 +35,16 @@ struct Permission {
     bool operator==(const Permission&) const = default;
 };
 
-/// The path without trailing slashes. Absent when it is relative, has more than 4096 characters as
-/// it is given, holds a control character (U+0000 to U+001F, U+007F) or a component "..", or is not
-/// UTF-8. Neither "." nor doubled slashes are touched.
+/// Returns the path without trailing slashes, or nothing if it is missing, relative, not UTF-8,
+/// contains a control character (U+0000 to U+001F, U+007F) or a component "..", or has more than
+/// 4096 characters before slashes are removed. Components "." and doubled slashes stay.
 std::optional<std::string> clean(std::optional<std::string_view> path);
 
-/// The cleaned items without repetitions, at most `maxItems` of them, and the cleaned folder.
+/// Returns the cleaned folder and the first `maxItems` cleaned items. Items that can't be cleaned,
+/// and repetitions, are left out.
 Selection selection(std::optional<std::string_view> folder, std::span<const std::string> items);
 
-/// By which the system knows a file as long as it exists, whatever its name.
+/// What identifies a file as long as it exists, whatever its name.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -51,11 +52,11 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
-/// Of what bears this name, a link not followed; absent when nothing does. `lstatIdentity` of
-/// platform/host; whoever offers the lines must ask it too.
+/// Returns the identity of whatever is at the path, of a symbolic link itself; absent if nothing is
+/// there. It is `lstatIdentity` of platform/host, for the making of the lines and for their check.
 using Lstat = std::function<std::optional<FileIdentity>(std::string_view path)>;
 
-/// Every path, in the order of the lines.
+/// Every file is still the same. The paths are in the order of the lines.
 struct Ok {
     std::vector<std::string> paths;
     bool operator==(const Ok&) const = default;
@@ -66,16 +67,16 @@ struct Bad {
     bool operator==(const Bad&) const = default;
 };
 
-/// A file is gone or another one bears its name.
+/// A file is gone, or another one is at its path.
 struct Changed {
     bool operator==(const Changed&) const = default;
 };
 
 using Check = std::variant<Ok, Bad, Changed>;
 
-/// Lines "device:inode:path", the numbers in decimal, the path in the form that `clean` gives; 1 to
-/// `maxItems` of them. The first line with a fault decides. The answer holds for that moment only:
-/// whoever opens a file afterwards does so without following links, and compares again.
+/// Checks 1 to `maxItems` lines "device:inode:path", the numbers in decimal, the path in the form
+/// that `clean` returns. The first line with a fault decides. A file may be replaced right after
+/// the check, so whoever opens it does so without following links, and compares again.
 Check identityPaths(std::span<const std::string> lines, const Lstat& lstat);
 
 } // namespace velmo::FinderSelectionParse

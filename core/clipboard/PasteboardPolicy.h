@@ -10,21 +10,21 @@
 #include <string>
 #include <string_view>
 
-/// What of the clipboard may leave the machine or be put on it, judged by the type identifiers that
-/// the pasteboard lists and by the bytes of a text or an image.
+/// Decides what of the clipboard the phone may be told and what it may put there, by the type
+/// identifiers that the pasteboard lists and by the bytes of a text or an image.
 namespace velmo::PasteboardPolicy {
 
 inline constexpr std::size_t textMaxBytes = 1048576;  ///< of UTF-8, read or written
 inline constexpr std::size_t imageMaxBytes = 5242880; ///< of PNG data, read or written
 
-/// The whole body of a write: the base64 of the largest image and some room for the rest.
+/// Limit of the whole body of a write: the base64 of the largest image, and room for the rest.
 inline constexpr std::size_t writeMaxBytes = 4 * ((imageMaxBytes + 2) / 3) + 4096;
 static_assert(writeMaxBytes == 6994604);
 
 inline constexpr std::uint32_t pngMaxSide = 16384;      ///< pixels
 inline constexpr std::uint64_t pngMaxPixels = 64000000; ///< width times height
 
-inline constexpr std::size_t reportedTypesMax = 64;
+inline constexpr std::size_t reportedTypesMax = 64; ///< type identifiers in a reply
 inline constexpr double watchIntervalSeconds = 0.5; ///< between two looks at the change count
 
 inline constexpr auto textTypes = std::to_array<std::string_view>(
@@ -35,8 +35,8 @@ inline constexpr std::string_view tiffType = "public.tiff";
 inline constexpr auto pngMagic =
     std::to_array<std::uint8_t>({0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A});
 
-/// By these, other applications mark what they put there as private or passing. Compared in lower
-/// case, as a whole.
+/// With these types other applications mark content as private or transient. Letter case makes no
+/// difference.
 inline constexpr auto concealedTypes = std::to_array<std::string_view>({
     "org.nspasteboard.ConcealedType",
     "org.nspasteboard.TransientType",
@@ -48,21 +48,23 @@ inline constexpr auto concealedTypes = std::to_array<std::string_view>({
 
 enum class Content { text, png, tiff, none };
 
+/// The type identifiers of the pasteboard, in its order.
 using Types = std::span<const std::string>;
 
+/// Tells whether one of the types is in `concealedTypes`.
 bool isPrivate(Types types);
 
-/// What to report: a text, wherever it stands in the list, before an image, and PNG before TIFF;
-/// none of private content.
+/// Returns what to report: a text, wherever it stands in the list, before an image, and PNG before
+/// TIFF; `none` if the content is private or of no such type.
 Content pick(Types types);
 
-/// "concealed", "text", "image" or "empty".
+/// Returns the kind of content for a `ClipboardWatchLine`: "concealed", "text", "image" or "empty".
 std::string_view watchKind(Types types);
 
-/// False for "" too: an empty text is neither reported nor written.
+/// Tells whether a text may be reported or written: at most `textMaxBytes`, and not empty.
 bool textFits(std::string_view text);
 
-/// Whether the signature is there and anything behind it.
+/// Tells whether the data begin with the PNG signature and go on behind it.
 bool isPNG(ByteView data);
 
 struct PngSize {
@@ -72,10 +74,11 @@ struct PngSize {
     bool operator==(const PngSize&) const = default;
 };
 
-/// What the header says; nothing behind the height is looked at, nor is any checksum.
+/// Returns the size that the image's first chunk gives; absent if the data end before it does, or
+/// if it is not the header. Checksums are not verified.
 std::optional<PngSize> pngSize(ByteView data);
 
-/// Whether there is a size, within 1...`pngMaxSide` either way and `pngMaxPixels`.
+/// Tells whether the image has a size, each side of 1 to `pngMaxSide` and at most `pngMaxPixels`.
 bool pngDimensionsOK(ByteView data);
 
 } // namespace velmo::PasteboardPolicy

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-/// The keys that may be asked for by name, and where they lie on a US keyboard.
+/// The keys that may be asked for by name. Each stands for its place on a US keyboard.
 namespace velmo {
 
 struct AnsiKey {
@@ -16,7 +16,8 @@ struct AnsiKey {
     bool operator==(const AnsiKey&) const = default;
 };
 
-/// Every key, group by group. "delete" deletes forwards, "backspace" backwards; "enter" is Return.
+/// Every key, group by group: `Hotkey` cuts its groups out of this order. "delete" deletes
+/// forwards, "backspace" backwards; "enter" is Return.
 inline constexpr AnsiKey ansiKeys[] = {
     // letters
     {.name = "a", .code = 0},
@@ -91,7 +92,7 @@ inline constexpr AnsiKey ansiKeys[] = {
     {.name = "end", .code = 119},
     {.name = "pageup", .code = 116},
     {.name = "pagedown", .code = 121},
-    // neither: it types a character, but is not counted among those that do
+    // in no group: it types a character, but every layout has it in this place
     {.name = "space", .code = 49},
     // punctuation
     {.name = "-", .code = 27},
@@ -109,6 +110,7 @@ inline constexpr AnsiKey ansiKeys[] = {
 
 using AnsiKeys = std::span<const AnsiKey>;
 
+/// Returns the key of this name, or null if the span has none.
 constexpr const AnsiKey* findKey(AnsiKeys keys, std::string_view name) {
     const auto found = std::ranges::find(keys, name, &AnsiKey::name);
     return found == keys.end() ? nullptr : &*found;
@@ -118,8 +120,14 @@ constexpr bool hasKey(AnsiKeys keys, std::string_view name) {
     return findKey(keys, name) != nullptr;
 }
 
+/// Tells whether one of the keys has this code; it may be any number.
 constexpr bool hasKeyCode(AnsiKeys keys, std::int64_t code) {
     return std::ranges::find(keys, code, &AnsiKey::code) != keys.end();
+}
+
+/// Returns the code of a key of `ansiKeys`; any other name does not compile.
+consteval std::uint16_t ansiKeyCode(std::string_view name) {
+    return findKey(ansiKeys, name)->code;
 }
 
 } // namespace velmo

@@ -7,12 +7,13 @@ namespace velmo {
 /// Drops gestures that follow each other too fast.
 struct GestureDebounce {
     double interval = 0;                                    ///< seconds
-    double last = -std::numeric_limits<double>::infinity(); ///< seconds; the last one accepted
+    double last = -std::numeric_limits<double>::infinity(); ///< seconds, of the last accepted one
 
-    /// Whether the interval has passed since the last gesture that was accepted; one that is
-    /// refused does not start it again. While a clock runs backwards everything is refused.
+    /// Tells whether the interval has passed since the last accepted gesture, and remembers `now`,
+    /// in seconds, if it has. A refused gesture does not start the interval again. Times before the
+    /// last accepted one are refused.
     [[nodiscard]] bool accept(double now) {
-        // Written so that "not a number" is refused.
+        // The comparison is negated so that "not a number" is refused.
         if (!(now - last >= interval))
             return false;
         last = now;

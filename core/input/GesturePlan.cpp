@@ -12,29 +12,17 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-/// The numbers under which the preferences keep the shortcuts.
-namespace Shortcut {
-constexpr int missionControl = 32;
-constexpr int appWindows = 33;
-constexpr int showDesktop = 36;
-constexpr int search = 64;
-constexpr int lookUp = 70;
-constexpr int spacePrevious = 79;
-constexpr int spaceNext = 81;
-constexpr int apps = 160;
-constexpr int notificationCenter = 163;
-} // namespace Shortcut
+namespace Number = SymbolicHotKeys::Number;
 
-/// Arguments that make Mission Control show something else than all windows.
+/// With one of these arguments Mission Control shows something other than all windows.
 constexpr std::string_view desktopArgument = "1";
 constexpr std::string_view appWindowsArgument = "2";
 
 constexpr std::string_view applicationsFolder = "/Applications";
 
 std::optional<GestureAction> shortcut(int number, const Value::Dictionary* hotKeys) {
-    return SymbolicHotKeys::resolve(number, hotKeys).transform([](const HotKey& hotKey) {
-        return GestureAction(hotKey);
-    });
+    return SymbolicHotKeys::resolve(number, hotKeys)
+        .transform([](const SymbolicHotKeys::HotKey& hotKey) { return GestureAction(hotKey); });
 }
 
 std::optional<GestureAction> application(std::span<const std::string_view> paths,
@@ -59,24 +47,24 @@ GestureAction action(Gesture gesture, const Value::Dictionary* hotKeys, const Ex
 
     switch (gesture) {
     case Gesture::missionControl:
-        return shortcutOrMissionControl(Shortcut::missionControl, {});
+        return shortcutOrMissionControl(Number::missionControl, {});
     case Gesture::appWindows:
-        return shortcutOrMissionControl(Shortcut::appWindows, {std::string(appWindowsArgument)});
+        return shortcutOrMissionControl(Number::appWindows, {std::string(appWindowsArgument)});
     case Gesture::showDesktop:
-        return shortcutOrMissionControl(Shortcut::showDesktop, {std::string(desktopArgument)});
+        return shortcutOrMissionControl(Number::showDesktop, {std::string(desktopArgument)});
     case Gesture::spaceNext:
-        return shortcutOr(Shortcut::spaceNext, NoAction());
+        return shortcutOr(Number::spaceNext, NoAction());
     case Gesture::spacePrevious:
-        return shortcutOr(Shortcut::spacePrevious, NoAction());
+        return shortcutOr(Number::spacePrevious, NoAction());
     case Gesture::lookUp:
-        return shortcutOr(Shortcut::lookUp, NoAction());
+        return shortcutOr(Number::lookUp, NoAction());
     case Gesture::notificationCenter:
-        return shortcutOr(Shortcut::notificationCenter, PressClockAction());
+        return shortcutOr(Number::notificationCenter, PressClockAction());
     case Gesture::apps:
         return application(appsApps, exists)
             .or_else([&] { return application(launchpadApps, exists); })
-            .or_else([&] { return shortcut(Shortcut::apps, hotKeys); })
-            .or_else([&] { return shortcut(Shortcut::search, hotKeys); })
+            .or_else([&] { return shortcut(Number::apps, hotKeys); })
+            .or_else([&] { return shortcut(Number::search, hotKeys); })
             .value_or(OpenAction{.path = std::string(applicationsFolder), .arguments = {}});
     }
     return NoAction();

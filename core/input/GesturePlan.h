@@ -8,9 +8,19 @@
 #include <functional>
 #include <string_view>
 
-/// Decides how a gesture is carried out: by the shortcut that the user's preferences assign to it,
-/// else by an application, else as the gesture's last resort says. Only `apps` prefers the
-/// application.
+/// Decides how a gesture is carried out: by the keyboard shortcut of the function that it asks for,
+/// as `SymbolicHotKeys::resolve` finds it. If there is none, an application is opened, and if that
+/// is not installed either, the gesture's last resort is taken.
+///
+/// | gesture                          | application                 | last resort            |
+/// |----------------------------------|-----------------------------|------------------------|
+/// | missionControl                   | `missionControlApps`        | nothing                |
+/// | appWindows, showDesktop          | the same, with an argument  | nothing                |
+/// | spaceNext, spacePrevious, lookUp |                             | nothing                |
+/// | notificationCenter               |                             | the clock is clicked   |
+/// | apps                             | `appsApps`, `launchpadApps` | "/Applications" opened |
+///
+/// Only `apps` prefers the application to its shortcuts, of which it has two: its own, then search.
 namespace velmo::GesturePlan {
 
 inline constexpr auto missionControlApps =
@@ -19,10 +29,11 @@ inline constexpr auto launchpadApps =
     std::to_array<std::string_view>({"/System/Applications/Launchpad.app"});
 inline constexpr auto appsApps = std::to_array<std::string_view>({"/System/Applications/Apps.app"});
 
-/// Whether anything is at a path.
+/// Tells whether anything is at a path.
 using Exists = std::function<bool(std::string_view path)>;
 
-/// `hotKeys` is the dictionary that `SymbolicHotKeys::resolve` reads; null when there is none.
+/// Returns how to carry the gesture out. `hotKeys` are the user's shortcut preferences; null if
+/// there are none.
 GestureAction action(Gesture gesture, const Value::Dictionary* hotKeys, const Exists& exists);
 
 } // namespace velmo::GesturePlan

@@ -10,25 +10,26 @@ namespace {
 
 using Words = std::span<const std::string>;
 
-constexpr std::size_t longestJson = 256; // bytes
-constexpr std::size_t longestWord = 12;  // characters
+constexpr std::size_t maxJson = 256; // bytes
+constexpr std::size_t maxWord = 12;  // characters
 
-constexpr bool holdsOnly(AnsiKeys group, std::string_view first, std::string_view last) {
+constexpr bool runsFrom(AnsiKeys group, std::string_view first, std::string_view last) {
     return group.front().name == first && group.back().name == last;
 }
 
-static_assert(holdsOnly(Hotkey::letters, "a", "z"));
-static_assert(holdsOnly(Hotkey::digits, "0", "9"));
-static_assert(holdsOnly(Hotkey::functionKeys, "f1", "f20"));
-static_assert(holdsOnly(Hotkey::navigation, "up", "pagedown"));
-static_assert(holdsOnly(Hotkey::punctuation, "-", "`"));
-static_assert(holdsOnly(Hotkey::standalone, "f1", "pagedown"));
+static_assert(runsFrom(Hotkey::letters, "a", "z"));
+static_assert(runsFrom(Hotkey::digits, "0", "9"));
+static_assert(runsFrom(Hotkey::functionKeys, "f1", "f20"));
+static_assert(runsFrom(Hotkey::navigation, "up", "pagedown"));
+static_assert(runsFrom(Hotkey::arrows, "up", "right"));
+static_assert(runsFrom(Hotkey::punctuation, "-", "`"));
+static_assert(runsFrom(Hotkey::standalone, "f1", "pagedown"));
 static_assert(std::ranges::all_of(Hotkey::keys, [](const AnsiKey& key) {
     return std::ranges::count(Hotkey::keys, key.name, &AnsiKey::name) == 1
            && std::ranges::count(Hotkey::keys, key.code, &AnsiKey::code) == 1;
 }));
 
-/// Absent when a word is no modifier, or the same as one before it.
+/// Returns nothing if a word names no modifier, or names one for the second time.
 std::optional<std::vector<HotkeyModifier>> distinctModifiers(Words words) {
     std::vector<HotkeyModifier> modifiers;
     for (const std::string& word : words) {
@@ -40,12 +41,17 @@ std::optional<std::vector<HotkeyModifier>> distinctModifiers(Words words) {
     return modifiers;
 }
 
-/// fn can't be held on its own.
+/// Reads modifiers that are to be pressed without a key: at most four, since each may occur once
+/// and fn is refused, which can't be pressed without a key.
 std::optional<Hotkey> modifierOnly(Words words) {
     auto modifiers = distinctModifiers(words);
     if (!modifiers || std::ranges::find(*modifiers, HotkeyModifier::fn) != modifiers->end())
         return std::nullopt;
     return Hotkey{.modifiers = *std::move(modifiers), .key = {}, .game = true};
+}
+
+bool isModifier(const std::string& word) {
+    return parseHotkeyModifier(word).has_value();
 }
 
 bool isShift(HotkeyModifier modifier) {
@@ -63,7 +69,7 @@ std::optional<Hotkey> Hotkey::parseArguments(std::span<const std::string> argume
 }
 
 std::optional<Hotkey> Hotkey::parseJson(std::string_view json, bool game) {
-    if (json.size() > longestJson)
+    if (json.size() > maxJson)
         return std::nullopt;
     const auto words = decodeJsonText<std::vector<std::string>>(json);
     return words ? parse(*words, game) : std::nullopt;
@@ -74,14 +80,12 @@ std::optional<Hotkey> Hotkey::parse(std::span<const std::string> words, bool gam
         return std::nullopt;
     std::vector<std::string> lowered;
     for (const std::string& word : words) {
-        if (Text::hasMoreCharactersThan(word, longestWord))
+        if (Text::hasMoreCharactersThan(word, maxWord))
             return std::nullopt;
         lowered.push_back(Text::lowercased(word));
     }
 
-    if (game && lowered.size() <= maxModifiers
-        && std::ranges::all_of(
-            lowered, [](const std::string& word) { return parseHotkeyModifier(word).has_value(); }))
+    if (game && std::ranges::all_of(lowered, isModifier))
         return modifierOnly(lowered);
 
     auto modifiers = distinctModifiers(Words(lowered).first(lowered.size() - 1));

@@ -15,50 +15,54 @@ namespace velmo {
 
 /// A key combination that the phone asks for, such as cmd+shift+4.
 ///
-/// In game mode a bare letter, or modifiers without any key, may be pressed as well; outside it
-/// they would let a typing request pass for a hot key.
+/// A game needs single letters, and modifiers without any key. Both are accepted in game mode only,
+/// because text could be typed with them past the checks of a `TypeTextRequest`.
 struct Hotkey {
     static constexpr std::size_t maxModifiers = 4;
 
-    /// The second argument that switches game mode on.
+    /// The second argument of a request for game mode.
     static constexpr std::string_view gameFlag = "game";
 
-    /// Names and codes of all keys; the groups below are parts of it.
+    /// The names and codes of all keys. The groups below are parts of it.
     static constexpr AnsiKeys ansiKeyCodes = ansiKeys;
     static constexpr AnsiKeys keys = ansiKeyCodes;
     static constexpr AnsiKeys letters = keys.first(26);
     static constexpr AnsiKeys digits = keys.subspan(26, 10);
     static constexpr AnsiKeys functionKeys = keys.subspan(36, 20);
     static constexpr AnsiKeys navigation = keys.subspan(56, 13);
+    static constexpr AnsiKeys arrows = navigation.first(4);
     static constexpr AnsiKeys punctuation = keys.last(11);
 
-    /// What may be pressed without a modifier, or with shift alone, outside game mode: function and
-    /// navigation keys.
+    /// The keys that may be pressed without a modifier, or with shift alone, even outside game
+    /// mode: function and navigation keys.
     static constexpr AnsiKeys standalone = keys.subspan(36, 33);
 
-    std::vector<HotkeyModifier> modifiers; ///< as written, none twice
-    std::string key;                       ///< a name in `keys`, or empty: modifiers only
+    std::vector<HotkeyModifier> modifiers; ///< in the order of the request, each once
+    std::string key;                       ///< a name in `keys`, or empty for modifiers only
     bool game = false;
 
-    /// The arguments of a request: a JSON array of words, and perhaps "game".
+    /// Reads the arguments of a request: a JSON array of words, and perhaps "game".
     static std::optional<Hotkey> parseArguments(std::span<const std::string> arguments);
 
-    /// A JSON array of texts, of at most 256 bytes.
+    /// Reads words from a JSON array of texts, of at most 256 bytes.
     static std::optional<Hotkey> parseJson(std::string_view json, bool game);
 
-    /// At most four modifiers and then one key, in any letter case, no modifier twice under
-    /// whatever name. Outside game mode a key that is not in `standalone` needs a modifier other
-    /// than shift. In game mode modifiers alone will do, at most four and fn not among them.
+    /// Reads words in any letter case: at most four modifiers, then one key. Absent if a word names
+    /// neither, or if two words name one modifier. Outside game mode a key that is not in
+    /// `standalone` needs a modifier other than shift. In game mode the key may be missing; then fn
+    /// is refused.
     static std::optional<Hotkey> parse(std::span<const std::string> words, bool game);
 
     [[nodiscard]] bool isModifierOnly() const { return key.empty(); }
 
-    /// A letter, a digit or punctuation: where it lies depends on the keyboard layout.
+    /// Tells whether the key is a letter, a digit or punctuation, whose place depends on the
+    /// keyboard layout.
     [[nodiscard]] bool typesCharacter() const;
 
-    /// The modifiers to hold when the layout has the character only under `layoutExtra` as well.
-    /// In game mode a bare key stays bare: it stands for a place on the keyboard. Nothing is left
-    /// out when it occurs in both.
+    /// Returns the modifiers to press: those of the hot key, and then `layoutExtra`, without which
+    /// the keyboard layout does not give the character (`LayoutKeySearch::Match::extra`). One that
+    /// is in both occurs twice. A bare key of game mode is pressed without any, since it stands for
+    /// a place on the keyboard, not for a character.
     [[nodiscard]] std::vector<HotkeyModifier>
     pressModifiers(std::span<const HotkeyModifier> layoutExtra) const;
 

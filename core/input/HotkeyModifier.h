@@ -8,13 +8,14 @@
 
 namespace velmo {
 
+/// A key that changes what other keys do while it is down.
 enum class HotkeyModifier { cmd, ctrl, alt, shift, fn };
 
 template<>
 inline constexpr auto rawTexts<HotkeyModifier> =
     std::to_array<std::string_view>({"cmd", "ctrl", "alt", "shift", "fn"});
 
-/// The virtual key code of the left one of its keys, as the platform's keyboard layouts number it.
+/// Returns the modifier's virtual key code; of two keys, that of the left one.
 constexpr std::uint16_t keyCode(HotkeyModifier modifier) {
     constexpr auto codes = std::to_array<std::uint16_t>({55, 59, 58, 56, 63});
     static_assert(codes.size() == allCases<HotkeyModifier>.size());
@@ -22,6 +23,7 @@ constexpr std::uint16_t keyCode(HotkeyModifier modifier) {
 }
 
 /// Reads a word that is in lower case already: a raw text, or "win" for cmd and "option" for alt.
+/// Absent if it names no modifier.
 constexpr std::optional<HotkeyModifier> parseHotkeyModifier(std::string_view word) {
     if (word == "win")
         return HotkeyModifier::cmd;

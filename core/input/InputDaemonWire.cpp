@@ -10,12 +10,12 @@ namespace velmo::InputDaemonWire {
 
 namespace {
 
-constexpr std::int64_t idLimit = std::int64_t{1} << 53; // what every JSON reader holds exactly
-constexpr std::size_t mostArguments = 4;
-constexpr std::size_t longestArgument = 16384;       // bytes
-constexpr std::size_t longestReleaseArgument = 1024; // bytes
-constexpr std::size_t mostReleasedKeys = 16;
-constexpr std::size_t longestError = 2000; // characters
+constexpr std::int64_t maxId = (std::int64_t{1} << 53) - 1; // every JSON reader reads it exactly
+constexpr std::size_t maxArguments = 4;                     // the verb is one of them
+constexpr std::size_t maxArgument = 16384;                  // bytes
+constexpr std::size_t maxReleaseArgument = 1024;            // bytes
+constexpr std::size_t maxReleasedKeys = 16;
+constexpr std::size_t maxError = 2000; // characters
 
 struct Ready {
     int protocol = protocolVersion;
@@ -37,10 +37,9 @@ struct Response {
 };
 
 bool isValid(const std::vector<std::string>& argv) {
-    return !argv.empty() && argv.size() <= mostArguments && Text::isOneOf(argv.front(), verbs)
-           && std::ranges::all_of(argv, [](const std::string& argument) {
-                  return argument.size() <= longestArgument;
-              });
+    return !argv.empty() && argv.size() <= maxArguments && Text::isOneOf(argv.front(), verbs)
+           && std::ranges::all_of(
+               argv, [](const std::string& argument) { return argument.size() <= maxArgument; });
 }
 
 } // namespace
@@ -51,7 +50,7 @@ std::optional<Request> parse(std::string_view line) {
     const auto document = JsonDocument::parse(line);
     const auto object = document.and_then(&JsonDocument::object);
     const auto id = object ? object->integer("id") : std::nullopt;
-    if (!id || *id < 1 || *id >= idLimit)
+    if (!id || *id < 1 || *id > maxId)
         return std::nullopt;
 
     auto request = decodeRecordExactly<Request>(*object);
@@ -65,10 +64,11 @@ std::string ready() {
 }
 
 std::string response(std::int64_t id, std::int32_t code, const std::optional<std::string>& error) {
-    Response answer{.id = id, .code = code, .error = {}};
-    if (error && code != 0)
-        answer.error = Text::prefix(*error, longestError);
-    return line(answer);
+    const bool tellsError = error && code != 0;
+    return line(Response{.id = id,
+                         .code = code,
+                         .error = tellsError ? std::optional(Text::prefix(*error, maxError))
+                                             : std::nullopt});
 }
 
 bool serves(const ControlCommand& command) {
@@ -89,10 +89,10 @@ std::optional<std::vector<std::string>> releaseKeys(std::span<const std::string>
         return std::nullopt;
     if (argv.size() < 2)
         return std::vector<std::string>();
-    if (argv[1].size() > longestReleaseArgument)
+    if (argv[1].size() > maxReleaseArgument)
         return std::nullopt;
     const auto names = decodeJsonText<std::vector<std::string>>(argv[1]);
-    if (!names || names->size() > mostReleasedKeys)
+    if (!names || names->size() > maxReleasedKeys)
         return std::nullopt;
     std::vector<std::string> keys;
     for (const std::string& name : *names) {

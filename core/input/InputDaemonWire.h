@@ -13,16 +13,16 @@
 #include <vector>
 
 /// The lines between the host and its input daemon, the process that posts the events. A request
-/// has an identifier and an argument vector; its answer bears the same identifier:
+/// has an identifier and an argument vector; its response has the same identifier:
 ///
 ///     {"argv":["hotkey","[\"cmd\",\"k\"]"],"id":7}        {"code":0,"id":7}
 ///
 /// | verb                      | arguments                                                       |
 /// |---------------------------|-----------------------------------------------------------------|
-/// | hotkey, key-down, key-up  | of `Hotkey::parseArguments`, for `KeyPhase` tap, down and up    |
+/// | hotkey, key-down, key-up  | of `Hotkey::parseArguments`; the `KeyPhase` is tap, down, up    |
 /// | type-text                 | a `TypeTextRequest`                                             |
 /// | mouse-click               | a `MouseClickRequest`                                           |
-/// | control                   | a `ControlCommand`, one that `serves`                           |
+/// | control                   | a `ControlCommand` that the daemon `serves`                     |
 /// | release-all               | none, or a JSON array of key names, see `releaseKeys`           |
 /// | ping                      | none                                                            |
 namespace velmo::InputDaemonWire {
@@ -36,8 +36,8 @@ inline constexpr auto verbs = std::to_array<std::string_view>(
 struct Request {
     std::int64_t id = 0; ///< 1...2^53-1
 
-    /// The verb and its arguments, which are not checked here. Absent for a request that is
-    /// invalid but has an identifier, so that it is owed an answer: one that tells of an error.
+    /// The verb and its arguments, which `parse` does not check. Absent if the request is invalid
+    /// but has an identifier: the daemon must respond to it with an error.
     std::optional<std::vector<std::string>> argv;
 
     static constexpr auto fields =
@@ -45,29 +45,31 @@ struct Request {
     bool operator==(const Request&) const = default;
 };
 
-/// Absent when not even an identifier can be read, an integer in a JSON object. A valid request has
-/// no third member, and 1 to 4 arguments of at most 16384 bytes each, the verb first.
+/// Reads a request line, a JSON object; absent if its identifier can't be read. A valid request has
+/// no third member, and in "argv" 1 to 4 texts of at most 16384 bytes, of which the first is a
+/// verb.
 std::optional<Request> parse(std::string_view line);
 
-/// What the daemon writes once, before it serves.
+/// Returns the line that the daemon writes once, before it reads requests.
 std::string ready();
 
-/// The answer to a request; a code of 0 means success and leaves no error text. The text is cut
-/// after 2000 characters.
+/// Returns the response to a request. A code of 0 means success; the error text is then left out.
+/// Otherwise it is cut after 2000 characters.
 std::string response(std::int64_t id, std::int32_t code,
                      const std::optional<std::string>& error = std::nullopt);
 
-/// Whether the input daemon performs the command: not locking, sleeping, shutting down, restarting.
+/// Tells whether the input daemon performs the command. It does not lock the Mac, let it sleep,
+/// shut it down or restart it.
 bool serves(const ControlCommand& command);
 
-/// The keys that a release-all request names, in lower case, in order, without those that are not
-/// in `Hotkey::keys`. None, whatever the reason, means everything that is held: a key that stays
-/// down is worse than one let go too early. Absent when the request is invalid: more than one
-/// argument, or one that is no JSON array of at most 16 texts in 1024 bytes.
+/// Returns the keys that a release-all request names, in its order, in lower case, without those
+/// that are not in `Hotkey::keys`. If none remains, every pressed key is to be released, because a
+/// key that stays down is worse than one released too early. Absent if the request is invalid: it
+/// has more than one argument, or one that is no JSON array of at most 16 texts in 1024 bytes.
 std::optional<std::vector<std::string>> releaseKeys(std::span<const std::string> argv);
 
-/// A record, or a map by text, as one JSON line with sorted keys, slashes plain, without a line
-/// feed; "{}" when it has no JSON form.
+/// Returns a record, or a map from text, as one line of JSON with sorted keys and plain slashes,
+/// without a line feed; "{}" if it has no JSON form.
 template<class T>
 std::string line(const T& object) {
     return encodeJson(object, Slashes::plain).value_or("{}");

@@ -10,9 +10,9 @@ namespace {
 
 using Decoded = std::optional<InputMessage>;
 
-constexpr std::int64_t farthestMove = 2048;
-constexpr std::int64_t mostZoomSteps = 8;
-constexpr std::size_t longestText = 1024;                 // UTF-16 units
+constexpr std::int64_t maxMotion = 2048;
+constexpr std::int64_t maxZoomSteps = 8;
+constexpr std::size_t maxText = 1024;                     // UTF-16 units
 constexpr std::int64_t maxTarget = 9'999'999'999'999'999; // sixteen digits
 
 /// The one message that may have no other member.
@@ -40,15 +40,15 @@ std::optional<std::string> target(const JsonObject& message) {
 
 template<class Motion>
 Decoded decodeMotion(const JsonObject& message) {
-    const auto dx = integerWithin(message, "dx", farthestMove);
-    const auto dy = integerWithin(message, "dy", farthestMove);
+    const auto dx = integerWithin(message, "dx", maxMotion);
+    const auto dy = integerWithin(message, "dy", maxMotion);
     if (!dx || !dy)
         return std::nullopt;
     return InputMessage{Motion{.dx = *dx, .dy = *dy}};
 }
 
 Decoded decodeZoom(const JsonObject& message) {
-    const auto steps = integerWithin(message, "steps", mostZoomSteps);
+    const auto steps = integerWithin(message, "steps", maxZoomSteps);
     if (!steps || *steps == 0)
         return std::nullopt;
     return InputMessage{InputMessage::Zoom{.steps = *steps}};
@@ -65,7 +65,7 @@ Decoded decodeButton(const JsonObject& message) {
 Decoded decodeText(const JsonObject& message) {
     const auto text = message.text("text");
     auto to = target(message);
-    if (!text || text->empty() || Text::utf16Length(*text) > longestText || !to)
+    if (!text || text->empty() || Text::utf16Length(*text) > maxText || !to)
         return std::nullopt;
     return InputMessage{InputMessage::Text{.text = std::string(*text), .target = *std::move(to)}};
 }

@@ -11,25 +11,25 @@
 
 namespace velmo {
 
-/// One line from the phone: continuous input of pointer and keyboard.
+/// One line of the phone's continuous input of pointer and keyboard.
 ///
-/// A line is a JSON object whose member "type" names the message. Members that a message does not
-/// have are ignored, but in a gesture, which may have no third one.
+/// A line is a JSON object whose member "type" names the message. Unknown members are ignored,
+/// except in a gesture, where they are refused.
 struct InputMessage {
-    struct Move { // "move"
-        std::int64_t dx = 0;
-        std::int64_t dy = 0;
+    struct Move {            // "move"
+        std::int64_t dx = 0; ///< -2048 to 2048
+        std::int64_t dy = 0; ///< -2048 to 2048
         bool operator==(const Move&) const = default;
     };
 
-    struct Scroll { // "scroll"
-        std::int64_t dx = 0;
-        std::int64_t dy = 0;
+    struct Scroll {          // "scroll"
+        std::int64_t dx = 0; ///< -2048 to 2048
+        std::int64_t dy = 0; ///< -2048 to 2048
         bool operator==(const Scroll&) const = default;
     };
 
     struct Zoom {               // "zoom"
-        std::int64_t steps = 0; ///< 1...8 either way
+        std::int64_t steps = 0; ///< -8 to 8, but not 0
         bool operator==(const Zoom&) const = default;
     };
 
@@ -39,16 +39,17 @@ struct InputMessage {
         bool operator==(const Button&) const = default;
     };
 
-    /// Unlike a `TypeTextRequest` it may hold control characters: whoever types it must drop them.
-    struct Text { // "text"
-        std::string text;
-        std::string target;
+    /// Unlike that of a `TypeTextRequest`, the text may contain control characters: whoever types
+    /// it must drop them.
+    struct Text {           // "text"
+        std::string text;   ///< 1 to 1024 UTF-16 units
+        std::string target; ///< 1 to 16 digits without a leading zero
         bool operator==(const Text&) const = default;
     };
 
-    struct Key {          // "key"
-        std::string name; ///< one of `keys`, which are not the names of `Hotkey::keys`
-        std::string target;
+    struct Key {            // "key"
+        std::string name;   ///< one of `keys`, which are not the names of `Hotkey::keys`
+        std::string target; ///< as in `Text`
         bool operator==(const Key&) const = default;
     };
 
@@ -75,9 +76,8 @@ struct InputMessage {
 
     Content content;
 
-    /// Absent for anything but one whole message within its limits: dx and dy from -2048 to 2048,
-    /// a text of 1 to 1024 UTF-16 units, a target of 1 to 16 digits without a leading zero; every
-    /// number an integer, every flag a boolean.
+    /// Returns the message of a line, or nothing if it is not one whole message within the limits
+    /// above. Every number is an integer and every flag a boolean.
     static std::optional<InputMessage> decode(std::string_view line);
 
     bool operator==(const InputMessage&) const = default;

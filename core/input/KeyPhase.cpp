@@ -37,7 +37,7 @@ std::vector<Step> steps(Phase phase, std::span<const HotkeyModifier> modifiers,
     if (key)
         post(*key, false);
     for (const HotkeyModifier modifier : own | std::views::reverse) {
-        // A modifier that was listed twice is let go at its first release.
+        // Its first release ends a modifier, even one that was listed twice.
         std::erase(held, modifier);
         post(keyCode(modifier), false);
     }

@@ -8,7 +8,7 @@ namespace velmo::LayoutKeySearch {
 
 namespace {
 
-/// Those modifiers of the state that the user did not ask for.
+/// Returns the modifiers of the state that the user did not ask for.
 std::vector<HotkeyModifier> extraModifiers(LayoutState state,
                                            std::span<const HotkeyModifier> userModifiers) {
     auto extra = state.modifiers();
@@ -18,7 +18,8 @@ std::vector<HotkeyModifier> extraModifiers(LayoutState state,
     return extra;
 }
 
-/// The form in which characters are compared: a layout may give one composed or in parts.
+/// Returns the form in which characters are compared. It is composed, because a layout may give
+/// "é" as one scalar or as two.
 std::string comparable(std::string_view character, bool caseMatters) {
     return Text::composed(caseMatters ? std::string(character) : Text::lowercased(character));
 }

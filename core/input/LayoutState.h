@@ -8,25 +8,25 @@
 
 namespace velmo {
 
-/// The modifiers under which a keyboard layout gives other characters: a set of two.
+/// A set of the two modifiers under which a keyboard layout gives other characters.
 struct LayoutState {
     static const LayoutState shift;
     static const LayoutState option;
 
-    /// None, shift, option, both.
+    /// The four states: none, shift, option, both.
     static const std::array<LayoutState, 4> searchOrder;
 
-    int rawValue = 0;
+    int rawValue = 0; ///< the bits of `shift` and `option`
 
     [[nodiscard]] constexpr bool contains(LayoutState other) const {
         return (rawValue & other.rawValue) == other.rawValue;
     }
 
-    /// shift before alt.
+    /// Returns the modifiers of the state, shift before alt.
     [[nodiscard]] std::vector<HotkeyModifier> modifiers() const;
 
-    /// The modifier state that the platform's key translation takes: the bits of its event
-    /// modifiers shift (0x200) and option (0x800), moved right by 8.
+    /// Returns the modifier state that the platform's key translation takes: the bits of its event
+    /// modifiers, shift (0x200) and option (0x800), moved right by 8.
     [[nodiscard]] std::uint32_t carbonModifierState() const;
 
     bool operator==(const LayoutState&) const = default;

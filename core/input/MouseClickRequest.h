@@ -16,18 +16,19 @@ struct MouseClickRequest {
     Button button = Button::left;
     std::int64_t count = 1;
 
-    /// Reads {"button":"left","count":2} of at most 256 bytes: the button as its raw text, the
-    /// count 1 or 2, an integer, and 1 when it is missing. Absent when any other member is there.
+    /// Reads {"button":"left","count":2} of at most 256 bytes. The button is a raw text; the count
+    /// is the integer 1 or 2, and 1 if it is missing. Any other member is refused.
     static std::optional<MouseClickRequest> parse(std::string_view json);
 
     struct Step {
         bool down = false;
-        std::int64_t clickState = 1; ///< by which the system knows a first click from a second
+        std::int64_t clickState = 1; ///< tells the system a first click from a second
 
         bool operator==(const Step&) const = default;
     };
 
-    /// Down and up for each click. Any positive count is planned, also one that `parse` refuses.
+    /// Returns the events to post: down and up for each click. A count above 2 is planned too,
+    /// though `parse` refuses it; one below 1 gives no events.
     [[nodiscard]] std::vector<Step> steps() const;
 
     static constexpr auto fields =

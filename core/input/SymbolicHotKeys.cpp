@@ -12,25 +12,21 @@ namespace {
 
 constexpr std::uint64_t pressableModifiers =
     EventFlags::shift | EventFlags::control | EventFlags::option | EventFlags::command;
-constexpr std::uint64_t arrowFlags = EventFlags::numericPad | EventFlags::secondaryFn;
-constexpr std::uint64_t keptFlags = pressableModifiers | arrowFlags;
 
-constexpr std::int64_t highestKeyCode = 127;
-constexpr std::int64_t firstArrow = 123;
-constexpr std::int64_t lastArrow = 126;
+/// Caps lock, help and the bits that tell a left key from a right one are dropped.
+constexpr std::uint64_t keptFlags = pressableModifiers | EventFlags::arrow;
 
-// What is left out are caps lock, help and the bits that tell a left key from a right one.
-static_assert(pressableModifiers == 0x1E0000 && keptFlags == 0xBE0000);
+constexpr std::int64_t maxKeyCode = 127;
 
-bool isExplicitOnly(int number) {
+constexpr bool isExplicitOnly(int number) {
     return std::ranges::find(explicitOnly, number) != std::end(explicitOnly);
 }
 
+static_assert(std::ranges::none_of(defaults, isExplicitOnly, &Default::number));
+
 std::optional<HotKey> fallback(int number) {
     const Default* found = std::ranges::find(defaults, number, &Default::number);
-    if (isExplicitOnly(number) || found == std::end(defaults))
-        return std::nullopt;
-    return found->hotKey;
+    return found == std::end(defaults) ? std::nullopt : std::optional(found->hotKey);
 }
 
 struct Parameters {
@@ -52,14 +48,14 @@ std::optional<Parameters> parameters(const Value& choice) {
 
 std::optional<HotKey> pressable(const Parameters& chosen) {
     const auto [keyCode, mask] = chosen;
-    if (keyCode < 0 || keyCode > highestKeyCode || mask < 0)
+    if (keyCode < 0 || keyCode > maxKeyCode || mask < 0)
         return std::nullopt;
     auto flags = static_cast<std::uint64_t>(mask);
     if ((flags & pressableModifiers) == 0 && !hasKeyCode(Hotkey::functionKeys, keyCode))
         return std::nullopt;
     flags &= keptFlags;
-    if (keyCode >= firstArrow && keyCode <= lastArrow)
-        flags |= arrowFlags;
+    if (hasKeyCode(Hotkey::arrows, keyCode))
+        flags |= EventFlags::arrow;
     return HotKey{.keyCode = static_cast<std::uint16_t>(keyCode), .flags = flags};
 }
 

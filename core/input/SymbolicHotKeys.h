@@ -1,45 +1,77 @@
 #pragma once
 
-#include "core/input/GestureAction.h"
+#include "core/input/AnsiKey.h"
+#include "core/input/EventFlags.h"
 #include "core/support/Value.h"
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 /// The keyboard shortcuts that the user's preferences assign to functions of the desktop. The
-/// preferences are a dictionary by the decimal text of a shortcut's number:
+/// preferences are a dictionary whose keys are the decimal texts of the shortcuts' numbers:
 ///
 ///     "32": {"enabled": true, "value": {"type": "standard", "parameters": [65535, 126, 8650752]}}
 ///
-/// The parameters are a character (unused here), a virtual key code and a mask of `EventFlags`.
+/// The parameters are a character, which nobody reads here, a virtual key code and a mask of
+/// `EventFlags`.
 namespace velmo::SymbolicHotKeys {
+
+/// A key to press and the modifiers to press it with.
+struct HotKey {
+    std::uint16_t keyCode = 0; ///< virtual key code
+    std::uint64_t flags = 0;   ///< `EventFlags`
+
+    bool operator==(const HotKey&) const = default;
+};
+
+/// The numbers under which the preferences keep the shortcuts that gestures need.
+namespace Number {
+
+inline constexpr int missionControl = 32;
+inline constexpr int appWindows = 33;
+inline constexpr int showDesktop = 36;
+inline constexpr int search = 64;
+inline constexpr int lookUp = 70;
+inline constexpr int spacePrevious = 79;
+inline constexpr int spaceNext = 81;
+inline constexpr int apps = 160;
+inline constexpr int notificationCenter = 163;
+
+} // namespace Number
 
 struct Default {
     int number;
     HotKey hotKey;
 };
 
-/// What the system does when the preferences say nothing. 32 is Mission Control, 33 application
-/// windows, 36 show desktop, 64 the search that `apps` falls back to, 79 and 81 the previous and
-/// the next space.
+/// Returns the shortcut of control and an arrow key.
+consteval HotKey controlAnd(std::string_view arrow) {
+    return {.keyCode = ansiKeyCode(arrow), .flags = EventFlags::control | EventFlags::arrow};
+}
+
+/// The shortcuts that the system has from the start.
 inline constexpr Default defaults[] = {
-    {.number = 32, .hotKey = {.keyCode = 126, .flags = 0xA40000}},
-    {.number = 33, .hotKey = {.keyCode = 125, .flags = 0xA40000}},
-    {.number = 36, .hotKey = {.keyCode = 103, .flags = 0x800000}},
-    {.number = 64, .hotKey = {.keyCode = 49, .flags = 0x100000}},
-    {.number = 79, .hotKey = {.keyCode = 123, .flags = 0xA40000}},
-    {.number = 81, .hotKey = {.keyCode = 124, .flags = 0xA40000}},
+    {.number = Number::missionControl, .hotKey = controlAnd("up")},
+    {.number = Number::appWindows, .hotKey = controlAnd("down")},
+    {.number = Number::showDesktop,
+     .hotKey = {.keyCode = ansiKeyCode("f11"), .flags = EventFlags::secondaryFn}},
+    {.number = Number::search,
+     .hotKey = {.keyCode = ansiKeyCode("space"), .flags = EventFlags::command}},
+    {.number = Number::spacePrevious, .hotKey = controlAnd("left")},
+    {.number = Number::spaceNext, .hotKey = controlAnd("right")},
 };
 
-/// Shortcuts that count only when the preferences switch them on: 70 looks a word up.
-inline constexpr int explicitOnly[] = {70};
+/// The shortcuts that count only if the preferences switch them on. They have no default.
+inline constexpr int explicitOnly[] = {Number::lookUp};
 
-/// The shortcut to press. Where the preferences (null: there are none) have no entry, or one that
-/// can't be read, it is the default, if there is one; where the user switched it off, or chose
-/// something that can't be pressed, such as a key without modifiers, it is absent.
+/// Returns the shortcut to press. It is the default of that number, if there is one, where the
+/// preferences have no readable entry for it or are missing (null). It is absent where the user
+/// switched the shortcut off or chose something that can't be pressed, such as a letter without
+/// modifiers.
 std::optional<HotKey> resolve(int number, const Value::Dictionary* preferences);
 
-/// `Value::number` of a value that may be missing.
+/// Returns `Value::number` of a value that may be missing (null).
 inline std::optional<std::int64_t> number(const Value* value) {
     return value == nullptr ? std::nullopt : value->number();
 }

@@ -6,8 +6,10 @@ namespace velmo::TextChunks {
 
 namespace {
 
-/// Most of what is typed needs no closer look: in ASCII only CR LF is one character of two, and
-/// what follows ASCII in ASCII joins nothing else to it.
+/// Tells whether the first chunk is `limit` ASCII bytes, as in most texts, so that no character
+/// boundaries need to be looked up. The byte behind them is looked at too: if it is not ASCII, it
+/// may begin a combining character, which belongs to the last letter. Between ASCII bytes, CR LF is
+/// the only pair that is one character.
 bool beginsWithAWholeAsciiChunk(std::string_view text) {
     return text.size() > limit && Text::isAscii(text.substr(0, limit + 1))
            && text[limit - 1] != '\r';
@@ -19,9 +21,9 @@ std::vector<std::string> split(std::string_view text) {
     const std::string valid = Text::repaired(text);
     std::vector<std::string> chunks;
     chunks.reserve(valid.size() / limit + 1);
-    std::string_view rest = valid; // what no chunk has yet
-    std::size_t bytes = 0;         // of the chunk at its front
-    std::size_t units = 0;
+    std::string_view rest = valid; // begins with the chunk that is being filled
+    std::size_t bytes = 0;         // of that chunk
+    std::size_t units = 0;         // of that chunk, UTF-16
     while (bytes < rest.size()) {
         if (bytes == 0 && beginsWithAWholeAsciiChunk(rest)) {
             chunks.emplace_back(rest.substr(0, limit));

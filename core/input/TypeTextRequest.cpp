@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t maxJson = 8192; // bytes
 constexpr std::size_t maxText = 500;  // UTF-16 units
 
-/// A test of bytes is enough: none of a longer UTF-8 sequence is below 128.
+/// It is enough to look at bytes: in UTF-8, one below 128 is always a character of its own.
 bool isForbidden(char c) {
     const auto byte = static_cast<unsigned char>(c);
     return (byte < 0x20 && c != '\t' && c != '\n' && c != '\r') || byte == 0x7F;

@@ -13,9 +13,9 @@ struct TypeTextRequest {
     std::string text;
     bool enter = false; ///< press Return afterwards
 
-    /// Reads {"text":"hi","enter":true} of at most 8192 bytes: a text of 1 to 500 UTF-16 units in
-    /// which tab, line feed and carriage return are the only characters below U+0020, and no
-    /// U+007F; "enter" a boolean, false when it is missing. Absent when any other member is there.
+    /// Reads {"text":"hi","enter":true} of at most 8192 bytes. The text has 1 to 500 UTF-16 units
+    /// and no control characters below U+0080 but tab, line feed and carriage return; "enter" is a
+    /// boolean, and false if it is missing. Any other member is refused.
     static std::optional<TypeTextRequest> parse(std::string_view json);
 
     static constexpr auto fields = std::tuple{field("text", &TypeTextRequest::text),

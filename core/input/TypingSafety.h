@@ -5,30 +5,32 @@
 #include <string>
 #include <string_view>
 
-/// Whether it is safe to type into what has the keyboard focus: never into a password field, never
-/// blindly.
+/// Decides whether it is safe to type into what has the keyboard focus: never into a password
+/// field, and never without knowing what it is.
 namespace velmo::TypingSafety {
 
 enum class Verdict { allowed, passwordField, unknownFocus };
 using enum Verdict;
 
-/// What accessibility tells of the focused element.
+/// What the platform's accessibility service tells of the focused element.
 struct Focus {
     std::string role;
     std::string subrole;        ///< may be empty
-    bool caretSettable = false; ///< its insertion point can be moved, so that it holds text
+    bool caretSettable = false; ///< its insertion point can be moved, so it is a text
 
     bool operator==(const Focus&) const = default;
 };
 
+/// The roles of elements whose text can be edited.
 inline constexpr auto textRoles =
     std::to_array<std::string_view>({"AXTextField", "AXTextArea", "AXComboBox", "AXSearchField"});
 
-/// Only `allowed` lets typing proceed. Secure input (an application protects what is typed) is
-/// `passwordField` whatever has the focus; so is a secure field. A focus that could not be read
-/// (absent), or that does not look like text, is `unknownFocus`.
+/// Returns `passwordField` if secure input is on, which means that some application protects what
+/// is typed, whatever has the focus; and if the focus is a secure field. It returns `unknownFocus`
+/// if the focus could not be read (absent) or is no editable text. Only `allowed` permits typing.
 Verdict decide(bool secureInput, const std::optional<Focus>& focus);
 
+/// What the phone is told of the focus.
 struct Flags {
     bool editable = false;
     bool password = false;
@@ -36,7 +38,7 @@ struct Flags {
     bool operator==(const Flags&) const = default;
 };
 
-/// The same facts for the phone to show. These are not a permission: under secure input every
+/// Returns the same facts for the phone to show. They are no permission: under secure input every
 /// focus that could be read counts as editable, even a button.
 Flags focusFlags(bool secureInput, const std::optional<Focus>& focus);
 

@@ -10,10 +10,10 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t longestAddress = 2048; // bytes
-constexpr std::size_t longestBundleId = 200;
+constexpr std::size_t maxAddress = 2048; // bytes
+constexpr std::size_t maxBundleId = 200; // characters
 
-/// A user part that is there but empty ("https://@host") is refused with the others.
+/// An empty user name counts as one: "https://@host" is refused.
 bool isPlainWebAddress(const Uri& uri) {
     const std::string scheme = Text::lowercased(uri.scheme);
     return (scheme == "http" || scheme == "https") && !uri.host.empty() && !uri.userInfo;
@@ -22,7 +22,7 @@ bool isPlainWebAddress(const Uri& uri) {
 } // namespace
 
 std::optional<WebURL> WebURL::parse(std::optional<std::string_view> text) {
-    if (!text || text->empty() || text->size() > longestAddress
+    if (!text || text->empty() || text->size() > maxAddress
         || std::ranges::any_of(*text, Ascii::isSpaceOrControl))
         return std::nullopt;
     const auto uri = Uri::parse(*text);
@@ -32,7 +32,7 @@ std::optional<WebURL> WebURL::parse(std::optional<std::string_view> text) {
 }
 
 bool WebURL::isBundleId(std::optional<std::string_view> text) {
-    return text && !text->empty() && text->size() <= longestBundleId
+    return text && !text->empty() && text->size() <= maxBundleId
            && Ascii::isLetterOrDigit(text->front()) && Ascii::isMadeOfLettersDigitsAnd(".-", *text);
 }
 

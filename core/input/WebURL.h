@@ -8,16 +8,15 @@ namespace velmo {
 
 /// An address that the phone may have opened on the host.
 struct WebURL {
-    std::string text; ///< as it came
+    std::string text; ///< exactly as it was given
 
-    /// An absolute http or https address in the strict grammar of RFC 3986, of at most 2048 bytes,
-    /// with a host and without user name and password. What browsers would repair is refused:
-    /// blanks, control characters, backslashes, anything that is not ASCII, any "@" before the
-    /// path.
+    /// Reads an absolute http or https address of at most 2048 bytes in the strict grammar of RFC
+    /// 3986, with a host and without user name and password. Anything that browsers would repair is
+    /// refused: blanks, control characters, backslashes, characters beyond ASCII.
     static std::optional<WebURL> parse(std::optional<std::string_view> text);
 
-    /// Whether the text can be the identifier of an application bundle: 1 to 200 ASCII letters,
-    /// digits, dots and hyphens, a letter or digit first.
+    /// Tells whether the text can be the identifier of an application bundle: 1 to 200 ASCII
+    /// letters, digits, dots and hyphens, a letter or digit first.
     static bool isBundleId(std::optional<std::string_view> text);
 
     bool operator==(const WebURL&) const = default;

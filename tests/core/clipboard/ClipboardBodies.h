@@ -1,37 +1,32 @@
 #pragma once
 
 #include "core/support/Base64.h"
-#include "core/support/Text.h"
+#include "tests/Texts.h"
 
-#include <string>
-#include <string_view>
+#include <algorithm>
 
 namespace velmo {
 
 inline constexpr std::size_t mebibyte = 1048576;
 
+/// The head of a PNG image of 16384 times 3906 pixels, and bytes of no meaning behind it.
 inline Bytes image(std::size_t length) {
     using namespace std::string_view_literals;
     constexpr std::string_view head = "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\x40\0\0\0\x0F\x42"sv;
     Bytes data(length);
     for (std::size_t i = 0; i < length; ++i)
-        data[i] = i < head.size() ? static_cast<std::uint8_t>(head[i])
-                                  : static_cast<std::uint8_t>(i * i >> 3U);
+        data[i] = static_cast<std::uint8_t>(i * i >> 3U);
+    std::copy_n(head.begin(), std::min(length, head.size()), data.begin());
     return data;
 }
 
-inline std::string imageBody(ByteView data, bool escapeSlashes = false) {
-    std::string text = Base64::encode(data);
-    if (escapeSlashes)
-        text = Text::replacedAll(text, "/", "\\/");
+inline std::string imageBody(ByteView data, std::string_view slash = "/") {
+    const std::string text = Text::replacedAll(Base64::encode(data), "/", slash);
     return R"({"concealed":true,"png":")" + text + "\"}";
 }
 
-inline std::string textBody(std::string_view part, std::size_t times, std::string_view rest = "") {
-    std::string body = R"({"text":")";
-    for (std::size_t i = 0; i < times; ++i)
-        body += part;
-    return body.append(rest).append("\"}");
+inline std::string textBody(const std::string& text) {
+    return R"({"text":")" + text + "\"}";
 }
 
 } // namespace velmo

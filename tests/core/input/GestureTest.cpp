@@ -1,97 +1,176 @@
 #include "core/input/GestureDebounce.h"
 #include "core/input/GesturePlan.h"
+#include "core/input/Hotkey.h"
 #include "tests/Texts.h"
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <sstream>
 
 namespace velmo {
 namespace {
 
+using Array = Value::Array;
 using Dictionary = Value::Dictionary;
+using SymbolicHotKeys::HotKey;
+
+constexpr int missionControl = 32;
+constexpr int lookUp = 70;
+const HotKey controlUp{.keyCode = 126, .flags = 0xA40000};
+
+Value choice(Value parameters, Value type = "standard") {
+    return Dictionary{{"parameters", std::move(parameters)}, {"type", std::move(type)}};
+}
+
+/// A shortcut that can be pressed, if it counts.
+Value entry(Value enabled, Value type = "standard") {
+    return Dictionary{{"enabled", std::move(enabled)},
+                      {"value", choice(Array{65535, 5, 0x100000}, std::move(type))}};
+}
+
+std::optional<HotKey> resolved(int number, Value entry) {
+    const Dictionary preferences{{std::to_string(number), std::move(entry)}};
+    return SymbolicHotKeys::resolve(number, &preferences);
+}
+
+TEST(SymbolicHotKeys, WithoutAReadableEntryTheDefaultCounts) {
+    Array entries{"text", Array{}, Dictionary{}, Dictionary{{"enabled", true}}};
+    for (const Value& value :
+         {Value("text"), choice(Array{65535, 126}, "button"), choice(Array{65535, 126, 262144, 0}),
+          choice(Array{65535, "126", 262144}), choice(Array{Value(), 126, 262144}),
+          choice(Array{65535, 126, 0x1p63}), choice("65535")})
+        entries.emplace_back(Dictionary{{"value", value}});
+    for (const Value& entry : entries) {
+        SCOPED_TRACE(&entry - entries.data());
+        EXPECT_EQ(resolved(missionControl, entry), controlUp);
+        EXPECT_FALSE(resolved(lookUp, entry));
+    }
+    const Dictionary others{{"33", Dictionary{{"enabled", 0}}}, {"032", Dictionary{}}};
+    EXPECT_EQ(SymbolicHotKeys::resolve(missionControl, &others), controlUp);
+    const std::set<int> withDefault{32, 33, 36, 64, 79, 81};
+    for (int number = -1; number < 256; ++number)
+        EXPECT_EQ(SymbolicHotKeys::resolve(number, nullptr).has_value(),
+                  withDefault.contains(number))
+            << number;
+}
+
+TEST(SymbolicHotKeys, WhatTheUserSwitchedOffHasNoDefault) {
+    for (const Value& off : {Value(0), Value(false), Value(0.5)}) {
+        EXPECT_FALSE(resolved(missionControl, Dictionary{{"enabled", off}}));
+        EXPECT_FALSE(resolved(missionControl, entry(off)));
+    }
+    for (const Value& type : {Value("button"), Value("Standard"), Value(1), Value()})
+        EXPECT_FALSE(resolved(missionControl, entry(true, type)));
+}
+
+TEST(SymbolicHotKeys, LookUpCountsOnlyIfSwitchedOn) {
+    for (const Value& on : {Value(1), Value(true), Value(1.0)})
+        EXPECT_TRUE(resolved(lookUp, entry(on)));
+    for (const Value& unclear : {Value(7), Value(-1), Value("1"), Value(std::nan("")), Value()}) {
+        EXPECT_TRUE(resolved(missionControl, entry(unclear)));
+        EXPECT_FALSE(resolved(lookUp, entry(unclear)));
+    }
+}
+
+TEST(SymbolicHotKeys, OnlyKeysThatCanBePressedCount) {
+    const auto pressed = [](Value code, Value mask) {
+        return resolved(160, Dictionary{{"value", choice(Array{97, code, mask})}});
+    };
+    for (int code = 0; code <= 127; ++code) {
+        const bool isArrow = code >= 123 && code <= 126;
+        EXPECT_EQ(pressed(code, 0).has_value(), hasKeyCode(Hotkey::functionKeys, code)) << code;
+        EXPECT_EQ(pressed(code, 0x20000).value().flags, isArrow ? 0xA20000U : 0x20000U) << code;
+    }
+    for (const Value& code : {Value(-1), Value(128), Value(65536), Value(INT64_MAX)})
+        EXPECT_FALSE(pressed(code, 0x20000));
+    for (unsigned bit = 0; bit < 63; ++bit) {
+        const std::uint64_t mask = std::uint64_t{1} << bit;
+        EXPECT_EQ(pressed(0, mask).has_value(), (mask & 0x1E0000) != 0) << bit;
+        EXPECT_EQ(pressed(122, mask).value().flags, mask & 0xBE0000) << bit;
+    }
+    for (const Value& mask : {Value(-1), Value(INT64_MIN)})
+        EXPECT_FALSE(pressed(0, mask));
+    EXPECT_EQ(pressed(1.9, INT64_MAX), (HotKey{.keyCode = 1, .flags = 0xBE0000}));
+    EXPECT_FALSE(resolved(missionControl, Dictionary{{"value", choice(Array{97, 0, 0})}}));
+    EXPECT_FALSE(SymbolicHotKeys::number(nullptr));
+}
 
 const std::string missionControlApp = "/System/Applications/Mission Control.app";
 const std::string launchpadApp = "/System/Applications/Launchpad.app";
 const std::string appsApp = "/System/Applications/Apps.app";
+const Strings allApps{missionControlApp, launchpadApp, appsApp};
 
-GesturePlan::Exists diskWith(const Strings& applications) {
-    return [applications](std::string_view path) {
+/// "126:a40000" for a hot key, a path and its arguments, "clock" or "nothing".
+std::string planned(Gesture gesture, const Dictionary* preferences, const Strings& installed) {
+    const auto action = GesturePlan::action(gesture, preferences, [&](std::string_view path) {
         EXPECT_NE(path, "/Applications");
-        return std::ranges::find(applications, path) != applications.end();
-    };
+        return std::ranges::find(installed, path) != installed.end();
+    });
+    std::ostringstream text;
+    if (const auto* key = std::get_if<HotKey>(&action)) {
+        text << key->keyCode << ':' << std::hex << key->flags;
+    } else if (const auto* opened = std::get_if<OpenAction>(&action)) {
+        text << opened->path;
+        for (const std::string& argument : opened->arguments)
+            text << ' ' << argument;
+    } else {
+        text << (std::holds_alternative<NoAction>(action) ? "nothing" : "clock");
+    }
+    return text.str();
 }
 
-const GesturePlan::Exists emptyDisk = diskWith({});
-const GesturePlan::Exists fullDisk = diskWith({missionControlApp, launchpadApp, appsApp});
-
-const Value off = Dictionary{{"enabled", false}};
-
-/// A shortcut by which it can be recognised.
-Value shortcutWith(int keyCode) {
-    return Dictionary{
-        {"enabled", true},
-        {"value",
-         Dictionary{{"type", "standard"}, {"parameters", Value::Array{65535, keyCode, 0x100000}}}}};
-}
-
-GestureAction hotKey(std::uint16_t code) {
-    return HotKey{code, 0x100000};
-}
-
-TEST(GesturePlan, PrefersTheShortcutThenTheApplication) {
+TEST(GesturePlan, PrefersTheShortcutThenTheApplicationThenTheLastResort) {
     struct Case {
         Gesture gesture;
-        std::string shortcut; ///< its number in the preferences
-        GestureAction otherwise;
-        GestureAction lastResort;
-        GestureAction unchanged; ///< the system's own shortcut, without preferences
+        int number;                      ///< of its shortcut
+        std::string unset;               ///< without preferences
+        std::string withApp = "nothing"; ///< with the shortcut switched off
+        std::string bare = "nothing";    ///< and nothing installed
     };
 
-    const NoAction no;
-    const PressClockAction clock;
+    using enum Gesture;
+    const std::string& app = missionControlApp;
     const Case cases[] = {
-        {Gesture::missionControl, "32", OpenAction{missionControlApp, {}}, no,
-         HotKey{126, 0xA40000}},
-        {Gesture::appWindows, "33", OpenAction{missionControlApp, {"2"}}, no,
-         HotKey{125, 0xA40000}},
-        {Gesture::spaceNext, "81", no, no, HotKey{124, 0xA40000}},
-        {Gesture::spacePrevious, "79", no, no, HotKey{123, 0xA40000}},
-        {Gesture::showDesktop, "36", OpenAction{missionControlApp, {"1"}}, no,
-         HotKey{103, 0x800000}},
-        {Gesture::lookUp, "70", no, no, no},
-        {Gesture::notificationCenter, "163", clock, clock, clock},
+        {.gesture = Gesture::missionControl, .number = 32, .unset = "126:a40000", .withApp = app},
+        {.gesture = appWindows, .number = 33, .unset = "125:a40000", .withApp = app + " 2"},
+        {.gesture = showDesktop, .number = 36, .unset = "103:800000", .withApp = app + " 1"},
+        {.gesture = spaceNext, .number = 81, .unset = "124:a40000"},
+        {.gesture = spacePrevious, .number = 79, .unset = "123:a40000"},
+        {.gesture = Gesture::lookUp, .number = 70, .unset = "nothing"},
+        {.gesture = notificationCenter,
+         .number = 163,
+         .unset = "clock",
+         .withApp = "clock",
+         .bare = "clock"},
     };
-    for (const auto& [gesture, number, otherwise, lastResort, unchanged] : cases) {
-        const Dictionary on{{number, shortcutWith(5)}};
-        const Dictionary disabled{{number, off}};
-        EXPECT_EQ(GesturePlan::action(gesture, &on, fullDisk), hotKey(5)) << number;
-        EXPECT_EQ(GesturePlan::action(gesture, &disabled, fullDisk), otherwise) << number;
-        EXPECT_EQ(GesturePlan::action(gesture, &disabled, emptyDisk), lastResort) << number;
-        EXPECT_EQ(GesturePlan::action(gesture, nullptr, emptyDisk), unchanged) << number;
+    for (const auto& [gesture, number, unset, withApp, bare] : cases) {
+        const Dictionary on{{std::to_string(number), entry(true)}};
+        const Dictionary disabled{{std::to_string(number), entry(false)}};
+        EXPECT_EQ(planned(gesture, &on, allApps), "5:100000") << number;
+        EXPECT_EQ(planned(gesture, nullptr, allApps), unset) << number;
+        EXPECT_EQ(planned(gesture, &disabled, allApps), withApp) << number;
+        EXPECT_EQ(planned(gesture, &disabled, {}), bare) << number;
     }
 }
 
 TEST(GesturePlan, AppsPrefersTheApplicationThenTheShortcuts) {
-    const Dictionary both{{"160", shortcutWith(6)}, {"64", shortcutWith(7)}};
-    const Dictionary second{{"160", off}, {"64", shortcutWith(7)}};
-    const Dictionary none{{"64", off}};
-    const auto apps = [](const Dictionary* hotKeys, const GesturePlan::Exists& exists) {
-        return GesturePlan::action(Gesture::apps, hotKeys, exists);
-    };
-    EXPECT_EQ(apps(&both, fullDisk), GestureAction(OpenAction{appsApp, {}}));
-    EXPECT_EQ(apps(&both, diskWith({missionControlApp, launchpadApp})),
-              GestureAction(OpenAction{launchpadApp, {}}));
-    EXPECT_EQ(apps(&both, diskWith({missionControlApp})), hotKey(6));
-    EXPECT_EQ(apps(&second, emptyDisk), hotKey(7));
-    EXPECT_EQ(apps(&none, emptyDisk), GestureAction(OpenAction{"/Applications", {}}));
-    EXPECT_EQ(apps(nullptr, emptyDisk), hotKey(49));
+    const Value first = Dictionary{{"value", choice(Array{65535, 6, 0x100000})}};
+    const Dictionary both{{"160", first}, {"64", entry(true)}};
+    const Dictionary second{{"160", entry(false)}, {"64", entry(true)}};
+    const Dictionary none{{"64", entry(false)}};
+    EXPECT_EQ(planned(Gesture::apps, &both, allApps), appsApp);
+    EXPECT_EQ(planned(Gesture::apps, &both, {missionControlApp, launchpadApp}), launchpadApp);
+    EXPECT_EQ(planned(Gesture::apps, &both, {missionControlApp}), "6:100000");
+    EXPECT_EQ(planned(Gesture::apps, &second, {}), "5:100000");
+    EXPECT_EQ(planned(Gesture::apps, &none, {}), "/Applications");
+    EXPECT_EQ(planned(Gesture::apps, nullptr, {}), "49:100000");
 }
 
 TEST(GestureDebounce, DropsGesturesThatComeTooFast) {
-    const std::pair<double, bool> calls[] = {{std::nan(""), false}, {-1000, true},   {100, true},
-                                             {100.1, false},        {100.49, false}, {100.5, true},
-                                             {100.75, false},       {90, false},     {101, true},
-                                             {std::nan(""), false}, {HUGE_VAL, true}};
+    const std::pair<double, bool> calls[] = {
+        {std::nan(""), false}, {-1000, true}, {100, true}, {100.49, false},       {100.5, true},
+        {100.75, false},       {90, false},   {101, true}, {std::nan(""), false}, {HUGE_VAL, true}};
     GestureDebounce debounce{.interval = 0.5};
     for (const auto& [now, accepted] : calls)
         EXPECT_EQ(debounce.accept(now), accepted) << now;

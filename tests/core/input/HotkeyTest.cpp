@@ -1,51 +1,47 @@
-#include "core/input/Hotkey.h"
-
+#include "core/input/HeldKeys.h"
+#include "core/input/KeyPhase.h"
 #include "tests/Texts.h"
 
 #include <gmock/gmock.h>
+
+#include <set>
 
 namespace velmo {
 namespace {
 
 using enum HotkeyModifier;
-using testing::ElementsAre;
 using Modifiers = std::vector<HotkeyModifier>;
 
-/// Key codes in the order of the keyboard, which is not that of the table.
+/// "cmd+shift+k", "shift+" for a modifier alone, "none" for no hot key.
+std::string spelt(const std::optional<Hotkey>& hotkey) {
+    if (!hotkey)
+        return "none";
+    std::string text;
+    for (const HotkeyModifier modifier : hotkey->modifiers)
+        text.append(rawText(modifier)).append("+");
+    return text + hotkey->key;
+}
+
+/// The keys by their codes, from 0 on; "_" is no key.
+const Strings keyboard = words(R"(
+    a s d f h g z x c v _ b q w e r y t 1 2 3 4 6 5 = 9 7 - 8 0 ] o u [ i p enter l j ' k ; \
+    , / n m . tab space ` backspace _ escape _ cmd shift _ alt ctrl _ _ _ fn
+    f17 _ _ _ _ _ _ _ _ _ _ _ _ _ _ f18 f19 _ _ _ _ _ _ _ _ _ f20 _ _ _ _ _
+    f5 f6 f7 f3 f8 f9 _ f11 _ f13 f16 f14 _ f10 _ f12 _
+    f15 _ home pageup delete f4 end f2 pagedown f1 left right down up)");
+
 TEST(Hotkey, EveryKeyHasTheCodeOfItsPlaceOnAUsKeyboard) {
-    const std::pair<std::uint16_t, const char*> runs[] = {
-        {0, "a s d f h g z x c v"},
-        {11, "b q w e r y t"},
-        {18, "1 2 3 4 6 5 = 9 7 - 8 0 ]"},
-        {31, "o u [ i p enter l j ' k ; \\"},
-        {43, ", / n m . tab space ` backspace"},
-        {53, "escape"},
-        {64, "f17"},
-        {79, "f18 f19"},
-        {90, "f20"},
-        {96, "f5 f6 f7 f3 f8 f9"},
-        {103, "f11"},
-        {105, "f13 f16 f14"},
-        {109, "f10"},
-        {111, "f12"},
-        {113, "f15"},
-        {115, "home pageup delete f4 end f2 pagedown f1 left right down up"}};
-    std::size_t known = 0;
-    for (const auto& [first, names] : runs) {
-        std::uint16_t code = first;
-        for (const std::string& name : words(names)) {
+    for (std::size_t code = 0; code < keyboard.size(); ++code) {
+        const std::string& name = keyboard[code];
+        if (const auto modifier = fromRawText<HotkeyModifier>(name)) {
+            EXPECT_EQ(keyCode(*modifier), code) << name;
+        } else if (name != "_") {
             const AnsiKey* key = findKey(Hotkey::ansiKeyCodes, name);
             ASSERT_NE(key, nullptr) << name;
             EXPECT_EQ(key->code, code) << name;
-            ++code;
-            ++known;
         }
     }
-    EXPECT_EQ(known, Hotkey::keys.size());
-    const std::pair<HotkeyModifier, int> modifiers[] = {
-        {cmd, 55}, {ctrl, 59}, {alt, 58}, {shift, 56}, {fn, 63}};
-    for (const auto& [modifier, code] : modifiers)
-        EXPECT_EQ(keyCode(modifier), code) << rawText(modifier);
+    EXPECT_EQ(Hotkey::keys.size(), 81U);
 }
 
 TEST(Hotkey, OnlyKeysThatTypeNothingStandAlone) {
@@ -62,47 +58,47 @@ TEST(Hotkey, OnlyKeysThatTypeNothingStandAlone) {
 }
 
 TEST(Hotkey, ReadsWhatThePhoneAsksFor) {
-    const std::pair<std::string, Hotkey> cases[] = {
-        {R"(["cmd","shift","4"])", {{cmd, shift}, "4"}},
-        {R"(["CMD","Shift","K"])", {{cmd, shift}, "k"}},
-        {R"(["shift","cmd","k"])", {{shift, cmd}, "k"}},
-        {R"(["option","c"])", {{alt}, "c"}},
-        {R"(["win","\u0063"])", {{cmd}, "c"}},
-        {" [ \"escape\" ]\n", {{}, "escape"}},
-        {R"(["shift","tab"])", {{shift}, "tab"}},
-        {R"(["fn","f1"])", {{fn}, "f1"}},
-        {R"(["fn","shift","space"])", {{fn, shift}, "space"}},
-        {R"(["cmd","ctrl","alt","shift","\\"])", {{cmd, ctrl, alt, shift}, "\\"}},
-        {R"(["W"])", {{}, "w", true}},
-        {R"(["fn","w"])", {{fn}, "w", true}},
-        {R"(["Shift"])", {{shift}, "", true}},
-        {R"(["option","win","ctrl","shift"])", {{alt, cmd, ctrl, shift}, "", true}},
-        {"[\"escape\"" + times(246, " ") + "]", {{}, "escape"}}, // 256 bytes
+    struct Case {
+        std::string json;
+        std::string inGame;
+        std::string outside = inGame; ///< of game mode
     };
-    for (const auto& [json, hotkey] : cases) {
-        const Strings arguments = hotkey.game ? Strings{json, "game"} : Strings{json};
-        EXPECT_EQ(Hotkey::parseArguments(arguments), hotkey) << json;
-        EXPECT_EQ(hotkey.isModifierOnly(), hotkey.key.empty());
+
+    const Case cases[] = {
+        {.json = R"(["CMD","Shift","K"])", .inGame = "cmd+shift+k"},
+        {.json = R"(["shift","cmd","k"])", .inGame = "shift+cmd+k"},
+        {.json = R"(["option","c"])", .inGame = "alt+c"},
+        {.json = R"(["win","\u0063"])", .inGame = "cmd+c"},
+        {.json = " [ \"escape\" ]\n", .inGame = "escape"},
+        {.json = R"(["cmd","ctrl","alt","shift","\\"])", .inGame = "cmd+ctrl+alt+shift+\\"},
+        {.json = R"(["W"])", .inGame = "w", .outside = "none"},
+        {.json = R"(["Shift"])", .inGame = "shift+", .outside = "none"},
+        {.json = R"(["option","win","ctrl"])", .inGame = "alt+cmd+ctrl+", .outside = "none"},
+        {.json = R"(["escape")" + times(256 - 10, " ") + "]", .inGame = "escape"},
+        {.json = R"(["escape")" + times(257 - 10, " ") + "]", .inGame = "none"},
+    };
+    for (const auto& [json, inGame, outside] : cases) {
+        const auto plain = Hotkey::parseArguments(Strings{json});
+        const auto game = Hotkey::parseArguments(Strings{json, "game"});
+        EXPECT_EQ(spelt(plain), outside) << json;
+        EXPECT_EQ(spelt(game), inGame) << json;
+        EXPECT_FALSE(plain && plain->game);
+        EXPECT_TRUE(!game || game->game);
+        EXPECT_EQ(game && game->isModifierOnly(), inGame.ends_with('+')) << json;
     }
 }
 
 TEST(Hotkey, RefusesEverythingElse) {
-    const auto parse = [](const std::string& json) {
-        return Hotkey::parseArguments(Strings{json});
-    };
-    expectRefused(parse, {"[]", "{\"cmd\":\"k\"}", "\"k\"", R"(["cmd","k"]x)", R"(["cmd","k",])",
-                          "[\"escape\"" + times(247, " ") + "]"}); // 257 bytes
-    expectRefused(
-        parse, R"(["cmd",#])",
-        {R"(["k"])", "null", "4", "\"\xFF\"", "\"\"", "\"k \"", R"("escape\u0000")", "\"é\""});
-    expectRefused(parse, "[#]",
-                  words(R"("a" "shift","a" "cmd","win","c" "alt","option","c" "k","cmd"
-        "cmd" "" "f21" "f0" "cmd","ctrl","alt","shift","fn","k" "command","k")"));
-    expectRefused(
-        [](const std::string& json) { return Hotkey::parseArguments(Strings{json, "game"}); },
-        "[#]",
-        joined({""}, words(R"("" "fn" "shift","fn" "cmd","win" "cmd","shift","alt","ctrl","fn"
-                              "w","shift")")));
+    for (const bool game : {false, true}) {
+        const auto parse = [&](const std::string& json) { return Hotkey::parseJson(json, game); };
+        expectRefused(parse,
+                      {"[]", "{\"cmd\":\"k\"}", "\"k\"", R"(["cmd","k"]x)", R"(["cmd","k",])"});
+        expectRefused(parse, R"(["cmd",#])",
+                      words(R"(["k"] null 4 "" "\u006B\u0020" "escape\u0000" "é")"));
+        expectRefused(parse, "[#]", words(R"("cmd","win","c" "alt","option","c" "k","cmd" ""
+            "f21" "f0" "cmd","ctrl","alt","shift","fn","k" "command","k" "fn" "shift","fn"
+            "cmd","win" "cmd","shift","alt","ctrl","fn" "w","shift")"));
+    }
     for (const Strings& flags : {Strings{"Game"}, Strings{""}, Strings{"game", "game"}})
         EXPECT_FALSE(Hotkey::parseArguments(joined({R"(["cmd","k"])"}, flags))) << flags[0];
     EXPECT_FALSE(Hotkey::parseArguments({}));
@@ -110,11 +106,134 @@ TEST(Hotkey, RefusesEverythingElse) {
 
 TEST(Hotkey, TheLayoutAddsModifiersButNotToABareGameKey) {
     const Modifiers extra = {shift, alt};
-    EXPECT_THAT((Hotkey{{cmd, shift}, "2"}.pressModifiers(extra)),
-                ElementsAre(cmd, shift, shift, alt));
-    EXPECT_THAT((Hotkey{{}, "2"}.pressModifiers(extra)), ElementsAre(shift, alt));
-    EXPECT_THAT((Hotkey{{}, "2", true}.pressModifiers(extra)), ElementsAre());
-    EXPECT_THAT((Hotkey{{cmd}, "2", true}.pressModifiers(extra)), ElementsAre(cmd, shift, alt));
+    EXPECT_EQ((Hotkey{.modifiers = {cmd, shift}, .key = "2"}.pressModifiers(extra)),
+              (Modifiers{cmd, shift, shift, alt}));
+    EXPECT_EQ((Hotkey{.key = "2"}.pressModifiers(extra)), extra);
+    EXPECT_EQ((Hotkey{.key = "2", .game = true}.pressModifiers(extra)), Modifiers());
+    EXPECT_EQ((Hotkey{.modifiers = {cmd}, .key = "2", .game = true}.pressModifiers(extra)),
+              (Modifiers{cmd, shift, alt}));
+}
+
+using testing::ElementsAre;
+using Press = HeldKeys::Press;
+
+/// " +21:cs" is key 21 going down while cmd and shift are down, by their first letters.
+std::string spelt(const std::vector<KeyPhase::Step>& steps) {
+    std::string text;
+    for (const KeyPhase::Step& step : steps) {
+        text += (step.down ? " +" : " -") + std::to_string(step.code) + ":";
+        for (const HotkeyModifier modifier : step.held)
+            text += rawText(modifier)[0];
+    }
+    return text;
+}
+
+TEST(KeyPhase, ATapIsAPressAndItsRelease) {
+    const auto expect = [](const Modifiers& modifiers, std::optional<std::uint16_t> key,
+                           const Modifiers& others, const std::string& down,
+                           const std::string& up) {
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::down, modifiers, key, others)), down);
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::up, modifiers, key, others)), up);
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::tap, modifiers, key, others)), down + up);
+    };
+    expect({cmd, shift}, 21, {}, " +55:c +56:cs +21:cs", " -21:cs -56:c -55:");
+    expect({fn, alt, cmd}, 8, {shift, alt}, " +63:saf +55:safc +8:safc", " -8:safc -55:saf -63:sa");
+    expect({shift}, {}, {}, " +56:s", " -56:");
+    expect({cmd}, {}, {cmd}, "", "");
+    // A modifier that was listed twice goes down twice and is up after its first release.
+    expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
+}
+
+TEST(HeldKeys, TellsPressesApartByModifiersAndKey) {
+    EXPECT_EQ(HeldKeys::id({.modifiers = {fn, shift, ctrl, alt, cmd}, .key = "x"}),
+              "alt+cmd+ctrl+fn+shift+x");
+    EXPECT_EQ(HeldKeys::id({.modifiers = {shift}, .game = true}), "shift+");
+    EXPECT_EQ(HeldKeys::id({.key = "w", .game = true}), "w");
+}
+
+TEST(HeldKeys, GivesBackWhatWasPressedMostRecentFirst) {
+    const Hotkey a{.modifiers = {cmd}, .key = "a"};
+    const Hotkey b{.modifiers = {alt, cmd}, .key = "b"};
+    const Press first{.modifiers = {cmd}, .code = 0};
+    const Press second{.modifiers = {shift, cmd}, .code = 11};
+    const Press third{.code = 8};
+    const Press again{.modifiers = {alt, cmd}, .code = 1};
+    HeldKeys held;
+    EXPECT_FALSE(held.takeLast());
+    held.pressed(a, first);
+    held.pressed(b, second);
+    held.pressed({.key = "c"}, third);
+    held.pressed(a, again);
+    EXPECT_THAT(held.modifiers(), ElementsAre(shift, cmd, alt));
+
+    EXPECT_EQ(held.take({.modifiers = {cmd, alt}, .key = "b", .game = true}), second);
+    EXPECT_FALSE(held.take(b));
+    EXPECT_THAT(held.takeAll(), ElementsAre(again, third));
+    EXPECT_TRUE(held.isEmpty());
+}
+
+/// A keyboard, and an owner who does what the comment of `HeldKeys` says.
+class Session {
+public:
+    void down(const Hotkey& hotkey) {
+        held_.take(hotkey);
+        const auto others = held_.modifiers();
+        const AnsiKey* key = findKey(Hotkey::ansiKeyCodes, hotkey.key);
+        const auto code = key == nullptr ? std::nullopt : std::optional(key->code);
+        post(KeyPhase::steps(KeyPhase::down, hotkey.modifiers, code, others));
+        held_.pressed(hotkey,
+                      {.modifiers = KeyPhase::fresh(hotkey.modifiers, others), .code = code});
+    }
+
+    void up(const Hotkey& hotkey) { release(held_.take(hotkey)); }
+
+    void connectionLost() {
+        while (!held_.isEmpty())
+            release(held_.takeLast());
+    }
+
+    std::set<std::uint16_t> keysDown;
+
+private:
+    void release(const std::optional<Press>& press) {
+        if (press)
+            post(KeyPhase::steps(KeyPhase::up, press->modifiers, press->code, held_.modifiers()));
+    }
+
+    void post(const std::vector<KeyPhase::Step>& steps) {
+        for (const KeyPhase::Step& step : steps) {
+            if (step.down)
+                keysDown.insert(step.code);
+            else
+                keysDown.erase(step.code);
+        }
+    }
+
+    HeldKeys held_;
+};
+
+const Hotkey copy{.modifiers = {cmd}, .key = "c"};
+const Hotkey paste{.modifiers = {shift, cmd}, .key = "v"};
+const Hotkey run{.modifiers = {shift}, .game = true};
+const Hotkey walk{.key = "w", .game = true};
+
+/// Presses and releases in every order, `more` of them.
+void expectNothingLeftDown(const Session& session, int more) {
+    Session lost = session;
+    lost.connectionLost();
+    ASSERT_TRUE(lost.keysDown.empty());
+    for (const Hotkey& hotkey : {copy, paste, run, walk}) {
+        for (const auto request : {&Session::down, &Session::up}) {
+            Session next = session;
+            (next.*request)(hotkey);
+            if (more > 0)
+                expectNothingLeftDown(next, more - 1);
+        }
+    }
+}
+
+TEST(HeldKeys, NoOrderOfRequestsLeavesAKeyDown) {
+    expectNothingLeftDown(Session(), 4);
 }
 
 } // namespace

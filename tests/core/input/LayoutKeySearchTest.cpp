@@ -26,7 +26,7 @@ const Layout layout = {
 };
 
 std::optional<Match> find(std::string_view character, const Modifiers& user = {},
-                          CodeRange codes = {0, 128}) {
+                          CodeRange codes = {.first = 0, .end = 128}) {
     return LayoutKeySearch::find(
         character, user, codes,
         [](std::uint16_t code, LayoutState state) -> std::optional<std::string> {
@@ -37,54 +37,47 @@ std::optional<Match> find(std::string_view character, const Modifiers& user = {}
         });
 }
 
-TEST(LayoutKeySearch, FindsTheKeyAndWhatElseMustBeHeld) {
-    const std::tuple<std::string, Modifiers, Match> found[] = {{"a", {}, {0, {}}},
-                                                               {"A", {}, {0, {}}},
-                                                               {"a", {shift, alt}, {0, {}}},
-                                                               {"b", {}, {1, {shift}}},
-                                                               {"b", {shift}, {1, {}}},
-                                                               {"@", {}, {5, {}}},
-                                                               {"@", {alt}, {5, {}}},
-                                                               {"\u00E5", {}, {0, {alt}}},
-                                                               {"\u00C5", {}, {0, {alt}}},
-                                                               {"\u00E5", {alt, cmd}, {0, {}}},
-                                                               {"X", {}, {5, {shift, alt}}},
-                                                               {"X", {alt}, {5, {shift}}},
-                                                               {"X", {shift}, {5, {alt}}},
-                                                               {"q", {}, {6, {shift}}},
-                                                               {"q", {alt}, {5, {}}},
-                                                               {"q", {cmd, ctrl, fn}, {6, {shift}}},
-                                                               {"\u00E9", {}, {4, {}}},
-                                                               {"\u00C9", {}, {4, {}}},
-                                                               {"E\u0301", {shift}, {4, {}}},
-                                                               {"\u0130", {}, {3, {}}}};
-    for (const auto& [character, user, match] : found)
-        EXPECT_EQ(find(character, user), match)
-            << character << " with " << user.size() << " modifiers";
+TEST(LayoutKeySearch, FindsTheKeyAndWhatElseMustBePressed) {
+    const auto expect = [](std::string_view character, const Modifiers& user, const Match& match) {
+        EXPECT_EQ(find(character, user), match) << character << ", " << user.size();
+    };
+    // Letter case is ignored, but not with shift; composed or not is all the same.
+    expect("A", {}, {.code = 0});
+    expect("\u00C5", {}, {.code = 0, .extra = {alt}});
+    expect("\u0130", {}, {.code = 3});
+    expect("\u00C9", {}, {.code = 4});
+    expect("E\u0301", {shift}, {.code = 4});
+    // States that need nothing more come first, and then each in the order of search.
+    expect("a", {shift, alt}, {.code = 0});
+    expect("@", {alt}, {.code = 5});
+    expect("q", {}, {.code = 6, .extra = {shift}});
+    expect("q", {alt}, {.code = 5});
+    expect("q", {cmd, ctrl, fn}, {.code = 6, .extra = {shift}});
+    // What the user presses anyway is not extra.
+    expect("\u00E5", {alt, cmd}, {.code = 0});
+    expect("X", {}, {.code = 5, .extra = {shift, alt}});
+    expect("X", {alt}, {.code = 5, .extra = {shift}});
+    expect("X", {shift}, {.code = 5, .extra = {alt}});
     for (const char* missing : {"B", "", "aa", "z"})
         EXPECT_FALSE(find(missing)) << missing;
     EXPECT_FALSE(find("x", {shift, alt}));
 }
 
 TEST(LayoutKeySearch, SearchesAHalfOpenRange) {
-    EXPECT_FALSE(find("a", {}, {0, 0}));
-    EXPECT_FALSE(find("@", {}, {3, 5}));
-    EXPECT_EQ(find("@", {}, {3, 6}), (Match{5, {}}));
-    EXPECT_FALSE(find("a", {}, {5, 0}));
-    EXPECT_FALSE(find("z", {}, {65530, 65535}));
+    for (const CodeRange range : {CodeRange{0, 0}, {5, 0}, {3, 5}, {6, 9}, {65530, 65535}})
+        EXPECT_FALSE(find("@", {}, range)) << range.first;
+    EXPECT_EQ(find("@", {}, {.first = 5, .end = 6})->code, 5);
 }
 
 TEST(LayoutState, IsASetOfShiftAndOption) {
-    const std::tuple<LayoutState, Modifiers, std::uint32_t> inSearchOrder[] = {
-        {LayoutState(), {}, 0},
-        {LayoutState::shift, {shift}, 2},
-        {LayoutState::option, {alt}, 8},
-        {LayoutState::searchOrder[3], {shift, alt}, 10}};
-    for (std::size_t i = 0; i < std::size(inSearchOrder); ++i) {
-        const auto& [state, modifiers, carbon] = inSearchOrder[i];
-        EXPECT_EQ(LayoutState::searchOrder[i], state) << i;
-        EXPECT_EQ(state.modifiers(), modifiers) << i;
-        EXPECT_EQ(state.carbonModifierState(), carbon) << i;
+    const Modifiers modifiers[] = {{}, {shift}, {alt}, {shift, alt}};
+    const std::uint32_t carbon[] = {0, 2, 8, 10};
+    ASSERT_EQ(LayoutState::searchOrder.size(), 4U);
+    for (int bits = 0; bits < 4; ++bits) {
+        const LayoutState state = LayoutState::searchOrder[static_cast<std::size_t>(bits)];
+        EXPECT_EQ(state.rawValue, bits);
+        EXPECT_EQ(state.modifiers(), modifiers[bits]);
+        EXPECT_EQ(state.carbonModifierState(), carbon[bits]);
     }
 }
 

@@ -1,81 +1,61 @@
-#include "core/input/TypeTextRequest.h"
+#include "core/input/TextChunks.h"
 #include "core/input/TypingSafety.h"
 #include "tests/Texts.h"
-
-#include <rapidcheck/gtest.h>
 
 namespace velmo {
 namespace {
 
-std::string withText(const std::string& text) {
-    return "{\"text\":\"" + text + "\"}";
+const std::string family = "👨‍👩‍👧";    // one character of 8 units
+const std::string tall = "e" + times(24, "\u0301"); // one character of 25 units
+
+/// Each row is the chunks of a text, with blanks between them. "+" stands for 18 letters, "^" for
+/// CR LF.
+void expectChunks(const Strings& rows) {
+    for (const std::string& row : rows) {
+        const std::string spelt = Text::replacedAll(row, "+", times(18, "x"));
+        Strings chunks = words(spelt);
+        std::string text;
+        for (std::string& chunk : chunks)
+            text += chunk = Text::replacedAll(chunk, "^", "\r\n");
+        EXPECT_EQ(TextChunks::split(text), chunks) << row;
+    }
 }
 
-TEST(TypeTextRequest, ReadsTextThatMayBeTyped) {
-    const std::pair<std::string, TypeTextRequest> cases[] = {
-        {R"({"enter":true,"te\u0078t":"hi"})", {"hi", true}},
-        {R"({"text":"hi","enter":false})", {"hi", false}},
-        {withText(R"(a\tb\nc\r)"), {"a\tb\nc\r"}},
-        {withText(R"(\\u001b)"), {"\\u001b"}},
-        {withText("\u0080\u00E9\u2028"), {"\u0080\u00E9\u2028"}},
-        {withText(times(250, "😀")), {times(250, "😀")}},
-        {withText("x") + times(8192 - 12, " "), {"x"}},
-    };
-    for (const auto& [json, request] : cases)
-        EXPECT_EQ(TypeTextRequest::parse(json), request) << json;
-}
-
-TEST(TypeTextRequest, RefusesEverythingElse) {
-    const auto parse = TypeTextRequest::parse;
-    expectRefused(
-        parse, "#",
-        {"", "[]", "{}", "\"hi\"", R"({"enter":true})", withText("x") + times(8193 - 12, " ")});
-    expectRefused(parse, R"({"text":#})",
-                  words(R"(null 5 ["hi"] "hi"}x "hi","enter":1 "hi","enter":0
-                                     "hi","enter":"true" "hi","enter":null "hi","x":true
-                                     "hi","Enter":true "hi","text":"ho")"));
-    expectRefused(parse, withText("#"),
-                  {"", R"(\u001b)", R"(\u0000)", R"(\u000b)", R"(\f)", R"(\u001f)", "\x7F",
-                   R"(\ud83d)", "\xFF", "\n", times(501, "x"), times(250, "😀") + "x"});
-}
-
-RC_GTEST_PROP(TypeTextRequest, WhatMayBeTypedGoesRound,
-              (const std::u32string& scalars, bool enter)) {
-    TypeTextRequest request{.text = "x", .enter = enter};
-    for (const char32_t scalar : scalars)
-        Text::append(request.text, U' ' + scalar % 0x1000);
-    const bool typeable = !request.text.contains('\x7F');
-    const auto parsed = TypeTextRequest::parse(encodeJson(request).value());
-    RC_ASSERT(parsed == (typeable ? std::optional(request) : std::nullopt));
+TEST(TextChunks, FillsEachChunkWithWholeCharacters) {
+    expectChunks({"", "a", "+xx", "+xx +xx yyyyy", family + family + " " + family, tall + " b",
+                  "a " + tall});
+    // 19, 20 and 21 letters, the last of which an accent joins
+    expectChunks({"+x\u0301", "+x x\u0301", "+xx x\u0301", "+x\u0301 y", "+x x\u0301y"});
+    // 18 to 21 letters and a character of two units
+    expectChunks({"+^", "+^ y", "+x ^", "+x ^y", "+xx ^", "+xx ^y", "+xx x^y"});
+    expectChunks({"+😀", "+😀 y", "+x 😀", "+x 😀y", "+xx 😀", "+xx 😀y", "+xx x😀y"});
+    expectChunks({"+x\r y", "+xx \ry"}); // a carriage return of its own
+    EXPECT_EQ(TextChunks::split("a\xFF"), Strings{"a\uFFFD"});
 }
 
 TEST(TypingSafety, NeverIntoAPasswordFieldAndNeverBlindly) {
     using namespace TypingSafety;
-    const auto expect = [](Verdict verdict, Flags flags, bool secureInput,
-                           const std::vector<std::optional<Focus>>& rows) {
-        for (const auto& focus : rows) {
-            SCOPED_TRACE(focus ? focus->role + ", " + focus->subrole : "no focus");
-            EXPECT_EQ(decide(secureInput, focus), verdict);
-            EXPECT_EQ(focusFlags(secureInput, focus), flags);
-        }
+
+    const auto expect = [](Verdict verdict, Flags flags, const std::optional<Focus>& focus) {
+        SCOPED_TRACE(focus ? focus->role + ", " + focus->subrole : "no focus");
+        EXPECT_EQ(decide(false, focus), verdict);
+        EXPECT_EQ(focusFlags(false, focus), flags);
+        EXPECT_EQ(decide(true, focus), passwordField);
+        EXPECT_EQ(focusFlags(true, focus), (Flags{.editable = bool(focus), .password = true}));
     };
-    expect(passwordField, {false, true}, true, {std::nullopt});
-    expect(passwordField, {true, true}, true, {{{"AXTextField", ""}}, {{"AXButton", ""}}});
-    expect(passwordField, {true, true}, false,
-           {{{"AXTextField", "AXSecureTextField", true}},
-            {{"AXSecureTextField", "", true}},
-            {{"AXGroup", "AXSecureTextField"}}});
-    expect(allowed, {true, false}, false,
-           {{{"AXTextField", ""}},
-            {{"AXTextArea", "x"}},
-            {{"AXComboBox", ""}},
-            {{"AXSearchField", ""}},
-            {{"AXWebArea", "", true}}});
-    expect(unknownFocus, {false, false}, false,
-           {std::nullopt,
-            {{"AXWebArea", "", false}},
-            {{"AXGroup", "AXSearchField"}},
-            {{"axtextfield", ""}}});
+    for (const std::string role : {"AXTextField", "AXTextArea", "AXComboBox", "AXSearchField"}) {
+        expect(allowed, {.editable = true}, Focus{.role = role, .subrole = "x"});
+        expect(unknownFocus, {}, Focus{.role = "AXGroup", .subrole = role});
+        expect(unknownFocus, {}, Focus{.role = Text::lowercased(role)});
+    }
+    for (const bool caret : {false, true}) {
+        const Flags flags{.editable = caret};
+        expect(caret ? allowed : unknownFocus, flags, Focus{"AXWebArea", "", caret});
+        const Flags secret{.editable = true, .password = true};
+        expect(passwordField, secret, Focus{"AXSecureTextField", "", caret});
+        expect(passwordField, secret, Focus{"AXTextField", "AXSecureTextField", caret});
+    }
+    expect(unknownFocus, {}, std::nullopt);
 }
 
 } // namespace

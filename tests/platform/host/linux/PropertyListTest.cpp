@@ -162,10 +162,10 @@ TEST_P(PropertyListOnDisk, HoldsTheKeyboardShortcuts) {
     const auto resolved = [&](int number) {
         return SymbolicHotKeys::resolve(number, hotKeys.dictionary());
     };
-    EXPECT_EQ(resolved(32), (HotKey{126, 0xA40000}));
+    EXPECT_EQ(resolved(32), (SymbolicHotKeys::HotKey{126, 0xA40000}));
     EXPECT_FALSE(resolved(33));
     EXPECT_FALSE(resolved(36));
-    EXPECT_EQ(resolved(64), (HotKey{49, 0x100000}));
+    EXPECT_EQ(resolved(64), (SymbolicHotKeys::HotKey{49, 0x100000}));
 }
 
 TEST_P(PropertyListOnDisk, HoldsTheDock) {
