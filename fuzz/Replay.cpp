@@ -27,8 +27,9 @@ void replay(const fs::path& path) {
 } // namespace
 
 int main(int argc, char** argv) {
+    const std::vector<fs::path> folders(argv + 1, argv + argc);
     std::vector<fs::path> files;
-    for (const std::string folder : std::vector<std::string>(argv + 1, argv + argc)) {
+    for (const fs::path& folder : folders) {
         for (const auto& entry : fs::directory_iterator(folder))
             files.push_back(entry.path());
     }
