@@ -66,7 +66,7 @@ void SocketClient::writeNext() {
 
 void SocketClient::readReply() {
     asio::async_read_until(
-        socket_, asio::dynamic_buffer(received_, longestCallLine), '\n',
+        socket_, asio::dynamic_buffer(received_, maxCallLine), '\n',
         [self = shared_from_this()](const std::error_code& error, std::size_t size) {
             self->received(error, size);
         });
