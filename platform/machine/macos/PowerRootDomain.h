@@ -4,8 +4,8 @@
 
 namespace velmo {
 
-/// The property "SleepDisabled" of IOKit's power root domain; absent when there is no such service
-/// or the property is no Boolean.
+/// Returns the property "SleepDisabled" of IOKit's power root domain; absent if there is no such
+/// service or the property is not a Boolean.
 std::optional<bool> sleepDisabledInRootDomain();
 
 } // namespace velmo

@@ -139,8 +139,7 @@ TEST(RecordFileOnALossyDisk, APowerCutAtAnyMomentLeavesTheOldRecordOrTheNewOne) 
         for (std::size_t done = 0; !written; ++done) {
             PowerCutDisk disk;
             RecordFile records = storeIn(disk.path() / "db" / "velmo", disk);
-            if (before && !records.write(*before))
-                GTEST_FAIL();
+            ASSERT_TRUE(!before || records.write(*before));
             disk.fail(done);
             written = records.write(record);
             ASSERT_LT(done, 100U);
@@ -161,8 +160,7 @@ void forEachFailure(bool alone, const Check& check) {
             SCOPED_TRACE(std::to_string(failing) + (before ? " over another" : ""));
             PowerCutDisk disk;
             RecordFile records = storeIn(disk.path() / "velmo", disk);
-            if (before && !records.write(*before))
-                GTEST_FAIL();
+            ASSERT_TRUE(!before || records.write(*before));
             disk.fail(failing, alone ? failing : PowerCutDisk::never);
             const bool written = records.write(record);
             if (failing >= disk.calls.size())

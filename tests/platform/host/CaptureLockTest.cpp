@@ -35,7 +35,7 @@ public:
                 ::pause();
         }
         pipe_.writeEnd.reset();
-        holds = ::read(pipe_.readEnd.get(), &answer, 1) == 1 && answer == 'y';
+        hasLock = ::read(pipe_.readEnd.get(), &answer, 1) == 1 && answer == 'y';
     }
 
     Contender(const Contender&) = delete;
@@ -46,26 +46,26 @@ public:
         ::waitpid(pid_, nullptr, 0);
     }
 
-    bool holds = false;
+    bool hasLock = false;
 
 private:
     Pipe pipe_ = makePipe().value();
     pid_t pid_;
 };
 
-TEST_F(CaptureLockTest, OneProcessHoldsItUntilItDies) {
+TEST_F(CaptureLockTest, OneProcessHasItUntilItDies) {
     {
         const Contender first(path);
-        EXPECT_TRUE(first.holds);
+        EXPECT_TRUE(first.hasLock);
         EXPECT_FALSE(isFree());
-        EXPECT_FALSE(Contender(path).holds);
+        EXPECT_FALSE(Contender(path).hasLock);
     }
     CaptureLock lock(path);
     EXPECT_TRUE(lock.tryLock());
-    EXPECT_TRUE(lock.tryLock()); // held already
-    EXPECT_FALSE(Contender(path).holds);
+    EXPECT_TRUE(lock.tryLock()); // it has it already
+    EXPECT_FALSE(Contender(path).hasLock);
     lock.unlock();
-    EXPECT_TRUE(Contender(path).holds);
+    EXPECT_TRUE(Contender(path).hasLock);
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
