@@ -1,5 +1,7 @@
 #include "platform/host/PropertyListBounds.h"
 
+#include "core/support/BigEndian.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,10 +14,9 @@ namespace {
 using namespace std::string_literals;
 
 std::string number(std::size_t value) {
-    std::string bytes;
-    for (unsigned shift = 64; shift > 0; shift -= 8)
-        bytes += static_cast<char>(value >> (shift - 8));
-    return bytes;
+    Bytes bytes;
+    BigEndian::append(bytes, value, 8);
+    return std::string(textOf(bytes));
 }
 
 /// A list in the binary form: the objects, one after another, where each begins, and the trailer

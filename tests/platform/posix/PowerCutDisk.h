@@ -1,201 +1,169 @@
 #pragma once
 
+#include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Disk.h"
 
 #include "lab/instruments/TemporaryFolder.h"
-#include <fcntl.h>
-#include <sys/stat.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <map>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace velmo {
 
-/// A disk that remembers what was synchronised, and loses the rest when the power is cut. It works
-/// on real files, and keeps beside them what of each file's content, and of each folder's names,
-/// the drive has for sure and what it may or may not have.
+/// A disk that loses what was not synchronised when the power is cut. It works on real files, and
+/// keeps a log beside them of what each call has changed, in a file's content or a folder's names,
+/// and whether the drive has it for sure.
 class PowerCutDisk final : public Disk {
 public:
+    using Path = std::filesystem::path;
     static constexpr std::size_t never = std::numeric_limits<std::size_t>::max();
 
-    PowerCutDisk() : root_(add(AT_FDCWD, path().string())) {}
+    [[nodiscard]] const Path& path() const { return path_; }
 
-    [[nodiscard]] const std::filesystem::path& path() const { return folder_.path(); }
-
-    /// Of the calls from now on those with these numbers fail, `first` and `last` included. They do
-    /// nothing, except that half of a write is done. With no `last` the process is as good as dead.
+    /// Lets those of the calls from now on fail that have these numbers, `first` and `last`
+    /// included. They do nothing, except that half of a write is done. Without a `last` the power
+    /// is gone, or the process.
     void fail(std::size_t first, std::size_t last = never) {
         calls.clear();
         firstFailing_ = first;
         lastFailing_ = last;
     }
 
-    /// Cuts the power: shows every disk that there may be afterwards, one after another.
+    /// Cuts the power, and hands to `look` every disk that there may be afterwards: each change
+    /// that is not synchronised may be lost or not, and a write may be lost by half.
     template<class Look>
     void cutPower(const Look& look) const {
-        Choices choices;
-        do {
+        std::size_t ways = 1;
+        for (const Change& change : log_)
+            ways *= waysToLose(change);
+        for (std::size_t way = 0; way < ways; ++way) {
             const TemporaryFolder left;
-            writeOut(*root_, left.path(), choices);
+            writeOut(left.path(), way);
             look(left.path());
-        } while (choices.advance());
+        }
     }
 
     int makeFolder(const std::string& path, mode_t mode) override {
-        if (!happens("makeFolder"))
-            return EIO;
-        const int error = Disk::makeFolder(path, mode);
-        const std::filesystem::path made = path;
+        const int error = happens("makeFolder") ? Disk::makeFolder(path, mode) : EIO;
         if (error == 0)
-            at(AT_FDCWD, made.parent_path())
-                ->changes.push_back({{made.filename(), add(AT_FDCWD, path)}});
+            log({.name = path, .file = isFolder});
         return error;
     }
 
     Descriptor createFile(int folder, const std::string& name, mode_t mode) override {
-        Descriptor file =
-            happens("createFile") ? Disk::createFile(folder, name, mode) : Descriptor();
+        Descriptor file;
+        if (happens("createFile"))
+            file = Disk::createFile(folder, name, mode);
         if (file)
-            at(folder).changes.push_back({{name, add(folder, name)}});
+            log({.name = pathOf(folder) / name, .file = ++lastFile_});
         return file;
     }
 
     bool write(int file, std::string_view content) override {
         const bool whole = happens("write");
         content = content.substr(0, content.size() / (whole ? 1 : 2));
-        at(file).written += content;
+        log_.push_back({.file = names_.at(pathOf(file)), .written = std::string(content)});
         return Disk::write(file, content) && whole;
     }
 
     bool synchronize(int fileOrFolder) override {
         if (!happens("synchronize"))
             return false;
-        Node& node = at(fileOrFolder);
-        node.content += std::exchange(node.written, {});
-        for (const Names& change : std::exchange(node.changes, {}))
-            apply(change, node.names);
+        const Path path = pathOf(fileOrFolder);
+        const auto file = names_.find(path);
+        for (Change& change : log_)
+            change.isSafe |= change.name.empty()
+                                 ? file != names_.end() && file->second == change.file
+                                 : change.name.parent_path() == path;
         return true;
     }
 
     bool rename(int folder, const std::string& from, const std::string& to) override {
-        if (!happens("rename"))
+        if (!happens("rename") || !Disk::rename(folder, from, to))
             return false;
-        at(folder).changes.push_back({{from, nullptr}, {to, at(folder, from)}});
-        return Disk::rename(folder, from, to);
+        const Path path = pathOf(folder);
+        log({.name = path / to, .from = path / from, .file = names_.at(path / from)});
+        return true;
     }
 
     bool remove(int folder, const std::string& name) override {
         if (!happens("remove") || !Disk::remove(folder, name))
             return false;
-        at(folder).changes.push_back({{name, nullptr}});
+        log({.name = pathOf(folder) / name, .file = isGone});
         return true;
     }
 
-    [[nodiscard]] std::size_t failing() const { return firstFailing_; }
-
-    std::vector<std::string> calls; ///< since `fail`, by name, the failed ones too
+    std::vector<std::string> calls; ///< since the last `fail`, the failed ones too
 
 private:
-    struct Node;
-    using Names = std::map<std::string, std::shared_ptr<Node>>; ///< null: the name is gone
+    static constexpr int isFolder = 0;
+    static constexpr int isGone = -1;
+    using Names = std::map<Path, int>; ///< what has the name: a file's number or one of these
 
-    /// A file has content, a folder names.
-    struct Node {
-        bool isFolder = false;
-        std::string content;        ///< synchronised
-        std::string written;        ///< since then
-        Names names;                ///< synchronised
-        std::vector<Names> changes; ///< since then; each happens whole or not at all
+    struct Change {
+        Path name; ///< what has another meaning now; empty for a write
+        Path from; ///< the name that a rename takes away
+        int file = isGone;
+        std::string written;
+        bool isSafe = false;
     };
 
-    /// Goes through all ways to choose, one after another, like the numbers of an odometer.
-    class Choices {
-    public:
-        std::size_t among(std::size_t count) {
-            if (next_ == made_.size())
-                made_.push_back({.choice = 0, .count = count});
-            return made_[next_++].choice;
-        }
+    static std::size_t waysToLose(const Change& change) {
+        if (change.isSafe)
+            return 1;
+        return change.name.empty() ? 3 : 2;
+    }
 
-        bool advance() {
-            next_ = 0;
-            while (!made_.empty() && ++made_.back().choice == made_.back().count)
-                made_.pop_back();
-            return !made_.empty();
-        }
+    static void apply(const Change& change, Names& names) {
+        names.erase(change.from);
+        names[change.name] = change.file;
+    }
 
-    private:
-        struct Made {
-            std::size_t choice;
-            std::size_t count;
-        };
-
-        std::vector<Made> made_;
-        std::size_t next_ = 0;
-    };
+    static Path pathOf(int descriptor) {
+        return PtyAttach::HostFileSystem().pathOf(descriptor).value();
+    }
 
     bool happens(const char* call) {
         calls.emplace_back(call);
         return calls.size() <= firstFailing_ || calls.size() - 1 > lastFailing_;
     }
 
-    static struct stat status(int folder, const std::string& name) {
-        struct stat found{};
-        ::fstatat(folder, name.c_str(), &found, AT_SYMLINK_NOFOLLOW);
-        return found;
+    void log(const Change& change) {
+        log_.push_back(change);
+        apply(change, names_);
     }
 
-    std::shared_ptr<Node>& at(int folder, const std::string& name) {
-        return nodes_[status(folder, name).st_ino];
-    }
-
-    Node& at(int descriptor) {
-        struct stat found{};
-        ::fstat(descriptor, &found);
-        return *nodes_.at(found.st_ino);
-    }
-
-    std::shared_ptr<Node> add(int folder, const std::string& name) {
-        return at(folder, name) =
-                   std::make_shared<Node>(Node{.isFolder = S_ISDIR(status(folder, name).st_mode)});
-    }
-
-    static void apply(const Names& change, Names& names) {
-        for (const auto& [name, node] : change)
-            names[name] = node;
-    }
-
-    // NOLINTNEXTLINE(misc-no-recursion): as deep as the folders
-    static void writeOut(const Node& node, const std::filesystem::path& path, Choices& choices) {
-        if (!node.isFolder) {
-            const std::size_t lost = node.written.empty() ? 0 : choices.among(3); // halves
-            std::ofstream(path) << node.content
-                                << node.written.substr(0, node.written.size() * (2 - lost) / 2);
-            return;
-        }
-        std::filesystem::create_directories(path);
-        Names names = node.names;
-        for (const Names& change : node.changes) {
-            if (choices.among(2) == 0)
+    /// What lies in a folder that was lost is lost with it.
+    void writeOut(const Path& left, std::size_t way) const {
+        Names names;
+        std::map<int, std::string> contents;
+        for (const Change& change : log_) {
+            const std::size_t lost = way % waysToLose(change);
+            way /= waysToLose(change);
+            if (change.name.empty())
+                contents[change.file] +=
+                    change.written.substr(0, change.written.size() * (2 - lost) / 2);
+            else if (lost == 0)
                 apply(change, names);
         }
-        for (const auto& [name, child] : names) {
-            if (child)
-                writeOut(*child, path / name, choices);
+        std::error_code lostAbove;
+        for (const auto& [name, file] : names) {
+            const Path place = left / name.lexically_relative(path_);
+            if (file == isFolder)
+                std::filesystem::create_directory(place, lostAbove);
+            else if (file != isGone)
+                std::ofstream(place) << contents[file];
         }
     }
 
-    TemporaryFolder folder_;
-    std::map<ino_t, std::shared_ptr<Node>> nodes_; ///< by the number that the file has now
-    std::shared_ptr<Node> root_;
+    TemporaryFolder temporary_;
+    Path path_ = std::filesystem::canonical(temporary_.path());
+    std::vector<Change> log_;
+    Names names_;
+    int lastFile_ = 0;
     std::size_t firstFailing_ = never;
     std::size_t lastFailing_ = never;
 };
