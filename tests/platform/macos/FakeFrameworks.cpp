@@ -6,6 +6,7 @@
 #include <IOKit/ps/IOPowerSources.h>
 #include <Security/Security.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
@@ -48,6 +49,7 @@ template<class Value>
 const CFTypeID typeOf = decltype(Object::value)(std::in_place_type<Value>).index();
 
 constexpr io_service_t rootDomain = 7;
+Object teamKey{.value = std::string("teamid")};
 
 std::string_view bytesAt(const UInt8* bytes, CFIndex length) {
     return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
@@ -150,7 +152,7 @@ CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
     const std::string b = velmo::Text::lowercased(valueOf<std::string>(second));
     if ((options & kCFCompareNumerically) != 0 && a.size() != b.size())
         return a.size() < b.size() ? -1 : 1;
-    return a == b ? 0 : (a < b ? -1 : 1);
+    return std::clamp(a.compare(b), -1, 1);
 }
 
 CFTypeID CFDataGetTypeID() {
@@ -269,10 +271,7 @@ CFDictionaryRef IOPSGetPowerSourceDescription(CFTypeRef, CFTypeRef source) {
     return described ? static_cast<CFDictionaryRef>(source) : nullptr;
 }
 
-const CFStringRef kSecCodeInfoTeamIdentifier = [] {
-    static Object key{.value = std::string("teamid")};
-    return get<CFStringRef>(&key);
-}();
+const CFStringRef kSecCodeInfoTeamIdentifier = get<CFStringRef>(&teamKey);
 
 OSStatus SecCodeCopySelf(SecCSFlags, SecCodeRef* self) {
     if (mac->failingSigningStep == 1)

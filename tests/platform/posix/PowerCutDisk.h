@@ -54,9 +54,7 @@ public:
     }
 
     Descriptor createFile(int folder, const std::string& name, mode_t mode) override {
-        Descriptor file;
-        if (happens("createFile"))
-            file = Disk::createFile(folder, name, mode);
+        auto file = happens("createFile") ? Disk::createFile(folder, name, mode) : Descriptor();
         if (file)
             log({.name = pathOf(folder) / name, .file = ++lastFile_});
         return file;
