@@ -145,7 +145,7 @@ std::optional<std::string> outputOf(const std::string& program,
     if (!child)
         return std::nullopt;
     // Our own copy must go, or the end of the output never comes. Reading to the end before waiting
-    // keeps a child that prints more than a pipe holds from waiting for us for ever.
+    // keeps a child that prints more than fits into a pipe from waiting for us for ever.
     pipe->writeEnd.reset();
     const auto output = readToEnd(pipe->readEnd.get(), maxOutput);
     pipe->readEnd.reset();
