@@ -12,9 +12,9 @@
 
 namespace velmo {
 
-/// Keeps a hold for as long as its user wants: takes it, sends heartbeats, says so at once when it is
-/// lost, and takes it again. All calls, replies and timers are on one thread, and nothing is called
-/// back once the keeper is gone: link and timer must see to that.
+/// Keeps a hold for as long as its user wants: takes it, sends heartbeats, says so at once when it
+/// is lost, and takes it again. All calls, replies and timers are on one thread, and nothing is
+/// called back once the keeper is gone: link and timer must see to that.
 ///
 ///     HoldKeeper keeper(link, timer, [](const HoldKeeper::Status& status) { … }, 20);
 ///     keeper.start();

@@ -63,7 +63,7 @@ void requireRow(const Value& entry) {
 
 } // namespace
 
-/// Whatever the list holds, everybody who reads one can live with it.
+/// Whatever is in the list, everything that reads one keeps its own promises.
 void Fuzz::target(Input input) {
     const std::string_view bytes = input.rest();
     const auto list = PropertyList::parse(bytes);

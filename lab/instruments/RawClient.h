@@ -13,7 +13,8 @@
 
 namespace velmo {
 
-/// A peer that sends whatever bytes it likes, and waits for answers.
+/// A peer of a Unix-domain socket that sends whatever bytes it likes. It waits for a reply, or for
+/// room to send, no longer than 20 seconds.
 class RawClient {
 public:
     explicit RawClient(const std::filesystem::path& socket)
@@ -33,10 +34,10 @@ public:
 
     explicit operator bool() const { return static_cast<bool>(socket_); }
 
-    /// False when the other side has closed.
+    /// Returns false if the other side has closed.
     bool send(std::string_view bytes) const { return writeAll(socket_.get(), bytes); }
 
-    /// The next line without its line feed; "" when the other side has closed.
+    /// Returns the next line without its line feed, or "" if the other side has closed.
     std::string readLine() const {
         std::string line;
         char next = 0;
@@ -48,6 +49,7 @@ public:
         return "";
     }
 
+    /// Sends a line and returns the next one, or "" if the other side has closed.
     std::string call(std::string_view line) const {
         return send(std::string(line) + "\n") ? readLine() : "";
     }

@@ -7,7 +7,8 @@
 
 namespace velmo {
 
-/// A folder that is gone, with all that is in it, at the end of the test.
+/// A folder of its own below the system's temporary one. It is removed, with all that is in it,
+/// when the object goes.
 class TemporaryFolder {
 public:
     TemporaryFolder() {

@@ -15,9 +15,9 @@
 
 namespace velmo {
 
-/// A program that runs beside this one while its standard output and error are read as lines. For
-/// whoever plays a life of the daemon with real processes. Killed, if need be, and waited for at
-/// the end.
+/// A program that runs beside this one while its standard output and error are read as lines. Plays
+/// of the daemon's life with real processes use it. The destructor kills the program, if need be,
+/// and waits for its end.
 class WatchedProcess {
 public:
     using OnLine = std::function<void(const std::string& line)>;
@@ -25,8 +25,8 @@ public:
     /// How long the waits below take until they give up: far beyond what anything here needs.
     static constexpr std::chrono::seconds patience{20};
 
-    /// `onLine` hears of every line as it is read. Throws std::system_error when the program can't
-    /// be started.
+    /// Starts the program. `onLine` is told every line as it is read. Throws std::system_error if
+    /// the program can't be started.
     explicit WatchedProcess(const std::string& program, std::span<const std::string_view> arguments,
                             OnLine onLine = {}, ChildGroup group = ChildGroup::ofParent);
     WatchedProcess(const WatchedProcess&) = delete;
@@ -35,24 +35,25 @@ public:
 
     [[nodiscard]] pid_t pid() const { return pid_; }
 
-    /// Reads on until a line that holds the text has come that no earlier wait has used up. False
-    /// when the output ended, or patience did, without it.
+    /// Reads on until a line has come that contains the text and that no earlier wait has used up.
+    /// Returns false if the output ended, or patience did, without it.
     [[nodiscard]] bool waitForLine(std::string_view text);
 
+    /// Sends the program a signal.
     void signal(int number) const;
 
-    /// Of a program in a group of its own: kills it and what it has started, and waits for it, as
-    /// launchd does with a job that has crashed.
+    /// Kills a program that has a group of its own, and all that it has started, and waits for its
+    /// end. launchd does so with a job that has crashed.
     void killGroup();
 
-    /// Stops reading, as a reader who goes away.
+    /// Closes the reading end of the output, as a reader who goes away does.
     void closeOutput() { output_.reset(); }
 
-    /// Reads to the end of the output and answers the status as a shell tells it; absent when the
-    /// program does not end.
+    /// Reads to the end of the output and returns the status as a shell tells it; absent if the
+    /// program does not end within patience.
     [[nodiscard]] std::optional<int> waitForEnd();
 
-    /// Every line read so far.
+    /// Returns every line read so far.
     [[nodiscard]] const std::vector<std::string>& lines() const { return lines_; }
 
 private:

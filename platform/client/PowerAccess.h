@@ -16,12 +16,12 @@ struct PowerAccess {
     std::unique_ptr<PowerLink> link;
 };
 
-/// How a connection meets the program that it works for.
+/// What a connection needs of the program that it works for.
 struct ClientContext {
     /// Runs the work later, on the thread that uses the connection. May be called from any thread,
     /// but never after the connection was let go.
     std::function<void(std::function<void()>)> post;
-    /// Hears, on the calling thread, of what a person can mend.
+    /// Is told, on the calling thread, of what a person can mend.
     std::function<void(std::string_view message)> log;
 };
 

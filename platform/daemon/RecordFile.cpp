@@ -9,31 +9,31 @@ namespace {
 constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 
-/// Many times the longest record; a file beyond it is none of ours.
-constexpr std::size_t largestRecord = 65536;
+/// Bytes: many times what any record takes. A longer file is not one of ours.
+constexpr std::size_t maxSize = 65536;
 
 } // namespace
 
 std::optional<PowerDaemonRecord> RecordFile::read() {
-    const auto folder = Folder::open(directory_);
-    const auto content = folder ? folder->read(name_.c_str(), largestRecord) : std::nullopt;
+    const auto folder = Folder::open(directory_, disk_);
+    const auto content = folder ? folder->read(name_, maxSize) : std::nullopt;
     return content ? decodeRecord<PowerDaemonRecord>(*content) : std::nullopt;
 }
 
 bool RecordFile::write(const PowerDaemonRecord& record) {
-    const auto folder = Folder::make(directory_, folderMode);
+    const auto folder = Folder::make(directory_, folderMode, disk_);
     if (!folder || folder->owner() != expectedOwner_ || !folder->setMode(folderMode))
         return false;
-    // What can't be read, now or ever, may be the only word of what sleep was like: it stays.
-    if (folder->hasFile(name_.c_str()) && !folder->read(name_.c_str(), largestRecord))
+    // A record that can't be read may be the only word of what the setting was: it stays.
+    if (folder->hasFile(name_) && !folder->read(name_, maxSize))
         return false;
     const auto content = encodeJson(record);
-    return content && folder->replace(name_.c_str(), *content, fileMode);
+    return content && folder->replace(name_, *content, fileMode);
 }
 
 void RecordFile::remove() {
-    if (const auto folder = Folder::open(directory_))
-        folder->remove(name_.c_str());
+    if (const auto folder = Folder::open(directory_, disk_))
+        folder->remove(name_);
 }
 
 } // namespace velmo

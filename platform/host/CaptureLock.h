@@ -7,8 +7,9 @@
 
 namespace velmo {
 
-/// An exclusive lock on a file, among all processes that use the same path: whoever captures a
-/// window holds it (core/windows/CaptureGate.h). It ends with its holder, however that dies.
+/// An exclusive lock among all processes that use the same path, on the file of that name. Whoever
+/// captures a window takes it (core/windows/CaptureGate.h). It is free again when its owner is
+/// gone, however that ended.
 ///
 ///     CaptureLock lock(CaptureGate::lockPath(temporaryFolder));
 ///     if (CaptureGate::acquire(wait, poll, now, sleep, [&] { return lock.tryLock(); }))
@@ -17,12 +18,14 @@ class CaptureLock {
 public:
     explicit CaptureLock(std::string path) : path_(std::move(path)) {}
 
-    /// Whether this object now holds the lock, or did already. Never waits. The file is made, for
-    /// this user alone, when it is missing; false when it is a link or no regular file. A process
-    /// that the holder starts meanwhile does not inherit the lock; one that is only forked does.
+    /// Takes the lock, without waiting for it. Returns whether this object has it now, or had it
+    /// already. A missing file is made, for this user alone; a link, or anything but a regular
+    /// file, can't be locked. A program that the owner starts meanwhile does not inherit the lock;
+    /// a process that is only forked does.
     [[nodiscard]] bool tryLock();
 
-    /// The file stays: removing it would let two processes lock two files of the same name.
+    /// Gives the lock back. The file stays: if it were removed, two processes could lock two files
+    /// of the same name.
     void unlock() { file_.reset(); }
 
 private:

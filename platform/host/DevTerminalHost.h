@@ -2,24 +2,24 @@
 
 #include "core/terminal/DevTerminal.h"
 
-/// The checks of the terminal launcher that look at the real disk.
+/// Makes those checks of the terminal launcher that look at the real disk.
 namespace velmo::DevTerminal {
 
-/// For `parseOpen`.
+/// Returns the path with its links resolved as far as it exists, as `parseOpen` asks for it.
 std::optional<std::string> resolveOnDisk(std::string_view path);
 
-/// The allowed-folder rule for paths as given: see DevTerminal.h.
+/// Applies the rule for allowed folders (DevTerminal.h) to paths as given.
 bool isAllowedFolder(std::string_view path, std::string_view home);
 
-/// Whether a safe path leads to an executable file of root's or the caller's, which nobody else
+/// Tells whether a safe path leads to an executable file of root's or the caller's that nobody else
 /// could have put there: neither it nor any folder above it is world-writable, along the path as
 /// given and along the resolved one.
 bool isTrustedExecutable(std::string_view path);
 
-/// True also for what can't be examined.
+/// Tells whether everybody may write there. What can't be examined counts as writable.
 bool isWorldWritable(std::string_view path);
 
-/// The file of the running program, links resolved; absent when it is gone.
+/// Returns the path of the running program with its links resolved; absent if the file is gone.
 std::optional<std::string> ownExecutable();
 
 } // namespace velmo::DevTerminal

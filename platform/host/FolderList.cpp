@@ -15,7 +15,8 @@ struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-/// The disk is asked only where the list doesn't say.
+/// Tells whether the entry is a folder or a link to one. The disk is asked only if the list doesn't
+/// say.
 bool leadsToDirectory(DIR* folder, const dirent& entry) {
     if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
         return entry.d_type == DT_DIR;

@@ -7,8 +7,10 @@
 
 namespace velmo::Inventory {
 
-/// What lies in the folder, in the disk's order and with its names byte by byte, without "." and
-/// "..". Nothing when it can't be listed; what came before an error midway.
+/// Returns what lies in the folder, in the order of the disk and with its names byte by byte, "."
+/// and
+/// ".." left out. Returns nothing if the folder can't be listed, and what came before the error if
+/// one occurs midway.
 std::vector<Entry> listFolder(const std::string& path);
 
 } // namespace velmo::Inventory

@@ -4,8 +4,8 @@
 
 namespace velmo {
 
-/// The order of names in the user's language: CoreFoundation's on a Mac (platform/macos), ICU's
-/// elsewhere (platform/portable).
+/// Returns the order of names in the user's language, without regard to case. CoreFoundation orders
+/// them on a Mac (platform/host/macos), ICU elsewhere (platform/host/linux).
 NameComparison localisedComparison(DigitOrder digits);
 
 } // namespace velmo

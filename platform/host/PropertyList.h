@@ -7,18 +7,19 @@
 #include <string>
 #include <string_view>
 
-/// Property lists and the bundles that they describe, read by CoreFoundation on a Mac
+/// Reads property lists and the bundles that they describe, by CoreFoundation on a Mac
 /// (platform/host/macos) and by libplist elsewhere (platform/host/linux).
 namespace velmo::PropertyList {
 
-/// Returns the whole list, dates and the like as values without a kind. Absent if the bytes exceed
-/// `PropertyListBounds`, or are damaged as far as the reader finds out.
+/// Returns the whole list, in which dates and the like are values without a kind. Absent if
+/// `PropertyListBounds` refuses the bytes, or the reader finds them damaged.
 std::optional<Value> parse(std::string_view bytes);
 
-/// Reads and parses a file; absent too where `readFile` reads nothing.
+/// Reads and parses a file; absent too if `readFile` (PropertyListFile.h) reads nothing.
 std::optional<Value> read(const std::string& path);
 
-/// Returns what a bundle says of itself, as `Inventory::Services` asks for it.
+/// Returns what a bundle tells about itself, as `Inventory::Services` asks for it; what it does not
+/// tell, or not as text, is absent.
 Inventory::BundleInformation bundle(const std::string& path);
 
 } // namespace velmo::PropertyList

@@ -13,17 +13,13 @@ namespace {
 
 constexpr std::string_view binaryMagic = "bplist";
 
-/// Too many rather than too few: also those in comments.
+/// Counts too many containers rather than too few: also those in comments.
 bool admitsXml(std::string_view bytes) {
     if (bytes.starts_with(byteOrderMark))
         bytes.remove_prefix(byteOrderMark.size());
     const std::size_t first = bytes.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos || bytes[first] != '<' || bytes.contains('\0'))
         return false;
-    // Most lists are too short for too many.
-    constexpr std::string_view shortest = "<dict>";
-    if (bytes.size() / shortest.size() <= maxContainers)
-        return true;
     std::size_t containers = 0;
     for (auto at = bytes.find('<'); at != std::string_view::npos; at = bytes.find('<', at + 1)) {
         const std::string_view tag = bytes.substr(at + 1, 5);
@@ -32,9 +28,10 @@ bool admitsXml(std::string_view bytes) {
     return containers <= maxContainers;
 }
 
-/// The binary form: the magic, the objects, a table of their offsets, and 32 bytes that describe
-/// the table. An object is a byte of kind and count, perhaps the true count, and its content, which
-/// in a container is references: numbers of objects.
+/// Examines the binary form: the magic, the objects, a table of their offsets, and 32 bytes that
+/// describe the table. An object begins with a byte of its kind and count, perhaps followed by the
+/// true count; then comes its content. The content of a container is references, which are numbers
+/// of objects.
 class Binary {
 public:
     explicit Binary(std::string_view bytes) : bytes_(bytes) {}
@@ -73,18 +70,18 @@ private:
     };
 
     struct Object {
-        std::uint64_t kind;    ///< 0 for what can't be read
-        std::uint64_t count;   ///< of characters, elements or members; of other kinds without sense
+        std::uint64_t kind;    ///< 0 if it can't be read
+        std::uint64_t count;   ///< of characters, elements or members; no meaning in other kinds
         std::uint64_t content; ///< where it begins
     };
 
     struct Container {
         std::uint64_t references; ///< where they begin
         std::uint64_t count;      ///< of them
-        std::uint64_t keys;       ///< those that come first
+        std::uint64_t keys;       ///< how many of them, the first ones, are keys
     };
 
-    /// Big-endian; absent beyond the end.
+    /// Reads a number; absent if it has no size or lies beyond the end.
     [[nodiscard]] std::optional<std::uint64_t> number(std::uint64_t at, std::uint64_t size) const {
         if (size == 0 || size > 8 || at > bytes_.size() || size > bytes_.size() - at)
             return std::nullopt;
@@ -107,7 +104,7 @@ private:
                      : Object{};
     }
 
-    /// Of anything else one without references.
+    /// Returns the references of a container, and none for an object of any other kind.
     [[nodiscard]] Container container(std::uint64_t index) const {
         const auto [kind, count, content] = object(index);
         if (kind == dictionary) // twice as many may wrap around; then the keys alone are too many
@@ -117,7 +114,8 @@ private:
         return {};
     }
 
-    /// A text in which there is no NUL: a reader written in C gives up the whole process for one.
+    /// Tells whether the object is a text without NUL, for which a reader written in C may end the
+    /// whole process.
     [[nodiscard]] bool isKey(std::uint64_t index) {
         if (soundKeys_[index]) // many dictionaries may share one
             return true;
@@ -135,7 +133,7 @@ private:
 
     bool check(std::uint64_t object) {
         const auto [references, count, keys] = container(object);
-        // Those of different containers do not overlap.
+        // The references of sound containers do not overlap: all of them fit into the bytes.
         if (count > bytes_.size() - references_)
             return false;
         references_ += count;
@@ -144,7 +142,7 @@ private:
             const auto target = number(references + i * referenceSize_, referenceSize_);
             if (!target || *target >= referredTo_.size() || (i < keys && !isKey(*target)))
                 return false;
-            // Writers share empty containers, which cost nothing.
+            // Writers do share empty containers, which cost a reader nothing.
             if (container(*target).count == 0)
                 continue;
             if (referredTo_[*target])
@@ -159,8 +157,8 @@ private:
     std::uint64_t referenceSize_ = 0;
     std::uint64_t table_ = 0;
     std::vector<bool> referredTo_;
-    std::vector<bool> soundKeys_;  ///< found to be so
-    std::uint64_t references_ = 0; ///< of all containers so far
+    std::vector<bool> soundKeys_;  ///< objects found to be keys
+    std::uint64_t references_ = 0; ///< in all containers so far
     std::size_t containers_ = 0;
 };
 

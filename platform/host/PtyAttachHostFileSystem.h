@@ -4,8 +4,9 @@
 
 namespace velmo::PtyAttach {
 
-/// The ticket reader's file operations on the real system. The temporary folder that is the user's
-/// alone comes from confstr(_CS_DARWIN_USER_TEMP_DIR); systems without that call have TMPDIR.
+/// Does the ticket reader's file operations on the real system. The temporary folder that is the
+/// user's alone comes from confstr(_CS_DARWIN_USER_TEMP_DIR), or from TMPDIR on systems without
+/// that call.
 class HostFileSystem : public FileSystem {
 public:
     [[nodiscard]] std::uint32_t uid() override;

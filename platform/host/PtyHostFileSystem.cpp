@@ -11,11 +11,12 @@ namespace velmo::Pty {
 
 namespace {
 
+/// Returns the home folder that the user database names.
 std::optional<std::string> homeOfUser(uid_t user) {
-    constexpr std::size_t mostSpace = 65536; // far beyond any entry
+    constexpr std::size_t maxSpace = 65536; // bytes, far beyond any entry
     passwd entry{};
     passwd* found = nullptr;
-    for (std::vector<char> space(1024); space.size() <= mostSpace; space.resize(space.size() * 2)) {
+    for (std::vector<char> space(1024); space.size() <= maxSpace; space.resize(space.size() * 2)) {
         const int error = ::getpwuid_r(user, &entry, space.data(), space.size(), &found);
         if (error == ERANGE)
             continue;

@@ -4,7 +4,7 @@
 
 namespace velmo::Pty {
 
-/// The spawn policy's questions, answered by the real disk and user database.
+/// Answers the spawn policy's questions from the real disk and user database.
 class HostFileSystem final : public FileSystem {
 public:
     [[nodiscard]] std::optional<std::string> realpath(std::string_view path) const override;
@@ -14,7 +14,7 @@ public:
     [[nodiscard]] std::optional<std::string> home(const Environment& environment) const override;
 };
 
-/// The same two tests for callers that hold no `FileSystem`.
+// The same two tests for callers without a `FileSystem`.
 bool isExecutableFile(std::string_view path);
 bool isDirectory(std::string_view path);
 

@@ -20,7 +20,7 @@ std::optional<std::int64_t> integerIn(CFTypeRef object) {
     if (!isOfType(object, CFNumberGetTypeID()))
         return std::nullopt;
     std::int64_t value = 0;
-    // False when the number does not fit without loss.
+    // The call fails if the number does not fit without loss.
     if (CFNumberGetValue(static_cast<CFNumberRef>(object), kCFNumberSInt64Type, &value) == 0)
         return std::nullopt;
     return value;
@@ -31,14 +31,14 @@ std::optional<std::string> textIn(CFTypeRef object) {
         return std::nullopt;
     const auto* const text = static_cast<CFStringRef>(object);
     const CFIndex length = CFStringGetLength(text);
-    const CFIndex longest = CFStringGetMaximumSizeForEncoding(length, kCFStringEncodingUTF8);
-    std::string bytes(static_cast<std::size_t>(longest), '\0');
+    const CFIndex maxSize = CFStringGetMaximumSizeForEncoding(length, kCFStringEncodingUTF8);
+    std::string bytes(static_cast<std::size_t>(maxSize), '\0');
     // With no byte to stand for what can't be converted, the conversion stops there. Not the C
     // string: that would end at a NUL, and what follows it would go unseen.
     CFIndex used = 0;
     const CFIndex converted =
         CFStringGetBytes(text, CFRangeMake(0, length), kCFStringEncodingUTF8, UInt8{}, Boolean{},
-                         reinterpret_cast<UInt8*>(bytes.data()), longest, &used);
+                         reinterpret_cast<UInt8*>(bytes.data()), maxSize, &used);
     if (converted != length)
         return std::nullopt;
     bytes.resize(static_cast<std::size_t>(used));

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <utility>
 
-/// CoreFoundation's objects as this code takes and owns them.
+/// Reads and owns CoreFoundation's objects.
 namespace velmo {
 
-/// Owns what a function with Copy or Create in its name returned, null included.
+/// Owns an object that a function with Copy or Create in its name returned, or null.
 template<class Ref>
 class Owned {
 public:
@@ -38,7 +38,7 @@ public:
 
     [[nodiscard]] Ref get() const { return object_; }
 
-    /// For functions that answer through a pointer; only while nothing is owned.
+    /// Returns where a function can put the object that it hands out. Nothing may be owned yet.
     [[nodiscard]] Ref* out() { return &object_; }
 
 private:
@@ -48,12 +48,13 @@ private:
 /// Tells whether the object is there and of the type.
 bool isOfType(CFTypeRef object, CFTypeID type);
 
-// Each is absent for null and for an object of another type.
+// Each returns nothing for null and for an object of another type.
 std::optional<bool> booleanIn(CFTypeRef object);
-std::optional<std::int64_t> integerIn(CFTypeRef object);
+std::optional<std::int64_t>
+integerIn(CFTypeRef object);                         ///< absent too for what 64 bits can't express
 std::optional<std::string> textIn(CFTypeRef object); ///< UTF-8; absent too for a lone surrogate
 
-/// Ill-formed UTF-8 is repaired; null only when memory is short.
+/// Makes a string of the text, with ill-formed UTF-8 repaired; null only if memory is short.
 Owned<CFStringRef> stringOf(std::string_view text);
 
 } // namespace velmo

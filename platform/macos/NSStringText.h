@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// Nil when the text is no UTF-8.
+/// Makes a string of the text; nil if it is not UTF-8.
 NSString* stringFrom(std::string_view text);
 
 } // namespace velmo

@@ -20,8 +20,8 @@ namespace velmo {
 
 namespace {
 
-/// pmset prints a few hundred bytes; a child that floods the pipe is not believed.
-constexpr std::size_t largestOutput = 1 << 20;
+/// Bytes. pmset prints a few hundred; a child that floods the pipe is not believed.
+constexpr std::size_t maxOutput = 1 << 20;
 
 class FileActions {
 public:
@@ -87,7 +87,7 @@ private:
     posix_spawnattr_t attributes_{};
 };
 
-bool holdsNul(std::string_view text) {
+bool containsNul(std::string_view text) {
     return text.contains('\0');
 }
 
@@ -97,7 +97,7 @@ std::optional<pid_t> startChild(const std::string& program,
                                 std::span<const std::string_view> arguments,
                                 const ChildStreams& streams, ChildGroup group) {
     errno = EINVAL;
-    if (holdsNul(program) || std::ranges::any_of(arguments, holdsNul))
+    if (containsNul(program) || std::ranges::any_of(arguments, containsNul))
         return std::nullopt;
     std::vector<std::string> words{program};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -145,9 +145,9 @@ std::optional<std::string> outputOf(const std::string& program,
     if (!child)
         return std::nullopt;
     // Our own copy must go, or the end of the output never comes. Reading to the end before waiting
-    // keeps a child that prints more than a pipe holds from waiting for us for ever.
+    // keeps a child that prints more than fits into a pipe from waiting for us for ever.
     pipe->writeEnd.reset();
-    const auto output = readToEnd(pipe->readEnd.get(), largestOutput);
+    const auto output = readToEnd(pipe->readEnd.get(), maxOutput);
     pipe->readEnd.reset();
     if (waitForChild(*child) != 0 || !output)
         return std::nullopt;

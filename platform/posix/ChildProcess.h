@@ -7,13 +7,15 @@
 #include <string>
 #include <string_view>
 
-/// Child processes. They are born with default signal dispositions, an empty signal mask and no
-/// descriptor but the standard three, whatever this process ignores, blocks or has open.
+/// Starts child processes and waits for them. A child is born with default signal dispositions, an
+/// empty signal mask and no descriptor but the standard three, whatever this process ignores,
+/// blocks or has open.
 namespace velmo {
 
-/// Runs a program by its absolute path, without a shell, standard input and error on the null
-/// device. Its standard output, ill-formed UTF-8 repaired, once it has ended with status 0; absent
-/// when it could not be started, ended otherwise, or an argument holds NUL.
+/// Runs a program by its absolute path, without a shell, with standard input and error on the null
+/// device, and waits for its end. Returns its standard output, with ill-formed UTF-8 repaired.
+/// Absent if the program can't be started, ends in any way but with status 0, or prints more than
+/// 1 MiB, and if an argument contains NUL.
 std::optional<std::string> outputOf(const std::string& program,
                                     std::span<const std::string_view> arguments);
 
@@ -29,18 +31,18 @@ enum class ChildGroup {
     own, ///< with the child's process id for its number, so that a signal can reach all in it
 };
 
-/// Starts a program: by its path, or found in PATH when it has no slash. Absent on failure, with
-/// errno set. The caller waits for it.
+/// Starts a program by its path, or looks it up in PATH if the name has no slash. Returns its
+/// process id, for which the caller must wait; absent on failure, with errno set.
 std::optional<pid_t> startChild(const std::string& program,
                                 std::span<const std::string_view> arguments,
                                 const ChildStreams& streams,
                                 ChildGroup group = ChildGroup::ofParent);
 
-/// The status of an ended child as a shell tells it: its own, or 128 and the signal. Absent when
-/// there is no such child. Waits for its end.
+/// Waits for the end of a child. Returns its status as a shell tells it: its own, or 128 plus the
+/// number of the signal that killed it. Absent if there is no such child.
 std::optional<int> waitForChild(pid_t child);
 
-/// The same for a status from `waitpid`.
+/// Returns the same for a status from `waitpid`.
 int shellStatus(int waitStatus);
 
 } // namespace velmo

@@ -12,7 +12,7 @@ constexpr clockid_t continuous = CLOCK_BOOTTIME;
 constexpr clockid_t continuous = CLOCK_MONOTONIC_RAW;
 #endif
 
-/// Neither clock can be missing.
+/// Reads a clock, of which neither can be missing.
 double secondsOf(clockid_t clock) {
     timespec now{};
     ::clock_gettime(clock, &now);

@@ -2,7 +2,7 @@
 
 #include "core/support/Time.h"
 
-/// The two clocks of this machine.
+/// Reads the two clocks of this machine.
 namespace velmo::Clocks {
 
 WallTime wallTime();

@@ -6,12 +6,12 @@
 
 namespace velmo {
 
-/// Owns a file descriptor.
+/// Owns a file descriptor, or none.
 class Descriptor {
 public:
     Descriptor() = default;
 
-    /// Takes what open and its kin return; negative means none.
+    /// Takes over what open and its kin return; a negative number means none.
     explicit Descriptor(int number) : number_(number) {}
 
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, none)) {}

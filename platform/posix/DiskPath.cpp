@@ -12,7 +12,7 @@ namespace velmo::DiskPath {
 
 namespace {
 
-/// As C takes it; absent when C would see another path.
+/// Returns the path for a C function; absent if NUL would make it another path there.
 std::optional<std::string> terminated(std::string_view path) {
     if (path.contains('\0'))
         return std::nullopt;
@@ -27,7 +27,7 @@ std::optional<struct stat> statusBy(int (*ask)(const char*, struct stat*), std::
     return found;
 }
 
-/// Whether nothing bears the name, not even a link that leads nowhere.
+/// Tells whether nothing has the name, not even a link that leads nowhere.
 bool isMissing(const std::string& path) {
     struct stat ignored{};
     return ::lstat(path.c_str(), &ignored) != 0 && errno == ENOENT;

@@ -5,45 +5,44 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <filesystem>
-#include <system_error>
 
 namespace velmo {
 
 namespace {
 
-/// Waits until the drive itself holds what was written.
-bool synchronize(int descriptor) {
-#ifdef F_FULLFSYNC
-    // fsync on macOS leaves the data in the drive's cache; not every file system knows the better
-    // call.
-    if (retryInterrupted([&] { return ::fcntl(descriptor, F_FULLFSYNC); }) == 0)
-        return true;
-#endif
-    return retryInterrupted([&] { return ::fsync(descriptor); }) == 0;
+namespace fs = std::filesystem;
+
+Descriptor openFolder(const fs::path& path, int moreFlags) {
+    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | moreFlags;
+    return Descriptor(retryInterrupted([&] { return ::open(path.c_str(), flags); }));
 }
 
-bool makeFolders(const std::filesystem::path& path, mode_t mode) {
-    if (::mkdir(path.c_str(), mode) == 0 || errno == EEXIST)
-        return true;
-    const auto parent = path.parent_path();
-    if (errno != ENOENT || parent == path)
+/// Makes the folder and what is missing above it, and waits until the drive has its name. It waits
+/// even if the folder exists: whoever made it may have been killed before they could.
+bool makeFolders(const fs::path& path, mode_t mode, Disk& disk) {
+    const fs::path parent = path.parent_path();
+    int error = disk.makeFolder(path, mode);
+    if (error == ENOENT && parent != path && makeFolders(parent, mode, disk))
+        error = disk.makeFolder(path, mode);
+    if (error != 0 && error != EEXIST)
         return false;
-    return makeFolders(parent, mode) && (::mkdir(path.c_str(), mode) == 0 || errno == EEXIST);
+    const Descriptor above = openFolder(parent.empty() ? "." : parent, 0);
+    return above && disk.synchronize(above.get());
 }
 
 } // namespace
 
-std::optional<Folder> Folder::open(const std::string& path) {
-    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    Descriptor descriptor(retryInterrupted([&] { return ::open(path.c_str(), flags); }));
+std::optional<Folder> Folder::open(const std::string& path, Disk& disk) {
+    Descriptor descriptor = openFolder(path, O_NOFOLLOW);
     if (!descriptor)
         return std::nullopt;
-    return Folder(std::move(descriptor));
+    return Folder(std::move(descriptor), disk);
 }
 
-std::optional<Folder> Folder::make(const std::string& path, mode_t mode) {
-    return makeFolders(path, mode) ? open(path) : std::nullopt;
+std::optional<Folder> Folder::make(const std::string& path, mode_t mode, Disk& disk) {
+    return makeFolders(path, mode, disk) ? open(path, disk) : std::nullopt;
 }
 
 std::optional<uid_t> Folder::owner() const {
@@ -57,45 +56,43 @@ bool Folder::setMode(mode_t mode) const {
     return ::fchmod(descriptor_.get(), mode) == 0;
 }
 
-bool Folder::hasFile(const char* name) const {
+bool Folder::hasFile(const std::string& name) const {
     struct stat status{};
-    return ::fstatat(descriptor_.get(), name, &status, AT_SYMLINK_NOFOLLOW) == 0
+    return ::fstatat(descriptor_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0
            && S_ISREG(status.st_mode);
 }
 
-std::optional<std::string> Folder::read(const char* name, std::size_t limit) const {
+std::optional<std::string> Folder::read(const std::string& name, std::size_t maxSize) const {
     // O_NONBLOCK: a planted FIFO must not make the open wait.
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(
-        retryInterrupted([&] { return ::openat(descriptor_.get(), name, flags); }));
+        retryInterrupted([&] { return ::openat(descriptor_.get(), name.c_str(), flags); }));
     if (!file || !isRegularFile(file.get()))
         return std::nullopt;
-    return readToEnd(file.get(), limit);
+    return readToEnd(file.get(), maxSize);
 }
 
-bool Folder::replace(const char* name, std::string_view content, mode_t mode) const {
-    const std::string temporary = std::string(name) + ".new";
-    remove(temporary.c_str()); // what an earlier crash may have left
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const Descriptor file(retryInterrupted(
-        [&] { return ::openat(descriptor_.get(), temporary.c_str(), flags, mode); }));
+bool Folder::replace(const std::string& name, std::string_view content, mode_t mode) const {
+    const int folder = descriptor_.get();
+    const std::string temporary = name + ".new";
+    disk_->remove(folder, temporary); // what an earlier crash may have left
+    const Descriptor file = disk_->createFile(folder, temporary, mode);
     if (!file)
         return false;
-    const bool replaced =
-        writeAll(file.get(), content) && synchronize(file.get())
-        && ::renameat(descriptor_.get(), temporary.c_str(), descriptor_.get(), name) == 0;
+    const bool replaced = disk_->write(file.get(), content) && disk_->synchronize(file.get())
+                          && disk_->rename(folder, temporary, name);
     if (!replaced) {
-        remove(temporary.c_str());
+        remove(temporary);
         return false;
     }
-    if (synchronize(descriptor_.get()))
+    if (disk_->synchronize(folder))
         return true;
     remove(name);
     return false;
 }
 
-void Folder::remove(const char* name) const {
-    ::unlinkat(descriptor_.get(), name, 0);
+void Folder::remove(const std::string& name) const {
+    disk_->remove(descriptor_.get(), name);
 }
 
 } // namespace velmo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Disk.h"
 
 #include <sys/types.h>
 
@@ -9,39 +10,47 @@
 #include <string>
 #include <string_view>
 
+namespace velmo {
+
 /// Small files inside one folder, reached through an open descriptor of the folder: what was
 /// checked is what is used, even if somebody moves or replaces its name meanwhile. Links are never
 /// followed, neither at the folder's own name nor at a file's.
-namespace velmo {
-
 class Folder {
 public:
-    /// Absent when the last part of the path is no folder (a link is none).
-    static std::optional<Folder> open(const std::string& path);
+    /// Opens a folder; absent if the last part of the path is anything else, a link included. The
+    /// caller keeps the disk alive as long as the folder.
+    static std::optional<Folder> open(const std::string& path, Disk& disk = Disk::ofThisMachine());
 
-    /// The same, after making the folder and what is missing above it with this mode.
-    static std::optional<Folder> make(const std::string& path, mode_t mode);
+    /// Opens a folder after making it, and what is missing above it, with this mode. Absent too if
+    /// the folder's own name might not survive a power cut.
+    static std::optional<Folder> make(const std::string& path, mode_t mode,
+                                      Disk& disk = Disk::ofThisMachine());
 
+    /// Returns the user id of the folder's owner.
     [[nodiscard]] std::optional<uid_t> owner() const;
     [[nodiscard]] bool setMode(mode_t mode) const;
 
-    /// Whether a regular file of that name is there, readable or not.
-    [[nodiscard]] bool hasFile(const char* name) const;
+    /// Tells whether a regular file of that name is there, readable or not.
+    [[nodiscard]] bool hasFile(const std::string& name) const;
 
-    /// The content of a regular file; absent too when it is longer than `limit` bytes.
-    [[nodiscard]] std::optional<std::string> read(const char* name, std::size_t limit) const;
+    /// Returns the content of a regular file; absent too if it is longer than `maxSize` bytes.
+    [[nodiscard]] std::optional<std::string> read(const std::string& name,
+                                                  std::size_t maxSize) const;
 
     /// Replaces the file, or makes it, so that after a crash or a power cut at any moment either
-    /// the old or the new content is there, whole. False: the old one is, or none at all.
-    [[nodiscard]] bool replace(const char* name, std::string_view content, mode_t mode) const;
+    /// the old or the new content is there, whole. After true it is the new one; after false the
+    /// old one or none.
+    [[nodiscard]] bool replace(const std::string& name, std::string_view content,
+                               mode_t mode) const;
 
-    /// Errors are ignored.
-    void remove(const char* name) const;
+    /// Removes the file. Errors are ignored.
+    void remove(const std::string& name) const;
 
 private:
-    explicit Folder(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+    Folder(Descriptor descriptor, Disk& disk) : descriptor_(std::move(descriptor)), disk_(&disk) {}
 
     Descriptor descriptor_;
+    Disk* disk_;
 };
 
 } // namespace velmo

@@ -10,7 +10,7 @@ bool isRegularFile(int descriptor) {
     return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-std::optional<std::string> readToEnd(int descriptor, std::size_t limit) {
+std::optional<std::string> readToEnd(int descriptor, std::size_t maxSize) {
     std::string bytes;
     char buffer[4096];
     while (true) {
@@ -21,7 +21,7 @@ std::optional<std::string> readToEnd(int descriptor, std::size_t limit) {
         if (count == 0)
             return bytes;
         bytes.append(buffer, static_cast<std::size_t>(count));
-        if (bytes.size() > limit)
+        if (bytes.size() > maxSize)
             return std::nullopt;
     }
 }

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-/// Reading and writing descriptors to the end, whatever signals arrive meanwhile.
+/// Reads and writes descriptors to the end, whatever signals arrive meanwhile.
 namespace velmo {
 
-/// Repeats a system call that a signal interrupted.
+/// Makes a system call, and makes it again as long as a signal interrupts it.
 template<class Call>
 auto retryInterrupted(const Call& call) {
     auto result = call();
@@ -18,13 +18,13 @@ auto retryInterrupted(const Call& call) {
     return result;
 }
 
-/// Neither a folder nor a FIFO, a socket or a device.
+/// Tells whether it is a file with content of its own: no folder, FIFO, socket or device.
 bool isRegularFile(int descriptor);
 
-/// All bytes up to the end; absent on an error or when there are more than `limit`.
-std::optional<std::string> readToEnd(int descriptor, std::size_t limit);
+/// Returns all bytes up to the end; absent on an error, or if there are more than `maxSize`.
+std::optional<std::string> readToEnd(int descriptor, std::size_t maxSize);
 
-/// Whether every byte was written.
+/// Writes all the bytes. Returns false on an error, after which some may have been written.
 bool writeAll(int descriptor, std::string_view bytes);
 
 } // namespace velmo

@@ -4,8 +4,8 @@
 
 namespace velmo {
 
-/// The file of the running program, links resolved; empty when the system does not tell. Not for
-/// the daemon: it starts nothing but system tools.
+/// Returns the path of the running program with its links resolved, or an empty one if the system
+/// does not tell. The daemon has no use for it: it starts nothing but system tools.
 std::filesystem::path ownExecutable();
 
 } // namespace velmo

@@ -6,13 +6,13 @@
 
 namespace velmo {
 
-/// Both ends close themselves and are closed in children.
+/// The two ends of a pipe. Neither is inherited by a program that this process starts.
 struct Pipe {
     Descriptor readEnd;
     Descriptor writeEnd;
 };
 
-/// Absent when there are no descriptors left, with errno set.
+/// Makes a pipe; absent if there are no descriptors left, with errno set.
 std::optional<Pipe> makePipe();
 
 } // namespace velmo

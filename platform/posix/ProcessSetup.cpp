@@ -10,7 +10,7 @@
 namespace velmo {
 
 void prepareProcess() {
-    // open answers the lowest free number, so this fills exactly the standard ones that are closed.
+    // open returns the lowest free number, so this fills exactly the standard ones that are closed.
     int descriptor = ::open("/dev/null", O_RDWR);
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
         descriptor = ::open("/dev/null", O_RDWR);

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-/// What stands on the socket of a simulated Mac in place of XPC: one JSON line a call from the
-/// client, answered by one JSON line, in order.
+/// The lines on the socket of a simulated Mac, which stand in place of XPC. The client sends each
+/// call as one line of JSON, and the daemon replies to each with one line, in order.
 ///
 ///     {"batteryFloor":20,"call":"hold"}    {"ok":true,"reason":""}
 ///     {"call":"heartbeat"}                 {"ok":true}
@@ -20,8 +20,8 @@ template<>
 inline constexpr auto rawTexts<PowerCall> =
     std::to_array<std::string_view>({"hold", "heartbeat", "release"});
 
-/// Longest line of either side, in bytes with its line feed.
-inline constexpr std::size_t longestCallLine = 1024;
+inline constexpr std::size_t maxCallLine =
+    1024; ///< bytes of either side's line, line feed included
 
 struct CallLine {
     PowerCall call = PowerCall::hold;
@@ -31,7 +31,7 @@ struct CallLine {
         std::tuple{field("call", &CallLine::call), field("batteryFloor", &CallLine::batteryFloor)};
     bool operator==(const CallLine&) const = default;
 
-    /// Absent for anything that is no call; other members are ignored.
+    /// Returns the call, or nothing if the line is not one. Members of other names are ignored.
     static std::optional<CallLine> parse(std::string_view line) {
         auto call = decodeRecord<CallLine>(line);
         if (call && call->call == PowerCall::hold && !call->batteryFloor)

@@ -20,11 +20,11 @@ namespace {
 
 constexpr const char* machineFile = "machine.json";
 constexpr const char* lockFile = ".machine.lock";
-constexpr std::size_t largestMachineFile = 65536;
+constexpr std::size_t maxMachineFile = 65536; // bytes
 constexpr mode_t fileMode = 0644;
 constexpr mode_t folderMode = 0755;
 
-/// One member a line, for people who edit the file. Takes valid compact JSON.
+/// Puts each member of valid compact JSON on a line of its own, for people who edit the file.
 std::string indented(std::string_view json) {
     std::string result;
     std::size_t depth = 0;
@@ -62,11 +62,12 @@ bool write(const Folder& folder, const SimulatedMac& mac) {
 }
 
 std::optional<SimulatedMac> read(const Folder& folder) {
-    const auto content = folder.read(machineFile, largestMachineFile);
+    const auto content = folder.read(machineFile, maxMachineFile);
     return content ? decodeRecord<SimulatedMac>(*content) : std::nullopt;
 }
 
-/// Held until the descriptor is closed. `mode` tells whether to wait for whoever holds it.
+/// Locks a file, which it makes if need be, until the descriptor is closed. `mode` says whether to
+/// wait while another process has the lock.
 Descriptor lock(const fs::path& path, int mode) {
     Descriptor file(retryInterrupted(
         [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode); }));

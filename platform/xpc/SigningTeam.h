@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// The team identifier that the running process is signed with; absent when it is unsigned, signed
-/// ad hoc, or the system does not tell.
+/// Returns the team identifier that the running process is signed with; absent if it is unsigned,
+/// signed ad hoc, or the system does not tell.
 std::optional<std::string> currentSigningTeam();
 
 } // namespace velmo

@@ -17,6 +17,7 @@
 
 namespace velmo {
 
+/// Returns the description of the protocol that a connection needs on both sides.
 NSXPCInterface* powerInterface();
 
 } // namespace velmo

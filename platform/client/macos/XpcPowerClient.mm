@@ -15,11 +15,11 @@ namespace velmo {
 
 namespace {
 
-/// Time for launchd to start the daemon, and for the daemon to undo what an earlier run left.
+/// How long launchd may take to start the daemon, and the daemon to undo what an earlier run left.
 constexpr std::chrono::seconds patience(5);
 
-/// What the connection's queue may touch of a client. Shut when the client goes: replies and errors
-/// still come after that, when the thread that they were for may be gone.
+/// The only part of a client that the connection's queue touches. The client shuts it when it goes:
+/// replies and errors still come after that, when the thread that they were for may be gone.
 class Letterbox {
 public:
     using Piece = std::function<void()>;
@@ -46,7 +46,7 @@ private:
 /// they are posted, and dropped if the client is gone by then.
 class XpcPowerClient final : public VelmoPowerProtocol,
                              public std::enable_shared_from_this<XpcPowerClient> {
-    /// To be called on the connection's queue.
+    /// Returns a callback for the connection's queue, which posts the call of this one.
     template<class Callback>
     auto posted(Callback callback) {
         return [self = weak_from_this(), letterbox = letterbox_,
@@ -116,15 +116,16 @@ private:
         return textIn((__bridge CFTypeRef)text).value_or(std::string());
     }
 
-    /// Each call through it ends in its reply or in `failed`, never in both.
+    /// Returns the daemon's proxy. Each call through it ends in its reply or in `failed`, never in
+    /// both.
     id<VelmoPowerProtocol> daemon(std::function<void()> failed) {
         return [connection_ remoteObjectProxyWithErrorHandler:^(NSError* /*error*/) {
           failed();
         }];
     }
 
-    /// A connection is made by its first call. A heartbeat of a client that does not hold changes
-    /// nothing, whatever it is answered.
+    /// Tells whether the daemon replies: a connection is made by its first call. The heartbeat of a
+    /// client without a hold changes nothing, whatever the reply.
     [[nodiscard]] bool answers() {
         const auto answered = std::make_shared<std::promise<bool>>();
         auto outcome = answered->get_future();

@@ -14,7 +14,7 @@ std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
                                                     const std::filesystem::path& socket,
                                                     std::function<void()> onLost) {
     const std::shared_ptr<SocketClient> client(new SocketClient(context));
-    // Throws too when the path is longer than a socket address holds.
+    // Throws too if the path is too long for a socket address.
     try {
         client->socket_.connect(socket.string());
     } catch (const std::system_error&) {
@@ -66,7 +66,7 @@ void SocketClient::writeNext() {
 
 void SocketClient::readReply() {
     asio::async_read_until(
-        socket_, asio::dynamic_buffer(received_, longestCallLine), '\n',
+        socket_, asio::dynamic_buffer(received_, maxCallLine), '\n',
         [self = shared_from_this()](const std::error_code& error, std::size_t size) {
             self->received(error, size);
         });

@@ -20,9 +20,9 @@ namespace velmo {
 class SocketClient final : public VelmoPowerProtocol,
                            public std::enable_shared_from_this<SocketClient> {
 public:
-    /// Null when nobody listens. `onLost` is called once, when the daemon ends the connection;
-    /// calls that were not answered by then never are. Letting go of the client ends the connection
-    /// too.
+    /// Connects to the socket; null if nobody listens there. `onLost` is called once, when the
+    /// daemon ends the connection; calls without a reply by then never get one. Letting go of the
+    /// client ends the connection too, and nothing is called any more.
     static std::shared_ptr<SocketClient> connect(asio::io_context& context,
                                                  const std::filesystem::path& socket,
                                                  std::function<void()> onLost);

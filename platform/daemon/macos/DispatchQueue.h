@@ -6,9 +6,10 @@
 
 namespace velmo {
 
-/// A serial Dispatch queue without a quality of service of its own.
+/// A serial Dispatch queue. No quality of service is set for it.
 class DispatchQueue final : public SerialQueue {
 public:
+    /// The label shows in debuggers and crash reports.
     explicit DispatchQueue(const char* label);
 
     void async(Work work) override;

@@ -11,12 +11,13 @@
 
 namespace velmo {
 
-/// One client's XPC connection. Knows the NSXPCConnection weakly and is kept by it, so that both
-/// end together: the system keeps a resumed one until it is invalidated.
+/// One client's XPC connection. It refers to the NSXPCConnection weakly and is kept by it, so that
+/// both end together: the system keeps a resumed connection until it is invalidated.
 class XpcConnection final : public ClientConnection {
 public:
     using Log = std::function<void(std::string_view message)>;
 
+    /// Makes the connection's one object; `log` is told why a requirement is refused.
     static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log);
 
     [[nodiscard]] ClientId id() const override { return id_; }

@@ -18,7 +18,7 @@
 
 namespace velmo {
 
-/// A Mach service that launchd holds for this process. Serves as long as it lives.
+/// The Mach service whose name launchd keeps for this process. It serves as long as it lives.
 class XpcService {
 public:
     XpcService(std::string_view name, std::shared_ptr<Guard> guard, XpcConnection::Log log);

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-/// The exported object of one connection: hands every call on to the session.
+/// The exported object of one connection, which hands every call on to the session.
 @interface VelmoPowerSession : NSObject <VelmoPowerProtocol>
 
 - (instancetype)initWithSession:(std::shared_ptr<velmo::Session>)session;

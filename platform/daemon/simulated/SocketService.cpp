@@ -22,23 +22,30 @@ namespace {
 
 using Socket = asio::local::stream_protocol::socket;
 
-/// One client. Lives as long as a read, a call or a write of it is under way.
+/// One client's connection. It keeps itself alive while a read, a call or a write is under way.
 class SocketConnection final : public ClientConnection,
                                public std::enable_shared_from_this<SocketConnection> {
 public:
+    /// Counts itself in `connections` as long as it lives.
     SocketConnection(Socket socket, ClientId id, MacFolder folder,
-                     std::shared_ptr<const bool> place)
+                     std::shared_ptr<std::atomic<std::size_t>> connections)
         : socket_(std::move(socket)),
           id_(id),
           folder_(std::move(folder)),
-          place_(std::move(place)) {}
+          connections_(std::move(connections)) {
+        ++*connections_;
+    }
+
+    SocketConnection(const SocketConnection&) = delete;
+    SocketConnection& operator=(const SocketConnection&) = delete;
+
+    ~SocketConnection() override { --*connections_; }
 
     [[nodiscard]] ClientId id() const override { return id_; }
 
-    bool requireCodeSignature(const std::string& requirement) override {
-        requirement_ = requirement;
-        return true;
-    }
+    /// A socket knows no signatures: the peer's user, seen to when the connection is resumed,
+    /// stands for one.
+    bool requireCodeSignature(const std::string& /*requirement*/) override { return true; }
 
     void exportSession(std::shared_ptr<Session> session) override { session_ = std::move(session); }
 
@@ -47,24 +54,24 @@ public:
     }
 
     void resume() override {
-        if (satisfiesRequirement())
+        if (isTrusted())
             readCall();
         else
             invalidate();
     }
 
 private:
-    [[nodiscard]] bool satisfiesRequirement() {
+    [[nodiscard]] bool isTrusted() {
         const auto user = peerUser(socket_.native_handle());
         const auto mac = folder_.load();
-        return user && mac && !requirement_.empty()
+        return user && mac
                && std::ranges::find(mac->trustedUsers, std::int64_t{*user})
                       != mac->trustedUsers.end();
     }
 
     void readCall() {
         asio::async_read_until(
-            socket_, asio::dynamic_buffer(received_, longestCallLine), '\n',
+            socket_, asio::dynamic_buffer(received_, maxCallLine), '\n',
             [self = shared_from_this()](const std::error_code& error, std::size_t size) {
                 self->received(error, size);
             });
@@ -99,7 +106,7 @@ private:
         }
     }
 
-    /// Replies come on the guard's queue; the socket belongs to the main thread.
+    /// Called on the guard's queue; the socket belongs to the context's thread.
     void post(const ReplyLine& reply) {
         asio::post(socket_.get_executor(),
                    [self = shared_from_this(), reply] { self->answer(reply); });
@@ -127,8 +134,7 @@ private:
     Socket socket_;
     ClientId id_;
     MacFolder folder_;
-    std::shared_ptr<const bool> place_;
-    std::string requirement_;
+    std::shared_ptr<std::atomic<std::size_t>> connections_;
     std::shared_ptr<Session> session_;
     std::function<void()> invalidated_;
     std::string received_;
@@ -137,8 +143,8 @@ private:
 
 } // namespace
 
-SocketService::SocketService(asio::io_context& context, MacFolder folder) noexcept
-    : context_(context), folder_(std::move(folder)), acceptor_(context), acceptPause_(context) {
+SocketService::SocketService(asio::io_context& context, MacFolder folder, std::size_t places)
+    : folder_(std::move(folder)), acceptor_(context), acceptPause_(context), places_(places) {
 }
 
 bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
@@ -154,7 +160,7 @@ bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guar
         acceptor_.bind(unready.string());
         acceptor_.listen();
         std::filesystem::rename(unready, path);
-    } catch (const std::system_error&) { // also for a path longer than a socket address holds
+    } catch (const std::system_error&) { // also for a path too long for a socket address
         return false;
     }
     acceptNext();
@@ -175,11 +181,9 @@ void SocketService::acceptNext() {
 }
 
 void SocketService::admit(Socket socket) {
-    const auto alive = static_cast<std::size_t>(places_.use_count() - 1);
-    if (alive >= mostConnections)
-        return;
-    guard_->acceptConnection(std::make_shared<SocketConnection>(
-        std::move(socket), ClientId{++lastClient_}, folder_, places_));
+    if (*taken_ < places_)
+        guard_->acceptConnection(std::make_shared<SocketConnection>(
+            std::move(socket), ClientId{++lastClient_}, folder_, taken_));
 }
 
 } // namespace velmo

@@ -7,6 +7,7 @@
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -14,20 +15,22 @@
 
 namespace velmo {
 
-/// The Mach service of a simulated Mac: a Unix-domain socket. Every peer whose user the machine
-/// file trusts counts as signed as the requirement wants; the others are dropped without a word, as
-/// XPC drops them.
+/// Serves the guard's clients on a Unix-domain socket, in place of a Mac's Mach service. A peer
+/// whose user the machine file trusts counts as signed the way the requirement wants; any other is
+/// dropped without a word, as XPC does it.
 ///
-/// Peers can't harm each other: a client is read only after its last call was answered, a line has
-/// a limit, whatever is no call ends its connection, and there are only so many connections.
+/// Peers can't harm each other: a client's next call is read only after its last one was answered,
+/// a line that is too long or not a call ends its connection, and so does one connection too many.
 class SocketService {
 public:
-    /// Far fewer than descriptors: what is left over is for pmset and the record.
-    static constexpr std::size_t mostConnections = 256;
+    /// Far fewer than the descriptors that a process may have: pmset and the record need some too.
+    static constexpr std::size_t maxConnections = 256;
 
-    SocketService(asio::io_context& context, MacFolder folder) noexcept;
+    /// The caller keeps the context alive as long as the service.
+    SocketService(asio::io_context& context, MacFolder folder, std::size_t places = maxConnections);
 
-    /// Takes the socket over from a daemon that is gone. False: it can't be bound.
+    /// Takes the socket over from a daemon that is gone, and serves the guard's clients on it from
+    /// then on. Returns false if the socket can't be bound.
     [[nodiscard]] bool listen(std::string_view service, std::shared_ptr<Guard> guard);
 
 private:
@@ -36,14 +39,16 @@ private:
     void acceptNext();
     void admit(Socket socket);
 
-    asio::io_context& context_;
     MacFolder folder_;
     asio::local::stream_protocol::acceptor acceptor_;
     asio::steady_timer acceptPause_;
     std::shared_ptr<Guard> guard_;
     std::uint64_t lastClient_ = 0;
-    /// Counts the connections alive, one owner each, beside our own.
-    std::shared_ptr<const bool> places_ = std::make_shared<const bool>(true);
+    std::size_t places_;
+    /// How many connections there are. A connection that outlives the service still counts itself
+    /// out, on whichever thread lets go of it last.
+    std::shared_ptr<std::atomic<std::size_t>> taken_ =
+        std::make_shared<std::atomic<std::size_t>>(std::size_t{0});
 };
 
 } // namespace velmo

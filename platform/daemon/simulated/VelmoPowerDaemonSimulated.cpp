@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
         writeStandardError("a daemon runs already in " + folder.root().string() + "\n");
         return EXIT_FAILURE;
     }
-    allowDescriptors(4 * SocketService::mostConnections);
+    allowDescriptors(4 * SocketService::maxConnections);
     auto& host = *new SimulatedHost(folder); // never destroyed
     runDaemon(host);
     return EXIT_FAILURE; // not reached: the main loop never runs out of work

@@ -26,11 +26,11 @@ struct FreeMemory {
 using List = std::unique_ptr<std::remove_pointer_t<plist_t>, FreeList>;
 using Memory = std::unique_ptr<void, FreeMemory>;
 
-/// Null when it can't be read.
+/// Returns null if the list can't be read.
 List listFrom(std::string_view bytes) {
     if (!PropertyListBounds::admits(bytes))
         return nullptr;
-    // Unknown to libplist.
+    // libplist does not know the mark.
     if (bytes.starts_with(PropertyListBounds::byteOrderMark))
         bytes.remove_prefix(PropertyListBounds::byteOrderMark.size());
     plist_t list = nullptr;
@@ -89,7 +89,7 @@ std::optional<Value> dictionaryOf(plist_t node, std::size_t depth) {
     return dictionary;
 }
 
-/// Absent when anything in it lies too deep.
+/// Returns nothing if anything in the value lies too deep.
 std::optional<Value> valueOf(plist_t node, std::size_t depth) {
     if (depth > PropertyListBounds::maxDepth)
         return std::nullopt;
@@ -97,7 +97,7 @@ std::optional<Value> valueOf(plist_t node, std::size_t depth) {
     case PLIST_BOOLEAN:
         return Value(scalarIn(node, plist_get_bool_val) != 0);
     case PLIST_UINT:
-        // Handed out as the bits alone: -1 can't be told from 2^64 - 1, which nobody writes.
+        // libplist hands out the bits alone: -1 can't be told from 2^64 - 1, which nobody writes.
         return Value(static_cast<std::int64_t>(scalarIn(node, plist_get_uint_val)));
     case PLIST_REAL:
         return Value(scalarIn(node, plist_get_real_val));

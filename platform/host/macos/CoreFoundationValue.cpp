@@ -10,7 +10,7 @@ namespace velmo {
 
 namespace {
 
-/// An integer that 64 bits can't hold as the real that is nearest.
+/// An integer beyond 64 bits becomes the real that is nearest to it.
 Value numberValue(CFNumberRef number) {
     const auto integer = CFNumberIsFloatType(number) == 0 ? integerIn(number) : std::nullopt;
     if (integer)

@@ -8,9 +8,9 @@
 
 namespace velmo {
 
-/// The whole of a property list: dates, and texts that `textIn` does not give, as values without a
-/// kind, members under such a text left out. Absent for null, and beyond
-/// `PropertyListBounds::maxDepth`.
+/// Returns a whole property list as a value. Dates, and texts that `textIn` can't read, become
+/// values without a kind; members whose key is such a text are left out. Absent for null, and for a
+/// list that is deeper than `PropertyListBounds::maxDepth`.
 std::optional<Value> valueIn(CFTypeRef object);
 
 } // namespace velmo

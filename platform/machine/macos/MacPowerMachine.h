@@ -4,7 +4,7 @@
 
 namespace velmo {
 
-/// The Mac that this process runs on. Has no state; nothing but `runPmset("-a", ...)` needs root.
+/// The Mac that this process runs on. It has no state, and only `runPmset({"-a", ...})` needs root.
 class MacPowerMachine final : public PowerMachine {
 public:
     std::optional<std::string> runPmset(PmsetArguments arguments) override;

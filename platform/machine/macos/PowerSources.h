@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// IOKit's snapshot of the power sources, as it is; absent when the system gives none.
+/// Returns IOKit's snapshot of the power sources as it is; absent if the system gives none.
 std::optional<PowerSourceSnapshot> readPowerSources();
 
 } // namespace velmo

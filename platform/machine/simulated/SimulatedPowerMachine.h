@@ -6,8 +6,9 @@
 
 namespace velmo {
 
-/// A simulated Mac through the daemon's eyes. Every fact is read from the machine file when it is
-/// asked for; while a person is in the middle of saving the file, the last good state stands.
+/// A simulated Mac as the daemon and its clients see it. Every fact is read from the machine file
+/// when it is asked for; while a person is in the middle of saving the file, the last good state
+/// stands.
 class SimulatedPowerMachine final : public PowerMachine {
 public:
     explicit SimulatedPowerMachine(MacFolder folder) : folder_(std::move(folder)) {}

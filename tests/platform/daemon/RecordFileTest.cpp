@@ -1,12 +1,13 @@
 #include "platform/daemon/RecordFile.h"
 
+#include "tests/platform/posix/PowerCutDisk.h"
+
 #include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
-#include <set>
 
 namespace velmo {
 namespace {
@@ -14,21 +15,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr PowerDaemonRecord record{.previous = true, .since = 1700000000.5};
+constexpr PowerDaemonRecord older{.previous = false, .since = 1};
+const std::string name = "power-daemon.json";
 
 class RecordFileTest : public testing::Test {
 protected:
-    static mode_t mode(const fs::path& path) {
-        struct stat status{};
-        return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-    }
-
-    static std::set<std::string> names(const fs::path& folder) {
-        std::set<std::string> result;
-        for (const auto& entry : fs::directory_iterator(folder))
-            result.insert(entry.path().filename());
-        return result;
-    }
-
     void put(std::string_view content) const {
         fs::create_directories(folder);
         std::ofstream(file, std::ios::binary) << content;
@@ -36,40 +27,26 @@ protected:
 
     TemporaryFolder temporary;
     fs::path folder = temporary.path() / "db" / "velmo";
-    fs::path file = folder / "power-daemon.json";
-    RecordFile records{folder.string(), "power-daemon.json", ::getuid()};
+    fs::path file = folder / name;
+    RecordFile records{folder.string(), name, ::getuid()};
 };
 
-TEST_F(RecordFileTest, IsWrittenReadAndRemoved) {
+TEST_F(RecordFileTest, IsWrittenReadAndRemovedInAFolderThatItCloses) {
     EXPECT_FALSE(records.read());
-    records.remove();
-    EXPECT_TRUE(records.write({.previous = false, .since = 1}));
-    EXPECT_TRUE(records.write(record));
-    EXPECT_EQ(records.read(), record);
-    EXPECT_EQ(mode(folder), 0700U);
-    EXPECT_EQ(mode(file), 0600U);
-    EXPECT_EQ(names(folder), std::set<std::string>{"power-daemon.json"});
-    records.remove();
-    EXPECT_FALSE(records.read());
-    EXPECT_TRUE(names(folder).empty());
-}
-
-TEST_F(RecordFileTest, TakesAnExistingFolderOverAndClosesIt) {
-    fs::create_directories(folder);
-    ::chmod(folder.c_str(), 0755);
     put("damaged");
-    std::ofstream(file.string() + ".new") << "left by a crash";
+    EXPECT_TRUE(records.write(older));
     EXPECT_TRUE(records.write(record));
-    EXPECT_EQ(mode(folder), 0700U);
-    EXPECT_EQ(names(folder), std::set<std::string>{"power-daemon.json"});
     EXPECT_EQ(records.read(), record);
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms{0700});
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms{0600});
+    records.remove();
+    EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(RecordFileTest, WritesNothingIntoAFolderOfAnotherOwner) {
     fs::create_directories(folder);
-    RecordFile others(folder.string(), "power-daemon.json", ::getuid() + 1);
-    EXPECT_FALSE(others.write(record));
-    EXPECT_TRUE(names(folder).empty());
+    EXPECT_FALSE(RecordFile(folder.string(), name, ::getuid() + 1).write(record));
+    EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(RecordFileTest, FollowsNoLinkToAFolder) {
@@ -78,54 +55,95 @@ TEST_F(RecordFileTest, FollowsNoLinkToAFolder) {
     fs::create_directories(folder.parent_path());
     fs::create_directory_symlink(elsewhere, folder);
     EXPECT_FALSE(records.write(record));
-    std::ofstream(elsewhere / "power-daemon.json") << encodeJson(record).value();
+    EXPECT_TRUE(fs::is_empty(elsewhere));
+    put(encodeJson(record).value());
     EXPECT_FALSE(records.read());
     records.remove();
-    EXPECT_EQ(names(elsewhere).size(), 1U);
-}
-
-TEST_F(RecordFileTest, NeedsARealFolder) {
-    fs::create_directories(folder.parent_path());
-    std::ofstream(folder) << "a file";
-    EXPECT_FALSE(records.write(record));
-    fs::remove(folder);
-    fs::remove(folder.parent_path());
-    std::ofstream(folder.parent_path()) << "a file";
-    EXPECT_FALSE(records.write(record));
+    EXPECT_TRUE(fs::exists(elsewhere / name));
 }
 
 TEST_F(RecordFileTest, ReadsNothingButARegularFile) {
     fs::create_directories(folder);
-    const fs::path elsewhere = temporary.path() / "planted";
-    std::ofstream(elsewhere) << encodeJson(record).value();
-    fs::create_symlink(elsewhere, file);
+    RecordFile planted(temporary.path().string(), "planted", ::getuid());
+    ASSERT_TRUE(planted.write(record));
+    fs::create_symlink(temporary.path() / "planted", file);
     EXPECT_FALSE(records.read());
     // Writing replaces the link itself, not what it points at.
-    EXPECT_TRUE(records.write({.previous = false, .since = 2}));
-    EXPECT_EQ(fs::file_size(elsewhere), encodeJson(record).value().size());
+    EXPECT_TRUE(records.write(older));
+    EXPECT_EQ(planted.read(), record);
 
     fs::remove(file);
     ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
     EXPECT_FALSE(records.read());
-    fs::remove(file);
-    fs::create_directory(file);
-    EXPECT_FALSE(records.read());
-    EXPECT_FALSE(records.write(record));
 }
 
 TEST_F(RecordFileTest, ACutOrOversizedRecordIsNotRead) {
     const std::string whole = encodeJson(record).value();
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        put(whole.substr(0, length));
-        EXPECT_FALSE(records.read()) << length;
-    }
-    put(whole + std::string(65536, ' '));
+    put(whole.substr(0, whole.size() - 1));
+    EXPECT_FALSE(records.read());
+    put(whole + std::string(65536 - whole.size(), ' '));
+    EXPECT_EQ(records.read(), record);
+    put(whole + std::string(65537 - whole.size(), ' '));
     EXPECT_FALSE(records.read());
     // What can't be read is not written over: it may tell what the setting was.
-    EXPECT_FALSE(records.write(record));
-    EXPECT_GT(fs::file_size(file), 65536U);
-    put(whole + "\n");
-    EXPECT_EQ(records.read(), record);
+    EXPECT_FALSE(records.write(older));
+    EXPECT_EQ(fs::file_size(file), 65537U);
+}
+
+RecordFile storeIn(const fs::path& folder, Disk& disk = Disk::ofThisMachine()) {
+    return {folder.string(), name, ::getuid(), disk};
+}
+
+using MaybeRecord = std::optional<PowerDaemonRecord>;
+
+/// Lets one call of a write fail, or that one and all after it as a kill or a power cut does, and
+/// then writes again. Returns false if the write has no call of that number.
+bool tryWithAFailure(std::size_t failing, bool isCut, const MaybeRecord& before) {
+    PowerCutDisk disk;
+    const fs::path folder = disk.path() / "velmo";
+    RecordFile records = storeIn(folder, disk);
+    EXPECT_TRUE(!before || records.write(*before));
+    disk.fail(failing, isCut ? PowerCutDisk::never : failing);
+    const bool written = records.write(record);
+    if (failing >= disk.calls.size())
+        return false;
+    if (isCut) {
+        const auto expectOldOrNew = [&](const fs::path& left) {
+            const auto read = storeIn(left / "velmo").read();
+            EXPECT_TRUE(read == before || read == record) << "cut at call " << failing;
+        };
+        expectOldOrNew(disk.path());
+        disk.cutPower(expectOldOrNew);
+    } else {
+        // There is nothing that an earlier crash has left and that needs to be removed.
+        EXPECT_EQ(written, disk.calls[failing] == "remove");
+        const bool isRenamed = failing > 0 && disk.calls[failing - 1] == "rename";
+        const MaybeRecord old = isRenamed ? MaybeRecord() : before;
+        EXPECT_EQ(records.read(), written ? MaybeRecord(record) : old);
+        EXPECT_FALSE(fs::exists(folder / (name + ".new")));
+    }
+    disk.fail(PowerCutDisk::never);
+    EXPECT_TRUE(records.write(record));
+    disk.cutPower([](const fs::path& left) { EXPECT_EQ(storeIn(left / "velmo").read(), record); });
+    return true;
+}
+
+TEST(RecordFileOnALossyDisk, APowerCutAtAnyMomentLeavesTheOldRecordOrTheNewAndAFailureIsReported) {
+    for (const bool isCut : {true, false}) {
+        for (const MaybeRecord& before : {MaybeRecord(), MaybeRecord(older)}) {
+            std::size_t failing = 0;
+            while (tryWithAFailure(failing, isCut, before))
+                ++failing;
+            EXPECT_GT(failing, 6U) << "calls that were let fail";
+        }
+    }
+}
+
+TEST(RecordFileOnALossyDisk, TheFoldersMadeForItSurviveAPowerCutToo) {
+    PowerCutDisk disk;
+    EXPECT_TRUE(storeIn(disk.path() / "db" / "velmo", disk).write(record));
+    disk.cutPower(
+        [](const fs::path& left) { EXPECT_EQ(storeIn(left / "db" / "velmo").read(), record); });
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "tests/platform/macos/FakeFrameworks.h"
 
-#include "core/support/Ascii.h"
 #include "core/support/Text.h"
 
 #include <IOKit/IOKitLib.h>
@@ -11,7 +10,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
-#include <utility>
 
 namespace velmo::fake {
 
@@ -50,63 +48,23 @@ const Value& valueOf(CFTypeRef reference) {
 template<class Value>
 const CFTypeID typeOf = decltype(Object::value)(std::in_place_type<Value>).index();
 
-/// Int and real numbers are of one type.
-CFTypeID typeOfNumber() {
-    return typeOf<std::int64_t>;
-}
-
 constexpr io_service_t rootDomain = 7;
-
-std::u16string wide(std::string_view ascii) {
-    return {ascii.begin(), ascii.end()};
-}
-
-std::u16string decoded(std::string_view utf8) {
-    std::u16string units;
-    for (const Text::Scalar& scalar : Text::Scalars(utf8)) {
-        if (scalar.value >= 0x10000)
-            units += static_cast<char16_t>(0xD7C0 + (scalar.value >> 10));
-        units += static_cast<char16_t>(scalar.value >= 0x10000 ? 0xDC00 | (scalar.value & 0x3FF)
-                                                               : scalar.value);
-    }
-    return units;
-}
+Object teamKey{.value = std::string("teamid")};
 
 std::string_view bytesAt(const UInt8* bytes, CFIndex length) {
     return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
 }
 
-Object* find(const std::map<std::string, Object*>& objects, std::string_view key) {
-    const auto found = objects.find(std::string(key));
+Object* find(const Dictionary& objects, std::string_view key) {
+    const auto found = objects.find(key);
     return found == objects.end() ? nullptr : found->second;
-}
-
-bool isDigit(char16_t unit) {
-    return unit < 0x80 && Ascii::isDigit(static_cast<char>(unit));
-}
-
-/// Compares as the text does without regard to case, and numbers of few digits by value if asked.
-std::u16string collated(std::u16string_view text, bool numerically) {
-    std::u16string key;
-    for (; !text.empty(); text.remove_prefix(1)) {
-        const char16_t unit = text.front();
-        const auto digits = std::ranges::find_if_not(text, isDigit) - text.begin();
-        if (numerically && digits > 0 && (key.empty() || !isDigit(key.back())))
-            key.append(20 - static_cast<std::size_t>(digits), u'0');
-        key += unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-    }
-    return key;
-}
-
-bool isSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
 }
 
 } // namespace
 
 /// In place of the compiler's constant strings.
 CFTypeRef constantString(const char* text) {
-    return get<CFTypeRef>(mac->make(wide(text)));
+    return get<CFTypeRef>(mac->text(text));
 }
 
 } // namespace velmo::fake
@@ -120,7 +78,7 @@ const mach_port_t kIOMainPortDefault = 0;
 
 CFTypeID CFGetTypeID(CFTypeRef value) {
     const CFTypeID type = object(value).value.index();
-    return type == typeOf<double> ? typeOfNumber() : type;
+    return type == typeOf<double> ? CFNumberGetTypeID() : type;
 }
 
 void CFRelease(CFTypeRef value) {
@@ -135,8 +93,9 @@ Boolean CFBooleanGetValue(CFBooleanRef boolean) {
     return valueOf<bool>(boolean) ? 1 : 0;
 }
 
+/// Integers and reals are of one type.
 CFTypeID CFNumberGetTypeID() {
-    return typeOfNumber();
+    return typeOf<std::int64_t>;
 }
 
 Boolean CFNumberIsFloatType(CFNumberRef number) {
@@ -148,74 +107,59 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
         *static_cast<double*>(value) = valueOf<double>(number);
         return 1;
     }
-    auto& out = *static_cast<std::int64_t*>(value);
-    if (const auto* real = std::get_if<double>(&object(number).value)) {
-        out = static_cast<std::int64_t>(*real);
-        return std::trunc(*real) == *real ? 1 : 0;
-    }
-    out = valueOf<std::int64_t>(number);
-    return 1;
+    const auto* real = std::get_if<double>(&object(number).value);
+    *static_cast<std::int64_t*>(value) =
+        real ? static_cast<std::int64_t>(*real) : valueOf<std::int64_t>(number);
+    return !real || std::trunc(*real) == *real ? 1 : 0;
 }
 
 CFTypeID CFStringGetTypeID() {
-    return typeOf<std::u16string>;
+    return typeOf<std::string>;
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {
-    return static_cast<CFIndex>(valueOf<std::u16string>(string).size());
+    return static_cast<CFIndex>(velmo::Text::utf16Length(valueOf<std::string>(string)));
 }
 
-CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding /*encoding*/) {
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) {
     return length * 3;
 }
 
-/// Of the basic plane only; surrogates count as lone ones.
-CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding /*encoding*/,
-                         UInt8 /*lossByte*/, Boolean /*isExternalRepresentation*/, UInt8* buffer,
-                         CFIndex size, CFIndex* usedSize) {
-    std::u16string_view text = valueOf<std::u16string>(string);
-    text = text.substr(static_cast<std::size_t>(range.location),
-                       static_cast<std::size_t>(range.length));
-    std::string bytes;
-    CFIndex converted = 0;
-    for (const char16_t unit : text) {
-        if (isSurrogate(unit))
-            break;
-        velmo::Text::append(bytes, unit);
-        ++converted;
-    }
-    if (static_cast<CFIndex>(bytes.size()) > size)
+/// Always of the whole text. The conversion stops at a surrogate.
+CFIndex CFStringGetBytes(CFStringRef string, CFRange, CFStringEncoding, UInt8, Boolean,
+                         UInt8* buffer, CFIndex size, CFIndex* usedSize) {
+    std::string_view text = valueOf<std::string>(string);
+    text = text.substr(0, text.find('\xED'));
+    if (static_cast<CFIndex>(text.size()) > size)
         std::abort();
-    bytes.copy(reinterpret_cast<char*>(buffer), bytes.size());
-    *usedSize = static_cast<CFIndex>(bytes.size());
-    return converted;
+    *usedSize = static_cast<CFIndex>(text.copy(reinterpret_cast<char*>(buffer), text.size()));
+    return static_cast<CFIndex>(velmo::Text::utf16Length(text));
 }
 
-CFStringRef CFStringCreateWithBytes(CFAllocatorRef /*allocator*/, const UInt8* bytes,
-                                    CFIndex length, CFStringEncoding /*encoding*/,
-                                    Boolean /*isExternalRepresentation*/) {
+CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex length,
+                                    CFStringEncoding, Boolean) {
     const std::string_view text = bytesAt(bytes, length);
-    return velmo::Text::isValidUtf8(text) ? create<CFStringRef>(mac->make(decoded(text))) : nullptr;
+    return velmo::Text::isValidUtf8(text) ? create<CFStringRef>(mac->text(text)) : nullptr;
 }
 
-/// Case is never regarded; both other options must be right for the fake to be of use.
+/// Without regard to case, which must be asked for as the locale must. By value means here that the
+/// shorter text comes first.
 CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
                                    CFStringCompareFlags options) {
-    const bool numerically = (options & kCFCompareNumerically) != 0;
     if ((options & ~CFStringCompareFlags{kCFCompareNumerically}) != 33)
         std::abort();
-    const int order = collated(valueOf<std::u16string>(first), numerically)
-                          .compare(collated(valueOf<std::u16string>(second), numerically));
-    if (order == 0)
-        return 0;
-    return order < 0 ? -1 : 1;
+    const std::string a = velmo::Text::lowercased(valueOf<std::string>(first));
+    const std::string b = velmo::Text::lowercased(valueOf<std::string>(second));
+    if ((options & kCFCompareNumerically) != 0 && a.size() != b.size())
+        return a.size() < b.size() ? -1 : 1;
+    return std::clamp(a.compare(b), -1, 1);
 }
 
 CFTypeID CFDataGetTypeID() {
     return typeOf<velmo::Bytes>;
 }
 
-CFDataRef CFDataCreate(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex length) {
+CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     return create<CFDataRef>(mac->make(velmo::Bytes(bytes, bytes + length)));
 }
 
@@ -227,21 +171,19 @@ const UInt8* CFDataGetBytePtr(CFDataRef data) {
     return valueOf<velmo::Bytes>(data).data();
 }
 
-CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef /*allocator*/, CFDataRef data,
-                                               CFOptionFlags /*options*/,
-                                               CFPropertyListFormat* /*format*/,
-                                               CFErrorRef* /*error*/) {
+CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef, CFDataRef data, CFOptionFlags,
+                                               CFPropertyListFormat*, CFErrorRef*) {
     return create<CFPropertyListRef>(
         find(mac->propertyLists, velmo::textOf(valueOf<velmo::Bytes>(data))));
 }
 
-CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef /*allocator*/, const UInt8* path,
-                                                 CFIndex length, Boolean /*isDirectory*/) {
-    return create<CFURLRef>(mac->make(Url{std::string(bytesAt(path, length))}));
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* path, CFIndex length,
+                                                 Boolean) {
+    return create<CFURLRef>(mac->text(bytesAt(path, length)));
 }
 
-CFBundleRef CFBundleCreate(CFAllocatorRef /*allocator*/, CFURLRef url) {
-    return create<CFBundleRef>(find(mac->bundles, valueOf<Url>(url).path));
+CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
+    return create<CFBundleRef>(find(mac->bundles, valueOf<std::string>(url)));
 }
 
 CFTypeRef CFBundleGetValueForInfoDictionaryKey(CFBundleRef bundle, CFStringRef key) {
@@ -269,7 +211,7 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
 void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
                                   const void** values) {
     for (const auto& [key, value] : valueOf<Dictionary>(dictionary)) {
-        *keys++ = mac->make(key);
+        *keys++ = mac->text(key);
         *values++ = value;
     }
 }
@@ -283,40 +225,38 @@ const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
 }
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-    const auto& entries = valueOf<Dictionary>(dictionary);
-    const auto found = entries.find(valueOf<std::u16string>(key));
-    return found == entries.end() ? nullptr : found->second;
+    return find(valueOf<Dictionary>(dictionary), valueOf<std::string>(key));
 }
 
 CFMutableDictionaryRef IOServiceMatching(const char* name) {
     return create<CFMutableDictionaryRef>(
-        mac->make(Dictionary{{u"IOProviderClass", mac->make(wide(name))}}));
+        mac->make(Dictionary{{"IOProviderClass", mac->text(name)}}));
 }
 
-io_service_t IOServiceGetMatchingService(mach_port_t /*mainPort*/, CFDictionaryRef matching) {
-    const Object* const name = valueOf<Dictionary>(matching).at(u"IOProviderClass");
+io_service_t IOServiceGetMatchingService(mach_port_t, CFDictionaryRef matching) {
+    const Object* const name = valueOf<Dictionary>(matching).at("IOProviderClass");
     CFRelease(matching);
-    if (!mac->hasRootDomain || std::get<std::u16string>(name->value) != u"IOPMrootDomain")
+    if (!mac->hasRootDomain || std::get<std::string>(name->value) != "IOPMrootDomain")
         return 0;
     ++mac->owedServices;
     return rootDomain;
 }
 
 CFTypeRef IORegistryEntryCreateCFProperty(io_registry_entry_t entry, CFStringRef key,
-                                          CFAllocatorRef /*allocator*/, IOOptionBits /*options*/) {
-    const auto found = mac->rootDomain.find(valueOf<std::u16string>(key));
+                                          CFAllocatorRef, IOOptionBits) {
+    const auto found = mac->rootDomain.find(valueOf<std::string>(key));
     return entry != rootDomain || found == mac->rootDomain.end() ? nullptr
                                                                  : create<CFTypeRef>(found->second);
 }
 
-io_connect_t IOPMFindPowerManagement(mach_port_t /*mainPort*/) {
+io_connect_t IOPMFindPowerManagement(mach_port_t) {
     if (!mac->hasPowerManagement)
         return 0;
     ++mac->owedServices;
     return rootDomain;
 }
 
-IOReturn IOPMSleepSystem(io_connect_t /*connection*/) {
+IOReturn IOPMSleepSystem(io_connect_t) {
     ++mac->sleepRequests;
     return mac->takesSleepRequests ? kIOReturnSuccess : -1;
 }
@@ -325,7 +265,7 @@ kern_return_t IOServiceClose(io_connect_t connection) {
     return IOObjectRelease(connection);
 }
 
-kern_return_t IOObjectRelease(io_object_t /*object*/) {
+kern_return_t IOObjectRelease(io_object_t) {
     --mac->owedServices;
     return 0;
 }
@@ -334,42 +274,38 @@ CFTypeRef IOPSCopyPowerSourcesInfo() {
     return mac->hasSnapshot ? create<CFTypeRef>(mac->make(Other{})) : nullptr;
 }
 
-CFStringRef IOPSGetProvidingPowerSourceType(CFTypeRef /*snapshot*/) {
+CFStringRef IOPSGetProvidingPowerSourceType(CFTypeRef) {
     return get<CFStringRef>(mac->providingType);
 }
 
-CFArrayRef IOPSCopyPowerSourcesList(CFTypeRef /*snapshot*/) {
+CFArrayRef IOPSCopyPowerSourcesList(CFTypeRef) {
     return create<CFArrayRef>(mac->powerSources);
 }
 
-CFDictionaryRef IOPSGetPowerSourceDescription(CFTypeRef /*snapshot*/, CFTypeRef source) {
+CFDictionaryRef IOPSGetPowerSourceDescription(CFTypeRef, CFTypeRef source) {
     const bool described = std::holds_alternative<Dictionary>(object(source).value);
     return described ? static_cast<CFDictionaryRef>(source) : nullptr;
 }
 
-const CFStringRef kSecCodeInfoTeamIdentifier = [] {
-    static Object key{.value = std::u16string(u"teamid")};
-    return get<CFStringRef>(&key);
-}();
+const CFStringRef kSecCodeInfoTeamIdentifier = get<CFStringRef>(&teamKey);
 
-OSStatus SecCodeCopySelf(SecCSFlags /*flags*/, SecCodeRef* self) {
+OSStatus SecCodeCopySelf(SecCSFlags, SecCodeRef* self) {
     if (mac->failingSigningStep == 1)
         return -1;
     *self = create<SecCodeRef>(mac->make(Other{}));
     return errSecSuccess;
 }
 
-OSStatus SecCodeCopyStaticCode(SecCodeRef /*code*/, SecCSFlags /*flags*/,
-                               SecStaticCodeRef* staticCode) {
+OSStatus SecCodeCopyStaticCode(SecCodeRef, SecCSFlags, SecStaticCodeRef* staticCode) {
     if (mac->failingSigningStep == 2)
         return -1;
     *staticCode = create<SecStaticCodeRef>(mac->make(Other{}));
     return errSecSuccess;
 }
 
-OSStatus SecCodeCopySigningInformation(SecStaticCodeRef /*code*/, SecCSFlags flags,
+OSStatus SecCodeCopySigningInformation(SecStaticCodeRef, SecCSFlags flags,
                                        CFDictionaryRef* information) {
-    // Without the flag the information holds no team.
+    // Without the flag the information names no team.
     if (mac->failingSigningStep == 3 || flags != 2)
         return -1;
     *information = create<CFDictionaryRef>(mac->signingInformation);

@@ -6,35 +6,34 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
-/// CoreFoundation, IOKit and Security as far as `platform/macos` calls them from plain C++, over
-/// objects in memory. Whatever is handed out under the Create rule must come back.
+/// CoreFoundation, IOKit and Security as far as the plain C++ of the `macos` folders calls them,
+/// over objects in memory. Whatever they hand out under the Create rule must come back.
 namespace velmo::fake {
 
 struct Object;
 using Array = std::vector<Object*>;
-using Dictionary = std::map<std::u16string, Object*>;
+using Dictionary = std::map<std::string, Object*, std::less<>>;
 
 struct Other {};
 
-struct Url {
-    std::string path;
-};
-
+/// Texts are UTF-8, in which a surrogate is written as any other character is.
 struct Object {
-    std::variant<Other, bool, std::int64_t, double, std::u16string, Bytes, Array, Dictionary, Url>
-        value;
+    std::variant<Other, bool, std::int64_t, double, std::string, Bytes, Array, Dictionary> value;
     int owed = 0; ///< references handed out and not given back
 };
 
-/// What the frameworks answer; a null object is the answer null.
+/// What the frameworks return; a null object is returned as null.
 struct Mac {
     bool hasRootDomain = true;
-    std::map<std::u16string, Object*> rootDomain; ///< its properties
+    std::map<std::string, Object*> rootDomain; ///< its properties
     bool hasPowerManagement = true;
     bool takesSleepRequests = true;
     int sleepRequests = 0;
@@ -46,8 +45,8 @@ struct Mac {
     int failingSigningStep = 0; ///< 1 to 3; 0 for none
     Object* signingInformation = nullptr;
 
-    std::map<std::string, Object*> propertyLists; ///< by their bytes
-    std::map<std::string, Object*> bundles;       ///< information dictionaries by path
+    Dictionary propertyLists; ///< by their bytes
+    Dictionary bundles;       ///< their dictionaries by path
 
     int owedServices = 0;
     std::deque<Object> objects;
@@ -56,6 +55,10 @@ struct Mac {
     Object* make(Value value) {
         return &objects.emplace_back(Object{.value = std::move(value)});
     }
+
+    Object* text(std::string_view value) { return make(std::string(value)); }
+
+    Object* number(std::int64_t value) { return make(value); }
 
     /// References and services that were not given back, or more often than they were handed out.
     [[nodiscard]] int owed() const;

@@ -17,27 +17,21 @@ std::optional<std::string> shell(std::string_view script) {
     return outputOf("/bin/sh", arguments);
 }
 
-TEST(ChildProcess, AnswersTheOutputOfWhatSucceeded) {
+TEST(ChildProcess, ReturnsTheOutputOfWhatSucceeded) {
     const std::pair<std::string_view, std::optional<std::string>> cases[] = {
         {"printf 'a\\nb'", "a\nb"},
-        {":", ""},
         {"echo out; echo err >&2", "out\n"},
         {"printf 'a\\377b'", "a\uFFFDb"},
         {"cat", ""}, // standard input is the null device
+        {"head -c 200000 /dev/zero | tr '\\0' x",
+         std::string(200000, 'x')}, // no pipe has that room
         {"echo out; exit 1", {}},
         {"echo out; kill -9 $$", {}},
     };
     for (const auto& [script, output] : cases)
         EXPECT_EQ(shell(script), output) << script;
     EXPECT_FALSE(outputOf("/nonexistent/pmset", {}));
-    EXPECT_FALSE(outputOf("/", {}));
     EXPECT_FALSE(shell(std::string_view("echo\0x", 6)));
-}
-
-TEST(ChildProcess, ReadsMoreThanAPipeHolds) {
-    const auto output = shell("i=0; while [ $i -lt 20000 ]; do echo 1234567890; i=$((i+1)); done");
-    ASSERT_TRUE(output);
-    EXPECT_EQ(output->size(), 220000U);
 }
 
 TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {
@@ -56,21 +50,6 @@ TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {
 
     sigprocmask(SIG_SETMASK, &before, nullptr);
     std::signal(SIGTERM, previous);
-}
-
-int lowestFreeDescriptor() {
-    const Descriptor probe(::open("/dev/null", O_RDONLY));
-    return probe.get();
-}
-
-TEST(ChildProcess, LeavesNoDescriptorBehind) {
-    const int before = lowestFreeDescriptor();
-    for (int i = 0; i < 20; ++i) {
-        shell("echo x; exit 1");
-        shell("echo x");
-        outputOf("/nonexistent", {});
-    }
-    EXPECT_EQ(lowestFreeDescriptor(), before);
 }
 
 } // namespace

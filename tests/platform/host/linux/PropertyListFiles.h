@@ -4,12 +4,17 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 
 namespace velmo {
+
+inline std::string repeated(std::string_view text, std::size_t count) {
+    std::string result;
+    while (count-- > 0)
+        result += text;
+    return result;
+}
 
 inline std::string xmlList(std::string_view content) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">"
@@ -28,11 +33,6 @@ inline std::string binaryList(std::string_view content) {
     std::string result(bytes, length);
     std::free(bytes);
     return result;
-}
-
-inline void writeFile(const std::filesystem::path& path, std::string_view bytes) {
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 } // namespace velmo

@@ -1,0 +1,66 @@
+#include "platform/daemon/simulated/SocketService.h"
+
+#include "lab/instruments/GuardedMac.h"
+#include "lab/instruments/RawClient.h"
+#include "lab/instruments/TemporaryFolder.h"
+#include <gtest/gtest.h>
+
+namespace velmo {
+namespace {
+
+constexpr std::string_view heartbeat = R"({"call":"heartbeat"})";
+constexpr std::string_view no = R"({"ok":false})";
+
+/// The service with two places, its clients and the guard, step by step on one thread.
+class SocketServiceTest : public testing::Test {
+protected:
+    SocketServiceTest() {
+        EXPECT_TRUE(folder.create("/nonexistent/pmset"));
+        EXPECT_TRUE(service.listen("service", mac.guard));
+    }
+
+    RawClient connect() { return RawClient(folder.socket("service")); }
+
+    void settle() {
+        do
+            mac.queue.runAll();
+        while (context.poll() > 0);
+    }
+
+    /// "" if the service ends the connection instead of a reply.
+    std::string call(const RawClient& client, std::string_view line) {
+        EXPECT_TRUE(client.send(std::string(line) + "\n"));
+        settle();
+        return client.readLine();
+    }
+
+    TemporaryFolder temporary;
+    MacFolder folder{temporary.path() / "mac"};
+    GuardedMac mac;
+    asio::io_context context;
+    SocketService service{context, folder, 2};
+};
+
+TEST_F(SocketServiceTest, RefusesOneClientTooManyUntilAnotherLeaves) {
+    const RawClient first = connect();
+    EXPECT_EQ(call(first, heartbeat), no);
+    for (int i = 0; i < 3; ++i) {
+        const RawClient second = connect();
+        EXPECT_EQ(call(second, heartbeat), no);
+        EXPECT_EQ(call(connect(), heartbeat), "");
+        EXPECT_EQ(call(first, heartbeat), no);
+    }
+}
+
+TEST_F(SocketServiceTest, DropsWhoeverIsNotTrustedOrSendsNoCallAndKeepsNoPlaceForThem) {
+    for (const std::string& line :
+         {std::string("{}"), std::string(R"({"call":"hold"})"), std::string(1024, ' ') + "{}"})
+        EXPECT_EQ(call(connect(), line), "") << line;
+    folder.update([](SimulatedMac& state) { state.trustedUsers = {}; });
+    EXPECT_EQ(call(connect(), heartbeat), "");
+    folder.update([](SimulatedMac& state) { state.trustedUsers = {::getuid()}; });
+    EXPECT_EQ(call(connect(), heartbeat), no);
+}
+
+} // namespace
+} // namespace velmo
