@@ -14,7 +14,7 @@ inline std::string lengthened(std::string_view text) {
     std::string longer;
     for (const char c : text) {
         if (c == '\1')
-            longer.append(JsonOutline::longestInline + 1, 'a');
+            longer.append(JsonOutline::maxInline + 1, 'a');
         else if (c == '\2')
             longer.append(15995, 'a');
         else
