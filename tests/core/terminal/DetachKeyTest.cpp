@@ -1,54 +1,54 @@
 #include "core/terminal/DetachKey.h"
 
-#include <gtest/gtest.h>
-
-#include <string_view>
-#include <vector>
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {
 
 using PtyAttach::DetachKey;
 
-/// "^" types the escape; time passes only where a number says so.
-struct Step {
-    std::string_view typed; ///< "tick" calls tick
-    std::int64_t afterMs = 0;
-    std::string_view forwarded;
-    bool detach = false;
-};
-
-Bytes bytes(std::string_view text) {
-    Bytes result;
-    for (const char c : text)
-        result.push_back(c == '^' ? DetachKey::escape : static_cast<std::uint8_t>(c));
-    return result;
-}
-
-TEST(DetachKey, FollowsWhatIsTyped) {
-    const std::vector<Step> histories[] = {
-        {{"plain", 0, "plain"}},
-        {{"a^db", 0, "a", true}, {"d", 0, "d"}},
-        {{"^D", 0, "", true}, {"^", 0, ""}, {"d", 999, "", true}},
-        {{"^^d", 0, "^d"}},
-        {{"^^^d", 0, "^", true}},
-        {{"^x", 0, "^x"}, {"d", 0, "d"}},
-        {{"^", 0, ""}, {"tick", 999, ""}, {"tick", 1, "^"}, {"tick", 5000, ""}, {"d", 0, "d"}},
-        {{"^", 0, ""}, {"d", 1000, "^d"}},
-        {{"^", 0, ""}, {"^", 1000, "^"}, {"d", 0, "", true}},
-        {{"^", 0, ""}, {"", 1000, "^"}, {"tick", 0, ""}},
-        {{"tick", 0, ""}},
+TEST(DetachKey, FollowsWhatIsTypedAndWhen) {
+    // Words are typed ("]" is the escape), "tick", or milliseconds that pass. A result is what is
+    // forwarded, with "!" if the user detached, or "-" for nothing.
+    const struct {
+        const char* steps;
+        const char* results;
+    } histories[] = {
+        {.steps = "plain ]]d ]x d tick", .results = "plain ]d ]x d -"},
+        {.steps = "a]db d ]D", .results = "a! d !"},
+        {.steps = "]]]d ] 999 d", .results = "]! - !"},
+        {.steps = "] 999 tick 1 tick 5000 tick d", .results = "- - ] - d"},
+        {.steps = "] 1000 d ] 1000 ] d", .results = "- ]d - ] !"},
     };
-    for (const auto& history : histories) {
+
+    for (const auto& [steps, results] : histories) {
         DetachKey key;
         std::int64_t now = -500;
-        for (const Step& step : history) {
-            now += step.afterMs;
-            const auto result = step.typed == "tick" ? DetachKey::Result{key.tick(now)}
-                                                     : key.feed(bytes(step.typed), now);
-            EXPECT_EQ(result, (DetachKey::Result{bytes(step.forwarded), step.detach}))
-                << step.typed << " in the history of " << history.front().typed;
+        Strings all;
+        for (std::string step : words(steps)) {
+            if (step.front() >= '0' && step.front() <= '9') {
+                now += std::stoll(step);
+                continue;
+            }
+            std::ranges::replace(step, ']', '\x1D');
+            const auto result = step == "tick" ? DetachKey::Result{.forward = key.tick(now)}
+                                               : key.feed(bytesOf(step), now);
+            std::string told(textOf(result.forward));
+            std::ranges::replace(told, '\x1D', ']');
+            told += result.detach ? "!" : "";
+            all.push_back(told.empty() ? "-" : told);
         }
+        EXPECT_EQ(all, words(results)) << steps;
+    }
+}
+
+TEST(DetachKey, OnlyDDetachesAndNoOtherByteIsLost) {
+    for (int value = 0; value < 256; ++value) {
+        const auto byte = static_cast<std::uint8_t>(value);
+        const bool detaches = byte == 'd' || byte == 'D';
+        const Bytes sent = byte == 29 ? Bytes{29} : Bytes{29, byte};
+        EXPECT_EQ(DetachKey().feed(Bytes{29, byte}, 0),
+                  (DetachKey::Result{detaches ? Bytes() : sent, detaches}));
     }
 }
 
