@@ -41,13 +41,11 @@ TEST(AllowedFolder, IsNeitherADeniedOneNorInsideOne) {
 
 TEST(AllowedFolder, IsResolvedUnlessItHasDots) {
     const auto resolve = [](std::string_view path) {
-        return path.starts_with("/home/me") ? std::optional("/Users" + std::string(path.substr(5)))
-                                            : std::nullopt;
+        return std::optional<std::string>(path == "/home" ? "/Users" : "/Users/dev");
     };
-    EXPECT_TRUE(isAllowedFolder("/home/me/dev", "/home/me", resolve));
-    for (const char* path : {"/home/me", "/Users/me/dev", "/home/me/./dev", "/home/me/x/../dev"})
-        EXPECT_FALSE(isAllowedFolder(path, "/home/me", resolve)) << path;
-    EXPECT_FALSE(isAllowedFolder("/home/me/dev", "/Users/me", resolve));
+    EXPECT_TRUE(isAllowedFolder("/home/x", "/home", resolve));
+    EXPECT_FALSE(isAllowedFolder("/home/./x", "/home", resolve));
+    EXPECT_FALSE(isAllowedFolder("/home/x/../y", "/home", resolve));
 }
 
 } // namespace

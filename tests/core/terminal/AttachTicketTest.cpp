@@ -31,7 +31,7 @@ public:
     std::optional<FileInfo> folderInfo = {{FileInfo::Kind::directory, 501, 0040700, 96}};
     std::optional<FileInfo> fileInfo = {{FileInfo::Kind::regular, 501, 0100600, 200}};
     std::optional<std::string> content = good;
-    bool folderOpens = true, fileOpens = true, unlinks = true;
+    bool folderOpens = true, fileOpens = true, unlinks = true, removed = false;
     std::multiset<int> descriptors; ///< that are open
 
     std::uint32_t uid() override { return 501; }
@@ -65,8 +65,8 @@ public:
     void close(int descriptor) override { EXPECT_TRUE(descriptors.extract(descriptor)); }
 
     bool unlink(std::string_view wanted, int directory) override {
-        EXPECT_TRUE(wanted == name && descriptors.contains(directory));
-        return unlinks;
+        removed = unlinks && wanted == name && descriptors.contains(directory);
+        return removed;
     }
 
     std::expected<int, OpenError> opened(bool succeeds, int descriptor) {
@@ -78,14 +78,15 @@ public:
 
 using Outcome = std::expected<Ticket, TicketError>;
 
-/// Reads the ticket, after which nothing may be open.
+/// Reads the ticket, after which nothing may be open, and the file gone if the ticket was read.
 Outcome read(Fake& files) {
     auto result = readTicket(given + name, files);
     EXPECT_TRUE(files.descriptors.empty());
+    EXPECT_EQ(files.removed, result.has_value());
     return result;
 }
 
-TEST(AttachTicket, IsReadWhateverTheOwnerMayDoWithTheFolderAndOnlyWithTheFilesOneMode) {
+TEST(AttachTicket, IsReadFromAPrivateFolderAndFileOnly) {
     for (std::uint16_t mode = 0; mode <= 07777; ++mode) {
         Fake folder;
         folder.folderInfo->mode = mode;
@@ -98,9 +99,7 @@ TEST(AttachTicket, IsReadWhateverTheOwnerMayDoWithTheFolderAndOnlyWithTheFilesOn
         Fake files;
         files.fileInfo->size = size;
         files.content->resize(512, '\n');
-        EXPECT_EQ(read(files),
-                  size == 1 || size == 512 ? Outcome(ticket) : std::unexpected(TicketError::file))
-            << size;
+        EXPECT_EQ(read(files).has_value(), size == 1 || size == 512) << size;
     }
 }
 
@@ -182,24 +181,20 @@ TEST(AttachTicket, EveryByteOfAnIdentifierIsJudged) {
 }
 
 TEST(AttachTicket, ContentIsExact) {
-    for (const std::string& same : {good, good + " \n\t\r", changed(good, "/attach", "\\/attach"),
-                                    changed(good, "token", "\\u0074oken")})
+    for (const std::string& same : {good, good + " \n\t\r", changed(good, "/a", "\\/\\u0061")})
         EXPECT_EQ(parseTicket(same), ticket) << same;
     expectVerdicts(
         parseTicket,
         {changed(good, ticket.endpoint, ""), changed(good, ticket.endpoint, times(5000, "x"))},
-        {" " + good, "\xEF\xBB\xBF" + good, good + "x", good + "\0"s, "[" + good + "]",
-         changed(good, ":1", ":2"), changed(good, ":1", ":1.0"), changed(good, ":1", ":\"1\""),
-         changed(good, "{", "{\"more\":1,"), changed(good, "{", "{\"v\":1,"),
-         changed(good, "\"v\":1,", ""), changed(good, token, token + "x"),
-         changed(good, "s_", "s-"), changed(good, '"' + ticket.endpoint + '"', "null"),
-         changed(good, "/attach", "\xFF")});
+        {" " + good, good + "x", "[" + good + "]", changed(good, ":1", ":2"),
+         changed(good, "{", "{\"more\":1,"), changed(good, "\"v\":1,", ""),
+         changed(good, token, token + "x"), changed(good, "s_", "s-"),
+         changed(good, '"' + ticket.endpoint + '"', "null"), changed(good, "/attach", "\xFF")});
     for (std::size_t length = 0; length < good.size(); ++length)
         EXPECT_FALSE(parseTicket(good.substr(0, length))) << length;
 }
 
 TEST(AttachTicket, FaultsAreToldToTheUser) {
-    EXPECT_EQ(message(TicketError::arguments), "bad ticket path");
     EXPECT_EQ(message(TicketError::unlink), "the ticket file could not be removed");
 }
 

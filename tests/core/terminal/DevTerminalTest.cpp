@@ -12,30 +12,26 @@ std::optional<std::string> resolve(std::string_view path) {
 }
 
 std::optional<OpenRequest> parse(const std::string& line) {
-    return parseOpen(words(line), "/Users/me", "/T/velmo-term", "/Applications/Velmo", resolve);
+    return parseOpen(words(line), "/Users/me", "/T/velmo-term", "/A/Velmo", resolve);
 }
 
 TEST(DevTerminal, ParsesWhatMayBeOpened) {
     OpenRequest tool{.cwd = "/Users/me/d/", .command = Tool{"agy"}};
     EXPECT_EQ(parse("--app Terminal --cwd /Users/me/d/ --tool agy"), tool);
-    EXPECT_EQ(tool.program(), "agy");
+    tool.app = App::iterm;
+    tool.fullscreen = true;
     tool.exec = true;
-    EXPECT_EQ(parse("--app Terminal --cwd /Users/me/d/ --tool agy --exec 1"), tool);
-    tool = {.app = App::iterm,
-            .cwd = "/Users/me/d/",
-            .command = Tool{"claude"},
-            .fullscreen = true,
-            .toolPath = "/opt/bin/claude"};
-    EXPECT_EQ(parse("--tool-path /opt/bin/claude --fullscreen 1 --tool claude"
-                    " --cwd /Users/me/d/ --app iTerm2"),
+    tool.toolPath = "/opt/bin/agy";
+    EXPECT_EQ(parse("--tool-path /opt/bin/agy --fullscreen 1 --tool agy --cwd /Users/me/d/"
+                    " --exec 1 --app iTerm2"),
               tool);
     const auto ssh = OpenRequest::ofSsh(App::ghostty, {.target = "me@h", .port = 65535}, true);
     EXPECT_EQ(parse("--app Ghostty --ssh-target me@h --ssh-port 65535 --fullscreen 1"), ssh);
     EXPECT_TRUE(ssh.exec && ssh.fullscreen && !ssh.tool() && ssh.program() == "ssh");
     const auto attach =
-        OpenRequest::ofAttach(App::terminal, {"/T/velmo-term/x"}, "/Applications/Velmo", false);
+        OpenRequest::ofAttach(App::terminal, {"/T/velmo-term/x"}, "/A/Velmo", false);
     EXPECT_EQ(parse("--app Terminal --attach-file /T/velmo-term/x"), attach);
-    EXPECT_TRUE(attach.exec && !attach.fullscreen && attach.program() == "/Applications/Velmo");
+    EXPECT_TRUE(attach.exec && !attach.fullscreen && attach.program() == "/A/Velmo");
 }
 
 TEST(DevTerminal, EachCommandHasItsOwnOptions) {
@@ -71,15 +67,12 @@ TEST(DevTerminal, OpensNothingElse) {
                    "--ssh-target h --ssh-port 0", "--attach-file /T/velmo-term/a/x"});
     expectRefused(parse, "--app Terminal --cwd /Users/me/dev --tool codex --tool-path #",
                   words("/opt/bin/claude /opt/bin/codex/ bin/codex /opt/../codex"));
-    const auto attach = [](const std::optional<std::string>& folder,
-                           const std::optional<std::string>& executable) {
-        return parseOpen(words("--app Terminal --attach-file /T/velmo-term/x"), "/Users/me", folder,
-                         executable, resolve);
-    };
-    for (const std::optional<std::string> executable : {"", "Velmo", "/A/Velmo/", "/A/./V"})
-        EXPECT_FALSE(attach("/T/velmo-term", executable)) << *executable;
-    EXPECT_FALSE(attach("/T/velmo-term", std::nullopt));
-    EXPECT_FALSE(attach(std::nullopt, "/V"));
+    const Strings attach = words("--app Terminal --attach-file /T/x");
+    EXPECT_TRUE(parseOpen(attach, "/Users/me", "/T", "/A/V", resolve));
+    EXPECT_FALSE(parseOpen(attach, "/Users/me", std::nullopt, "/A/V", resolve));
+    EXPECT_FALSE(parseOpen(attach, "/Users/me", "/T", std::nullopt, resolve));
+    for (const char* executable : {"", "V", "/A/V/", "/A/./V"})
+        EXPECT_FALSE(parseOpen(attach, "/Users/me", "/T", executable, resolve)) << executable;
 }
 
 TEST(DevTerminal, ParsesWhatToFocus) {

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <numeric>
 
 namespace velmo {
 namespace {
@@ -33,32 +32,22 @@ TEST(PtyFrame, ASizeIsBounded) {
 }
 
 TEST(PtyFrame, EncodesAPayloadOfTheRightLengthOnly) {
-    for (const Kind kind : {Kind::resize, Kind::exit, Kind::signal, Kind::ready}) {
-        for (std::size_t tried = 0; tried < 6; ++tried)
-            EXPECT_EQ(encode(kind, Bytes(tried)).has_value(),
-                      tried == (kind == Kind::signal ? 1 : 4))
-                << std::to_underlying(kind) << ", " << tried << " bytes";
+    for (std::size_t size = 0; size < 6; ++size) {
+        EXPECT_EQ(encode(Kind::signal, Bytes(size)).has_value(), size == 1) << size;
+        for (const Kind kind : {Kind::resize, Kind::exit, Kind::ready})
+            EXPECT_EQ(encode(kind, Bytes(size)).has_value(), size == 4) << size;
     }
-    EXPECT_TRUE(encode(Kind::data, Bytes(maxPayload)));
     EXPECT_FALSE(encode(Kind::data, Bytes(maxPayload + 1)));
 }
 
 TEST(PtyFrame, CutsDataIntoTheLongestFrames) {
-    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, maxPayload - 1, maxPayload,
-                                   maxPayload + 1, 3 * maxPayload}) {
-        Bytes bytes(size);
-        std::iota(bytes.begin(), bytes.end(), std::uint8_t{7});
-        Bytes expected;
-        ByteView rest = bytes;
-        do {
-            const ByteView piece = rest.first(std::min(rest.size(), maxPayload));
-            expected = joined({expected, *encode(Kind::data, piece)});
-            rest = rest.subspan(piece.size());
-        } while (!rest.empty());
-        const Bytes stream = PtyFrame::data(bytes);
-        EXPECT_TRUE(stream == expected) << size;
-        EXPECT_LE(stream.capacity(), size + headerBytes * (size / maxPayload + 1)) << size;
-    }
+    Bytes bytes(maxPayload + 1, 'x');
+    bytes.back() = 'y';
+    const ByteView most = ByteView(bytes).first(maxPayload);
+    EXPECT_TRUE(PtyFrame::data(most) == encode(Kind::data, most));
+    EXPECT_TRUE(PtyFrame::data(bytes) == joined({PtyFrame::data(most), Bytes{1, 0, 0, 0, 1, 'y'}}));
+    EXPECT_LE(PtyFrame::data(bytes).capacity(), bytes.size() + 2 * headerBytes);
+    EXPECT_EQ(PtyFrame::data({}), encode(Kind::data, {}));
 }
 
 TEST(PtyFrame, ReadsValuesOfTheirOwnKindAndLengthOnly) {
@@ -86,11 +75,8 @@ TEST(PtyFrameDecoder, FindsEachFaultAsSoonAsItCan) {
     expect(DecodeError::tooLarge, {{4, 0, 1, 0, 1}, {1, 0, 1, 0, 1}, {1, 255, 255, 255, 255}});
     expect(DecodeError::badLength,
            {{4, 0, 0, 0, 0}, {4, 0, 0, 0, 2}, {2, 0, 0, 0, 3}, {3, 0, 0, 0, 5}, {5, 0, 1, 0, 0}});
-    expect(DecodeError::badValue, {{4, 0, 0, 0, 1, 9},
-                                   {2, 0, 0, 0, 4, 0, 0, 0, 24},
-                                   {2, 0, 0, 0, 4, 3, 0xE9, 0, 24},
-                                   {2, 0, 0, 0, 4, 0, 80, 0, 0},
-                                   {2, 0, 0, 0, 4, 0, 80, 1, 0xF5}});
+    expect(DecodeError::badValue, {{4, 0, 0, 0, 1, 9}, {2, 0, 0, 0, 4, 3, 0xE9, 0, 24}});
+    expect(DecodeError::badValue, {{2, 0, 0, 0, 4, 0, 80, 0, 0}, {2, 0, 0, 0, 4, 0, 80, 1, 0xF5}});
 }
 
 TEST(PtyFrameDecoder, GivesTheSameFramesHoweverTheStreamIsCut) {

@@ -27,6 +27,23 @@ TEST(PtyWords, Identifiers) {
                    {std::string(101, 'm'), "", "-a", ".a", "a b", "a;b", "é", "a\0"s});
 }
 
+TEST(SshTarget, HasARuleForTheLauncherAndOneForSessions) {
+    const Strings both{"h", "me@example.org", "a-b_c.d@e", "user@-x"};
+    const Strings launcher{"-x", "-oProxyCommand", "m@" + std::string(252, 'h')};
+    const Strings sessions{"[fe80::1]", "me@[::ffff:1.2.3.4]", "[.]", "[A]"};
+    const Strings neither{"",     "@h",    "me@",           "a@b@c", "[]",  "[",   "[::1", "[::1]x",
+                          "h:22", "m:p@h", "[fe80::1%en0]", "[::g]", "h h", "h\n", "hé"};
+    expectVerdicts(DevTerminal::isSshTarget, joined(both, launcher), joined(sessions, neither));
+    expectVerdicts(Pty::isSshTarget, joined(both, sessions), joined(launcher, neither));
+    EXPECT_TRUE(Pty::isSshTarget("m@" + std::string(251, 'h')));
+}
+
+TEST(SshTarget, PortsHaveOneSpelling) {
+    for (int port = 1; port <= 65535; ++port)
+        EXPECT_EQ(DevTerminal::sshPort(std::to_string(port)), port);
+    expectRefused(DevTerminal::sshPort, {"", "0", "022", "65536", "100000", "+22", "-1", "22 "});
+}
+
 TEST(PtyWords, SshArguments) {
     expectVerdicts([](const std::string& line) { return Pty::isSshArguments(words(line)); },
                    {"-- me@host", "-p 2222 -- host", "-p 65535 -- [fe80::1]"},
@@ -76,12 +93,12 @@ TEST(PtyWords, EachAgentResumesInItsOwnWay) {
 
 TEST(PtyWords, ShellArguments) {
     for (const std::string_view shell : Pty::shells) {
-        const bool tmux = shell == "tmux";
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"-l"}), !tmux) << shell;
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"attach-session"}), tmux) << shell;
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"new-session"}), tmux) << shell;
-        for (const char* refused : {"", "-i", "-l -l", "new-session x", "-c x"})
-            EXPECT_FALSE(Pty::isShellArguments(shell, words(refused))) << shell << refused;
+        const auto fits = [=](const std::string& line) {
+            return Pty::isShellArguments(shell, words(line));
+        };
+        const Strings login{"-l"}, multiplexer{"attach-session", "new-session"};
+        expectVerdicts(fits, shell == "tmux" ? multiplexer : login,
+                       joined(shell == "tmux" ? login : multiplexer, {"", "-i", "-l -l", "-c x"}));
     }
 }
 
