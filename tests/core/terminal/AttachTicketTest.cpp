@@ -3,7 +3,6 @@
 #include "core/support/Ascii.h"
 #include "tests/Texts.h"
 
-#include <algorithm>
 #include <set>
 
 namespace velmo {
@@ -124,15 +123,12 @@ TEST(AttachTicket, OfTwoFaultsTheEarlierCheckWinsAndTheFileStays) {
         {.error = folder, .change = [](Fake& f) { f.folderInfo.reset(); }},
         {.error = folder, .change = [](Fake& f) { f.folderInfo->kind = FileInfo::Kind::regular; }},
         {.error = folder, .change = [](Fake& f) { f.folderInfo->uid = 0; }},
-        {.error = folder, .change = [](Fake& f) { f.folderInfo->mode = 0040710; }},
         {.error = open, .change = [](Fake& f) { f.fileOpens = false; }},
         {.error = file, .change = [](Fake& f) { f.fileInfo->kind = FileInfo::Kind::directory; }},
         {.error = file, .change = [](Fake& f) { f.fileInfo->uid = 502; }},
-        {.error = file, .change = [](Fake& f) { f.fileInfo->mode = 0100640; }},
         {.error = file, .change = [](Fake& f) { f.fileInfo.reset(); }},
         {.error = file, .change = [](Fake& f) { f.content.reset(); }},
         {.error = file, .change = [](Fake& f) { f.content->resize(513, ' '); }},
-        {.error = json, .change = [](Fake& f) { f.content = ""; }},
         {.error = json, .change = [](Fake& f) { f.content = "{}"; }},
         {.error = endpoint, .change = [](Fake& f) { f.content = changed(good, "/private", ""); }},
         {.error = unlink, .change = [](Fake& f) { f.unlinks = false; }},

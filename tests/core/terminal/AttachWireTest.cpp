@@ -105,11 +105,5 @@ TEST(AttachDecoder, FindsEachFaultAsSoonAsItCan) {
             controlBytes("{\"t\":1,\"t\":2}"), controlBytes("{\"\xFF\":1}")});
 }
 
-TEST(AttachDecoder, GivesTheSameFramesHoweverTheStreamIsCut) {
-    const Bytes stream = joined({PtyAttach::data(bytesOf("ls\r")), controlBytes(R"({"a":"x"})"),
-                                 PtyAttach::data({}), Bytes{6, 0, 0, 0, 3, '{'}});
-    expectTheSameHoweverCut<Decoder>(stream, 3, told);
-}
-
 } // namespace
 } // namespace velmo

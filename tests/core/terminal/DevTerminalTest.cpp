@@ -2,6 +2,10 @@
 
 #include "tests/Texts.h"
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
 namespace velmo {
 namespace {
 
@@ -93,8 +97,96 @@ TEST(DevTerminal, TellsTtysAndTheFilesOfAttachClients) {
     EXPECT_TRUE(isAttachFile("/T/f", "/T/"));
     expectVerdicts([](const std::string& file) { return isAttachFile(file, "/T"); }, {"/T/f"},
                    {"/T/f/", "/T/s/f", "/t/f", "/T", "/Tf", "/T/../T/f", "/T//f", "T/f"});
-    EXPECT_FALSE(isAttachFile("/f", "") || isAttachFile("/f", "/"));
-    EXPECT_FALSE(isAttachFile("/T/f", std::nullopt));
+    EXPECT_FALSE(isAttachFile("/f", "") || isAttachFile("/f", "/") || isAttachFile("/f", {}));
+}
+
+const OpenRequest typed{
+    .cwd = "/it's \"x\"", .command = Tool{"codex"}, .toolPath = "/opt/bin/codex"};
+
+/// What a launcher must write, from a file.
+std::string expected(const std::string& file) {
+    std::ifstream stream(VELMO_SCRIPTS "/" + file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(DevTerminalScripts, EveryCommandHasALineForEachApplication) {
+    const OpenRequest requests[] = {
+        typed, // the shell finds a typed tool by its name
+        {.cwd = "/a", .command = Tool{"agy"}, .exec = true, .toolPath = "/b/agy"},
+        {.command = Tool{"claude"}, .fullscreen = true, .exec = true},
+        OpenRequest::ofSsh(App::terminal, {.target = "me@host", .port = {}}, true),
+        OpenRequest::ofSsh(App::terminal, {.target = "host", .port = 2222}, false),
+        OpenRequest::ofAttach(App::terminal, {"/T/a b.json"}, "/A/Velmo", false),
+    };
+    std::string lines;
+    for (const OpenRequest& request : requests) {
+        lines += "Terminal: " + shellCommand(request) + "\niTerm2: " + itermCommand(request);
+        lines += "\nGhostty:";
+        for (const std::string& argument : ghosttyArguments(request))
+            lines += " [" + argument + "]";
+        lines += '\n';
+    }
+    EXPECT_EQ(lines, expected("command-lines.txt"));
+}
+
+TEST(DevTerminalScripts, AreWhatTheFilesSayByteForByte) {
+    OpenRequest request = typed;
+    EXPECT_EQ(openScript(request).value() + '\n', expected("terminal-open.applescript"));
+    request.app = App::iterm;
+    EXPECT_EQ(openScript(request).value() + '\n', expected("iterm-type.applescript"));
+    request = OpenRequest::ofSsh(App::iterm, {.target = "h", .port = 22}, true);
+    EXPECT_EQ(openScript(request).value() + '\n', expected("iterm-execute.applescript"));
+    EXPECT_EQ(terminalFocusScript("/dev/ttys003").value() + '\n',
+              expected("terminal-focus.applescript"));
+    EXPECT_EQ(itermFocusScript("/dev/ttys1234").value() + '\n',
+              expected("iterm-focus.applescript"));
+    expectRefused(terminalFocusScript, {"", "/dev/tty1"});
+    expectRefused(itermFocusScript, {"", "/dev/tty1"});
+    EXPECT_FALSE(openScript({.app = App::ghostty, .command = Tool{"codex"}}));
+    // What looks like a mark of ours in a folder's name is only text.
+    request = {.cwd = "{command}", .command = Tool{"codex"}};
+    EXPECT_TRUE(openScript(request)->contains("do script \"cd '{command}' && codex\"\n"));
+}
+
+bool isAllowed(const std::string& path) {
+    return isAllowedResolvedFolder(path, "/Users/me");
+}
+
+TEST(AllowedFolder, LiesStrictlyInsideHome) {
+    // Denied are also the names that a disk without letter case takes for the same: ſ, Kelvin sign.
+    expectVerdicts(isAllowed, words(R"(/Users/me/dev /Users/me/dev/app/ /users/ME/dev/app
+                       /Users/me/dev/library /Users/me/.github /Users/me/.npm-global/x)"),
+                   joined({"", "/Users/me/\xFF"}, words(R"(
+                       /Users/me /Users/me/ /Users/meagain/dev /Users / Users/me/dev /Users/me/dev/..
+                       /Users/me/./dev /Users/me/dev/../../x /Users/me/.ſsh /Users/me/.docKer)")));
+    // Lower case of another length; bytes that would be repaired alike; homes that are none.
+    EXPECT_TRUE(isAllowedResolvedFolder("/Users/\u0130/ı/app", "/Users/i\u0307/ı"));
+    EXPECT_TRUE(isAllowedResolvedFolder("/a/b", "/a/"));
+    EXPECT_FALSE(isAllowedResolvedFolder("/Users/\xFE/dev", "/Users/\xFF"));
+    for (const char* home : {"/", "", "dev"})
+        EXPECT_FALSE(isAllowedResolvedFolder("/dev/app", home)) << home;
+}
+
+TEST(AllowedFolder, IsNeitherADeniedOneNorInsideOne) {
+    const std::string home = "/Users/me/";
+    for (const std::string_view denied : deniedTop) {
+        const std::string name(denied);
+        EXPECT_FALSE(isAllowed(home + name) || isAllowed(home + name + "/x")) << name;
+        EXPECT_EQ(isAllowed(home + "dev/" + name), !Text::isOneOf(name, deniedAnywhere)) << name;
+        EXPECT_TRUE(isAllowed(home + name + "x")) << name;
+    }
+    for (const std::string_view name : deniedAnywhere)
+        EXPECT_FALSE(isAllowed(home + "dev/" + std::string(name) + "/x")) << name;
+    EXPECT_FALSE(isAllowed("/Users/me/LIBRARY") || isAllowed("/Users/me/dev/.Git"));
+}
+
+TEST(AllowedFolder, IsResolvedUnlessItHasDots) {
+    const auto resolve = [](std::string_view path) {
+        return std::optional<std::string>(path == "/home" ? "/Users" : "/Users/dev");
+    };
+    EXPECT_TRUE(isAllowedFolder("/home/x", "/home", resolve));
+    EXPECT_FALSE(isAllowedFolder("/home/./x", "/home", resolve));
+    EXPECT_FALSE(isAllowedFolder("/home/x/../y", "/home", resolve));
 }
 
 } // namespace

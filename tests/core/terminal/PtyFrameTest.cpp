@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
-
 namespace velmo {
 namespace {
 
@@ -20,15 +18,14 @@ TEST(PtyFrame, EncodesNetworkOrder) {
 }
 
 TEST(PtyFrame, ASizeIsBounded) {
-    for (const int cols : {-1, 0, 1, 1000, 1001, 65535}) {
-        for (const int rows : {-500, 0, 1, 500, 501, 65535}) {
-            const bool valid = (cols == 1 || cols == 1000) && (rows == 1 || rows == 500);
-            EXPECT_EQ(validSize(cols, rows), valid) << cols << " x " << rows;
-            const auto frame =
-                resize(static_cast<std::uint16_t>(cols), static_cast<std::uint16_t>(rows));
-            EXPECT_EQ(frame.has_value(), valid) << cols << " x " << rows;
+    const std::uint16_t edges[] = {0, 1, 500, 501, 1000, 1001, 65535};
+    for (const std::uint16_t cols : edges) {
+        for (const std::uint16_t rows : edges) {
+            const bool valid = cols >= 1 && cols <= 1000 && rows >= 1 && rows <= 500;
+            EXPECT_EQ(resize(cols, rows).has_value(), valid) << cols << " x " << rows;
         }
     }
+    EXPECT_FALSE(validSize(-1, 10) || validSize(10, -500));
 }
 
 TEST(PtyFrame, EncodesAPayloadOfTheRightLengthOnly) {
@@ -52,8 +49,7 @@ TEST(PtyFrame, CutsDataIntoTheLongestFrames) {
 
 TEST(PtyFrame, ReadsValuesOfTheirOwnKindAndLengthOnly) {
     EXPECT_EQ((Frame{Kind::resize, {0, 80, 1, 24}}.size()), (Size{80, 280}));
-    EXPECT_FALSE((Frame{Kind::resize, {0, 80, 1}}.size()));
-    EXPECT_FALSE((Frame{Kind::exit, {0, 80, 0, 24}}.size()));
+    EXPECT_FALSE((Frame{Kind::resize, {0, 80, 1}}.size()) || (Frame{Kind::exit, Bytes(4)}.size()));
     for (int code = 0; code < 256; ++code) {
         const bool known = code == 1 || code == 2 || code == 15;
         const auto byte = static_cast<std::uint8_t>(code);
@@ -83,7 +79,13 @@ TEST(PtyFrameDecoder, GivesTheSameFramesHoweverTheStreamIsCut) {
     const Bytes stream =
         joined({PtyFrame::data(bytesOf("ls\r")), *resize(1, 500), ready(7),
                 *encode(Kind::signal, Bytes{15}), PtyFrame::exit(-1), PtyFrame::data({})});
-    expectTheSameHoweverCut<Decoder>(stream, 6, std::identity());
+    const auto frames = Decoder().feed(stream).value();
+    EXPECT_EQ(frames.size(), 6U);
+    for (std::size_t first = 0; first <= stream.size(); ++first) {
+        for (std::size_t second = first; second <= stream.size(); ++second)
+            EXPECT_EQ(decodeInSlices<Decoder>(stream, {first, second}).frames, frames)
+                << first << ", " << second;
+    }
     Decoder decoder;
     for (std::size_t had = 0; had < 9; ++had) // the first frame comes with its last byte
         EXPECT_EQ(decoder.feed(ByteView(stream).subspan(had, 1)).value().size(),

@@ -18,18 +18,20 @@ protected:
                    " /Users/platform/dev /tmp /var/tmp /elsewhere"))
             disk.addFolder(folder);
         for (const std::string& program : words(R"(
-                /bin/zsh /bin/bash /bin/rm /usr/bin/ssh /usr/local/bin/fish
-                /opt/homebrew/Cellar/tmux/3.4/bin/tmux /opt/homebrew/Cellar/node/18/bin/node
-                /opt/homebrew/Cellar/openssh/9/bin/ssh /opt/tools/claude /opt/tools/codex
-                /opt/tools/opencode /opt/tools/agy /opt/tools/velmo-pty-fixture
-                /opt/agents/versions/1.0.42)"))
+                /bin/zsh /bin/bash /bin/rm /usr/bin/ssh /usr/local/bin/fish /opt/tools/claude
+                /opt/tools/codex /opt/tools/opencode /opt/tools/agy /opt/tools/velmo-pty-fixture)"))
             disk.addProgram(program);
-        disk.link("/opt/homebrew/bin/tmux", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux");
-        disk.link("/opt/homebrew/bin/ssh", "/opt/homebrew/Cellar/openssh/9/bin/ssh");
-        disk.link("/opt/linked/claude", "/opt/agents/versions/1.0.42");
-        disk.link("/opt/scripts/claude", "/opt/homebrew/Cellar/node/18/bin/node");
+        linkProgram("/opt/homebrew/bin/tmux", "/opt/homebrew/Cellar/tmux/3.4/bin/tmux");
+        linkProgram("/opt/homebrew/bin/ssh", "/opt/homebrew/Cellar/openssh/9/bin/ssh");
+        linkProgram("/opt/linked/claude", "/opt/agents/versions/1.0.42");
+        linkProgram("/opt/scripts/claude", "/opt/homebrew/Cellar/node/18/bin/node");
         disk.link("/home/me", "/Users/me");
         disk.link("/Users/me/dev/secrets", "/Users/me/.ssh");
+    }
+
+    void linkProgram(const std::string& path, const std::string& target) {
+        disk.addProgram(target);
+        disk.link(path, target);
     }
 
     std::optional<SpawnRequest> spawn(const std::string& options, const Strings& command) const {
@@ -88,8 +90,7 @@ TEST_F(PtyTest, TheFileBehindANameMustBeWhatTheNameSays) {
     const auto runsAs = [this](const std::string& row) { // a command, " = " and where it leads
         const std::string command = row.substr(0, row.find(" = "));
         const std::string target = row.substr(command.size() + 3);
-        disk.addProgram(target);
-        disk.link(words(command)[0], target);
+        linkProgram(words(command)[0], target);
         return run(command);
     };
     expectVerdicts(runsAs, {"/bin/zsh -l = /usr/local/Cellar/bash/5/bin/bash"},
@@ -121,8 +122,7 @@ TEST_F(PtyTest, WorkingFolders) {
     const auto runsIn = [this](const char* command) {
         return [=, this](const std::string& cwd) { return run(command, cwd); };
     };
-    disk.link("/bin/zsh", "/usr/bin/zsh");
-    disk.addProgram("/usr/bin/zsh");
+    linkProgram("/bin/zsh", "/usr/bin/zsh");
     EXPECT_EQ(run("/bin/zsh -l", "/home/me"),
               (SpawnRequest{"/Users/me", 80, 24, "/usr/bin/zsh", {"/bin/zsh", "-l"}}));
     const Strings projects{"/Users/me/dev/app", "/Users/me/dev/app/"};

@@ -33,20 +33,4 @@ void expectFaults(typename Decoder::Error error, const Bytes& good,
     }
 }
 
-/// Expects the same frames from the stream wherever it is cut twice. `told` makes something
-/// comparable of a frame.
-template<class Decoder, class Tell>
-void expectTheSameHoweverCut(ByteView stream, std::size_t frames, const Tell& told) {
-    const auto whole = decodeInSlices<Decoder>(stream, {});
-    EXPECT_EQ(whole.frames.size(), frames);
-    for (std::size_t first = 0; first <= stream.size(); ++first) {
-        for (std::size_t second = first; second <= stream.size(); ++second) {
-            const auto sliced = decodeInSlices<Decoder>(stream, {first, second});
-            EXPECT_EQ(sliced.buffered, whole.buffered) << first << ", " << second;
-            EXPECT_TRUE(std::ranges::equal(sliced.frames, whole.frames, {}, told, told))
-                << first << ", " << second;
-        }
-    }
-}
-
 } // namespace velmo
