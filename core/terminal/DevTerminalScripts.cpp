@@ -5,7 +5,6 @@
 #include "core/terminal/PtyAttach.h"
 #include "core/terminal/Quoting.h"
 
-#include <initializer_list>
 #include <variant>
 
 namespace velmo::DevTerminal {

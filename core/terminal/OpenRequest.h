@@ -38,7 +38,7 @@ struct Attach {
 
 using Command = std::variant<Tool, Ssh, Attach>;
 
-/// What to open in a new terminal window.
+/// What to run in a new terminal window, and in which application.
 struct OpenRequest {
     App app = App::terminal;
     std::optional<std::string> cwd; ///< working folder of a tool

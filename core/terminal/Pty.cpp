@@ -115,9 +115,9 @@ std::optional<std::string> workingFolder(const Command& command, const Environme
 }
 
 bool isPermittedShell(const Command& command, std::string_view resolved) {
+    // No arguments suit both a shell and tmux, so that neither can be a link to the other.
     const std::string_view name = PathText::lastComponent(resolved);
-    return Text::isOneOf(name, shells) && (command.tool == "tmux") == (name == "tmux")
-           && isShellArguments(name, command.arguments())
+    return Text::isOneOf(name, shells) && isShellArguments(name, command.arguments())
            && (Text::isOneOf(PathText::parent(resolved), shellDirs)
                || beginsWithOneOf(resolved, shellCellars));
 }

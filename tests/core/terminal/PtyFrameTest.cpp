@@ -68,7 +68,7 @@ TEST(PtyFrameDecoder, FindsEachFaultAsSoonAsItCan) {
     // The type comes first, then the size, then the length that the type must have.
     expect(DecodeError::unknownType,
            {{0, 255, 255, 255, 255}, {6, 0, 0, 0, 0}, {255, 0, 0, 0, 0}, {6, 255, 255, 255, 255}});
-    expect(DecodeError::tooLarge, {{4, 0, 1, 0, 1}, {1, 0, 1, 0, 1}, {1, 255, 255, 255, 255}});
+    expect(DecodeError::tooLarge, {{4, 0, 1, 0, 1}, {1, 0, 1, 0, 1}, {1, 1, 0, 0, 0}});
     expect(DecodeError::badLength,
            {{4, 0, 0, 0, 0}, {4, 0, 0, 0, 2}, {2, 0, 0, 0, 3}, {3, 0, 0, 0, 5}, {5, 0, 1, 0, 0}});
     expect(DecodeError::badValue, {{4, 0, 0, 0, 1, 9}, {2, 0, 0, 0, 4, 3, 0xE9, 0, 24}});
