@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// Pairs of a byte that is typed and of the time that passes before, in units of 100 ms. Typed key
-/// by key or all at once while no time passes: the same reaches the program.
+/// Reads pairs of typed bytes and of the time that passes before them, in units of 100 ms. The same
+/// must reach the program whether the bytes come one by one or all at once.
 void Fuzz::target(Input input) {
     PtyAttach::DetachKey oneByOne;
     PtyAttach::DetachKey atOnce;

@@ -13,8 +13,8 @@ void Fuzz::target(Input input) {
     for (const Text::Scalar& scalar : Text::Scalars(label))
         require(scalar.valid && !Text::isControl(scalar.value)
                 && (scalar.value < 0x202A || scalar.value > 0x202E));
-    require(!Text::hasMoreCharactersThan(label, longestLabel));
-    require(!Text::hasMoreCharactersThan(title, longestTitle) && label.starts_with(title));
+    require(!Text::hasMoreCharactersThan(label, maxLabel));
+    require(!Text::hasMoreCharactersThan(title, maxTitle) && label.starts_with(title));
     require(sanitizeLabel(label) == label && sanitizeTitle(title) == title);
     require(titleSequence(text) == "\033]2;" + title + "\007");
     require(fill(text, "{code}") == text);

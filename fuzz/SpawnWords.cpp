@@ -49,7 +49,7 @@ void requireLimits(const SpawnRequest& request) {
 
 } // namespace
 
-/// The first byte says what the environment holds; then come the words.
+/// The first byte says whether the environment allows the test fixture; then come the words.
 void Fuzz::target(Input input) {
     Pty::Environment environment{{"HOME", "/Users/me"}, {"TMPDIR", "/tmp"}};
     const bool test = input.flag();

@@ -6,19 +6,19 @@ namespace velmo::PtyAttach {
 
 namespace {
 
-/// The property Bidi_Control: what can make a text read as another.
+/// The Unicode property Bidi_Control.
 bool isBidirectionalControl(char32_t scalar) {
     return scalar == 0x061C || scalar == 0x200E || scalar == 0x200F
            || (scalar >= 0x202A && scalar <= 0x202E) || (scalar >= 0x2066 && scalar <= 0x2069);
 }
 
-std::string sanitized(std::string_view text, std::size_t characters) {
+std::string sanitized(std::string_view text, std::size_t maxCharacters) {
     std::string clean;
     for (const Text::Scalar& scalar : Text::Scalars(text)) {
         if (!Text::isControl(scalar.value) && !isBidirectionalControl(scalar.value))
             Text::append(clean, scalar.value);
     }
-    return std::string(Text::prefix(clean, characters));
+    return std::string(Text::prefix(clean, maxCharacters));
 }
 
 } // namespace
@@ -28,11 +28,11 @@ std::string fill(std::string_view label, std::string_view code) {
 }
 
 std::string sanitizeLabel(std::string_view text) {
-    return sanitized(text, longestLabel);
+    return sanitized(text, maxLabel);
 }
 
 std::string sanitizeTitle(std::string_view text) {
-    return sanitized(text, longestTitle);
+    return sanitized(text, maxTitle);
 }
 
 std::string titleSequence(std::string_view title) {

@@ -6,15 +6,16 @@
 #include <string>
 #include <string_view>
 
-/// Texts that the attach client writes to the user's terminal. They come from another process, and
-/// a terminal obeys what it is sent: no control character and no bidirectional control gets out.
+/// The texts that the attach client writes to the user's terminal. They come from another process,
+/// and a terminal obeys what it is sent: control characters, and the bidirectional controls that
+/// make a text read as another, are removed first.
 namespace velmo::PtyAttach {
 
-inline constexpr std::size_t longestLabel = 200; ///< user-perceived characters
-inline constexpr std::size_t longestTitle = 120; ///< user-perceived characters
+inline constexpr std::size_t maxLabel = 200; ///< user-perceived characters
+inline constexpr std::size_t maxTitle = 120; ///< user-perceived characters
 
-/// What is said at the end, in English unless the host says otherwise. "{code}" stands for a code;
-/// see `fill`.
+/// What the client says at the end, in English unless the host sends other texts. "{code}" stands
+/// for a code; see `fill`.
 struct Labels {
     std::string exit = "The program ended (code {code}).";
     std::string detached = "Detached. The session keeps running in Velmo: continue it on your "
@@ -34,16 +35,16 @@ inline Labels english() {
     return {};
 }
 
-/// Every "{code}" replaced; what the code holds is not searched again.
+/// Returns the label with the code in place of each "{code}". A "{code}" in the code itself stays.
 std::string fill(std::string_view label, std::string_view code);
 
-/// Valid UTF-8 without the scalars that a terminal obeys, cut to `longestLabel`.
+/// Returns valid UTF-8 without control characters and bidirectional controls, cut to `maxLabel`.
 std::string sanitizeLabel(std::string_view text);
 
-/// The same, cut to `longestTitle`.
+/// Returns the same, cut to `maxTitle`.
 std::string sanitizeTitle(std::string_view text);
 
-/// What makes a terminal show the title, which is sanitised here.
+/// Returns the control sequence that makes a terminal show the title, which is sanitised here.
 std::string titleSequence(std::string_view title);
 
 } // namespace velmo::PtyAttach

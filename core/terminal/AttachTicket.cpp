@@ -4,7 +4,6 @@
 #include "core/support/PathText.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace velmo::PtyAttach {
@@ -15,17 +14,7 @@ constexpr unsigned permissionBits = 07777;
 constexpr unsigned ticketMode = 0600;
 constexpr unsigned bitsOfOthers = 077;
 
-constexpr auto messages = std::to_array<std::string_view>({
-    "bad ticket path",
-    "bad ticket name",
-    "the ticket is not in Velmo's private folder",
-    "the ticket file could not be opened",
-    "the ticket file is not a private regular file",
-    "bad ticket content",
-    "bad ticket endpoint",
-    "the ticket file could not be removed",
-});
-
+/// A descriptor that is closed at the end of the scope.
 class OpenFile {
 public:
     OpenFile(FileSystem& fs, int descriptor) : fs_(fs), descriptor_(descriptor) {}
@@ -44,10 +33,9 @@ private:
 
 bool isHexBetween(std::string_view text, std::string_view prefix, std::size_t digits,
                   std::string_view suffix) {
-    if (text.size() != prefix.size() + digits + suffix.size() || !text.starts_with(prefix)
-        || !text.ends_with(suffix))
-        return false;
-    return std::ranges::all_of(text.substr(prefix.size(), digits), Ascii::isLowercaseHex);
+    return text.size() == prefix.size() + digits + suffix.size() && text.starts_with(prefix)
+           && text.ends_with(suffix)
+           && std::ranges::all_of(text.substr(prefix.size(), digits), Ascii::isLowercaseHex);
 }
 
 bool isPrivateFolder(FileSystem& fs, int descriptor, std::string_view expected) {
@@ -65,7 +53,7 @@ bool isPrivateFile(FileSystem& fs, int descriptor) {
            && std::cmp_less_equal(info->size, maxTicketBytes);
 }
 
-/// The ticket in an open folder, still to be removed.
+/// Returns the ticket in an open folder. Its file is still to be removed.
 std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::string_view name,
                                             std::string_view folder) {
     const auto opened = fs.open(name, directory);
@@ -74,7 +62,7 @@ std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::
     const OpenFile file(fs, *opened);
     if (!isPrivateFile(fs, file.get()))
         return std::unexpected(TicketError::file);
-    // One more than allowed, so that a file that grew meanwhile is found out.
+    // One byte more than allowed, to notice a file that has grown since it was examined.
     const auto content = fs.read(file.get(), maxTicketBytes + 1);
     if (!content || content->size() > maxTicketBytes)
         return std::unexpected(TicketError::file);
@@ -89,7 +77,7 @@ std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::
 } // namespace
 
 std::string_view message(TicketError error) {
-    return messages[static_cast<std::size_t>(std::to_underlying(error))];
+    return rawText(error);
 }
 
 std::optional<std::string> expectedFolder(FileSystem& fs) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "core/support/Bytes.h"
+#include "core/support/RawText.h"
 #include "core/support/Record.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -32,11 +34,20 @@ struct Ticket {
     bool operator==(const Ticket&) const = default;
 };
 
-/// Each names the one check that failed; the first in this order wins, and with any of them but
-/// perhaps `unlink` the file is still there.
-enum class TicketError { arguments, basename, folder, open, file, json, endpoint, unlink };
+/// Why a ticket is refused. The checks are made in this order, so that the first that fails is
+/// reported, and the file is removed only after all but the last have passed.
+enum class TicketError {
+    arguments, ///< the path is not clean and absolute, or ends with a slash
+    basename,  ///< the name is not a ticket's
+    folder,    ///< the folder is not the user's private one, or can't be examined
+    open,
+    file,     ///< not a private regular file of 1...512 bytes, or it can't be examined or read
+    json,     ///< the content is not a ticket
+    endpoint, ///< the endpoint is not the socket in the ticket's own folder
+    unlink,   ///< the file could not be removed: somebody else may have the ticket
+};
 
-/// For the user, in English.
+/// Returns the text that tells the user, in English.
 std::string_view message(TicketError error);
 
 struct FileInfo {
@@ -50,65 +61,80 @@ struct FileInfo {
     bool operator==(const FileInfo&) const = default;
 };
 
-/// The system's error number.
 struct OpenError {
-    std::int32_t number = 0;
+    std::int32_t number = 0; ///< the system's, `errno`
 
     bool operator==(const OpenError&) const = default;
 };
 
-/// Every file operation of the ticket reader. The real ones: platform/host.
+/// Every file operation of the ticket reader. platform/host has the real ones.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
 
-    /// Of the caller.
+    /// Returns the caller's user id.
     [[nodiscard]] virtual std::uint32_t uid() = 0;
 
-    /// The temporary folder that is the user's alone.
+    /// Returns the temporary folder that is the user's alone.
     [[nodiscard]] virtual std::optional<std::string> userTempDir() = 0;
 
-    /// Absolute, every link resolved.
+    /// Returns the absolute path with every link resolved.
     [[nodiscard]] virtual std::optional<std::string> realpath(std::string_view path) = 0;
 
-    /// A descriptor of a folder, which the path must name without a link at its end.
+    /// Opens a folder and returns its descriptor. A path that ends in a link is refused.
     [[nodiscard]] virtual std::expected<int, OpenError> openDirectory(std::string_view path) = 0;
 
-    /// A descriptor for reading a name in a folder. A link is not followed; a FIFO or device does
-    /// not make it wait.
+    /// Opens a name in an open folder for reading and returns the descriptor. A link is refused;
+    /// a FIFO or a device does not make the call wait.
     [[nodiscard]] virtual std::expected<int, OpenError> open(std::string_view name,
                                                              int directory) = 0;
 
     [[nodiscard]] virtual std::optional<FileInfo> fstat(int descriptor) = 0;
 
-    /// The path that a descriptor refers to now, links resolved.
+    /// Returns the path that a descriptor refers to now, with links resolved.
     [[nodiscard]] virtual std::optional<std::string> pathOf(int descriptor) = 0;
 
-    /// The next bytes: fewer than `max` only at the end of the file.
+    /// Returns the next `max` bytes, or fewer at the end of the file.
     [[nodiscard]] virtual std::optional<Bytes> read(int descriptor, std::size_t max) = 0;
 
     virtual void close(int descriptor) = 0;
 
-    /// Whether a name was removed from a folder: of two callers one is told so.
+    /// Removes a name from an open folder. Of several callers at once only one gets true.
     [[nodiscard]] virtual bool unlink(std::string_view name, int directory) = 0;
 };
 
-/// The folder of tickets, "velmo-term" in the user's temporary folder. Absent when that is unknown
-/// or does not resolve.
+/// Returns the folder of tickets, "velmo-term" in the user's temporary folder, or nothing if the
+/// latter is unknown or does not resolve.
 std::optional<std::string> expectedFolder(FileSystem& fs);
 
+// Each tells whether the text has the form beside it.
 bool isTicketName(std::string_view name); ///< "a-", 32 lower-case hexadecimal digits, ".json"
 bool isToken(std::string_view text);      ///< 43 ASCII letters, digits, "-" or "_"
 bool isSessionId(std::string_view text);  ///< "s_" and 16 lower-case hexadecimal digits
 
-/// The endpoint may be any text here. Blanks may follow the object but not precede it. Has no
-/// limit of its own on the size.
+/// Reads the content of a ticket of any size. The endpoint may be any text here. White space may
+/// follow the object but not precede it.
 std::optional<Ticket> parseTicket(std::string_view json);
 
-/// Reads and removes a ticket. Nothing is believed that somebody else could have put there: the
-/// file is reached through the descriptor of a folder that was found to be the private one, and is
-/// itself private. Of any number of readers at most one gets the ticket. A failure to look at the
-/// folder is `folder`; to look at the opened file, or to read it, `file`.
+/// Reads and removes a ticket. A file that somebody else could have put there is refused: it is
+/// opened through the descriptor of a folder that was found to be the private one, and must itself
+/// be private. Of any number of readers at most one gets the ticket.
 std::expected<Ticket, TicketError> readTicket(std::string_view path, FileSystem& fs);
 
 } // namespace velmo::PtyAttach
+
+namespace velmo {
+
+template<>
+inline constexpr auto rawTexts<PtyAttach::TicketError> = std::to_array<std::string_view>({
+    "bad ticket path",
+    "bad ticket name",
+    "the ticket is not in Velmo's private folder",
+    "the ticket file could not be opened",
+    "the ticket file is not a private regular file",
+    "bad ticket content",
+    "bad ticket endpoint",
+    "the ticket file could not be removed",
+});
+
+} // namespace velmo

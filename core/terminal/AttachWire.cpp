@@ -2,6 +2,7 @@
 
 #include "core/support/Ascii.h"
 
+#include <algorithm>
 #include <tuple>
 #include <utility>
 
@@ -10,18 +11,17 @@ namespace velmo::PtyAttach {
 namespace {
 
 constexpr PtyFrame::Size usualSize{.cols = 80, .rows = 24};
-constexpr std::size_t longestErrorCode = 32;
-constexpr std::int64_t highestExitCode = 255;
+constexpr std::size_t maxErrorCode = 32; // bytes
+constexpr std::int64_t maxExitCode = 255;
 constexpr std::string_view badMessage = "bad-message";
 
 struct Hello {
     int cols;
     int rows;
     std::string token;
-    int v = 1;
 
     static constexpr auto fields =
-        std::tuple{constant("t", "hello"), field("v", &Hello::v), field("token", &Hello::token),
+        std::tuple{constant("t", "hello"), constant("v", 1), field("token", &Hello::token),
                    field("cols", &Hello::cols), field("rows", &Hello::rows)};
 };
 
@@ -38,14 +38,17 @@ std::size_t limitOf(FrameType type) {
 }
 
 std::optional<FrameType> frameTypeOf(std::uint8_t raw) {
-    const auto type = static_cast<FrameType>(raw);
-    return type == FrameType::data || type == FrameType::control ? std::optional(type)
-                                                                 : std::nullopt;
+    switch (const auto type = static_cast<FrameType>(raw)) {
+    case FrameType::data:
+    case FrameType::control:
+        return type;
+    }
+    return std::nullopt;
 }
 
-/// No control character and no markup: the code is shown on the terminal.
+/// Tells whether the code may be shown on the terminal.
 bool isErrorCode(std::string_view text) {
-    return !text.empty() && text.size() <= longestErrorCode
+    return !text.empty() && text.size() <= maxErrorCode
            && Ascii::isMadeOfLettersDigitsAnd("-_.", text);
 }
 
@@ -65,7 +68,7 @@ HostMessage exit(const JsonObject& object) {
     const auto code = object.integer("code");
     if (!code)
         return host::Error{std::string(badMessage)};
-    return host::Exit{static_cast<int>(std::clamp<std::int64_t>(*code, 0, highestExitCode))};
+    return host::Exit{static_cast<int>(std::clamp<std::int64_t>(*code, 0, maxExitCode))};
 }
 
 host::Error error(const JsonObject& object) {
@@ -77,7 +80,7 @@ host::Error error(const JsonObject& object) {
 
 std::optional<ControlObject> ControlObject::parse(std::string_view json) {
     auto document = JsonDocument::parse(json);
-    if (!document || !document->root().object())
+    if (!document || !document->object())
         return std::nullopt;
     return ControlObject(*std::move(document));
 }
@@ -105,15 +108,11 @@ std::optional<Bytes> frame(FrameType type, ByteView payload) {
         return std::nullopt;
     Bytes frame;
     frame.reserve(headerBytes + payload.size());
-    FrameHeader{.type = std::to_underlying(type),
-                .length = static_cast<std::uint32_t>(payload.size())}
-        .appendTo(frame);
-    frame.insert(frame.end(), payload.begin(), payload.end());
+    appendFrame(frame, std::to_underlying(type), payload);
     return frame;
 }
 
 Bytes data(ByteView bytes) {
-    static_assert(maxData == PtyFrame::maxPayload);
     static_assert(std::to_underlying(FrameType::data) == std::to_underlying(PtyFrame::Kind::data));
     return PtyFrame::data(bytes);
 }

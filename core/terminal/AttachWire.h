@@ -29,17 +29,19 @@
 namespace velmo::PtyAttach {
 
 inline constexpr std::size_t headerBytes = FrameHeader::bytes;
-inline constexpr std::size_t maxControl = 4096;
-inline constexpr std::size_t maxData = 65536;
+inline constexpr std::size_t maxControl = 4096;              ///< bytes
+inline constexpr std::size_t maxData = PtyFrame::maxPayload; ///< bytes
 
 enum class FrameType : std::uint8_t { data = 1, control = 6 };
 
-/// A document whose root is an object.
+/// The payload of a control frame: a JSON document whose root is an object.
 class ControlObject {
 public:
+    /// Returns the document, or nothing if the text is not JSON or its root is not an object.
     static std::optional<ControlObject> parse(std::string_view json);
 
-    [[nodiscard]] JsonObject object() const { return *document_.root().object(); }
+    /// Returns the root, a view into this document.
+    [[nodiscard]] JsonObject object() const { return *document_.object(); }
 
 private:
     explicit ControlObject(JsonDocument document) : document_(std::move(document)) {}
@@ -49,6 +51,8 @@ private:
 
 using Frame = std::variant<Bytes, ControlObject>;
 
+/// What is wrong with a frame. `unknownType` and `tooLarge` are found as soon as the header is
+/// there, in this order; `badJSON` once the payload is whole.
 enum class DecodeError { unknownType, tooLarge, badJSON };
 
 struct DecoderRules {
@@ -61,44 +65,42 @@ struct DecoderRules {
 
 using Decoder = FrameDecoder<DecoderRules>;
 
-/// Absent when the payload is longer than its type allows.
+/// Returns a frame, or nothing if the payload is longer than its type allows.
 std::optional<Bytes> frame(FrameType type, ByteView payload);
 
-/// As many data frames as it takes; one empty frame for no bytes.
+/// Returns as many data frames as it takes, and one empty frame for no bytes.
 Bytes data(ByteView bytes);
 
-/// A record as a control frame; absent when its JSON is longer than `maxControl`.
+/// Returns a record as a control frame, or nothing if its JSON is longer than `maxControl`.
 template<Record R>
 std::optional<Bytes> control(const R& object) {
     const auto json = encodeJson(object);
     return json ? frame(FrameType::control, bytesOf(*json)) : std::nullopt;
 }
 
-/// The greeting, with the ticket's token. Apply `clampSize` to the size first, here and in
-/// `resize`. Absent when the token is far too long.
+/// Returns the greeting, with the ticket's token, or nothing if the token makes it longer than
+/// `maxControl`. The caller applies `clampSize` to the size first, here and in `resize`.
 std::optional<Bytes> hello(std::string_view token, int cols, int rows);
 Bytes resize(int cols, int rows);
 
-/// A control frame that is known when the program is built.
-template<std::size_t size>
-consteval auto constantControl(const char (&json)[size]) {
-    constexpr std::size_t length = size - 1;
-    static_assert(length <= 0xFF);
-    std::array<std::uint8_t, headerBytes + length> frame{std::to_underlying(FrameType::control), 0,
-                                                         0, 0, length};
-    std::transform(json, json + length, frame.begin() + headerBytes,
-                   [](char c) { return static_cast<std::uint8_t>(c); });
+inline constexpr std::size_t shortMessage = 14; ///< bytes of {"t":"detach"} and {"t":"hangup"}
+
+/// Returns the frame of a message of just that length.
+constexpr std::array<std::uint8_t, headerBytes + shortMessage> shortFrame(std::string_view json) {
+    std::array<std::uint8_t, headerBytes + shortMessage> frame{
+        std::to_underlying(FrameType::control), 0, 0, 0, shortMessage};
+    std::ranges::copy(json, frame.begin() + headerBytes);
     return frame;
 }
 
-inline constexpr auto detachFrame = constantControl(R"({"t":"detach"})");
-inline constexpr auto hangupFrame = constantControl(R"({"t":"hangup"})");
+inline constexpr auto detachFrame = shortFrame(R"({"t":"detach"})");
+inline constexpr auto hangupFrame = shortFrame(R"({"t":"hangup"})");
 
-/// What the host says.
+/// The messages of the host.
 namespace host {
 
 struct Ready {
-    std::string name; ///< of the session, as it came: pass it through `titleSequence`
+    std::string name; ///< of the session, not sanitised: show it by `titleSequence`
     Labels labels;    ///< sanitised
 
     bool operator==(const Ready&) const = default;
@@ -116,10 +118,12 @@ struct Error {
     bool operator==(const Error&) const = default;
 };
 
+/// Asks for a "resize" message.
 struct Size {
     bool operator==(const Size&) const = default;
 };
 
+/// A message that this client does not know, to be ignored.
 struct Other {
     bool operator==(const Other&) const = default;
 };
@@ -128,11 +132,12 @@ struct Other {
 
 using HostMessage = std::variant<host::Ready, host::Exit, host::Error, host::Size, host::Other>;
 
-/// An "exit" without an integer code, and an "error" without a code that may be shown, are the
-/// error "bad-message": the client must end with a true text rather than wait.
+/// Returns what the host says. An "exit" without an integer code, and an "error" without a code
+/// that may be shown, are the error "bad-message": the session is over, and the user is told so.
 HostMessage message(const JsonObject& object);
 
-/// At most 1000 x 500; 80 x 24 when either is below 1, whatever the other is.
+/// Returns a size that the host accepts: at most 1000 x 500, and 80 x 24 if either number is below
+/// 1, whatever the other is.
 PtyFrame::Size clampSize(int cols, int rows);
 
 } // namespace velmo::PtyAttach

@@ -8,30 +8,34 @@
 namespace velmo::PtyAttach {
 
 /// Finds the key that detaches, Control-] and then "d" or "D", among the bytes that the user types.
-/// Control-] twice sends it once; before any other byte it is sent with that byte.
+/// Control-] itself waits for the byte that follows: Control-] again sends it once, any other byte
+/// is sent with Control-] before it.
 ///
-/// Times are milliseconds of any clock that never goes back.
+/// Unlike the library's other times, which are seconds as `double`, the times here are whole
+/// milliseconds: key presses are timed by the loop that polls the terminal, which counts in these.
+/// They may come from any clock that never goes back.
 class DetachKey {
 public:
-    static constexpr std::uint8_t escape = 29;
+    static constexpr std::uint8_t escape = 29; ///< Control-]
     static constexpr std::int64_t timeoutMs = 1000;
 
     struct Result {
-        Bytes forward; ///< towards the program
+        Bytes forward; ///< to send to the program
         bool detach = false;
 
         bool operator==(const Result&) const = default;
     };
 
-    /// What follows the detaching byte in the chunk is dropped; the key is then as new.
+    /// Takes what the user typed. What follows the detaching byte in the same chunk is dropped, and
+    /// the key is then as new.
     Result feed(ByteView typed, std::int64_t nowMs);
 
-    /// Gives an escape back that was held for a whole second, once. To be called on a timer, so
-    /// that a lone Control-] reaches the program.
+    /// Returns Control-] once it has waited for a whole second, else nothing. The caller calls this
+    /// on a timer, so that a lone Control-] reaches the program.
     Bytes tick(std::int64_t nowMs);
 
 private:
-    std::optional<std::int64_t> since_; ///< when the escape that is being held was typed
+    std::optional<std::int64_t> since_; ///< when the escape that waits was typed
 };
 
 } // namespace velmo::PtyAttach

@@ -14,15 +14,17 @@
 
 namespace velmo {
 
-/// Turns a byte stream, cut anywhere, into whole frames. A value: a copy decodes on its own.
+/// Turns a byte stream, which arrives in slices that may end anywhere, into whole frames. A decoder
+/// belongs to one stream. It can be copied, and the copy goes on by itself.
 ///
-/// What distinguishes one protocol from another are its `Rules`:
+/// The `Rules` are what distinguishes one protocol from another:
 ///
 ///     using Frame = ...;
 ///     using Error = ...;
-///     /// The fault of a header, judged before any of the payload has to be there. It must bound
-///     /// the length: that much room is then made.
+///     /// Returns the fault of a header, if it has one, before any of the payload has to be there.
+///     /// It must refuse lengths for which there is no memory: room for the payload is made next.
 ///     static std::optional<Error> faultOf(const FrameHeader& header);
+///     /// Makes a frame of a header without fault and a payload of its length.
 ///     static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
 template<class Rules>
 class FrameDecoder {
@@ -30,24 +32,24 @@ public:
     using Frame = typename Rules::Frame;
     using Error = typename Rules::Error;
 
-    /// Every frame that the input completes, in stream order. An error is final: it drops the
-    /// frames decoded in the same call and whatever is buffered, and every later call answers it
-    /// again without looking at the input. The stream is broken then; close it.
+    /// Returns every frame that the input completes, in stream order. An error is final: frames
+    /// decoded in the same call and whatever is buffered are dropped, and every later call returns
+    /// the same error without looking at its input. The caller then closes the stream.
     [[nodiscard]] std::expected<std::vector<Frame>, Error> feed(ByteView input);
 
-    /// Bytes received and not yet part of a frame; 0 after an error.
+    /// Returns the number of bytes received that are not yet part of a frame; 0 after an error.
     [[nodiscard]] std::size_t buffered() const { return headBytes_ + payload_.size(); }
 
 private:
-    /// Moves what is missing of the header from the input; absent until it is whole.
+    /// Moves what is missing of the header from the input. Returns nothing until it is whole.
     std::optional<FrameHeader> takeHeader(ByteView& input);
 
-    /// Moves what is missing of the payload; false until it is whole.
+    /// Moves what is missing of the payload from the input. Returns false until it is whole.
     bool takePayload(std::size_t length, ByteView& input);
 
     std::unexpected<Error> fail(Error error);
 
-    // Every payload is put together in the memory that its frame is going to keep.
+    // A payload is collected in the memory that its frame is going to keep.
     std::array<std::uint8_t, FrameHeader::bytes> head_{};
     std::size_t headBytes_ = 0;
     Bytes payload_;

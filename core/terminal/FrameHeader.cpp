@@ -15,9 +15,10 @@ FrameHeader FrameHeader::read(ByteView stream) {
             .length = static_cast<std::uint32_t>(BigEndian::read(stream.subspan(1, lengthBytes)))};
 }
 
-void FrameHeader::appendTo(Bytes& stream) const {
+void appendFrame(Bytes& stream, std::uint8_t type, ByteView payload) {
     stream.push_back(type);
-    BigEndian::append(stream, length, lengthBytes);
+    BigEndian::append(stream, payload.size(), lengthBytes);
+    stream.insert(stream.end(), payload.begin(), payload.end());
 }
 
 } // namespace velmo

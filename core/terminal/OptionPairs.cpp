@@ -2,6 +2,7 @@
 
 #include "core/support/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace velmo {
@@ -25,6 +26,10 @@ std::optional<std::string_view> OptionPairs::value(std::string_view option) cons
             return value;
     }
     return std::nullopt;
+}
+
+bool OptionPairs::hasAny(std::span<const std::string_view> options) const {
+    return std::ranges::any_of(options, [this](std::string_view option) { return has(option); });
 }
 
 } // namespace velmo

@@ -2,7 +2,7 @@
 
 #include "core/support/PathText.h"
 #include "core/support/Text.h"
-#include "core/terminal/DevTerminal.h"
+#include "core/terminal/AllowedFolder.h"
 #include "core/terminal/OptionPairs.h"
 #include "core/terminal/PtyFrame.h"
 
@@ -35,7 +35,7 @@ bool beginsWithOneOf(std::string_view text, std::span<const std::string_view> pr
                                [&](std::string_view prefix) { return text.starts_with(prefix); });
 }
 
-/// What the words say, once the rules on words alone have passed.
+/// What the words say, once they have passed every rule on words.
 struct Command {
     std::string_view cwd; ///< clean, not resolved
     PtyFrame::Size size;
@@ -99,8 +99,8 @@ std::optional<Command> parseWords(Words words, const Environment& environment) {
     return command;
 }
 
-/// The resolved working folder, if the command may work there. A shell or ssh may do so in the
-/// home folder itself.
+/// Returns the resolved working folder, if the command may work there. A shell or ssh may also work
+/// in the home folder itself.
 std::optional<std::string> workingFolder(const Command& command, const Environment& environment,
                                          const FileSystem& fs) {
     auto cwd = fs.realpath(command.cwd);
@@ -115,9 +115,9 @@ std::optional<std::string> workingFolder(const Command& command, const Environme
 }
 
 bool isPermittedShell(const Command& command, std::string_view resolved) {
+    // No arguments suit both a shell and tmux, so that neither can be a link to the other.
     const std::string_view name = PathText::lastComponent(resolved);
-    return Text::isOneOf(name, shells) && (command.tool == "tmux") == (name == "tmux")
-           && isShellArguments(name, command.arguments())
+    return Text::isOneOf(name, shells) && isShellArguments(name, command.arguments())
            && (Text::isOneOf(PathText::parent(resolved), shellDirs)
                || beginsWithOneOf(resolved, shellCellars));
 }
@@ -129,7 +129,8 @@ bool isPermittedTool(const Command& command, std::string_view resolved) {
            || (resolved.ends_with("/bin/ssh") && beginsWithOneOf(resolved, sshCellars));
 }
 
-/// The resolved program, if it is what its name promises.
+/// Returns the resolved path of the program, if nobody else could have put it there and it is what
+/// its name says.
 std::optional<std::string> resolvedProgram(const Command& command, const Environment& environment,
                                            const FileSystem& fs) {
     auto resolved = fs.realpath(command.program());

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-/// The gatekeeper of pseudo-terminal sessions: which program may be started for whom, where and
-/// with which arguments, and with what environment.
+/// The gatekeeper of pseudo-terminal sessions: which program may be started, in which folder, with
+/// which arguments and with what environment.
 namespace velmo::Pty {
 
 inline constexpr auto shellDirs =
@@ -23,66 +23,68 @@ inline constexpr auto systemSsh = std::to_array<std::string_view>(
 inline constexpr auto sshCellars = std::to_array<std::string_view>(
     {"/opt/homebrew/Cellar/openssh/", "/usr/local/Cellar/openssh/"});
 
-/// Anybody may put a program there.
+/// Folders in which anybody may put a program.
 inline constexpr auto temporaryRoots =
     std::to_array<std::string_view>({"/tmp", "/private/tmp", "/var/tmp", "/private/var/tmp",
                                      "/var/folders", "/private/var/folders"});
 
-/// The variables that reach the child, with those that begin with "LC_".
+/// The variables that reach the child, besides those that begin with "LC_".
 inline constexpr auto passed = std::to_array<std::string_view>(
     {"HOME", "USER", "LOGNAME", "SHELL", "PATH", "LANG", "SSH_AUTH_SOCK", "TMPDIR"});
 
-/// A program of this name runs with any arguments while the requesting environment holds
-/// `testEnvironmentKey` with the value "1". Where it lies and where it works is judged as ever.
+/// A program of this name may run with any arguments if `testEnvironmentKey` is "1" in the
+/// requesting environment. Where it lies and where it works is judged like any other's.
 inline constexpr std::string_view testFixture = "velmo-pty-fixture";
 inline constexpr std::string_view testEnvironmentKey = "VELMO_PTY_TEST";
 
 using Environment = std::map<std::string, std::string, std::less<>>;
 
-/// Every question that the policy has about the disk. The real answers: platform/host.
+/// Every question of the policy about the disk. platform/host has the real answers.
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
 
-    /// Absolute, every link resolved; absent when the path, such as "", leads nowhere.
+    /// Returns the absolute path with every link resolved, or nothing if the path, such as "",
+    /// leads nowhere.
     [[nodiscard]] virtual std::optional<std::string> realpath(std::string_view path) const = 0;
 
     [[nodiscard]] virtual bool isDirectory(std::string_view path) const = 0;
 
-    /// Exists, is no directory, and the caller may execute it.
+    /// Tells whether the path leads to a file that the caller may execute, and not to a folder.
     [[nodiscard]] virtual bool isExecutable(std::string_view path) const = 0;
 
-    /// Whether others may write to what the path leads to (links followed; the sticky bit does not
-    /// help). True also when it can't be examined: what is not known to be safe is not.
+    /// Tells whether others may write to what the path leads to, sticky bit or not. What can't be
+    /// examined counts as writable.
     [[nodiscard]] virtual bool isWorldWritable(std::string_view path) const = 0;
 
-    /// The value of "HOME", even if it is empty; without that key the platform's home folder of
-    /// the current user.
+    /// Returns the value of "HOME", even an empty one, or else the platform's home folder of the
+    /// current user.
     [[nodiscard]] virtual std::optional<std::string> home(const Environment& environment) const = 0;
 };
 
-/// `words` are "--cwd", "--cols" and "--rows", each with its value, perhaps "--origin" "cli", in
-/// any order; "--"; the program's path; its arguments:
+/// Reads "--cwd", "--cols", "--rows" and perhaps "--origin", each with its value, in any order,
+/// then
+/// "--", the program's path and its arguments:
 ///
 ///     --cwd /Users/me/dev/app --cols 80 --rows 24 -- /opt/homebrew/bin/claude --continue
 ///
-/// Absent when any rule is broken. The file system is asked only about words that passed every
-/// rule on words. Origin "cli", for claude alone, lifts the grammar of its arguments and no other
-/// rule.
+/// Returns nothing if any rule is broken. The file system is asked only about words that passed
+/// every rule on words. The origin "cli", for claude alone, frees its arguments from `isAgentFlags`
+/// and from no other rule.
 std::optional<SpawnRequest> parseSpawn(Words words, const Environment& environment,
                                        const FileSystem& fileSystem);
 
-/// Whether nobody else could have put the program there: neither the path as given nor the
+/// Tells whether nobody else could have put the program there: neither the path as given nor the
 /// resolved one lies in a temporary folder or below a folder that others may write to.
 bool isTrustedProgram(std::string_view given, std::string_view resolved,
                       const Environment& environment, const FileSystem& fs);
 
-/// All that the child gets of the requesting environment, and what it always gets. Entries that
-/// could smuggle in another (a key with "=", NUL anywhere) are dropped.
+/// Returns all that the child gets of the requesting environment, and what it always gets. Entries
+/// that would be read as others (a key with "=", NUL anywhere) are dropped.
 Environment childEnvironment(const Environment& environment);
 
-/// The exit code for a status from waitpid: the program's own, 128 + the signal that killed it, or
-/// 1 for a program that was only stopped.
+/// Returns the exit code for a status from waitpid: the program's own, 128 plus the signal that
+/// killed it, or 1 for a program that was only stopped.
 std::int32_t exitCode(std::int32_t status);
 
 } // namespace velmo::Pty

@@ -12,33 +12,37 @@
 #include <variant>
 
 /// The attach client: what a terminal window runs to join a session that lives on the host. It
-/// reads a ticket (AttachTicket.h), connects to the socket named there, says hello and relays
+/// reads a ticket (AttachTicket.h), connects to the socket named there, greets the host and relays
 /// (AttachWire.h) until the user detaches (DetachKey.h), the program ends or the host goes away,
-/// and says which (AttachLabels.h). The socket, the terminal's raw mode and the loop are the
-/// caller's.
+/// and tells the user which (AttachLabels.h). The socket, the terminal's raw mode and the loop are
+/// the caller's.
 namespace velmo::PtyAttach {
 
-/// Join the session of a ticket: the path of its file.
+/// The word that makes the product's executable the attach client. Its arguments follow.
+inline constexpr std::string_view mode = "pty-attach";
+inline constexpr std::string_view ticketOption = "--ticket-file";
+
+/// Asks to join the session of a ticket.
 struct TicketArguments {
-    std::string path;
+    std::string path; ///< of the ticket's file
 
     bool operator==(const TicketArguments&) const = default;
 };
 
-/// Answer with `probeReply` and end.
+/// Asks to print `probeReply` and end.
 struct ProbeArguments {
     bool operator==(const ProbeArguments&) const = default;
 };
 
 using Arguments = std::variant<TicketArguments, ProbeArguments>;
 
-/// "--probe" alone, or "--ticket-file" and a clean absolute path.
+/// Reads "--probe" alone, or "--ticket-file" and a path that `PathText::isCleanAbsolute` accepts.
 std::optional<Arguments> parseArguments(std::span<const std::string> args);
 
 inline constexpr std::string_view probeReply = R"({"ok":true,"v":1})";
 
-/// Written to the terminal at the end, whatever the reason: undoes what the program may have left
-/// switched on.
+/// The client writes this to the terminal at the end, whatever the reason, to undo what the program
+/// may have left switched on.
 inline constexpr std::string_view reset = "\0337"       // save the cursor, which the next moves
                                           "\033[?1049l" // leave the alternate screen
                                           "\033[?25h"   // show the cursor
@@ -49,8 +53,8 @@ inline constexpr std::string_view reset = "\0337"       // save the cursor, whic
                                           "\033[?1006l" //   long coordinates
                                           "\033[?1004l" // focus reports
                                           "\033[<u"     // keyboard enhancements
-                                          "\033[?1l"    // cursor keys as usual
-                                          "\033>"       // keypad as usual
+                                          "\033[?1l"    // usual cursor keys
+                                          "\033>"       // usual keypad
                                           "\033[0m"     // colours and attributes
                                           "\r\n";
 static_assert(reset.size() == 81);

@@ -26,10 +26,7 @@ bool fits(Kind kind, std::size_t length) {
 }
 
 void append(Bytes& stream, Kind kind, ByteView payload) {
-    FrameHeader{.type = std::to_underlying(kind),
-                .length = static_cast<std::uint32_t>(payload.size())}
-        .appendTo(stream);
-    stream.insert(stream.end(), payload.begin(), payload.end());
+    appendFrame(stream, std::to_underlying(kind), payload);
 }
 
 Bytes numberFrame(Kind kind, std::uint32_t number) {
@@ -57,9 +54,15 @@ bool hasGoodValue(const Frame& frame) {
 } // namespace
 
 std::optional<Kind> kindOf(std::uint8_t raw) {
-    if (raw < std::to_underlying(Kind::data) || raw > std::to_underlying(Kind::ready))
-        return std::nullopt;
-    return static_cast<Kind>(raw);
+    switch (const auto kind = static_cast<Kind>(raw)) {
+    case Kind::data:
+    case Kind::resize:
+    case Kind::exit:
+    case Kind::signal:
+    case Kind::ready:
+        return kind;
+    }
+    return std::nullopt;
 }
 
 std::optional<Size> Frame::size() const {

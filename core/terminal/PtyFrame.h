@@ -19,17 +19,17 @@
 ///     signal  4 | 1               | a code of `signals`
 ///     ready   5 | 4               | process id of the child
 ///
-/// All numbers are big-endian. 02 00 00 00 04 00 50 00 18 is a resize to 80 x 24.
+/// All numbers are big-endian: 02 00 00 00 04 00 50 00 18 is a resize to 80 x 24.
 namespace velmo::PtyFrame {
 
 inline constexpr std::size_t headerBytes = FrameHeader::bytes;
-inline constexpr std::size_t maxPayload = 65536;
+inline constexpr std::size_t maxPayload = 65536; ///< bytes
 inline constexpr int maxCols = 1000;
 inline constexpr int maxRows = 500;
 
 enum class Kind : std::uint8_t { data = 1, resize, exit, signal, ready };
 
-/// Absent for a byte that is no type.
+/// Returns the kind with this type byte, if there is one.
 std::optional<Kind> kindOf(std::uint8_t raw);
 
 struct Signal {
@@ -37,7 +37,7 @@ struct Signal {
     std::int32_t number; ///< to deliver
 };
 
-/// Hang-up, interrupt, terminate: no other signal can be carried.
+/// The signals that can be carried: hang-up, interrupt and terminate.
 inline constexpr auto signals = std::to_array<Signal>(
     {{.code = 1, .number = 1}, {.code = 2, .number = 2}, {.code = 15, .number = 15}});
 
@@ -52,17 +52,19 @@ struct Frame {
     Kind kind = Kind::data;
     Bytes payload;
 
-    /// Of a resize frame only, and only if its payload is long enough to hold one.
+    /// Returns the size that a resize frame carries. It is absent for a frame of another kind, and
+    /// for one whose payload is too short.
     [[nodiscard]] std::optional<Size> size() const;
 
-    /// The number to deliver; absent for a frame of another kind or a code outside `signals`.
+    /// Returns the number of the signal to deliver. It is absent for a frame of another kind, and
+    /// for a code that is not in `signals`.
     [[nodiscard]] std::optional<std::int32_t> signal() const;
 
     bool operator==(const Frame&) const = default;
 };
 
-/// Of several faults in one frame the first in this order wins. The first three are found as soon
-/// as the header is there, `badValue` once the payload is whole.
+/// What is wrong with a frame. Of several faults in one frame the first in this order is reported.
+/// The first three are found as soon as the header is there, `badValue` once the payload is whole.
 enum class DecodeError { unknownType, tooLarge, badLength, badValue };
 
 struct DecoderRules {
@@ -75,19 +77,21 @@ struct DecoderRules {
 
 using Decoder = FrameDecoder<DecoderRules>;
 
-/// 1...1000 columns and 1...500 rows.
+/// Tells whether a terminal may have this size: 1...1000 columns and 1...500 rows.
 bool validSize(int cols, int rows);
 
-/// The frame's bytes; absent when the payload has not a length of its kind. Values are not judged:
-/// a resize to 0 x 0 is framed here and refused by the other side's decoder.
+/// Returns the frame's bytes, or nothing if the payload's length is not one of its kind. Values are
+/// not judged: a resize to 0 x 0 is framed here and refused by the other side's decoder.
 std::optional<Bytes> encode(Kind kind, ByteView payload);
 
-/// As many data frames as it takes, each as long as possible; one empty frame for no bytes.
+/// Returns as many data frames as it takes, each as long as possible, and one empty frame for no
+/// bytes.
 Bytes data(ByteView bytes);
 
-/// Absent for a size that is not valid.
+/// Returns a resize frame, or nothing if the size is not valid.
 std::optional<Bytes> resize(std::uint16_t cols, std::uint16_t rows);
 
+// Each returns the frame of its name.
 Bytes exit(std::int32_t code);
 Bytes ready(std::uint32_t pid);
 

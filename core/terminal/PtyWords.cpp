@@ -4,7 +4,6 @@
 #include "core/support/Decimal.h"
 #include "core/support/PathText.h"
 #include "core/support/Text.h"
-#include "core/terminal/DevTerminal.h"
 
 #include <algorithm>
 
@@ -13,13 +12,7 @@ namespace velmo::Pty {
 namespace {
 
 constexpr std::int64_t maxDimension = 9999; // four digits
-constexpr std::size_t longestTarget = 253;
-constexpr std::size_t longestModel = 100;
-
-constexpr std::string_view skipPermissions = "--dangerously-skip-permissions";
-constexpr std::string_view bypassSandbox = "--dangerously-bypass-approvals-and-sandbox";
-constexpr auto gentlerModes =
-    std::to_array<std::string_view>({"--permission-mode", "--sandbox", "--ask-for-approval"});
+constexpr std::size_t maxModel = 100;       // bytes
 
 struct Resume {
     std::string_view agent;
@@ -33,21 +26,15 @@ constexpr auto resumes = std::to_array<Resume>({
     {.agent = "opencode", .option = "-s", .isSession = isOpencodeSessionId},
 });
 
-bool isUserOrHostName(std::string_view text) {
-    return !text.empty() && Ascii::isMadeOfLettersDigitsAnd("-._", text);
+constexpr bool isAgent(std::string_view tool) {
+    return std::ranges::find(agents, tool) != agents.end();
 }
 
-bool isHost(std::string_view text) {
-    if (!text.starts_with('['))
-        return isUserOrHostName(text);
-    if (text.size() < 3 || !text.ends_with(']'))
-        return false;
-    return std::ranges::all_of(text.substr(1, text.size() - 2),
-                               [](char c) { return Ascii::isHex(c) || c == '.' || c == ':'; });
-}
+static_assert(std::ranges::all_of(agentOptions, isAgent, &AgentOption::agent));
+static_assert(std::ranges::all_of(resumes, isAgent, &Resume::agent));
 
 bool isPermittedValue(const AgentOption& option, std::string_view value) {
-    // "" pads the list, and is nothing that could be meant.
+    // "" pads the list and is not one of its values.
     return option.value == FlagValue::model ? isModelId(value)
                                             : !value.empty() && Text::isOneOf(value, option.list);
 }
@@ -86,17 +73,8 @@ bool isSshArguments(Words arguments) {
     return arguments.size() == 2 && arguments[0] == "--" && isSshTarget(arguments[1]);
 }
 
-bool isSshTarget(std::string_view text) {
-    if (text.size() > longestTarget || text.starts_with('-'))
-        return false;
-    const std::size_t at = text.find('@');
-    if (at == std::string_view::npos)
-        return isHost(text);
-    return isUserOrHostName(text.substr(0, at)) && isHost(text.substr(at + 1));
-}
-
 bool isAgentArguments(std::string_view tool, Words arguments) {
-    if (!Text::isOneOf(tool, agents))
+    if (!isAgent(tool))
         return false;
     if (isAgentFlags(tool, arguments))
         return true;
@@ -107,28 +85,28 @@ bool isAgentArguments(std::string_view tool, Words arguments) {
 }
 
 bool isAgentFlags(std::string_view tool, Words arguments) {
-    if (!Text::isOneOf(tool, agents) || arguments.size() > maxAgentFlagWords)
+    if (!isAgent(tool) || arguments.size() > maxAgentFlagWords)
         return false;
-    std::vector<std::string_view> seen;
+    std::vector<const AgentOption*> seen;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const AgentOption* const option = findOption(tool, arguments[i]);
-        if (option == nullptr || Text::isOneOf(option->flag, seen))
+        if (option == nullptr || std::ranges::find(seen, option) != seen.end())
             return false;
-        seen.push_back(option->flag);
+        seen.push_back(option);
         if (option->value == FlagValue::none)
             continue;
         ++i;
         if (i == arguments.size() || !isPermittedValue(*option, arguments[i]))
             return false;
     }
-    if (!Text::isOneOf(skipPermissions, seen) && !Text::isOneOf(bypassSandbox, seen))
-        return true;
-    return std::ranges::none_of(gentlerModes,
-                                [&](std::string_view mode) { return Text::isOneOf(mode, seen); });
+    const auto isAmongThem = [&](Questions kind) {
+        return std::ranges::find(seen, kind, &AgentOption::questions) != seen.end();
+    };
+    return !isAmongThem(Questions::skipped) || !isAmongThem(Questions::chosen);
 }
 
 bool isModelId(std::string_view text) {
-    return !text.empty() && text.size() <= longestModel && Ascii::isLetterOrDigit(text.front())
+    return !text.empty() && text.size() <= maxModel && Ascii::isLetterOrDigit(text.front())
            && Ascii::isMadeOfLettersDigitsAnd("._:/@[]-", text);
 }
 
@@ -141,7 +119,9 @@ bool isUuid(std::string_view text) {
 
 bool isOpencodeSessionId(std::string_view text) {
     constexpr std::string_view prefix = "ses_";
-    return text.size() >= 12 && text.size() <= 68 && text.starts_with(prefix)
+    constexpr std::size_t minLength = 12; // bytes
+    constexpr std::size_t maxLength = 68; // bytes
+    return text.size() >= minLength && text.size() <= maxLength && text.starts_with(prefix)
            && Ascii::isMadeOfLettersDigitsAnd("", text.substr(prefix.size()));
 }
 

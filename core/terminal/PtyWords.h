@@ -1,23 +1,32 @@
 #pragma once
 
+#include "core/terminal/AgentTools.h"
+#include "core/terminal/SshTarget.h"
+
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
-/// The grammar of the command lines that a session may run: what is decided on the words alone.
-/// Everything is exact, case-sensitive and counted in bytes. Parsers refuse invalid UTF-8.
+/// The grammar of the command lines that a session may run: what is decided on the words alone,
+/// before the disk is asked. Words are compared exactly and measured in bytes.
 namespace velmo::Pty {
 
 using Words = std::span<const std::string>;
 
-inline constexpr auto tools =
-    std::to_array<std::string_view>({"claude", "codex", "opencode", "agy", "ssh"});
-inline constexpr auto agents =
-    std::to_array<std::string_view>({"claude", "codex", "opencode", "agy"});
+inline constexpr auto agents = agentTools;
+
+/// The programs beside shells: the agents and ssh.
+inline constexpr auto tools = [] {
+    std::array<std::string_view, agents.size() + 1> all{};
+    std::ranges::copy(agents, all.begin());
+    all.back() = "ssh";
+    return all;
+}();
+
 inline constexpr auto shells =
     std::to_array<std::string_view>({"bash", "zsh", "fish", "sh", "dash", "ksh", "tcsh", "tmux"});
 inline constexpr auto interpreterNames = std::to_array<std::string_view>(
@@ -25,11 +34,14 @@ inline constexpr auto interpreterNames = std::to_array<std::string_view>(
      "csh",  "nu",   "busybox", "pwsh",   "powershell", "cmd", "osascript", "python", "perl",
      "ruby", "env",  "node",    "nodejs", "deno",       "bun", "php",       "lua",    "tclsh"});
 
-inline constexpr std::size_t maxArguments = 64;        ///< without the program
+inline constexpr std::size_t maxArguments = 64;        ///< not counting the program
 inline constexpr std::size_t maxArgumentLength = 4096; ///< bytes
-inline constexpr std::size_t maxAgentFlagWords = 12;
+inline constexpr std::size_t maxAgentFlagWords = 12;   ///< no agent has flags for as many today
 
 enum class FlagValue { none, model, listed };
+
+/// How a flag bears on the questions that an agent asks before it acts.
+enum class Questions { untouched, skipped, chosen };
 
 /// A flag that an agent may be given, and what follows it.
 struct AgentOption {
@@ -37,62 +49,71 @@ struct AgentOption {
     std::string_view flag;
     FlagValue value = FlagValue::none;
     std::array<std::string_view, 4> list{}; ///< for `listed`; padded with ""
+    Questions questions = Questions::untouched;
 };
 
-/// A flag without a value, with the identifier of a model, with a value of a list.
-constexpr AgentOption bare(std::string_view agent, std::string_view flag) {
-    return {.agent = agent, .flag = flag};
-}
-
-constexpr AgentOption model(std::string_view agent, std::string_view flag) {
-    return {.agent = agent, .flag = flag, .value = FlagValue::model};
-}
-
-constexpr AgentOption listed(std::string_view agent, std::string_view flag,
-                             const std::array<std::string_view, 4>& list) {
-    return {.agent = agent, .flag = flag, .value = FlagValue::listed, .list = list};
-}
-
 inline constexpr auto agentOptions = std::to_array<AgentOption>({
-    model("claude", "--model"),
-    listed("claude", "--permission-mode", {"plan", "acceptEdits", "default"}),
-    bare("claude", "--continue"),
-    bare("claude", "--dangerously-skip-permissions"),
-    model("codex", "--model"),
-    listed("codex", "--sandbox", {"read-only", "workspace-write"}),
-    listed("codex", "--ask-for-approval", {"untrusted", "on-failure", "on-request", "never"}),
-    bare("codex", "--dangerously-bypass-approvals-and-sandbox"),
-    model("opencode", "--model"),
+    {.agent = "claude", .flag = "--model", .value = FlagValue::model},
+    {.agent = "claude",
+     .flag = "--permission-mode",
+     .value = FlagValue::listed,
+     .list = {"plan", "acceptEdits", "default"},
+     .questions = Questions::chosen},
+    {.agent = "claude", .flag = "--continue"},
+    {.agent = "claude", .flag = "--dangerously-skip-permissions", .questions = Questions::skipped},
+    {.agent = "codex", .flag = "--model", .value = FlagValue::model},
+    {.agent = "codex",
+     .flag = "--sandbox",
+     .value = FlagValue::listed,
+     .list = {"read-only", "workspace-write"},
+     .questions = Questions::chosen},
+    {.agent = "codex",
+     .flag = "--ask-for-approval",
+     .value = FlagValue::listed,
+     .list = {"untrusted", "on-failure", "on-request", "never"},
+     .questions = Questions::chosen},
+    {.agent = "codex",
+     .flag = "--dangerously-bypass-approvals-and-sandbox",
+     .questions = Questions::skipped},
+    {.agent = "opencode", .flag = "--model", .value = FlagValue::model},
 });
 
-/// See PathText::isCleanAbsolute.
+/// Tells the same as `PathText::isCleanAbsolute`.
 bool isCleanAbsolutePath(std::string_view path);
 
-/// 1 to 4 digits without a leading zero: a number of columns or rows, not yet bounded.
+/// Reads a number of columns or rows, 1 to 4 digits without a leading zero. The limits of a
+/// terminal's size are judged by `PtyFrame::validSize`.
 std::optional<int> dimension(std::optional<std::string_view> text);
 
-/// A login shell ("-l"); tmux attaches to a session or makes one.
+/// Tells whether the arguments are "-l", for a login shell; for tmux, whether they are
+/// "attach-session" or "new-session".
 bool isShellArguments(std::string_view tool, Words arguments);
 
-/// "--" and a target, perhaps after "-p" and a port. No other option, no remote command.
+/// Tells whether the arguments are "--" and a target, perhaps after "-p" and a port. No other
+/// option and no remote command is accepted.
 bool isSshArguments(Words arguments);
 
-/// A host, perhaps after a user and "@": a name or IPv4 address, or an IPv6 literal in brackets.
-/// At most 253 bytes in all, and neither "-" nor "@" in front.
-bool isSshTarget(std::string_view text);
-
-/// Flags of the agent's own, or a session to resume. The two can't be combined.
+/// Tells whether the arguments are flags that the agent may be given, or name a session for it to
+/// resume. The two can't be combined.
 bool isAgentArguments(std::string_view tool, Words arguments);
 
-/// No flag twice, and none that asks for a gentler mode beside one that skips every question.
+/// Tells whether the arguments are flags of the agent, each with its value and given once. A flag
+/// that skips the agent's questions can't be combined with one that chooses which it asks.
 bool isAgentFlags(std::string_view tool, Words arguments);
 
+/// Tells whether the text is an ASCII letter or digit, then at most 99 of these or of . _ : / @ [ ]
+/// -
 bool isModelId(std::string_view text);
+
+/// Tells whether the text is 32 hexadecimal digits, of either case, in groups of 8-4-4-4-12.
 bool isUuid(std::string_view text);
+
+/// Tells whether the text is "ses_" and 8 to 64 ASCII letters and digits.
 bool isOpencodeSessionId(std::string_view text);
 
-/// Whether a program of this file name runs whatever text it is given: a name of the table in any
-/// letter case, perhaps with a version ("python3.12", "node-18") and perhaps with ".exe".
+/// Tells whether a program of this file name runs whatever text it is given: the name is in
+/// `interpreterNames`, in any letter case, perhaps with a version ("python3.12", "node-18") and
+/// perhaps with ".exe".
 bool isInterpreter(std::string_view name);
 
 } // namespace velmo::Pty

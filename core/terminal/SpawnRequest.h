@@ -7,8 +7,8 @@
 
 namespace velmo {
 
-/// A program that may be started on a new pseudo-terminal: all that is needed to do so, but the
-/// environment.
+/// A program that may be started on a new pseudo-terminal: all that is needed to start it but its
+/// environment, which `Pty::childEnvironment` makes.
 struct SpawnRequest {
     std::string cwd;               ///< links resolved
     int cols = 0;                  ///< 1...1000

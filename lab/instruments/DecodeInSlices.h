@@ -10,7 +10,7 @@
 
 namespace velmo {
 
-/// What a decoder made of a stream: frames, and where and how it failed if it did.
+/// The outcome of decoding a stream: frames, and where and how the decoder failed, if it did.
 template<class Frame, class Error>
 struct Decoded {
     std::vector<Frame> frames;
@@ -19,7 +19,8 @@ struct Decoded {
     std::size_t buffered = 0;
 };
 
-/// Feeds the stream in slices that end at the given positions (ascending) and at its end.
+/// Feeds a decoder the stream in slices that end at the given positions, in ascending order, and at
+/// its end. Stops at the first error.
 template<class Decoder>
 auto decodeInSlices(ByteView stream, const std::vector<std::size_t>& cuts) {
     Decoder decoder;
@@ -39,7 +40,7 @@ auto decodeInSlices(ByteView stream, const std::vector<std::size_t>& cuts) {
     return decoded;
 }
 
-/// A cut after every byte: the finest slicing, which tells at which byte a fault is found.
+/// Returns the finest slicing, a cut after every byte, which shows at which byte a fault is found.
 inline std::vector<std::size_t> everyByte(ByteView stream) {
     std::vector<std::size_t> cuts;
     for (std::size_t cut = 1; cut < stream.size(); ++cut)

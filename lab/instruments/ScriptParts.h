@@ -7,9 +7,9 @@
 
 namespace velmo {
 
-/// A script's text with every string literal emptied, and what the literals say.
+/// A script's text without the content of its string literals, and that content.
 struct ScriptParts {
-    std::string around;
+    std::string around; ///< with the opening quote of each literal
     std::vector<std::string> literals;
 };
 
@@ -26,8 +26,9 @@ inline char afterBackslash(char c) {
     }
 }
 
-/// By AppleScript's rules: a literal ends at the first quote that no backslash stands before; after
-/// a backslash n, r and t are control characters and everything else is itself.
+/// Takes a script apart by AppleScript's rules: a literal ends at the first quote without a
+/// backslash before it; after a backslash n, r and t are control characters and everything else is
+/// itself.
 inline ScriptParts readScript(std::string_view script) {
     ScriptParts parts;
     for (std::size_t i = 0; i < script.size(); ++i) {

@@ -7,19 +7,11 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(PtyWords, CleanAbsolutePaths) {
-    expectVerdicts(Pty::isCleanAbsolutePath,
-                   {"/a", "/a/", "/...", "/a/..b/.c", "/é 😀", "/" + std::string(1023, 'a'),
-                    "/" + std::string(1022, 'a') + "/"},
-                   {"/" + std::string(1024, 'a'), "/" + std::string(1023, 'a') + "/", "", "/", "//",
-                    "//a", "/a//", "/a//b", "/.", "/a/..", "/a/../", "/a/./b", "a/b", "/a\n",
-                    "/a\0b"s, "/a\x7F", "/a\u0085", "/a\u2029", "/a\xFF"});
-}
-
-TEST(PtyWords, Dimensions) {
-    EXPECT_EQ(Pty::dimension("1"), 1);
-    EXPECT_EQ(Pty::dimension("9999"), 9999);
-    expectRefused(Pty::dimension, {"", "0", "080", "+80", "-1", " 80", "80 ", "10000", "8O", "٨"});
+TEST(PtyWords, PathsAndDimensions) {
+    expectVerdicts(Pty::isCleanAbsolutePath, {"/a", "/a/"}, {"/", "a", "/a/..", "/a//b", "/a\n"});
+    for (int number = 0; number <= 10000; ++number)
+        EXPECT_EQ(Pty::dimension(std::to_string(number)).value_or(0), number % 10000);
+    expectRefused(Pty::dimension, {"", "080", "+80", "-1", " 80", "80 ", "8O", "٨"});
     EXPECT_FALSE(Pty::dimension(std::nullopt));
 }
 
@@ -35,13 +27,21 @@ TEST(PtyWords, Identifiers) {
                    {std::string(101, 'm'), "", "-a", ".a", "a b", "a;b", "é", "a\0"s});
 }
 
-TEST(PtyWords, SshTargets) {
-    expectVerdicts(Pty::isSshTarget,
-                   {"h", "me@example.org", "a-b_c.d@e", "user@-x", "[fe80::1]",
-                    "me@[::ffff:1.2.3.4]", "[.]", "m@" + std::string(251, 'h')},
-                   {"m@" + std::string(252, 'h'), "", "-x", "-oProxyCommand=x", "@h", "me@",
-                    "a@b@c", "[]", "[", "[::1", "[::1]x", "[fe80::1%en0]", "[::g]", "h:22", "m:p@h",
-                    "h h", "h\n", "hé"});
+TEST(SshTarget, HasARuleForTheLauncherAndOneForSessions) {
+    const Strings both{"h", "me@example.org", "a-b_c.d@e", "user@-x"};
+    const Strings launcher{"-x", "-oProxyCommand", "m@" + std::string(252, 'h')};
+    const Strings sessions{"[fe80::1]", "me@[::ffff:1.2.3.4]", "[.]", "[A]"};
+    const Strings neither{"",     "@h",    "me@",           "a@b@c", "[]",  "[",   "[::1", "[::1]x",
+                          "h:22", "m:p@h", "[fe80::1%en0]", "[::g]", "h h", "h\n", "hé"};
+    expectVerdicts(DevTerminal::isSshTarget, joined(both, launcher), joined(sessions, neither));
+    expectVerdicts(Pty::isSshTarget, joined(both, sessions), joined(launcher, neither));
+    EXPECT_TRUE(Pty::isSshTarget("m@" + std::string(251, 'h')));
+}
+
+TEST(SshTarget, PortsHaveOneSpelling) {
+    for (int port = 1; port <= 65535; ++port)
+        EXPECT_EQ(DevTerminal::sshPort(std::to_string(port)), port);
+    expectRefused(DevTerminal::sshPort, {"", "0", "022", "65536", "100000", "+22", "-1", "22 "});
 }
 
 TEST(PtyWords, SshArguments) {
@@ -93,12 +93,12 @@ TEST(PtyWords, EachAgentResumesInItsOwnWay) {
 
 TEST(PtyWords, ShellArguments) {
     for (const std::string_view shell : Pty::shells) {
-        const bool tmux = shell == "tmux";
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"-l"}), !tmux) << shell;
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"attach-session"}), tmux) << shell;
-        EXPECT_EQ(Pty::isShellArguments(shell, Strings{"new-session"}), tmux) << shell;
-        for (const char* refused : {"", "-i", "-l -l", "new-session x", "-c x"})
-            EXPECT_FALSE(Pty::isShellArguments(shell, words(refused))) << shell << refused;
+        const auto fits = [=](const std::string& line) {
+            return Pty::isShellArguments(shell, words(line));
+        };
+        const Strings login{"-l"}, multiplexer{"attach-session", "new-session"};
+        expectVerdicts(fits, shell == "tmux" ? multiplexer : login,
+                       joined(shell == "tmux" ? login : multiplexer, {"", "-i", "-l -l", "-c x"}));
     }
 }
 

@@ -2,8 +2,6 @@
 
 #include "tests/platform/host/HomeOnDisk.h"
 
-#include <unistd.h>
-
 namespace velmo {
 namespace {
 
@@ -43,9 +41,7 @@ TEST_F(DevTerminalOnDisk, TrustsExecutablesThatNobodyElseCouldReplace) {
 }
 
 TEST_F(DevTerminalOnDisk, KnowsItsOwnExecutable) {
-    const auto own = DevTerminal::ownExecutable().value_or("");
-    EXPECT_TRUE(own.ends_with("/platform_terminal_tests")) << own;
-    EXPECT_EQ(::access(own.c_str(), X_OK), 0);
+    EXPECT_TRUE(DevTerminal::ownExecutable()->ends_with("/platform_terminal_tests"));
 }
 
 } // namespace

@@ -8,7 +8,8 @@
 
 namespace velmo {
 
-/// A home folder on the real disk, `root / "link"` which leads to it, and what either may hold.
+/// A home folder on the real disk with links, files and folders in it, and `root / "link"`, which
+/// leads to it.
 class HomeOnDisk : public testing::Test {
 protected:
     HomeOnDisk() {
@@ -29,7 +30,7 @@ protected:
             fs::create_symlink(target, root / path);
     }
 
-    /// A path in which "~" stands for the home folder and "@" for the link to it.
+    /// Returns the path, in which "~" stands for the home folder and "@" for the link to it.
     [[nodiscard]] std::string at(std::string path) const {
         if (path.starts_with('~'))
             path.replace(0, 1, home.string());
