@@ -165,6 +165,8 @@ private:
         say("Nobody else holds, and half a minute passes on the Mac.");
         change([](SimulatedMac& mac) { mac.elapsed += 30; });
         expectLog("asking the Mac to sleep: its lid is shut");
+        for (int i = 0; i < 2000 && !mac_.load()->asleep; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
         require(mac_.load()->asleep, "the Mac is asleep in its bag");
         say("The lid is opened.");
         change([](SimulatedMac& mac) {

@@ -241,7 +241,7 @@ TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {
     EXPECT_THAT(
         status->lines(),
         ElementsAre(
-            R"({"ac":true,"battery":80,"sleepDisabled":true,"thermal":"nominal","type":"power"})"));
+            R"({"ac":true,"battery":80,"lid":"open","sleepDisabled":true,"thermal":"nominal","type":"power"})"));
 }
 
 TEST_F(DaemonTest, VelmoPowerHoldsWhileItsCommandRuns) {
