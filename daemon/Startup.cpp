@@ -1,6 +1,7 @@
 #include "daemon/Startup.h"
 
 #include "core/power/PowerService.h"
+#include "core/support/Ascii.h"
 
 #include <memory>
 
@@ -8,7 +9,8 @@ namespace velmo {
 
 std::string logLine(std::string_view message) {
     std::string line("VelmoPowerDaemon: ");
-    line += message;
+    for (const char c : message) // what a system call tells may have lines of its own
+        line += Ascii::isControl(c) ? ' ' : c;
     line += '\n';
     return line;
 }

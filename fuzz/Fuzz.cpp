@@ -53,6 +53,8 @@ void write(JsonWriter& writer, const JsonValue& value) {
         writer.integer(*integer);
     else if (const auto number = value.number()) // also an integer beyond 2^63
         writeReal(writer, *number);
+    else if (value.kind() == JsonKind::real) // beyond double
+        writer.raw("1e999");
     else if (const auto text = value.text())
         writer.text(*text);
     else if (const auto array = value.array())

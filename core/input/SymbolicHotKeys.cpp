@@ -51,7 +51,7 @@ std::optional<HotKey> pressable(const Parameters& chosen) {
     if (keyCode < 0 || keyCode > maxKeyCode || mask < 0)
         return std::nullopt;
     auto flags = static_cast<std::uint64_t>(mask);
-    if ((flags & pressableModifiers) == 0 && !hasKeyCode(Hotkey::functionKeys, keyCode))
+    if ((flags & pressableModifiers) == 0 && std::ranges::find(function, keyCode) == function.end())
         return std::nullopt;
     flags &= keptFlags;
     if (hasKeyCode(Hotkey::arrows, keyCode))

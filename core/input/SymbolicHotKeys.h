@@ -2,8 +2,11 @@
 
 #include "core/input/AnsiKey.h"
 #include "core/input/EventFlags.h"
+#include "core/input/Hotkey.h"
 #include "core/support/Value.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -64,6 +67,14 @@ inline constexpr Default defaults[] = {
 
 /// The shortcuts that count only if the preferences switch them on. They have no default.
 inline constexpr int explicitOnly[] = {Number::lookUp};
+
+/// The virtual key codes of the function keys, the only ones that are a shortcut without a
+/// modifier.
+inline constexpr auto function = [] {
+    std::array<std::uint16_t, Hotkey::functionKeys.size()> codes{};
+    std::ranges::transform(Hotkey::functionKeys, codes.begin(), &AnsiKey::code);
+    return codes;
+}();
 
 /// Returns the shortcut to press. It is the default of that number, if there is one, where the
 /// preferences have no readable entry for it or are missing (null). It is absent where the user

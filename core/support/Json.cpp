@@ -1,9 +1,12 @@
 #include "core/support/Json.h"
 
+#include "core/support/JsonLiteral.h"
+
 #include <simdjson.h>
 
 #include <algorithm>
 #include <bit>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -59,6 +62,19 @@ std::uint64_t bitOf(std::string_view name) {
     return std::uint64_t{1} << (byte(name.front()) + 3 * byte(name.back()) + 7 * name.size()) % 64;
 }
 
+/// What takes the place of a numeral that no type of number can represent: an object that names a
+/// member twice, which no accepted document can say.
+constexpr std::string_view unrepresentable = R"({"":0,"":0})";
+
+bool isUnrepresentable(const dom::element& element) {
+    if (!element.is_object())
+        return false;
+    const dom::object object = element.get_object().value_unsafe();
+    return object.size() == 2
+           && std::all_of(object.begin(), object.end(),
+                          [](const dom::key_value_pair& member) { return member.key.empty(); });
+}
+
 bool namesOneTwice(const dom::object& object) {
     std::vector<std::string_view> names;
     for (const dom::key_value_pair member : object)
@@ -67,16 +83,22 @@ bool namesOneTwice(const dom::object& object) {
     return std::ranges::adjacent_find(names) != names.end();
 }
 
-/// Two readers that pick different ones of two equal members are how a check is walked round.
-/// Recursion is bounded by the parser's own limit on nesting.
+/// Counts the objects in which a member is named twice, up to one more than `max`. Two readers that
+/// pick different ones of two equal members are how a check is walked round. Recursion is bounded
+/// by the parser's own limit on nesting.
 // NOLINTNEXTLINE(misc-no-recursion)
-bool namesAMemberTwiceAnywhere(const dom::element& element) {
+std::size_t countNamingTwice(const dom::element& element, std::size_t max) {
+    std::size_t count = 0;
     if (element.is_array()) {
-        const dom::array array = element.get_array().value_unsafe();
-        return std::any_of(array.begin(), array.end(), namesAMemberTwiceAnywhere);
+        for (const dom::element each : element.get_array().value_unsafe()) {
+            if (count > max)
+                break;
+            count += countNamingTwice(each, max - count);
+        }
+        return count;
     }
     if (!element.is_object())
-        return false;
+        return 0;
     const dom::object object = element.get_object().value_unsafe();
     std::uint64_t seen = 0;
     bool perhapsTwice = false;
@@ -84,11 +106,12 @@ bool namesAMemberTwiceAnywhere(const dom::element& element) {
         const std::uint64_t bit = bitOf(member.key);
         perhapsTwice = perhapsTwice || (seen & bit) != 0;
         seen |= bit;
-        const bool holdsValues = member.value.is_object() || member.value.is_array();
-        if (holdsValues && namesAMemberTwiceAnywhere(member.value))
-            return true;
+        if (member.value.is_object() || member.value.is_array())
+            count += countNamingTwice(member.value, max - count);
+        if (count > max)
+            return count;
     }
-    return perhapsTwice && namesOneTwice(object);
+    return count + (perhapsTwice && namesOneTwice(object) ? 1 : 0);
 }
 
 } // namespace
@@ -98,7 +121,7 @@ JsonKind JsonValue::kind() const {
     case dom::element_type::ARRAY:
         return JsonKind::array;
     case dom::element_type::OBJECT:
-        return JsonKind::object;
+        return isUnrepresentable(elementOf(reference_)) ? JsonKind::real : JsonKind::object;
     case dom::element_type::INT64:
     case dom::element_type::UINT64:
         return JsonKind::integer;
@@ -137,7 +160,7 @@ std::optional<JsonArray> JsonValue::array() const {
 }
 
 std::optional<JsonObject> JsonValue::object() const {
-    if (!elementOf(reference_).is_object())
+    if (kind() != JsonKind::object)
         return std::nullopt;
     return JsonObject(reference_);
 }
@@ -204,7 +227,8 @@ public:
     ~Spare() { threadEnds = true; }
 
     static std::unique_ptr<JsonStorage> take() {
-        return ofThread.storage_ ? std::move(ofThread.storage_) : std::make_unique<JsonStorage>();
+        const bool isKept = !threadEnds && ofThread.storage_;
+        return isKept ? std::move(ofThread.storage_) : std::make_unique<JsonStorage>();
     }
 
     static void giveBack(std::unique_ptr<JsonStorage> storage) {
@@ -224,6 +248,72 @@ thread_local bool Spare::threadEnds = false;
 
 } // namespace
 
+namespace {
+
+bool isNumeralCharacter(char c) {
+    return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
+}
+
+/// Whether the grammar allows the numeral.
+bool isNumeral(std::string_view text) {
+    const auto takeDigits = [&text] {
+        const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+        text.remove_prefix(count);
+        return count > 0;
+    };
+    if (text.starts_with('-'))
+        text.remove_prefix(1);
+    const bool zero = text.starts_with('0');
+    if (zero)
+        text.remove_prefix(1);
+    else if (!takeDigits())
+        return false;
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        if (!takeDigits())
+            return false;
+    }
+    if (text.starts_with('e') || text.starts_with('E')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-') || text.starts_with('+'))
+            text.remove_prefix(1);
+        if (!takeDigits())
+            return false;
+    }
+    return text.empty();
+}
+
+struct Marked {
+    std::string text;
+    std::size_t count = 0; ///< of marks
+};
+
+/// Puts marks in the place of all numerals that the parser can't represent.
+Marked markUnrepresentable(std::string_view text, dom::parser& parser) {
+    Marked marked;
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] == '"') {
+            const std::size_t end = endOfLiteral(text, i).value_or(text.size());
+            marked.text += text.substr(i, end - i);
+            i = end;
+            continue;
+        }
+        const std::string_view rest = text.substr(i);
+        const auto* const end = std::ranges::find_if_not(rest, isNumeralCharacter);
+        const std::string_view numeral(rest.begin(), end);
+        if (isNumeral(numeral) && parser.parse(numeral.data(), numeral.size()).error()) {
+            marked.text += unrepresentable;
+            ++marked.count;
+        } else {
+            marked.text += numeral.empty() ? rest.substr(0, 1) : numeral;
+        }
+        i += std::max(numeral.size(), std::size_t{1});
+    }
+    return marked;
+}
+
+} // namespace
+
 std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
     // Newer parsers skip the mark; the verdict must not depend on their release. Of no text at all
     // even the address may be missing.
@@ -231,8 +321,15 @@ std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
         return std::nullopt;
     JsonDocument result(Spare::take());
     auto& [parser, document] = *result.storage_;
-    const auto root = parser.parse_into_document(document, text.data(), text.size());
-    if (root.error() != simdjson::SUCCESS || namesAMemberTwiceAnywhere(root.value_unsafe()))
+    auto root = parser.parse_into_document(document, text.data(), text.size());
+    Marked marked;
+    if (root.error() == simdjson::NUMBER_ERROR) {
+        marked = markUnrepresentable(text, parser);
+        root = parser.parse_into_document(document, marked.text.data(), marked.text.size());
+    }
+    // Where the text itself says what a mark says, there is one more than was put in.
+    if (root.error() != simdjson::SUCCESS
+        || countNamingTwice(root.value_unsafe(), marked.count) != marked.count)
         return std::nullopt;
     return result;
 }

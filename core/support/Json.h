@@ -12,8 +12,9 @@
 ///
 /// A text is either accepted whole or refused whole. It is refused for any departure from RFC 8259,
 /// wherever in the text it occurs, and also for a byte-order mark, an encoding other than valid
-/// UTF-8, a member named twice in one object, text after the document, nesting beyond 1024 levels,
-/// an integer beyond 64 bits and a real beyond double. Member names and texts are compared and
+/// UTF-8, a member named twice in one object, text after the document, and nesting beyond 1024
+/// levels. A number that the grammar allows but that lies beyond 64 bits or beyond double is no
+/// fault of the text: it is a value that no reader takes. Member names and texts are compared and
 /// handed out unescaped.
 ///
 /// Values are views into their `JsonDocument` and must not outlive it.
@@ -23,6 +24,7 @@ class JsonArray;
 class JsonObject;
 struct JsonStorage;
 
+/// A number that no reader takes is of kind `real`.
 enum class JsonKind { null, boolean, integer, real, text, array, object };
 
 /// The parser's own reference to a value, kept as bytes so that no other file sees the parser.

@@ -1,5 +1,7 @@
 #include "core/support/JsonOutline.h"
 
+#include "core/support/JsonLiteral.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -12,20 +14,6 @@ namespace {
 /// Short enough for the parser that a thread keeps.
 constexpr std::size_t pieceLength = 16000;
 constexpr std::string_view blanks = " \n\r\t";
-
-/// The position behind the closing quote of the literal that opens at `quote`.
-std::optional<std::size_t> endOfLiteral(std::string_view json, std::size_t quote) {
-    for (std::size_t end = json.find('"', quote + 1); end != std::string_view::npos;
-         end = json.find('"', end + 1)) {
-        // Backslashes escape one another in pairs; the run ends at the opening quote at the latest.
-        std::size_t run = end;
-        while (json[run - 1] == '\\')
-            --run;
-        if ((end - run) % 2 == 0)
-            return end + 1;
-    }
-    return std::nullopt;
-}
 
 /// Whether the text goes on with what may not be parted from what stands before it: the rest of a
 /// UTF-8 sequence, or the second half of a surrogate pair.

@@ -60,7 +60,7 @@ void JsonWriter::appendEscape(unsigned char byte) {
 void JsonWriter::real(std::floating_point auto value) {
     const double magnitude = std::fabs(static_cast<double>(value));
     if (!std::isfinite(magnitude)) {
-        failed_ = true;
+        fail(EncodingError::nonFiniteNumber);
         return;
     }
     const bool fixed =

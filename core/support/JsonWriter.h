@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <concepts>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,7 @@ namespace velmo {
 
 enum class EncodingError {
     nonFiniteNumber, ///< JSON has no way to write infinity or "not a number"
+    noJsonForm,      ///< nor raw data, or a value of a kind that nobody reads
 };
 
 /// How a slash is written: as "\/", which lets a line stand inside HTML, or plainly.
@@ -36,8 +38,10 @@ public:
     /// Appends bytes that are JSON already: punctuation, and keys that need no escaping.
     void raw(std::string_view json) { out_ += json; }
 
-    /// Tells whether a real had no JSON form. What was written is then of no use.
-    [[nodiscard]] bool failed() const { return failed_; }
+    /// Remembers that something could not be written. What was written is then of no use.
+    void fail(EncodingError error) { error_ = error; }
+
+    [[nodiscard]] std::optional<EncodingError> error() const { return error_; }
 
     [[nodiscard]] std::string& out() { return out_; }
 
@@ -48,7 +52,7 @@ private:
 
     std::string& out_;
     Slashes slashes_;
-    bool failed_ = false;
+    std::optional<EncodingError> error_;
 };
 
 extern template void JsonWriter::real(float);

@@ -3,6 +3,7 @@
 #include "core/support/Json.h"
 #include "core/support/JsonWriter.h"
 #include "core/support/RawText.h"
+#include "core/support/Value.h"
 
 #include <algorithm>
 #include <array>
@@ -34,7 +35,7 @@
 ///
 /// A record is written compactly, with its keys in ascending byte order and without absent
 /// optionals. A field may be a Boolean, a number, a text, an enumeration with raw texts, a record,
-/// or an optional, vector or string-keyed map of these.
+/// a `Value`, or an optional, vector or string-keyed map of these.
 namespace velmo {
 
 template<class R, class M>
@@ -82,8 +83,8 @@ std::expected<std::string, EncodingError> encodeJson(const T& value,
     std::string line;
     JsonWriter writer(line, slashes);
     writeJson(writer, value);
-    if (writer.failed())
-        return std::unexpected(EncodingError::nonFiniteNumber);
+    if (writer.error())
+        return std::unexpected(*writer.error());
     return line;
 }
 
@@ -248,6 +249,25 @@ void writeMap(JsonWriter& writer, const Map& map) {
     enclose(writer, start, '{', '}');
 }
 
+inline void writeValue(JsonWriter& writer, const Value& value) {
+    if (value.kind() == ValueKind::null)
+        writer.raw("null");
+    else if (const auto boolean = value.boolean())
+        writer.boolean(*boolean);
+    else if (const auto integer = value.integer())
+        writer.integer(*integer);
+    else if (const auto real = value.real())
+        writer.real(*real);
+    else if (const auto text = value.text())
+        writer.text(*text);
+    else if (value.array() != nullptr)
+        writeList(writer, value.elements());
+    else if (const auto* const dictionary = value.dictionary())
+        writeMap(writer, *dictionary);
+    else
+        writer.fail(EncodingError::noJsonForm);
+}
+
 /// Applies `read` to each listed field until one answers false.
 template<Record R, class Read>
 bool readFields(const Read& read) {
@@ -293,6 +313,8 @@ void writeJson(JsonWriter& writer, const T& value) {
         writer.real(value);
     else if constexpr (std::convertible_to<T, std::string_view>)
         writer.text(value);
+    else if constexpr (std::same_as<T, Value>)
+        detail::writeValue(writer, value);
     else if constexpr (detail::isList<T>)
         detail::writeList(writer, value);
     else if constexpr (detail::isMap<T>)

@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -16,7 +17,7 @@
 
 namespace velmo {
 
-enum class ValueKind { other, boolean, integer, real, text, data, array, dictionary };
+enum class ValueKind { other, null, boolean, integer, real, text, data, array, dictionary };
 
 /// A value from a property list or a dictionary of the platform, such as preferences or a row of
 /// the window list. It owns all that it contains.
@@ -35,6 +36,8 @@ public:
 
     /// Makes a value of a kind that nobody reads, such as a date. It keeps its place in an array.
     Value() = default;
+
+    explicit Value(std::nullptr_t /*null*/) : content_(nullptr) {}
 
     // Implicit, so that a value can be spelt as nested braces; templates for the numbers, so that
     // no pointer decays to a boolean. NOLINTBEGIN(google-explicit-constructor)
@@ -102,8 +105,8 @@ public:
     bool operator==(const Value& other) const;
 
 private:
-    using Content = std::variant<std::monostate, bool, std::int64_t, double, std::string, Bytes,
-                                 Array, Dictionary>;
+    using Content = std::variant<std::monostate, std::nullptr_t, bool, std::int64_t, double,
+                                 std::string, Bytes, Array, Dictionary>;
 
     template<std::integral T>
     static Content integerOrReal(T value) {

@@ -18,10 +18,14 @@ std::optional<std::string> readFile(const std::string& path) {
                                              : std::nullopt;
 }
 
-std::optional<std::string> readInformation(const std::string& bundle) {
-    return readFile(bundle + "/Contents/Info.plist").or_else([&] {
-        return readFile(bundle + "/Info.plist");
-    });
+std::optional<BundleFile> readInformation(const std::string& bundle) {
+    for (const std::string& folder : {bundle, bundle + "/WrappedBundle"}) {
+        for (const char* const name : {"/Contents/Info.plist", "/Info.plist"}) {
+            if (auto content = readFile(folder + name))
+                return BundleFile{.bundle = folder, .content = *std::move(content)};
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<Value> read(const std::string& path) {

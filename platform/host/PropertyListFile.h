@@ -10,8 +10,15 @@ namespace velmo::PropertyList {
 /// `PropertyListBounds::maxBytes`. Links are followed. A FIFO of that name makes nobody wait.
 std::optional<std::string> readFile(const std::string& path);
 
-/// Returns the content of the file that describes a bundle: "Contents/Info.plist", or "Info.plist"
-/// if `readFile` reads nothing from the first.
-std::optional<std::string> readInformation(const std::string& bundle);
+/// The file that describes a bundle, and the bundle that it lies in.
+struct BundleFile {
+    std::string bundle;
+    std::string content;
+};
+
+/// Reads the file that describes a bundle: "Contents/Info.plist", or "Info.plist" where `readFile`
+/// reads nothing there. An application that was made for phones and tablets lies in a wrapper, to
+/// which "WrappedBundle" leads, and has neither itself.
+std::optional<BundleFile> readInformation(const std::string& bundle);
 
 } // namespace velmo::PropertyList

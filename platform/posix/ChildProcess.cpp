@@ -6,12 +6,16 @@
 #include "platform/posix/Pipe.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <thread>
 #include <vector>
 
 extern char** environ; // NOLINT(readability-redundant-declaration): not in every <unistd.h>
@@ -132,12 +136,52 @@ std::optional<int> waitForChild(pid_t child) {
     return shellStatus(status);
 }
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+int millisecondsUntil(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+}
+
+/// Reads to the end and keeps the first `maxOutput` bytes; absent if the end does not come in time.
+std::optional<std::string> readUntil(Clock::time_point deadline, int descriptor) {
+    std::string output;
+    char buffer[4096];
+    while (true) {
+        pollfd watched{.fd = descriptor, .events = POLLIN, .revents = 0};
+        if (retryInterrupted([&] { return ::poll(&watched, 1, millisecondsUntil(deadline)); }) != 1)
+            return std::nullopt;
+        const ssize_t count =
+            retryInterrupted([&] { return ::read(descriptor, buffer, sizeof buffer); });
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
+            return output;
+        output.append(buffer, std::min(static_cast<std::size_t>(count), maxOutput - output.size()));
+    }
+}
+
+/// The child's status as a shell tells it; absent if it does not end in time.
+std::optional<int> waitUntil(Clock::time_point deadline, pid_t child) {
+    int status = 0;
+    pid_t ended = 0;
+    while ((ended = ::waitpid(child, &status, WNOHANG)) == 0 && Clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return ended == child ? std::optional(shellStatus(status)) : std::nullopt;
+}
+
+} // namespace
+
 std::optional<std::string> outputOf(const std::string& program,
-                                    std::span<const std::string_view> arguments) {
+                                    std::span<const std::string_view> arguments,
+                                    std::chrono::milliseconds patience) {
     const Descriptor null(retryInterrupted([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
     auto pipe = makePipe();
     if (!null || !pipe)
         return std::nullopt;
+    const auto deadline = Clock::now() + patience;
     const auto child = startChild(program, arguments,
                                   {.standardInput = null.get(),
                                    .standardOutput = pipe->writeEnd.get(),
@@ -147,11 +191,15 @@ std::optional<std::string> outputOf(const std::string& program,
     // Our own copy must go, or the end of the output never comes. Reading to the end before waiting
     // keeps a child that prints more than fits into a pipe from waiting for us for ever.
     pipe->writeEnd.reset();
-    const auto output = readToEnd(pipe->readEnd.get(), maxOutput);
+    const auto output = readUntil(deadline, pipe->readEnd.get());
     pipe->readEnd.reset();
-    if (waitForChild(*child) != 0 || !output)
+    const auto status = output ? waitUntil(deadline, *child) : std::nullopt;
+    if (!status) {
+        ::kill(*child, SIGKILL);
+        waitUntil(Clock::now() + killPatience, *child);
         return std::nullopt;
-    return Text::repaired(*output);
+    }
+    return status == 0 ? std::optional(Text::repaired(*output)) : std::nullopt;
 }
 
 } // namespace velmo

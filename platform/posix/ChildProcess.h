@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <optional>
 #include <span>
 #include <string>
@@ -12,12 +13,18 @@
 /// blocks or has open.
 namespace velmo {
 
+/// How long a program that is asked for its output may take. One that takes longer is killed, and
+/// given `killPatience` to be gone.
+inline constexpr std::chrono::milliseconds outputPatience(10'000);
+inline constexpr std::chrono::milliseconds killPatience(1'000);
+
 /// Runs a program by its absolute path, without a shell, with standard input and error on the null
-/// device, and waits for its end. Returns its standard output, with ill-formed UTF-8 repaired.
-/// Absent if the program can't be started, ends in any way but with status 0, or prints more than
-/// 1 MiB, and if an argument contains NUL.
+/// device, in this process's own group, and waits for its end. Returns the first MiB of its
+/// standard output, with ill-formed UTF-8 repaired. Absent if the program can't be started, is not
+/// done in time or ends in any way but with status 0, and if an argument contains NUL.
 std::optional<std::string> outputOf(const std::string& program,
-                                    std::span<const std::string_view> arguments);
+                                    std::span<const std::string_view> arguments,
+                                    std::chrono::milliseconds patience = outputPatience);
 
 struct ChildStreams {
     int standardInput;

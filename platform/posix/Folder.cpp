@@ -69,7 +69,7 @@ std::optional<std::string> Folder::read(const std::string& name, std::size_t max
         retryInterrupted([&] { return ::openat(descriptor_.get(), name.c_str(), flags); }));
     if (!file || !isRegularFile(file.get()))
         return std::nullopt;
-    return readToEnd(file.get(), maxSize);
+    return readStart(file.get(), maxSize);
 }
 
 bool Folder::replace(const std::string& name, std::string_view content, mode_t mode) const {

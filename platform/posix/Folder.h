@@ -33,7 +33,7 @@ public:
     /// Tells whether a regular file of that name is there, readable or not.
     [[nodiscard]] bool hasFile(const std::string& name) const;
 
-    /// Returns the content of a regular file; absent too if it is longer than `maxSize` bytes.
+    /// Returns the content of a regular file, of a longer one only the first `maxSize` bytes.
     [[nodiscard]] std::optional<std::string> read(const std::string& name,
                                                   std::size_t maxSize) const;
 

@@ -24,6 +24,9 @@ bool isRegularFile(int descriptor);
 /// Returns all bytes up to the end; absent on an error, or if there are more than `maxSize`.
 std::optional<std::string> readToEnd(int descriptor, std::size_t maxSize);
 
+/// Returns the first `maxSize` bytes, or all that there are; absent on an error.
+std::optional<std::string> readStart(int descriptor, std::size_t maxSize);
+
 /// Writes all the bytes. Returns false on an error, after which some may have been written.
 bool writeAll(int descriptor, std::string_view bytes);
 

@@ -5,16 +5,45 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace velmo {
 
+namespace {
+
+constexpr int untilReady = -1;
+
+bool waitUntilWritable(int descriptor, int milliseconds) {
+    pollfd watched{.fd = descriptor, .events = POLLOUT, .revents = 0};
+    return retryInterrupted([&] { return ::poll(&watched, 1, milliseconds); }) != 0;
+}
+
+void offer(int descriptor, std::string_view text) {
+    if (waitUntilWritable(descriptor, 0))
+        retryInterrupted([&] { return ::write(descriptor, text.data(), text.size()); });
+}
+
+} // namespace
+
 void writeStandardOutput(std::string_view line) {
-    retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
+    while (!line.empty()) {
+        const ssize_t count =
+            retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
+        if (count >= 0)
+            line.remove_prefix(static_cast<std::size_t>(count));
+        else if (errno == EAGAIN) // somebody else has made the pipe so
+            waitUntilWritable(STDOUT_FILENO, untilReady);
+        else
+            return;
+    }
+}
+
+void offerStandardOutput(std::string_view text) {
+    offer(STDOUT_FILENO, text);
 }
 
 void writeStandardError(std::string_view line) {
-    pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
-    if (::poll(&standardError, 1, 0) != 0)
-        retryInterrupted([&] { return ::write(STDERR_FILENO, line.data(), line.size()); });
+    offer(STDERR_FILENO, line);
 }
 
 } // namespace velmo

@@ -111,6 +111,10 @@ TEST(Startup, ConnectsTheTeamTheTimerAndTheSignalWithTheGuard) {
     EXPECT_THAT(host.mac.exits, ElementsAre(0));
 }
 
+TEST(Startup, AnEventIsOneLine) {
+    EXPECT_EQ(logLine("a\nb\r\x1B\u00E9"), "VelmoPowerDaemon: a b  \u00E9\n");
+}
+
 TEST(Startup, EndsOnSigtermEvenWhenSleepCannotBeRestored) {
     FakeHost host;
     runDaemon(host);

@@ -40,7 +40,7 @@ void StatusDisplay::write(std::string_view text) const {
     if (descriptor_ == STDERR_FILENO)
         writeStandardError(text);
     else
-        writeStandardOutput(text);
+        offerStandardOutput(text);
 }
 
 } // namespace velmo

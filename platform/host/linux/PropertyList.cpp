@@ -128,8 +128,8 @@ std::optional<Value> parse(std::string_view bytes) {
 }
 
 Inventory::BundleInformation bundle(const std::string& path) {
-    const auto bytes = readInformation(path);
-    const List list = bytes ? listFrom(*bytes) : nullptr;
+    const auto file = readInformation(path);
+    const List list = file ? listFrom(file->content) : nullptr;
     if (list == nullptr || plist_get_node_type(list.get()) != PLIST_DICT)
         return {};
     const auto text = [&](const char* key) { return textIn(plist_dict_get_item(list.get(), key)); };

@@ -29,10 +29,12 @@ std::optional<Value> parse(std::string_view bytes) {
 
 Inventory::BundleInformation bundle(const std::string& path) {
     // The service reads the file again, but would wait for a FIFO and take any size.
-    if (!readInformation(path))
+    const auto file = readInformation(path);
+    if (!file)
         return {};
     const Owned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
-        kCFAllocatorDefault, bytesAt(path), static_cast<CFIndex>(path.size()), Boolean{1}));
+        kCFAllocatorDefault, bytesAt(file->bundle), static_cast<CFIndex>(file->bundle.size()),
+        Boolean{1}));
     if (!url)
         return {};
     const Owned<CFBundleRef> found(CFBundleCreate(kCFAllocatorDefault, url.get()));

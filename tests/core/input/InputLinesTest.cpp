@@ -62,11 +62,11 @@ TEST(InputMessage, RefusesEverythingElse) {
     expectRefused(parse, R"({"type":#})",
                   {R"("Ping")", R"("ping ")", "null", R"(["ping"])", R"("ping\u0000")",
                    R"("ping","type":"ping")", R"("ping"}{)"});
-    expectRefused(
-        parse, R"({"type":"ping","x":#})",
-        {"1e400", "18446744073709551616", "\"\xFF\"", times(1100, "[") + times(1100, "]")});
+    expectRefused(parse, R"({"type":"ping","x":#})",
+                  {"01e400", "\"\xFF\"", times(1100, "[") + times(1100, "]")});
+    EXPECT_TRUE(parse(R"({"type":"ping","x":1e400})")); // of no interest
     const Strings beyond = words(R"(2049 -2049 -9223372036854775808 9223372036854775808 true 1.5 1.0
-                                    1e0 "1" null)");
+                                    1e0 1e400 18446744073709551616 "1" null)");
     expectRefused(parse, R"({"type":"move","dx":#,"dy":0})", beyond);
     expectRefused(parse, R"({"type":"scroll","dx":0,"dy":#})", beyond);
     expectRefused(parse, R"({"type":#})",
@@ -122,7 +122,7 @@ TEST(InputDaemonWire, AnInvalidRequestThatNamesItselfIsOwedAnAnswer) {
     const Strings longer{request(joined(full, {"x"})), request({"ping", times(16385, "x")}),
                          R"({"id":5})"};
     const Strings argv = words(R"(null "ping" {} [] ["reboot"] ["Ping"] ["ping\u0000"] ["ping",1]
-                                  ["ping",null] [["ping"]] ["ping"],"x":1)");
+                                  ["ping",null] [["ping"]] ["ping"],"x":1 ["ping"],"x":1e999)");
     for (const std::string& line : joined(longer, each(R"({"id":5,"argv":#})", argv)))
         EXPECT_EQ(InputDaemonWire::parse(line), (Request{.id = 5, .argv = {}}))
             << line.substr(0, 100);
@@ -132,9 +132,9 @@ TEST(InputDaemonWire, WithoutAnIdentifierThereIsNoRequest) {
     const auto parse = InputDaemonWire::parse;
     expectRefused(parse, {"", "{}", "[]", "5", "[" + ping + "]", R"({"argv":["ping"]})", ping + "x",
                           changed(ping, "ping", "\xFF"), ping + times(65537 - 24, " ")});
-    expectRefused(parse, R"({"id":#,"argv":["ping"]})",
-                  words(R"(0 -5 9007199254740992 9223372036854775808 5.0 5e0 true "5" null 5,"id":5
-                           5,"x":1e999)"));
+    expectRefused(
+        parse, R"({"id":#,"argv":["ping"]})",
+        words(R"(0 -5 9007199254740992 9223372036854775808 5.0 5e0 true "5" null 5,"id":5 1e999)"));
 }
 
 TEST(InputDaemonWire, WritesLinesWithSortedKeysAndPlainSlashes) {

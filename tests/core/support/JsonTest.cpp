@@ -12,8 +12,9 @@ TEST(Json, RefusesTheWholeTextForAnyFaultAnywhere) {
         {"a":1,"a":2} {"a":1,"\u0061":2} [{"b":{"c":1,"d":2,"c":3}}]
         {"1":1,"2":1,"3":1,"4":1,"5":1,"6":1,"7":1,"8":1,"1":1})"));
     expectRefused(JsonDocument::parse, "{\"a\":#}",
-                  {"tru", "01", "1.", "+1", "NaN", "1e400", "18446744073709551616", "\"\xFF\"",
-                   "\"\n\"", "\"\\uD800\""});
+                  {"tru", "01", "1.", "+1", "NaN", "01e400", "1e400x", "1e400.5", "-", "1e400-",
+                   "\"\xFF\"", "\"\n\"", "\"\\uD800\"", R"({"":0,"":0})", R"([1e400,{"":0,"":0}])",
+                   R"(1e400,"a":1)", R"("1e400)"});
     expectRefused(JsonDocument::parse, {"", " ", "{}\0"s, "{\0}\0"s, "\xEF\xBB\xBF{}", "\u00A0{}",
                                         "\v{}", times(1025, "[") + times(1025, "]")});
 }
@@ -31,6 +32,10 @@ TEST(Json, TellsTheKindsApart) {
                           {"-0", JsonKind::integer, 0, 0},
                           {"9223372036854775807", JsonKind::integer, INT64_MAX, 0x1p63},
                           {"9223372036854775808", JsonKind::integer, {}, 0x1p63},
+                          {"18446744073709551616", JsonKind::real, {}, {}},
+                          {"-9223372036854775809", JsonKind::real, {}, {}},
+                          {"1e400", JsonKind::real, {}, {}},
+                          {"-0.1E+400", JsonKind::real, {}, {}},
                           {"2.0", JsonKind::real, {}, 2},
                           {"2e0", JsonKind::real, {}, 2},
                           {"\"1\"", JsonKind::text, {}, {}},
@@ -49,6 +54,20 @@ TEST(Json, TellsTheKindsApart) {
         EXPECT_EQ(value.array().has_value(), kind == JsonKind::array);
         EXPECT_EQ(value.object().has_value(), kind == JsonKind::object);
     }
+}
+
+TEST(Json, ANumberThatNobodyCanTakeIsNoFaultOfTheRest) {
+    const auto document =
+        JsonDocument::parse(R"({"a":[1e400,"1e400",2],"b":{"c":9e999},"1e400":3})");
+    ASSERT_TRUE(document);
+    const JsonObject object = document->object().value();
+    const auto elements = object.member("a")->array()->elements();
+    ASSERT_EQ(elements.size(), 3U);
+    EXPECT_FALSE(elements[0].number() || elements[0].object() || elements[0].text());
+    EXPECT_EQ(elements[1].text(), "1e400");
+    EXPECT_EQ(elements[2].integer(), 2);
+    EXPECT_EQ(object.object("b")->member("c")->kind(), JsonKind::real);
+    EXPECT_EQ(object.integer("1e400"), 3);
 }
 
 TEST(Json, UnescapesNamesAndTexts) {

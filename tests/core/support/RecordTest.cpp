@@ -196,6 +196,17 @@ TEST(Record, DecodesAWholeTextOfAnyType) {
         EXPECT_FALSE(decodeJsonText<std::vector<std::string>>(refused)) << refused;
 }
 
+TEST(Record, WritesAnyValueThatJsonCanSay) {
+    const Value value =
+        Value::Dictionary{{"b", Value::Array{1, 2.5, true, "a/b", Value(nullptr), Value::Array{}}},
+                          {"a", Value::Dictionary{}}};
+    const std::map<std::string, Value> map{{"k", value}};
+    EXPECT_EQ(encodeJson(map, Slashes::plain), R"({"k":{"a":{},"b":[1,2.5,true,"a/b",null,[]]}})");
+    for (const Value& unsayable : {Value(), Value(Bytes{1}), Value(Value::Array{Bytes{}})})
+        EXPECT_EQ(encodeJson(unsayable), std::unexpected(EncodingError::noJsonForm));
+    EXPECT_EQ(encodeJson(Value(HUGE_VAL)), std::unexpected(EncodingError::nonFiniteNumber));
+}
+
 TEST(RawText, ListsEveryCaseInOrder) {
     EXPECT_EQ(allCases<Colour>, (std::array{Colour::red, Colour::green}));
 }

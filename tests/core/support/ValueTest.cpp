@@ -8,8 +8,15 @@ namespace velmo {
 namespace {
 
 TEST(Value, IsOfOneKindOnly) {
-    const Value ofEachKind[] = {
-        Value(), true, 1, 1.0, "1", Bytes{'1'}, Value::Array{1}, Value::Dictionary{{"1", 1}}};
+    const Value ofEachKind[] = {Value(),
+                                Value(nullptr),
+                                true,
+                                1,
+                                1.0,
+                                "1",
+                                Bytes{'1'},
+                                Value::Array{1},
+                                Value::Dictionary{{"1", 1}}};
     for (std::size_t i = 0; i < std::size(ofEachKind); ++i) {
         SCOPED_TRACE(i);
         const Value& value = ofEachKind[i];

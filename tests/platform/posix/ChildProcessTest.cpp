@@ -12,9 +12,10 @@
 namespace velmo {
 namespace {
 
-std::optional<std::string> shell(std::string_view script) {
+std::optional<std::string> shell(std::string_view script,
+                                 std::chrono::milliseconds patience = outputPatience) {
     const std::vector<std::string_view> arguments{"-c", script};
-    return outputOf("/bin/sh", arguments);
+    return outputOf("/bin/sh", arguments, patience);
 }
 
 TEST(ChildProcess, ReturnsTheOutputOfWhatSucceeded) {
@@ -25,6 +26,7 @@ TEST(ChildProcess, ReturnsTheOutputOfWhatSucceeded) {
         {"cat", ""}, // standard input is the null device
         {"head -c 200000 /dev/zero | tr '\\0' x",
          std::string(200000, 'x')}, // no pipe has that room
+        {"head -c 2000000 /dev/zero | tr '\\0' x", std::string(1048576, 'x')},
         {"echo out; exit 1", {}},
         {"echo out; kill -9 $$", {}},
     };
@@ -32,6 +34,13 @@ TEST(ChildProcess, ReturnsTheOutputOfWhatSucceeded) {
         EXPECT_EQ(shell(script), output) << script;
     EXPECT_FALSE(outputOf("/nonexistent/pmset", {}));
     EXPECT_FALSE(shell(std::string_view("echo\0x", 6)));
+}
+
+TEST(ChildProcess, WhatTakesTooLongIsKilledAndHasFailed) {
+    // The second ends its output first; what the third has started keeps it open.
+    for (const char* const script :
+         {"sleep 1000", "exec >&-; exec sleep 1000", "sleep 3 & echo out"})
+        EXPECT_FALSE(shell(script, std::chrono::milliseconds(100))) << script;
 }
 
 TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {

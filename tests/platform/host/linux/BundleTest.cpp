@@ -44,5 +44,16 @@ TEST(Bundle, OfEitherFormSaysWhatItIsAndADamagedOneNothing) {
     EXPECT_EQ(said(), all);
 }
 
+TEST(Bundle, ThatWasMadeForPhonesLiesInAWrapper) {
+    const std::string list = xmlList("<dict><key>CFBundleName</key><string>N</string></dict>");
+    for (const char* const inner : {"Wrapper/Y.app", "Wrapper/Y.app/Contents"}) {
+        const TemporaryFolder bundle;
+        fs::create_directories(bundle.path() / inner);
+        fs::create_directory_symlink("Wrapper/Y.app", bundle.path() / "WrappedBundle");
+        std::ofstream(bundle.path() / inner / "Info.plist") << list;
+        EXPECT_EQ(PropertyList::bundle(bundle.path()).name, "N") << inner;
+    }
+}
+
 } // namespace
 } // namespace velmo
