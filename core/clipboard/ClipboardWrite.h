@@ -33,7 +33,9 @@ struct ClipboardWrite {
     /// Reads {"text":"...","concealed":true} or {"png":"base64"} within the limits of
     /// `PasteboardPolicy`; absent if the body is neither, or both. The text is not empty and
     /// contains no NUL; it is not trimmed. Beside an image "concealed" has no effect, but must be a
-    /// boolean all the same. Unknown members are ignored. No copy of the body is made.
+    /// boolean all the same. Unknown members are ignored.
+    /// A long text or image takes no second copy of itself; a long text in a member that is ignored
+    /// takes up to fifteen times its length for as long as the body is read.
     static std::optional<ClipboardWrite> parse(ByteView body);
 
     bool operator==(const ClipboardWrite&) const = default;

@@ -11,8 +11,10 @@ struct WebURL {
     std::string text; ///< exactly as it was given
 
     /// Reads an absolute http or https address of at most 2048 bytes in the strict grammar of RFC
-    /// 3986, with a host and without user name and password. Anything that browsers would repair is
-    /// refused: blanks, control characters, backslashes, characters beyond ASCII.
+    /// 3986, with a host and without user name and password. Refused are blanks, control
+    /// characters, backslashes and characters beyond ASCII, which browsers would repair. What a
+    /// browser reads differently is accepted where the grammar allows it: "https://0177.0.0.1/" has
+    /// a host's name.
     static std::optional<WebURL> parse(std::optional<std::string_view> text);
 
     /// Tells whether the text can be the identifier of an application bundle: 1 to 200 ASCII

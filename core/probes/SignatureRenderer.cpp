@@ -30,12 +30,19 @@ double bounded(double coordinate) {
     return std::clamp(coordinate, -maxCoordinate, maxCoordinate);
 }
 
+bool isPoint(const SignatureBody::Point& point) {
+    return point.size() == 2 && std::isfinite(point[0]) && std::isfinite(point[1]);
+}
+
+/// Returns nothing for a stroke with anything in it that is no point: what was meant in between is
+/// not known.
 std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
     std::vector<PenPoint> points;
     for (const SignatureBody::Point& point : stroke) {
-        if (point.size() == 2 && std::isfinite(point[0]) && std::isfinite(point[1]))
-            points.push_back(
-                {.x = bounded(point[0]) * xScale, .y = yOffset + bounded(point[1]) * yScale});
+        if (!isPoint(point))
+            return {};
+        points.push_back(
+            {.x = bounded(point[0]) * xScale, .y = yOffset + bounded(point[1]) * yScale});
     }
     return points;
 }

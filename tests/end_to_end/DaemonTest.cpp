@@ -282,5 +282,20 @@ TEST_F(DaemonTest, OnATerminalAHoldIsOneLineThatIsDrawnAnew) {
     EXPECT_EQ(waitForChild(*client), 0);
 }
 
+TEST_F(DaemonTest, AHoldThatWaitsBehindTheLastRestoreTakesNoEffect) {
+    startDaemon();
+    const RawClient holder = connect();
+    ASSERT_EQ(holder.call(holdCall), held);
+    const RawClient late = connect();
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::hangs; });
+    daemon->signal(SIGTERM);
+    ASSERT_TRUE(appears(mac.signOfHungPmset()));
+    ASSERT_TRUE(late.send(std::string(holdCall) + "\n"));
+    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::none; });
+    EXPECT_EQ(late.readLine(), "");
+    EXPECT_EQ(daemon->waitForEnd(), 0);
+    EXPECT_FALSE(sleepDisabled());
+}
+
 } // namespace
 } // namespace velmo

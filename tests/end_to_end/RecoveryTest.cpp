@@ -88,7 +88,7 @@ TEST_F(RecoveryTest, ADamagedRecordDoesNoHarm) {
     EXPECT_FALSE(sleepDisabled());
 }
 
-TEST_F(RecoveryTest, APowerCutBeforeTheRecordIsInPlaceLeavesNothingToUndo) {
+TEST_F(RecoveryTest, AnUnfinishedRecordIsNoneAndIsClearedAway) {
     leaveAHoldBehind();
     mac.update([](SimulatedMac& state) { state.sleepDisabled = false; });
     std::filesystem::rename(record, record.string() + ".new");

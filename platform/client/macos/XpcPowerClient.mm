@@ -16,7 +16,7 @@ namespace velmo {
 namespace {
 
 /// How long launchd may take to start the daemon, and the daemon to undo what an earlier run left.
-constexpr std::chrono::seconds patience(5);
+constexpr std::chrono::seconds patience(30);
 
 /// The only part of a client that the connection's queue touches. The client shuts it when it goes:
 /// replies and errors still come after that, when the thread that they were for may be gone.

@@ -7,13 +7,14 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <thread>
 
 namespace velmo {
 
 SimulatedHost::SimulatedHost(const MacFolder& folder)
     : folder_(folder),
       machine_(folder),
-      service_(main_, folder),
+      service_(clients_, folder),
       termination_(main_),
       timer_(main_) {
 }
@@ -36,8 +37,11 @@ void SimulatedHost::writeLog(std::string_view line) {
 }
 
 void SimulatedHost::listen(std::string_view service, std::shared_ptr<Guard> guard) {
-    if (service_.listen(service, std::move(guard)))
+    if (service_.listen(service, std::move(guard))) {
+        serving_.emplace(clients_.get_executor());
+        std::thread([this] { clients_.run(); }).detach();
         return;
+    }
     writeLog(logLine("can't listen on " + folder_.socket(service).string()));
     exitProcess(EXIT_FAILURE);
 }

@@ -7,15 +7,18 @@
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/simulated/MacFolder.h"
 
+#include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 
 #include <chrono>
+#include <optional>
 
 namespace velmo {
 
-/// Runs the daemon on a Mac that lives in a folder. To be allocated once and never destroyed.
+/// Runs the daemon on a Mac that lives in a folder. It is made once and never destroyed. As on a
+/// Mac, its clients are served beside the main thread, which may wait for the guard's queue.
 class SimulatedHost final : public DaemonHost {
 public:
     explicit SimulatedHost(const MacFolder& folder);
@@ -39,6 +42,8 @@ private:
     void waitForTick();
 
     asio::io_context main_{1};
+    asio::io_context clients_{1}; ///< run by a thread of its own
+    std::optional<asio::executor_work_guard<asio::io_context::executor_type>> serving_;
     MacFolder folder_;
     SimulatedPowerMachine machine_;
     std::optional<SimulatedRecordStore> records_;
