@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run test bench sanitize tsan fuzz coverage macos format format-check tidy clean
+.PHONY: run test bench sanitize tsan fuzz coverage mutate macos format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -42,6 +42,11 @@ fuzz:
 # Counted by the sanitizers' build.
 coverage: sanitize
 	@scripts/coverage
+
+# Plants every known fault and sees that a test notices it; LISTS="daemon support" for a few of them.
+mutate:
+	@scripts/setup build test
+	@scripts/mutate $(LISTS)
 
 # The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
 macos:

@@ -9,8 +9,8 @@ namespace velmo {
 
 class Session;
 
-/// Names a client inside the guard: given once per connection and never again, unlike an address,
-/// which may return with another client behind it.
+/// Names a client to the guard. One connection gets the number and none gets it again, unlike an
+/// address, which may return with another client behind it.
 enum class ClientId : std::uint64_t {};
 
 /// A connection that a client has opened and that does nothing until it is resumed.
@@ -18,18 +18,20 @@ class ClientConnection {
 public:
     virtual ~ClientConnection() = default;
 
+    /// Returns the number that the guard knows the client by.
     [[nodiscard]] virtual ClientId id() const = 0;
 
-    /// From now on the system rejects a peer that does not satisfy the code-signing requirement.
-    /// False when the system finds the text malformed; the connection must then be refused.
+    /// Makes the system reject a peer that does not satisfy the code-signing requirement. Returns
+    /// false if the system finds the text malformed; the connection must then be refused.
     [[nodiscard]] virtual bool requireCodeSignature(const std::string& requirement) = 0;
 
-    /// The object that answers the calls of `VelmoPowerProtocol`.
+    /// Lets the session answer the client's calls of `VelmoPowerProtocol`.
     virtual void exportSession(std::shared_ptr<Session> session) = 0;
 
-    /// Called once, when the connection is gone for good.
+    /// Has the handler called once, on any thread, when the connection is gone for good.
     virtual void onInvalidation(std::function<void()> handler) = 0;
 
+    /// Lets calls come in. Until then the connection does nothing.
     virtual void resume() = 0;
 };
 

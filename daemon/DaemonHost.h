@@ -14,35 +14,35 @@
 
 namespace velmo {
 
-/// What the start-up asks of the system that the daemon runs on. What a reference names lives as
-/// long as the process.
+/// Offers what the start-up asks of the system that the daemon runs on. What a returned reference
+/// names lives as long as the process.
 class DaemonHost {
 public:
     virtual ~DaemonHost() = default;
 
-    /// Only says where the record is; nothing on disk is touched.
+    /// Returns the store of the record with that path. Touches nothing on disk.
     virtual RecordStore& recordStore(std::string_view directory, std::string_view name) = 0;
 
-    /// The REAL user id is 0: a set-uid copy that a user starts is not root's daemon.
+    /// Tells whether the REAL user id is 0: a set-uid copy that a user starts is not root's daemon.
     virtual bool startedByRoot() = 0;
 
-    /// The team identifier that the running daemon is signed with.
+    /// Returns the team identifier that the running daemon is signed with; absent if it has none.
     virtual std::optional<std::string> currentSigningTeam() = 0;
 
     virtual PowerMachine& machine() = 0;
     virtual SerialQueue& guardQueue() = 0;
 
-    /// One whole line on standard error (see `logLine`), in one write.
+    /// Writes one whole line (see `logLine`) to standard error, in one write.
     virtual void writeLog(std::string_view line) = 0;
 
-    /// Publishes the service; from now on clients may connect.
+    /// Publishes the service: clients may connect from then on.
     virtual void listen(std::string_view service, std::shared_ptr<Guard> guard) = 0;
 
     /// Calls the handler on the main thread every so many seconds of monotonic time, the first time
     /// after one period.
     virtual void repeat(double seconds, std::function<void()> handler) = 0;
 
-    /// From now on SIGTERM has no effect but this call, on the main thread.
+    /// Lets SIGTERM have no effect any more but a call of the handler, on the main thread.
     virtual void onTermination(std::function<void()> handler) = 0;
 
     /// Ends the process at once, without running static destructors while other threads still run.

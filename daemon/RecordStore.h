@@ -11,21 +11,21 @@ namespace velmo {
 inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
 inline constexpr std::string_view powerRecordName = "power-daemon.json";
 
-/// The daemon's one persistent fact. Called on the guard's queue only.
+/// Keeps the daemon's one persistent fact. Called on the guard's queue only.
 class RecordStore {
 public:
     virtual ~RecordStore() = default;
 
-    /// Absent when there is no record or it can't be read or decoded.
+    /// Reads the record; absent if there is none or it can't be read or decoded.
     virtual std::optional<PowerDaemonRecord> read() = 0;
 
-    /// True only when the record is on disk, whole, to survive a crash and a power cut; false
-    /// leaves the previous record, or none, as it was. A file that is there but can't be read is
+    /// Replaces the record. Returns true only if it is on disk, whole, to survive a crash and a
+    /// power cut; otherwise the previous record, or none, is as it was. A file that is there but can't be read is
     /// not written over: it may be the only word of what the setting was. (One that can be read and
     /// makes no sense is.)
     virtual bool write(const PowerDaemonRecord& record) = 0;
 
-    /// Errors are ignored: a record that stays is retried by the guard's tick.
+    /// Removes the record. Errors are ignored: the guard's tick tries again while one stays.
     virtual void remove() = 0;
 };
 

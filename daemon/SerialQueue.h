@@ -11,10 +11,11 @@ public:
 
     virtual ~SerialQueue() = default;
 
-    /// Posts the work and returns at once. From any thread.
+    /// Posts the work and returns at once. Any thread may call it.
     virtual void async(Work work) = 0;
 
-    /// Posts the work and returns when it has run. Never from work that runs on this queue.
+    /// Posts the work and returns when it has run. Work that runs on this queue must not call it:
+    /// it would wait for itself.
     virtual void sync(const Work& work) = 0;
 };
 

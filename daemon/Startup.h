@@ -9,11 +9,11 @@ namespace velmo {
 
 inline constexpr double tickInterval = 5.0; ///< seconds
 
-/// A message as the log holds it: "VelmoPowerDaemon: ", the message, a line feed. No level and no
-/// time: launchd's own log adds that.
+/// Returns a message as it stands in the log: "VelmoPowerDaemon: ", the message, a line feed. It
+/// gives no level and no time; launchd's own log adds those.
 std::string logLine(std::string_view message);
 
-/// The life of the daemon, from its first step to its main loop.
+/// Lives the life of the daemon, from its first step to its main loop.
 void runDaemon(DaemonHost& host);
 
 } // namespace velmo

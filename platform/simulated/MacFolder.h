@@ -10,13 +10,12 @@
 
 namespace velmo {
 
-/// A simulated Mac's folder:
+/// Gives access to a simulated Mac's folder:
 ///
 ///     machine.json            its state (`SimulatedMac`)
 ///     usr/bin/pmset           the program that changes and prints the sleep setting
 ///     var/db/velmo/           the daemon's record
-///     var/run/                the socket in place of the Mach service, and a sign while pmset
-///     hangs
+///     var/run/                the socket in place of the Mach service; a sign while pmset hangs
 class MacFolder {
 public:
     explicit MacFolder(const std::filesystem::path& root);

@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// The record of a simulated Mac: the real file store, in a folder to which the faults of the
-/// machine file happen.
+/// Keeps the record of a simulated Mac: the real file store, in a folder that suffers the faults
+/// which the machine file asks for.
 class SimulatedRecordStore final : public RecordStore {
 public:
     SimulatedRecordStore(MacFolder folder, std::string_view directory, std::string_view name);

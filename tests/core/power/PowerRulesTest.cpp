@@ -52,10 +52,10 @@ using PowerGuardPolicy::Revert;
 TEST(PowerGuardPolicy, NamesTheGravestReason) {
     using enum ThermalState;
     const std::pair<PowerGuardPolicy::Facts, std::optional<Revert>> cases[] = {
-        {{.lastBeat = 100, .now = 135}, {}},
-        {{.lastBeat = 100, .now = 135.001}, Revert::heartbeat},
-        {{.lastBeat = 100, .now = 0}, {}},
-        {{.onAC = false, .battery = 1, .floor = 50, .thermalRaw = critical, .now = 36},
+        {{.lastBeat = {100}, .now = {135}}, {}},
+        {{.lastBeat = {100}, .now = {135.001}}, Revert::heartbeat},
+        {{.lastBeat = {100}, .now = {0}}, {}},
+        {{.onAC = false, .battery = 1, .floor = 50, .thermalRaw = critical, .now = {36}},
          Revert::heartbeat},
         {{.onAC = true, .thermalRaw = fair}, {}},
         {{.onAC = true, .thermalRaw = serious}, Revert::thermal},
