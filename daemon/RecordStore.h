@@ -20,9 +20,9 @@ public:
     virtual std::optional<PowerDaemonRecord> read() = 0;
 
     /// Replaces the record. Returns true only if it is on disk, whole, to survive a crash and a
-    /// power cut; otherwise the previous record, or none, is as it was. A file that is there but can't be read is
-    /// not written over: it may be the only word of what the setting was. (One that can be read and
-    /// makes no sense is.)
+    /// power cut; otherwise the previous record, or none, is as it was. A file that is there but
+    /// can't be read is not written over: it may be the only word of what the setting was. (One
+    /// that can be read and makes no sense is.)
     virtual bool write(const PowerDaemonRecord& record) = 0;
 
     /// Removes the record. Errors are ignored: the guard's tick tries again while one stays.
