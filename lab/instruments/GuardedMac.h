@@ -175,12 +175,13 @@ private:
     Events& events_;
 };
 
-/// A guard on the little Mac.
-struct GuardedMac {
+/// A guard on the little Mac, with a queue of one's choice.
+template<class Queue>
+struct GuardedMacOn {
     Events events;
     FakeMachine machine{events};
     FakeRecords records{events};
-    StepQueue queue;
+    Queue queue;
     std::vector<int> exits;
     std::shared_ptr<Guard> guard = newGuard("requirement");
 
@@ -208,5 +209,7 @@ struct GuardedMac {
     /// What happened since the last time it was asked.
     Events takeEvents() { return std::exchange(events, {}); }
 };
+
+using GuardedMac = GuardedMacOn<StepQueue>;
 
 } // namespace velmo

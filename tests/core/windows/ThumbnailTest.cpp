@@ -49,13 +49,15 @@ constexpr Pixel clear{0, 0, 0, 0};
 /// A picture of one colour. Each row but the last is padded with other pixels.
 struct Picture {
     Picture(int columns, int rows, Pixel fill = grey)
-        : width(columns), height(rows), pixels((columns + 3) * rows - 3, Pixel{9, 9, 9, 9}) {
+        : width(columns),
+          height(rows),
+          pixels(static_cast<std::size_t>((columns + 3) * rows - 3), Pixel{9, 9, 9, 9}) {
         for (int row = 0; row < rows; ++row)
             std::fill_n(pixels.begin() + row * (columns + 3), columns, fill);
     }
 
     Picture& set(int column, int row, Pixel pixel) {
-        pixels.at(row * (width + 3) + column) = pixel;
+        pixels.at(static_cast<std::size_t>(row * (width + 3) + column)) = pixel;
         return *this;
     }
 
