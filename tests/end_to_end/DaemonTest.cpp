@@ -88,17 +88,6 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
     EXPECT_TRUE(silent);
 }
 
-TEST_F(DaemonTest, AHoldThatPmsetKeepsWaitingIsAnsweredWhenItIsHelped) {
-    startDaemon();
-    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::hangs; });
-    const RawClient client = connect();
-    EXPECT_TRUE(client.send(std::string(holdCall) + "\n"));
-    EXPECT_TRUE(appears(mac.signOfHungPmset()));
-    EXPECT_FALSE(sleepDisabled());
-    mac.update([](SimulatedMac& state) { state.faults.pmset = PmsetFault::none; });
-    EXPECT_EQ(client.readLine(), held);
-}
-
 TEST_F(DaemonTest, EveryFaultOfTheMacIsARefusalThatLeavesNothingBehind) {
     startDaemon();
 

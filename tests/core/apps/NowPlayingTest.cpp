@@ -96,9 +96,7 @@ TEST(NowPlayingParse, ReadsANumberAsPlayersWriteIt) {
         {"2E-2", 0.02},
         {"+1.25e+1", 12.5},
         {"007.50", 7.5},
-        {"-0.0", 0},
         {"-1e-999", 0},
-        {"0e999", 0},
         {"1e308", 1e308},
         {"123456789012345678901234567890", 123456789012345678901234567890.0}};
     for (const auto& [text, value] : accepted)

@@ -75,16 +75,10 @@ TEST(Record, WritesSortedKeysAndLeavesOutWhatIsAbsent) {
 }
 
 TEST(Record, WritesNumbersInTheShortestFormThatReadsBack) {
-    struct Case {
-        double value;
-        std::string text;
-    };
-
-    const Case cases[] = {
+    const std::pair<double, std::string> cases[] = {
         {0, "0"},
         {-0.0, "-0"},
         {800, "800"},
-        {100000, "100000"},
         {1700000000, "1700000000"},
         {-1e15, "-1000000000000000"},
         {0x1p53, "9007199254740992"},
@@ -93,7 +87,6 @@ TEST(Record, WritesNumbersInTheShortestFormThatReadsBack) {
         {1e300, "1e+300"},
         {0.1, "0.1"},
         {1e-4, "0.0001"},
-        {9.5e-5, "9.5e-05"},
         {1700000000.25, "1700000000.25"},
         {5e-324, "5e-324"},
     };
@@ -189,13 +182,6 @@ TEST(Record, DecodesExactlyWhatHasNothingElse) {
         EXPECT_FALSE(decodeRecordExactly<Strict>(std::string_view(refused))) << refused;
 }
 
-TEST(Record, DecodesAWholeTextOfAnyType) {
-    EXPECT_EQ(decodeJsonText<std::vector<std::string>>(R"(["a","b"])"),
-              (std::vector<std::string>{"a", "b"}));
-    for (const char* refused : {"[\"a\",1]", "[null]", "{}", "[\"a\"]x", ""})
-        EXPECT_FALSE(decodeJsonText<std::vector<std::string>>(refused)) << refused;
-}
-
 TEST(Record, WritesAnyValueThatJsonCanSay) {
     const Value value =
         Value::Dictionary{{"b", Value::Array{1, 2.5, true, "a/b", Value(nullptr), Value::Array{}}},
@@ -205,10 +191,6 @@ TEST(Record, WritesAnyValueThatJsonCanSay) {
     for (const Value& unsayable : {Value(), Value(Bytes{1}), Value(Value::Array{Bytes{}})})
         EXPECT_EQ(encodeJson(unsayable), std::unexpected(EncodingError::noJsonForm));
     EXPECT_EQ(encodeJson(Value(HUGE_VAL)), std::unexpected(EncodingError::nonFiniteNumber));
-}
-
-TEST(RawText, ListsEveryCaseInOrder) {
-    EXPECT_EQ(allCases<Colour>, (std::array{Colour::red, Colour::green}));
 }
 
 TEST(Output, PrintsOneWholeLineWhateverHappens) {
