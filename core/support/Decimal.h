@@ -21,8 +21,9 @@ struct Range {
 template<std::integral Integer>
 std::optional<Integer> parse(std::string_view text, Range<Integer> range = {}) {
     Integer value{};
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const auto [rest, error] = std::from_chars(begin, end, value);
     if (error != std::errc() || rest != end || value < range.min || value > range.max)
         return std::nullopt;
     return value;

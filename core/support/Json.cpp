@@ -301,7 +301,8 @@ Marked markUnrepresentable(std::string_view text, dom::parser& parser) {
         const std::string_view rest = text.substr(i);
         const auto* const end = std::ranges::find_if_not(rest, isNumeralCharacter);
         const std::string_view numeral(rest.begin(), end);
-        if (isNumeral(numeral) && parser.parse(numeral.data(), numeral.size()).error()) {
+        if (isNumeral(numeral)
+            && parser.parse(numeral.data(), numeral.size()).error() != simdjson::SUCCESS) {
             marked.text += unrepresentable;
             ++marked.count;
         } else {

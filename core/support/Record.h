@@ -359,9 +359,10 @@ namespace detail {
 template<class R, class M>
 bool readField(R& record, const Field<R, M>& listed, const JsonValue& value) {
     auto decoded = decodeJson<M>(value);
-    if (decoded)
-        record.*listed.member = *std::move(decoded);
-    return decoded.has_value();
+    if (!decoded)
+        return false;
+    record.*listed.member = *std::move(decoded);
+    return true;
 }
 
 /// Whether the record can do without the field; an optional is then absent.

@@ -84,7 +84,7 @@ struct Character {
 /// Returns the first character of a text; it is empty for "".
 Character firstCharacter(std::string_view text);
 
-/// Returns the number of user-perceived characters. The cost grows with the text: to hold a text
+/// Returns the number of user-perceived characters. The cost grows with the text: to keep a text
 /// from outside to a limit, use `hasMoreCharactersThan`, which stops early.
 std::size_t characterCount(std::string_view text);
 

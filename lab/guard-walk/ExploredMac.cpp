@@ -540,7 +540,8 @@ std::uint64_t ExploredMac::key() const {
     addTruth(lidIsShut_);
     addTruth(trapped_);
     add(std::to_underlying(loss_), 4);
-    add(lasting_ ? std::to_underlying(lasting_->part) * 8U + lasting_->behaviour : 0, 128);
+    add(lasting_ ? std::size_t{std::to_underlying(lasting_->part)} * 8 + lasting_->behaviour : 0,
+        128);
     auto keys = std::array{clientKey(clients_[0]), clientKey(clients_[1])};
     std::ranges::sort(keys);
     for (const std::uint64_t each : keys)

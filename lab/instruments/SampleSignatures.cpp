@@ -68,7 +68,7 @@ SignatureBody longSignature() {
             .color = SignatureBody::Color::blue};
 }
 
-SignatureBody mostAllowed() {
+SignatureBody maxAllowed() {
     SignatureBody body{.strokes = {}, .color = SignatureBody::Color::blue};
     for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t column = 0; column < columns; ++column)

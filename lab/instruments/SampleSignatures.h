@@ -10,7 +10,7 @@ namespace velmo::SampleSignatures {
 
 SignatureBody cornerDots();    ///< a dot in each corner
 SignatureBody longSignature(); ///< like handwriting, across the whole width
-SignatureBody mostAllowed();   ///< as many strokes and points as a body may have
+SignatureBody maxAllowed();   ///< as many strokes and points as a body may have
 
 /// A signature and the name of its picture.
 struct Named {
@@ -20,6 +20,6 @@ struct Named {
 
 inline constexpr auto all = std::to_array<Named>({{.name = "corner-dots", .make = cornerDots},
                                                   {.name = "long-signature", .make = longSignature},
-                                                  {.name = "most-allowed", .make = mostAllowed}});
+                                                  {.name = "most-allowed", .make = maxAllowed}});
 
 } // namespace velmo::SampleSignatures

@@ -428,11 +428,12 @@ TEST_F(LidTest, AHoldInBetweenStartsAnew) {
 }
 
 TEST_F(LidTest, OnlyWhatWasEnabledAgainIsOwed) {
+    endHold();
     machine.sleepDisabled = true;
     endHold();
+    machine.sleepDisabled = false;
     tickAfter(40);
     EXPECT_THAT(takeEvents(), IsEmpty());
-    machine.sleepDisabled = false;
     endHold(RevertReason::stopping);
     tickAfter(40);
     EXPECT_THAT(takeEvents(), IsEmpty());

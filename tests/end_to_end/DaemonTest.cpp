@@ -83,8 +83,8 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
     EXPECT_EQ(holder.call(heartbeatCall), yes);
     EXPECT_TRUE(sleepDisabled());
     // A sanitizer keeps freed memory for a while.
-    const long mostGrowth = VELMO_SANITIZED != 0 ? 1 << 20 : 4096;
-    EXPECT_LT(residentMemory() - before, mostGrowth);
+    const long maxGrowth = VELMO_SANITIZED != 0 ? 1 << 20 : 4096;
+    EXPECT_LT(residentMemory() - before, maxGrowth);
     EXPECT_TRUE(silent);
 }
 

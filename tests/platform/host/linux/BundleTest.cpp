@@ -1,4 +1,5 @@
 #include "platform/host/PropertyList.h"
+#include "platform/host/PropertyListBounds.h"
 #include "tests/platform/host/linux/PropertyListFiles.h"
 
 #include "lab/instruments/TemporaryFolder.h"
@@ -45,13 +46,17 @@ TEST(Bundle, OfEitherFormSaysWhatItIsAndADamagedOneNothing) {
 }
 
 TEST(Bundle, ThatWasMadeForPhonesLiesInAWrapper) {
-    const std::string list = xmlList("<dict><key>CFBundleName</key><string>N</string></dict>");
+    std::string list = xmlList("<dict><key>CFBundleName</key><string>N</string></dict>");
+    list.resize(PropertyListBounds::maxBytes, ' ');
     for (const char* const inner : {"Wrapper/Y.app", "Wrapper/Y.app/Contents"}) {
         const TemporaryFolder bundle;
         fs::create_directories(bundle.path() / inner);
         fs::create_directory_symlink("Wrapper/Y.app", bundle.path() / "WrappedBundle");
-        std::ofstream(bundle.path() / inner / "Info.plist") << list;
+        std::ofstream file(bundle.path() / inner / "Info.plist");
+        file << list << std::flush;
         EXPECT_EQ(PropertyList::bundle(bundle.path()).name, "N") << inner;
+        file << ' ' << std::flush;
+        EXPECT_NE(PropertyList::bundle(bundle.path()).name, "N") << inner;
     }
 }
 
