@@ -24,7 +24,7 @@ std::string_view takePiece(std::string_view& path) {
 
 bool isCleanAbsolute(std::string_view path) {
     if (path.size() < minLength || path.size() > maxLength || !path.starts_with('/')
-        || path.ends_with("//") || !Text::isValidUtf8(path) || Text::hasControl(path))
+        || !Text::isValidUtf8(path) || Text::hasControl(path))
         return false;
     for (std::string_view rest = path.substr(1); !rest.empty();) {
         const std::string_view piece = takePiece(rest);

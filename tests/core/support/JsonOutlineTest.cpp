@@ -7,9 +7,9 @@ namespace {
 
 using namespace std::string_literals;
 
-const std::string quoted = '"' + std::string(20000, 'x') + '"';
+const std::string quoted = '"' + std::string(JsonOutline::maxInline + 1, 'x') + '"';
 
-/// The member "a", however it is held; absent when the whole is refused.
+/// The member "a", however it was read; absent if the whole is refused.
 std::optional<std::string> memberA(std::string_view json) {
     const auto outline = JsonOutline::parse(json, {"a", "b"});
     const auto held = outline ? outline->object().member("a") : std::nullopt;
