@@ -82,8 +82,11 @@ struct SimulatedMac {
 
     /// Returns what the property says at a moment of the steady clock.
     [[nodiscard]] bool propertyAt(SteadyTime now) const {
-        return late && now.seconds >= late->due ? late->sleepDisabled : sleepDisabled;
+        return hasLanded(now) ? late->sleepDisabled : sleepDisabled;
     }
+
+    /// Tells whether a late setting is in force by now, though nothing has written that down.
+    [[nodiscard]] bool hasLanded(SteadyTime now) const { return late && now.seconds >= late->due; }
 
     /// Returns what pmset has written last, which is what it prints.
     [[nodiscard]] bool preference() const { return late ? late->sleepDisabled : sleepDisabled; }

@@ -2,6 +2,7 @@
 /// battery runs down, the lid cooks, a tool breaks, hours pass.
 
 #include "core/output/Output.h"
+#include "platform/posix/Clocks.h"
 #include "platform/posix/OwnExecutable.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
@@ -122,9 +123,13 @@ int create(const MacFolder& folder) {
 }
 
 int show(const MacFolder& folder) {
-    const auto mac = folder.load();
+    auto mac = folder.load();
     if (!mac)
         return complainOfNoMac(folder);
+    const SteadyTime now = Clocks::steadyTime();
+    mac->sleepDisabled = mac->propertyAt(now);
+    if (mac->hasLanded(now))
+        mac->late.reset();
     Output::print(*mac, writeStandardOutput);
     return EXIT_SUCCESS;
 }
