@@ -10,7 +10,7 @@ namespace velmo::SampleSignatures {
 
 SignatureBody cornerDots();    ///< a dot in each corner
 SignatureBody longSignature(); ///< like handwriting, across the whole width
-SignatureBody maxAllowed();   ///< as many strokes and points as a body may have
+SignatureBody maxAllowed();    ///< as many strokes and points as a body may have
 
 /// A signature and the name of its picture.
 struct Named {
