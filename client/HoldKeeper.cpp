@@ -14,8 +14,8 @@ HoldKeeper::HoldKeeper(PowerLink& link, Timer timer, std::function<void(const St
 
 template<class Callback>
 auto HoldKeeper::current(Callback callback) {
-    return [this, attempt = attempt_, callback](auto... arguments) {
-        if (attempt == attempt_)
+    return [attempt = std::weak_ptr(attempt_), callback](auto... arguments) {
+        if (!attempt.expired())
             callback(arguments...);
     };
 }
@@ -25,7 +25,7 @@ void HoldKeeper::start() {
 }
 
 void HoldKeeper::takeHold() {
-    ++attempt_;
+    attempt_ = std::make_shared<Attempt>();
     if (!daemon_)
         daemon_ = link_.connect([this] { connectionLost(); });
     if (!daemon_) {
@@ -79,7 +79,7 @@ void HoldKeeper::retryAfter(double seconds) {
 
 void HoldKeeper::stop(std::function<void(bool restored)> done) {
     stopping_ = true;
-    ++attempt_;
+    attempt_.reset();
     // Releasing ends whoever's hold there is. So it is for a hold that is known to be ours; one
     // that was only asked for ends with the connection.
     if (!daemon_ || status_.state != State::holding) {

@@ -59,6 +59,8 @@ public:
     [[nodiscard]] const Status& status() const { return status_; }
 
 private:
+    struct Attempt {};
+
     void takeHold();
     void takeHoldAgain(std::string_view why);
     void connectionLost();
@@ -69,7 +71,8 @@ private:
     void retryAfter(double seconds);
     void change(State state, std::string_view reason = {});
 
-    /// Wraps a callback so that it is dropped when the attempt it belongs to is over.
+    /// Wraps a callback so that it is dropped when the attempt it belongs to is over, or the
+    /// keeper gone.
     template<class Callback>
     auto current(Callback callback);
 
@@ -79,7 +82,7 @@ private:
     std::int64_t batteryFloor_;
     Status status_;
     std::shared_ptr<VelmoPowerProtocol> daemon_;
-    std::uint64_t attempt_ = 0; ///< counted up to end an attempt
+    std::shared_ptr<Attempt> attempt_; ///< replaced to end it; its end ends its callbacks too
     bool stopping_ = false;
     std::function<void(bool)> stopped_; ///< while a release is on its way
 };

@@ -94,13 +94,15 @@ void Guard::checkLid() {
     if (!state_.sleepOwedSince || machine.steadyTime() - *state_.sleepOwedSince < lidDelay)
         return;
     const auto lid = machine.lid();
-    const auto sleepDisabled = sleepDisabledNow(machine);
-    if (lid && lid->isShut && lid->causesSleep && sleepDisabled != true) {
+    if (lid && lid->isShut && lid->causesSleep) {
+        const auto sleepDisabled = sleepDisabledNow(machine);
         if (!sleepDisabled)
             return;
-        services_.log("asking the Mac to sleep: its lid is shut");
-        if (!machine.requestSleep())
-            return;
+        if (!*sleepDisabled) {
+            services_.log("asking the Mac to sleep: its lid is shut");
+            if (!machine.requestSleep())
+                return;
+        }
     }
     state_.sleepOwedSince.reset();
 }

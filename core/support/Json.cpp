@@ -246,10 +246,6 @@ private:
 thread_local Spare Spare::ofThread;
 thread_local bool Spare::threadEnds = false;
 
-} // namespace
-
-namespace {
-
 bool isNumeralCharacter(char c) {
     return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
 }

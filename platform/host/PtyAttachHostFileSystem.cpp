@@ -96,19 +96,10 @@ std::optional<std::string> HostFileSystem::pathOf(int descriptor) {
 }
 
 std::optional<Bytes> HostFileSystem::read(int descriptor, std::size_t max) {
-    Bytes bytes(max);
-    std::size_t size = 0;
-    while (size < max) {
-        const ssize_t count =
-            retryInterrupted([&] { return ::read(descriptor, bytes.data() + size, max - size); });
-        if (count < 0)
-            return std::nullopt;
-        if (count == 0)
-            break;
-        size += static_cast<std::size_t>(count);
-    }
-    bytes.resize(size);
-    return bytes;
+    return readStart(descriptor, max).transform([](const std::string& content) {
+        const ByteView bytes = bytesOf(content);
+        return Bytes(bytes.begin(), bytes.end());
+    });
 }
 
 void HostFileSystem::close(int descriptor) {

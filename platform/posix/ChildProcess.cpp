@@ -24,7 +24,7 @@ namespace velmo {
 
 namespace {
 
-/// Bytes. pmset prints a few hundred; a child that floods the pipe is not believed.
+/// Bytes that are kept of the output. pmset prints a few hundred; the rest is read and dropped.
 constexpr std::size_t maxOutput = 1 << 20;
 
 class FileActions {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmo {
@@ -80,13 +81,12 @@ struct SimulatedMac {
     std::vector<std::int64_t> trustedUsers; ///< user ids whose processes count as signed clients
     MacFaults faults;
 
-    /// Returns what the property says at a moment of the steady clock.
-    [[nodiscard]] bool propertyAt(SteadyTime now) const {
-        return hasLanded(now) ? late->sleepDisabled : sleepDisabled;
+    /// Lets a late setting that is due by now take the place of `sleepDisabled`, which is then what
+    /// the property says.
+    void settle(SteadyTime now) {
+        if (late && now.seconds >= late->due)
+            sleepDisabled = std::exchange(late, std::nullopt)->sleepDisabled;
     }
-
-    /// Tells whether a late setting is in force by now, though nothing has written that down.
-    [[nodiscard]] bool hasLanded(SteadyTime now) const { return late && now.seconds >= late->due; }
 
     /// Returns what pmset has written last, which is what it prints.
     [[nodiscard]] bool preference() const { return late ? late->sleepDisabled : sleepDisabled; }

@@ -58,10 +58,9 @@ int printSettings(const SimulatedMac& mac) {
 int setSleepDisabled(const MacFolder& folder, bool disabled) {
     const double now = Clocks::steadyTime().seconds;
     const bool done = folder.update([&](SimulatedMac& mac) {
-        mac.sleepDisabled = mac.faults.lateness > 0 ? mac.propertyAt({now}) : disabled;
-        mac.late.reset();
-        if (mac.faults.lateness > 0)
-            mac.late = {.sleepDisabled = disabled, .due = now + mac.faults.lateness / 1000};
+        mac.settle({now}); // what is not due by now never lands: the newest alone is wanted
+        mac.late = {.sleepDisabled = disabled, .due = now + mac.faults.lateness / 1000};
+        mac.settle({now});
     });
     return done ? EXIT_SUCCESS : complain("the machine file can't be written");
 }

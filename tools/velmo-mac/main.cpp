@@ -126,10 +126,7 @@ int show(const MacFolder& folder) {
     auto mac = folder.load();
     if (!mac)
         return complainOfNoMac(folder);
-    const SteadyTime now = Clocks::steadyTime();
-    mac->sleepDisabled = mac->propertyAt(now);
-    if (mac->hasLanded(now))
-        mac->late.reset();
+    mac->settle(Clocks::steadyTime());
     Output::print(*mac, writeStandardOutput);
     return EXIT_SUCCESS;
 }

@@ -13,10 +13,11 @@ std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments argume
 }
 
 std::optional<bool> SimulatedPowerMachine::sleepDisabledProperty() {
-    const SimulatedMac& now = mac();
+    SimulatedMac now = mac();
     if (now.faults.propertyUnreadable)
         return std::nullopt;
-    return now.propertyAt(Clocks::steadyTime());
+    now.settle(Clocks::steadyTime());
+    return now.sleepDisabled;
 }
 
 std::optional<PowerSourceSnapshot> SimulatedPowerMachine::powerSources() {
