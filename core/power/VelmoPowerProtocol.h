@@ -8,7 +8,8 @@ namespace velmo {
 
 /// What the power daemon offers to one connected client. The daemon's session implements it, and so
 /// does the client's side of every transport; over XPC the calls are the selectors
-/// "holdWithBatteryFloor:reply:", "heartbeatWithReply:" and "releaseWithReply:".
+/// "holdWithBatteryFloor:reply:", "heartbeatWithReply:", "releaseWithReply:" and
+/// "reportWithReply:".
 ///
 /// Each call is answered exactly once, from a thread of the callee's choosing; over a transport a
 /// call whose connection is lost is not answered. Replies own what they capture and may outlive the
@@ -17,6 +18,7 @@ class VelmoPowerProtocol {
 public:
     using HoldReply = std::function<void(bool ok, std::string_view reason)>;
     using Reply = std::function<void(bool ok)>;
+    using ReportReply = std::function<void(std::string_view line)>;
 
     virtual ~VelmoPowerProtocol() = default;
 
@@ -30,6 +32,11 @@ public:
 
     /// Ends the current hold, whoever holds. False: sleep could not be enabled again yet.
     virtual void release(Reply reply) = 0;
+
+    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" where there is no guard any
+    /// more. A daemon of before this call does not answer it, and the connection ends: whoever has
+    /// something to lose with its connection, a holder above all, does not call it on that one.
+    virtual void report(ReportReply reply) = 0;
 };
 
 } // namespace velmo
