@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace velmo {
@@ -20,6 +21,15 @@ public:
 
     /// Returns the number that the guard knows the client by.
     [[nodiscard]] virtual ClientId id() const = 0;
+
+    // Who the peer is, for people to read. Nothing is decided by it: the number may belong to
+    // another process by now, and any program may have any name.
+
+    /// Returns the peer's process id; absent where the system does not tell.
+    [[nodiscard]] virtual std::optional<std::int64_t> processId() const = 0;
+
+    /// Returns the file name of the peer's executable; absent where the system does not tell.
+    [[nodiscard]] virtual std::optional<std::string> programName() const = 0;
 
     /// Makes the system reject a peer that does not satisfy the code-signing requirement. Returns
     /// false if the system finds the text malformed; the connection must then be refused.

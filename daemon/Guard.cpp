@@ -28,7 +28,11 @@ bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection
             guard->queue().async([guard, who] { guard->connectionLost(who); });
     });
     // Posted before the connection can be lost, so that it is never counted down before up.
-    queue().async([guard = shared_from_this()] { ++guard->state_.connections; });
+    queue().async([guard = shared_from_this(), who = connection->id(),
+                   processId = connection->processId(), program = connection->programName()] {
+        ++guard->state_.connections;
+        guard->ledger_.connected(who, processId, program);
+    });
     connection->resume();
     return true;
 }
@@ -37,6 +41,7 @@ void Guard::connectionLost(ClientId who) {
     state_.connections = std::max(state_.connections - 1, 0);
     if (state_.holder == who)
         revert(RevertReason::clientGone);
+    ledger_.disconnected(who);
 }
 
 void Guard::tick() {
@@ -139,6 +144,7 @@ Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
     state_.floor = floor;
     state_.lastBeat = now;
     state_.sleepOwedSince.reset();
+    ledger_.began(who, services_.machine.wallTime());
     return {};
 }
 
@@ -166,11 +172,38 @@ bool Guard::heartbeat(ClientId who) {
     return true;
 }
 
+bool Guard::release(std::optional<ClientId> who) {
+    const bool isHolder = who && state_.holder == who;
+    ledger_.ended(isHolder ? HoldEnding::released : HoldEnding::releasedByAnother,
+                  services_.machine.wallTime());
+    return revert(RevertReason::released);
+}
+
+HoldReport Guard::report(ClientId who) {
+    HoldReport report{
+        .holder = ledger_.holder(),
+        .pending = !state_.holder && previousToRestore() == false,
+        // Not by pmset, which may hang: nobody who only asks may keep the guard from its work.
+        .sleepDisabled = services_.machine.sleepDisabledProperty(),
+        .recordIsUnreadable = false,
+        .ownEnd = ledger_.lastEndOf(who),
+        .lastEnd = ledger_.lastEnd()};
+    if (report.holder) {
+        report.holder->batteryFloor = state_.floor.percent();
+        report.holder->heartbeatAge = services_.machine.steadyTime() - state_.lastBeat;
+        report.holder->isCaller = state_.holder == who;
+    }
+    return report;
+}
+
 bool Guard::revert(RevertReason reason) {
     state_.holder.reset();
     state_.idleSince = services_.machine.steadyTime();
+    // A reason to end a hold has the text of its ending; the other two end none.
+    if (const auto ending = fromRawText<HoldEnding>(rawText(reason)))
+        ledger_.ended(*ending, services_.machine.wallTime());
 
-    const auto previous = state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
+    const auto previous = previousToRestore();
     if (!previous)
         return true;
     if (!*previous) {
@@ -226,6 +259,12 @@ bool Guard::becomes(bool sleepDisabled) {
             return false;
         machine.pause(latenessStep);
     }
+}
+
+/// The setting to put back; absent when nothing is to be restored. What the guard remembers counts
+/// more than the record, which somebody may have damaged meanwhile.
+std::optional<bool> Guard::previousToRestore() {
+    return state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
 }
 
 std::optional<bool> Guard::recordedPrevious() {

@@ -5,6 +5,7 @@
 #include "core/power/PowerGuardPolicy.h"
 #include "core/support/Time.h"
 #include "daemon/ClientConnection.h"
+#include "daemon/HoldLedger.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
 
@@ -91,6 +92,13 @@ public:
     /// Returns whether the client holds; if so its hold is good for another 35 s.
     bool heartbeat(ClientId who);
 
+    /// Ends the hold for the client, whoever holds. Without a client it counts as another than the
+    /// holder. Returns the same as `revert`.
+    bool release(std::optional<ClientId> who);
+
+    /// Tells about the holds, for the client. It reads, runs nothing and decides nothing.
+    HoldReport report(ClientId who);
+
     /// Ends the hold, if there is one, and restores the setting. Returns true when nothing is left
     /// to restore; after false the next tick tries again.
     bool revert(RevertReason reason);
@@ -106,6 +114,7 @@ private:
     void undoDisableSleep();
     bool becomes(bool sleepDisabled);
     std::optional<bool> recordedPrevious();
+    std::optional<bool> previousToRestore();
     std::optional<PowerGuardPolicy::Revert> reasonToRevert(BatteryFloor floor, SteadyTime lastBeat);
     void checkHolder();
     void checkFree();
@@ -115,6 +124,7 @@ private:
     Services services_;
     const std::optional<std::string> requirement_;
     State state_;
+    HoldLedger ledger_;
     std::atomic<bool> tickIsOutstanding_ = false;
     std::atomic<bool> isStopping_ = false;
 };

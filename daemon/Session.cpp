@@ -41,8 +41,21 @@ void Session::release(Reply reply) {
         reply(false);
         return;
     }
-    guard->queue().async(
-        [guard, reply = std::move(reply)] { reply(guard->revert(RevertReason::released)); });
+    const auto connection = connection_.lock();
+    const auto who = connection ? std::optional(connection->id()) : std::nullopt;
+    guard->queue().async([guard, who, reply = std::move(reply)] { reply(guard->release(who)); });
+}
+
+void Session::report(ReportReply reply) {
+    const auto guard = owner_.lock();
+    const auto connection = connection_.lock();
+    if (!guard || !connection) {
+        reply("");
+        return;
+    }
+    guard->queue().async([guard, who = connection->id(), reply = std::move(reply)] {
+        reply(encodeJson(guard->report(who)).value_or(""));
+    });
 }
 
 } // namespace velmo

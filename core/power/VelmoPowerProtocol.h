@@ -33,9 +33,10 @@ public:
     /// Ends the current hold, whoever holds. False: sleep could not be enabled again yet.
     virtual void release(Reply reply) = 0;
 
-    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" where there is no guard any
-    /// more. A daemon of before this call does not answer it, and the connection ends: whoever has
-    /// something to lose with its connection, a holder above all, does not call it on that one.
+    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" where the daemon or the
+    /// connection is going away. A daemon of before this call does not answer it, and the
+    /// connection ends: whoever has something to lose with its connection, a holder above all, does
+    /// not call it on that one.
     virtual void report(ReportReply reply) = 0;
 };
 

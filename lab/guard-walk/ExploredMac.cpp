@@ -54,6 +54,10 @@ public:
 
     [[nodiscard]] ClientId id() const override { return id_; }
 
+    [[nodiscard]] std::optional<std::int64_t> processId() const override { return std::nullopt; }
+
+    [[nodiscard]] std::optional<std::string> programName() const override { return std::nullopt; }
+
     bool requireCodeSignature(const std::string&) override { return true; }
 
     void exportSession(std::shared_ptr<Session> exported) override {

@@ -144,6 +144,10 @@ public:
 
     [[nodiscard]] ClientId id() const override { return id_; }
 
+    [[nodiscard]] std::optional<std::int64_t> processId() const override { return 4711; }
+
+    [[nodiscard]] std::optional<std::string> programName() const override { return program; }
+
     bool requireCodeSignature(const std::string& text) override {
         events_.push_back("requirement " + text);
         return requirementWellFormed;
@@ -167,6 +171,7 @@ public:
 
     bool requirementWellFormed = true;
     bool lostAtOnce = false;
+    std::optional<std::string> program = "velmo-power";
     std::shared_ptr<Session> session;
     std::function<void()> invalidate;
 

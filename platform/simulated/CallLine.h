@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/power/HoldReport.h"
 #include "core/support/Record.h"
 
 #include <cstdint>
@@ -12,16 +13,18 @@
 ///     {"batteryFloor":20,"call":"hold"}    {"ok":true,"reason":""}
 ///     {"call":"heartbeat"}                 {"ok":true}
 ///     {"call":"release"}                   {"ok":true}
+///     {"call":"report"}                    {"ok":true,"report":{"pending":false,…}}
 namespace velmo {
 
-enum class PowerCall { hold, heartbeat, release };
+enum class PowerCall { hold, heartbeat, release, report };
 
 template<>
 inline constexpr auto rawTexts<PowerCall> =
-    std::to_array<std::string_view>({"hold", "heartbeat", "release"});
+    std::to_array<std::string_view>({"hold", "heartbeat", "release", "report"});
 
-inline constexpr std::size_t maxCallLine =
-    1024; ///< bytes of either side's line, line feed included
+// Bytes, line feed included. A report may have long names in it.
+inline constexpr std::size_t maxCallLine = 1024;
+inline constexpr std::size_t maxReplyLine = 8192;
 
 struct CallLine {
     PowerCall call = PowerCall::hold;
@@ -43,9 +46,11 @@ struct CallLine {
 struct ReplyLine {
     bool ok = false;
     std::optional<std::string> reason; ///< of `hold` only
+    std::optional<HoldReport> report;  ///< of `report` only
 
     static constexpr auto fields =
-        std::tuple{field("ok", &ReplyLine::ok), field("reason", &ReplyLine::reason)};
+        std::tuple{field("ok", &ReplyLine::ok), field("reason", &ReplyLine::reason),
+                   field("report", &ReplyLine::report)};
     bool operator==(const ReplyLine&) const = default;
 };
 

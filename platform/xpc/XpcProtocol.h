@@ -12,6 +12,7 @@
                        reply:(void (^)(BOOL ok, NSString* reason))reply;
 - (void)heartbeatWithReply:(void (^)(BOOL ok))reply;
 - (void)releaseWithReply:(void (^)(BOOL ok))reply;
+- (void)reportWithReply:(void (^)(NSString* line))reply;
 
 @end
 

@@ -32,7 +32,10 @@ public:
         onReply = std::move(reply);
     }
 
+    void report(ReportReply reply) override { onReport = std::move(reply); }
+
     HoldReply onHold;
+    ReportReply onReport;
     Reply onReply;
 
 private:

@@ -36,6 +36,11 @@ protected:
         return reply();
     }
 
+    HoldReport report(Session& session) {
+        session.report([this](std::string_view line) { replies.emplace_back(line); });
+        return decodeRecord<HoldReport>(reply()).value();
+    }
+
     /// The one reply to the call before it; more than one, or none, shows in the text.
     std::string reply() {
         queue.runAll();
@@ -123,6 +128,78 @@ TEST_F(SessionTest, TheHolderIsLookedUpWhenTheLossIsHandled) {
     EXPECT_EQ(guard->state().holder, ClientId{2});
 }
 
+TEST_F(SessionTest, TellsWhoHoldsAndChangesNothingByIt) {
+    const auto holder = connect(1);
+    const auto other = connect(2);
+    EXPECT_EQ(report(*other->session), (HoldReport{.sleepDisabled = false}));
+    EXPECT_EQ(hold(*holder->session, 5), "ok");
+    machine.date += 1000;
+    machine.clock += 12;
+    EXPECT_EQ(hold(*holder->session, 30), "ok"); // renewed: it began when it began
+    machine.clock += 7;
+    const Guard::State before = guard->state();
+    takeEvents();
+    HoldReport told{.holder = HolderReport{.processId = 4711,
+                                           .program = "velmo-power",
+                                           .since = machine.date - 1000,
+                                           .batteryFloor = 30,
+                                           .heartbeatAge = 7},
+                    .sleepDisabled = true};
+    EXPECT_EQ(report(*other->session), told);
+    told.holder->isCaller = true;
+    machine.propertyReadable = false;
+    told.sleepDisabled.reset();
+    EXPECT_EQ(report(*holder->session), told);
+    EXPECT_EQ(guard->state(), before);
+    EXPECT_THAT(takeEvents(), IsEmpty()); // pmset is not asked: it may hang
+}
+
+TEST_F(SessionTest, TellsHowHoldsEnded) {
+    const auto other = connect(2);
+    const auto holder = connect(1);
+    const std::pair<std::string, std::function<void()>> cases[] = {
+        {"released", [&] { release(*holder->session); }},
+        {"released by another", [&] { release(*other->session); }},
+        {"heartbeat", [&] { tickAfter(36); }},
+        {"thermal", [&] { machine.thermal = ThermalState::serious, tick(); }},
+        {"battery", [&] { machine.mains = false, machine.battery = 9, tick(); }},
+        {"battery",
+         [&] {
+             machine.mains = false, machine.battery = 25;
+             hold(*holder->session, 30); // refused
+         }},
+        {"stopping", [&] { guard->stop(); }},
+    };
+    for (const auto& [how, end] : cases) {
+        machine = FakeMachine(events);
+        machine.date += static_cast<double>(how.size());
+        ASSERT_EQ(hold(*holder->session), "ok") << how;
+        end();
+        const HoldEnd told{.how = how, .at = machine.date};
+        release(*other->session); // nothing to end
+        EXPECT_EQ(report(*holder->session),
+                  (HoldReport{.sleepDisabled = false, .ownEnd = told, .lastEnd = told}));
+        EXPECT_EQ(report(*other->session), (HoldReport{.sleepDisabled = false, .lastEnd = told}));
+    }
+}
+
+TEST_F(SessionTest, HowAHoldEndedIsToldToItsClientAndForgottenWithIt) {
+    const auto leaving = connect(1);
+    const auto staying = connect(2);
+    hold(*leaving->session);
+    machine.breakPmset(FakeMachine::Pmset::fails);
+    leaving->invalidate();
+    const HoldEnd gone{.how = "client gone", .at = machine.date};
+    EXPECT_EQ(report(*staying->session),
+              (HoldReport{.pending = true, .sleepDisabled = true, .lastEnd = gone}));
+    EXPECT_EQ(report(*leaving->session).ownEnd, std::nullopt);
+    hold(*leaving->session); // was under way
+    EXPECT_EQ(report(*staying->session).holder->processId, std::nullopt);
+    release(*staying->session);
+    EXPECT_EQ(report(*leaving->session).ownEnd, std::nullopt);
+    EXPECT_EQ(report(*staying->session).lastEnd->how, "released by another");
+}
+
 TEST_F(SessionTest, OutlivingItsConnectionItCanOnlyRelease) {
     auto connection = connect(1);
     const auto session = connection->session;
@@ -130,6 +207,8 @@ TEST_F(SessionTest, OutlivingItsConnectionItCanOnlyRelease) {
     connection.reset();
     EXPECT_EQ(hold(*session), "gone");
     EXPECT_EQ(heartbeat(*session), "no");
+    session->report([this](std::string_view line) { replies.emplace_back(line); });
+    EXPECT_EQ(reply(), "");
     EXPECT_EQ(release(*session), "ok");
     EXPECT_FALSE(machine.sleepDisabled);
 }

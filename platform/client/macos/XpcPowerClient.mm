@@ -111,6 +111,14 @@ public:
         }];
     }
 
+    void report(ReportReply reply) override {
+        const auto answer =
+            posted([reply = std::move(reply)](const std::string& line) { reply(line); });
+        [daemon(whenLost()) reportWithReply:^(NSString* line) {
+          answer(textOf(line));
+        }];
+    }
+
 private:
     static std::string textOf(NSString* text) {
         return textIn((__bridge CFTypeRef)text).value_or(std::string());

@@ -44,6 +44,13 @@ void SocketClient::release(Reply reply) {
          [reply = std::move(reply)](const ReplyLine& line) { reply(line.ok); });
 }
 
+void SocketClient::report(ReportReply reply) {
+    call({.call = PowerCall::report, .batteryFloor = {}},
+         [reply = std::move(reply)](const ReplyLine& line) {
+             reply(line.report ? encodeJson(*line.report).value_or("") : "");
+         });
+}
+
 void SocketClient::call(const CallLine& line, OnReply onReply) {
     awaited_.push_back(std::move(onReply));
     Output::print(line, [this](std::string_view text) { toSend_.emplace_back(text); });
@@ -66,7 +73,7 @@ void SocketClient::writeNext() {
 
 void SocketClient::readReply() {
     asio::async_read_until(
-        socket_, asio::dynamic_buffer(received_, maxCallLine), '\n',
+        socket_, asio::dynamic_buffer(received_, maxReplyLine), '\n',
         [self = shared_from_this()](const std::error_code& error, std::size_t size) {
             self->received(error, size);
         });

@@ -30,6 +30,7 @@ public:
     void hold(std::int64_t batteryFloor, HoldReply reply) override;
     void heartbeat(Reply reply) override;
     void release(Reply reply) override;
+    void report(ReportReply reply) override;
 
 private:
     using OnReply = std::function<void(const ReplyLine&)>;

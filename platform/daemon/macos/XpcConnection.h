@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,9 @@ public:
     static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log);
 
     [[nodiscard]] ClientId id() const override { return id_; }
+
+    [[nodiscard]] std::optional<std::int64_t> processId() const override;
+    [[nodiscard]] std::optional<std::string> programName() const override;
 
     bool requireCodeSignature(const std::string& requirement) override;
     void exportSession(std::shared_ptr<Session> session) override;

@@ -1,6 +1,7 @@
 #include "platform/daemon/macos/XpcConnection.h"
 
 #include "platform/daemon/macos/XpcSession.h"
+#include "platform/posix/ProgramName.h"
 #include "platform/xpc/PeerRequirement.h"
 #include "platform/xpc/XpcProtocol.h"
 
@@ -26,6 +27,16 @@ std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, Cl
 
 XpcConnection::XpcConnection(NSXPCConnection* connection, ClientId id, Log log)
     : connection_(connection), id_(id), log_(std::move(log)) {
+}
+
+std::optional<std::int64_t> XpcConnection::processId() const {
+    NSXPCConnection* const connection = connection_;
+    const pid_t process = connection.processIdentifier;
+    return process > 0 ? std::optional<std::int64_t>(process) : std::nullopt;
+}
+
+std::optional<std::string> XpcConnection::programName() const {
+    return processId().and_then(programNameOf);
 }
 
 bool XpcConnection::requireCodeSignature(const std::string& requirement) {

@@ -31,4 +31,8 @@
     _session->release([reply](bool ok) { reply(ok); });
 }
 
+- (void)reportWithReply:(void (^)(NSString* line))reply {
+    _session->report([reply](std::string_view line) { reply(velmo::stringFrom(line)); });
+}
+
 @end

@@ -2,7 +2,8 @@
 
 #include "core/output/Output.h"
 #include "daemon/Session.h"
-#include "platform/daemon/simulated/PeerUser.h"
+#include "platform/daemon/simulated/SocketPeer.h"
+#include "platform/posix/ProgramName.h"
 #include "platform/simulated/CallLine.h"
 
 #include <asio/buffer.hpp>
@@ -31,6 +32,7 @@ public:
                      std::shared_ptr<std::atomic<std::size_t>> connections)
         : socket_(std::move(socket)),
           id_(id),
+          process_(peerProcess(socket_.native_handle())),
           folder_(std::move(folder)),
           connections_(std::move(connections)) {
         ++*connections_;
@@ -42,6 +44,12 @@ public:
     ~SocketConnection() override { --*connections_; }
 
     [[nodiscard]] ClientId id() const override { return id_; }
+
+    [[nodiscard]] std::optional<std::int64_t> processId() const override { return process_; }
+
+    [[nodiscard]] std::optional<std::string> programName() const override {
+        return process_.and_then(programNameOf);
+    }
 
     /// A socket knows no signatures: the peer's user, seen to when the connection is resumed,
     /// stands for one.
@@ -89,12 +97,14 @@ private:
     }
 
     void perform(const CallLine& call) {
-        const auto reply = [self = shared_from_this()](bool ok) { self->post({.ok = ok}); };
+        const auto reply = [self = shared_from_this()](bool ok) {
+            self->post({.ok = ok, .reason = {}, .report = {}});
+        };
         switch (call.call) {
         case PowerCall::hold:
             session_->hold(call.batteryFloor.value_or(0),
                            [self = shared_from_this()](bool ok, std::string_view reason) {
-                               self->post({.ok = ok, .reason = std::string(reason)});
+                               self->post({.ok = ok, .reason = std::string(reason), .report = {}});
                            });
             break;
         case PowerCall::heartbeat:
@@ -102,6 +112,12 @@ private:
             break;
         case PowerCall::release:
             session_->release(reply);
+            break;
+        case PowerCall::report:
+            session_->report([self = shared_from_this()](std::string_view line) {
+                self->post(
+                    {.ok = !line.empty(), .reason = {}, .report = decodeRecord<HoldReport>(line)});
+            });
             break;
         }
     }
@@ -133,6 +149,7 @@ private:
 
     Socket socket_;
     ClientId id_;
+    std::optional<std::int64_t> process_;
     MacFolder folder_;
     std::shared_ptr<std::atomic<std::size_t>> connections_;
     std::shared_ptr<Session> session_;

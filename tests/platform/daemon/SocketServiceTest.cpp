@@ -1,9 +1,15 @@
 #include "platform/daemon/simulated/SocketService.h"
 
+#include "platform/posix/ProgramName.h"
+#include "platform/simulated/CallLine.h"
+
 #include "lab/instruments/GuardedMac.h"
 #include "lab/instruments/RawClient.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
 
 namespace velmo {
 namespace {
@@ -50,6 +56,32 @@ TEST_F(SocketServiceTest, RefusesOneClientTooManyUntilAnotherLeaves) {
         EXPECT_EQ(call(connect(), heartbeat), "");
         EXPECT_EQ(call(first, heartbeat), no);
     }
+}
+
+TEST_F(SocketServiceTest, TellsWhichProcessHolds) {
+    const RawClient holder = connect();
+    EXPECT_EQ(call(holder, R"({"call":"hold","batteryFloor":30})"), R"({"ok":true,"reason":""})");
+    const auto told = decodeRecord<ReplyLine>(call(connect(), R"({"call":"report"})"));
+    ASSERT_TRUE(told && told->ok && told->report && told->report->holder);
+    EXPECT_EQ(told->report->holder->processId, ::getpid());
+    EXPECT_EQ(told->report->holder->program, "platform_tests");
+    EXPECT_FALSE(programNameOf(std::int64_t{1} << 30));
+}
+
+TEST_F(SocketServiceTest, TheLongestReportFitsIntoALine) {
+    // Names of bytes that take six each, and an end as long as its file may be.
+    const HoldEnd end{.how = std::string(1024, '\1'), .at = -1.0 / 3};
+    const ReplyLine longest{
+        .ok = false,
+        .reason = {},
+        .report = HoldReport{.holder = HolderReport{.processId = INT64_MIN,
+                                                    .program = std::string(NAME_MAX, '\1'),
+                                                    .since = -1.0 / 3,
+                                                    .batteryFloor = 95,
+                                                    .heartbeatAge = -1.0 / 3},
+                             .sleepDisabled = false,
+                             .lastEnd = end}};
+    EXPECT_LE(encodeJson(longest)->size() + 1, maxReplyLine);
 }
 
 TEST_F(SocketServiceTest, DropsWhoeverIsNotTrustedOrSendsNoCallAndKeepsNoPlaceForThem) {

@@ -48,6 +48,7 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 @property(retain) NSXPCInterface* exportedInterface;
 @property(retain) id exportedObject;
 @property(retain) NSXPCInterface* remoteObjectInterface;
+@property(readonly) pid_t processIdentifier;
 - (id)remoteObjectProxyWithErrorHandler:(void (^)(NSError* error))handler;
 @property(copy) void (^interruptionHandler)(void);
 @property(copy) void (^invalidationHandler)(void);
