@@ -62,6 +62,7 @@ void Guard::stop() {
         // A failed restore leaves its record for the next start, which launchd's next client
         // brings.
         revert(RevertReason::stopping);
+        saveLastEnd();
         services_.exitProcess(0);
     });
 }
@@ -69,6 +70,17 @@ void Guard::stop() {
 void Guard::checkHolder() {
     if (const auto reason = reasonToRevert(state_.floor, state_.lastBeat))
         revert(PowerGuardPolicy::revertReason(*reason));
+    else
+        noticeEnabledSleep();
+}
+
+/// Whoever enables sleep during a hold may mean it: it is told, not fought. Only the property is
+/// looked at, for pmset may hang.
+void Guard::noticeEnabledSleep() {
+    if (state_.enablingIsLogged || services_.machine.sleepDisabledProperty() != false)
+        return;
+    state_.enablingIsLogged = true;
+    services_.log("sleep is enabled although a client holds");
 }
 
 std::optional<PowerGuardPolicy::Revert> Guard::reasonToRevert(BatteryFloor floor,
@@ -113,10 +125,27 @@ void Guard::checkLid() {
 }
 
 void Guard::recover() {
-    if (!services_.records.read())
+    const auto left = services_.records.read();
+    if (left) {
+        services_.log("a hold was left behind; sleep back");
+        revert(RevertReason::recovered);
+    } else if (services_.records.isUnreadable()) {
+        services_.log("the record can't be read; sleep may still be disabled");
+    }
+    recallLastEnd(left);
+}
+
+/// A hold whose record was left behind, and that has not ended as far as an earlier run can tell,
+/// ended with that run.
+void Guard::recallLastEnd(const std::optional<PowerDaemonRecord>& left) {
+    savedEnd_ = services_.records.readLastEnd();
+    if (savedEnd_)
+        ledger_.endedEarlier(*savedEnd_);
+    if (!left || (savedEnd_ && savedEnd_->at >= left->since))
         return;
-    services_.log("a hold was left behind; sleep back");
-    revert(RevertReason::recovered);
+    ledger_.endedEarlier({.how = std::string(rawText(HoldEnding::crashed)),
+                          .at = services_.machine.wallTime().sinceEpoch});
+    saveLastEndLater();
 }
 
 Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
@@ -185,7 +214,7 @@ HoldReport Guard::report(ClientId who) {
         .pending = !state_.holder && previousToRestore() == false,
         // Not by pmset, which may hang: nobody who only asks may keep the guard from its work.
         .sleepDisabled = services_.machine.sleepDisabledProperty(),
-        .recordIsUnreadable = false,
+        .recordIsUnreadable = services_.records.isUnreadable(),
         .ownEnd = ledger_.lastEndOf(who),
         .lastEnd = ledger_.lastEnd()};
     if (report.holder) {
@@ -198,11 +227,17 @@ HoldReport Guard::report(ClientId who) {
 
 bool Guard::revert(RevertReason reason) {
     state_.holder.reset();
+    state_.enablingIsLogged = false;
     state_.idleSince = services_.machine.steadyTime();
     // A reason to end a hold has the text of its ending; the other two end none.
     if (const auto ending = fromRawText<HoldEnding>(rawText(reason)))
         ledger_.ended(*ending, services_.machine.wallTime());
+    const bool restored = restore(reason);
+    saveLastEndLater();
+    return restored;
+}
 
+bool Guard::restore(RevertReason reason) {
     const auto previous = previousToRestore();
     if (!previous)
         return true;
@@ -259,6 +294,22 @@ bool Guard::becomes(bool sleepDisabled) {
             return false;
         machine.pause(latenessStep);
     }
+}
+
+/// Behind what is being done, so that no answer waits for it, and not while there is anything to
+/// put back: a drive that hangs must not come between.
+void Guard::saveLastEndLater() {
+    queue().async([guard = shared_from_this()] {
+        if (!guard->state_.holder && !guard->previousToRestore())
+            guard->saveLastEnd();
+    });
+}
+
+void Guard::saveLastEnd() {
+    if (ledger_.lastEnd() == savedEnd_)
+        return;
+    savedEnd_ = ledger_.lastEnd();
+    services_.records.writeLastEnd(*savedEnd_);
 }
 
 /// The setting to put back; absent when nothing is to be restored. What the guard remembers counts

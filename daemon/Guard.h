@@ -52,6 +52,7 @@ public:
         /// Since when the Mac may sleep again without having looked at its lid; absent when there
         /// is no need to look.
         std::optional<SteadyTime> sleepOwedSince;
+        bool enablingIsLogged = false; ///< that somebody enabled sleep during this hold
         int connections = 0; ///< open client connections; counted, but no rule looks at it
 
         bool operator==(const State&) const = default;
@@ -120,11 +121,17 @@ private:
     void checkFree();
     void checkLid();
     void connectionLost(ClientId who);
+    bool restore(RevertReason reason);
+    void noticeEnabledSleep();
+    void recallLastEnd(const std::optional<PowerDaemonRecord>& left);
+    void saveLastEndLater();
+    void saveLastEnd();
 
     Services services_;
     const std::optional<std::string> requirement_;
     State state_;
     HoldLedger ledger_;
+    std::optional<HoldEnd> savedEnd_; ///< what was last read or written, well or not
     std::atomic<bool> tickIsOutstanding_ = false;
     std::atomic<bool> isStopping_ = false;
 };

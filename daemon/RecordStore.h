@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/power/HoldReport.h"
 #include "core/power/PowerDaemonRecord.h"
 
 #include <optional>
@@ -7,11 +8,12 @@
 
 namespace velmo {
 
-/// Where the record of a hold in force lies.
+/// Where the record of a hold in force lies, and beside it how the last hold ended.
 inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
 inline constexpr std::string_view powerRecordName = "power-daemon.json";
+inline constexpr std::string_view lastHoldEndName = "power-daemon-last.json";
 
-/// Keeps the daemon's one persistent fact. Called on the guard's queue only.
+/// Keeps the daemon's one persistent fact, and a note for people. Called on the guard's queue only.
 class RecordStore {
 public:
     virtual ~RecordStore() = default;
@@ -27,6 +29,17 @@ public:
 
     /// Removes the record. Errors are ignored: the guard's tick tries again while one stays.
     virtual void remove() = 0;
+
+    /// Tells whether there is a record that can't be read or decoded.
+    virtual bool isUnreadable() = 0;
+
+    // How the last hold ended. Nothing depends on it.
+
+    /// Reads it; absent if there is none or it can't be read or decoded.
+    virtual std::optional<HoldEnd> readLastEnd() = 0;
+
+    /// Replaces it if that can be done.
+    virtual void writeLastEnd(const HoldEnd& end) = 0;
 };
 
 } // namespace velmo

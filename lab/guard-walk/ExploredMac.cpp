@@ -446,6 +446,10 @@ void ExploredMac::remove() {
     });
 }
 
+bool ExploredMac::isUnreadable() {
+    return record_ && !read();
+}
+
 double ExploredMac::age() const {
     return SteadyTime{clock_} - (state().holder ? state().lastBeat : state().idleSince);
 }

@@ -159,6 +159,11 @@ private:
     std::optional<PowerDaemonRecord> read() override;
     bool write(const PowerDaemonRecord& record) override;
     void remove() override;
+    bool isUnreadable() override;
+
+    std::optional<HoldEnd> readLastEnd() override { return std::nullopt; }
+
+    void writeLastEnd(const HoldEnd&) override {}
 
     void happen(Event event);
     void call(Event event);

@@ -129,10 +129,21 @@ public:
             record.reset();
     }
 
+    bool isUnreadable() override { return record && damaged; }
+
+    std::optional<HoldEnd> readLastEnd() override { return lastEnd; }
+
+    void writeLastEnd(const HoldEnd& end) override {
+        wroteEndOverRecord = record.has_value();
+        lastEnd = end;
+    }
+
     std::optional<PowerDaemonRecord> record;
     bool writable = true;
     bool removable = true;
     bool damaged = false; ///< there is one, but it can't be decoded
+    std::optional<HoldEnd> lastEnd;
+    bool wroteEndOverRecord = false; ///< the last end was written while there was a record
 
 private:
     Events& events_;

@@ -1,7 +1,5 @@
 #include "platform/daemon/RecordFile.h"
 
-#include "platform/posix/Folder.h"
-
 namespace velmo {
 
 namespace {
@@ -10,20 +8,31 @@ constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 
 /// Bytes: many times what any record takes. A longer file is none that can be decoded.
-constexpr std::size_t maxSize = 65536;
+constexpr std::size_t maxRecord = 65536;
+
+/// Likewise, of the last end. It is handed on to clients, in a line that has its limit.
+constexpr std::size_t maxLastEnd = 1024;
 
 } // namespace
 
-std::optional<PowerDaemonRecord> RecordFile::read() {
+template<class R>
+std::optional<R> RecordFile::decode(const std::string& name, std::size_t maxSize) const {
     const auto folder = Folder::open(directory_, disk_);
-    const auto content = folder ? folder->read(name_, maxSize + 1) : std::nullopt;
-    return content && content->size() <= maxSize ? decodeRecord<PowerDaemonRecord>(*content)
-                                                 : std::nullopt;
+    const auto content = folder ? folder->read(name, maxSize + 1) : std::nullopt;
+    return content && content->size() <= maxSize ? decodeRecord<R>(*content) : std::nullopt;
+}
+
+bool RecordFile::owns(const Folder& folder) const {
+    return folder.owner() == expectedOwner_ && folder.setMode(folderMode);
+}
+
+std::optional<PowerDaemonRecord> RecordFile::read() {
+    return decode<PowerDaemonRecord>(name_, maxRecord);
 }
 
 bool RecordFile::write(const PowerDaemonRecord& record) {
     const auto folder = Folder::make(directory_, folderMode, disk_);
-    if (!folder || folder->owner() != expectedOwner_ || !folder->setMode(folderMode))
+    if (!folder || !owns(*folder))
         return false;
     // A record that can't be read may be the only word of what the setting was: it stays.
     if (folder->hasFile(name_) && !folder->read(name_, 1))
@@ -35,6 +44,22 @@ bool RecordFile::write(const PowerDaemonRecord& record) {
 void RecordFile::remove() {
     if (const auto folder = Folder::open(directory_, disk_))
         folder->remove(name_);
+}
+
+bool RecordFile::isUnreadable() {
+    const auto folder = Folder::open(directory_, disk_);
+    return folder && folder->hasFile(name_) && !read();
+}
+
+std::optional<HoldEnd> RecordFile::readLastEnd() {
+    return decode<HoldEnd>(std::string(lastHoldEndName), maxLastEnd);
+}
+
+void RecordFile::writeLastEnd(const HoldEnd& end) {
+    const auto folder = Folder::open(directory_, disk_);
+    const auto content = encodeJson(end);
+    if (folder && owns(*folder) && content)
+        static_cast<void>(folder->replace(std::string(lastHoldEndName), *content, fileMode));
 }
 
 } // namespace velmo

@@ -2,16 +2,20 @@
 
 #include "daemon/RecordStore.h"
 #include "platform/posix/Disk.h"
+#include "platform/posix/Folder.h"
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace velmo {
 
-/// Keeps the record as a file of mode 0600 in a folder of its own, of mode 0700, which must be a
-/// real folder of the expected owner before anything is written into it.
+/// Keeps the record, and the end of the last hold, as files of mode 0600 in a folder of their own,
+/// of mode 0700, which must be a real folder of the expected owner before anything is written into
+/// it.
 class RecordFile final : public RecordStore {
 public:
     /// The caller keeps the disk alive as long as the store.
@@ -22,8 +26,15 @@ public:
     std::optional<PowerDaemonRecord> read() override;
     bool write(const PowerDaemonRecord& record) override;
     void remove() override;
+    bool isUnreadable() override;
+    std::optional<HoldEnd> readLastEnd() override;
+    void writeLastEnd(const HoldEnd& end) override;
 
 private:
+    template<class R>
+    [[nodiscard]] std::optional<R> decode(const std::string& name, std::size_t maxSize) const;
+    [[nodiscard]] bool owns(const Folder& folder) const;
+
     std::string directory_;
     std::string name_;
     uid_t expectedOwner_;

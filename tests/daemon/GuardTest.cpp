@@ -298,11 +298,97 @@ TEST_F(GuardTest, ARecordThatCannotBeDecodedIsLeftInPlace) {
     records.record = PowerDaemonRecord{};
     records.damaged = true;
     guard->recover();
+    EXPECT_THAT(takeEvents(), ElementsAre("the record can't be read; sleep may still be disabled"));
+    EXPECT_TRUE(guard->report(first).recordIsUnreadable);
     EXPECT_TRUE(guard->revert(RevertReason::released));
     tickAfter(61);
     EXPECT_THAT(exits, ElementsAre(0));
     EXPECT_THAT(takeEvents(), IsEmpty());
     EXPECT_TRUE(records.record);
+    records.damaged = false;
+    EXPECT_FALSE(guard->report(first).recordIsUnreadable);
+}
+
+TEST_F(GuardTest, WhoeverEnablesSleepDuringAHoldIsToldOfNotFought) {
+    holdFirst();
+    for (int hold = 0; hold < 2; ++hold) {
+        tick();
+        EXPECT_THAT(takeEvents(), IsEmpty());
+        machine.sleepDisabled = false;
+        machine.propertyReadable = false;
+        tick();
+        EXPECT_THAT(takeEvents(), IsEmpty()); // pmset is not asked
+        machine.propertyReadable = true;
+        for (int i = 0; i < 3; ++i)
+            tick();
+        EXPECT_THAT(takeEvents(), ElementsAre("sleep is enabled although a client holds"));
+        EXPECT_EQ(guard->report(first).sleepDisabled, false);
+        EXPECT_EQ(guard->state().holder, first);
+        guard->revert(RevertReason::released);
+        EXPECT_THAT(takeEvents(), ElementsAre(off, removed, "sleep enabled again (released)"));
+        holdFirst();
+    }
+}
+
+TEST_F(GuardTest, HowTheLastHoldEndedIsWrittenDownOnceSleepIsEnabledAgain) {
+    holdFirst();
+    machine.pmsetOff = Pmset::fails;
+    machine.thermal = ThermalState::serious;
+    tick();
+    tickAfter(5);
+    EXPECT_EQ(records.lastEnd, std::nullopt);
+    const HoldEnd hot{.how = "thermal", .at = machine.date};
+    EXPECT_EQ(guard->report(first).lastEnd, hot);
+    machine.date += 60;
+    machine = FakeMachine(events);
+    tick();
+    EXPECT_EQ(records.lastEnd, hot);
+    EXPECT_FALSE(records.wroteEndOverRecord);
+
+    // Not while the next one is in force.
+    holdFirst();
+    guard->release(first);
+    holdFirst();
+    queue.runAll();
+    EXPECT_EQ(records.lastEnd, hot);
+
+    machine.pmsetOff = Pmset::fails; // the next start is to know that it was no crash
+    guard->stop();
+    EXPECT_EQ(records.lastEnd, (HoldEnd{.how = "stopping", .at = machine.date}));
+    EXPECT_TRUE(records.wroteEndOverRecord);
+}
+
+TEST_F(GuardTest, AHoldThatLeftItsRecordAndNoEndWasCutShort) {
+    const HoldEnd told{.how = "stopping", .at = 50};
+    const HoldEnd crashed{.how = "crashed", .at = machine.date};
+
+    struct Case {
+        std::optional<PowerDaemonRecord> left;
+        std::optional<HoldEnd> written;
+        std::optional<HoldEnd> recalled;
+    };
+
+    const Case cases[] = {
+        {.left = {}, .written = {}, .recalled = {}},
+        {.left = {}, .written = told, .recalled = told},
+        {.left = {{.previous = false, .since = 40}}, .written = {}, .recalled = crashed},
+        {.left = {{.previous = false, .since = 40}}, .written = told, .recalled = told},
+        {.left = {{.previous = true, .since = 60}}, .written = told, .recalled = crashed},
+    };
+    for (const auto& [left, written, recalled] : cases) {
+        records.record = left;
+        records.lastEnd = written;
+        guard = newGuard("requirement");
+        machine.pmsetOff = Pmset::fails;
+        guard->recover();
+        EXPECT_EQ(guard->report(first), (HoldReport{.pending = left && !left->previous,
+                                                    .sleepDisabled = false,
+                                                    .lastEnd = recalled}));
+        machine.pmsetOff = Pmset::works;
+        tick();
+        EXPECT_EQ(records.lastEnd, recalled);
+        EXPECT_FALSE(records.wroteEndOverRecord);
+    }
 }
 
 TEST_F(GuardTest, RecoversWhatACrashLeftBehind) {

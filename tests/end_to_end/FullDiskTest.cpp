@@ -82,7 +82,7 @@ TEST_F(FullDiskTest, ARecordThatCannotBeRemovedIsUndoneAgain) {
     EXPECT_FALSE(sleepDisabled());
     ASSERT_TRUE(mountDisk(MS_REMOUNT));
     EXPECT_TRUE(daemon->waitForLine("sleep enabled again (retry)"));
-    EXPECT_THAT(names(), testing::IsEmpty());
+    EXPECT_THAT(names(), testing::Not(testing::Contains("power-daemon.json")));
 }
 
 } // namespace

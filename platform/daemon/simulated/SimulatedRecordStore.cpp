@@ -37,16 +37,25 @@ SimulatedRecordStore::SimulatedRecordStore(MacFolder folder, std::string_view di
       file_(directory_.string(), name, ::getuid()) {
 }
 
-bool SimulatedRecordStore::write(const PowerDaemonRecord& record) {
+RecordFolderFault SimulatedRecordStore::fault() const {
     const auto mac = folder_.load();
-    const auto fault = mac ? mac->faults.recordFolder : RecordFolderFault::none;
-    if (fault == RecordFolderFault::readOnly)
+    return mac ? mac->faults.recordFolder : RecordFolderFault::none;
+}
+
+bool SimulatedRecordStore::write(const PowerDaemonRecord& record) {
+    const auto wrong = fault();
+    if (wrong == RecordFolderFault::readOnly)
         return false;
-    if (fault == RecordFolderFault::link)
+    if (wrong == RecordFolderFault::link)
         plantLink(directory_);
     else
         removeLink(directory_);
     return file_.write(record);
+}
+
+void SimulatedRecordStore::writeLastEnd(const HoldEnd& end) {
+    if (fault() != RecordFolderFault::readOnly)
+        file_.writeLastEnd(end);
 }
 
 } // namespace velmo

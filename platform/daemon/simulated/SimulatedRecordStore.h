@@ -17,7 +17,15 @@ public:
 
     void remove() override { file_.remove(); }
 
+    bool isUnreadable() override { return file_.isUnreadable(); }
+
+    std::optional<HoldEnd> readLastEnd() override { return file_.readLastEnd(); }
+
+    void writeLastEnd(const HoldEnd& end) override;
+
 private:
+    [[nodiscard]] RecordFolderFault fault() const;
+
     MacFolder folder_;
     std::filesystem::path directory_;
     RecordFile file_;

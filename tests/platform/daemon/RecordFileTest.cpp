@@ -77,6 +77,41 @@ TEST_F(RecordFileTest, ReadsNothingButARegularFile) {
     EXPECT_FALSE(records.read());
 }
 
+TEST_F(RecordFileTest, KeepsTheEndOfTheLastHoldBesideTheRecordAndTakesNoOther) {
+    const HoldEnd end{.how = "released by another", .at = 1700000000.5};
+    const fs::path endFile = folder / "power-daemon-last.json";
+    records.writeLastEnd(end); // where there never was a record
+    EXPECT_FALSE(fs::exists(folder));
+    ASSERT_TRUE(records.write(record));
+    const fs::path elsewhere = temporary.path() / "elsewhere";
+    std::ofstream(elsewhere) << *encodeJson(end);
+    fs::create_symlink(elsewhere, endFile);
+    EXPECT_FALSE(records.readLastEnd());
+    records.writeLastEnd({.how = "battery", .at = 1});
+    records.writeLastEnd(end);
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(endFile)));
+    EXPECT_EQ(fs::status(endFile).permissions(), fs::perms{0600});
+    EXPECT_EQ(records.readLastEnd(), end);
+    EXPECT_EQ(records.read(), record);
+    for (const std::string& damaged : {std::string(), std::string(R"({"how":1,"at":2})"),
+                                       *encodeJson(end) + std::string(1024, ' ')}) {
+        std::ofstream(endFile, std::ios::binary) << damaged;
+        EXPECT_FALSE(records.readLastEnd()) << damaged;
+    }
+    RecordFile(folder.string(), name, ::getuid() + 1).writeLastEnd(end);
+    EXPECT_FALSE(records.readLastEnd());
+}
+
+TEST_F(RecordFileTest, ARecordThatIsThereAndCannotBeReadIsNotedAsSuch) {
+    EXPECT_FALSE(records.isUnreadable());
+    put("damaged");
+    EXPECT_TRUE(records.isUnreadable());
+    EXPECT_TRUE(records.write(record));
+    EXPECT_FALSE(records.isUnreadable());
+    records.remove();
+    EXPECT_FALSE(records.isUnreadable());
+}
+
 TEST_F(RecordFileTest, ACutOrOversizedRecordIsNotRead) {
     const std::string whole = encodeJson(record).value();
     put(whole.substr(0, whole.size() - 1));
