@@ -42,7 +42,8 @@ public:
     /// after one period.
     virtual void repeat(double seconds, std::function<void()> handler) = 0;
 
-    /// Lets SIGTERM have no effect any more but a call of the handler, on the main thread.
+    /// Lets SIGTERM have no effect any more but a call of the handler, on the main thread, and
+    /// likewise SIGINT and SIGHUP, unless the process was started to ignore them.
     virtual void onTermination(std::function<void()> handler) = 0;
 
     /// Ends the process at once, without running static destructors while other threads still run.

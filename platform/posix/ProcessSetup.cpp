@@ -21,6 +21,16 @@ void prepareProcess() {
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
 }
 
+std::vector<int> endingSignals() {
+    std::vector<int> signals{SIGTERM};
+    for (const int signal : {SIGINT, SIGHUP}) {
+        struct sigaction action{};
+        if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            signals.push_back(signal);
+    }
+    return signals;
+}
+
 void allowDescriptors(std::size_t count) {
     rlimit limit{};
     if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= count)

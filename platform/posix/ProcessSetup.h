@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 namespace velmo {
 
@@ -9,6 +10,11 @@ namespace velmo {
 /// not kill the process (SIGPIPE); and that children can be waited for (SIGCHLD), whatever
 /// dispositions were inherited.
 void prepareProcess();
+
+/// Returns the signals upon which a program that has something to put back ends in good order:
+/// SIGTERM, and the terminal's two, SIGINT and SIGHUP, unless this process was started to ignore
+/// them, as nohup(1) does. It is asked before any of them is handled.
+std::vector<int> endingSignals();
 
 /// Raises the soft limit on open descriptors to this number where the hard limit allows.
 void allowDescriptors(std::size_t count);

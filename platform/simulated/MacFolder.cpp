@@ -3,11 +3,14 @@
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Folder.h"
 #include "platform/posix/Io.h"
+#include "platform/simulated/RecordFault.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <system_error>
 #include <thread>
@@ -67,18 +70,34 @@ std::optional<SimulatedMac> read(const Folder& folder) {
 }
 
 /// Locks a file, which it makes if need be, until the descriptor is closed. `mode` says whether to
-/// wait while another process has the lock.
+/// wait while another process has the lock. Empty on failure, with errno set.
 Descriptor lock(const fs::path& path, int mode) {
     Descriptor file(retryInterrupted(
         [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, fileMode); }));
-    if (file && retryInterrupted([&] { return ::flock(file.get(), mode); }) != 0)
+    if (file && retryInterrupted([&] { return ::flock(file.get(), mode); }) != 0) {
+        const int error = errno;
         file.reset();
+        errno = error;
+    }
     return file;
 }
 
 } // namespace
 
-MacFolder::MacFolder(const fs::path& root) : root_(fs::absolute(root).lexically_normal()) {
+MacFolder::MacFolder(const fs::path& absolutePath) : root_(absolutePath.lexically_normal()) {
+    if (!root_.has_filename()) // it ended in a slash
+        root_ = root_.parent_path();
+}
+
+std::expected<MacFolder, std::string> MacFolder::named(const std::string& name) {
+    if (name.empty())
+        return std::unexpected("an empty name names no folder");
+    std::error_code error;
+    const fs::path path = fs::absolute(name, error);
+    if (error)
+        return std::unexpected(
+            "the current folder is gone; name the Mac's folder by a path from /");
+    return MacFolder(path);
 }
 
 bool MacFolder::create(const fs::path& pmset) const {
@@ -99,21 +118,45 @@ std::optional<SimulatedMac> MacFolder::load() const {
     return folder ? read(*folder) : std::nullopt;
 }
 
+std::string MacFolder::complaint() const {
+    if (!exists())
+        return "there is no simulated Mac in " + root_.string()
+               + "; make one with: velmo-mac create FOLDER";
+    const auto folder = Folder::open(root_);
+    const auto content = folder ? folder->read(machineFile, maxMachineFile) : std::nullopt;
+    const auto fault = content ? faultOf<SimulatedMac>(*content) : "it can't be read";
+    return std::string(machineFile) + " in " + root_.string()
+           + " is not in order: " + fault.value_or("it is being changed; try again");
+}
+
 bool MacFolder::exists() const {
     std::error_code unknown;
     return fs::exists(fs::symlink_status(root_ / machineFile, unknown));
 }
 
-Descriptor MacFolder::serve() const {
+fs::path MacFolder::daemonLock() const {
+    return inside("/var/run") / "daemon.lock";
+}
+
+std::expected<Descriptor, std::error_code> MacFolder::serve() const {
     using namespace std::chrono_literals;
-    const auto path = inside("/var/run") / "daemon.lock";
     // For an instant a killed daemon's descriptors live on in the pmset that it was starting.
-    Descriptor right = lock(path, LOCK_EX | LOCK_NB);
-    for (int tries = 0; !right && tries < 50; ++tries) {
+    for (int tries = 0;; ++tries) {
+        Descriptor right = lock(daemonLock(), LOCK_EX | LOCK_NB);
+        const std::error_code error(right ? 0 : errno, std::generic_category());
+        if (right && isServedBy(right))
+            return right;
+        if (tries == 50 || (error && error != std::errc::operation_would_block))
+            return std::unexpected(error);
         std::this_thread::sleep_for(20ms);
-        right = lock(path, LOCK_EX | LOCK_NB);
     }
-    return right;
+}
+
+bool MacFolder::isServedBy(const Descriptor& right) const {
+    struct stat ours{};
+    struct stat there{};
+    return ::fstat(right.get(), &ours) == 0 && ::stat(daemonLock().c_str(), &there) == 0
+           && ours.st_dev == there.st_dev && ours.st_ino == there.st_ino;
 }
 
 bool MacFolder::update(const std::function<void(SimulatedMac&)>& change) const {

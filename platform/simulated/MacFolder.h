@@ -3,10 +3,13 @@
 #include "platform/posix/Descriptor.h"
 #include "platform/simulated/SimulatedMac.h"
 
+#include <expected>
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <system_error>
 
 namespace velmo {
 
@@ -18,7 +21,11 @@ namespace velmo {
 ///     var/run/                the socket in place of the Mach service; a sign while pmset hangs
 class MacFolder {
 public:
-    explicit MacFolder(const std::filesystem::path& root);
+    explicit MacFolder(const std::filesystem::path& absolutePath);
+
+    /// Returns the Mac in the folder that a person has named, whether or not one is there, or why
+    /// the name is none: it is empty, or it is relative and the current folder is gone.
+    static std::expected<MacFolder, std::string> named(const std::string& name);
 
     /// Makes the folder, with a Mac on mains power that trusts the current user and a link to
     /// `pmset` in the place of that program. Returns false if something could not be written.
@@ -27,13 +34,20 @@ public:
     /// Reads the state; absent if the machine file is missing or not in order.
     [[nodiscard]] std::optional<SimulatedMac> load() const;
 
+    /// Tells people why there is no state to read, and what would do.
+    [[nodiscard]] std::string complaint() const;
+
     /// Tells whether there is a machine file, in order or not.
     [[nodiscard]] bool exists() const;
 
-    /// Returns the right to be this Mac's daemon, which lasts as long as the descriptor is open, or
-    /// an empty descriptor while another process has it. On a real Mac launchd starts one daemon
-    /// only.
-    [[nodiscard]] Descriptor serve() const;
+    /// Returns the right to be this Mac's daemon, which lasts as long as the descriptor is open. On
+    /// a real Mac launchd starts one daemon only. `std::errc::operation_would_block`: another
+    /// process has the right.
+    [[nodiscard]] std::expected<Descriptor, std::error_code> serve() const;
+
+    /// Tells whether that right still is one to this Mac: somebody may have removed the folder, and
+    /// made another Mac in its place.
+    [[nodiscard]] bool isServedBy(const Descriptor& right) const;
 
     /// Changes the state, while other processes wait to do so. Returns false if the file could not
     /// be read or written.
@@ -54,6 +68,8 @@ public:
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
 
 private:
+    [[nodiscard]] std::filesystem::path daemonLock() const;
+
     std::filesystem::path root_;
 };
 

@@ -68,7 +68,7 @@ int setSleepDisabled(const MacFolder& folder, bool disabled) {
 int run(const MacFolder& folder, const std::vector<std::string_view>& words) {
     auto mac = folder.load();
     if (!mac)
-        return complain("there is no machine file at " + folder.root().string());
+        return complain(folder.complaint());
     switch (mac->faults.pmset) {
     case PmsetFault::fails:
         return complain("failed, as the machine file says");
@@ -102,7 +102,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string_view> words(argv, argv + argc);
     if (words.empty() || !words[0].contains('/'))
         return complain("call me by my path, so that I know which Mac is meant");
-    const auto self = std::filesystem::absolute(words[0]);
-    const MacFolder folder(self.parent_path().parent_path().parent_path());
-    return run(folder, {words.begin() + 1, words.end()});
+    const std::filesystem::path self(words[0]);
+    const auto folder = MacFolder::named(self.parent_path() / "../..");
+    return folder ? run(*folder, {words.begin() + 1, words.end()}) : complain(folder.error());
 }

@@ -135,9 +135,103 @@ TEST_F(DaemonTest, ThereIsOneToAMac) {
     EXPECT_EQ(client.call(holdCall), held);
     const auto second = run("VelmoPowerDaemonSimulated", {root});
     EXPECT_EQ(second->waitForEnd(), 1);
-    EXPECT_THAT(second->lines(), ElementsAre("a daemon runs already in " + root));
+    EXPECT_THAT(second->lines(),
+                ElementsAre("VelmoPowerDaemonSimulated: a daemon runs already in " + root));
     EXPECT_EQ(client.call(heartbeatCall), yes);
     EXPECT_TRUE(sleepDisabled());
+}
+
+TEST_F(DaemonTest, TheSignalsOfATerminalEndItInGoodOrderUnlessTheyWereIgnored) {
+    for (const int signal : {SIGINT, SIGHUP}) {
+        startDaemon();
+        const RawClient client = connect();
+        EXPECT_EQ(client.call(holdCall), held);
+        daemon->signal(signal);
+        EXPECT_EQ(daemon->waitForEnd(), 0);
+        EXPECT_EQ(daemon->lines().back(), "VelmoPowerDaemon: sleep enabled again (stopping)");
+    }
+    std::filesystem::remove(socket);
+    const std::string script = "trap '' INT HUP; exec " VELMO_PROGRAMS "/VelmoPowerDaemonSimulated";
+    ::setenv("VELMO_MAC", root.c_str(), 1);
+    daemon =
+        std::make_unique<WatchedProcess>("/bin/sh", std::vector<std::string_view>{"-c", script});
+    ::unsetenv("VELMO_MAC");
+    ASSERT_TRUE(appears(socket));
+    const RawClient client = connect();
+    EXPECT_EQ(client.call(holdCall), held);
+    daemon->signal(SIGINT);
+    daemon->signal(SIGHUP);
+    EXPECT_EQ(client.call(heartbeatCall), yes);
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->waitForEnd(), 0);
+    EXPECT_FALSE(sleepDisabled());
+}
+
+TEST_F(DaemonTest, OfAMacThatWasReplacedItLeavesTheNewOneAlone) {
+    startDaemon();
+    auto leaving = std::make_unique<RawClient>(connect());
+    EXPECT_EQ(leaving->call(holdCall), held);
+    const auto old = std::move(daemon);
+    std::filesystem::remove_all(root);
+    ASSERT_TRUE(mac.create(VELMO_PROGRAMS "/simulated-pmset"));
+    startDaemon();
+    const RawClient holder = connect();
+    EXPECT_EQ(holder.call(holdCall), held);
+    leaving.reset();
+    EXPECT_EQ(old->waitForEnd(), 1);
+    EXPECT_THAT(old->lines().back(), testing::HasSubstr("this Mac was removed or replaced"));
+    EXPECT_TRUE(sleepDisabled());
+    EXPECT_TRUE(std::filesystem::exists(mac.inside("/var/db/velmo/power-daemon.json")));
+    EXPECT_EQ(holder.call(heartbeatCall), yes);
+}
+
+TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
+    const std::string broken = (temporary.path() / "broken").string();
+    ASSERT_TRUE(MacFolder(broken).create("/nonexistent"));
+    std::ofstream(broken + "/machine.json") << R"({"mains":true,"faults":{"pmset":"explodes"}})";
+    const std::string deep = (temporary.path() / std::string(100, 'x')).string();
+    ASSERT_TRUE(MacFolder(deep).create("/nonexistent"));
+    const std::string noRun = (temporary.path() / "noRun").string();
+    ASSERT_TRUE(MacFolder(noRun).create("/nonexistent"));
+    std::filesystem::remove_all(noRun + "/var/run");
+
+    const char* const daemonName = "VelmoPowerDaemonSimulated";
+
+    struct Case {
+        const char* program;
+        std::vector<std::string_view> words;
+        int status;
+        std::string told;
+    };
+
+    const Case cases[] = {
+        {"velmo-mac", {}, 2, "subcommand"},
+        {"velmo-mac", {"frob"}, 2, "velmo-mac --help"},
+        {"velmo-mac", {"show"}, 2, "FOLDER is required"},
+        {"velmo-mac", {"show", ""}, 2, "empty name"},
+        {"velmo-mac", {"show", "/nonexistent"}, 1, "velmo-mac create"},
+        {"velmo-mac", {"show", broken}, 1, R"("thermal" is missing; it must be one of "nominal")"},
+        {"velmo-mac", {"set", root, "--battery", "101"}, 2, "0 to 100, or none"},
+        {"velmo-mac", {"set", root, "--battery", "1e1"}, 2, "0 to 100, or none"},
+        {"velmo-mac", {"set", root, "--mains", "maybe"}, 2, "on or off"},
+        {"velmo-mac", {"set", root, "--elapse", "-1"}, 2, "at least 0"},
+        {"velmo-mac", {"set", root, "--user-id", "me"}, 2, "a user id"},
+        {"velmo-mac", {"set", root, "--pmset", "explodes"}, 2, "none, fails, dies, hangs, lies"},
+        {daemonName, {}, 2, "VELMO_MAC"},
+        {daemonName, {"-x"}, 2, "VELMO_MAC"},
+        {daemonName, {"a", "b"}, 2, "VELMO_MAC"},
+        {daemonName, {""}, 2, "empty name"},
+        {daemonName, {broken}, 2, "\"thermal\" is missing"},
+        {daemonName, {noRun}, 1, "No such file or directory"},
+        {daemonName, {deep}, 1, "name too long"},
+        {"velmo-power", {"--mac", "", "status"}, 2, "--mac"},
+    };
+    for (const auto& [program, words, status, told] : cases) {
+        const auto process = run(program, words);
+        EXPECT_EQ(process->waitForEnd(), status) << program << testing::PrintToString(words);
+        ASSERT_EQ(process->lines().size(), 1U) << program << testing::PrintToString(words);
+        EXPECT_THAT(process->lines()[0], testing::HasSubstr(told));
+    }
 }
 
 TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
@@ -193,15 +287,13 @@ TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     EXPECT_EQ(MacFolder(other).load(), changed);
     EXPECT_EQ(velmoMac("set " + other + " --battery none"), 0);
     EXPECT_EQ(MacFolder(other).load().value().battery, std::nullopt);
-    EXPECT_EQ(velmoMac("set " + other + " --battery 101"), 2);
-    EXPECT_EQ(velmoMac("set " + other + " --pmset explodes"), 2);
     EXPECT_EQ(MacFolder(other).load().value().faults, changed.faults);
 
     std::ofstream(other + "/machine.json") << "{mistyped";
     EXPECT_EQ(velmoMac("create " + other), 1);
     EXPECT_EQ(velmoMac("set " + other + " --mains on"), 1);
     EXPECT_EQ(std::filesystem::file_size(other + "/machine.json"), 9U);
-    EXPECT_EQ(run("VelmoPowerDaemonSimulated", {other})->waitForEnd(), 64);
+    EXPECT_EQ(run("VelmoPowerDaemonSimulated", {other})->waitForEnd(), 2);
 }
 
 TEST_F(DaemonTest, VelmoPowerTellsScriptsHowItWent) {

@@ -1,3 +1,4 @@
+#include "platform/simulated/CallLine.h"
 #include "tests/end_to_end/DaemonTest.h"
 
 #include <gmock/gmock.h>
@@ -30,6 +31,19 @@ protected:
     std::filesystem::path folder = mac.inside("/var/db/velmo");
     std::filesystem::path record = folder / "power-daemon.json";
 };
+
+TEST_F(RecoveryTest, ACrashIsToldByTheNextDaemonAndTheOneAfterIt) {
+    leaveAHoldBehind();
+    for (int i = 0; i < 2; ++i) {
+        startDaemon();
+        const auto told = decodeRecord<ReplyLine>(connect().call(R"({"call":"report"})"));
+        ASSERT_TRUE(told && told->report && told->report->lastEnd);
+        EXPECT_EQ(told->report->lastEnd->how, "crashed");
+        EXPECT_FALSE(told->report->holder || told->report->pending);
+        daemon->signal(SIGTERM);
+        EXPECT_EQ(daemon->waitForEnd(), 0);
+    }
+}
 
 TEST_F(RecoveryTest, KilledAtAnyInstantItRestores) {
     std::mt19937 random(20261121);

@@ -2,6 +2,7 @@
 /// battery runs down, the lid cooks, a tool breaks, hours pass.
 
 #include "core/output/Output.h"
+#include "core/support/Decimal.h"
 #include "platform/posix/Clocks.h"
 #include "platform/posix/OwnExecutable.h"
 #include "platform/posix/StandardStreams.h"
@@ -9,9 +10,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -39,35 +46,77 @@ struct Changes {
 constexpr const char* none = "none";
 constexpr int usageError = 2;
 
+/// Refuses any other word, and says what would do.
+CLI::Validator only(const std::string& what, std::function<bool(const std::string&)> suits) {
+    return {[what, suits = std::move(suits)](const std::string& word) {
+                return suits(word) ? "" : "\"" + word + "\" is not " + what;
+            },
+            ""};
+}
+
+bool isNumber(const std::string& word, double min, double max) {
+    char* end = nullptr;
+    const double number = std::strtod(word.c_str(), &end);
+    return !word.empty() && *end == '\0' && number >= min && number <= max;
+}
+
+CLI::Validator onOrOff() {
+    return only("on or off", [](const std::string& word) {
+        return word == "on" || word == "off" || word == "true" || word == "false";
+    });
+}
+
+CLI::Validator seconds(double min) {
+    return only("a number of at most 1000000000, and at least " + std::to_string(std::lround(min)),
+                [min](const std::string& word) { return isNumber(word, min, 1e9); });
+}
+
+CLI::Validator userId() {
+    return only("a user id", [](const std::string& word) {
+        return Decimal::parseUnsigned<std::uint32_t>(word).has_value();
+    });
+}
+
 template<HasRawText E>
 CLI::Option* addChoice(CLI::App& app, const std::string& name, std::optional<std::string>& target,
                        const std::string& description) {
-    const std::vector<std::string> texts(rawTexts<E>.begin(), rawTexts<E>.end());
-    return app.add_option(name, target, description)->check(CLI::IsMember(texts));
+    std::string choices;
+    for (const std::string_view text : rawTexts<E>)
+        choices.append(choices.empty() ? "one of " : ", ").append(text);
+    return app.add_option(name, target, description)
+        ->check(only(choices,
+                     [](const std::string& word) { return fromRawText<E>(word).has_value(); }));
 }
 
 void addChangeOptions(CLI::App& app, Changes& changes) {
-    const auto percentOrNone = CLI::Range(0, 100) | CLI::IsMember(std::vector<std::string>{none});
-    app.add_option("--mains", changes.mains, "on mains power (on) or on the battery (off)");
+    const auto percentOrNone = only("0 to 100, or none", [](const std::string& word) {
+        return word == none || Decimal::parseUnsigned<int>(word, {.min = 0, .max = 100});
+    });
+    app.add_option("--mains", changes.mains, "on mains power (on) or on the battery (off)")
+        ->check(onOrOff());
     app.add_option("--battery", changes.battery, "percent, or none")->check(percentOrNone);
     addChoice<ThermalState>(app, "--thermal", changes.thermal, "how hot the machine is");
     addChoice<Lid>(app, "--lid", changes.lid,
                    "open, which wakes the Mac, shut, or a Mac without one");
-    app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting");
-    app.add_option("--elapse", changes.elapse, "seconds that pass")->check(CLI::Range(0.0, 1e9));
+    app.add_option("--sleep-disabled", changes.sleepDisabled, "the system-wide sleep setting")
+        ->check(onOrOff());
+    app.add_option("--elapse", changes.elapse, "seconds that pass")->check(seconds(0));
     app.add_option("--clock-forward", changes.clockForward,
                    "seconds by which the clock is set forward, or, below 0, back")
-        ->check(CLI::Range(-1e9, 1e9));
-    app.add_option("--user-id", changes.userId, "the user that the daemon runs as");
+        ->check(seconds(-1e9));
+    app.add_option("--user-id", changes.userId, "the user that the daemon runs as")
+        ->check(userId());
     app.add_option("--team", changes.team, "the team that signed the daemon, or none");
     app.add_option("--trusted-users", changes.trustedUsers,
-                   "user ids whose processes count as signed clients");
+                   "user ids whose processes count as signed clients")
+        ->check(userId());
     addChoice<PmsetFault>(app, "--pmset", changes.pmset, "what pmset does instead of its job");
     app.add_option("--property-unreadable", changes.propertyUnreadable,
-                   "whether the power service keeps the sleep setting to itself");
+                   "whether the power service keeps the sleep setting to itself")
+        ->check(onOrOff());
     app.add_option("--lateness", changes.lateness,
                    "milliseconds until the power service follows what pmset has set")
-        ->check(CLI::Range(0.0, 1e9));
+        ->check(seconds(0));
     addChoice<RecordFolderFault>(app, "--record-folder", changes.recordFolder,
                                  "what is wrong with the folder of the daemon's record");
 }
@@ -103,15 +152,10 @@ void apply(const Changes& changes, SimulatedMac& mac) {
     choose(mac.faults.recordFolder, changes.recordFolder);
 }
 
-int complain(const std::string& message) {
+int complain(std::string message, int status = EXIT_FAILURE) {
+    std::ranges::replace(message, '\n', ' ');
     writeStandardError("velmo-mac: " + message + "\n");
-    return EXIT_FAILURE;
-}
-
-int complainOfNoMac(const MacFolder& folder) {
-    return complain(folder.exists()
-                        ? "machine.json in " + folder.root().string() + " is not in order"
-                        : "there is no Mac in " + folder.root().string());
+    return status;
 }
 
 int create(const MacFolder& folder) {
@@ -125,7 +169,7 @@ int create(const MacFolder& folder) {
 int show(const MacFolder& folder) {
     auto mac = folder.load();
     if (!mac)
-        return complainOfNoMac(folder);
+        return complain(folder.complaint());
     mac->settle(Clocks::steadyTime());
     Output::print(*mac, writeStandardOutput);
     return EXIT_SUCCESS;
@@ -133,7 +177,7 @@ int show(const MacFolder& folder) {
 
 int set(const MacFolder& folder, const Changes& changes) {
     if (!folder.load())
-        return complainOfNoMac(folder);
+        return complain(folder.complaint());
     if (!folder.update([&](SimulatedMac& mac) { apply(changes, mac); }))
         return complain("can't change the machine file in " + folder.root().string());
     return EXIT_SUCCESS;
@@ -150,16 +194,20 @@ int main(int argc, char** argv) {
     auto* const showing = app.add_subcommand("show", "print its state as one JSON line");
     auto* const setting = app.add_subcommand("set", "change its state");
     for (auto* const verb : {creating, showing, setting})
-        verb->add_option("FOLDER", folder, "where the Mac lives")->required();
+        verb->add_option("FOLDER", folder, "where the Mac lives")->required()->envname("VELMO_MAC");
     addChangeOptions(*setting, changes);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : usageError;
+        if (error.get_exit_code() == EXIT_SUCCESS) // it is the help
+            return app.exit(error);
+        return complain(std::string(error.what()) + "; see: velmo-mac --help", usageError);
     }
 
-    const MacFolder mac(folder);
+    const auto mac = MacFolder::named(folder);
+    if (!mac)
+        return complain(mac.error(), usageError);
     if (*creating)
-        return create(mac);
-    return *showing ? show(mac) : set(mac, changes);
+        return create(*mac);
+    return *showing ? show(*mac) : set(*mac, changes);
 }

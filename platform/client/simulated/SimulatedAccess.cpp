@@ -29,12 +29,12 @@ private:
 
 std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
                                               const std::filesystem::path& folder) {
-    const MacFolder mac(folder);
-    if (!mac.load())
+    const auto mac = MacFolder::named(folder);
+    if (!mac || !mac->load())
         return std::nullopt;
     return PowerAccess{
-        .machine = std::make_unique<SimulatedPowerMachine>(mac),
-        .link = std::make_unique<SocketLink>(context, mac.socket(powerDaemonMachService))};
+        .machine = std::make_unique<SimulatedPowerMachine>(*mac),
+        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService))};
 }
 
 } // namespace velmo

@@ -9,6 +9,7 @@
 #include <dispatch/dispatch.h>
 
 #include <optional>
+#include <vector>
 
 namespace velmo {
 
@@ -38,7 +39,7 @@ private:
     DispatchQueue queue_;
     std::optional<XpcService> service_;
     dispatch_source_t timer_;
-    dispatch_source_t termination_;
+    std::vector<dispatch_source_t> termination_;
 };
 
 } // namespace velmo

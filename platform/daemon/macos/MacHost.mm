@@ -3,12 +3,12 @@
 #include "core/power/PowerService.h"
 #include "daemon/Startup.h"
 #include "platform/daemon/macos/MainQueueSources.h"
+#include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/xpc/SigningTeam.h"
 
 #include <unistd.h>
 
-#include <csignal>
 #include <utility>
 
 namespace velmo {
@@ -48,7 +48,8 @@ void MacHost::repeat(double seconds, std::function<void()> handler) {
 }
 
 void MacHost::onTermination(std::function<void()> handler) {
-    termination_ = signalOnMainQueue(SIGTERM, std::move(handler));
+    for (const int signal : endingSignals())
+        termination_.push_back(signalOnMainQueue(signal, handler));
 }
 
 void MacHost::exitProcess(int status) {

@@ -1,26 +1,28 @@
 #include "platform/daemon/simulated/SimulatedHost.h"
 
 #include "daemon/Startup.h"
+#include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <thread>
+#include <utility>
 
 namespace velmo {
 
-SimulatedHost::SimulatedHost(const MacFolder& folder)
+SimulatedHost::SimulatedHost(const MacFolder& folder, Descriptor right)
     : folder_(folder),
-      machine_(folder),
+      right_(std::move(right)),
+      machine_(folder, [this] { endIfReplaced(); }),
       service_(clients_, folder),
       termination_(main_),
       timer_(main_) {
 }
 
 RecordStore& SimulatedHost::recordStore(std::string_view directory, std::string_view name) {
-    return records_.emplace(folder_, directory, name);
+    return records_.emplace(folder_, directory, name, [this] { endIfReplaced(); });
 }
 
 bool SimulatedHost::startedByRoot() {
@@ -37,13 +39,14 @@ void SimulatedHost::writeLog(std::string_view line) {
 }
 
 void SimulatedHost::listen(std::string_view service, std::shared_ptr<Guard> guard) {
-    if (service_.listen(service, std::move(guard))) {
-        serving_.emplace(clients_.get_executor());
-        std::thread([this] { clients_.run(); }).detach();
+    if (const auto error = service_.listen(service, std::move(guard))) {
+        writeLog(logLine("can't listen on " + folder_.socket(service).string() + ": "
+                         + error.message()));
+        exitProcess(EXIT_FAILURE);
         return;
     }
-    writeLog(logLine("can't listen on " + folder_.socket(service).string()));
-    exitProcess(EXIT_FAILURE);
+    serving_.emplace(clients_.get_executor());
+    std::thread([this] { clients_.run(); }).detach();
 }
 
 void SimulatedHost::repeat(double seconds, std::function<void()> handler) {
@@ -56,6 +59,7 @@ void SimulatedHost::repeat(double seconds, std::function<void()> handler) {
 
 void SimulatedHost::waitForTick() {
     timer_.async_wait([this](const std::error_code& /*never aborted*/) {
+        endIfReplaced();
         tick_();
         timer_.expires_at(timer_.expiry() + period_);
         waitForTick();
@@ -63,9 +67,18 @@ void SimulatedHost::waitForTick() {
 }
 
 void SimulatedHost::onTermination(std::function<void()> handler) {
-    termination_.add(SIGTERM);
+    for (const int signal : endingSignals())
+        termination_.add(signal);
     termination_.async_wait([handler = std::move(handler)](const std::error_code& /*never aborted*/,
                                                            int /*signal*/) { handler(); });
+}
+
+/// Restores nothing: the setting that it would restore is that of another Mac.
+void SimulatedHost::endIfReplaced() {
+    if (folder_.isServedBy(right_))
+        return;
+    writeLog(logLine("this Mac was removed or replaced; ending"));
+    exitProcess(EXIT_FAILURE);
 }
 
 void SimulatedHost::exitProcess(int status) {

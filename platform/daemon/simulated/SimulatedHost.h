@@ -21,7 +21,9 @@ namespace velmo {
 /// Mac, its clients are served beside the main thread, which may wait for the guard's queue.
 class SimulatedHost final : public DaemonHost {
 public:
-    explicit SimulatedHost(const MacFolder& folder);
+    /// `right` is the one to serve the Mac (`MacFolder::serve`). When somebody has put another Mac
+    /// in its place, the process ends before it does anything to that one.
+    SimulatedHost(const MacFolder& folder, Descriptor right);
 
     RecordStore& recordStore(std::string_view directory, std::string_view name) override;
     bool startedByRoot() override;
@@ -40,11 +42,13 @@ public:
 
 private:
     void waitForTick();
+    void endIfReplaced();
 
     asio::io_context main_{1};
     asio::io_context clients_{1}; ///< run by a thread of its own
     std::optional<asio::executor_work_guard<asio::io_context::executor_type>> serving_;
     MacFolder folder_;
+    Descriptor right_;
     SimulatedPowerMachine machine_;
     std::optional<SimulatedRecordStore> records_;
     ThreadQueue queue_;

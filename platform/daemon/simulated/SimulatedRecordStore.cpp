@@ -30,8 +30,10 @@ void removeLink(const fs::path& directory) {
 } // namespace
 
 SimulatedRecordStore::SimulatedRecordStore(MacFolder folder, std::string_view directory,
-                                           std::string_view name)
+                                           std::string_view name,
+                                           std::function<void()> beforeEffect)
     : folder_(std::move(folder)),
+      beforeEffect_(std::move(beforeEffect)),
       directory_(folder_.inside(directory)),
       // Root owns this folder on a Mac; here whoever runs the simulation does.
       file_(directory_.string(), name, ::getuid()) {
@@ -43,6 +45,7 @@ RecordFolderFault SimulatedRecordStore::fault() const {
 }
 
 bool SimulatedRecordStore::write(const PowerDaemonRecord& record) {
+    beforeEffect_();
     const auto wrong = fault();
     if (wrong == RecordFolderFault::readOnly)
         return false;
@@ -53,7 +56,13 @@ bool SimulatedRecordStore::write(const PowerDaemonRecord& record) {
     return file_.write(record);
 }
 
+void SimulatedRecordStore::remove() {
+    beforeEffect_();
+    file_.remove();
+}
+
 void SimulatedRecordStore::writeLastEnd(const HoldEnd& end) {
+    beforeEffect_();
     if (fault() != RecordFolderFault::readOnly)
         file_.writeLastEnd(end);
 }

@@ -3,19 +3,23 @@
 #include "platform/daemon/RecordFile.h"
 #include "platform/simulated/MacFolder.h"
 
+#include <functional>
+
 namespace velmo {
 
 /// Keeps the record of a simulated Mac: the real file store, in a folder that suffers the faults
 /// which the machine file asks for.
 class SimulatedRecordStore final : public RecordStore {
 public:
-    SimulatedRecordStore(MacFolder folder, std::string_view directory, std::string_view name);
+    /// `beforeEffect` is called before anything is written or removed.
+    SimulatedRecordStore(MacFolder folder, std::string_view directory, std::string_view name,
+                         std::function<void()> beforeEffect);
 
     std::optional<PowerDaemonRecord> read() override { return file_.read(); }
 
     bool write(const PowerDaemonRecord& record) override;
 
-    void remove() override { file_.remove(); }
+    void remove() override;
 
     bool isUnreadable() override { return file_.isUnreadable(); }
 
@@ -27,6 +31,7 @@ private:
     [[nodiscard]] RecordFolderFault fault() const;
 
     MacFolder folder_;
+    std::function<void()> beforeEffect_;
     std::filesystem::path directory_;
     RecordFile file_;
 };

@@ -164,7 +164,7 @@ SocketService::SocketService(asio::io_context& context, MacFolder folder, std::s
     : folder_(std::move(folder)), acceptor_(context), acceptPause_(context), places_(places) {
 }
 
-bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
+std::error_code SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
     guard_ = std::move(guard);
     const auto path = folder_.socket(service);
     // Renamed once it listens: whoever finds the name can connect, and a daemon that is gone leaves
@@ -177,11 +177,11 @@ bool SocketService::listen(std::string_view service, std::shared_ptr<Guard> guar
         acceptor_.bind(unready.string());
         acceptor_.listen();
         std::filesystem::rename(unready, path);
-    } catch (const std::system_error&) { // also for a path too long for a socket address
-        return false;
+    } catch (const std::system_error& error) { // also for a path too long for a socket address
+        return error.code();
     }
     acceptNext();
-    return true;
+    return {};
 }
 
 void SocketService::acceptNext() {

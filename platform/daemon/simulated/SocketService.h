@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 namespace velmo {
 
@@ -30,8 +31,8 @@ public:
     SocketService(asio::io_context& context, MacFolder folder, std::size_t places = maxConnections);
 
     /// Takes the socket over from a daemon that is gone, and serves the guard's clients on it from
-    /// then on. Returns false if the socket can't be bound.
-    [[nodiscard]] bool listen(std::string_view service, std::shared_ptr<Guard> guard);
+    /// then on. Returns why it can't, if so.
+    [[nodiscard]] std::error_code listen(std::string_view service, std::shared_ptr<Guard> guard);
 
 private:
     using Socket = asio::local::stream_protocol::socket;

@@ -1,5 +1,5 @@
-/// The power daemon on a simulated Mac: VelmoPowerDaemonSimulated FOLDER. The daemon that ships as
-/// root on a Mac is another executable, with no argument that points it elsewhere.
+/// The power daemon on a simulated Mac: VelmoPowerDaemonSimulated [FOLDER]. The daemon that ships
+/// as root on a Mac is another executable, with no argument that points it elsewhere.
 
 #include "daemon/Startup.h"
 #include "platform/daemon/simulated/SimulatedHost.h"
@@ -7,30 +7,42 @@
 #include "platform/posix/StandardStreams.h"
 
 #include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr int usageError = 2;
+
+int complain(const std::string& message, int status) {
+    velmo::writeStandardError("VelmoPowerDaemonSimulated: " + message + "\n");
+    return status;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace velmo;
     prepareProcess();
-    constexpr int usageError = 64;
-    if (argc != 2 || argv[1][0] == '-') {
-        writeStandardError("usage: VelmoPowerDaemonSimulated FOLDER\n");
-        return usageError;
-    }
-    const MacFolder folder(argv[1]);
-    if (!folder.load()) {
-        writeStandardError(folder.exists()
-                               ? "machine.json in " + folder.root().string() + " is not in order\n"
-                               : "there is no simulated Mac in " + folder.root().string()
-                                     + "; make one with: velmo-mac create FOLDER\n");
-        return usageError;
-    }
-    const Descriptor right = folder.serve();
-    if (!right) {
-        writeStandardError("a daemon runs already in " + folder.root().string() + "\n");
-        return EXIT_FAILURE;
-    }
+    const char* const name = argc == 2 ? argv[1] : argc < 2 ? std::getenv("VELMO_MAC") : nullptr;
+    if (!name || name[0] == '-')
+        return complain("give it the folder of a simulated Mac, as its one argument or in "
+                        "VELMO_MAC",
+                        usageError);
+    const auto folder = MacFolder::named(name);
+    if (!folder)
+        return complain(folder.error(), usageError);
+    if (!folder->load())
+        return complain(folder->complaint(), usageError);
+    auto right = folder->serve();
+    if (!right && right.error() == std::errc::operation_would_block)
+        return complain("a daemon runs already in " + folder->root().string(), EXIT_FAILURE);
+    if (!right)
+        return complain("can't become the daemon in " + folder->root().string() + ": "
+                            + right.error().message(),
+                        EXIT_FAILURE);
     allowDescriptors(4 * SocketService::maxConnections);
-    auto& host = *new SimulatedHost(folder); // never destroyed
+    auto& host = *new SimulatedHost(*folder, *std::move(right)); // never destroyed
     runDaemon(host);
     return EXIT_FAILURE; // not reached: the main loop never runs out of work
 }

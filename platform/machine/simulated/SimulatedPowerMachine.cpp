@@ -9,6 +9,7 @@
 namespace velmo {
 
 std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments arguments) {
+    beforeEffect_();
     return outputOf(folder_.pmset(), {arguments.begin(), arguments.size()});
 }
 
@@ -43,6 +44,7 @@ std::optional<LidState> SimulatedPowerMachine::lid() {
 }
 
 bool SimulatedPowerMachine::requestSleep() {
+    beforeEffect_();
     return folder_.update([](SimulatedMac& mac) { mac.asleep = true; });
 }
 

@@ -4,6 +4,8 @@
 
 #include "machine/PowerMachine.h"
 
+#include <functional>
+
 namespace velmo {
 
 /// A simulated Mac as the daemon and its clients see it. Every fact is read from the machine file
@@ -11,7 +13,10 @@ namespace velmo {
 /// stands.
 class SimulatedPowerMachine final : public PowerMachine {
 public:
-    explicit SimulatedPowerMachine(MacFolder folder) : folder_(std::move(folder)) {}
+    /// `beforeEffect` is called before anything is done to the Mac.
+    explicit SimulatedPowerMachine(
+        MacFolder folder, std::function<void()> beforeEffect = [] {})
+        : folder_(std::move(folder)), beforeEffect_(std::move(beforeEffect)) {}
 
     std::optional<std::string> runPmset(PmsetArguments arguments) override;
     std::optional<bool> sleepDisabledProperty() override;
@@ -27,6 +32,7 @@ private:
     const SimulatedMac& mac();
 
     MacFolder folder_;
+    std::function<void()> beforeEffect_;
     SimulatedMac lastGood_;
 };
 

@@ -22,7 +22,7 @@ class SocketServiceTest : public testing::Test {
 protected:
     SocketServiceTest() {
         EXPECT_TRUE(folder.create("/nonexistent/pmset"));
-        EXPECT_TRUE(service.listen("service", mac.guard));
+        EXPECT_FALSE(service.listen("service", mac.guard));
     }
 
     RawClient connect() { return RawClient(folder.socket("service")); }

@@ -2,12 +2,14 @@
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/posix/Clocks.h"
 #include "platform/simulated/MacFolder.h"
+#include "platform/simulated/RecordFault.h"
 
 #include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <thread>
+#include <tuple>
 
 namespace velmo {
 namespace {
@@ -50,6 +52,31 @@ TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {
     EXPECT_EQ(machine.thermalState(), ThermalState::serious);
     EXPECT_EQ(machine.sleepDisabledProperty(), std::nullopt);
     EXPECT_LT(machine.wallTime().sinceEpoch, Clocks::wallTime().sinceEpoch - 9e8);
+}
+
+TEST_F(SimulatedMacTest, OfADamagedMachineFileItSaysWhichMemberAndWhatWouldDo) {
+    const std::string sound = *encodeJson(*folder.load());
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {R"("mains":true)", R"("mains":1)", R"("mains" must be true or false)"},
+        {R"("battery":80,)", R"("battery":"80",)", R"("battery" must be a whole number, or null)"},
+        {R"("battery":80,)", R"("battery":80.5,)", R"("battery" must be a whole number, or null)"},
+        {R"("mains":true,)", "", R"("mains" is missing; it must be true or false)"},
+        {R"("lid":"open")", R"("lid":"ajar")", R"("lid" must be one of "open", "shut", "none")"},
+        {R"("lateness":0,)", R"("lateness":"0",)", R"("faults.lateness" must be a number)"},
+        {R"("team":"VELMO12345")", R"("team":0)", R"("team" must be a text, or null)"},
+        {R"("trustedUsers":[)", R"("trustedUsers":["me",)",
+         R"("trustedUsers" must be a list, each of it a whole number)"},
+        {"{", "[", "it is no object in JSON"},
+    };
+    for (const auto& [good, bad, told] : cases) {
+        std::string text = sound;
+        text.replace(text.find(good), good.size(), bad);
+        EXPECT_EQ(faultOf<SimulatedMac>(text), told);
+    }
+    EXPECT_EQ(faultOf<SimulatedMac>(R"({"faults":{"pmset":"none"},"mains":true,"thermal":"fair",)"
+                                    R"("sleepDisabled":true,"trustedUsers":[],"userId":0})"),
+              R"("faults.propertyUnreadable" is missing; it must be true or false)");
+    EXPECT_EQ(faultOf<SimulatedMac>(sound), std::nullopt);
 }
 
 TEST_F(SimulatedMacTest, ChangesOfSeveralProcessesAddUp) {
