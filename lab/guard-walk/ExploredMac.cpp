@@ -29,6 +29,7 @@ constexpr auto names = std::to_array<std::string_view>({
     "all is mended",
     "the lid is shut",
     "the lid is opened",
+    "somebody enables sleep",
     "connect",
     "lose",
     "let go",
@@ -36,6 +37,7 @@ constexpr auto names = std::to_array<std::string_view>({
     "hold floor 50",
     "heartbeat",
     "release",
+    "report",
     "SIGTERM, and a hold behind it",
 });
 
@@ -100,6 +102,8 @@ bool ExploredMac::possible(Event event) const {
         return aspect_ == Aspect::lid && !lidIsShut_;
     case openLid:
         return lidIsShut_;
+    case enableByHand:
+        return aspect_ == Aspect::lid && process_ && state().holder && sleepDisabled_ && !late_;
     default:
         break;
     }
@@ -123,6 +127,7 @@ bool ExploredMac::possible(Event event) const {
     case holdHigh:
     case heartbeat:
     case release:
+    case report:
     case terminateWithHoldBehind:
         return client != nullptr;
     default:
@@ -148,6 +153,7 @@ void ExploredMac::run(Event event, Choices& choices) {
     // What is owed is promised only as long as nothing else is wrong.
     trapped_ = trapped_ && !isDisturbed();
     checkRest();
+    checkTelling(event);
     choices_ = nullptr;
 }
 
@@ -163,6 +169,7 @@ void ExploredMac::happen(Event event) {
         throw Killed{};
     case Happening::terminate:
         trapped_ = false;
+        process_->isEnding = true;
         process_->terminate();
         break;
     case Happening::tick:
@@ -194,6 +201,9 @@ void ExploredMac::happen(Event event) {
     case Happening::openLid:
         lidIsShut_ = event.happening == Happening::shutLid;
         trapped_ = false; // the Mac looks at a lid that moves
+        return;
+    case Happening::enableByHand:
+        sleepDisabled_ = false;
         return;
     case Happening::connect:
         client = std::make_shared<Connection>(++connectionsMade_);
@@ -232,8 +242,12 @@ void ExploredMac::call(Event event) {
                 violate("a client was told that it holds, and does not");
         });
         break;
+    case Happening::report:
+        askAndCompare(*client, replies);
+        return;
     case Happening::terminateWithHoldBehind:
         trapped_ = false;
+        process_->isEnding = true;
         process_->queue.behindSync = [this, session] {
             session->hold(lowFloor, [this](bool ok, std::string_view) {
                 if (ok)
@@ -248,6 +262,29 @@ void ExploredMac::call(Event event) {
     process_->queue.runAll();
     if (replies != 1)
         violate("a call was answered " + std::to_string(replies) + " times");
+}
+
+/// What a client is told is how it is, and telling changes nothing.
+void ExploredMac::askAndCompare(const Connection& client, int& replies) {
+    const Guard::State before = state();
+    isAsking_ = true;
+    client.session->report([&](std::string_view line) {
+        ++replies;
+        const auto told = decodeRecord<HoldReport>(line);
+        if (!told || told->holder.has_value() != state().holder.has_value()
+            || (told->holder && told->holder->isCaller != (state().holder == client.id())))
+            violate("a client is told wrong who holds");
+        else if (told->pending ? state().holder || !isRemembered()
+                               : !state().holder && state().heldPrevious == false)
+            violate("a client is told wrong what is still to be restored");
+        else if (told->sleepDisabled.value_or(sleepDisabled_) != sleepDisabled_
+                 || (told->recordIsUnreadable && !record_))
+            violate("a client is told wrong what was read");
+    });
+    process_->queue.runAll();
+    isAsking_ = false;
+    if (replies != 1 || state() != before)
+        violate("a report was not answered, or changed something");
 }
 
 void ExploredMac::holdAndWatch(Session& session, std::int64_t floor, int& replies) {
@@ -296,6 +333,10 @@ void ExploredMac::settle() {
 void ExploredMac::writeLog(std::string_view line) {
     if (process_->guard && line.contains("sleep enabled again") && !line.contains("stopping"))
         trapped_ = state().sleepOwedSince.has_value();
+    if (!line.contains("sleep is enabled although a client holds"))
+        return;
+    if (std::exchange(isTold_, true) || !state().holder || sleepDisabled_)
+        violate("sleep is said to be enabled during a hold, and is not, or was said to be");
 }
 
 void ExploredMac::listen(std::string_view, std::shared_ptr<Guard> guard) {
@@ -326,6 +367,8 @@ std::size_t ExploredMac::ask(Part part, std::initializer_list<std::string_view> 
 /// Does something to the Mac; the second option is to be killed just before, the third just after.
 void ExploredMac::affect(std::initializer_list<std::string_view> options,
                          const std::function<void()>& effect) {
+    if (isAsking_)
+        violate("a report does something to the Mac");
     const std::size_t killed = choices_->choose(options);
     if (killed == 1)
         throw Killed{};
@@ -339,6 +382,8 @@ std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
     // A tool that could not be launched looks the same as one that failed.
     enum { works, fails, lies, worksAndFails, lands };
 
+    if (isAsking_)
+        violate("a report runs pmset");
     if (arguments.size() == 1) {
         if (ask(Part::pmsetRead, {"", "pmset -g fails"}) == fails)
             return std::nullopt;
@@ -450,6 +495,11 @@ bool ExploredMac::isUnreadable() {
     return record_ && !read();
 }
 
+void ExploredMac::writeLastEnd(const HoldEnd&) {
+    if (process_->guard && !process_->isEnding && (state().holder || state().heldPrevious))
+        violate("an end was written down while there was still something to restore");
+}
+
 double ExploredMac::age() const {
     return SteadyTime{clock_} - (state().holder ? state().lastBeat : state().idleSince);
 }
@@ -504,6 +554,14 @@ void ExploredMac::checkEnd() {
         violate("the daemon ended without having put the setting back");
 }
 
+void ExploredMac::checkTelling(Event event) {
+    const bool isHeld = process_ && state().holder;
+    isTold_ = isTold_ && isHeld;
+    const bool isReadable = !isDisturbed();
+    if (event.happening == Happening::tick && isHeld && !sleepDisabled_ && isReadable && !isTold_)
+        violate("nobody is told that sleep is enabled during a hold");
+}
+
 void ExploredMac::violate(std::string_view what) {
     if (violation_.empty())
         violation_ = what;
@@ -547,6 +605,7 @@ std::uint64_t ExploredMac::key() const {
     addTruth(recordWasLost_);
     addTruth(lidIsShut_);
     addTruth(trapped_);
+    addTruth(isTold_);
     add(std::to_underlying(loss_), 4);
     add(lasting_ ? std::size_t{std::to_underlying(lasting_->part)} * 8 + lasting_->behaviour : 0,
         128);

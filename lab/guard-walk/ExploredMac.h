@@ -30,6 +30,7 @@ enum class Happening : std::uint8_t {
     faultsAreGone, ///< what was broken for good is mended
     shutLid,
     openLid,
+    enableByHand, ///< somebody lets the Mac sleep although a client holds
     // Of one client, `Event::client`:
     connect,
     loseConnection,
@@ -38,6 +39,7 @@ enum class Happening : std::uint8_t {
     holdHigh, ///< floor 50
     heartbeat,
     release,
+    report,
     terminateWithHoldBehind, ///< SIGTERM, and a hold that is posted while it is being handled
 };
 
@@ -117,6 +119,7 @@ private:
         std::shared_ptr<Guard> guard;
         std::function<void()> tick;
         std::function<void()> terminate;
+        bool isEnding = false;
     };
 
     class Connection;
@@ -163,10 +166,11 @@ private:
 
     std::optional<HoldEnd> readLastEnd() override { return std::nullopt; }
 
-    void writeLastEnd(const HoldEnd&) override {}
+    void writeLastEnd(const HoldEnd&) override;
 
     void happen(Event event);
     void call(Event event);
+    void askAndCompare(const Connection& client, int& replies);
     void holdAndWatch(Session& session, std::int64_t floor, int& replies);
     std::size_t ask(Part part, std::initializer_list<std::string_view> options);
     void affect(std::initializer_list<std::string_view> options,
@@ -187,6 +191,7 @@ private:
     void checkMoment();
     void checkRest();
     void checkEnd();
+    void checkTelling(Event event);
     void violate(std::string_view what);
 
     const bool before_; ///< the setting before anybody held
@@ -198,7 +203,9 @@ private:
     bool rotten_ = false;        ///< the record can't be decoded
     bool recordWasLost_ = false; ///< since it was written
     bool lidIsShut_ = false;
-    bool trapped_ = false; ///< sleep was enabled again, and the Mac is still to look at its lid
+    bool trapped_ = false;  ///< sleep was enabled again, and the Mac is still to look at its lid
+    bool isTold_ = false;   ///< that sleep is enabled although this holder holds
+    bool isAsking_ = false; ///< what is going on is a report
     double clock_ = 1000;
     double paused_ = 0; ///< seconds that the guard has let pass in this event
     std::unique_ptr<Process> process_;
