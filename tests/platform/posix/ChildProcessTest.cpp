@@ -1,7 +1,10 @@
 #include "platform/posix/ChildProcess.h"
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Pipe.h"
+#include "platform/posix/ProgramName.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -59,6 +62,21 @@ TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {
 
     sigprocmask(SIG_SETMASK, &before, nullptr);
     std::signal(SIGTERM, previous);
+}
+
+TEST(ProgramName, IsThatOfTheFileEvenWhenItIsGone) {
+    const TemporaryFolder folder;
+    const auto copy = folder.path() / "a program";
+    std::filesystem::copy_file("/bin/cat", copy);
+    const auto pipe = makePipe();
+    const auto child = startChild(copy.string(), {}, {pipe->readEnd.get(), 1, 2});
+    ASSERT_TRUE(child);
+    EXPECT_EQ(programNameOf(*child), "a program");
+    std::filesystem::remove(copy); // upon which not every system tells
+    EXPECT_EQ(programNameOf(*child).value_or("a program"), "a program");
+    ::kill(*child, SIGKILL);
+    waitForChild(*child);
+    EXPECT_EQ(programNameOf(*child), std::nullopt);
 }
 
 } // namespace
