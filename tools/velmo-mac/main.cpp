@@ -178,7 +178,10 @@ int show(const MacFolder& folder) {
 int set(const MacFolder& folder, const Changes& changes) {
     if (!folder.load())
         return complain(folder.complaint());
-    if (!folder.update([&](SimulatedMac& mac) { apply(changes, mac); }))
+    if (!folder.update([&](SimulatedMac& mac) {
+            mac.settle(Clocks::steadyTime()); // what pmset has set shows in the file, too
+            apply(changes, mac);
+        }))
         return complain("can't change the machine file in " + folder.root().string());
     return EXIT_SUCCESS;
 }

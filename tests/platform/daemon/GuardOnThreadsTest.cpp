@@ -27,6 +27,7 @@ protected:
                     session.hold(20, [this](bool, std::string_view) { ++replies; });
                     session.heartbeat([this](bool) { ++replies; });
                     guard->tick();
+                    session.report([this](std::string_view) { ++replies; });
                     session.release([this](bool) { ++replies; });
                 }
                 session.hold(20, [](bool, std::string_view) {});
@@ -35,7 +36,7 @@ protected:
         for (std::thread& client : clients)
             client.join();
         queue.sync([] {});
-        EXPECT_EQ(replies, 4 * calls * 3);
+        EXPECT_EQ(replies, 4 * calls * 4);
         EXPECT_FALSE(machine.sleepDisabled);
         EXPECT_FALSE(records.record);
     }
