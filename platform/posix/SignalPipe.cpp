@@ -1,0 +1,77 @@
+#include "platform/posix/SignalPipe.h"
+
+#include "platform/posix/Io.h"
+#include "platform/posix/Pipe.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace velmo {
+
+namespace {
+
+/// Where the handler writes. A handler has no other way to know.
+volatile std::sig_atomic_t handlersEnd = -1;
+
+/// Linux has SI_KERNEL or nothing for the terminal's; Darwin tells of a sender by its process id
+/// alone.
+bool isFromProcess(const siginfo_t& info) {
+    return info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_pid != 0;
+}
+
+void handle(int signal, siginfo_t* info, void* /*context*/) {
+    const int error = errno;
+    const SignalPipe::News news{.signal = signal, .fromProcess = isFromProcess(*info)};
+    // A full pipe holds thousands of signals that nobody has looked at yet.
+    static_cast<void>(::write(handlersEnd, &news, sizeof news) == sizeof news);
+    errno = error;
+}
+
+bool neverWaits(int descriptor) {
+    return ::fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0;
+}
+
+} // namespace
+
+SignalPipe::SignalPipe(std::span<const int> signals) {
+    auto pipe = makePipe();
+    if (!pipe || !neverWaits(pipe->readEnd.get()) || !neverWaits(pipe->writeEnd.get()))
+        return;
+    readEnd_ = std::move(pipe->readEnd);
+    writeEnd_ = std::move(pipe->writeEnd);
+    handlersEnd = writeEnd_.get();
+    for (const int signal : signals)
+        take(signal);
+}
+
+SignalPipe::~SignalPipe() {
+    struct sigaction action{};
+    for (int signal = 1; signal < NSIG; ++signal) {
+        const bool ours = ::sigaction(signal, nullptr, &action) == 0
+                          && (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == handle;
+        action = {};
+        action.sa_handler = SIG_DFL;
+        if (ours)
+            ::sigaction(signal, &action, nullptr);
+    }
+    handlersEnd = -1;
+}
+
+void SignalPipe::take(int signal) {
+    struct sigaction action{};
+    action.sa_sigaction = handle;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    sigfillset(&action.sa_mask);
+    ::sigaction(signal, &action, nullptr);
+}
+
+std::optional<SignalPipe::News> SignalPipe::next() {
+    News news;
+    const auto size = retryInterrupted([&] { return ::read(readEnd_.get(), &news, sizeof news); });
+    return size == sizeof news ? std::optional(news) : std::nullopt;
+}
+
+} // namespace velmo

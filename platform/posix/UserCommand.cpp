@@ -1,0 +1,95 @@
+#include "platform/posix/UserCommand.h"
+
+#include "platform/posix/Io.h"
+#include "platform/posix/Pipe.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace velmo {
+
+namespace {
+
+constexpr int execFailed = 127;
+
+/// A signal that reached the child before it has its own dispositions would run this process's
+/// handlers there. The child unblocks them.
+pid_t forkWithSignalsBlocked() {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const pid_t child = ::fork();
+    if (child != 0)
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return child;
+}
+
+/// In the child: becomes the program, or tells the parent why not.
+[[noreturn]] void becomeCommand(char* const* words, const ProcessBirth& birth,
+                                std::optional<int> handedOn, int news) {
+    birth.restore();
+    if (handedOn)
+        ::fcntl(*handedOn, F_SETFD, 0);
+    ::execvp(words[0], words);
+    const int error = errno;
+    // The parent, which is there to read, takes an end without news for success.
+    static_cast<void>(::write(news, &error, sizeof error) == sizeof error);
+    ::_exit(execFailed);
+}
+
+} // namespace
+
+std::expected<pid_t, int> startCommand(const std::vector<std::string>& words,
+                                       const ProcessBirth& birth, std::optional<int> handedOn) {
+    std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
+    // execvp takes as changeable what it does not change.
+    for (const std::string& word : words)
+        argv.push_back(const_cast<char*>(word.c_str())); // NOLINT(*-const-cast)
+    argv.push_back(nullptr);
+
+    // Its end closes when the program takes the child over, and carries errno if none does. Its
+    // number is beyond the standard ones, which are all open here.
+    auto news = makePipe();
+    if (!news)
+        return std::unexpected(errno);
+    birth.keepLaterDescriptors();
+    const pid_t child = forkWithSignalsBlocked();
+    if (child < 0)
+        return std::unexpected(errno);
+    if (child == 0)
+        becomeCommand(argv.data(), birth, handedOn, news->writeEnd.get());
+    news->writeEnd.reset();
+    int error = 0;
+    const auto size =
+        retryInterrupted([&] { return ::read(news->readEnd.get(), &error, sizeof error); });
+    if (size != sizeof error)
+        return child;
+    retryInterrupted([&] { return ::waitpid(child, nullptr, 0); });
+    return std::unexpected(error);
+}
+
+void endBySignal(int signal) {
+    const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+    ::setrlimit(RLIMIT_CORE, &none);
+    raiseByDefault(signal);
+}
+
+void raiseByDefault(int signal) {
+    struct sigaction action{};
+    action.sa_handler = SIG_DFL;
+    ::sigaction(signal, &action, nullptr);
+    ::raise(signal);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, signal);
+    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+}
+
+} // namespace velmo

@@ -1,0 +1,13 @@
+#include "platform/posix/ProcessEnd.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace velmo {
+
+// Since Linux 5.3; the descriptor is close-on-exec. glibc has a name for the call since 2.36 only.
+Descriptor processEnd(pid_t process) {
+    return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+}
+
+} // namespace velmo
