@@ -1,15 +1,14 @@
 #include "client/HoldKeeper.h"
 
+#include "core/power/HoldReasons.h"
+
 #include <utility>
 
 namespace velmo {
 
 HoldKeeper::HoldKeeper(PowerLink& link, Timer timer, std::function<void(const Status&)> report,
-                       std::int64_t batteryFloor)
-    : link_(link),
-      timer_(std::move(timer)),
-      report_(std::move(report)),
-      batteryFloor_(batteryFloor) {
+                       Options options)
+    : link_(link), timer_(std::move(timer)), report_(std::move(report)), options_(options) {
 }
 
 template<class Callback>
@@ -20,44 +19,114 @@ auto HoldKeeper::current(Callback callback) {
     };
 }
 
+template<class Callback>
+auto HoldKeeper::reply(Callback callback) {
+    awaited_ = ++calls_;
+    timer_(patience, current([this, call = calls_] {
+               if (awaited_ == call)
+                   giveUpWaiting();
+           }));
+    return current([this, callback](auto... arguments) {
+        awaited_.reset();
+        awaitsReport_ = false;
+        connectionAnswers_ = true;
+        callback(arguments...);
+    });
+}
+
+void HoldKeeper::newAttempt() {
+    attempt_ = std::make_shared<Attempt>();
+    awaited_.reset();
+    awaitsReport_ = false;
+}
+
 void HoldKeeper::start() {
-    takeHold();
+    newAttempt();
+    const auto attempt = attempt_;
+    change({.state = State::connecting});
+    if (attempt == attempt_)
+        takeHold();
 }
 
 void HoldKeeper::takeHold() {
-    attempt_ = std::make_shared<Attempt>();
-    if (!daemon_)
-        daemon_ = link_.connect([this] { connectionLost(); });
+    newAttempt();
     if (!daemon_) {
-        change(State::unreachable);
+        connectionAnswers_ = false;
+        daemon_ = link_.connect([this] { connectionEnded(); });
+    }
+    if (!daemon_) {
         retryAfter(unreachableRetry);
+        change({.state = State::unreachable});
         return;
     }
-    daemon_->hold(batteryFloor_,
-                  current([this](bool ok, std::string_view reason) { holdAnswered(ok, reason); }));
+    daemon_->hold(options_.batteryFloor.percent(),
+                  reply([this](bool ok, std::string_view reason) { holdAnswered(ok, reason); }));
 }
 
-void HoldKeeper::connectionLost() {
+void HoldKeeper::connectionEnded() {
     daemon_.reset();
-    if (stopping_)
-        releaseAnswered(false);
-    else
-        takeHoldAgain("the power daemon went away");
+    // A daemon that does not know the call ends the connection over it.
+    if (std::exchange(awaitsReport_, false))
+        daemonReports_ = false;
+    if (done_) {
+        stopped(Outcome::unknown);
+    } else if (!connectionAnswers_) {
+        newAttempt();
+        retryAfter(unreachableRetry);
+        change({.state = State::unreachable});
+    } else {
+        holdLost(daemonReports_ ? connectionLost : reasonUnknown);
+    }
 }
 
-void HoldKeeper::takeHoldAgain(std::string_view why) {
-    change(State::connecting, why);
-    takeHold();
+void HoldKeeper::giveUpWaiting() {
+    daemon_.reset();
+    if (done_) {
+        stopped(Outcome::unknown);
+        return;
+    }
+    newAttempt();
+    retryAfter(unreachableRetry);
+    change({.state = State::unreachable, .reason = std::string(daemonSilent)});
 }
 
 void HoldKeeper::holdAnswered(bool ok, std::string_view reason) {
-    if (!ok) {
-        change(State::refused, reason);
+    if (ok) {
+        scheduleHeartbeat();
+        change({.state = State::holding});
+    } else if (options_.rides && reason == rawText(HoldRefusal::busy)) {
+        look();
+    } else {
         retryAfter(refusedRetry);
+        change({.state = State::refused, .reason = std::string(reason)});
+    }
+}
+
+/// Looks at the hold of another client. An older daemon does not tell of it: then it is asked for.
+void HoldKeeper::look() {
+    if (!daemonReports_) {
+        retryAfter(ridingInterval);
+        change({.state = State::riding});
         return;
     }
-    change(State::holding);
-    scheduleHeartbeat();
+    const auto answered = reply([this](std::string_view line) { lookAnswered(line); });
+    awaitsReport_ = true;
+    daemon_->report(answered);
+}
+
+void HoldKeeper::lookAnswered(std::string_view line) {
+    const auto report = decodeRecord<HoldReport>(line);
+    if (report && !report->holder) {
+        const bool released =
+            report->lastEnd && report->lastEnd->how == rawText(HoldEnding::releasedByAnother);
+        if (released && !options_.persist)
+            change({.state = State::released, .reason = report->lastEnd->how});
+        else
+            takeHold();
+        return;
+    }
+    timer_(ridingInterval, current([this] { look(); }));
+    change({.state = State::riding, .holder = report ? report->holder : std::nullopt});
 }
 
 void HoldKeeper::scheduleHeartbeat() {
@@ -65,40 +134,129 @@ void HoldKeeper::scheduleHeartbeat() {
 }
 
 void HoldKeeper::beat() {
-    daemon_->heartbeat(current([this](bool ok) {
+    daemon_->heartbeat(reply([this](bool ok) {
         if (ok)
             scheduleHeartbeat();
         else
-            takeHoldAgain("the power daemon ended the hold");
+            askWhyLost();
     }));
+}
+
+void HoldKeeper::checkNow() {
+    const bool holds = status_.state == State::holding;
+    if (!daemon_ || done_ || awaited_ || (!holds && status_.state != State::riding))
+        return;
+    newAttempt(); // a heartbeat or a look that is due later
+    if (holds)
+        beat();
+    else
+        look();
+}
+
+void HoldKeeper::askWhyLost() {
+    if (!daemonReports_) {
+        holdLost(reasonUnknown);
+        return;
+    }
+    const auto answered = reply([this](std::string_view line) {
+        const auto report = decodeRecord<HoldReport>(line);
+        holdLost(report && report->ownEnd ? std::string_view(report->ownEnd->how) : reasonUnknown);
+    });
+    awaitsReport_ = true;
+    daemon_->report(answered);
+}
+
+void HoldKeeper::holdLost(std::string_view how) {
+    if (how == rawText(HoldEnding::releasedByAnother) && !options_.persist) {
+        change({.state = State::released, .reason = std::string(how)});
+        return;
+    }
+    // Whoever hears of it may stop this keeper.
+    const auto attempt = attempt_;
+    change({.state = State::connecting, .reason = std::string(how)});
+    if (attempt == attempt_)
+        takeHold();
 }
 
 void HoldKeeper::retryAfter(double seconds) {
     timer_(seconds, current([this] { takeHold(); }));
 }
 
-void HoldKeeper::stop(std::function<void(bool restored)> done) {
-    stopping_ = true;
-    attempt_.reset();
-    // Releasing ends whoever's hold there is. So it is for a hold that is known to be ours; one
-    // that was only asked for ends with the connection.
-    if (!daemon_ || status_.state != State::holding) {
-        daemon_.reset();
-        done(true);
+void HoldKeeper::stop(std::function<void(Outcome)> done) {
+    newAttempt();
+    done_ = std::move(done);
+    if (!daemon_) {
+        stopped(Outcome::unknown);
         return;
     }
-    stopped_ = std::move(done);
-    daemon_->release([this](bool restored) { releaseAnswered(restored); });
+    switch (status_.state) {
+    case State::holding:
+        releaseIfStillHeld();
+        return;
+    case State::riding:
+    case State::refused:
+    case State::released:
+        askForOutcome();
+        return;
+    case State::connecting:
+    case State::unreachable:
+        break;
+    }
+    // A hold that was only asked for ends with its connection.
+    daemon_.reset();
+    stopped(Outcome::unknown);
 }
 
-void HoldKeeper::releaseAnswered(bool restored) {
-    if (const auto done = std::exchange(stopped_, nullptr))
-        done(restored);
+/// Releasing ends whoever's hold there is: a successor's too, if ours has ended meanwhile.
+void HoldKeeper::releaseIfStillHeld() {
+    daemon_->heartbeat(reply([this](bool holds) {
+        if (!holds) {
+            askForOutcome();
+            return;
+        }
+        daemon_->release(reply(
+            [this](bool restored) { stopped(restored ? Outcome::restored : Outcome::pending); }));
+    }));
 }
 
-void HoldKeeper::change(State state, std::string_view reason) {
-    Status next{.state = state, .reason = std::string(reason)};
-    if (next == status_)
+void HoldKeeper::askForOutcome() {
+    if (!daemonReports_) {
+        stopped(Outcome::unknown);
+        return;
+    }
+    daemon_->report(reply([this](std::string_view line) {
+        const auto report = decodeRecord<HoldReport>(line);
+        if (!report)
+            stopped(Outcome::unknown);
+        else if (report->holder)
+            stopped(Outcome::notHeld);
+        else
+            stopped(report->pending || report->recordIsUnreadable ? Outcome::pending
+                                                                  : Outcome::restored);
+    }));
+}
+
+void HoldKeeper::stopped(Outcome outcome) {
+    newAttempt();
+    daemon_.reset();
+    if (const auto done = std::exchange(done_, nullptr))
+        done(outcome);
+}
+
+namespace {
+
+/// Whether they differ in more than the age of a heartbeat.
+bool isSameHolder(const std::optional<HolderReport>& a, const std::optional<HolderReport>& b) {
+    if (!a || !b)
+        return a.has_value() == b.has_value();
+    return a->processId == b->processId && a->since == b->since;
+}
+
+} // namespace
+
+void HoldKeeper::change(Status next) {
+    if (next.state == status_.state && next.reason == status_.reason
+        && isSameHolder(next.holder, status_.holder))
         return;
     status_ = std::move(next);
     report_(status_);

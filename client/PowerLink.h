@@ -13,8 +13,9 @@ class PowerLink {
 public:
     virtual ~PowerLink() = default;
 
-    /// Returns a new connection, or null when the daemon can't be reached. `onLost` is called once
-    /// if the connection ends by itself, and never after the connection has been let go.
+    /// Returns a new connection, or null where there can be none. It does not wait: a daemon that
+    /// can't be reached is a connection that is lost. `onLost` is called once if the connection
+    /// ends by itself, never before this returns, and never after the connection has been let go.
     virtual std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) = 0;
 };
 

@@ -14,6 +14,11 @@ namespace velmo {
 struct PowerAccess {
     std::unique_ptr<PowerMachine> machine;
     std::unique_ptr<PowerLink> link;
+    /// Keeps an idle Mac from sleeping for as long as what it returns lives, lid open. Needs no
+    /// daemon; null where the system refuses.
+    std::function<std::shared_ptr<void>()> preventIdleSleep;
+    /// Turns the display off until somebody touches the machine. Returns before it is.
+    std::function<void()> turnDisplayOff;
 };
 
 /// What a connection needs of the program that it works for.

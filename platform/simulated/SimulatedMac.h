@@ -71,7 +71,8 @@ struct SimulatedMac {
     std::optional<int> battery = 80; ///< percent; null or missing: a Mac without a battery
     ThermalState thermal = ThermalState::nominal;
     Lid lid = Lid::open;
-    bool asleep = false; ///< it was asked to sleep, and nobody has opened its lid since
+    bool displayIsOff = false; ///< it was turned off, and nobody has opened the lid since
+    bool asleep = false;       ///< it was asked to sleep, and nobody has opened its lid since
     bool sleepDisabled = false;
     std::optional<LateSetting> late; ///< what will take the place of `sleepDisabled`
     double elapsed = 0;              ///< seconds that have passed on the Mac beyond this machine's
@@ -96,6 +97,7 @@ struct SimulatedMac {
                    field("battery", &SimulatedMac::battery),
                    field("thermal", &SimulatedMac::thermal),
                    field("lid", &SimulatedMac::lid).orDefault(),
+                   field("displayIsOff", &SimulatedMac::displayIsOff).orDefault(),
                    field("asleep", &SimulatedMac::asleep).orDefault(),
                    field("sleepDisabled", &SimulatedMac::sleepDisabled),
                    field("late", &SimulatedMac::late),

@@ -1,8 +1,10 @@
 /// The "pmset" of a simulated Mac. It finds its Mac by the path under which it was called,
-/// FOLDER/usr/bin/pmset, and knows the three calls that the power daemon makes:
+/// FOLDER/usr/bin/pmset, and knows the calls that the power daemon and its
+/// client make:
 ///
 ///     pmset -g                       print the settings
 ///     pmset -a disablesleep 1|0      keep the Mac from sleeping, lid closed too, or let it
+///     pmset displaysleepnow          turn the display off
 
 #include "platform/posix/Clocks.h"
 #include "platform/posix/StandardStreams.h"
@@ -65,6 +67,11 @@ int setSleepDisabled(const MacFolder& folder, bool disabled) {
     return done ? EXIT_SUCCESS : complain("the machine file can't be written");
 }
 
+int turnDisplayOff(const MacFolder& folder) {
+    const bool done = folder.update([](SimulatedMac& mac) { mac.displayIsOff = true; });
+    return done ? EXIT_SUCCESS : complain("the machine file can't be written");
+}
+
 int run(const MacFolder& folder, const std::vector<std::string_view>& words) {
     auto mac = folder.load();
     if (!mac)
@@ -85,10 +92,12 @@ int run(const MacFolder& folder, const std::vector<std::string_view>& words) {
 
     if (words == std::vector<std::string_view>{"-g"})
         return printSettings(*mac);
+    if (words == std::vector<std::string_view>{"displaysleepnow"})
+        return turnDisplayOff(folder);
     const bool sets = words.size() == 3 && words[0] == "-a" && words[1] == "disablesleep"
                       && (words[2] == "0" || words[2] == "1");
     if (!sets) {
-        complain("usage: pmset -g | pmset -a disablesleep 0|1");
+        complain("usage: pmset -g | pmset -a disablesleep 0|1 | pmset displaysleepnow");
         return usageError;
     }
     if (mac->faults.pmset == PmsetFault::lies)

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <deque>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -32,30 +32,57 @@ public:
         onReply = std::move(reply);
     }
 
-    void report(ReportReply reply) override { onReport = std::move(reply); }
+    void report(ReportReply reply) override {
+        calls_.emplace_back("report");
+        onReport = std::move(reply);
+    }
 
     HoldReply onHold;
-    ReportReply onReport;
     Reply onReply;
+    ReportReply onReport;
 
 private:
     std::vector<std::string>& calls_;
 };
 
+constexpr auto stateNames = std::to_array<std::string_view>(
+    {"connecting", "holding", "riding", "refused", "unreachable", "released"});
+
 std::string told(const HoldKeeper::Status& status) {
-    constexpr auto names =
-        std::to_array<std::string_view>({"connecting", "holding", "refused", "unreachable"});
-    std::string text(names.at(static_cast<std::size_t>(status.state)));
+    std::string text(stateNames.at(static_cast<std::size_t>(status.state)));
+    if (status.holder)
+        text += " on " + std::to_string(status.holder->processId.value_or(0));
     return status.reason.empty() ? text : text + ": " + status.reason;
 }
+
+std::string heldBy(std::int64_t process) {
+    return encodeJson(HoldReport{.holder = HolderReport{.processId = process}}).value();
+}
+
+std::string freeAfter(HoldEnding ending) {
+    const HoldEnd end{.how = std::string(rawText(ending)), .at = 1};
+    return encodeJson(HoldReport{.ownEnd = end, .lastEnd = end}).value();
+}
+
+constexpr auto outcomeNames =
+    std::to_array<std::string_view>({"restored", "notHeld", "pending", "unknown"});
 
 class HoldKeeperTest : public testing::Test, protected PowerLink {
 protected:
     std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) override {
         calls.emplace_back("connect");
         lose = std::move(onLost);
-        daemon = reachable ? std::make_shared<FakeDaemon>(calls) : nullptr;
+        daemon = std::make_shared<FakeDaemon>(calls);
         return daemon;
+    }
+
+    HoldKeeper make(HoldKeeper::Options options) {
+        return {*this,
+                [this](double seconds, std::function<void()> callback) {
+                    timers.emplace_back(now + seconds, std::move(callback));
+                },
+                [this](const HoldKeeper::Status& status) { said.push_back(told(status)); },
+                options};
     }
 
     void grant() {
@@ -65,119 +92,265 @@ protected:
         said.clear();
     }
 
-    void passTime() {
-        const auto [seconds, callback] = std::move(timers.front());
-        timers.pop_front();
-        callback();
+    void ride() {
+        keeper.start();
+        daemon->onHold(false, "busy");
+        daemon->onReport(heldBy(7));
+        EXPECT_THAT(std::exchange(said, {}), ElementsAre("riding on 7"));
+        takeCalls();
+    }
+
+    void stop() {
+        keeper.stop([this](HoldKeeper::Outcome outcome) {
+            said.push_back("stopped: "
+                           + std::string(outcomeNames.at(static_cast<std::size_t>(outcome))));
+        });
+    }
+
+    void pass(double seconds) {
+        for (now += seconds; !timers.empty();) {
+            const auto next = std::ranges::min_element(timers, {}, [](auto& t) { return t.first; });
+            if (next->first > now)
+                return;
+            const auto callback = std::move(next->second);
+            timers.erase(next);
+            callback();
+        }
     }
 
     std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
+    double now = 0;
     std::vector<std::string> calls;
     std::vector<std::string> said;
-    std::deque<std::pair<double, std::function<void()>>> timers;
+    std::vector<std::pair<double, std::function<void()>>> timers;
     std::function<void()> lose;
-    bool reachable = true;
     std::shared_ptr<FakeDaemon> daemon;
-    HoldKeeper keeper{*this,
-                      [this](double seconds, std::function<void()> callback) {
-                          timers.emplace_back(seconds, std::move(callback));
-                      },
-                      [this](const HoldKeeper::Status& status) { said.push_back(told(status)); },
-                      25};
+    HoldKeeper keeper = make({.batteryFloor = 25});
 };
 
 TEST_F(HoldKeeperTest, HoldsAndSendsHeartbeats) {
     keeper.start();
     EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
     daemon->onHold(true, "");
-    EXPECT_THAT(said, ElementsAre("holding"));
     for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(timers.size(), 1U);
-        EXPECT_EQ(timers.front().first, 10);
-        passTime();
+        pass(9.9);
+        EXPECT_THAT(takeCalls(), IsEmpty());
+        pass(0.1);
         EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
         daemon->onReply(true);
     }
-    EXPECT_EQ(said.size(), 1U);
+    EXPECT_THAT(said, ElementsAre("holding"));
 }
 
-TEST_F(HoldKeeperTest, AHeartbeatAnsweredFalseTakesTheHoldAgainAtOnce) {
-    grant();
-    passTime();
-    daemon->onReply(false);
-    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat", "hold 25"));
-    daemon->onHold(false, "battery");
-    EXPECT_THAT(said,
-                ElementsAre("connecting: the power daemon ended the hold", "refused: battery"));
+TEST_F(HoldKeeperTest, AHoldThatIsLostIsAskedForAgainOrNotByHowItWasLost) {
+    struct Case {
+        HoldEnding ending;
+        bool persist;
+        bool asksAgain;
+    };
 
-    // It asks on, and does not repeat itself.
-    passTime();
-    daemon->onHold(false, "battery");
-    passTime();
-    daemon->onHold(true, "");
-    EXPECT_THAT(takeCalls(), ElementsAre("hold 25", "hold 25"));
-    EXPECT_EQ(said.size(), 3U);
-    EXPECT_EQ(keeper.status().state, HoldKeeper::State::holding);
+    for (const auto& [ending, persist, asksAgain] : {Case{HoldEnding::battery, false, true},
+                                                     {HoldEnding::heartbeat, false, true},
+                                                     {HoldEnding::releasedByAnother, false, false},
+                                                     {HoldEnding::releasedByAnother, true, true}}) {
+        HoldKeeper one = make({.batteryFloor = 25, .persist = persist});
+        one.start();
+        daemon->onHold(true, "");
+        pass(10);
+        takeCalls();
+        daemon->onReply(false);
+        EXPECT_THAT(takeCalls(), ElementsAre("report"));
+        daemon->onReport(freeAfter(ending));
+        EXPECT_EQ(takeCalls().size(), asksAgain ? 1U : 0U) << rawText(ending);
+        EXPECT_EQ(said.back(),
+                  (asksAgain ? "connecting: " : "released: ") + std::string(rawText(ending)));
+        pass(29);
+        EXPECT_THAT(takeCalls(), IsEmpty());
+    }
 }
 
-TEST_F(HoldKeeperTest, ADaemonThatGoesAwayIsAskedAgainWhenItIsBack) {
+TEST_F(HoldKeeperTest, AsksOnWhenRefusedAndDoesNotRepeatItself) {
     grant();
-    reachable = false;
     lose();
-    EXPECT_THAT(said, ElementsAre("connecting: the power daemon went away", "unreachable"));
-    timers.pop_front(); // the heartbeat of the lost hold
-    passTime();
-    reachable = true;
-    passTime();
-    EXPECT_THAT(takeCalls(), ElementsAre("connect", "connect", "connect", "hold 25"));
-    EXPECT_EQ(said.size(), 2U);
+    daemon->onHold(false, "battery");
+    pass(5);
+    daemon->onHold(false, "battery");
+    pass(5);
+    daemon->onHold(true, "");
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "hold 25", "hold 25"));
+    EXPECT_THAT(said, ElementsAre("connecting: connection", "refused: battery", "holding"));
+}
+
+TEST_F(HoldKeeperTest, ADaemonThatIsNotThereIsLookedForAgain) {
+    keeper.start();
+    lose();
+    EXPECT_THAT(said, ElementsAre("unreachable"));
+    pass(1);
+    lose();
+    pass(1);
+    daemon->onHold(true, "");
+    EXPECT_EQ(takeCalls().size(), 6U);
+    EXPECT_THAT(said, ElementsAre("unreachable", "holding"));
+}
+
+TEST_F(HoldKeeperTest, ADaemonThatDoesNotAnswerIsGivenUp) {
+    grant();
+    pass(10);
+    pass(29.9);
+    EXPECT_THAT(said, IsEmpty());
+    pass(0.1);
+    EXPECT_THAT(said, ElementsAre("unreachable: silent"));
+    pass(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat", "connect", "hold 25"));
+}
+
+TEST_F(HoldKeeperTest, RidesOnTheHoldOfAnotherAndTakesOver) {
+    ride();
+    pass(2);
+    daemon->onReport(heldBy(7));
+    pass(2);
+    daemon->onReport(heldBy(8)); // another one that rode was faster
+    pass(2);
+    daemon->onReport(freeAfter(HoldEnding::clientGone));
+    daemon->onHold(false, "busy");
+    daemon->onReport(heldBy(9));
+    pass(2);
+    daemon->onReport(freeAfter(HoldEnding::released));
+    daemon->onHold(true, "");
+    EXPECT_THAT(said, ElementsAre("riding on 8", "riding on 9", "holding"));
+    EXPECT_THAT(takeCalls(), ElementsAre("report", "report", "report", "hold 25", "report",
+                                         "report", "hold 25"));
+}
+
+TEST_F(HoldKeeperTest, AReleaseIsMeantForWhoeverRidesToo) {
+    ride();
+    pass(2);
+    daemon->onReport(freeAfter(HoldEnding::releasedByAnother));
+    EXPECT_THAT(said, ElementsAre("released: released by another"));
+    pass(100);
+    EXPECT_THAT(takeCalls(), ElementsAre("report"));
+}
+
+TEST_F(HoldKeeperTest, WithoutRidingBusyIsARefusal) {
+    HoldKeeper one = make({.batteryFloor = 25, .rides = false});
+    one.start();
+    daemon->onHold(false, "busy");
+    EXPECT_THAT(said, ElementsAre("refused: busy"));
+}
+
+// It ends the connection over a report. A holder has nothing to lose when it asks.
+TEST_F(HoldKeeperTest, ADaemonOfBeforeReportsIsTakenAsItIs) {
+    grant();
+    pass(10);
+    daemon->onReply(false);
+    lose();
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat", "report", "connect", "hold 25"));
+    daemon->onHold(false, "busy");
+    EXPECT_THAT(said, ElementsAre("connecting: unknown", "riding"));
+    pass(2);
+    EXPECT_THAT(takeCalls(), ElementsAre("hold 25"));
+}
+
+TEST_F(HoldKeeperTest, WhoeverDoubtsTheHoldIsAnsweredAtOnce) {
+    grant();
+    pass(3);
+    keeper.checkNow();
+    keeper.checkNow(); // the answer is on its way
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
+    daemon->onReply(true);
+    pass(9);
+    EXPECT_THAT(takeCalls(), IsEmpty()); // there is one chain of heartbeats only
+    pass(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
 }
 
 TEST_F(HoldKeeperTest, RepliesAndTimersOfAnEarlierAttemptAreDropped) {
     grant();
     lose();
-    takeCalls();
-    passTime(); // the heartbeat of the lost hold
-    EXPECT_THAT(takeCalls(), IsEmpty());
     const auto late = daemon->onHold;
+    takeCalls();
+    daemon->onHold(false, "thermal");
     lose();
     late(true, "");
     EXPECT_EQ(keeper.status().state, HoldKeeper::State::connecting);
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
 }
 
-TEST_F(HoldKeeperTest, ReleasesWhatItHolds) {
+TEST_F(HoldKeeperTest, ReleasesWhatItStillHolds) {
     grant();
-    std::vector<bool> restored;
-    keeper.stop([&](bool ok) { restored.push_back(ok); });
+    stop();
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
+    daemon->onReply(true);
     EXPECT_THAT(takeCalls(), ElementsAre("release"));
-    EXPECT_THAT(restored, IsEmpty());
+    EXPECT_THAT(said, IsEmpty());
     daemon->onReply(false);
-    EXPECT_THAT(restored, ElementsAre(false));
-    lose();
-    EXPECT_THAT(restored, ElementsAre(false));
+    pass(100);
+    EXPECT_THAT(said, ElementsAre("stopped: pending"));
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(HoldKeeperTest, ADaemonLostDuringTheReleaseHasNotRestoredYet) {
+TEST_F(HoldKeeperTest, NeverReleasesTheHoldOfASuccessor) {
     grant();
-    std::vector<bool> restored;
-    keeper.stop([&](bool ok) { restored.push_back(ok); });
-    lose();
-    EXPECT_THAT(restored, ElementsAre(false));
-    EXPECT_THAT(takeCalls(), ElementsAre("release"));
+    stop();
+    daemon->onReply(false);
+    daemon->onReport(heldBy(8));
+    EXPECT_THAT(takeCalls(), ElementsAre("heartbeat", "report"));
+    EXPECT_THAT(said, ElementsAre("stopped: notHeld"));
 }
 
-TEST_F(HoldKeeperTest, NeverReleasesTheHoldOfAnother) {
-    keeper.start();
-    daemon->onHold(false, "busy");
+TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
+    struct Case {
+        std::string_view name;
+        std::string report; ///< empty: the connection ends
+        std::string_view outcome;
+    };
+
+    HoldReport pending{.pending = true};
+    HoldReport unreadable{.recordIsUnreadable = true};
+    for (const auto& [name, report, outcome] :
+         {Case{"free", freeAfter(HoldEnding::clientGone), "stopped: restored"},
+          Case{"another holds", heldBy(7), "stopped: notHeld"},
+          Case{"pending", encodeJson(pending).value(), "stopped: pending"},
+          Case{"unreadable", encodeJson(unreadable).value(), "stopped: pending"},
+          Case{"no report", "{}", "stopped: unknown"}, Case{"gone", "", "stopped: unknown"}}) {
+        HoldKeeper one = make({.batteryFloor = 25});
+        one.start();
+        daemon->onHold(false, "thermal");
+        one.stop([this](HoldKeeper::Outcome is) {
+            said.push_back("stopped: "
+                           + std::string(outcomeNames.at(static_cast<std::size_t>(is))));
+        });
+        report.empty() ? lose() : daemon->onReport(report);
+        EXPECT_EQ(said.back(), outcome) << name;
+    }
     takeCalls();
-    std::vector<bool> restored;
-    keeper.stop([&](bool ok) { restored.push_back(ok); });
-    EXPECT_THAT(restored, ElementsAre(true));
+    pass(100);
     EXPECT_THAT(takeCalls(), IsEmpty());
-    passTime();
-    EXPECT_THAT(takeCalls(), IsEmpty());
+}
+
+TEST_F(HoldKeeperTest, MayBeStoppedByWhoHearsOfItAndStartedAgain) {
+    HoldKeeper* self = nullptr;
+    HoldKeeper one(
+        *this,
+        [this](double seconds, std::function<void()> callback) {
+            timers.emplace_back(now + seconds, std::move(callback));
+        },
+        [&](const HoldKeeper::Status& status) {
+            said.push_back(told(status));
+            if (status.state == HoldKeeper::State::refused)
+                self->stop(
+                    [this](HoldKeeper::Outcome /*outcome*/) { said.emplace_back("stopped"); });
+        },
+        {.batteryFloor = 25});
+    self = &one;
+    one.start();
+    daemon->onHold(false, "thermal");
+    pass(100);
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "report"));
+    EXPECT_THAT(said, ElementsAre("refused: thermal", "stopped"));
+    one.start();
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
 }
 
 } // namespace

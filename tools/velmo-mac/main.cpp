@@ -135,6 +135,7 @@ void apply(const Changes& changes, SimulatedMac& mac) {
     choose(mac.thermal, changes.thermal);
     choose(mac.lid, changes.lid);
     mac.asleep = mac.asleep && mac.lid == Lid::shut;
+    mac.displayIsOff = mac.displayIsOff && mac.lid == Lid::shut;
     if (changes.sleepDisabled) {
         mac.sleepDisabled = *changes.sleepDisabled;
         mac.late.reset();

@@ -1,9 +1,9 @@
 #include "tools/velmo-power/StatusDisplay.h"
 
-#include "platform/posix/StandardStreams.h"
-
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <utility>
 
 namespace velmo {
@@ -13,34 +13,50 @@ namespace {
 /// To the first column, and erase to the end of the line.
 constexpr std::string_view eraseLine = "\r\x1b[K";
 
+constexpr std::size_t usualColumns = 80;
+
+bool canErase(int descriptor) {
+    const char* const terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): at the start
+    return ::isatty(descriptor) == 1 && (!terminal || std::string_view(terminal) != "dumb");
+}
+
+std::size_t columns(int descriptor) {
+    winsize size{};
+    return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
+                                                                          : usualColumns;
+}
+
 } // namespace
 
 StatusDisplay::StatusDisplay(int descriptor, bool live)
-    : descriptor_(descriptor), live_(live && ::isatty(descriptor) == 1) {
+    : descriptor_(descriptor), live_(live && canErase(descriptor)), writer_(descriptor) {
+}
+
+bool StatusDisplay::isLive() const {
+    if (!live_)
+        return false;
+    // A terminal that is not the one that controls us has no foreground that we could be in.
+    const pid_t foreground = ::tcgetpgrp(descriptor_);
+    return foreground < 0 || foreground == ::getpgrp();
 }
 
 void StatusDisplay::say(std::string_view text) {
     clear();
-    write(std::string(text) + "\n");
+    writer_.write(std::string(text) + "\n");
 }
 
 void StatusDisplay::showNow(std::string_view text) {
-    if (!live_)
+    // A terminal that was stopped would be sent every line that it has missed.
+    if (!isLive() || !writer_.isIdle())
         return;
-    write(std::string(eraseLine).append(text));
+    // The last column stays free: some terminals wrap as soon as it is written.
+    writer_.write(std::string(eraseLine).append(text.substr(0, columns(descriptor_) - 1)));
     drawn_ = true;
 }
 
 void StatusDisplay::clear() {
-    if (std::exchange(drawn_, false))
-        write(eraseLine);
-}
-
-void StatusDisplay::write(std::string_view text) const {
-    if (descriptor_ == STDERR_FILENO)
-        writeStandardError(text);
-    else
-        offerStandardOutput(text);
+    if (std::exchange(drawn_, false) && isLive())
+        writer_.write(std::string(eraseLine));
 }
 
 } // namespace velmo

@@ -1,6 +1,7 @@
 #include "tools/velmo-power/StatusText.h"
 
 #include "core/power/HoldReasons.h"
+#include "tools/velmo-power/HoldLimits.h"
 
 #include "machine/PowerReadings.h"
 
@@ -42,6 +43,30 @@ std::string percent(std::int64_t value) {
     return std::to_string(value) + "%";
 }
 
+std::string_view explained(HoldEnding ending) {
+    switch (ending) {
+    case HoldEnding::released:
+        return "released";
+    case HoldEnding::releasedByAnother:
+        return "released by another client";
+    case HoldEnding::clientGone:
+        return "its client went away";
+    case HoldEnding::heartbeat:
+        return "its client was silent for too long";
+    case HoldEnding::battery:
+        return "the battery fell below the floor";
+    case HoldEnding::thermal:
+        return "the machine ran too hot";
+    case HoldEnding::failed:
+        return "it could not be renewed";
+    case HoldEnding::stopping:
+        return "the power daemon was stopped";
+    case HoldEnding::crashed:
+        break;
+    }
+    return "the power daemon died, and its next start put sleep back";
+}
+
 std::string_view sleepWord(const std::optional<bool>& disabled) {
     if (!disabled)
         return "unknown";
@@ -54,19 +79,26 @@ std::string_view sourceWord(const std::optional<bool>& ac) {
     return *ac ? "mains" : "battery";
 }
 
-std::string twoDigits(std::int64_t value) {
-    return (value < 10 ? "0" : "") + std::to_string(value);
-}
-
-std::string clockText(double seconds) {
-    const auto whole = static_cast<std::int64_t>(seconds);
-    return std::to_string(whole / 3600) + ":" + twoDigits(whole / 60 % 60) + ":"
-           + twoDigits(whole % 60);
-}
-
 } // namespace
 
-PowerStatus readStatus(PowerMachine& machine) {
+std::string_view endingText(std::string_view how) {
+    if (how == HoldKeeper::connectionLost)
+        return "the power daemon went away";
+    if (how == HoldKeeper::reasonUnknown)
+        return "the power daemon ended the hold";
+    return fromRawText<HoldEnding>(how)
+        .transform([](HoldEnding ending) { return explained(ending); })
+        .value_or(how);
+}
+
+std::string holderText(const HolderReport& holder) {
+    std::string text = holder.program.value_or("a client");
+    if (holder.processId)
+        text += " (" + std::to_string(*holder.processId) + ")";
+    return text;
+}
+
+PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset) {
     const PowerReading reading = readPower(machine);
     PowerStatus status;
     status.ac = reading.ac;
@@ -74,11 +106,28 @@ PowerStatus readStatus(PowerMachine& machine) {
     status.thermal = thermalName(machine.thermalState());
     status.lid = machine.lid().transform(
         [](const LidState& lid) { return std::string(lid.isShut ? "shut" : "open"); });
-    status.sleepDisabled = sleepDisabledNow(machine);
+    status.sleepDisabled =
+        mayRunPmset ? sleepDisabledNow(machine) : machine.sleepDisabledProperty();
     return status;
 }
 
-std::string statusText(const PowerStatus& status) {
+namespace {
+
+std::string holderLine(const HoldReport& report, WallTime now) {
+    if (!report.holder)
+        return report.pending ? "nobody; sleep could not be enabled again yet, which is tried again"
+                              : "nobody";
+    const HolderReport& holder = *report.holder;
+    std::string text = holderText(holder) + " since " + timeOfDayText({holder.since}, now)
+                       + ", floor " + percent(holder.batteryFloor);
+    if (report.sleepDisabled == false)
+        text += "; but somebody has enabled sleep";
+    return text;
+}
+
+} // namespace
+
+std::string statusText(const PowerStatus& status, WallTime now) {
     std::string text;
     const auto line = [&](std::string_view name, std::string_view value) {
         text.append(name).append(value).append("\n");
@@ -88,31 +137,54 @@ std::string statusText(const PowerStatus& status) {
     line("battery  ", status.battery ? percent(*status.battery) : "none");
     line("thermal  ", status.thermal);
     line("lid      ", status.lid.value_or("none"));
+    if (!status.holds) {
+        line("held by  ", "unknown: the power daemon does not tell");
+        return text;
+    }
+    line("held by  ", holderLine(*status.holds, now));
+    if (const auto& last = status.holds->lastEnd)
+        line("last     ", "the last hold ended at " + timeOfDayText({last->at}, now) + ": "
+                              + std::string(endingText(last->how)));
+    if (status.holds->recordIsUnreadable)
+        line("record   ", "can't be read: sleep may still be disabled. `sudo pmset -a disablesleep "
+                          "0` enables it; then remove the file");
     return text;
 }
 
 std::string holdText(const HoldKeeper::Status& status) {
     switch (status.state) {
     case HoldKeeper::State::connecting:
-        return status.reason.empty() ? "asking for the hold" : status.reason + "; asking again";
+        return status.reason.empty() ? "asking for the hold"
+                                     : std::string(endingText(status.reason)) + "; asking again";
     case HoldKeeper::State::holding:
         return "holding: the Mac stays awake";
+    case HoldKeeper::State::riding:
+        return "the Mac is held awake already, by "
+               + status.holder.transform(holderText).value_or("another client")
+               + "; its hold is taken over when it ends";
     case HoldKeeper::State::refused:
         return "refused: " + std::string(explained(status.reason));
     case HoldKeeper::State::unreachable:
-        return "the power daemon can't be reached";
+        return status.reason == HoldKeeper::daemonSilent ? "the power daemon does not answer"
+                                                         : "the power daemon can't be reached";
+    case HoldKeeper::State::released:
+        return "the hold is over: released by another client";
     }
     std::unreachable();
 }
 
-std::string heldLine(double heldSeconds, BatteryFloor floor, const PowerStatus& status) {
-    std::string line = "awake for " + clockText(heldSeconds);
-    line += " | power: ";
+std::string HeldLine::text(const PowerStatus& status) const {
+    std::string line = status.sleepDisabled == false ? "held, but sleep is enabled"
+                                                     : "awake for " + clockText(seconds);
+    if (!riding.empty())
+        line += " by " + riding;
+    if (!until.empty())
+        line += ", " + until;
+    line += " | ";
     line += sourceWord(status.ac);
     if (status.battery)
         line += ", battery " + percent(*status.battery);
-    line += " (floor " + percent(floor.percent()) + ")";
-    line += " | " + status.thermal;
+    line += " (floor " + percent(floor.percent()) + ") | " + status.thermal;
     return line;
 }
 

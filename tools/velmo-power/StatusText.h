@@ -1,7 +1,9 @@
 #pragma once
 
 #include "core/power/BatteryFloor.h"
+#include "core/power/HoldReport.h"
 #include "core/power/KeepAwakeLines.h"
+#include "core/support/Time.h"
 
 #include "client/HoldKeeper.h"
 #include "machine/PowerMachine.h"
@@ -13,25 +15,42 @@
 /// What velmo-power says to people.
 namespace velmo {
 
-/// What anyone may read of a Mac without asking the daemon.
+/// What anyone may read of a Mac, and what its daemon tells.
 struct PowerStatus : KeepAwakePowerLine {
     std::optional<bool> sleepDisabled; ///< absent when it can't be read
+    std::optional<HoldReport> holds;   ///< absent when no daemon tells
 
-    static constexpr auto fields =
-        std::tuple_cat(KeepAwakePowerLine::fields,
-                       std::tuple{field("sleepDisabled", &PowerStatus::sleepDisabled)});
+    static constexpr auto fields = std::tuple_cat(
+        KeepAwakePowerLine::fields, std::tuple{field("sleepDisabled", &PowerStatus::sleepDisabled),
+                                               field("holds", &PowerStatus::holds)});
     bool operator==(const PowerStatus&) const = default;
 };
 
-PowerStatus readStatus(PowerMachine& machine);
+/// Reads all but what the daemon tells. The setting is read by the property alone where `pmset -g`,
+/// which may take its time, is not wanted.
+PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset);
 
-/// Returns five lines, one fact each.
-std::string statusText(const PowerStatus& status);
+/// Returns one fact a line; `now` is for the times of day.
+std::string statusText(const PowerStatus& status, WallTime now);
 
 /// Returns where a hold stands, as a sentence without its full stop.
 std::string holdText(const HoldKeeper::Status& status);
 
-/// Returns the one line that stays current while a hold is in force, of fewer than 80 columns.
-std::string heldLine(double heldSeconds, BatteryFloor floor, const PowerStatus& status);
+/// Names a holder: "velmo-power (4711)".
+std::string holderText(const HolderReport& holder);
+
+/// Says how a hold ended, from the text of a `HoldEnding` or a word of `HoldKeeper`.
+std::string_view endingText(std::string_view how);
+
+/// Returns the one line that stays current while the Mac is held awake: for how long, for whom if
+/// the hold is another's, until when, and how the Mac is.
+struct HeldLine {
+    double seconds = 0;
+    BatteryFloor floor{};
+    std::string riding{}; ///< whose hold it is; empty for our own
+    std::string until{};  ///< what ends the hold; empty for nothing
+
+    [[nodiscard]] std::string text(const PowerStatus& status) const;
+};
 
 } // namespace velmo

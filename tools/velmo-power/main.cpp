@@ -3,125 +3,199 @@
 #include "core/output/Output.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
+#include "platform/posix/ProcessBirth.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
+#include "tools/velmo-power/Background.h"
+#include "tools/velmo-power/Conversation.h"
 #include "tools/velmo-power/ExitStatus.h"
 #include "tools/velmo-power/HoldCommand.h"
+#include "tools/velmo-power/PowerCommandLine.h"
 #include "tools/velmo-power/StatusText.h"
 
-#include <CLI/CLI.hpp>
 #include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
 
-#include <cstdint>
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
 
 using namespace velmo;
 
-struct Arguments {
-    std::string mac; ///< folder of a simulated Mac; empty: this Mac
-    std::int64_t floor = 20;
-    std::vector<std::string> command;
-    bool json = false;
+void complain(std::string_view message) {
+    writeStandardError("velmo-power: " + std::string(message) + "\n");
+}
+
+/// One command line at work on one Mac.
+class Program {
+public:
+    Program(const CommandLine::Line& line, std::span<const std::string_view> arguments,
+            const ProcessBirth& birth)
+        : line_(line), arguments_(arguments), birth_(birth) {}
+
+    int run(std::optional<int> readyDescriptor);
+
+private:
+    std::optional<PowerAccess> access();
+    [[nodiscard]] std::string folder() const;
+    int noMac();
+    int hold(PowerAccess mac, std::optional<int> readyDescriptor);
+    int status(PowerAccess& mac);
+    int release(PowerAccess& mac);
+    PowerStatus readAll(PowerAccess& mac, Conversation& daemon);
+
+    [[nodiscard]] bool isQuiet() const { return line_.has("--quiet"); }
+
+    const CommandLine::Line& line_;
+    std::span<const std::string_view> arguments_;
+    const ProcessBirth& birth_;
+    asio::io_context context_{1};
 };
 
-int complain(std::string_view message, int exitStatus) {
-    writeStandardError("velmo-power: " + std::string(message) + "\n");
-    return exitStatus;
+std::string Program::folder() const {
+    if (const auto named = line_.value("--mac"))
+        return std::string(*named);
+    const char* const fromEnvironment = std::getenv("VELMO_MAC"); // NOLINT(concurrency-mt-unsafe)
+    return fromEnvironment ? fromEnvironment : "";
 }
 
-int status(PowerAccess& access, const Arguments& arguments) {
-    const PowerStatus status = readStatus(*access.machine);
-    if (arguments.json)
-        Output::print(status, writeStandardOutput);
+std::optional<PowerAccess> Program::access() {
+    if (line_.has("--mac") || !folder().empty())
+        return accessSimulatedMac(context_, folder());
+    // The context has nothing to wait for while a connection works elsewhere, and must not run out
+    // of work meanwhile.
+    return accessThisMac(
+        {.post = [this, work = asio::make_work_guard(context_)](
+                     std::function<void()> piece) { asio::post(context_, std::move(piece)); },
+         .log = complain});
+}
+
+int Program::noMac() {
+    complain(folder().empty() && !line_.has("--mac")
+                 ? "this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC"
+                 : "there is no simulated Mac in order in '" + folder()
+                       + "'; velmo-mac create makes one");
+    return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
+}
+
+int Program::run(std::optional<int> readyDescriptor) {
+    auto mac = access();
+    if (!mac)
+        return noMac();
+    if (line_.verb->name == PowerVerb::hold)
+        return hold(*std::move(mac), readyDescriptor);
+    if (line_.verb->name == PowerVerb::release)
+        return release(*mac);
+    return status(*mac);
+}
+
+int Program::hold(PowerAccess mac, std::optional<int> readyDescriptor) {
+    auto request = HoldRequest::from(line_, mac.machine->wallTime());
+    if (!request) {
+        complain(request.error());
+        return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
+    }
+    if (request->inBackground && !readyDescriptor)
+        return holdInBackground(birth_, arguments_);
+    request->readyDescriptor = readyDescriptor;
+    // The process in front has one thing to print.
+    request->isQuiet = request->isQuiet || readyDescriptor;
+    return HoldCommand(context_, std::move(mac), *std::move(request), birth_).run();
+}
+
+int Program::release(PowerAccess& mac) {
+    Conversation daemon(context_, *mac.link, complain);
+    const auto before = daemon.report();
+    if (!before && before.error() != Conversation::Failure::gone) {
+        complain(failureText(before.error()));
+        return ExitStatus::unreachable;
+    }
+    const auto restored = daemon.release();
+    if (!restored) {
+        complain(failureText(restored.error()));
+        return ExitStatus::unreachable;
+    }
+    if (!*restored) {
+        complain("sleep could not be enabled again yet; the power daemon keeps trying");
+        return ExitStatus::refused;
+    }
+    if (isQuiet())
+        return ExitStatus::success;
+    if (!before)
+        writeStandardOutput("nobody holds any more\n");
+    else if (const auto& holder = before->holder)
+        writeStandardOutput("released the hold of " + holderText(*holder) + ", in force since "
+                            + timeOfDayText({holder->since}, mac.machine->wallTime()) + "\n");
     else
-        writeStandardOutput(statusText(status));
+        writeStandardOutput(before->pending ? "nobody held; sleep is enabled again\n"
+                                            : "nobody held\n");
     return ExitStatus::success;
 }
 
-int release(asio::io_context& context, PowerAccess& access) {
-    std::optional<bool> restored;
-    const auto daemon = access.link->connect([&] { context.stop(); });
-    if (!daemon)
-        return complain("the power daemon can't be reached", ExitStatus::unreachable);
-    daemon->release([&](bool ok) {
-        restored = ok;
-        context.stop();
-    });
-    context.run();
-    if (!restored)
-        return complain("the power daemon went away without an answer", ExitStatus::unreachable);
-    if (!*restored)
-        return complain("sleep could not be enabled again yet; the daemon keeps trying",
-                        ExitStatus::refused);
-    return ExitStatus::success;
+PowerStatus Program::readAll(PowerAccess& mac, Conversation& daemon) {
+    PowerStatus status = readStatus(*mac.machine, true);
+    if (auto holds = daemon.report())
+        status.holds = *std::move(holds);
+    return status;
 }
 
-/// The context has nothing to wait for while a connection works elsewhere, and must not run out of
-/// work meanwhile.
-ClientContext surroundings(asio::io_context& context) {
-    return {.post =
-                [work = asio::make_work_guard(context)](std::function<void()> piece) {
-                    asio::post(work.get_executor(), std::move(piece));
-                },
-            .log = [](std::string_view message) { complain(message, ExitStatus::success); }};
+int Program::status(PowerAccess& mac) {
+    Conversation daemon(context_, *mac.link, complain);
+    std::string shown;
+    while (true) {
+        const PowerStatus status = readAll(mac, daemon);
+        std::string text;
+        if (line_.has("--json"))
+            Output::print(status, [&](std::string_view line) { text = line; });
+        else
+            text = statusText(status, mac.machine->wallTime());
+        if (text != shown)
+            writeStandardOutput((shown.empty() || line_.has("--json") ? "" : "\n") + text);
+        if (!line_.has("--watch"))
+            return ExitStatus::success;
+        shown = std::move(text);
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
 }
 
-std::optional<PowerAccess> access(asio::io_context& context, const Arguments& arguments) {
-    return arguments.mac.empty() ? accessThisMac(surroundings(context))
-                                 : accessSimulatedMac(context, arguments.mac);
+/// Wrong usage with a command looks like any other failure before the command ran.
+int usageStatus(std::span<const std::string_view> arguments) {
+    const bool holds =
+        !arguments.empty() && std::ranges::find(arguments, PowerVerb::hold) != arguments.end();
+    const bool namesCommand = holds && std::ranges::find(arguments, "--") != arguments.end();
+    return namesCommand ? ExitStatus::withCommand : ExitStatus::usage;
 }
-
-int noMac(const Arguments& arguments) {
-    if (!arguments.mac.empty())
-        return complain("there is no simulated Mac in order in " + arguments.mac,
-                        ExitStatus::usage);
-    return complain("this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC",
-                    ExitStatus::usage);
-}
-
-constexpr const char* footer =
-    "Exit status: 0 done; 1 refused, or sleep not restored yet; 2 wrong usage; 3 no daemon;\n"
-    "with COMMAND its own status, 126 and 127 when it can't be run, 128+N after signal N.";
 
 } // namespace
 
 int main(int argc, char** argv) {
+    const ProcessBirth birth = ProcessBirth::read();
     prepareProcess();
-    Arguments arguments;
-    CLI::App app("Keeps a Mac awake, lid closed too, and tells how it stands with its power.");
-    app.footer(footer);
-    app.require_subcommand(1);
-    app.add_option("--mac", arguments.mac, "folder of a simulated Mac, in place of this one")
-        ->envname("VELMO_MAC");
-    auto* const holding = app.add_subcommand(
-        "hold", "keep the Mac awake until Ctrl-C, or while COMMAND runs, then release");
-    holding
-        ->add_option("--floor", arguments.floor,
-                     "battery percentage below which the hold ends; counts as 10 to 95")
-        ->capture_default_str();
-    holding->add_option("COMMAND", arguments.command, "program and arguments, after --");
-    auto* const releasing = app.add_subcommand("release", "end the current hold, whoever holds");
-    auto* const asking = app.add_subcommand("status", "print sleep, power, battery and heat");
-    asking->add_flag("--json", arguments.json, "as one JSON line");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? ExitStatus::success : ExitStatus::usage;
-    }
+    std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto readyDescriptor = takeReadyDescriptor(arguments);
 
-    asio::io_context context(1);
-    auto mac = access(context, arguments);
-    if (!mac)
-        return noMac(arguments);
-    if (*asking)
-        return status(*mac, arguments);
-    if (*releasing)
-        return release(context, *mac);
-    return HoldCommand(context, *std::move(mac), arguments.floor, arguments.command).run();
+    const auto line = CommandLine::read(powerCommandLine, arguments);
+    if (!line) {
+        complain(line.error());
+        return usageStatus(arguments);
+    }
+    if (line->has(CommandLine::helpOption.name)) {
+        writeStandardOutput(
+            CommandLine::helpText(powerCommandLine, line->namesVerb ? line->verb : nullptr));
+        return ExitStatus::success;
+    }
+    if (line->has(CommandLine::versionOption.name)) {
+        writeStandardOutput("velmo-power " + std::string(powerCommandLine.version) + "\n");
+        return ExitStatus::success;
+    }
+    return Program(*line, arguments, birth).run(readyDescriptor);
 }

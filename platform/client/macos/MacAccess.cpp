@@ -1,5 +1,7 @@
 #include "core/power/PowerService.h"
+#include "platform/client/DisplayOff.h"
 #include "platform/client/PowerAccess.h"
+#include "platform/client/macos/IdleAssertion.h"
 #include "platform/client/macos/XpcPowerClient.h"
 #include "platform/machine/macos/MacPowerMachine.h"
 #include "platform/xpc/SigningTeam.h"
@@ -31,7 +33,9 @@ private:
 
 std::optional<PowerAccess> accessThisMac(ClientContext context) {
     return PowerAccess{.machine = std::make_unique<MacPowerMachine>(),
-                       .link = std::make_unique<XpcPowerLink>(std::move(context))};
+                       .link = std::make_unique<XpcPowerLink>(std::move(context)),
+                       .preventIdleSleep = preventIdleSleep,
+                       .turnDisplayOff = [] { turnDisplayOffBy("/usr/bin/pmset"); }};
 }
 
 } // namespace velmo

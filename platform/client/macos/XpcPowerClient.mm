@@ -6,17 +6,12 @@
 #include "platform/xpc/PeerRequirement.h"
 #include "platform/xpc/XpcProtocol.h"
 
-#include <chrono>
-#include <future>
 #include <mutex>
 #include <utility>
 
 namespace velmo {
 
 namespace {
-
-/// How long launchd may take to start the daemon, and the daemon to undo what an earlier run left.
-constexpr std::chrono::seconds patience(30);
 
 /// The only part of a client that the connection's queue touches. The client shuts it when it goes:
 /// replies and errors still come after that, when the thread that they were for may be gone.
@@ -85,7 +80,7 @@ public:
         };
         // Also when it is of no use: the system wants a connection resumed before it is let go.
         [connection_ resume];
-        return required && answers();
+        return required;
     }
 
     void hold(std::int64_t batteryFloor, HoldReply reply) override {
@@ -130,17 +125,6 @@ private:
         return [connection_ remoteObjectProxyWithErrorHandler:^(NSError* /*error*/) {
           failed();
         }];
-    }
-
-    /// Tells whether the daemon replies: a connection is made by its first call. The heartbeat of a
-    /// client without a hold changes nothing, whatever the reply.
-    [[nodiscard]] bool answers() {
-        const auto answered = std::make_shared<std::promise<bool>>();
-        auto outcome = answered->get_future();
-        [daemon([answered] { answered->set_value(false); }) heartbeatWithReply:^(BOOL /*holds*/) {
-          answered->set_value(true);
-        }];
-        return outcome.wait_for(patience) == std::future_status::ready && outcome.get();
     }
 
     std::function<void()> whenLost() {

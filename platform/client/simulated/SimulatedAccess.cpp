@@ -1,6 +1,7 @@
 #include "platform/client/simulated/SimulatedAccess.h"
 
 #include "core/power/PowerService.h"
+#include "platform/client/DisplayOff.h"
 #include "platform/client/simulated/SocketClient.h"
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/simulated/MacFolder.h"
@@ -34,7 +35,9 @@ std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
         return std::nullopt;
     return PowerAccess{
         .machine = std::make_unique<SimulatedPowerMachine>(*mac),
-        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService))};
+        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService)),
+        .preventIdleSleep = {}, // this Mac is never idle
+        .turnDisplayOff = [pmset = mac->pmset().string()] { turnDisplayOffBy(pmset); }};
 }
 
 } // namespace velmo

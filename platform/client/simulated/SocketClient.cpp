@@ -6,6 +6,7 @@
 #include <asio/read_until.hpp>
 #include <asio/write.hpp>
 
+#include <optional>
 #include <utility>
 
 namespace velmo {
@@ -14,14 +15,15 @@ std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
                                                     const std::filesystem::path& socket,
                                                     std::function<void()> onLost) {
     const std::shared_ptr<SocketClient> client(new SocketClient(context));
-    // Throws too if the path is too long for a socket address.
+    std::optional<asio::local::stream_protocol::endpoint> address;
     try {
-        client->socket_.connect(socket.string());
-    } catch (const std::system_error&) {
+        address.emplace(socket.string());
+    } catch (const std::system_error&) { // the path is too long
         return nullptr;
     }
     client->onLost_ = std::move(onLost);
-    client->readReply();
+    client->socket_.async_connect(
+        *address, [client](const std::error_code& error) { client->connected(error); });
     // Reads and writes under way keep the client itself alive; what the caller gets is a handle
     // whose end closes the connection and lets them finish.
     return {client.get(), [client](SocketClient* /*owned by client*/) { client->close(); }};
@@ -54,7 +56,18 @@ void SocketClient::report(ReportReply reply) {
 void SocketClient::call(const CallLine& line, OnReply onReply) {
     awaited_.push_back(std::move(onReply));
     Output::print(line, [this](std::string_view text) { toSend_.emplace_back(text); });
-    if (toSend_.size() == 1)
+    if (isConnected_ && toSend_.size() == 1)
+        writeNext();
+}
+
+void SocketClient::connected(const std::error_code& error) {
+    if (error) {
+        lost();
+        return;
+    }
+    isConnected_ = true;
+    readReply();
+    if (!toSend_.empty())
         writeNext();
 }
 
@@ -83,10 +96,7 @@ void SocketClient::received(const std::error_code& error, std::size_t size) {
     const auto line =
         error ? std::nullopt : decodeRecord<ReplyLine>(std::string_view(received_).substr(0, size));
     if (!line || awaited_.empty()) {
-        const auto handler = std::exchange(onLost_, nullptr);
-        close();
-        if (handler)
-            handler();
+        lost();
         return;
     }
     received_.erase(0, size);
@@ -94,6 +104,13 @@ void SocketClient::received(const std::error_code& error, std::size_t size) {
     awaited_.pop_front();
     readReply();
     onReply(*line);
+}
+
+void SocketClient::lost() {
+    const auto handler = std::exchange(onLost_, nullptr);
+    close();
+    if (handler)
+        handler();
 }
 
 void SocketClient::close() {

@@ -20,8 +20,9 @@ namespace velmo {
 class SocketClient final : public VelmoPowerProtocol,
                            public std::enable_shared_from_this<SocketClient> {
 public:
-    /// Connects to the socket; null if nobody listens there. `onLost` is called once, when the
-    /// daemon ends the connection; calls without a reply by then never get one. Letting go of the
+    /// Begins to connect to the socket; null if its path is too long for one. `onLost` is called
+    /// once, when nobody listens there or the daemon ends the connection; calls without a reply by
+    /// then never get one. Letting go of the
     /// client ends the connection too, and nothing is called any more.
     static std::shared_ptr<SocketClient> connect(asio::io_context& context,
                                                  const std::filesystem::path& socket,
@@ -38,12 +39,15 @@ private:
     explicit SocketClient(asio::io_context& context) : socket_(context) {}
 
     void call(const CallLine& line, OnReply onReply);
+    void connected(const std::error_code& error);
     void writeNext();
     void readReply();
     void received(const std::error_code& error, std::size_t size);
+    void lost();
     void close();
 
     asio::local::stream_protocol::socket socket_;
+    bool isConnected_ = false;
     std::function<void()> onLost_;
     std::deque<std::string> toSend_; ///< the first is being written
     std::deque<OnReply> awaited_;

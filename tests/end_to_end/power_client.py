@@ -1,0 +1,667 @@
+#!/usr/bin/env python3
+"""velmo-power as people use it: against the daemon of a simulated Mac, with real commands, signals,
+terminals and streams. power_client.py PROGRAMS [unittest's arguments]; the random words come from
+VELMO_SEED."""
+
+import fcntl
+import itertools
+import json
+import os
+import pty
+import random
+import re
+import resource
+import select
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+import unittest
+
+PROGRAMS = os.path.abspath(sys.argv.pop(1))
+SHARE = PROGRAMS + "/../share"
+SEED = int(os.environ.get("VELMO_SEED", "1"))
+PATIENCE = 30  # seconds
+SHOW_WORDS = [sys.executable, "-S", "-c",
+              "import os, sys; os.write(1, b'\\0'.join(map(os.fsencode, sys.argv[1:])))"]
+
+
+def until(condition, what):
+    end = time.monotonic() + PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("in vain: " + what)
+        time.sleep(0.02)
+
+
+class Client:
+    """A velmo-power that runs: its lines, and what it is sent."""
+
+    def __init__(self, words, **options):
+        self.process = subprocess.Popen(words, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                        stdin=subprocess.DEVNULL, **options)
+        os.set_blocking(self.process.stdout.fileno(), False)
+        self.text = ""
+
+    def said(self):
+        self.text += (self.process.stdout.read() or b"").decode()
+        return self.text
+
+    def wait_for(self, text, times=1):
+        until(lambda: self.said().count(text) >= times, f"'{text}' in '{self.text}'")
+
+    def send(self, number):
+        self.process.send_signal(number)
+
+    def end(self):
+        status = self.process.wait(PATIENCE)
+        self.said()
+        return status
+
+
+class PowerTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="vp")
+        self.addCleanup(self.folder.cleanup)
+        self.mac("create")
+        self.environment = dict(os.environ, VELMO_MAC=self.folder.name, LC_ALL="C")
+        self.start_daemon()
+        self.addCleanup(lambda: (self.daemon.kill(), self.daemon.wait()))
+
+    def start_daemon(self):
+        self.log = open(self.folder.name + "/log", "a")
+        self.addCleanup(self.log.close)
+        self.daemon = subprocess.Popen([PROGRAMS + "/VelmoPowerDaemonSimulated", self.folder.name],
+                                       stderr=self.log)
+        until(lambda: self.power("release").returncode == 0, "the daemon listens")
+
+    def mac(self, verb, *words):
+        subprocess.run([PROGRAMS + "/velmo-mac", verb, self.folder.name, *words], check=True,
+                       stdout=subprocess.DEVNULL)
+
+    def state(self):
+        with open(self.folder.name + "/machine.json") as file:
+            return json.load(file)
+
+    def is_held(self):
+        return self.state()["sleepDisabled"]
+
+    def words(self, *words):
+        return [PROGRAMS + "/velmo-power", *words]
+
+    def power(self, *words, **options):
+        return subprocess.run(self.words(*words), env=self.environment, capture_output=True,
+                              timeout=PATIENCE, **options)
+
+    def start(self, *words, **options):
+        return Client(self.words(*words), env=self.environment, **options)
+
+    def restart_daemon(self):
+        self.daemon.wait(PATIENCE)
+        self.start_daemon()
+
+
+class Words(PowerTest):
+    """The command's words reach it as they are, whatever they look like."""
+
+    PIECES = [b"[1]", b"[a,b]", b"[]", b"--", b"++", b"-h", b"--help", b"--floor", b"-", b"", b" ",
+              b"a b", b"'", b'"', b"\\", b"$HOME", b"*", b"%s", b"\n", b"\xff\xfe", b"=", b"--for=1",
+              b"{}", b"//", b"hold", "ü".encode()]
+
+    def test_lists_of_words(self):
+        chance = random.Random(SEED)
+        lists = [[piece] for piece in self.PIECES]
+        for _ in range(60):
+            size = chance.randrange(1, 8)
+            lists.append([chance.choice(self.PIECES) if chance.random() < 0.7 else
+                          bytes(chance.randrange(1, 256) for _ in range(chance.randrange(6)))
+                          for _ in range(size)])
+        lists.append([b"x" * 100_000] * 5)
+        for separator, words in zip(itertools.cycle(([], ["--"])), lists):
+            done = self.power("hold", "--quiet", *separator, *SHOW_WORDS, *words)
+            self.assertEqual((done.returncode, done.stdout), (0, b"\0".join(words)), words)
+
+    def test_the_command_is_found_as_nice_finds_it(self):
+        for words in (["nosuch"], [""], ["/"], ["./nosuch"], ["[1]"], ["/etc/passwd"], ["true"],
+                      ["false", "--help"], ["sh", "-c", "exit 200"], ["A=1"]):
+            expected = subprocess.run(["nice", "-n", "0", "--", *words], capture_output=True)
+            self.assertEqual(self.power("hold", "--", *words).returncode, expected.returncode, words)
+
+
+class Birth(PowerTest):
+    """The command finds what it would have found without us."""
+
+    LOOK = ("grep -E '^(Sig(Ign|Blk|Cgt)|Umask)' /proc/self/status; ls /proc/self/fd; pwd; "
+            "ps -o pgid=,sid=,tty= -p $$; ulimit -a; env | sort")
+
+    def test_what_it_is_born_with(self):
+        def ignoring(*numbers):
+            return lambda: [signal.signal(each, signal.SIG_IGN) for each in numbers]
+
+        def blocking(*numbers):
+            return lambda: signal.pthread_sigmask(signal.SIG_BLOCK, numbers)
+
+        def closing(*descriptors):
+            return lambda: [os.close(each) for each in descriptors]
+
+        extra = os.open("/dev/null", os.O_RDONLY)
+        self.addCleanup(os.close, extra)
+        cases = {
+            "as it comes": {},
+            "ignored": {"preexec_fn": ignoring(signal.SIGHUP, signal.SIGPIPE, signal.SIGCHLD,
+                                               signal.SIGTTOU, signal.SIGINT, signal.SIGUSR1)},
+            "blocked": {"preexec_fn": blocking(signal.SIGTERM, signal.SIGUSR2, signal.SIGPIPE)},
+            "no standard input": {"preexec_fn": closing(0)},
+            "no standard error": {"preexec_fn": closing(2)},
+            "neither": {"preexec_fn": closing(0, 2)},
+            "more descriptors": {"pass_fds": [extra]},
+            "a group of its own": {"preexec_fn": os.setpgrp},
+            "another folder": {"cwd": "/usr"},
+        }
+        for name, options in cases.items():
+            results = []
+            for before in ([], self.words("hold", "--quiet", "--")):
+                done = subprocess.run([*before, "sh", "-c", self.LOOK], env=self.environment,
+                                      stdout=subprocess.PIPE, timeout=PATIENCE, **options)
+                text = done.stdout.decode()
+                # The group and session are numbers of the processes themselves.
+                results.append(re.sub(r"^ *\d+ +(\d+ .*)$", r"PGID \1", text, flags=re.M)
+                               if "own" in name else text)
+            if name != "as it comes" or results[0] != results[1]:
+                self.assertEqual(results[1], results[0], name)
+
+    def test_processes_that_share_descriptors(self):
+        script = (f"{PROGRAMS}/velmo-power hold --quiet -- sh -c 'cat \"$1\"; echo three >&3' sh "
+                  "<(echo two) 3>&1")
+        done = subprocess.run(["bash", "-c", script], env=self.environment, capture_output=True)
+        self.assertEqual(done.stdout, b"two\nthree\n")
+
+    def test_under_make_and_xargs(self):
+        with open(self.folder.name + "/Makefile", "w") as file:
+            file.write("all: a b c\na b c:\n\t@+velmo-power hold --quiet -- $(MAKE) -s leaf\n"
+                       "leaf:\n\t@echo $(MAKEFLAGS) | grep -c jobserver\n")
+        environment = dict(self.environment, PATH=PROGRAMS + ":" + os.environ["PATH"])
+        done = subprocess.run(["make", "-s", "-j3", "-C", self.folder.name], env=environment,
+                              capture_output=True, timeout=PATIENCE)
+        self.assertEqual((done.stdout.split(), done.stderr), ([b"1"] * 3, b""))
+        done = subprocess.run(["xargs", "-P3", "-n1", "velmo-power", "hold", "--quiet", "--", "echo"],
+                              env=environment, input=b"a b c", capture_output=True)
+        self.assertEqual(sorted(done.stdout.split()), [b"a", b"b", b"c"])
+
+
+class Ends(PowerTest):
+    """How it ends, and what its exit status means."""
+
+    def test_statuses(self):
+        held = "with a hold of somebody else"
+        for words, status, text in (
+                (["--help"], 0, "Usage: velmo-power [VERB]"), (["hold", "-h"], 0, "--end-on-loss"),
+                (["--version"], 0, "velmo-power "), ([], 0, "held by  nobody"),
+                (["nonsense"], 2, "unknown verb 'nonsense'; there are hold, release and status"),
+                (["hold", "--floor"], 2, "--floor needs a value"),
+                (["hold", "--floor", "5"], 2, "--floor 5: 10 to 95 would do"),
+                (["hold", "--floor", "x", "--", "true"], 125, "10 to 95"),
+                (["hold", "--floor", "20%", "true"], 0, "released"),
+                (["hold", "--nonsense", "--", "true"], 125, "unknown option '--nonsense'"),
+                (["hold", "--for", "0", "true"], 125, "2h30m"),
+                (["hold", "--pid", "999999999", "true"], 125, "there is no such process"),
+                (["hold", "--or-run"], 2, "needs a COMMAND"), (["status", "x"], 2, "unexpected"),
+                (["--mac", "", "status"], 2, "no simulated Mac in order in ''"),
+                (["--mac", "/nonexistent", "hold", "--", "true"], 125, "'/nonexistent'"),
+                (["hold", "sh", "-c", "exit 9"], 9, "released"),
+                (["hold", "--no-wait", "--for", "1"], 0, "the time is over")):
+            done = self.power(*words)
+            lines = done.stderr.decode() + done.stdout.decode()
+            self.assertEqual(done.returncode, status, (words, lines))
+            self.assertIn(text, lines, words)
+            if status not in (0, 9):
+                self.assertRegex(done.stderr.decode(), r"\Avelmo-power: [^\n]*\n\Z", words)
+
+    def test_the_command_that_a_signal_ends_ends_us_by_it(self):
+        for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGSEGV, signal.SIGHUP,
+                       signal.SIGPIPE, signal.SIGQUIT):
+            self.assertEqual(self.power("hold", "sh", "-c", f"kill -{number} $$").returncode,
+                             -number)
+        self.assertFalse(self.is_held())
+
+    def test_refused(self):
+        for change, words, text in (
+                (["--mains", "off", "--battery", "12"], [], "battery is below the floor"),
+                (["--mains", "on", "--thermal", "serious"], [], "too hot"),
+                (["--thermal", "nominal", "--pmset", "fails"], [], "pmset")):
+            self.mac("set", *change)
+            self.assertEqual(self.power("hold").returncode, 1)
+            done = self.power("hold", "touch", self.folder.name + "/ran")
+            self.assertEqual(done.returncode, 125)
+            self.assertIn(text, done.stderr.decode())
+            self.assertFalse(os.path.exists(self.folder.name + "/ran"))
+            done = self.power("hold", "--or-run", "sh", "-c", "exit 4")
+            self.assertEqual(done.returncode, 4)
+            self.assertIn("running sh without a hold", done.stderr.decode())
+
+    def test_no_daemon(self):
+        self.daemon.terminate()
+        self.daemon.wait()
+        for words, status in ((["hold"], 3), (["release"], 3), (["hold", "true"], 125),
+                              (["hold", "--or-run", "true"], 0), (["status"], 0)):
+            self.assertEqual(self.power(*words).returncode, status, words)
+
+    def test_a_daemon_that_hangs_is_told_of_and_a_signal_ends_the_wait(self):
+        self.daemon.send_signal(signal.SIGSTOP)
+        self.addCleanup(self.daemon.send_signal, signal.SIGCONT)
+        client = self.start("hold", "touch", self.folder.name + "/ran")
+        client.wait_for("waiting for the power daemon to answer")
+        client.send(signal.SIGTERM)
+        self.assertEqual(client.end(), -signal.SIGTERM)
+        self.assertFalse(os.path.exists(self.folder.name + "/ran"))
+
+    def test_success_means_that_sleep_is_as_it_was(self):
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.daemon.kill()
+        client.wait_for("went away")
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 1)
+        self.assertIn("sleep may still be disabled", client.text)
+        self.restart_daemon()
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.mac("set", "--pmset", "fails")
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 1)
+        self.mac("set", "--pmset", "none")
+        until(lambda: not self.is_held(), "the daemon tries again")
+
+    def test_killed_at_any_moment_it_leaves_sleep_enabled(self):
+        for wait in (0, 0.002, 0.005, 0.01, 0.02, 0.05, 0.2):
+            client = self.start("hold", "--quiet", "sleep", "0.05")
+            time.sleep(wait)
+            client.process.kill()
+            client.process.wait()
+            until(lambda: not self.is_held(), f"sleep is enabled, killed after {wait} s")
+
+
+class Signals(PowerTest):
+    COUNT = ("n=0; trap 'n=$((n+1)); echo got $n' INT QUIT USR1 USR2 HUP; trap 'exit 3' TERM; "
+             "echo ready; while :; do sleep 0.05; done")
+
+    def test_what_a_process_sends_is_passed_on(self):
+        client = self.start("hold", "--quiet", "sh", "-c", self.COUNT)
+        client.wait_for("ready")
+        for count, number in enumerate((signal.SIGINT, signal.SIGQUIT, signal.SIGUSR1,
+                                        signal.SIGUSR2, signal.SIGHUP), 1):
+            client.send(number)
+            client.wait_for(f"got {count}\n")
+        client.send(signal.SIGTERM)
+        self.assertEqual(client.end(), 3)
+
+    def test_what_the_terminal_sends_reaches_the_command_once(self):
+        terminal = Terminal(self.words("hold", "--quiet", "sh", "-c", self.COUNT), self.environment)
+        self.addCleanup(terminal.close)
+        terminal.wait_for("ready")
+        for count, key in enumerate((b"\x03", b"\x1c", b"\x03"), 1):
+            terminal.write(key)
+            terminal.wait_for(f"got {count}\r\n")
+        time.sleep(0.3)
+        self.assertNotIn("got 4", terminal.text())
+        terminal.send(signal.SIGTERM)
+        self.assertEqual(terminal.end(), 3)
+
+    def test_ignored_signals_stay_ignored(self):
+        client = Client(["nohup", *self.words("hold", "sleep", "1")], env=self.environment)
+        client.wait_for("holding")
+        client.send(signal.SIGHUP)
+        self.assertEqual(client.end(), 0, client.text)
+
+    def test_a_signal_that_comes_twice_is_no_impatience(self):
+        done = subprocess.run(["timeout", "1", *self.words("hold")], env=self.environment,
+                              capture_output=True, timeout=PATIENCE)
+        self.assertEqual(done.returncode, 124)
+        self.assertIn(b"released\n", done.stdout)
+
+    def test_stopped_it_gives_the_hold_up_and_takes_it_again(self):
+        client = self.start("hold", preexec_fn=os.setpgrp)
+        client.wait_for("holding")
+        client.send(signal.SIGTSTP)
+        until(lambda: os.waitid(os.P_PID, client.process.pid,
+                                os.WSTOPPED | os.WNOHANG | os.WNOWAIT), "it is stopped")
+        self.assertFalse(self.is_held())
+        client.send(signal.SIGCONT)
+        client.wait_for("holding", times=2)
+        self.assertIn("stopped: the hold is given up meanwhile\ngoing on: ", client.text)
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 0)
+
+
+class Terminal:
+    """A velmo-power at a terminal of its own, which it is in the foreground of."""
+
+    def __init__(self, words, environment, columns=80, foreground=True):
+        self.end_status = None
+        self.pid, self.descriptor = pty.fork()
+        if self.pid == 0:
+            size = struct.pack("HHHH", 24, columns, 0, 0)
+            fcntl.ioctl(0, termios.TIOCSWINSZ, size)
+            if not foreground:
+                signal.signal(signal.SIGTTOU, signal.SIG_IGN)
+                leader = os.fork()
+                if leader == 0:
+                    os.setpgrp()
+                    time.sleep(PATIENCE)
+                    os._exit(0)
+                os.setpgid(leader, leader)
+                os.tcsetpgrp(0, leader)
+                signal.signal(signal.SIGTTOU, signal.SIG_DFL)
+            os.execvpe(words[0], words, environment)
+        self.seen = b""
+
+    def text(self):
+        while select.select([self.descriptor], [], [], 0)[0]:
+            try:
+                part = os.read(self.descriptor, 65536)
+            except OSError:
+                break
+            if not part:
+                break
+            self.seen += part
+        return self.seen.decode(errors="replace")
+
+    def wait_for(self, text):
+        until(lambda: text in self.text(), f"'{text}' in {self.seen!r}")
+
+    def write(self, keys):
+        os.write(self.descriptor, keys)
+
+    def send(self, number):
+        os.kill(self.pid, number)
+
+    def end(self):
+        until(self.has_ended, "its end")
+        return self.end_status
+
+    def has_ended(self):
+        self.text()  # a terminal that nobody reads keeps its programs from ending
+        pid, status = os.waitpid(self.pid, os.WNOHANG)
+        if pid:
+            self.end_status = os.waitstatus_to_exitcode(status)
+        return pid != 0
+
+    def close(self):
+        if self.end_status is None:
+            os.kill(self.pid, signal.SIGKILL)
+            os.waitpid(self.pid, 0)
+        os.close(self.descriptor)
+
+
+class Streams(PowerTest):
+    def terminal(self, *words, **options):
+        environment = dict(self.environment, **options.pop("environment", {}))
+        terminal = Terminal(self.words(*words), environment, **options)
+        self.addCleanup(terminal.close)
+        return terminal
+
+    def test_a_line_that_is_drawn_anew(self):
+        terminal = self.terminal("hold", "--floor", "30", "--for", "1h")
+        terminal.wait_for("nominal")
+        self.assertIn("\r\x1b[Kawake for 0:00:0", terminal.text())
+        self.assertIn(", for 0:59:5", terminal.text())
+        self.assertIn(" | mains, battery 80% (floor 30%) | nominal", terminal.text())
+        self.mac("set", "--sleep-disabled", "no")
+        terminal.wait_for("sleep is enabled although the hold is in force")
+        terminal.wait_for("\r\x1b[Kheld, but sleep is enabled")
+        terminal.write(b"\x03")
+        terminal.wait_for("\r\x1b[Kreleased\r\n")
+        self.assertEqual(terminal.end(), 0)
+
+    def test_where_no_line_is_drawn(self):
+        for options in ({"environment": {"TERM": "dumb"}}, {"foreground": False}):
+            terminal = self.terminal("hold", "--for", "2", **options)
+            terminal.wait_for("is over")
+            self.assertNotIn("awake for", terminal.text(), options)
+            self.assertNotIn("\x1b", terminal.text(), options)
+
+    def test_the_line_never_wraps(self):
+        terminal = self.terminal("hold", "--for", "2", columns=20)
+        terminal.wait_for("is over")
+        drawn = re.findall("\r\x1b\\[K(awake[^\r]*)", terminal.text())
+        self.assertTrue(drawn and all(len(line) == 19 for line in drawn), drawn)
+
+    def test_nobody_who_does_not_read_keeps_it_from_its_work(self):
+        terminal = self.terminal("hold")
+        terminal.wait_for("awake for")
+        terminal.write(b"\x13")  # Ctrl-S
+        time.sleep(2.5)
+        terminal.send(signal.SIGTERM)
+        until(lambda: not self.is_held(), "the hold is released")
+        until(terminal.has_ended, "it ends with a terminal that is stopped")
+
+        reading, writing = os.pipe()
+        self.addCleanup(os.close, reading)
+        os.set_blocking(writing, False)
+        try:
+            while os.write(writing, b"x" * 65536):
+                pass
+        except BlockingIOError:
+            os.set_blocking(writing, True)
+        process = subprocess.Popen(self.words("hold", "--for", "1"), env=self.environment,
+                                   stdout=writing, stderr=writing)
+        os.close(writing)
+        self.assertEqual(process.wait(PATIENCE), 0)
+
+    def test_streams_that_are_closed_or_full(self):
+        for streams in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-", ">/dev/full", "2>/dev/full",
+                        ">/dev/full 2>&1", "| true"):
+            script = f"{PROGRAMS}/velmo-power hold sh -c 'exit 6' {streams}; echo ${{PIPESTATUS[0]}}"
+            done = subprocess.run(["bash", "-c", script], env=self.environment,
+                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                  timeout=PATIENCE)
+            self.assertEqual(done.stdout[-2:], b"6\n", streams)
+
+    def test_a_background_job_of_a_shell(self):
+        script = (f"{PROGRAMS}/velmo-power hold -- sleep 1 & wait $!; echo status $?; "
+                  f"{PROGRAMS}/velmo-power hold & sleep 1; kill $!; wait $!; echo status $?")
+        done = subprocess.run(["bash", "-c", script], env=self.environment, capture_output=True,
+                              timeout=PATIENCE)
+        self.assertEqual(done.stdout.count(b"status 0"), 2, done)
+
+
+class Options(PowerTest):
+    OPTIONS = [["--floor", "30"], ["--for", "1h"], ["--until", "0:00"], ["--pid", str(os.getpid())],
+               ["--ac-only"], ["--until-lid-opens"], ["--display-off"], ["--no-wait"], ["--or-run"],
+               ["--persist"], ["--end-on-loss"], ["--background"], ["--quiet"]]
+
+    def test_each_alone_and_each_pair(self):
+        mark = self.folder.name + "/ran"
+        for several in itertools.chain(([each] for each in self.OPTIONS),
+                                       itertools.combinations(self.OPTIONS, 2)):
+            options = list(itertools.chain(*several))
+            done = self.power("hold", *options, "sh", "-c", f"echo x >> {mark}; exit 5")
+            in_background = ["--background"] in several
+            self.assertEqual(done.returncode, 0 if in_background else 5, (options, done))
+            if in_background:
+                self.assertRegex(done.stdout, rb"\A\d+\n\Z", options)
+                until(lambda: not self.is_held(), f"the end of {options}")
+            self.assertFalse(self.is_held(), options)
+            with open(mark) as file:
+                self.assertEqual(file.read(), "x\n", options)
+            os.remove(mark)
+
+    def test_what_ends_a_hold(self):
+        other = subprocess.Popen(["sleep", "100"])
+        self.addCleanup(other.kill)
+        for words, act, why in (
+                (["--for", "100"], lambda: self.mac("set", "--elapse", "101"), "the time is over"),
+                (["--pid", str(other.pid)], lambda: (other.kill(), other.wait()),
+                 f"process {other.pid} has ended"),
+                (["--ac-only"], lambda: self.mac("set", "--mains", "off"), "runs on its battery"),
+                (["--until-lid-opens"], lambda: (self.mac("set", "--lid", "shut"), time.sleep(1.5),
+                                                 self.mac("set", "--lid", "open")), "lid is open")):
+            alone = self.start("hold", *words)
+            alone.wait_for("holding")
+            with_command = self.start("hold", *words, "sleep", "30")
+            with_command.wait_for("held awake already, by velmo-power")
+            act()
+            self.assertEqual(alone.end(), 0)
+            self.assertRegex(alone.text, f"the hold is over: .*{why}")
+            with_command.wait_for(why + "; sleep runs on")
+            self.assertIsNone(with_command.process.poll())
+            with_command.send(signal.SIGTERM)
+            self.assertEqual(with_command.end(), -signal.SIGTERM)
+            self.assertFalse(self.is_held())
+        done = self.power("hold", "--ac-only", "true")
+        self.assertEqual(done.returncode, 125)
+        self.mac("set", "--lid", "none")
+        self.assertEqual(self.power("hold", "--until-lid-opens").returncode, 2)
+
+    def test_the_display_goes_off_with_the_lid(self):
+        client = self.start("hold", "--display-off")
+        client.wait_for("holding")
+        self.mac("set", "--lid", "shut")
+        until(lambda: self.state()["displayIsOff"], "the display is off")
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 0)
+
+    def test_in_the_background(self):
+        done = self.power("hold", "--background")
+        self.assertEqual(done.returncode, 0)
+        self.assertTrue(self.is_held())
+        self.assertIn(f"velmo-power ({int(done.stdout)})", self.power().stdout.decode())
+        self.assertIn(f"({int(done.stdout)})", self.power("release").stdout.decode())
+        until(lambda: not os.path.exists(f"/proc/{int(done.stdout)}"), "release ends it for good")
+        self.mac("set", "--thermal", "critical")
+        done = self.power("hold", "--background")
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertIn(b"too hot", done.stderr)
+
+
+class Others(PowerTest):
+    """Several clients, and the hold that ends."""
+
+    def test_release_ends_it_for_good(self):
+        alone = self.start("hold")
+        alone.wait_for("holding")
+        rides = self.start("hold")
+        rides.wait_for(f"already, by velmo-power ({alone.process.pid})")
+        self.assertIn(f"velmo-power ({alone.process.pid})",
+                      self.power("release").stdout.decode())
+        self.assertEqual(rides.end(), 0)
+        self.assertIn("released by another client", rides.text)
+        alone.wait_for("released by another client")
+        self.assertEqual(alone.end(), 0)
+        self.assertFalse(self.is_held())
+        self.assertIn("nobody held", self.power("release").stdout.decode())
+        self.assertIn("released by another client", self.power().stdout.decode())
+
+        runs_on = self.start("hold", "sleep", "30")
+        runs_on.wait_for("holding")
+        self.power("release")
+        runs_on.wait_for("sleep runs on")
+        runs_on.process.kill()
+        ends = self.start("hold", "--end-on-loss", "sleep", "30")
+        ends.wait_for("holding")
+        self.power("release")
+        self.assertEqual(ends.end(), -signal.SIGTERM)
+        persists = self.start("hold", "--persist")
+        persists.wait_for("holding")
+        self.power("release")
+        persists.wait_for("holding", times=2)
+        persists.send(signal.SIGINT)
+        self.assertEqual(persists.end(), 0)
+
+    def test_the_end_of_a_hold_is_told_with_its_reason(self):
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.mac("set", "--mains", "off", "--battery", "12")
+        client.wait_for("the battery fell below the floor; asking again")
+        client.wait_for("refused: the battery is below the floor")
+        self.mac("set", "--mains", "on")
+        client.wait_for("holding", times=2)
+        self.mac("set", "--elapse", "60")
+        client.wait_for("its client was silent for too long; asking again")
+        client.process.kill()
+        client.process.wait()
+        until(lambda: "its client went away" in self.power().stdout.decode(), "why it ended")
+        report = json.loads(self.power("status", "--json").stdout)
+        self.assertEqual(report["holds"]["lastEnd"]["how"], "client gone")
+
+    def test_no_wait_is_refused_where_another_holds(self):
+        client = self.start("hold")
+        client.wait_for("holding")
+        done = self.power("hold", "--no-wait", "true")
+        self.assertEqual(done.returncode, 125)
+        self.assertIn("another client holds", done.stderr.decode())
+        client.process.kill()
+
+    def test_many_ride_on_one_hold_and_take_over_one_after_the_other(self):
+        count = int(os.environ.get("VELMO_RIDERS", "12"))
+        self.mac("set", "--lid", "shut")
+        clients = [self.start("hold", "sleep", str(3 + 0.25 * i)) for i in range(count)]
+        while any(client.process.poll() is None for client in clients):
+            self.assertFalse(self.state()["asleep"])
+            time.sleep(0.05)
+        self.assertEqual([client.end() for client in clients], [0] * count)
+        self.assertFalse(self.is_held())
+
+    def test_the_status_is_watched(self):
+        watcher = self.start("status", "--watch", "--json")
+        watcher.wait_for('"holds"')
+        client = self.start("hold")
+        watcher.wait_for(f'"processId":{client.process.pid}')
+        client.send(signal.SIGINT)
+        client.end()
+        watcher.wait_for('"how":"released"')
+        watcher.send(signal.SIGTERM)
+        watcher.end()
+        for line in watcher.text.splitlines():
+            json.loads(line)
+
+
+class Pages(unittest.TestCase):
+    """Manual pages and completions, which are made of what the help is made of."""
+
+    def complete(self, program, *words):
+        function = "_" + program.replace("-", "_")
+        quoted = " ".join(f"'{word}'" for word in (program, *words))
+        script = (f"_command_offset() {{ COMPREPLY=(command $1); }}; source {SHARE}"
+                  f"/bash-completion/completions/{program}; COMP_WORDS=({quoted}); "
+                  f"COMP_CWORD={len(words)}; {function}; echo \"${{COMPREPLY[@]}}\"")
+        return subprocess.check_output(["bash", "-c", script]).decode().split()
+
+    def test_every_option_is_in_all_of_them(self):
+        for page in os.listdir(SHARE + "/man/man1"):
+            program = page.removesuffix(".1")
+            pages = {}
+            for place in (f"man/man1/{page}", f"bash-completion/completions/{program}",
+                          f"zsh/site-functions/_{program}",
+                          f"fish/vendor_completions.d/{program}.fish"):
+                with open(f"{SHARE}/{place}") as file:
+                    pages[place] = file.read().replace("\\-", "-").replace(" -l ", " --")
+
+            def helps(*words):
+                return subprocess.check_output([f"{PROGRAMS}/{program}", *words]).decode()
+
+            top = helps("--help")
+            verbs = re.findall(r"^  ([a-z-]+)  ", top.partition("\nVerbs:")[2].partition("\n\n")[0],
+                               re.M)
+            options = set(re.findall(r"^  (--[a-z-]+)", top, re.M))
+            for verb in verbs:
+                options |= set(re.findall(r"^  (--[a-z-]+)", helps(verb, "--help"), re.M))
+            self.assertGreater(len(options), 2, program)
+            for place, text in pages.items():
+                for word in [*verbs, *options]:
+                    self.assertIn(word, text, place)
+
+    def test_bash_completes(self):
+        self.assertEqual(self.complete("velmo-power", "ho"), ["hold"])
+        self.assertEqual(self.complete("velmo-power", "hold", "--fl"), ["--floor"])
+        self.assertEqual(self.complete("velmo-power", "--mac", "x", "status", "--w"), ["--watch"])
+        self.assertEqual(self.complete("velmo-power", "hold", "--for", "1h", "ma"), ["command", "4"])
+        self.assertEqual(self.complete("velmo-power", "hold", "--", "make", "--h"), ["command", "3"])
+
+
+if __name__ == "__main__":
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    unittest.main(verbosity=2, warnings="ignore")

@@ -1,0 +1,80 @@
+#include "tools/velmo-power/Conversation.h"
+
+#include "client/HoldKeeper.h"
+#include <asio/steady_timer.hpp>
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+constexpr std::chrono::seconds untilWaitIsTold(2);
+constexpr std::chrono::duration<double> patience(HoldKeeper::patience);
+
+} // namespace
+
+template<class T, class Call>
+Conversation::Answer<T> Conversation::ask(const Call& call) {
+    if (!daemon_) {
+        hasAnswered_ = isLost_ = false;
+        daemon_ = link_.connect([this] {
+            isLost_ = true;
+            context_.stop();
+        });
+    }
+    if (!daemon_)
+        return std::unexpected(Failure::unreachable);
+    std::optional<T> answer;
+    call(*daemon_, [&](T value) {
+        answer = std::move(value);
+        context_.stop();
+    });
+    asio::steady_timer telling(context_, untilWaitIsTold);
+    telling.async_wait([this](const std::error_code& aborted) {
+        if (!aborted)
+            say_("waiting for the power daemon to answer");
+    });
+    context_.restart();
+    context_.run_for(std::chrono::duration_cast<std::chrono::steady_clock::duration>(patience));
+    if (answer) {
+        hasAnswered_ = true;
+        return *std::move(answer);
+    }
+    daemon_.reset();
+    if (!isLost_)
+        return std::unexpected(Failure::silent);
+    return std::unexpected(hasAnswered_ ? Failure::gone : Failure::unreachable);
+}
+
+Conversation::Answer<bool> Conversation::release() {
+    return ask<bool>([](VelmoPowerProtocol& daemon, auto answer) { daemon.release(answer); });
+}
+
+Conversation::Answer<HoldReport> Conversation::report() {
+    const auto line = ask<std::string>([](VelmoPowerProtocol& daemon, auto answer) {
+        daemon.report([answer](std::string_view text) { answer(std::string(text)); });
+    });
+    if (!line)
+        return std::unexpected(line.error());
+    auto report = decodeRecord<HoldReport>(*line);
+    if (!report)
+        return std::unexpected(Failure::gone);
+    return *std::move(report);
+}
+
+std::string_view failureText(Conversation::Failure failure) {
+    switch (failure) {
+    case Conversation::Failure::unreachable:
+        return "the power daemon can't be reached";
+    case Conversation::Failure::gone:
+        return "the power daemon went away without an answer";
+    case Conversation::Failure::silent:
+        return "the power daemon does not answer";
+    }
+    std::unreachable();
+}
+
+} // namespace velmo

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "core/support/Time.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// When `velmo-power hold` gives a hold up by itself.
+namespace velmo {
+
+/// In any combination; whichever comes first ends the hold.
+struct HoldLimits {
+    std::optional<double> seconds;       ///< after so long
+    std::optional<WallTime> until;       ///< at this moment
+    std::optional<std::int64_t> process; ///< when this process ends
+    bool onlyOnMains = false;            ///< when the Mac is unplugged
+    bool untilLidOpens = false;          ///< when the lid, once it has been shut, opens
+
+    bool operator==(const HoldLimits&) const = default;
+
+    [[nodiscard]] bool any() const { return *this != HoldLimits(); }
+};
+
+/// Reads "2h30m", "90s", "1d" or a plain number of seconds: whole numbers with the units d, h, m
+/// and s. Absent for anything else, for nothing, and beyond ten years.
+std::optional<double> parseDuration(std::string_view text);
+
+/// Reads "17:00" or "7:05" as minutes after midnight.
+std::optional<int> parseTimeOfDay(std::string_view text);
+
+/// Returns when it is that time of the day next, by the clock and the time zone of the system.
+WallTime nextTimeOfDay(int minutes, WallTime now);
+
+/// Watches the limits of one hold.
+class LimitWatch {
+public:
+    struct Facts {
+        SteadyTime now;
+        WallTime date;
+        std::optional<bool> onMains; ///< absent counts as mains, as the daemon has it
+        std::optional<bool> lidIsShut;
+        bool processHasEnded = false;
+    };
+
+    LimitWatch(HoldLimits limits, SteadyTime begin) : limits_(limits), begin_(begin) {}
+
+    /// Returns the words for the limit that is reached; absent while there is none.
+    std::optional<std::string> reached(const Facts& facts);
+
+    /// Returns what is waited for, as in "until 17:00 or the end of process 4711"; empty without
+    /// limits.
+    [[nodiscard]] std::string waitsFor(const Facts& facts) const;
+
+private:
+    HoldLimits limits_;
+    SteadyTime begin_;
+    bool lidWasShut_ = false;
+};
+
+/// "0:02:03" for 123 seconds.
+std::string clockText(double seconds);
+
+/// "14:02", or with its date if that is not today's.
+std::string timeOfDayText(WallTime time, WallTime now);
+
+} // namespace velmo

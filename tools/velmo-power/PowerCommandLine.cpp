@@ -1,0 +1,130 @@
+#include "tools/velmo-power/PowerCommandLine.h"
+
+#include "core/support/Decimal.h"
+
+#include <array>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+using CommandLine::Operands;
+using CommandLine::Option;
+using CommandLine::Section;
+using CommandLine::Verb;
+
+constexpr auto everywhere = std::to_array<Option>({
+    {"--mac", "FOLDER", "a simulated Mac, in place of this one (or VELMO_MAC)"},
+    {"--quiet", "", "say only what went wrong"},
+});
+
+constexpr auto holdOptions = std::to_array<Option>({
+    {"--floor", "PERCENT", "end below this battery level, 10 to 95 (20 if not given)"},
+    {"--for", "TIME", "end after 2h30m, 45m or 90s"},
+    {"--until", "HH:MM", "end at this time of the day"},
+    {"--pid", "PID", "end when this process ends"},
+    {"--ac-only", "", "end when the Mac is unplugged"},
+    {"--until-lid-opens", "", "end when the lid, once shut, is opened"},
+    {"--display-off", "", "turn the display off when the lid shuts"},
+    {"--no-wait", "", "fail if another client holds, instead of riding on its hold"},
+    {"--or-run", "", "run COMMAND without a hold if there can be none"},
+    {"--persist", "", "take the hold again after somebody has released it"},
+    {"--end-on-loss", "", "end COMMAND when the hold is lost"},
+    {"--background", "", "return once the Mac is held, and print the process id"},
+});
+
+constexpr auto statusOptions = std::to_array<Option>({
+    {"--json", "", "as one JSON line"},
+    {"--watch", "", "print it again whenever it changes"},
+});
+
+constexpr auto verbs = std::to_array<Verb>({
+    {.name = PowerVerb::hold,
+     .help = "keep the Mac awake until Ctrl-C, or while COMMAND runs, then release",
+     .options = holdOptions,
+     .operands = Operands::command,
+     .operandNames = "[[--] COMMAND [ARGUMENT...]]"},
+    {.name = PowerVerb::release, .help = "end the current hold, whoever holds"},
+    {.name = PowerVerb::status,
+     .help = "print sleep, power, battery, heat, lid, and who holds",
+     .options = statusOptions},
+});
+
+constexpr auto sections = std::to_array<Section>({
+    {"Exit status:",
+     "  0 done, and sleep as it was; 1 refused, or sleep may still be disabled;\n"
+     "  2 wrong usage; 3 no daemon answers. With COMMAND its own status, and 125 in\n"
+     "  place of 1, 2 and 3; 126 and 127 when it can't be run; when a signal ends it,\n"
+     "  velmo-power ends by the same."},
+    {"Waiting:", "  What is waited for is said after 2 seconds. A daemon that does not answer for\n"
+                 "  30 seconds is given up."},
+});
+
+std::string wrong(std::string_view option, std::string_view value, std::string_view wanted) {
+    return std::string(option) + " " + std::string(value) + ": " + std::string(wanted);
+}
+
+std::optional<std::int64_t> floorFrom(std::string_view text) {
+    if (text.ends_with('%'))
+        text.remove_suffix(1);
+    return Decimal::parseUnsigned<std::int64_t>(
+        text, {.min = BatteryFloor::min, .max = BatteryFloor::max});
+}
+
+} // namespace
+
+const CommandLine::Program powerCommandLine{
+    .name = "velmo-power",
+    .help = "keeps a Mac awake, lid closed too, and tells how it stands with its power",
+    .options = everywhere,
+    .verbs = verbs,
+    .defaultVerb = PowerVerb::status,
+    .sections = sections,
+    .version = VELMO_VERSION,
+};
+
+std::expected<HoldRequest, std::string> HoldRequest::from(const CommandLine::Line& line,
+                                                          WallTime now) {
+    HoldRequest request;
+    if (const auto text = line.value("--floor")) {
+        const auto percent = floorFrom(*text);
+        if (!percent)
+            return std::unexpected(wrong("--floor", *text, "10 to 95 would do"));
+        request.floor = *percent;
+    }
+    if (const auto text = line.value("--for")) {
+        request.limits.seconds = parseDuration(*text);
+        if (!request.limits.seconds)
+            return std::unexpected(wrong("--for", *text, "2h30m, 45m or 90s would do"));
+    }
+    if (const auto text = line.value("--until")) {
+        const auto minutes = parseTimeOfDay(*text);
+        if (!minutes)
+            return std::unexpected(wrong("--until", *text, "a time from 0:00 to 23:59 would do"));
+        request.limits.until = nextTimeOfDay(*minutes, now);
+    }
+    if (const auto text = line.value("--pid")) {
+        request.limits.process = Decimal::parsePositive(*text, INT32_MAX);
+        if (!request.limits.process)
+            return std::unexpected(wrong("--pid", *text, "a process id would do"));
+    }
+    request.limits.onlyOnMains = line.has("--ac-only");
+    request.limits.untilLidOpens = line.has("--until-lid-opens");
+    request.displayOff = line.has("--display-off");
+    request.rides = !line.has("--no-wait");
+    request.runsAnyway = line.has("--or-run");
+    request.persists = line.has("--persist");
+    request.endsCommandOnLoss = line.has("--end-on-loss");
+    request.inBackground = line.has("--background");
+    request.isQuiet = line.has("--quiet");
+    request.command = line.words;
+    for (const auto& [option, needs] : {std::pair("--or-run", request.runsAnyway),
+                                        std::pair("--end-on-loss", request.endsCommandOnLoss)}) {
+        if (needs && request.command.empty())
+            return std::unexpected(std::string(option) + " needs a COMMAND");
+    }
+    return request;
+}
+
+} // namespace velmo
