@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/client/Installation.h"
+
 #include "client/PowerLink.h"
 #include "machine/PowerMachine.h"
 
@@ -19,6 +21,8 @@ struct PowerAccess {
     std::function<std::shared_ptr<void>()> preventIdleSleep;
     /// Turns the display off until somebody touches the machine. Returns before it is.
     std::function<void()> turnDisplayOff;
+    /// Looks at how the daemon is installed.
+    std::function<Installation()> examine;
 };
 
 /// What a connection needs of the program that it works for.

@@ -200,7 +200,7 @@ class Ends(PowerTest):
         for words, status, text in (
                 (["--help"], 0, "Usage: velmo-power [VERB]"), (["hold", "-h"], 0, "--end-on-loss"),
                 (["--version"], 0, "velmo-power "), ([], 0, "held by  nobody"),
-                (["nonsense"], 2, "unknown verb 'nonsense'; there are hold, release and status"),
+                (["nonsense"], 2, "unknown verb 'nonsense'; there are hold, release, status and doctor"),
                 (["hold", "--floor"], 2, "--floor needs a value"),
                 (["hold", "--floor", "5"], 2, "--floor 5: 10 to 95 would do"),
                 (["hold", "--floor", "x", "--", "true"], 125, "10 to 95"),
@@ -409,7 +409,7 @@ class Streams(PowerTest):
         self.assertIn("\r\x1b[Kawake for 0:00:0", terminal.text())
         self.assertIn(", for 0:59:5", terminal.text())
         self.assertIn(" | mains, battery 80% (floor 30%) | nominal", terminal.text())
-        self.mac("set", "--sleep-disabled", "no")
+        self.mac("set", "--sleep-disabled", "off")
         terminal.wait_for("sleep is enabled although the hold is in force")
         terminal.wait_for("\r\x1b[Kheld, but sleep is enabled")
         terminal.write(b"\x03")

@@ -49,6 +49,7 @@ constexpr auto verbs = std::to_array<Verb>({
     {.name = PowerVerb::status,
      .help = "print sleep, power, battery, heat, lid, and who holds",
      .options = statusOptions},
+    {.name = PowerVerb::doctor, .help = "say what a hold needs, what is missing, and its cure"},
 });
 
 constexpr auto sections = std::to_array<Section>({

@@ -21,6 +21,7 @@ namespace PowerVerb {
 inline constexpr std::string_view hold = "hold";
 inline constexpr std::string_view release = "release";
 inline constexpr std::string_view status = "status";
+inline constexpr std::string_view doctor = "doctor";
 
 } // namespace PowerVerb
 

@@ -8,6 +8,7 @@
 #include "platform/posix/StandardStreams.h"
 #include "tools/velmo-power/Background.h"
 #include "tools/velmo-power/Conversation.h"
+#include "tools/velmo-power/Doctor.h"
 #include "tools/velmo-power/ExitStatus.h"
 #include "tools/velmo-power/HoldCommand.h"
 #include "tools/velmo-power/PowerCommandLine.h"
@@ -51,6 +52,7 @@ private:
     int hold(PowerAccess mac, std::optional<int> readyDescriptor);
     int status(PowerAccess& mac);
     int release(PowerAccess& mac);
+    int doctor(PowerAccess& mac);
     PowerStatus readAll(PowerAccess& mac, Conversation& daemon);
 
     [[nodiscard]] bool isQuiet() const { return line_.has("--quiet"); }
@@ -83,7 +85,7 @@ int Program::noMac() {
     complain(folder().empty() && !line_.has("--mac")
                  ? "this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC"
                  : "there is no simulated Mac in order in '" + folder()
-                       + "'; velmo-mac create makes one");
+                       + "'; name another with --mac, or make one with velmo-mac");
     return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
 }
 
@@ -95,6 +97,8 @@ int Program::run(std::optional<int> readyDescriptor) {
         return hold(*std::move(mac), readyDescriptor);
     if (line_.verb->name == PowerVerb::release)
         return release(*mac);
+    if (line_.verb->name == PowerVerb::doctor)
+        return doctor(*mac);
     return status(*mac);
 }
 
@@ -165,6 +169,18 @@ int Program::status(PowerAccess& mac) {
         shown = std::move(text);
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
+}
+
+int Program::doctor(PowerAccess& mac) {
+    const Installation installation = mac.examine();
+    const auto report = Conversation(context_, *mac.link, complain).report();
+    const auto findings =
+        diagnose(installation, *mac.machine, report ? std::optional(*report) : std::nullopt,
+                 report ? "" : failureText(report.error()));
+    writeStandardOutput(findingsText(findings, installation));
+    const bool isWell = std::ranges::none_of(
+        findings, [](const Finding& each) { return each.kind == Finding::Kind::bad; });
+    return isWell ? ExitStatus::success : ExitStatus::refused;
 }
 
 /// Wrong usage with a command looks like any other failure before the command ran.

@@ -2,6 +2,7 @@
 #include "platform/client/DisplayOff.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/client/macos/IdleAssertion.h"
+#include "platform/client/macos/MacInstallation.h"
 #include "platform/client/macos/XpcPowerClient.h"
 #include "platform/machine/macos/MacPowerMachine.h"
 #include "platform/xpc/SigningTeam.h"
@@ -32,10 +33,12 @@ private:
 } // namespace
 
 std::optional<PowerAccess> accessThisMac(ClientContext context) {
-    return PowerAccess{.machine = std::make_unique<MacPowerMachine>(),
-                       .link = std::make_unique<XpcPowerLink>(std::move(context)),
-                       .preventIdleSleep = preventIdleSleep,
-                       .turnDisplayOff = [] { turnDisplayOffBy("/usr/bin/pmset"); }};
+    return PowerAccess{
+        .machine = std::make_unique<MacPowerMachine>(),
+        .link = std::make_unique<XpcPowerLink>(std::move(context)),
+        .preventIdleSleep = preventIdleSleep,
+        .turnDisplayOff = [] { turnDisplayOffBy("/usr/bin/pmset"); },
+        .examine = [] { return examineMac(powerDaemonRequirement(currentSigningTeam())); }};
 }
 
 } // namespace velmo

@@ -2,10 +2,14 @@
 
 #include "core/power/PowerService.h"
 #include "platform/client/DisplayOff.h"
+#include "platform/client/PlaceOnDisk.h"
 #include "platform/client/simulated/SocketClient.h"
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/simulated/MacFolder.h"
 
+#include <unistd.h>
+
+#include <system_error>
 #include <utility>
 
 namespace velmo {
@@ -26,6 +30,13 @@ private:
     std::filesystem::path socket_;
 };
 
+/// There is no launchd, nothing is signed, and the log goes where its reader wants it.
+Installation examine(const MacFolder& mac) {
+    std::error_code error;
+    return {.isLoaded = std::filesystem::exists(mac.socket(powerDaemonMachService), error),
+            .recordFolder = placeOnDisk(mac.inside("/var/db/velmo").string(), ::geteuid())};
+}
+
 } // namespace
 
 std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
@@ -37,7 +48,8 @@ std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
         .machine = std::make_unique<SimulatedPowerMachine>(*mac),
         .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService)),
         .preventIdleSleep = {}, // this Mac is never idle
-        .turnDisplayOff = [pmset = mac->pmset().string()] { turnDisplayOffBy(pmset); }};
+        .turnDisplayOff = [pmset = mac->pmset().string()] { turnDisplayOffBy(pmset); },
+        .examine = [mac = *mac] { return examine(mac); }};
 }
 
 } // namespace velmo

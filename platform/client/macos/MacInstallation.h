@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/client/Installation.h"
+
+#include <optional>
+#include <string>
+
+namespace velmo {
+
+/// Looks at how the daemon is installed on this Mac, with launchctl and codesign. `root` stands
+/// before every path; it is empty but in a test.
+Installation examineMac(const std::optional<std::string>& daemonRequirement,
+                        const std::string& root = {});
+
+} // namespace velmo

@@ -1,0 +1,115 @@
+#include "tools/velmo-power/Doctor.h"
+
+#include "platform/client/macos/MacInstallation.h"
+
+#include "lab/instruments/GuardedMac.h"
+#include "lab/instruments/TemporaryFolder.h"
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace velmo {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A Mac's folders and tools below another root; what the tools say is in files beside them.
+class DoctorTest : public testing::Test {
+protected:
+    void SetUp() override {
+        tool("bin/launchctl",
+             "case $1 in print) exit $(cat $0.loaded);; *) cat $0.disabled;; esac");
+        tool("usr/bin/codesign",
+             "case $2 in --strict) exit $(cat $0.valid);; *) exit $(cat $0.team);; esac");
+        write("bin/launchctl.loaded", "0");
+        write("bin/launchctl.disabled", "\"io.velmo.host.power\" => enabled\n");
+        write("usr/bin/codesign.valid", "0");
+        write("usr/bin/codesign.team", "0");
+        write("Library/PrivilegedHelperTools/VelmoPowerDaemon", "");
+        write("Library/LaunchDaemons/io.velmo.host.power.plist", "");
+        fs::create_directories(root.path() / "var/db/velmo");
+        write("var/log/io.velmo.host.power.log", "one\ntwo\nthree\nfour\nfive\nsix\n");
+    }
+
+    void write(const fs::path& path, std::string_view text) {
+        fs::create_directories((root.path() / path).parent_path());
+        std::ofstream(root.path() / path) << text;
+    }
+
+    void tool(const fs::path& path, const std::string& script) {
+        write(path, "#!/bin/sh\n" + script + "\n");
+        fs::permissions(root.path() / path, fs::perms::owner_all);
+    }
+
+    /// Without the findings that are the machine's.
+    std::string examined(const std::optional<std::string>& requirement = "anchor apple") {
+        const Installation installation = examineMac(requirement, root.path().string());
+        return findingsText(diagnose(installation, machine, report, "it is silent"), installation);
+    }
+
+    TemporaryFolder root;
+    Events events;
+    FakeMachine machine{events};
+    std::optional<HoldReport> report = HoldReport{};
+};
+
+TEST_F(DoctorTest, FindsNothingWhereAllIsWell) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "the daemon's files must belong to root";
+    const std::string text = examined();
+    EXPECT_THAT(text, Not(HasSubstr("WRONG")));
+    EXPECT_THAT(text, HasSubstr("log:\n  two\n  three\n  four\n  five\n  six\n"));
+}
+
+TEST_F(DoctorTest, NamesEachFaultWithItsCure) {
+    struct Case {
+        std::string file;
+        std::string text; ///< what is written into it; empty: it is removed
+        std::string_view fault;
+    };
+
+    for (const auto& [file, text, fault] : {
+             Case{"Library/PrivilegedHelperTools/VelmoPowerDaemon", "",
+                  "VelmoPowerDaemon is missing"},
+             Case{"Library/LaunchDaemons/io.velmo.host.power.plist", "", "power.plist is missing"},
+             Case{"bin/launchctl.loaded", "113", "nobody offers the daemon's service"},
+             Case{"bin/launchctl.disabled", "\"io.velmo.host.power\" => disabled",
+                  "told not to start the daemon"},
+             Case{"bin/launchctl.disabled", "\t\"io.velmo.host.power\" => true",
+                  "told not to start the daemon"},
+             Case{"usr/bin/codesign.valid", "1", "is not signed, or was changed since"},
+             Case{"usr/bin/codesign.team", "3", "by another team than velmo-power"},
+         }) {
+        SetUp();
+        text.empty() ? static_cast<void>(fs::remove(root.path() / file)) : write(file, text);
+        EXPECT_THAT(examined(), testing::ContainsRegex("WRONG .*" + std::string(fault) + "\n +-> "))
+            << file;
+    }
+    SetUp();
+    EXPECT_THAT(examined(std::nullopt), HasSubstr("this copy of velmo-power is not signed"));
+    fs::permissions(root.path() / "var/db/velmo", fs::perms::others_write, fs::perm_options::add);
+    EXPECT_THAT(examined(), HasSubstr("others may write to it"));
+    fs::remove(root.path() / "var/db/velmo");
+    fs::create_symlink("/tmp", root.path() / "var/db/velmo");
+    EXPECT_THAT(examined(), HasSubstr("var/db/velmo is a link"));
+}
+
+TEST_F(DoctorTest, TellsOnWhoseBehalfSleepIsDisabled) {
+    machine.sleepDisabled = true;
+    EXPECT_THAT(examined(), HasSubstr("WRONG    sleep is disabled, and not by the daemon"));
+    report->pending = true;
+    EXPECT_THAT(examined(), HasSubstr("the daemon could not enable it yet"));
+    report->holder = HolderReport{.processId = 7, .program = "velmo-power"};
+    EXPECT_THAT(examined(), HasSubstr("ok       sleep is disabled, for velmo-power (7)"));
+    report->recordIsUnreadable = true;
+    EXPECT_THAT(examined(), HasSubstr("WRONG    the daemon's record can't be read"));
+    report.reset();
+    EXPECT_THAT(examined(), HasSubstr("WRONG    it is silent"));
+}
+
+} // namespace
+} // namespace velmo
