@@ -47,5 +47,10 @@ TEST(StatusText, TellsWhoHoldsAndWhyTheLastHoldEnded) {
     EXPECT_EQ(endingText("struck by lightning"), "struck by lightning"); // of a newer daemon
 }
 
+TEST(StatusText, AProgramsNameIsNoCommandToTheTerminal) {
+    EXPECT_EQ(holderText({.processId = 7, .program = "a\x1b]0;b\u202e\u009b31m\nc"}),
+              "a]0;b31mc (7)");
+}
+
 } // namespace
 } // namespace velmo

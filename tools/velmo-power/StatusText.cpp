@@ -1,6 +1,7 @@
 #include "tools/velmo-power/StatusText.h"
 
 #include "core/power/HoldReasons.h"
+#include "core/terminal/AttachLabels.h"
 #include "tools/velmo-power/HoldLimits.h"
 
 #include "machine/PowerReadings.h"
@@ -92,7 +93,8 @@ std::string_view endingText(std::string_view how) {
 }
 
 std::string holderText(const HolderReport& holder) {
-    std::string text = holder.program.value_or("a client");
+    // Whoever starts a program may give it any name, and a terminal obeys what it is sent.
+    std::string text = PtyAttach::sanitizeLabel(holder.program.value_or("a client"));
     if (holder.processId)
         text += " (" + std::to_string(*holder.processId) + ")";
     return text;
