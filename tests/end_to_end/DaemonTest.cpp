@@ -206,18 +206,21 @@ TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
     };
 
     const Case cases[] = {
-        {"velmo-mac", {}, 2, "subcommand"},
-        {"velmo-mac", {"frob"}, 2, "velmo-mac --help"},
-        {"velmo-mac", {"show"}, 2, "FOLDER is required"},
+        {"velmo-mac", {}, 2, "a verb is missing"},
+        {"velmo-mac", {"frob"}, 2, "there are create, show and set"},
+        {"velmo-mac", {"show"}, 2, "velmo-mac show FOLDER, or VELMO_MAC"},
         {"velmo-mac", {"show", ""}, 2, "empty name"},
         {"velmo-mac", {"show", "/nonexistent"}, 1, "velmo-mac create"},
         {"velmo-mac", {"show", broken}, 1, R"("thermal" is missing; it must be one of "nominal")"},
-        {"velmo-mac", {"set", root, "--battery", "101"}, 2, "0 to 100, or none"},
-        {"velmo-mac", {"set", root, "--battery", "1e1"}, 2, "0 to 100, or none"},
-        {"velmo-mac", {"set", root, "--mains", "maybe"}, 2, "on or off"},
-        {"velmo-mac", {"set", root, "--elapse", "-1"}, 2, "at least 0"},
-        {"velmo-mac", {"set", root, "--user-id", "me"}, 2, "a user id"},
-        {"velmo-mac", {"set", root, "--pmset", "explodes"}, 2, "none, fails, dies, hangs, lies"},
+        {"velmo-mac", {"set", root, "--battery", "101"}, 2, "0-100|none would do"},
+        {"velmo-mac", {"set", root, "--battery", "1e1"}, 2, "0-100|none would do"},
+        {"velmo-mac", {"set", root, "--mains", "maybe"}, 2, "on|off would do"},
+        {"velmo-mac", {"set", root, "--elapse", "-1"}, 2, "SECONDS would do"},
+        {"velmo-mac", {"set", root, "--user-id", "me"}, 2, "ID would do"},
+        {"velmo-mac",
+         {"set", root, "--pmset", "explodes"},
+         2,
+         "none|fails|dies|hangs|lies would do"},
         {daemonName, {}, 2, "VELMO_MAC"},
         {daemonName, {"-x"}, 2, "VELMO_MAC"},
         {daemonName, {"a", "b"}, 2, "VELMO_MAC"},
@@ -271,7 +274,7 @@ TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     EXPECT_EQ(velmoMac("create " + other), 1);
     EXPECT_EQ(velmoMac("set " + other
                        + " --mains off --battery 7 --thermal serious --clock-forward 60"
-                         " --user-id 501 --team none --trusted-users 1 2 --pmset lies"
+                         " --user-id 501 --team none --trusted-users 1,2 --pmset lies"
                          " --record-folder link --property-unreadable on --sleep-disabled on"),
               0);
     const SimulatedMac changed{.mains = false,

@@ -209,8 +209,8 @@ class Ends(PowerTest):
                 (["hold", "--for", "0", "true"], 125, "2h30m"),
                 (["hold", "--pid", "999999999", "true"], 125, "there is no such process"),
                 (["hold", "--or-run"], 2, "needs a COMMAND"), (["status", "x"], 2, "unexpected"),
-                (["--mac", "", "status"], 2, "no simulated Mac in order in ''"),
-                (["--mac", "/nonexistent", "hold", "--", "true"], 125, "'/nonexistent'"),
+                (["--mac", "", "status"], 2, "an empty name names no folder; --mac"),
+                (["--mac", "/nonexistent", "hold", "--", "true"], 125, "in /nonexistent"),
                 (["hold", "sh", "-c", "exit 9"], 9, "released"),
                 (["hold", "--no-wait", "--for", "1"], 0, "the time is over")):
             done = self.power(*words)

@@ -86,6 +86,9 @@ std::expected<Line, std::string> read(const Program& program,
 /// Returns the help of the program, or of one verb where it has several.
 std::string helpText(const Program& program, const Verb* verb = nullptr);
 
+/// Returns what "--help" or "--version" prints, if the line has one of them.
+std::optional<std::string> ownPage(const Program& program, const Line& line);
+
 /// Returns the manual page, in the man macros of troff.
 std::string manualPage(const Program& program);
 

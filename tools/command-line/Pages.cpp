@@ -93,6 +93,14 @@ std::string helpText(const Program& program, const Verb* verb) {
     return text;
 }
 
+std::optional<std::string> ownPage(const Program& program, const Line& line) {
+    if (line.has(helpOption.name))
+        return helpText(program, line.namesVerb ? line.verb : nullptr);
+    if (line.has(versionOption.name))
+        return std::string(program.name) + " " + std::string(program.version) + "\n";
+    return std::nullopt;
+}
+
 namespace {
 
 /// Text as troff takes it: a hyphen that is typed, no escapes, no requests.

@@ -2,6 +2,7 @@
 /// and fish, into a folder laid out as a "share" folder is.
 
 #include "tools/command-line/CommandLine.h"
+#include "tools/velmo-mac/MacCommandLine.h"
 #include "tools/velmo-power/PowerCommandLine.h"
 
 #include <array>
@@ -14,7 +15,7 @@ namespace {
 
 using namespace velmo;
 
-constexpr std::array programs{&powerCommandLine};
+constexpr std::array programs{&macCommandLine, &powerCommandLine};
 
 bool write(const std::filesystem::path& path, const std::string& text) {
     std::filesystem::create_directories(path.parent_path());

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <expected>
 #include <functional>
 #include <optional>
 #include <span>
@@ -46,9 +47,8 @@ public:
     int run(std::optional<int> readyDescriptor);
 
 private:
-    std::optional<PowerAccess> access();
+    std::expected<PowerAccess, std::string> access();
     [[nodiscard]] std::string folder() const;
-    int noMac();
     int hold(PowerAccess mac, std::optional<int> readyDescriptor);
     int status(PowerAccess& mac);
     int release(PowerAccess& mac);
@@ -70,29 +70,31 @@ std::string Program::folder() const {
     return fromEnvironment ? fromEnvironment : "";
 }
 
-std::optional<PowerAccess> Program::access() {
-    if (line_.has("--mac") || !folder().empty())
-        return accessSimulatedMac(context_, folder());
+std::expected<PowerAccess, std::string> Program::access() {
+    if (line_.has("--mac") || !folder().empty()) {
+        auto mac = accessSimulatedMac(context_, folder());
+        if (!mac)
+            mac.error() += "; --mac FOLDER or VELMO_MAC names the Mac";
+        return mac;
+    }
     // The context has nothing to wait for while a connection works elsewhere, and must not run out
     // of work meanwhile.
-    return accessThisMac(
+    auto mac = accessThisMac(
         {.post = [this, work = asio::make_work_guard(context_)](
                      std::function<void()> piece) { asio::post(context_, std::move(piece)); },
          .log = complain});
-}
-
-int Program::noMac() {
-    complain(folder().empty() && !line_.has("--mac")
-                 ? "this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC"
-                 : "there is no simulated Mac in order in '" + folder()
-                       + "'; name another with --mac, or make one with velmo-mac");
-    return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
+    if (!mac)
+        return std::unexpected(
+            "this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC");
+    return *std::move(mac);
 }
 
 int Program::run(std::optional<int> readyDescriptor) {
     auto mac = access();
-    if (!mac)
-        return noMac();
+    if (!mac) {
+        complain(mac.error());
+        return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
+    }
     if (line_.verb->name == PowerVerb::hold)
         return hold(*std::move(mac), readyDescriptor);
     if (line_.verb->name == PowerVerb::release)
@@ -204,13 +206,8 @@ int main(int argc, char** argv) {
         complain(line.error());
         return usageStatus(arguments);
     }
-    if (line->has(CommandLine::helpOption.name)) {
-        writeStandardOutput(
-            CommandLine::helpText(powerCommandLine, line->namesVerb ? line->verb : nullptr));
-        return ExitStatus::success;
-    }
-    if (line->has(CommandLine::versionOption.name)) {
-        writeStandardOutput("velmo-power " + std::string(powerCommandLine.version) + "\n");
+    if (const auto page = CommandLine::ownPage(powerCommandLine, *line)) {
+        writeStandardOutput(*page);
         return ExitStatus::success;
     }
     return Program(*line, arguments, birth).run(readyDescriptor);

@@ -39,11 +39,13 @@ Installation examine(const MacFolder& mac) {
 
 } // namespace
 
-std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
-                                              const std::filesystem::path& folder) {
+std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& context,
+                                                           const std::filesystem::path& folder) {
     const auto mac = MacFolder::named(folder);
-    if (!mac || !mac->load())
-        return std::nullopt;
+    if (!mac)
+        return std::unexpected(mac.error());
+    if (!mac->load())
+        return std::unexpected(mac->complaint());
     return PowerAccess{
         .machine = std::make_unique<SimulatedPowerMachine>(*mac),
         .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService)),

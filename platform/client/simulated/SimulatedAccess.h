@@ -4,14 +4,15 @@
 
 #include <asio/io_context.hpp>
 
+#include <expected>
 #include <filesystem>
-#include <optional>
+#include <string>
 
 namespace velmo {
 
-/// Returns the simulated Mac that lives in a folder, or nothing if there is none in order. Its link
-/// works, and calls back, on the thread that runs the context.
-std::optional<PowerAccess> accessSimulatedMac(asio::io_context& context,
-                                              const std::filesystem::path& folder);
+/// Returns the simulated Mac that lives in a folder, or one line that says what is wrong with it
+/// and what would do. Its link works, and calls back, on the thread that runs the context.
+std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& context,
+                                                           const std::filesystem::path& folder);
 
 } // namespace velmo
