@@ -24,8 +24,8 @@ int complain(const std::string& message, int status) {
 int main(int argc, char** argv) {
     using namespace velmo;
     prepareProcess();
-    const char* const name = argc == 2 ? argv[1] : argc < 2 ? std::getenv("VELMO_MAC") : nullptr;
-    if (!name || name[0] == '-')
+    const char* const name = argc < 2 ? std::getenv("VELMO_MAC") : argv[1];
+    if (argc > 2 || !name || name[0] == '-')
         return complain("give it the folder of a simulated Mac, as its one argument or in "
                         "VELMO_MAC",
                         usageError);
