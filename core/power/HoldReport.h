@@ -19,7 +19,6 @@ enum class HoldEnding {
     heartbeat,         ///< the holder was silent for too long
     battery,           ///< the battery fell below the floor, or a renewal was refused for it
     thermal,           ///< the machine ran hot, or a renewal was refused for it
-    failed,            ///< a renewal was refused because the setting or the record failed
     stopping,          ///< the daemon was told to end
     crashed,           ///< the daemon died during the hold, and the next one found its record
 };
@@ -27,7 +26,7 @@ enum class HoldEnding {
 template<>
 inline constexpr auto rawTexts<HoldEnding> =
     std::to_array<std::string_view>({"released", "released by another", "client gone", "heartbeat",
-                                     "battery", "thermal", "failed", "stopping", "crashed"});
+                                     "battery", "thermal", "stopping", "crashed"});
 
 /// The end of a hold.
 struct HoldEnd {

@@ -58,8 +58,6 @@ std::string_view explained(HoldEnding ending) {
         return "the battery fell below the floor";
     case HoldEnding::thermal:
         return "the machine ran too hot";
-    case HoldEnding::failed:
-        return "it could not be renewed";
     case HoldEnding::stopping:
         return "the power daemon was stopped";
     case HoldEnding::crashed:
