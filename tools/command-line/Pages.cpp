@@ -265,12 +265,15 @@ std::string bashCompletion(const Program& program) {
 
 /// An argument of zsh's `_arguments`: 'name[explanation]:value:action'.
 std::string zshOption(const Option& option) {
-    std::string help(option.help);
-    std::erase_if(help, [](char c) { return c == '[' || c == ']' || c == ':'; });
-    std::string text =
-        std::string(option.name) + (option.value.empty() ? "" : "=") + "[" + help + "]";
+    const auto plain = [](std::string_view text) {
+        std::string result(text);
+        std::erase_if(result, [](char c) { return c == '[' || c == ']' || c == ':'; });
+        return result;
+    };
+    std::string text = std::string(option.name) + (option.value.empty() ? "" : "=") + "["
+                       + plain(option.help) + "]";
     if (!option.value.empty())
-        text += ":" + std::string(option.value) + ":_files";
+        text += ":" + plain(option.value) + ":_files";
     return singleQuoted(text);
 }
 
