@@ -6,8 +6,9 @@
 
 namespace velmo::Fuzz {
 
-/// Decodes the stream byte by byte, and demands that it be cut anywhere with the same outcome: the
-/// first byte says how long the slices are. `told` makes something comparable of a frame.
+/// Decodes the stream byte by byte, and demands that it be cut anywhere with the same outcome, with
+/// frames that own their payloads and with views: the first byte says how long the slices are.
+/// `told` makes something comparable of a frame.
 template<class Decoder, class Tell>
 auto requireSlicingIsIgnored(Input& input, ByteView& stream, const Tell& told) {
     const std::size_t length = std::size_t{1} + input.byte();
@@ -18,7 +19,11 @@ auto requireSlicingIsIgnored(Input& input, ByteView& stream, const Tell& told) {
 
     auto finest = decodeInSlices<Decoder>(stream, everyByte(stream));
     const auto sliced = decodeInSlices<Decoder>(stream, cuts);
+    const auto viewed = decodeInSlices<ByViews<Decoder>>(stream, cuts);
     require(sliced.error == finest.error && sliced.buffered == finest.buffered);
+    require(viewed.error == sliced.error && viewed.buffered == sliced.buffered
+            && viewed.position == sliced.position
+            && std::ranges::equal(viewed.frames, sliced.frames, {}, told, told));
 
     // What stands before the byte that is in error is decoded in one piece too.
     const std::size_t sound = finest.position - (finest.error ? 1 : 0);

@@ -94,13 +94,20 @@ std::optional<DecodeError> DecoderRules::faultOf(const FrameHeader& header) {
     return std::nullopt;
 }
 
-std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, Bytes payload) {
-    if (header.type == std::to_underlying(FrameType::data))
+std::optional<DecodeError> DecoderRules::faultOf(const FrameView& frame) {
+    const bool isSound =
+        frame.type == FrameType::data || ControlObject::parse(textOf(frame.payload)).has_value();
+    return isSound ? std::nullopt : std::optional(DecodeError::badJSON);
+}
+
+FrameView DecoderRules::view(std::uint8_t type, ByteView payload) {
+    return {.type = static_cast<FrameType>(type), .payload = payload};
+}
+
+Frame DecoderRules::frame(const FrameView& view, Bytes payload) {
+    if (view.type == FrameType::data)
         return payload;
-    auto object = ControlObject::parse(textOf(payload));
-    if (!object)
-        return std::unexpected(DecodeError::badJSON);
-    return *std::move(object);
+    return ControlObject::parse(textOf(payload)).value(); // It was parsed when it was judged.
 }
 
 std::optional<Bytes> frame(FrameType type, ByteView payload) {

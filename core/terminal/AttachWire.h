@@ -51,16 +51,30 @@ private:
 
 using Frame = std::variant<Bytes, ControlObject>;
 
+/// A frame whose payload lies elsewhere. That of a control frame is JSON that
+/// `ControlObject::parse` accepts.
+struct FrameView {
+    FrameType type = FrameType::data;
+    ByteView payload;
+};
+
 /// What is wrong with a frame. `unknownType` and `tooLarge` are found as soon as the header is
 /// there, in this order; `badJSON` once the payload is whole.
 enum class DecodeError { unknownType, tooLarge, badJSON };
 
 struct DecoderRules {
     using Frame = PtyAttach::Frame;
+    using FrameView = PtyAttach::FrameView;
     using Error = DecodeError;
 
+    static bool isSoundData(const FrameHeader& header) {
+        return header.type == std::to_underlying(FrameType::data) && header.length <= maxData;
+    }
+
     static std::optional<Error> faultOf(const FrameHeader& header);
-    static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
+    static std::optional<Error> faultOf(const FrameView& frame);
+    static FrameView view(std::uint8_t type, ByteView payload);
+    static Frame frame(const FrameView& view, Bytes payload);
 };
 
 using Decoder = FrameDecoder<DecoderRules>;

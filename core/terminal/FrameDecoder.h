@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <expected>
@@ -19,37 +20,65 @@ namespace velmo {
 ///
 /// The `Rules` are what distinguishes one protocol from another:
 ///
-///     using Frame = ...;
+///     using Frame = ...;     // owns its payload
+///     using FrameView = ...; // looks at its payload, a `ByteView`, where that lies
 ///     using Error = ...;
 ///     /// Returns the fault of a header, if it has one, before any of the payload has to be there.
 ///     /// It must refuse lengths for which there is no memory: room for the payload is made next.
 ///     static std::optional<Error> faultOf(const FrameHeader& header);
-///     /// Makes a frame of a header without fault and a payload of its length.
-///     static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
+///     /// Tells of the frames that are most of a stream, at once, that nothing is wrong with them.
+///     static bool isSoundData(const FrameHeader& header);
+///     static FrameView view(std::uint8_t type, ByteView payload);
+///     /// Returns the fault of a payload whose header has none.
+///     static std::optional<Error> faultOf(const FrameView& frame);
+///     /// Makes a frame of one without fault, to keep the payload.
+///     static Frame frame(const FrameView& view, Bytes payload);
 template<class Rules>
 class FrameDecoder {
 public:
     using Frame = typename Rules::Frame;
+    using FrameView = typename Rules::FrameView;
     using Error = typename Rules::Error;
 
-    /// Returns every frame that the input completes, in stream order. An error is final: frames
-    /// decoded in the same call and whatever is buffered are dropped, and every later call returns
-    /// the same error without looking at its input. The caller then closes the stream.
+    /// Calls `use` with a view of every frame that the input completes, in stream order. A payload
+    /// that lies whole in the input is not copied. A view lives until `use` returns, and `use` must
+    /// neither throw nor call this decoder. All that the input completes is judged before the first
+    /// call:
+    ///
+    ///     const auto fed = decoder.feed(bytes, [&](const PtyFrame::FrameView& frame) {
+    ///         screen.show(frame.payload);
+    ///     });
+    ///     if (!fed)
+    ///         close(fed.error());
+    ///
+    /// An error is final: `use` is not called, what is buffered is dropped, and every later call
+    /// returns the same error without looking at its input. The caller then closes the stream.
+    template<std::invocable<const FrameView&> Use>
+    [[nodiscard]] std::expected<void, Error> feed(ByteView input, Use&& use);
+
+    /// Does the same for frames that own their payloads, and returns them.
     [[nodiscard]] std::expected<std::vector<Frame>, Error> feed(ByteView input);
 
     /// Returns the number of bytes received that are not yet part of a frame; 0 after an error.
     [[nodiscard]] std::size_t buffered() const { return headBytes_ + payload_.size(); }
 
 private:
+    /// Takes what is missing of the frame that has begun, or of the next one. Returns false if the
+    /// input ends before the frame does.
+    std::expected<bool, Error> complete(ByteView& input);
+
     /// Moves what is missing of the header from the input. Returns nothing until it is whole.
-    std::optional<FrameHeader> takeHeader(ByteView& input);
+    std::optional<FrameHeader> completeHeader(ByteView& input);
 
     /// Moves what is missing of the payload from the input. Returns false until it is whole.
-    bool takePayload(std::size_t length, ByteView& input);
+    bool completePayload(std::size_t length, ByteView& input);
+
+    /// Returns the bytes of all whole frames that the input begins with.
+    static std::expected<ByteView, Error> judge(ByteView input);
 
     std::unexpected<Error> fail(Error error);
 
-    // A payload is collected in the memory that its frame is going to keep.
+    // A payload is collected in the memory that a frame which owns it is going to keep.
     std::array<std::uint8_t, FrameHeader::bytes> head_{};
     std::size_t headBytes_ = 0;
     Bytes payload_;
@@ -58,26 +87,92 @@ private:
 
 template<class Rules>
 auto FrameDecoder<Rules>::feed(ByteView input) -> std::expected<std::vector<Frame>, Error> {
-    if (failed_)
-        return std::unexpected(*failed_);
-
     std::vector<Frame> frames;
-    while (const auto header = takeHeader(input)) {
-        if (const auto fault = Rules::faultOf(*header))
-            return fail(*fault);
-        if (!takePayload(header->length, input))
-            break;
-        auto frame = Rules::frame(*header, std::exchange(payload_, {}));
-        headBytes_ = 0;
-        if (!frame)
-            return fail(frame.error());
-        frames.push_back(*std::move(frame));
-    }
+    const auto fed = feed(input, [&](const FrameView& view) {
+        const bool isCollected = view.payload.data() == payload_.data();
+        frames.push_back(Rules::frame(view, isCollected
+                                                ? std::exchange(payload_, {})
+                                                : Bytes(view.payload.begin(), view.payload.end())));
+    });
+    if (!fed)
+        return std::unexpected(fed.error());
     return frames;
 }
 
 template<class Rules>
-std::optional<FrameHeader> FrameDecoder<Rules>::takeHeader(ByteView& input) {
+template<std::invocable<const typename Rules::FrameView&> Use>
+auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void, Error> {
+    if (failed_)
+        return std::unexpected(*failed_);
+
+    const bool hasBegun = headBytes_ > 0;
+    if (hasBegun) {
+        const auto whole = complete(input);
+        if (!whole)
+            return fail(whole.error());
+        if (!*whole)
+            return {};
+    }
+    const auto judged = judge(input);
+    if (!judged)
+        return fail(judged.error());
+
+    if (hasBegun) {
+        use(Rules::view(head_.front(), payload_));
+        headBytes_ = 0;
+        payload_.clear();
+    }
+    input = input.subspan(judged->size());
+    for (ByteView frames = *judged; !frames.empty();) {
+        const std::uint8_t type = frames.front();
+        const std::size_t length = FrameHeader::read(frames).length;
+        const ByteView afterHeader = frames.subspan(FrameHeader::bytes);
+        use(Rules::view(type, afterHeader.first(length)));
+        frames = afterHeader.subspan(length);
+    }
+    complete(input); // It is the beginning of a frame, and its header has been judged.
+    return {};
+}
+
+template<class Rules>
+auto FrameDecoder<Rules>::judge(ByteView input) -> std::expected<ByteView, Error> {
+    ByteView rest = input;
+    while (rest.size() >= FrameHeader::bytes) {
+        const auto header = FrameHeader::read(rest);
+        const bool isSoundData = Rules::isSoundData(header);
+        if (!isSoundData) {
+            if (const auto fault = Rules::faultOf(header))
+                return std::unexpected(*fault);
+        }
+        const ByteView afterHeader = rest.subspan(FrameHeader::bytes);
+        if (afterHeader.size() < header.length)
+            break;
+        if (!isSoundData) {
+            const ByteView payload = afterHeader.first(header.length);
+            if (const auto fault = Rules::faultOf(Rules::view(header.type, payload)))
+                return std::unexpected(*fault);
+        }
+        rest = afterHeader.subspan(header.length);
+    }
+    return input.first(input.size() - rest.size());
+}
+
+template<class Rules>
+auto FrameDecoder<Rules>::complete(ByteView& input) -> std::expected<bool, Error> {
+    const auto header = completeHeader(input);
+    if (!header)
+        return false;
+    if (const auto fault = Rules::faultOf(*header))
+        return std::unexpected(*fault);
+    if (!completePayload(header->length, input))
+        return false;
+    if (const auto fault = Rules::faultOf(Rules::view(header->type, payload_)))
+        return std::unexpected(*fault);
+    return true;
+}
+
+template<class Rules>
+std::optional<FrameHeader> FrameDecoder<Rules>::completeHeader(ByteView& input) {
     const std::size_t count = std::min(head_.size() - headBytes_, input.size());
     std::copy_n(input.begin(), count, head_.begin() + static_cast<std::ptrdiff_t>(headBytes_));
     headBytes_ += count;
@@ -86,7 +181,7 @@ std::optional<FrameHeader> FrameDecoder<Rules>::takeHeader(ByteView& input) {
 }
 
 template<class Rules>
-bool FrameDecoder<Rules>::takePayload(std::size_t length, ByteView& input) {
+bool FrameDecoder<Rules>::completePayload(std::size_t length, ByteView& input) {
     const ByteView part = input.first(std::min(length - payload_.size(), input.size()));
     payload_.reserve(length);
     payload_.insert(payload_.end(), part.begin(), part.end());

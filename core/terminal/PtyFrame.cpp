@@ -37,7 +37,7 @@ Bytes numberFrame(Kind kind, std::uint32_t number) {
     return frame;
 }
 
-bool hasGoodValue(const Frame& frame) {
+bool hasGoodValue(const FrameView& frame) {
     switch (frame.kind) {
     case Kind::resize:
         return frame.size() && validSize(frame.size()->cols, frame.size()->rows);
@@ -65,15 +65,15 @@ std::optional<Kind> kindOf(std::uint8_t raw) {
     return std::nullopt;
 }
 
-std::optional<Size> Frame::size() const {
+std::optional<Size> FrameView::size() const {
     if (kind != Kind::resize || payload.size() < numberBytes)
         return std::nullopt;
-    const auto bytes = std::span(payload).first<numberBytes>();
+    const auto bytes = payload.first<numberBytes>();
     return Size{.cols = static_cast<int>(BigEndian::read(bytes.first<2>())),
                 .rows = static_cast<int>(BigEndian::read(bytes.last<2>()))};
 }
 
-std::optional<std::int32_t> Frame::signal() const {
+std::optional<std::int32_t> FrameView::signal() const {
     if (kind != Kind::signal || payload.empty())
         return std::nullopt;
     const auto* const found = std::ranges::find(signals, payload.front(), &Signal::code);
@@ -91,11 +91,8 @@ std::optional<DecodeError> DecoderRules::faultOf(const FrameHeader& header) {
     return std::nullopt;
 }
 
-std::expected<Frame, DecodeError> DecoderRules::frame(const FrameHeader& header, Bytes payload) {
-    Frame frame{.kind = static_cast<Kind>(header.type), .payload = std::move(payload)};
-    if (!hasGoodValue(frame))
-        return std::unexpected(DecodeError::badValue);
-    return frame;
+std::optional<DecodeError> DecoderRules::faultOf(const FrameView& frame) {
+    return hasGoodValue(frame) ? std::nullopt : std::optional(DecodeError::badValue);
 }
 
 bool validSize(int cols, int rows) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
+#include <utility>
 
 /// The framing of one terminal session between the process that owns the pseudo-terminal and the
 /// side that shows it. Frames follow each other with nothing between them:
@@ -48,9 +49,10 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-struct Frame {
+/// A frame whose payload lies elsewhere.
+struct FrameView {
     Kind kind = Kind::data;
-    Bytes payload;
+    ByteView payload;
 
     /// Returns the size that a resize frame carries. It is absent for a frame of another kind, and
     /// for one whose payload is too short.
@@ -59,6 +61,18 @@ struct Frame {
     /// Returns the number of the signal to deliver. It is absent for a frame of another kind, and
     /// for a code that is not in `signals`.
     [[nodiscard]] std::optional<std::int32_t> signal() const;
+};
+
+struct Frame {
+    Kind kind = Kind::data;
+    Bytes payload;
+
+    [[nodiscard]] FrameView view() const { return {.kind = kind, .payload = payload}; }
+
+    // Each returns what that of the view does.
+    [[nodiscard]] std::optional<Size> size() const { return view().size(); }
+
+    [[nodiscard]] std::optional<std::int32_t> signal() const { return view().signal(); }
 
     bool operator==(const Frame&) const = default;
 };
@@ -69,10 +83,23 @@ enum class DecodeError { unknownType, tooLarge, badLength, badValue };
 
 struct DecoderRules {
     using Frame = PtyFrame::Frame;
+    using FrameView = PtyFrame::FrameView;
     using Error = DecodeError;
 
+    static bool isSoundData(const FrameHeader& header) {
+        return header.type == std::to_underlying(Kind::data) && header.length <= maxPayload;
+    }
+
     static std::optional<Error> faultOf(const FrameHeader& header);
-    static std::expected<Frame, Error> frame(const FrameHeader& header, Bytes payload);
+    static std::optional<Error> faultOf(const FrameView& frame);
+
+    static FrameView view(std::uint8_t type, ByteView payload) {
+        return {.kind = static_cast<Kind>(type), .payload = payload};
+    }
+
+    static Frame frame(const FrameView& view, Bytes payload) {
+        return {.kind = view.kind, .payload = std::move(payload)};
+    }
 };
 
 using Decoder = FrameDecoder<DecoderRules>;

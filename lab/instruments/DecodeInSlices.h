@@ -1,9 +1,11 @@
 #pragma once
 
 #include "core/support/Bytes.h"
+#include "core/terminal/FrameDecoder.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <expected>
 #include <iterator>
 #include <optional>
 #include <vector>
@@ -17,6 +19,33 @@ struct Decoded {
     std::optional<Error> error;
     std::size_t position = 0; ///< bytes fed by the end of the call that failed, or all of them
     std::size_t buffered = 0;
+};
+
+template<class Decoder>
+class ByViews;
+
+/// A decoder that is asked for views, under the interface of one that is asked for frames. Views
+/// that it got from a call that failed, which must not be, are returned in place of the error.
+template<class Rules>
+class ByViews<FrameDecoder<Rules>> {
+public:
+    using Frame = typename Rules::Frame;
+    using Error = typename Rules::Error;
+
+    std::expected<std::vector<Frame>, Error> feed(ByteView input) {
+        std::vector<Frame> frames;
+        const auto fed = decoder_.feed(input, [&](const typename Rules::FrameView& view) {
+            frames.push_back(Rules::frame(view, Bytes(view.payload.begin(), view.payload.end())));
+        });
+        if (!fed && frames.empty())
+            return std::unexpected(fed.error());
+        return frames;
+    }
+
+    [[nodiscard]] std::size_t buffered() const { return decoder_.buffered(); }
+
+private:
+    FrameDecoder<Rules> decoder_;
 };
 
 /// Feeds a decoder the stream in slices that end at the given positions, in ascending order, and at

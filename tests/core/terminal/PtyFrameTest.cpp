@@ -64,6 +64,7 @@ TEST(PtyFrame, ReadsValuesOfTheirOwnKindAndLengthOnly) {
 TEST(PtyFrameDecoder, FindsEachFaultAsSoonAsItCan) {
     const auto expect = [](DecodeError error, const std::vector<Bytes>& streams) {
         expectFaults<Decoder>(error, PtyFrame::exit(7), streams);
+        expectFaults<ByViews<Decoder>>(error, PtyFrame::exit(7), streams);
     };
     // The type comes first, then the size, then the length that the type must have.
     expect(DecodeError::unknownType,
@@ -83,14 +84,30 @@ TEST(PtyFrameDecoder, GivesTheSameFramesHoweverTheStreamIsCut) {
     EXPECT_EQ(frames.size(), 6U);
     for (std::size_t first = 0; first <= stream.size(); ++first) {
         for (std::size_t second = first; second <= stream.size(); ++second)
-            EXPECT_EQ(decodeInSlices<Decoder>(stream, {first, second}).frames, frames)
-                << first << ", " << second;
+            for (const auto& got :
+                 {decodeInSlices<Decoder>(stream, {first, second}).frames,
+                  decodeInSlices<ByViews<Decoder>>(stream, {first, second}).frames})
+                EXPECT_EQ(got, frames) << first << ", " << second;
     }
     Decoder decoder;
     for (std::size_t had = 0; had < 9; ++had) // the first frame comes with its last byte
         EXPECT_EQ(decoder.feed(ByteView(stream).subspan(had, 1)).value().size(),
                   had == 7 ? 1U : 0U);
     EXPECT_EQ(decoder.buffered(), 1U);
+}
+
+TEST(PtyFrameDecoder, LooksAtAWholePayloadWhereItLies) {
+    const Bytes stream = joined({PtyFrame::data(bytesOf("ls\r")), *resize(80, 24)});
+    std::vector<const std::uint8_t*> payloads;
+    Decoder decoder;
+    for (const auto& slice :
+         {ByteView(stream).first(2), ByteView(stream).subspan(2), ByteView(stream)})
+        ASSERT_TRUE(decoder.feed(slice, [&](const FrameView& frame) {
+            EXPECT_EQ(frame.size().has_value(), frame.kind == Kind::resize);
+            payloads.push_back(frame.payload.data());
+        }));
+    const auto* const at = stream.data();
+    EXPECT_THAT(payloads, ElementsAre(testing::Ne(at + 5), at + 13, at + 5, at + 13));
 }
 
 } // namespace
