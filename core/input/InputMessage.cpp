@@ -1,8 +1,14 @@
 #include "core/input/InputMessage.h"
 
 #include "core/support/Decimal.h"
+#include "core/support/Json.h"
+#include "core/support/NameTable.h"
 #include "core/support/Record.h"
 #include "core/support/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
 
 namespace velmo {
 
@@ -15,6 +21,30 @@ constexpr std::int64_t maxZoomSteps = 8;
 constexpr std::size_t maxText = 1024;                     // UTF-16 units
 constexpr std::int64_t maxTarget = 9'999'999'999'999'999; // sixteen digits
 
+constexpr auto memberNames = std::to_array<std::string_view>(
+    {"type", "dx", "dy", "steps", "button", "down", "text", "target", "key"});
+constexpr NameTable memberTable(memberNames);
+
+/// The positions of the names in the table.
+enum Member : std::uint8_t { type, dx, dy, steps, button, down, text, target, key };
+
+/// A line of JSON, of which every member is looked at once.
+class Line {
+public:
+    explicit Line(std::string_view line)
+        : document_(JsonDocument::parseAndFind(line, memberTable, members_)) {}
+
+    [[nodiscard]] bool isSound() const { return document_.has_value(); }
+
+    [[nodiscard]] const JsonScalar& operator[](Member name) const { return members_[name]; }
+
+    [[nodiscard]] std::optional<JsonObject> object() const { return document_->object(); }
+
+private:
+    std::array<JsonScalar, memberNames.size()> members_;
+    std::optional<JsonDocument> document_;
+};
+
 /// The one message that may have no other member.
 struct GestureLine {
     Gesture gesture{};
@@ -23,74 +53,66 @@ struct GestureLine {
         std::tuple{constant("type", "gesture"), field("gesture", &GestureLine::gesture)};
 };
 
-std::optional<std::int64_t> integerWithin(const JsonObject& message, std::string_view name,
-                                          std::int64_t limit) {
-    const auto value = message.integer(name);
-    if (value && *value >= -limit && *value <= limit)
-        return value;
-    return std::nullopt;
+bool isWithin(std::int64_t limit, const JsonScalar& value) {
+    return value.kind() == JsonKind::integer && value.integer() >= -limit
+           && value.integer() <= limit;
 }
 
-std::optional<std::string> target(const JsonObject& message) {
-    const auto text = message.text("target");
-    if (!text || !Decimal::parsePositive(*text, maxTarget))
-        return std::nullopt;
-    return std::string(*text);
+bool isTarget(const JsonScalar& value) {
+    return value.kind() == JsonKind::text && Decimal::parsePositive(value.text(), maxTarget);
 }
 
 template<class Motion>
-Decoded decodeMotion(const JsonObject& message) {
-    const auto dx = integerWithin(message, "dx", maxMotion);
-    const auto dy = integerWithin(message, "dy", maxMotion);
-    if (!dx || !dy)
+Decoded decodeMotion(const Line& line) {
+    if (!isWithin(maxMotion, line[dx]) || !isWithin(maxMotion, line[dy]))
         return std::nullopt;
-    return InputMessage{Motion{.dx = *dx, .dy = *dy}};
+    return InputMessage{Motion{.dx = line[dx].integer(), .dy = line[dy].integer()}};
 }
 
-Decoded decodeZoom(const JsonObject& message) {
-    const auto steps = integerWithin(message, "steps", maxZoomSteps);
-    if (!steps || *steps == 0)
+Decoded decodeZoom(const Line& line) {
+    if (!isWithin(maxZoomSteps, line[steps]) || line[steps].integer() == 0)
         return std::nullopt;
-    return InputMessage{InputMessage::Zoom{.steps = *steps}};
+    return InputMessage{InputMessage::Zoom{.steps = line[steps].integer()}};
 }
 
-Decoded decodeButton(const JsonObject& message) {
-    const auto button = message.text("button");
-    const auto down = message.boolean("down");
-    if ((button != "left" && button != "right") || !down)
+Decoded decodeButton(const Line& line) {
+    // What is no text reads as "", which is neither.
+    const bool isRight = line[button].text() == "right";
+    if ((!isRight && line[button].text() != "left") || line[down].kind() != JsonKind::boolean)
         return std::nullopt;
-    return InputMessage{InputMessage::Button{.right = button == "right", .down = *down}};
+    return InputMessage{InputMessage::Button{.right = isRight, .down = line[down].boolean()}};
 }
 
-Decoded decodeText(const JsonObject& message) {
-    const auto text = message.text("text");
-    auto to = target(message);
-    if (!text || text->empty() || Text::utf16Length(*text) > maxText || !to)
+Decoded decodeText(const Line& line) {
+    const std::string_view typed = line[text].text();
+    if (typed.empty() || Text::utf16Length(typed) > maxText || !isTarget(line[target]))
         return std::nullopt;
-    return InputMessage{InputMessage::Text{.text = std::string(*text), .target = *std::move(to)}};
+    return InputMessage{
+        InputMessage::Text{.text = std::string(typed), .target = std::string(line[target].text())}};
 }
 
-Decoded decodeKey(const JsonObject& message) {
-    const auto name = message.text("key");
-    auto to = target(message);
-    if (!name || !Text::isOneOf(*name, InputMessage::keys) || !to)
+Decoded decodeKey(const Line& line) {
+    const std::string_view name = line[key].text();
+    if (!Text::isOneOf(name, InputMessage::keys) || !isTarget(line[target]))
         return std::nullopt;
-    return InputMessage{InputMessage::Key{.name = std::string(*name), .target = *std::move(to)}};
+    return InputMessage{
+        InputMessage::Key{.name = std::string(name), .target = std::string(line[target].text())}};
 }
 
-Decoded decodeGesture(const JsonObject& message) {
-    return decodeRecordExactly<GestureLine>(message).transform(
-        [](const GestureLine& line) { return InputMessage{line.gesture}; });
+Decoded decodeGesture(const Line& line) {
+    return line.object()
+        .and_then([](const JsonObject& object) { return decodeRecordExactly<GestureLine>(object); })
+        .transform([](const GestureLine& found) { return InputMessage{found.gesture}; });
 }
 
 template<class Message>
-Decoded decodeBare(const JsonObject& /*message*/) {
+Decoded decodeBare(const Line& /*line*/) {
     return InputMessage{Message()};
 }
 
 struct Type {
     std::string_view name;
-    Decoded (*decode)(const JsonObject& message);
+    Decoded (*decode)(const Line& line);
 };
 
 constexpr Type types[] = {
@@ -106,19 +128,21 @@ constexpr Type types[] = {
     {.name = "focus", .decode = decodeBare<InputMessage::Focus>},
 };
 
+constexpr auto typeNames = [] {
+    std::array<std::string_view, std::size(types)> names;
+    std::ranges::transform(types, names.begin(), &Type::name);
+    return names;
+}();
+constexpr NameTable typeTable(typeNames);
+
 } // namespace
 
-std::optional<InputMessage> InputMessage::decode(std::string_view line) {
-    if (line.size() > maxLine)
+std::optional<InputMessage> InputMessage::decode(std::string_view text) {
+    if (text.size() > maxLine)
         return std::nullopt;
-    const auto document = JsonDocument::parse(line);
-    const auto message = document.and_then(&JsonDocument::object);
-    const auto name = message ? message->text("type") : std::nullopt;
-    for (const Type& type : types) {
-        if (type.name == name)
-            return type.decode(*message);
-    }
-    return std::nullopt;
+    const Line line(text);
+    const std::size_t known = line.isSound() ? typeTable.find(line[type].text()) : std::size(types);
+    return known < std::size(types) ? types[known].decode(line) : std::nullopt;
 }
 
 } // namespace velmo

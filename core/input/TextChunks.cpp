@@ -1,5 +1,6 @@
 #include "core/input/TextChunks.h"
 
+#include "core/support/Characters.h"
 #include "core/support/Text.h"
 
 namespace velmo::TextChunks {
@@ -18,30 +19,35 @@ bool beginsWithAWholeAsciiChunk(std::string_view text) {
 } // namespace
 
 std::vector<std::string> split(std::string_view text) {
-    const std::string valid = Text::repaired(text);
+    const std::string repaired = Text::isValidUtf8(text) ? "" : Text::repaired(text);
+    std::string_view rest = repaired.empty() ? text : repaired; // begins with the next chunk
     std::vector<std::string> chunks;
-    chunks.reserve(valid.size() / limit + 1);
-    std::string_view rest = valid; // begins with the chunk that is being filled
-    std::size_t bytes = 0;         // of that chunk
-    std::size_t units = 0;         // of that chunk, UTF-16
-    while (bytes < rest.size()) {
-        if (bytes == 0 && beginsWithAWholeAsciiChunk(rest)) {
+    chunks.reserve(rest.size() / limit + 1);
+    while (!rest.empty()) {
+        while (beginsWithAWholeAsciiChunk(rest)) {
             chunks.emplace_back(rest.substr(0, limit));
             rest.remove_prefix(limit);
-            continue;
         }
-        const Text::Character next = Text::firstCharacter(rest.substr(bytes));
-        if (bytes > 0 && units + next.utf16Length > limit) {
+        std::size_t bytes = 0; // of the chunk
+        std::size_t units = 0; // of the chunk, UTF-16
+        for (Text::Characters characters(rest); !characters.atEnd(); characters.next()) {
+            const Text::Character& next = characters.current();
+            if (bytes > 0 && units + next.utf16Length > limit) {
+                chunks.emplace_back(rest.substr(0, bytes));
+                rest.remove_prefix(bytes);
+                bytes = 0;
+                units = 0;
+                if (beginsWithAWholeAsciiChunk(rest))
+                    break;
+            }
+            bytes += next.bytes.size();
+            units += next.utf16Length;
+        }
+        if (bytes > 0) {
             chunks.emplace_back(rest.substr(0, bytes));
-            rest.remove_prefix(bytes);
-            bytes = 0;
-            units = 0;
+            rest = {};
         }
-        bytes += next.bytes.size();
-        units += next.utf16Length;
     }
-    if (!rest.empty())
-        chunks.emplace_back(rest);
     return chunks;
 }
 

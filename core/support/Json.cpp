@@ -14,15 +14,21 @@ namespace velmo {
 
 namespace dom = simdjson::dom;
 
+/// Where the members go that a caller asks for.
+struct WantedMembers {
+    const NameTable& names;
+    std::span<JsonScalar> found;
+};
+
 /// What this file knows of a reference and no other does.
 struct JsonParser {
     static dom::element elementOf(const JsonReference& reference) {
-        return std::bit_cast<dom::element>(reference.bytes_);
+        return std::bit_cast<dom::element>(reference.words_);
     }
 
     static JsonReference referenceTo(const dom::element& element) {
         JsonReference reference;
-        reference.bytes_ = std::bit_cast<decltype(reference.bytes_)>(element);
+        reference.words_ = std::bit_cast<decltype(reference.words_)>(element);
         return reference;
     }
 };
@@ -54,14 +60,6 @@ dom::array arrayOf(const JsonReference& reference) {
     return elementOf(reference).get_array().value_unsafe();
 }
 
-/// One bit of 64 for a name: two names with different bits are different.
-std::uint64_t bitOf(std::string_view name) {
-    if (name.empty())
-        return 1;
-    const auto byte = [](char c) { return std::size_t{static_cast<unsigned char>(c)}; };
-    return std::uint64_t{1} << (byte(name.front()) + 3 * byte(name.back()) + 7 * name.size()) % 64;
-}
-
 /// What takes the place of a numeral that no type of number can represent: an object that names a
 /// member twice, which no accepted document can say.
 constexpr std::string_view unrepresentable = R"({"":0,"":0})";
@@ -75,6 +73,19 @@ bool isUnrepresentable(const dom::element& element) {
                           [](const dom::key_value_pair& member) { return member.key.empty(); });
 }
 
+JsonScalar scalarOf(const dom::element& element) {
+    switch (element.type()) {
+    case dom::element_type::STRING:
+        return JsonScalar(element.get_string().value_unsafe());
+    case dom::element_type::INT64:
+        return JsonScalar(element.get_int64().value_unsafe());
+    case dom::element_type::BOOL:
+        return JsonScalar(element.get_bool().value_unsafe());
+    default:
+        return {};
+    }
+}
+
 bool namesOneTwice(const dom::object& object) {
     std::vector<std::string_view> names;
     for (const dom::key_value_pair member : object)
@@ -84,13 +95,16 @@ bool namesOneTwice(const dom::object& object) {
 }
 
 /// Counts the objects in which a member is named twice, up to one more than `max`. Two readers that
-/// pick different ones of two equal members are how a check is walked round. Recursion is bounded
-/// by the parser's own limit on nesting.
+/// pick different ones of two equal members are how a check is walked round. Members of this very
+/// object that are wanted are found in the same walk. Recursion is bounded by the parser's own
+/// limit on nesting.
 // NOLINTNEXTLINE(misc-no-recursion)
-std::size_t countNamingTwice(const dom::element& element, std::size_t max) {
+std::size_t countNamingTwice(const dom::element& element, std::size_t max,
+                             const WantedMembers* wanted = nullptr) {
     std::size_t count = 0;
     if (element.is_array()) {
-        for (const dom::element each : element.get_array().value_unsafe()) {
+        const dom::array array = element.get_array().value_unsafe();
+        for (const dom::element each : array) {
             if (count > max)
                 break;
             count += countNamingTwice(each, max - count);
@@ -103,13 +117,18 @@ std::size_t countNamingTwice(const dom::element& element, std::size_t max) {
     std::uint64_t seen = 0;
     bool perhapsTwice = false;
     for (const dom::key_value_pair member : object) {
-        const std::uint64_t bit = bitOf(member.key);
+        const std::size_t slot = NameTable::slotOf(member.key);
+        const std::uint64_t bit = std::uint64_t{1} << slot;
         perhapsTwice = perhapsTwice || (seen & bit) != 0;
         seen |= bit;
         if (member.value.is_object() || member.value.is_array())
             count += countNamingTwice(member.value, max - count);
         if (count > max)
             return count;
+        if (wanted == nullptr)
+            continue;
+        if (const auto at = wanted->names.find(member.key, slot); at < wanted->found.size())
+            wanted->found[at] = scalarOf(member.value);
     }
     return count + (perhapsTwice && namesOneTwice(object) ? 1 : 0);
 }
@@ -312,6 +331,18 @@ Marked markUnrepresentable(std::string_view text, dom::parser& parser) {
 } // namespace
 
 std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
+    return parseWith(text, nullptr);
+}
+
+std::optional<JsonDocument> JsonDocument::parseAndFind(std::string_view text,
+                                                       const NameTable& names,
+                                                       std::span<JsonScalar> found) {
+    const WantedMembers wanted{.names = names, .found = found};
+    return parseWith(text, &wanted);
+}
+
+std::optional<JsonDocument> JsonDocument::parseWith(std::string_view text,
+                                                    const WantedMembers* wanted) {
     // Newer parsers skip the mark; the verdict must not depend on their release. Of no text at all
     // even the address may be missing.
     if (text.empty() || text.starts_with("\xEF\xBB\xBF"))
@@ -326,7 +357,7 @@ std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
     }
     // Where the text itself says what a mark says, there is one more than was put in.
     if (root.error() != simdjson::SUCCESS
-        || countNamingTwice(root.value_unsafe(), marked.count) != marked.count)
+        || countNamingTwice(root.value_unsafe(), marked.count, wanted) != marked.count)
         return std::nullopt;
     return result;
 }

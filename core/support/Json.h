@@ -1,10 +1,14 @@
 #pragma once
 
+#include "core/support/NameTable.h"
+
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -23,14 +27,54 @@ namespace velmo {
 class JsonArray;
 class JsonObject;
 struct JsonStorage;
+struct WantedMembers;
 
 /// A number that no reader takes is of kind `real`.
 enum class JsonKind { null, boolean, integer, real, text, array, object };
 
-/// The parser's own reference to a value, kept as bytes so that no other file sees the parser.
+/// The parser's own reference to a value, kept as words so that no other file sees the parser.
 class JsonReference {
     friend struct JsonParser;
-    alignas(void*) std::array<std::byte, 2 * sizeof(void*)> bytes_{};
+    std::array<std::uintptr_t, 2> words_{};
+};
+
+/// A text, an integer or a boolean that has been read already. Small, so that a table of them is
+/// quickly made.
+class JsonScalar {
+public:
+    JsonScalar() = default; // Without a text or number, whose places nobody reads.
+
+    explicit JsonScalar(std::string_view text)
+        : kind_(JsonKind::text),
+          size_(static_cast<std::uint32_t>(text.size())),
+          word_(std::bit_cast<std::uintptr_t>(text.data())) {}
+
+    explicit JsonScalar(std::int64_t integer)
+        : kind_(JsonKind::integer), word_(static_cast<std::uint64_t>(integer)) {}
+
+    explicit JsonScalar(bool boolean) : kind_(JsonKind::boolean), word_(boolean ? 1 : 0) {}
+
+    /// Returns the kind, which is null for every other value and for none.
+    [[nodiscard]] JsonKind kind() const { return kind_; }
+
+    // Each returns the value if it is of that kind, else false, 0 or "".
+
+    [[nodiscard]] bool boolean() const { return kind_ == JsonKind::boolean && word_ != 0; }
+
+    [[nodiscard]] std::int64_t integer() const {
+        return kind_ == JsonKind::integer ? static_cast<std::int64_t>(word_) : 0;
+    }
+
+    [[nodiscard]] std::string_view text() const {
+        if (kind_ != JsonKind::text)
+            return {};
+        return {std::bit_cast<const char*>(static_cast<std::uintptr_t>(word_)), size_};
+    }
+
+private:
+    JsonKind kind_ = JsonKind::null;
+    std::uint32_t size_; ///< bytes of a text; the parser reads no document of 4 GiB
+    std::uint64_t word_; ///< the integer or boolean, or where the text is
 };
 
 /// One value. Every reader returns absent for a value of another kind. Nothing is converted, except
@@ -103,6 +147,12 @@ public:
     /// Parses a text; absent if it is refused. The text is not needed afterwards.
     static std::optional<JsonDocument> parse(std::string_view text);
 
+    /// Does the same and, where the root is an object, reads the members of these names in the walk
+    /// that parsing takes anyway. `found` has a place for each name. A place stays as it is if
+    /// there is no such member, and none of them counts if the text is refused.
+    static std::optional<JsonDocument> parseAndFind(std::string_view text, const NameTable& names,
+                                                    std::span<JsonScalar> found);
+
     JsonDocument(JsonDocument&&) noexcept;
     JsonDocument& operator=(JsonDocument&&) noexcept;
     JsonDocument(const JsonDocument&) = delete;
@@ -116,6 +166,9 @@ public:
 
 private:
     explicit JsonDocument(std::unique_ptr<JsonStorage> storage);
+
+    static std::optional<JsonDocument> parseWith(std::string_view text,
+                                                 const WantedMembers* wanted);
 
     std::unique_ptr<JsonStorage> storage_;
 };

@@ -1,5 +1,7 @@
 #include "core/support/Text.h"
 
+#include "core/support/Characters.h"
+
 #include <simdjson.h>
 #include <utf8proc.h>
 
@@ -74,11 +76,6 @@ std::size_t utf16Length(char32_t scalar) {
     return scalar < 0x10000 ? 1 : 2;
 }
 
-/// In ASCII only CR LF joins two scalars into one character.
-bool joinsInAscii(char first, char second) {
-    return first == '\r' && second == '\n';
-}
-
 } // namespace
 
 Scalar firstScalar(std::string_view text) {
@@ -144,32 +141,13 @@ std::size_t utf16Length(std::string_view text) {
 }
 
 Character firstCharacter(std::string_view text) {
-    if (text.empty())
-        return {};
-    if (text.size() >= 2 && isAscii(text.substr(0, 2))) {
-        const std::size_t length = joinsInAscii(text[0], text[1]) ? 2 : 1;
-        return {.bytes = text.substr(0, length), .utf16Length = length};
-    }
-
-    Scalar previous = firstScalar(text);
-    std::size_t length = previous.bytes.size();
-    std::size_t units = utf16Length(previous.value);
-    utf8proc_int32_t state = 0;
-    while (length < text.size()) {
-        const Scalar next = firstScalar(text.substr(length));
-        if (utf8proc_grapheme_break_stateful(asInt(previous.value), asInt(next.value), &state))
-            break;
-        length += next.bytes.size();
-        units += utf16Length(next.value);
-        previous = next;
-    }
-    return {.bytes = text.substr(0, length), .utf16Length = units};
+    return Characters(text).current();
 }
 
 std::size_t characterCount(std::string_view text) {
     std::size_t count = 0;
-    for (; !text.empty(); ++count)
-        text.remove_prefix(firstCharacter(text).bytes.size());
+    for (Characters characters(text); !characters.atEnd(); characters.next())
+        ++count;
     return count;
 }
 
@@ -181,10 +159,11 @@ std::string_view prefix(std::string_view text, std::size_t characters) {
     // No character is shorter than a byte.
     if (text.size() <= characters)
         return text;
-    std::string_view rest = text;
-    for (std::size_t i = 0; i < characters && !rest.empty(); ++i)
-        rest.remove_prefix(firstCharacter(rest).bytes.size());
-    return text.substr(0, text.size() - rest.size());
+    std::size_t length = 0;
+    Characters walk(text);
+    for (std::size_t i = 0; i < characters && !walk.atEnd(); ++i, walk.next())
+        length += walk.current().bytes.size();
+    return text.substr(0, length);
 }
 
 std::string lowercased(std::string_view text) {

@@ -83,6 +83,27 @@ TEST(Json, UnescapesNamesAndTexts) {
     EXPECT_EQ(object.members()[0].name, "cmd");
 }
 
+TEST(Json, FindsTheMembersOfTheRootThatAreAskedFor) {
+    static constexpr auto names =
+        std::to_array<std::string_view>({"a", "b", "c", "d", "e", "bc", "no"});
+    constexpr NameTable table(names);
+    std::array<JsonScalar, names.size()> found;
+    const auto document = JsonDocument::parseAndFind(
+        R"({"\u0061":-5,"x":{"no":1},"b":"t\u0000","c":true,"d":18446744073709551615,"e":1e400,"":0})",
+        table, found);
+    ASSERT_TRUE(document);
+    EXPECT_EQ(found[0].integer(), -5);
+    EXPECT_EQ(found[1].text(), "t\0"s);
+    EXPECT_TRUE(found[2].boolean() && !found[0].boolean() && found[2].integer() == 0);
+    for (std::size_t i = 3; i < found.size(); ++i)
+        EXPECT_EQ(found[i].kind(), JsonKind::null) << names[i];
+    for (const char* const refused : {R"({"a":1,"a":1})", R"({"x":1,"x":1})", "{\"a\":1", ""})
+        EXPECT_FALSE(JsonDocument::parseAndFind(refused, table, found)) << refused;
+    ASSERT_EQ(NameTable::slotOf("cx"), NameTable::slotOf("bc"));
+    EXPECT_EQ(table.find("cx"), names.size());
+    EXPECT_EQ(table.find("bc"), 5U);
+}
+
 TEST(Json, ValuesStayGoodWhenTheDocumentMoves) {
     auto first = JsonDocument::parse("{\"a\":\"text\"}");
     const JsonValue value = first->root().object()->member("a").value();

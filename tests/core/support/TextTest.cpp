@@ -1,8 +1,8 @@
-#include "core/support/Text.h"
-
+#include "core/support/Characters.h"
 #include "tests/Texts.h"
 
 #include <rapidcheck/gtest.h>
+#include <utf8proc.h>
 
 #include <bit>
 #include <optional>
@@ -166,6 +166,31 @@ TEST(Text, FindsExactTextsInATable) {
     EXPECT_TRUE(Text::isOneOf("\u00E9", table));
     EXPECT_FALSE(Text::isOneOf("e\u0301", table));
     EXPECT_FALSE(Text::isOneOf("A", table));
+}
+
+TEST(Text, CharactersEndWhereTheLibraryEndsThem) {
+    // One scalar at least of every class, and a consonant and a virama.
+    const std::u32string_view scalars = U"a\r\n\u00AD\u0301\u1100\u1161\u11A8\uAC00\uAC01\U0001F1E6"
+                                        U"\u0903\u0600\u200D\u2764\u0915\u094D";
+    const std::size_t count = scalars.size();
+    for (std::size_t number = 0; number < count * count * count * count; ++number) {
+        std::string text;
+        std::vector<std::size_t> ends;
+        std::int32_t state = 0;
+        std::int32_t last = 0;
+        for (std::size_t rest = number, i = 0; i < 4; ++i, rest /= count) {
+            const auto scalar = static_cast<std::int32_t>(scalars[rest % count]);
+            if (i > 0 && utf8proc_grapheme_break_stateful(last, scalar, &state))
+                ends.push_back(text.size());
+            Text::append(text, static_cast<char32_t>(scalar));
+            last = scalar;
+        }
+        ends.push_back(text.size());
+        std::vector<std::size_t> found;
+        for (Text::Characters walk(text); !walk.atEnd(); walk.next())
+            found.push_back((found.empty() ? 0 : found.back()) + walk.current().bytes.size());
+        ASSERT_EQ(found, ends) << testing::PrintToString(text);
+    }
 }
 
 RC_GTEST_PROP(Text, CharactersDivideAnyBytes, (const std::string& bytes)) {
