@@ -54,14 +54,14 @@ void addInput(Suite& suite) {
     const auto lines = std::make_shared<const Lines>(session());
     suite.compare({.what = "InputMessage::decode",
                    .input = "2000 lines of a session",
-                   .aims = {{.contender = "simdjson, parse alone", .factor = 1 / 1.5},
-                            {.contender = "RapidJSON, parse alone", .factor = 1},
-                            {.contender = "nlohmann, parse alone", .factor = 4}}},
+                   .aims = {{.contender = "simdjson", .factor = 1 / 1.5, .doesLess = parsesOnly},
+                            {.contender = "RapidJSON", .factor = 1, .doesLess = parsesOnly},
+                            {.contender = "nlohmann", .factor = 4, .doesLess = parsesOnly}}},
                   {{ours, overLines(lines,
                                     [](const std::string& line) {
                                         return InputMessage::decode(line).has_value();
                                     })},
-                   {"simdjson, parse alone",
+                   {"simdjson",
                     [=](benchmark::State& state) {
                         simdjson::dom::parser parser;
                         for (auto _ : state) {
@@ -71,14 +71,13 @@ void addInput(Suite& suite) {
                             }
                         }
                     }},
-                   {"RapidJSON, parse alone", overLines(lines,
-                                                        [](const std::string& line) {
-                                                            rapidjson::Document document;
-                                                            document.Parse(line.data(),
-                                                                           line.size());
-                                                            return !document.HasParseError();
-                                                        })},
-                   {"nlohmann, parse alone", overLines(lines, [](const std::string& line) {
+                   {"RapidJSON", overLines(lines,
+                                           [](const std::string& line) {
+                                               rapidjson::Document document;
+                                               document.Parse(line.data(), line.size());
+                                               return !document.HasParseError();
+                                           })},
+                   {"nlohmann", overLines(lines, [](const std::string& line) {
                         return nlohmann::json::parse(line).is_object();
                     })}});
 }

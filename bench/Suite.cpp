@@ -1,17 +1,22 @@
 #include "bench/Suite.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <iterator>
 #include <sstream>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 namespace velmo::bench {
 
 namespace {
 
 constexpr double nanosecond = 1e-9; ///< seconds
+constexpr double paler = 0.55;      ///< opacity of a bar
 
 std::string nameOf(const std::string& what, const std::string& who) {
     return what + "|" + who;
@@ -23,7 +28,7 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
-/// Collects the time of every repetition and shows the progress on the terminal.
+/// Collects the time of every repetition and shows the progress, if there is a terminal.
 class Collector final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -39,12 +44,25 @@ public:
                 .push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
         }
         if (!runs.empty() && runs.front().run_type == Run::RT_Iteration)
-            std::fprintf(stderr, "\r%-70s", runs.front().benchmark_name().c_str());
+            show(runs.front().benchmark_name());
     }
 
-    void Finalize() override { std::fprintf(stderr, "\r%-70s\r", ""); }
+    void Finalize() override {
+        show("");
+        if (isTerminal_)
+            std::fputc('\r', stderr);
+    }
 
     std::map<std::string, std::vector<double>> seconds;
+
+private:
+    /// Puts a text in the place of the last one, on one line; in a file that would be many.
+    void show(const std::string& text) const {
+        if (isTerminal_)
+            std::fprintf(stderr, "\r%-70.70s", text.c_str());
+    }
+
+    bool isTerminal_ = ::isatty(STDERR_FILENO) == 1;
 };
 
 std::string timeText(double seconds) {
@@ -86,7 +104,7 @@ std::string escaped(std::string_view text) {
 void Suite::compare(Comparison comparison, const std::map<std::string, Body>& bodies) {
     for (const auto& [who, body] : bodies)
         benchmark::RegisterBenchmark(nameOf(comparison.what, who).c_str(), body);
-    comparisons_.push_back(std::move(comparison));
+    sections_.back().comparisons.push_back(std::move(comparison));
 }
 
 void Suite::grow(Growth growth, const Body& body) {
@@ -117,9 +135,22 @@ bool Suite::run(int argc, char** argv) {
     return true;
 }
 
-std::vector<Suite::Pair> Suite::pairs() const {
+Suite::Verdict Suite::Pair::verdict() const {
+    // What the noise of a machine decides is neither.
+    constexpr double noise = 0.1;
+    if (aim->factor == 1 && std::abs(factor() - 1) < noise)
+        return Verdict::beside;
+    return factor() >= aim->factor ? Verdict::met : Verdict::missed;
+}
+
+std::string Suite::Pair::aimText() const {
+    const std::string text = aim->factor == 1 ? "beside" : number(aim->factor);
+    return verdict() == Verdict::missed ? text + ", missed" : text;
+}
+
+std::vector<Suite::Pair> Suite::pairs(const Section& section) const {
     std::vector<Pair> pairs;
-    for (const Comparison& comparison : comparisons_) {
+    for (const Comparison& comparison : section.comparisons) {
         const auto mine = medians_.find(nameOf(comparison.what, ours));
         for (const Aim& aim : comparison.aims) {
             const auto theirs = medians_.find(nameOf(comparison.what, aim.contender));
@@ -158,22 +189,25 @@ double Suite::exponent(const Growth& growth) const {
 
 std::string Suite::markdown() const {
     std::ostringstream out;
-    out << "| what | input | ours | beside | theirs | ours is faster by | aim |\n"
-           "|---|---|---|---|---|---|---|\n";
-    const Comparison* last = nullptr;
-    for (const Pair& pair : pairs()) {
-        const double factor = pair.theirs / pair.ours;
-        const bool first = pair.comparison != last;
-        last = pair.comparison;
-        out << "| " << (first ? pair.comparison->what : "") << " | "
-            << (first ? pair.comparison->input : "") << " | " << timeText(pair.ours) << " | "
-            << pair.aim->contender << " | " << timeText(pair.theirs) << " | " << number(factor)
-            << " | " << (pair.aim->factor > 0 ? number(pair.aim->factor) : "none")
-            << (factor >= pair.aim->factor ? "" : ", missed") << " |\n";
+    for (const Section& section : sections_) {
+        out << "## " << section.title
+            << "\n\n| what | input | ours | beside | theirs | ours is faster by | aim |\n"
+               "|---|---|---|---|---|---|---|\n";
+        const Comparison* last = nullptr;
+        for (const Pair& pair : pairs(section)) {
+            const bool first = pair.comparison != std::exchange(last, pair.comparison);
+            const std::string& less = pair.aim->doesLess;
+            out << "| " << (first ? pair.comparison->what : "") << " | "
+                << (first ? pair.comparison->input : "") << " | " << timeText(pair.ours) << " | "
+                << pair.aim->contender << (less.empty() ? "" : " (" + less + ")") << " | "
+                << timeText(pair.theirs) << " | " << number(pair.factor()) << " | "
+                << pair.aimText() << " |\n";
+        }
+        out << '\n';
     }
     if (growths_.empty())
         return out.str();
-    out << "\n| how the cost grows | sizes | exponent |\n|---|---|---|\n";
+    out << "## How the cost grows\n\n| what | sizes | exponent |\n|---|---|---|\n";
     for (const Growth& growth : growths_) {
         if (!std::isfinite(exponent(growth)))
             continue; // The caller's filter left it out.
@@ -185,42 +219,92 @@ std::string Suite::markdown() const {
     return out.str();
 }
 
+const char* Suite::colourOf(Verdict verdict) {
+    switch (verdict) {
+    case Verdict::met:
+        return "#3a7d44";
+    case Verdict::beside:
+        return "#7f8c8d";
+    case Verdict::missed:
+        break;
+    }
+    return "#c0392b";
+}
+
 std::string Suite::svg() const {
-    constexpr int rowHeight = 22;    ///< pixels
-    constexpr int labelWidth = 470;  ///< pixels
-    constexpr int chartWidth = 480;  ///< pixels
-    constexpr double minDecade = -1; ///< the axis begins at a tenth
-    constexpr double decades = 4;    ///< and ends at a thousand times
-    const auto x = [](double factor) {
-        const double place = (std::log10(factor) - minDecade) / decades;
-        return labelWidth + chartWidth * std::clamp(place, 0.0, 1.0);
+    constexpr int rowHeight = 20;   ///< pixels
+    constexpr int labelWidth = 330; ///< pixels
+    constexpr int chartWidth = 520; ///< pixels
+    constexpr int factorWidth = 60; ///< pixels, for the number behind a bar
+    constexpr double leastStretch = 1.02;
+    std::vector<Pair> all;
+    for (const Section& section : sections_)
+        std::ranges::copy(pairs(section), std::back_inserter(all));
+    double least = 1 / leastStretch;
+    double most = leastStretch;
+    int groups = 0;
+    const Comparison* last = nullptr;
+    for (const Pair& pair : all) {
+        least = std::min(least, pair.factor());
+        most = std::max(most, pair.factor());
+        groups += pair.comparison != std::exchange(last, pair.comparison) ? 1 : 0;
+    }
+    const auto x = [&](double factor) {
+        return labelWidth + chartWidth * std::log(factor / least) / std::log(most / least);
     };
-    const auto all = pairs();
-    const auto height = rowHeight * (static_cast<int>(all.size()) + 2);
+    const int top = 4 * rowHeight;
+    const int height = top + rowHeight * (static_cast<int>(all.size()) + groups + 1);
 
     std::ostringstream out;
-    out << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << labelWidth + chartWidth + 70
-        << "\" height=\"" << height
+    const auto text = [&](double at, int y, const char* style, const std::string& words) {
+        out << "<text x=\"" << at << "\" y=\"" << y << "\"" << style << ">" << escaped(words)
+            << "</text>\n";
+    };
+    out << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")"
+        << labelWidth + chartWidth + factorWidth << "\" height=\"" << height
         << "\" font-family=\"sans-serif\" font-size=\"12\">\n"
            "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
-    for (const double factor : {0.1, 1.0, 10.0, 100.0, 1000.0}) {
-        out << "<line x1=\"" << x(factor) << "\" x2=\"" << x(factor) << "\" y1=\"" << rowHeight
-            << "\" y2=\"" << height - rowHeight / 2 << "\" stroke=\""
-            << (factor == 1.0 ? "#444" : "#ddd") << "\"/>\n<text x=\"" << x(factor)
-            << "\" y=\"15\" text-anchor=\"middle\">" << factor << " ×</text>\n";
+    text(10, 18, R"( font-weight="bold")",
+         "How many times as fast as its peers (on a logarithmic scale)");
+    double key = 10;
+    for (const auto& [fill, opacity, words] :
+         {std::tuple{colourOf(Verdict::met), 1.0, "meets its aim"},
+          std::tuple{colourOf(Verdict::beside), 1.0, "beside its peer, as aimed"},
+          std::tuple{colourOf(Verdict::missed), 1.0, "red: misses its aim"},
+          std::tuple{colourOf(Verdict::met), paler,
+                     "paler, of any colour: the peer does less of the work"}}) {
+        out << "<rect x=\"" << key << "\" y=\"27\" width=\"12\" height=\"12\" fill=\"" << fill
+            << "\" fill-opacity=\"" << opacity << "\"/>\n";
+        text(key + 18, 37, "", words);
+        key += 42 + 6.3 * static_cast<double>(std::string_view(words).size());
     }
-    int y = rowHeight;
+    for (const double factor :
+         {0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 20.0, 50.0, 100.0, 200.0, 500.0}) {
+        if (factor < least || factor > most)
+            continue;
+        out << "<line x1=\"" << x(factor) << "\" x2=\"" << x(factor) << "\" y1=\"" << top
+            << "\" y2=\"" << height - rowHeight / 2 << "\" stroke=\""
+            << (factor == 1.0 ? "#444" : "#ddd") << "\"/>\n";
+        std::ostringstream tick;
+        tick << factor << " ×";
+        text(x(factor), top - 6, R"( text-anchor="middle")", tick.str());
+    }
+    int y = top;
+    last = nullptr;
     for (const Pair& pair : all) {
-        const double factor = pair.theirs / pair.ours;
-        const double from = std::min(x(1), x(factor));
-        const double width = std::abs(x(factor) - x(1));
-        out << "<text x=\"" << labelWidth - 8 << "\" y=\"" << y + 15 << "\" text-anchor=\"end\">"
-            << escaped(pair.comparison->what) << " / " << escaped(pair.aim->contender)
-            << "</text>\n<rect x=\"" << from << "\" y=\"" << y + 4 << "\" width=\"" << width
-            << "\" height=\"" << rowHeight - 8 << "\" fill=\""
-            << (factor >= pair.aim->factor ? "#3a7d44" : "#c0392b") << "\"/>\n<text x=\""
-            << std::max(x(1), x(factor)) + 5 << "\" y=\"" << y + 15 << "\">" << number(factor)
-            << "</text>\n";
+        if (pair.comparison != std::exchange(last, pair.comparison)) {
+            text(10, y + 15, R"( font-weight="bold")", pair.comparison->what);
+            y += rowHeight;
+        }
+        const std::string& less = pair.aim->doesLess;
+        const double at = x(pair.factor());
+        text(labelWidth - 8, y + 14, R"( text-anchor="end")",
+             pair.aim->contender + (less.empty() ? "" : " (" + less + ")"));
+        out << "<rect x=\"" << std::min(x(1), at) << "\" y=\"" << y + 4 << "\" width=\""
+            << std::abs(at - x(1)) << "\" height=\"" << rowHeight - 8 << "\" fill=\""
+            << colourOf(pair.verdict()) << "\" fill-opacity=\"" << (less.empty() ? 1 : paler)
+            << "\"/>\n";
+        text(std::max(x(1), at) + 5, y + 14, "", number(pair.factor()));
         y += rowHeight;
     }
     out << "</svg>\n";

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmo::bench {
@@ -12,8 +13,11 @@ namespace velmo::bench {
 /// What a comparison aims at: we are at least `factor` times as fast as the contender.
 struct Aim {
     std::string contender;
-    double factor; ///< 0 for a contender that is only shown
+    double factor;             ///< 1 to be beside it
+    std::string doesLess = {}; ///< what the contender leaves undone of the work, for people
 };
+
+inline constexpr const char* parsesOnly = "parses only";
 
 /// One thing done to one input by us and by others, measured in the same run.
 struct Comparison {
@@ -37,7 +41,11 @@ inline constexpr const char* ours = "Velmo";
 /// Everything that is measured and, after `run`, the results.
 class Suite {
 public:
-    /// Adds a comparison. There is a body under the name `ours` and one for each contender.
+    /// Begins a part of the tables, to which the comparisons that follow belong.
+    void begin(std::string section) { sections_.push_back({.title = std::move(section)}); }
+
+    /// Adds a comparison to the part that was begun last. There is a body under the name `ours` and
+    /// one for each contender.
     void compare(Comparison comparison, const std::map<std::string, Body>& bodies);
 
     /// Adds a growth, whose body is run with each of the sizes as `state.range(0)`.
@@ -47,25 +55,40 @@ public:
     /// if an argument is unknown.
     [[nodiscard]] bool run(int argc, char** argv);
 
-    /// Returns the results as tables in Markdown. A missed aim is marked.
+    /// Returns the results as tables in Markdown, one for each part. A missed aim is marked.
     [[nodiscard]] std::string markdown() const;
 
     /// Returns the comparisons as a picture: a bar for each contender, on a logarithmic scale,
-    /// which points to the right of 1 if we are faster and is red if the aim is missed.
+    /// which points to the right of 1 if we are faster.
     [[nodiscard]] std::string svg() const;
 
 private:
+    struct Section {
+        std::string title;
+        std::vector<Comparison> comparisons = {};
+    };
+
+    enum class Verdict { met, beside, missed };
+
+    /// Two medians of one run, as far as both were measured.
     struct Pair {
         const Comparison* comparison;
         const Aim* aim;
         double ours;   ///< seconds
         double theirs; ///< seconds
+
+        [[nodiscard]] double factor() const { return theirs / ours; }
+
+        [[nodiscard]] Verdict verdict() const;
+        [[nodiscard]] std::string aimText() const;
     };
 
-    [[nodiscard]] std::vector<Pair> pairs() const;
+    static const char* colourOf(Verdict verdict);
+
+    [[nodiscard]] std::vector<Pair> pairs(const Section& section) const;
     [[nodiscard]] double exponent(const Growth& growth) const;
 
-    std::vector<Comparison> comparisons_;
+    std::vector<Section> sections_;
     std::vector<Growth> growths_;
     std::map<std::string, double> medians_; ///< seconds for one run, by benchmark name
 };
@@ -80,6 +103,7 @@ void use(T&& value) {
 void addCapture(Suite& suite);
 void addClipboard(Suite& suite);
 void addDaemon(Suite& suite);
+void addEcho(Suite& suite); ///< of a key; in Frames
 void addFrames(Suite& suite);
 void addHolds(Suite& suite);
 void addInput(Suite& suite);

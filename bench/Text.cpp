@@ -68,9 +68,9 @@ void addTextChunks(Suite& suite) {
     compareSplitting(suite, "ASCII", prose, 10);
     compareSplitting(suite, "mixed scripts",
                      repeated("Grüße aus Köln, Привет из Москвы, 東京からこんにちは, שלום! ", size),
-                     1);
+                     2);
     compareSplitting(suite, "emoji families",
-                     repeated("👩‍👩‍👧‍👦 👍🏽 🇩🇪🇫🇷 ", size), 1);
+                     repeated("👩‍👩‍👧‍👦 👍🏽 🇩🇪🇫🇷 ", size), 2);
     suite.grow({.what = "TextChunks::split",
                 .unit = "bytes of ASCII",
                 .sizes = {1 << 10, 1 << 13, 1 << 16, 1 << 19}},

@@ -68,6 +68,8 @@ private:
                             .path = std::move(place.path),
                             .bundleId = std::move(found.identifier).value_or(""),
                             .version = std::move(found.version).value_or("")});
+        if (services_.progress)
+            services_.progress(records_.size());
     }
 
     const Services& services_;

@@ -5,6 +5,7 @@
 #include "core/support/FileUrl.h"
 
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <span>
@@ -45,6 +46,10 @@ struct Services {
     /// Compares names with `DigitOrder::byCharacter`. This is `localisedComparison` of
     /// platform/host.
     NameComparison byCharacter;
+
+    /// Is told after each application how many have been found so far; may be left empty. A scan of
+    /// files that the system has not read before takes long enough to show this.
+    std::function<void(std::size_t found)> progress = {};
 };
 
 /// Returns the folders in which applications are usually installed, the user's own last.

@@ -24,10 +24,16 @@ Strings scan(const Folders& folders, std::vector<FileUrl> directories, Bundles b
         return Text::lowercased(a) <=> Text::lowercased(b);
     };
     const auto bundle = [&](const std::string& path) { return bundles[path]; };
+    std::size_t told = 0; // of applications found
+    const auto progress = [&](std::size_t found) { EXPECT_EQ(found, ++told); };
     Strings lines;
-    for (const auto& [name, path, bundleId, version] : Inventory::scan(
-             directories, {.entries = entries, .bundle = bundle, .byCharacter = ignoringCase}))
+    for (const auto& [name, path, bundleId, version] :
+         Inventory::scan(directories, {.entries = entries,
+                                       .bundle = bundle,
+                                       .byCharacter = ignoringCase,
+                                       .progress = progress}))
         lines.push_back(name + "|" + path + "|" + bundleId + "|" + version);
+    EXPECT_EQ(told, lines.size());
     return lines;
 }
 
