@@ -36,12 +36,12 @@ public:
 
     [[nodiscard]] bool isSound() const { return document_.has_value(); }
 
-    [[nodiscard]] const JsonScalar& operator[](Member name) const { return members_[name]; }
+    [[nodiscard]] const JsonPlainValue& operator[](Member name) const { return members_[name]; }
 
     [[nodiscard]] std::optional<JsonObject> object() const { return document_->object(); }
 
 private:
-    std::array<JsonScalar, memberNames.size()> members_;
+    std::array<JsonPlainValue, memberNames.size()> members_;
     std::optional<JsonDocument> document_;
 };
 
@@ -53,12 +53,12 @@ struct GestureLine {
         std::tuple{constant("type", "gesture"), field("gesture", &GestureLine::gesture)};
 };
 
-bool isWithin(std::int64_t limit, const JsonScalar& value) {
+bool isWithin(std::int64_t limit, const JsonPlainValue& value) {
     return value.kind() == JsonKind::integer && value.integer() >= -limit
            && value.integer() <= limit;
 }
 
-bool isTarget(const JsonScalar& value) {
+bool isTarget(const JsonPlainValue& value) {
     return value.kind() == JsonKind::text && Decimal::parsePositive(value.text(), maxTarget);
 }
 
@@ -137,12 +137,12 @@ constexpr NameTable typeTable(typeNames);
 
 } // namespace
 
-std::optional<InputMessage> InputMessage::decode(std::string_view text) {
-    if (text.size() > maxLine)
+std::optional<InputMessage> InputMessage::decode(std::string_view line) {
+    if (line.size() > maxLine)
         return std::nullopt;
-    const Line line(text);
-    const std::size_t known = line.isSound() ? typeTable.find(line[type].text()) : std::size(types);
-    return known < std::size(types) ? types[known].decode(line) : std::nullopt;
+    const Line read(line);
+    const std::size_t known = read.isSound() ? typeTable.find(read[type].text()) : std::size(types);
+    return known < std::size(types) ? types[known].decode(read) : std::nullopt;
 }
 
 } // namespace velmo

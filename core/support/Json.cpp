@@ -17,7 +17,7 @@ namespace dom = simdjson::dom;
 /// Where the members go that a caller asks for.
 struct WantedMembers {
     const NameTable& names;
-    std::span<JsonScalar> found;
+    std::span<JsonPlainValue> found;
 };
 
 /// What this file knows of a reference and no other does.
@@ -73,14 +73,14 @@ bool isUnrepresentable(const dom::element& element) {
                           [](const dom::key_value_pair& member) { return member.key.empty(); });
 }
 
-JsonScalar scalarOf(const dom::element& element) {
+JsonPlainValue plainValueOf(const dom::element& element) {
     switch (element.type()) {
     case dom::element_type::STRING:
-        return JsonScalar(element.get_string().value_unsafe());
+        return JsonPlainValue(element.get_string().value_unsafe());
     case dom::element_type::INT64:
-        return JsonScalar(element.get_int64().value_unsafe());
+        return JsonPlainValue(element.get_int64().value_unsafe());
     case dom::element_type::BOOL:
-        return JsonScalar(element.get_bool().value_unsafe());
+        return JsonPlainValue(element.get_bool().value_unsafe());
     default:
         return {};
     }
@@ -128,7 +128,7 @@ std::size_t countNamingTwice(const dom::element& element, std::size_t max,
         if (wanted == nullptr)
             continue;
         if (const auto at = wanted->names.find(member.key, slot); at < wanted->found.size())
-            wanted->found[at] = scalarOf(member.value);
+            wanted->found[at] = plainValueOf(member.value);
     }
     return count + (perhapsTwice && namesOneTwice(object) ? 1 : 0);
 }
@@ -336,7 +336,7 @@ std::optional<JsonDocument> JsonDocument::parse(std::string_view text) {
 
 std::optional<JsonDocument> JsonDocument::parseAndFind(std::string_view text,
                                                        const NameTable& names,
-                                                       std::span<JsonScalar> found) {
+                                                       std::span<JsonPlainValue> found) {
     const WantedMembers wanted{.names = names, .found = found};
     return parseWith(text, &wanted);
 }

@@ -40,19 +40,19 @@ class JsonReference {
 
 /// A text, an integer or a boolean that has been read already. Small, so that a table of them is
 /// quickly made.
-class JsonScalar {
+class JsonPlainValue {
 public:
-    JsonScalar() = default; // Without a text or number, whose places nobody reads.
+    JsonPlainValue() = default; // Without a text or number, whose places nobody reads.
 
-    explicit JsonScalar(std::string_view text)
+    explicit JsonPlainValue(std::string_view text)
         : kind_(JsonKind::text),
           size_(static_cast<std::uint32_t>(text.size())),
           word_(std::bit_cast<std::uintptr_t>(text.data())) {}
 
-    explicit JsonScalar(std::int64_t integer)
+    explicit JsonPlainValue(std::int64_t integer)
         : kind_(JsonKind::integer), word_(static_cast<std::uint64_t>(integer)) {}
 
-    explicit JsonScalar(bool boolean) : kind_(JsonKind::boolean), word_(boolean ? 1 : 0) {}
+    explicit JsonPlainValue(bool boolean) : kind_(JsonKind::boolean), word_(boolean ? 1 : 0) {}
 
     /// Returns the kind, which is null for every other value and for none.
     [[nodiscard]] JsonKind kind() const { return kind_; }
@@ -151,7 +151,7 @@ public:
     /// that parsing takes anyway. `found` has a place for each name. A place stays as it is if
     /// there is no such member, and none of them counts if the text is refused.
     static std::optional<JsonDocument> parseAndFind(std::string_view text, const NameTable& names,
-                                                    std::span<JsonScalar> found);
+                                                    std::span<JsonPlainValue> found);
 
     JsonDocument(JsonDocument&&) noexcept;
     JsonDocument& operator=(JsonDocument&&) noexcept;

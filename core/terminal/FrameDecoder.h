@@ -130,7 +130,7 @@ auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void,
         use(Rules::view(type, afterHeader.first(length)));
         frames = afterHeader.subspan(length);
     }
-    complete(input); // It is the beginning of a frame, and its header has been judged.
+    (void)complete(input); // It is the beginning of a frame, and its header has been judged.
     return {};
 }
 

@@ -87,7 +87,7 @@ TEST(Json, FindsTheMembersOfTheRootThatAreAskedFor) {
     static constexpr auto names =
         std::to_array<std::string_view>({"a", "b", "c", "d", "e", "bc", "no"});
     constexpr NameTable table(names);
-    std::array<JsonScalar, names.size()> found;
+    std::array<JsonPlainValue, names.size()> found;
     const auto document = JsonDocument::parseAndFind(
         R"({"\u0061":-5,"x":{"no":1},"b":"t\u0000","c":true,"d":18446744073709551615,"e":1e400,"":0})",
         table, found);
