@@ -1,0 +1,69 @@
+# What the scripts of this folder share, read by them: where everything lies on a Mac, who may talk
+# to whom, and how the daemon is stopped. DESTDIR, as elsewhere, stands before every path.
+
+label=io.velmo.host.power
+daemon=${DESTDIR:-}/Library/PrivilegedHelperTools/VelmoPowerDaemon
+client=${DESTDIR:-}/usr/local/bin/velmo-power
+plist=${DESTDIR:-}/Library/LaunchDaemons/$label.plist
+log_rule=${DESTDIR:-}/etc/newsyslog.d/$label.conf
+log=${DESTDIR:-}/var/log/$label.log
+record_folder=${DESTDIR:-}/var/db/velmo
+record=$record_folder/power-daemon.json
+
+refuse() {
+    echo "$(basename "$0"): $1" >&2
+    exit 1
+}
+
+# each_file COMMAND: calls it with name, place and mode of every file that is installed.
+each_file() {
+    "$1" VelmoPowerDaemon "$daemon" 755
+    "$1" velmo-power "$client" 755
+    "$1" "$label.plist" "$plist" 644
+    "$1" "$label.conf" "$log_rule" 644
+}
+
+# The texts by which daemon and clients recognise each other, the same as those in their code.
+client_requirement() {
+    echo "$(signed_by "$1") and (identifier \"VelmoHelper\" or identifier \"io.velmo.host\")"
+}
+
+daemon_requirement() {
+    echo "$(signed_by "$1") and identifier \"VelmoPowerDaemon\""
+}
+
+signed_by() {
+    echo "anchor apple generic and certificate leaf[subject.OU] = \"$1\""
+}
+
+is_loaded() {
+    launchctl print "system/$label" >/dev/null 2>&1
+}
+
+# With SIGTERM, upon which it puts sleep back first. Fails if the daemon does not end.
+stop_daemon() {
+    launchctl bootout "system/$label" 2>/dev/null || true
+    seconds=0
+    while is_loaded; do
+        [ "$seconds" -lt 100 ] || return 1
+        sleep 1
+        seconds=$((seconds + 1))
+    done
+}
+
+# Prints 1 or 0; fails if pmset does, or does not say.
+sleep_disabled() {
+    settings=$(pmset -g) || return 1
+    echo "$settings" | awk '$1 == "SleepDisabled" && NF > 1 { print $2 == "1" ? 1 : 0; said = 1; exit }
+        END { exit !said }'
+}
+
+# The power service follows pmset late.
+enable_sleep() {
+    pmset -a disablesleep 0 || return 1
+    for _ in 1 2 3; do
+        [ "$(sleep_disabled)" != 0 ] || return 0
+        sleep 1
+    done
+    return 1
+}

@@ -1,0 +1,213 @@
+#!/usr/bin/env python3
+"""Runs the scripts of packaging/macos with stand-ins for a Mac's tools."""
+
+import os
+import pathlib
+import plistlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+SCRIPTS = ROOT / "packaging/macos"
+TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir mktemp rm sw_vers sysctl "
+         "pkgbuild productbuild xcrun newsyslog security").split()
+LABEL = "io.velmo.host.power"
+DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
+CLIENT = "usr/local/bin/velmo-power"
+PLIST = f"Library/LaunchDaemons/{LABEL}.plist"
+RULE = f"etc/newsyslog.d/{LABEL}.conf"
+RECORD = "var/db/velmo/power-daemon.json"
+LOG = f"var/log/{LABEL}.log"
+
+
+class Mac:
+    """A Mac in a folder of its own, and beside it a folder `built` with fresh executables."""
+
+    def __init__(self, folder, daemon_signed="VelmoPowerDaemon TEAM1", client_signed="VelmoHelper TEAM1"):
+        self.folder = pathlib.Path(folder)
+        for name in ("bin", "root/Library", "root/var/log", "built"):
+            (self.folder / name).mkdir(parents=True)
+        for tool in TOOLS:
+            (self.folder / "bin" / tool).symlink_to(ROOT / "lab/mac-tools/tool.sh")
+        self.put("sleep", "0").put("clock", "0\n").put("calls", "")
+        for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed)):
+            identifier, _, team = signed.partition(" ")
+            self.put(f"built/{name}", f"new {name}\n# Marked=yes\n" + (
+                f"# Identifier={identifier}\n# TeamIdentifier={team}\n" if identifier else ""))
+
+    def put(self, name, text, mode=0o644):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+        path.chmod(mode)
+        return self
+
+    def get(self, name):
+        path = self.folder / name
+        return path.read_text().strip() if path.exists() else None
+
+    def with_older(self, loaded):
+        self.put(f"root/{DAEMON}", "old daemon", 0o755).put(f"root/{PLIST}", "old list")
+        self.put("root/usr/local/bin/velmo-power", "old client", 0o711)
+        (self.folder / "root/usr/local/bin").chmod(0o775)
+        return self.put("job", "7\n").put("started", "0\n") if loaded else self.put("disabled", "")
+
+    def run(self, script, *arguments, fail=None, **environment):
+        self.put("calls", "")
+        return subprocess.run(
+            [SCRIPTS / script, *arguments], capture_output=True, text=True, cwd=self.folder,
+            env={"PATH": f"{self.folder}/bin:{os.environ['PATH']}", "REAL_PATH": os.environ["PATH"],
+                 "MAC_TOOLS": str(self.folder), "DESTDIR": str(self.folder / "root"), "FAIL": str(fail or ""), **environment})
+
+    def calls(self):
+        return self.get("calls").splitlines()
+
+    def state(self):
+        """All that a script may change, times and process ids aside."""
+        files = {str(path.relative_to(self.folder)):
+                 (path.stat().st_mode, path.read_text() if path.is_file() else "")
+                 for path in (self.folder / "root").rglob("*")}
+        return files, self.get("sleep"), self.get("job") is not None, self.get("disabled") is not None
+
+
+class ScriptsTest(unittest.TestCase):
+    def mac(self, **arguments):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        return Mac(folder.name, **arguments)
+
+    def assertInstalled(self, mac):
+        for name, place, mode in (("VelmoPowerDaemon", DAEMON, 0o755), ("velmo-power", CLIENT, 0o755)):
+            installed = mac.folder / "root" / place
+            self.assertTrue(installed.read_text().startswith(f"new {name}\n"))
+            self.assertNotIn("Marked", installed.read_text())
+            self.assertEqual(installed.stat().st_mode & 0o777, mode)
+        for place in (PLIST, RULE):
+            installed = mac.folder / "root" / place
+            self.assertEqual(installed.read_text(), (SCRIPTS / installed.name).read_text())
+        self.assertTrue(mac.get("job"))
+        self.assertIsNone(mac.get("disabled"))
+        self.assertEqual([path.name for path in (mac.folder / "root/Library").glob("Velmo*")], [])
+
+    def test_installing_is_done_whole_or_not_at_all_whichever_step_fails(self):
+        for before, bin_mode, every_step in (
+                (Mac, 0o755, True), (lambda folder: Mac(folder).with_older(loaded=True), 0o775, True),
+                (lambda folder: Mac(folder).with_older(loaded=False), 0o775, False)):
+            def fresh():
+                folder = tempfile.TemporaryDirectory()
+                self.addCleanup(folder.cleanup)
+                return before(folder.name)
+
+            mac = fresh()
+            done = mac.run("install", "built")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertInstalled(mac)
+            self.assertEqual((mac.folder / "root/usr/local/bin").stat().st_mode & 0o777, bin_mode)
+            calls = mac.calls()
+            failures = 0
+            first_change = next(i for i, call in enumerate(calls, 1) if "bootout" in call)
+            for number in range(first_change if every_step else len(calls) - 1, len(calls) + 1):
+                call = calls[number - 1]
+                with self.subTest(fails=call):
+                    mac = fresh()
+                    as_it_was = mac.state()
+                    done = mac.run("install", "built", fail=number)
+                    if done.returncode == 0:
+                        self.assertRegex(call, "^(launchctl (bootout|print) |rm -rf )")
+                        if not call.startswith("rm"):
+                            self.assertInstalled(mac)
+                    else:
+                        failures += 1
+                        self.assertEqual(mac.state(), as_it_was, done.stderr)
+            self.assertGreaterEqual(failures, 8 if every_step else 1, calls)
+
+    def test_what_the_other_side_would_refuse_is_not_installed(self):
+        signed = {"daemon_signed": "VelmoPowerDaemon TEAM1", "client_signed": "VelmoHelper TEAM1"}
+        for change, complaint in (
+                ({"daemon_signed": ""}, "VelmoPowerDaemon is not signed properly|not signed by a team"),
+                ({"daemon_signed": "VelmoPowerDaemon not set"}, "not signed by a team"),
+                ({"daemon_signed": 'VelmoPowerDaemon T" or "'}, "not signed by a team"),
+                ({"daemon_signed": "Other TEAM1"}, "VelmoPowerDaemon does not satisfy"),
+                ({"client_signed": "VelmoHelper TEAM2"}, "velmo-power does not satisfy"),
+                ({"client_signed": ""}, "velmo-power is not signed properly"),
+                ({"client_signed": "VelmoPowerDaemon TEAM1"}, "velmo-power does not satisfy")):
+            mac = self.mac(**{**signed, **change})
+            as_it_was = mac.state()
+            done = mac.run("install", "built")
+            self.assertEqual(done.returncode, 1, change)
+            self.assertRegex(done.stderr, complaint)
+            self.assertEqual(mac.state(), as_it_was)
+        ad_hoc = self.mac(daemon_signed="VelmoPowerDaemon not set", client_signed="VelmoHelper not set")
+        self.assertEqual(ad_hoc.run("install", "--without-team", "built").returncode, 0)
+        self.assertInstalled(ad_hoc)
+        for script, arguments, environment in (("install", [], {}), ("install", ["a", "b"], {}),
+                                               ("install", ["built"], {"STANDS_FOR_UID": "501"}),
+                                               ("uninstall", [], {"STANDS_FOR_UID": "501"})):
+            self.assertEqual(self.mac().run(script, *arguments, **environment).returncode, 1)
+
+    def test_a_daemon_that_does_not_end_is_left_as_it_is(self):
+        for script in ("install", "uninstall"):
+            mac = self.mac().with_older(loaded=True)
+            as_it_was = mac.state()
+            done = mac.run(script, *(["built"] if script == "install" else []), HANGS="yes")
+            self.assertEqual(done.returncode, 1)
+            self.assertEqual(mac.state(), as_it_was)
+
+    def test_removal_never_leaves_sleep_disabled_on_the_daemons_behalf(self):
+        ours, others, damaged = '{"previous":false,"since":1}', '{"previous":true,"since":1}', "{"
+        for record, sleep, after, removed in (
+                (None, "0", "0", True), (None, "1", "1", True), (ours, "1", "0", True),
+                (others, "1", "1", True), (damaged, "1", "0", True), (ours, "stuck", "stuck", False)):
+            with self.subTest(record=record, sleep=sleep):
+                mac = self.mac().with_older(loaded=True).put("sleep", sleep)
+                mac.put(f"root/{LOG}", "").put(f"root/{LOG}.0", "")
+                if record:
+                    mac.put(f"root/{RECORD}", record)
+                done = mac.run("uninstall")
+                self.assertEqual(done.returncode == 0, removed, done.stderr)
+                self.assertEqual(mac.get("sleep"), after)
+                self.assertEqual("sudo pmset" in done.stdout, removed and after == "1")
+                for place in (DAEMON, CLIENT, PLIST, LOG, LOG + ".0"):
+                    self.assertEqual((mac.folder / "root" / place).exists(), not removed, place)
+        for number in range(1, 16):
+            mac = self.mac().with_older(loaded=True).put("sleep", "1").put(f"root/{RECORD}", ours)
+            done = mac.run("uninstall", fail=number)
+            self.assertTrue(mac.get("sleep") == "0" or mac.get(f"root/{RECORD}"))
+        self.assertEqual(done.returncode, 0, "there are more steps")
+
+    def test_signing_refuses_what_loads_a_library_that_is_not_the_systems(self):
+        identity = "Developer ID Application: Somebody (TEAM9)"
+        mac = self.mac(daemon_signed="", client_signed="")
+        self.assertEqual(mac.run("sign", identity, "built").returncode, 0)
+        self.assertIn(f"codesign --force --timestamp --options runtime --sign {identity} "
+                      "--identifier VelmoHelper built/velmo-power", mac.calls())
+        self.assertEqual(mac.run("install", "built").returncode, 0)
+        for fail in range(1, 7):
+            mac = self.mac(daemon_signed="", client_signed="")
+            self.assertNotEqual(mac.run("sign", identity, "built", fail=fail).returncode, 0, fail)
+        mac = self.mac(daemon_signed="", client_signed="")
+        mac.put("built/velmo-power", "# Loads=/opt/homebrew/lib/libsimdjson.dylib\n")
+        self.assertEqual(mac.run("sign", identity, "built").returncode, 1)
+        self.assertFalse([call for call in mac.calls() if call.startswith("codesign")])
+        mac = self.mac(daemon_signed="", client_signed="")
+        self.assertEqual(mac.run("sign", "-", "built").returncode, 0)
+        self.assertEqual(mac.run("install", "built").returncode, 1)
+
+    def test_the_lists_say_what_the_scripts_and_the_daemon_go_by(self):
+        listed = plistlib.loads((SCRIPTS / f"{LABEL}.plist").read_bytes())
+        self.assertEqual(listed["Label"], LABEL)
+        self.assertEqual(listed["ProgramArguments"], ["/" + DAEMON])
+        self.assertEqual(listed["MachServices"], {LABEL: True})
+        self.assertEqual(listed["StandardErrorPath"], "/" + LOG)
+        self.assertNotIn("AbandonProcessGroup", listed)
+        rules = [line.split() for line in (SCRIPTS / f"{LABEL}.conf").read_text().splitlines()
+                 if not line.startswith("#")]
+        # Flag N and nothing after it: no pid file, no signal.
+        self.assertEqual([(rule[0], rule[6:]) for rule in rules], [("/" + LOG, ["N"])])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
