@@ -5,13 +5,15 @@
 # the real tools.
 #
 #     root/       the file system, for DESTDIR
-#     sleep       the sleep setting, 0 or 1; "stuck" in its place: pmset does nothing, says 1
+#     sleep       the sleep setting, 0 or 1
 #     job         process id of the daemon that launchd has loaded; "-" once it has ended by itself
 #     started     when that was, on the clock
 #     disabled    launchd may not load the daemon
 #     clock       seconds that scripts have slept
+#     property    what the power service says of the sleep setting: it follows after $LATE readings
+#     holder      process id of the client that has the hold
 #
-# With HANGS set, the daemon ignores SIGTERM.
+# With HANGS set, the daemon ignores SIGTERM; with DEAF set, pmset changes nothing.
 #
 # An executable is a text file; lines in it that begin with "# " are what codesign, otool and xattr
 # say of it: "# Identifier=", "# TeamIdentifier=", "# Loads=", "# Marked=".
@@ -71,18 +73,30 @@ play_launchctl() {
     "enable system/$label") rm -f "$mac/disabled" ;;
     "disable system/$label") touch "$mac/disabled" ;;
     "kill SIGKILL") start_daemon ;;
-    "kill SIGTERM") echo - >"$mac/job" ;;
+    "kill SIGTERM")
+        echo - >"$mac/job"
+        if [ -e "$mac/holder" ]; then end_hold stopping; fi
+        ;;
+    "kickstart system/$label") start_daemon ;;
     *) exit 64 ;;
     esac
 }
 
+# An end of the hold, with its reason.
+end_hold() {
+    rm -f "$mac/holder"
+    echo 0 >"$mac/sleep"
+    say "sleep enabled again ($1)"
+}
+
 play_pmset() {
+    if [ -e "$mac/holder" ] && ! kill -0 "$(cat "$mac/holder")" 2>/dev/null; then end_hold "client gone"; fi
     case "$*" in
     -g)
-        case $(cat "$mac/sleep") in 0) set -- 0 ;; *) set -- 1 ;; esac
-        printf 'System-wide power settings:\n SleepDisabled\t\t%s\nCurrently in use:\n sleep 1\n' "$1"
+        printf 'System-wide power settings:\n SleepDisabled\t\t%s\nCurrently in use:\n sleep 1\n' \
+            "$(cat "$mac/sleep")"
         ;;
-    "-a disablesleep "[01]) [ "$(cat "$mac/sleep")" = stuck ] || echo "$3" >"$mac/sleep" ;;
+    "-a disablesleep "[01]) [ -n "${DEAF:-}" ] || echo "$3" >"$mac/sleep" ;;
     *) exit 64 ;;
     esac
 }
@@ -117,6 +131,33 @@ play_codesign() {
     esac
 }
 
+play_ioreg() {
+    read -r says <"$mac/property"
+    read -r readings <"$mac/readings"
+    readings=$((readings + 1))
+    if [ "$says" = "$(cat "$mac/sleep")" ]; then
+        readings=0
+    elif [ "$readings" -gt "${LATE:-0}" ]; then
+        cat "$mac/sleep" >"$mac/property"
+        readings=0
+    fi
+    echo "$readings" >"$mac/readings"
+    case $(cat "$mac/property") in 1) echo '    "SleepDisabled" = Yes' ;; 0) echo '    "SleepDisabled" = No' ;; esac
+}
+
+# velmo-power hold [-- COMMAND...]
+play_client() {
+    echo 1 >"$mac/sleep"
+    if [ "${2:-}" = -- ]; then
+        shift 2
+        PATH=$mac/bin:$PATH "$@"
+        end_hold released
+        return
+    fi
+    echo $$ >"$mac/holder"
+    while :; do sleep 0.05; done
+}
+
 case $tool in
 launchctl | pmset | codesign) "play_$tool" "$@" ;;
 id) echo "${STANDS_FOR_UID:-0}" ;;
@@ -146,5 +187,10 @@ sw_vers) echo "ProductVersion: 14.5" ;;
 sysctl) echo 0 ;;
 pkgbuild | productbuild) echo "$*" >"$(last "$@")" ;;
 xcrun | newsyslog | security) ;;
+ioreg) play_ioreg ;;
+sudo) shift 2 && exec "$@" ;;
+plays-VelmoPowerDaemon) echo "VelmoPowerDaemon: must run as root (launchd)" >&2 && exit 1 ;;
+plays-velmo-power) play_client "$@" ;;
+plays-knock) say "unsigned daemon: refusing every caller" && echo refused && exit 1 ;;
 *) exit 64 ;;
 esac

@@ -13,7 +13,8 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SCRIPTS = ROOT / "packaging/macos"
 TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir mktemp rm sw_vers sysctl "
-         "pkgbuild productbuild xcrun newsyslog security").split()
+         "pkgbuild productbuild xcrun newsyslog security ioreg sudo "
+         "plays-VelmoPowerDaemon plays-velmo-power plays-knock").split()
 LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
 CLIENT = "usr/local/bin/velmo-power"
@@ -32,11 +33,11 @@ class Mac:
             (self.folder / name).mkdir(parents=True)
         for tool in TOOLS:
             (self.folder / "bin" / tool).symlink_to(ROOT / "lab/mac-tools/tool.sh")
-        self.put("sleep", "0").put("clock", "0\n").put("calls", "")
+        self.put("sleep", "0").put("clock", "0\n").put("calls", "").put("property", "0\n").put("readings", "0\n")
         for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed)):
             identifier, _, team = signed.partition(" ")
-            self.put(f"built/{name}", f"new {name}\n# Marked=yes\n" + (
-                f"# Identifier={identifier}\n# TeamIdentifier={team}\n" if identifier else ""))
+            self.put(f"built/{name}", f'#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-{name}" "$@"\n# Marked=yes\n' + (
+                f"# Identifier={identifier}\n# TeamIdentifier={team}\n" if identifier else ""), 0o755)
 
     def put(self, name, text, mode=0o644):
         path = self.folder / name
@@ -58,7 +59,7 @@ class Mac:
     def run(self, script, *arguments, fail=None, **environment):
         self.put("calls", "")
         return subprocess.run(
-            [SCRIPTS / script, *arguments], capture_output=True, text=True, cwd=self.folder,
+            [SCRIPTS / script, *map(str, arguments)], capture_output=True, text=True, cwd=self.folder,
             env={"PATH": f"{self.folder}/bin:{os.environ['PATH']}", "REAL_PATH": os.environ["PATH"],
                  "MAC_TOOLS": str(self.folder), "DESTDIR": str(self.folder / "root"), "FAIL": str(fail or ""), **environment})
 
@@ -82,7 +83,7 @@ class ScriptsTest(unittest.TestCase):
     def assertInstalled(self, mac):
         for name, place, mode in (("VelmoPowerDaemon", DAEMON, 0o755), ("velmo-power", CLIENT, 0o755)):
             installed = mac.folder / "root" / place
-            self.assertTrue(installed.read_text().startswith(f"new {name}\n"))
+            self.assertTrue(installed.read_text().startswith("#!/bin/sh\n"))
             self.assertNotIn("Marked", installed.read_text())
             self.assertEqual(installed.stat().st_mode & 0o777, mode)
         for place in (PLIST, RULE):
@@ -158,15 +159,15 @@ class ScriptsTest(unittest.TestCase):
 
     def test_removal_never_leaves_sleep_disabled_on_the_daemons_behalf(self):
         ours, others, damaged = '{"previous":false,"since":1}', '{"previous":true,"since":1}', "{"
-        for record, sleep, after, removed in (
-                (None, "0", "0", True), (None, "1", "1", True), (ours, "1", "0", True),
-                (others, "1", "1", True), (damaged, "1", "0", True), (ours, "stuck", "stuck", False)):
+        for record, sleep, after, removed, deaf in (
+                (None, "0", "0", True, ""), (None, "1", "1", True, ""), (ours, "1", "0", True, ""),
+                (others, "1", "1", True, ""), (damaged, "1", "0", True, ""), (ours, "1", "1", False, "yes")):
             with self.subTest(record=record, sleep=sleep):
                 mac = self.mac().with_older(loaded=True).put("sleep", sleep)
                 mac.put(f"root/{LOG}", "").put(f"root/{LOG}.0", "")
                 if record:
                     mac.put(f"root/{RECORD}", record)
-                done = mac.run("uninstall")
+                done = mac.run("uninstall", DEAF=deaf)
                 self.assertEqual(done.returncode == 0, removed, done.stderr)
                 self.assertEqual(mac.get("sleep"), after)
                 self.assertEqual("sudo pmset" in done.stdout, removed and after == "1")
@@ -195,6 +196,49 @@ class ScriptsTest(unittest.TestCase):
         mac = self.mac(daemon_signed="", client_signed="")
         self.assertEqual(mac.run("sign", "-", "built").returncode, 0)
         self.assertEqual(mac.run("install", "built").returncode, 1)
+
+    def test_a_mac_is_verified_and_left_as_it_was(self):
+        def verify(mac, *arguments, **environment):
+            self.addCleanup(lambda: mac.folder.joinpath("bin/plays-velmo-power").unlink())
+            mac.put("built/knock", '#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-knock"\n', 0o755)
+            for folder in ("Library/PrivilegedHelperTools", "Library/LaunchDaemons", "etc/newsyslog.d",
+                           "usr/local/bin", "var/db"):
+                (mac.folder / "root" / folder).mkdir(parents=True)
+            as_it_was = mac.state()
+            done = mac.run("verify", *arguments, "built", **environment)
+            self.assertEqual(mac.state(), as_it_was, done.stdout + done.stderr)
+            return done, re.findall(r"^(ok|not here|FAILED)", done.stdout, re.M)
+
+        done, verdicts = verify(self.mac())
+        self.assertEqual((done.returncode, verdicts), (0, ["ok"] * 17), done.stdout)
+        done, verdicts = verify(self.mac(daemon_signed=""), DEAF="yes")
+        self.assertEqual((done.returncode, verdicts.count("not here")), (0, 3), done.stdout)
+        mac = self.mac(daemon_signed="")
+        mac.put("built/VelmoPowerDaemon", "#!/bin/sh\n", 0o755)
+        done, verdicts = verify(mac)
+        self.assertEqual((done.returncode, verdicts.count("FAILED")), (1, 1), done.stdout)
+        self.assertIn("FAILED", mac.get("velmo-report.txt"))
+        self.assertEqual(verify(self.mac(), "--start", STANDS_FOR_UID="501")[0].returncode, 0)
+        installed = self.mac().with_older(loaded=True)
+        self.assertEqual(installed.run("verify", "built").returncode, 1)
+
+    def test_the_delay_of_pmset_is_measured_and_the_setting_put_back(self):
+        measure = ROOT / "scripts/measure-pmset-delay"
+        for before in ("0", "1"):
+            mac = self.mac().put("sleep", before).put("property", before + "\n")
+            done = mac.run(measure, 3, LATE="2")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertRegex(done.stdout, "3 changes;(.|\n)*least +[1-9](.|\n)*most")
+            self.assertEqual(mac.get("sleep"), before)
+            self.assertEqual(sum(call.startswith("ioreg") for call in mac.calls()), 9)
+            steps = len(mac.calls())
+            for number in range(2, steps + 1, 2 if before == "0" else 7):
+                done = mac.run(measure, 3, fail=number, LATE="2")
+                self.assertEqual(done.returncode == 0, number == steps)
+                self.assertEqual(mac.get("sleep"), before)
+        mac = self.mac().put(f"root/{RECORD}", "{")
+        self.assertEqual(mac.run(measure).returncode, 1)
+        self.assertEqual(mac.calls(), [])
 
     def test_the_lists_say_what_the_scripts_and_the_daemon_go_by(self):
         listed = plistlib.loads((SCRIPTS / f"{LABEL}.plist").read_bytes())
