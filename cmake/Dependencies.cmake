@@ -16,7 +16,6 @@ velmo_find_what_power_client_needs()
 if(VELMO_BUILD_TESTS)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     find_package(GTest REQUIRED)
-    find_package(rapidcheck REQUIRED)
     # Peers to agree with.
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
 endif()

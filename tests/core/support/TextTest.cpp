@@ -1,7 +1,7 @@
 #include "core/support/Characters.h"
+#include "lab/instruments/AnyValues.h"
 #include "tests/Texts.h"
 
-#include <rapidcheck/gtest.h>
 #include <utf8proc.h>
 
 #include <bit>
@@ -193,18 +193,21 @@ TEST(Text, CharactersEndWhereTheLibraryEndsThem) {
     }
 }
 
-RC_GTEST_PROP(Text, CharactersDivideAnyBytes, (const std::string& bytes)) {
-    std::string joined;
-    std::size_t count = 0;
-    for (std::string_view rest = bytes; !rest.empty(); ++count) {
-        const std::string_view character = Text::firstCharacter(rest).bytes;
-        RC_ASSERT(!character.empty());
-        joined += character;
-        rest.remove_prefix(character.size());
-    }
-    RC_ASSERT(joined == bytes);
-    RC_ASSERT(Text::characterCount(bytes) == count);
-    RC_ASSERT(Text::characterCount(Text::repaired(bytes)) == count);
+TEST(Text, CharactersDivideAnyBytes) {
+    forAny([](AnyValues any) {
+        const std::string bytes = any.bytes();
+        std::string joined;
+        std::size_t count = 0;
+        for (std::string_view rest = bytes; !rest.empty(); ++count) {
+            const std::string_view character = Text::firstCharacter(rest).bytes;
+            ASSERT_FALSE(character.empty());
+            joined += character;
+            rest.remove_prefix(character.size());
+        }
+        EXPECT_EQ(joined, bytes);
+        EXPECT_EQ(Text::characterCount(bytes), count);
+        EXPECT_EQ(Text::characterCount(Text::repaired(bytes)), count);
+    });
 }
 
 } // namespace

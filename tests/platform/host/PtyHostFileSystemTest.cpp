@@ -35,7 +35,7 @@ TEST_F(PtyOnDisk, TellsFoldersFromPrograms) {
 }
 
 TEST_F(PtyOnDisk, KnowsWhoElseMayWrite) {
-    for (const mode_t mode : {0755U, 0775U, 0777U, 01777U, 0702U}) {
+    for (const auto mode : std::initializer_list<mode_t>{0755, 0775, 0777, 01777, 0702}) {
         ::chmod(home.c_str(), mode);
         for (const char* path : {"~", "@"}) // a link's own mode is always 0777
             EXPECT_EQ(host.isWorldWritable(at(path)), (mode & 0002U) != 0) << path << ", " << mode;
