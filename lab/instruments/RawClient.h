@@ -2,10 +2,9 @@
 
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketAddress.h"
 
-#include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
 #include <filesystem>
 #include <string>
@@ -19,15 +18,15 @@ class RawClient {
 public:
     explicit RawClient(const std::filesystem::path& socket)
         : socket_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+        const auto address = socketAddress(socket);
+        if (!address)
+            socket_.reset();
         if (!socket_)
             return;
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        socket.string().copy(address.sun_path, sizeof address.sun_path - 1);
         const timeval patience{.tv_sec = 20, .tv_usec = 0};
         ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-        if (::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address)
+        if (::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address)
             != 0)
             socket_.reset();
     }

@@ -1,8 +1,10 @@
 #include "platform/simulated/MacFolder.h"
 
+#include "core/power/PowerService.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Folder.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketAddress.h"
 #include "platform/simulated/RecordFault.h"
 
 #include <fcntl.h>
@@ -97,7 +99,11 @@ std::expected<MacFolder, std::string> MacFolder::named(const std::string& name) 
     if (error)
         return std::unexpected(
             "the current folder is gone; name the Mac's folder by a path from /");
-    return MacFolder(path);
+    MacFolder mac(path);
+    if (!socketAddress(mac.socket(powerDaemonMachService)))
+        return std::unexpected("the path of '" + mac.root_.string()
+                               + "' is too long for a socket in it");
+    return mac;
 }
 
 bool MacFolder::create(const fs::path& pmset) const {
@@ -172,7 +178,8 @@ bool MacFolder::update(const std::function<void(SimulatedMac&)>& change) const {
 }
 
 fs::path MacFolder::socket(std::string_view service) const {
-    return inside("/var/run") / (std::string(service) + ".sock");
+    // A Mac's own temporary folder leaves hardly any room in a socket's address for a whole name.
+    return inside("/var/run") / (std::string(service.substr(service.rfind('.') + 1)) + ".sock");
 }
 
 fs::path MacFolder::inside(std::string_view absolutePath) const {

@@ -60,6 +60,7 @@ public:
         return root_ / "var/run/pmset.hangs";
     }
 
+    /// Returns the path of the socket in place of a Mach service: named after its last part.
     [[nodiscard]] std::filesystem::path socket(std::string_view service) const;
 
     /// Returns where an absolute path of a Mac lies in the folder.

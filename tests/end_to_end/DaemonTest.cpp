@@ -227,7 +227,7 @@ TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
         {daemonName, {""}, 2, "empty name"},
         {daemonName, {broken}, 2, "\"thermal\" is missing"},
         {daemonName, {noRun}, 1, "No such file or directory"},
-        {daemonName, {deep}, 1, "name too long"},
+        {daemonName, {deep}, 2, "too long for a socket"},
         {"velmo-power", {"--mac", "", "status"}, 2, "--mac"},
     };
     for (const auto& [program, words, status, told] : cases) {
@@ -236,6 +236,26 @@ TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
         ASSERT_EQ(process->lines().size(), 1U) << program << testing::PrintToString(words);
         EXPECT_THAT(process->lines()[0], testing::HasSubstr(told));
     }
+}
+
+TEST_F(DaemonTest, AFolderWhosePathIsTooLongForASocketIsNoMac) {
+    const std::size_t below = socket.string().size() - root.size();
+    const auto moveTo = [&](std::size_t socketPath) {
+        std::string path = temporary.path() / "";
+        path.resize(socketPath - below, 'x');
+        std::filesystem::rename(root, path);
+        root = path;
+        socket = MacFolder(root).socket(powerDaemonMachService);
+    };
+    moveTo(maxSocketPath);
+    startDaemon();
+    EXPECT_EQ(connect().call(heartbeatCall), R"({"ok":false})");
+    daemon.reset();
+    moveTo(maxSocketPath + 1);
+    EXPECT_TRUE(run("VelmoPowerDaemonSimulated", {root})->waitForLine("too long for a socket"));
+    EXPECT_TRUE(run("velmo-mac", {"create", root + "x"})->waitForLine("too long for a socket"));
+    EXPECT_EQ(velmoPower({"status"})->waitForEnd(), 2);
+    EXPECT_FALSE(connect());
 }
 
 TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {

@@ -169,8 +169,7 @@ std::error_code SocketService::listen(std::string_view service, std::shared_ptr<
     const auto path = folder_.socket(service);
     // Renamed once it listens: whoever finds the name can connect, and a daemon that is gone leaves
     // nothing in the way.
-    auto unready = path;
-    unready += ".new";
+    const auto unready = std::filesystem::path(path).replace_extension(".new");
     try {
         std::filesystem::remove(unready);
         acceptor_.open();
