@@ -2,6 +2,7 @@
 writes them. Pointers must stand in the file as addresses: files with chained fixups, which Apple's
 own linker writes, are not for this reader."""
 
+import hashlib
 import struct
 from dataclasses import dataclass, field
 
@@ -13,6 +14,7 @@ MACOS = 1
 LC_SEGMENT_64 = 0x19
 LC_SYMTAB = 0x2
 LC_BUILD_VERSION = 0x32
+LC_VERSION_MIN_MACOSX = 0x24
 LC_CODE_SIGNATURE = 0x1D
 LC_CHAINED_FIXUPS = 0x80000034
 DYLIB_COMMANDS = {
@@ -24,10 +26,17 @@ DYLIB_COMMANDS = {
 }
 LC_RPATH = 0x8000001C
 
+SG_READ_ONLY = 0x10
+SEGMENT_FLAGS_AT = 68  # of a segment's load command
+
 N_STAB = 0xE0
 N_TYPE = 0x0E
 N_SECT = 0x0E
 N_EXT = 0x01
+
+
+CODE_DIRECTORY = 0xFADE0C02
+SHA_256 = 2
 
 
 class Malformed(Exception):
@@ -36,6 +45,9 @@ class Malformed(Exception):
 
 @dataclass
 class Segment:
+    name: str
+    command: int  # offset of its load command
+    flags: int
     address: int
     offset: int
     size: int
@@ -52,7 +64,7 @@ class MachO:
     sections: dict = field(default_factory=dict)  # name: (address, size)
     platform: int = 0
     minimum_system: tuple = ()
-    is_signed: bool = False
+    signature: int = 0  # offset of the code signature
     undefined: list = field(default_factory=list)  # (name, ordinal of the library from 1)
     defined: set = field(default_factory=set)  # external and other named symbols of sections
     exported: set = field(default_factory=set)  # of an object: what other objects may use
@@ -80,18 +92,23 @@ class MachO:
             self.platform = self._u32(offset + 8)
             version = self._u32(offset + 12)
             self.minimum_system = (version >> 16, version >> 8 & 0xFF, version & 0xFF)
+        elif command == LC_VERSION_MIN_MACOSX:
+            self.platform = MACOS
+            version = self._u32(offset + 8)
+            self.minimum_system = (version >> 16, version >> 8 & 0xFF, version & 0xFF)
         elif command == LC_CODE_SIGNATURE:
-            self.is_signed = True
+            self.signature = self._u32(offset + 8)
         elif command == LC_CHAINED_FIXUPS:
             raise Malformed("pointers are chained fixups; only the cross linker's files are read")
 
     def _read_segment(self, offset):
         address, _, file_offset, file_size = struct.unpack_from("<4Q", self.data, offset + 24)
-        self.segments.append(Segment(address, file_offset, file_size))
+        name = self._name(offset + 8)
+        flags = self._u32(offset + SEGMENT_FLAGS_AT)
+        self.segments.append(Segment(name, offset, flags, address, file_offset, file_size))
         for index in range(self._u32(offset + 64)):
             section = offset + 72 + 80 * index
-            name = self.data[section : section + 16].rstrip(b"\0").decode()
-            self.sections[name] = struct.unpack_from("<2Q", self.data, section + 32)
+            self.sections[self._name(section)] = struct.unpack_from("<2Q", self.data, section + 32)
 
     def _read_symbols(self, offset, count, strings, _):
         for index in range(count):
@@ -113,6 +130,28 @@ class MachO:
 
     def _text(self, offset):
         return self.data[offset : self.data.index(b"\0", offset)].decode()
+
+    def _name(self, offset):
+        return self.data[offset : offset + 16].rstrip(b"\0").decode()
+
+    def page_hashes(self):
+        """Offset of the hash that the signature has of each page, and the hash of the page itself."""
+        count = struct.unpack_from(">I", self.data, self.signature + 8)[0] if self.signature else 0
+        for index in range(count):
+            blob = self.signature + struct.unpack_from(">I", self.data, self.signature + 16 + 8 * index)[0]
+            if struct.unpack_from(">I", self.data, blob)[0] != CODE_DIRECTORY:
+                continue
+            at, _, _, pages, limit = struct.unpack_from(">5I", self.data, blob + 16)
+            size, kind, _, page_bits = struct.unpack_from(">4B", self.data, blob + 36)
+            if (size, kind) != (32, SHA_256):
+                raise Malformed("the signature's hashes are not SHA-256")
+            for page in range(pages):
+                content = self.data[page << page_bits : min((page + 1) << page_bits, limit)]
+                yield blob + at + size * page, hashlib.sha256(content).digest()
+
+    def signature_is_sound(self):
+        return self.signature > 0 and all(self.data[at : at + len(digest)] == digest
+                                          for at, digest in self.page_hashes())
 
     def offset_of(self, address):
         for segment in self.segments:
