@@ -1,6 +1,7 @@
 #include "platform/client/macos/XpcPowerClient.h"
 
 #include "core/power/PowerService.h"
+#include "platform/client/macos/PowerDaemonConnection.h"
 #include "platform/macos/CoreFoundation.h"
 #include "platform/macos/NSStringText.h"
 #include "platform/xpc/PeerRequirement.h"
@@ -144,15 +145,22 @@ private:
 
 } // namespace
 
-std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemon(const std::string& requirement,
-                                                         ClientContext context,
-                                                         std::function<void()> onLost) {
-    NSXPCConnection* const connection =
-        [[NSXPCConnection alloc] initWithMachServiceName:stringFrom(powerDaemonMachService)
-                                                 options:NSXPCConnectionPrivileged];
+std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemonOver(NSXPCConnection* connection,
+                                                             const std::string& requirement,
+                                                             ClientContext context,
+                                                             std::function<void()> onLost) {
     const auto client =
         std::make_shared<XpcPowerClient>(connection, std::move(context), std::move(onLost));
     return client->open(requirement) ? client : nullptr;
+}
+
+std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemon(const std::string& requirement,
+                                                         ClientContext context,
+                                                         std::function<void()> onLost) {
+    return connectToPowerDaemonOver([[NSXPCConnection alloc]
+                                        initWithMachServiceName:stringFrom(powerDaemonMachService)
+                                                        options:NSXPCConnectionPrivileged],
+                                    requirement, std::move(context), std::move(onLost));
 }
 
 } // namespace velmo

@@ -3,6 +3,7 @@
 #include "core/power/PowerService.h"
 #include "daemon/Startup.h"
 #include "platform/daemon/macos/MainQueueSources.h"
+#include "platform/macos/NSStringText.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/xpc/SigningTeam.h"
@@ -39,7 +40,8 @@ void MacHost::writeLog(std::string_view line) {
 }
 
 void MacHost::listen(std::string_view service, std::shared_ptr<Guard> guard) {
-    service_.emplace(service, std::move(guard),
+    service_.emplace([[NSXPCListener alloc] initWithMachServiceName:stringFrom(service)],
+                     std::move(guard),
                      [this](std::string_view message) { writeLog(logLine(message)); });
 }
 

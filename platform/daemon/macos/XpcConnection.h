@@ -1,6 +1,7 @@
 #pragma once
 
 #include "daemon/ClientConnection.h"
+#include "daemon/ConnectionPlaces.h"
 
 #import <Foundation/Foundation.h>
 
@@ -18,8 +19,10 @@ class XpcConnection final : public ClientConnection {
 public:
     using Log = std::function<void(std::string_view message)>;
 
-    /// Makes the connection's one object; `log` is told why a requirement is refused.
-    static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log);
+    /// Makes the connection's one object; `log` is told why a requirement is refused, and `places`
+    /// of the client's calls and its end.
+    static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log,
+                                             std::shared_ptr<ConnectionPlaces> places);
 
     [[nodiscard]] ClientId id() const override { return id_; }
 
@@ -31,12 +34,17 @@ public:
     void onInvalidation(std::function<void()> handler) override;
     void resume() override;
 
+    /// Ends the connection; its invalidation handler follows.
+    void invalidate();
+
 private:
-    XpcConnection(NSXPCConnection* connection, ClientId id, Log log);
+    XpcConnection(NSXPCConnection* connection, ClientId id, Log log,
+                  std::shared_ptr<ConnectionPlaces> places);
 
     __weak NSXPCConnection* connection_;
     ClientId id_;
     Log log_;
+    std::shared_ptr<ConnectionPlaces> places_;
 };
 
 } // namespace velmo

@@ -11,10 +11,11 @@
 
 namespace velmo {
 
-std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, ClientId id,
-                                                 Log log) {
+std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, ClientId id, Log log,
+                                                 std::shared_ptr<ConnectionPlaces> places) {
     static const char keeper = 0;
-    const std::shared_ptr<XpcConnection> made(new XpcConnection(connection, id, std::move(log)));
+    const std::shared_ptr<XpcConnection> made(
+        new XpcConnection(connection, id, std::move(log), std::move(places)));
     // A block is an object that keeps what it names.
     objc_setAssociatedObject(
         connection, &keeper,
@@ -25,8 +26,9 @@ std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, Cl
     return made;
 }
 
-XpcConnection::XpcConnection(NSXPCConnection* connection, ClientId id, Log log)
-    : connection_(connection), id_(id), log_(std::move(log)) {
+XpcConnection::XpcConnection(NSXPCConnection* connection, ClientId id, Log log,
+                             std::shared_ptr<ConnectionPlaces> places)
+    : connection_(connection), id_(id), log_(std::move(log)), places_(std::move(places)) {
 }
 
 std::optional<std::int64_t> XpcConnection::processId() const {
@@ -46,18 +48,27 @@ bool XpcConnection::requireCodeSignature(const std::string& requirement) {
 void XpcConnection::exportSession(std::shared_ptr<Session> session) {
     NSXPCConnection* const connection = connection_;
     connection.exportedInterface = powerInterface();
-    connection.exportedObject = [[VelmoPowerSession alloc] initWithSession:std::move(session)];
+    connection.exportedObject = [[VelmoPowerSession alloc]
+        initWithSession:std::move(session)
+               onCalled:[places = places_, id = id_] { places->admitted(id); }];
 }
 
 void XpcConnection::onInvalidation(std::function<void()> handler) {
     NSXPCConnection* const connection = connection_;
+    const auto places = places_;
+    const ClientId id = id_;
     connection.invalidationHandler = ^{
+      places->leave(id);
       handler();
     };
 }
 
 void XpcConnection::resume() {
     [connection_ resume];
+}
+
+void XpcConnection::invalidate() {
+    [connection_ invalidate];
 }
 
 } // namespace velmo

@@ -6,7 +6,6 @@
 #import <Foundation/Foundation.h>
 
 #include <memory>
-#include <string_view>
 
 /// Offers every connection of the listener to the guard.
 @interface VelmoListenerDelegate : NSObject <NSXPCListenerDelegate>
@@ -18,10 +17,10 @@
 
 namespace velmo {
 
-/// The Mach service whose name launchd keeps for this process. It serves as long as it lives.
+/// Serves the guard's clients on a listener, as long as it lives.
 class XpcService {
 public:
-    XpcService(std::string_view name, std::shared_ptr<Guard> guard, XpcConnection::Log log);
+    XpcService(NSXPCListener* listener, std::shared_ptr<Guard> guard, XpcConnection::Log log);
 
 private:
     NSXPCListener* listener_;

@@ -1,6 +1,6 @@
 #include "platform/daemon/macos/XpcService.h"
 
-#include "platform/macos/NSStringText.h"
+#include "daemon/ConnectionPlaces.h"
 
 #include <atomic>
 #include <cstdint>
@@ -9,6 +9,7 @@
 @implementation VelmoListenerDelegate {
     std::shared_ptr<velmo::Guard> _guard;
     velmo::XpcConnection::Log _log;
+    std::shared_ptr<velmo::ConnectionPlaces> _places;
     std::atomic<std::uint64_t> _lastClient;
 }
 
@@ -18,22 +19,37 @@
     if (self) {
         _guard = std::move(guard);
         _log = std::move(log);
+        _places = std::make_shared<velmo::ConnectionPlaces>();
     }
     return self;
 }
 
 - (BOOL)listener:(NSXPCListener*)listener
     shouldAcceptNewConnection:(NSXPCConnection*)newConnection {
-    return _guard->acceptConnection(
-        velmo::XpcConnection::of(newConnection, velmo::ClientId{++_lastClient}, _log));
+    const velmo::ClientId client{++_lastClient};
+    const velmo::UserId user{newConnection.effectiveUserIdentifier};
+    const auto connection = velmo::XpcConnection::of(newConnection, client, _log, _places);
+    const auto drop = [weak = std::weak_ptr(connection)] {
+        if (const auto alive = weak.lock())
+            alive->invalidate();
+    };
+    if (!_places->take(client, user, drop)) {
+        _log("a user has too many connections: refusing one");
+        return NO;
+    }
+    if (_guard->acceptConnection(connection))
+        return YES;
+    _places->leave(client);
+    return NO;
 }
 
 @end
 
 namespace velmo {
 
-XpcService::XpcService(std::string_view name, std::shared_ptr<Guard> guard, XpcConnection::Log log)
-    : listener_([[NSXPCListener alloc] initWithMachServiceName:stringFrom(name)]),
+XpcService::XpcService(NSXPCListener* listener, std::shared_ptr<Guard> guard,
+                       XpcConnection::Log log)
+    : listener_(listener),
       delegate_([[VelmoListenerDelegate alloc] initWithGuard:std::move(guard) log:std::move(log)]) {
     listener_.delegate = delegate_;
     [listener_ resume];

@@ -6,33 +6,43 @@
 #include <utility>
 
 @implementation VelmoPowerSession {
-    std::shared_ptr<velmo::Session> _session;
+    std::shared_ptr<velmo::Session> _exported;
+    std::function<void()> _onCalled;
 }
 
-- (instancetype)initWithSession:(std::shared_ptr<velmo::Session>)session {
+- (instancetype)initWithSession:(std::shared_ptr<velmo::Session>)session
+                       onCalled:(std::function<void()>)onCalled {
     self = [super init];
-    if (self)
-        _session = std::move(session);
+    if (self) {
+        _exported = std::move(session);
+        _onCalled = std::move(onCalled);
+    }
     return self;
+}
+
+/// Returns the session for a call that has come in.
+- (velmo::Session&)called {
+    _onCalled();
+    return *_exported;
 }
 
 - (void)holdWithBatteryFloor:(std::int64_t)batteryFloor
                        reply:(void (^)(BOOL ok, NSString* reason))reply {
-    _session->hold(batteryFloor, [reply](bool ok, std::string_view reason) {
+    [self called].hold(batteryFloor, [reply](bool ok, std::string_view reason) {
         reply(ok, velmo::stringFrom(reason));
     });
 }
 
 - (void)heartbeatWithReply:(void (^)(BOOL ok))reply {
-    _session->heartbeat([reply](bool ok) { reply(ok); });
+    [self called].heartbeat([reply](bool ok) { reply(ok); });
 }
 
 - (void)releaseWithReply:(void (^)(BOOL ok))reply {
-    _session->release([reply](bool ok) { reply(ok); });
+    [self called].release([reply](bool ok) { reply(ok); });
 }
 
 - (void)reportWithReply:(void (^)(NSString* line))reply {
-    _session->report([reply](std::string_view line) { reply(velmo::stringFrom(line)); });
+    [self called].report([reply](std::string_view line) { reply(velmo::stringFrom(line)); });
 }
 
 @end

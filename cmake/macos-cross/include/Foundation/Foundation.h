@@ -49,6 +49,7 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 @property(retain) id exportedObject;
 @property(retain) NSXPCInterface* remoteObjectInterface;
 @property(readonly) pid_t processIdentifier;
+@property(readonly) uid_t effectiveUserIdentifier;
 - (id)remoteObjectProxyWithErrorHandler:(void (^)(NSError* error))handler;
 @property(copy) void (^interruptionHandler)(void);
 @property(copy) void (^invalidationHandler)(void);
