@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run test bench sanitize tsan fuzz coverage mutate macos format format-check tidy clean
+.PHONY: run test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -51,6 +51,10 @@ mutate:
 # The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
 macos:
 	@scripts/macos
+
+# The Mac's installer package, of executables that are built and signed; elsewhere says what it would run.
+package:
+	@packaging/macos/package build/release/bin
 
 format:
 	@scripts/setup clang

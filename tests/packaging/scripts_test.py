@@ -13,7 +13,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SCRIPTS = ROOT / "packaging/macos"
 TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir mktemp rm sw_vers sysctl "
-         "pkgbuild productbuild xcrun newsyslog security ioreg sudo "
+         "pkgbuild productbuild productsign xcrun security ioreg sudo uname tail "
          "plays-VelmoPowerDaemon plays-velmo-power plays-knock").split()
 LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
@@ -239,6 +239,56 @@ class ScriptsTest(unittest.TestCase):
         mac = self.mac().put(f"root/{RECORD}", "{")
         self.assertEqual(mac.run(measure).returncode, 1)
         self.assertEqual(mac.calls(), [])
+
+    def test_a_package_brings_what_installs_it(self):
+        for environment, shipped in (({}, False), ({"VELMO_INSTALLER_IDENTITY": "Developer ID Installer: S",
+                                                    "VELMO_NOTARY_PROFILE": "velmo"}, True)):
+            mac = self.mac()
+            done = mac.run("package", "built", **environment)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertTrue((mac.folder / "built/Velmo.pkg").exists())
+            for number in range(2, 10):
+                self.assertNotEqual(self.mac().run("package", "built", fail=number, **environment).returncode, 0)
+            tools = [call.split()[0] for call in mac.calls() if call.startswith(("p", "x"))]
+            self.assertEqual(tools, ["pkgbuild", "productbuild"] + ["productsign", "xcrun", "xcrun"] * shipped)
+            done = mac.run(mac.folder / "unpacked/postinstall")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertInstalled(mac)
+        self.assertNotEqual(self.mac(daemon_signed="").run("package", "built").returncode, 0)
+
+    def test_the_log_is_shown_with_times(self):
+        shown = self.mac().run("follow-log").stdout.splitlines()
+        for line, said in zip(shown, ("one", "two"), strict=True):
+            self.assertRegex(line, rf"^\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d VelmoPowerDaemon: {said}$")
+
+    def test_every_command_of_the_documents_is_one_that_is_tried(self):
+        """Of the manual and the workflow: a script or verb that exists, or a Mac's tool called as a
+        script of ours calls it, each of which the tests run over the stand-ins."""
+        page = (ROOT / "docs/operations.md").read_text()
+        workflow = (ROOT / ".github/workflows/check.yml").read_text()
+        commands = re.findall(r"^    (\S.*)$", page, re.M) + re.findall(r" run: ([^|\n].*)", workflow)
+        commands += "".join(re.findall(r" run: \|\n((?: {10}.*\n)+)", workflow)).splitlines()
+        self.assertGreater(len(commands), 30)
+        scripts = "\n".join(
+            re.sub(r"^\s*#.*", "", path.read_text(), flags=re.M)
+            for folder in (SCRIPTS, ROOT / "scripts") for path in folder.iterdir() if path.suffix in ("", ".sh"))
+        makefile = (ROOT / "Makefile").read_text()
+        power = (ROOT / "tools/velmo-power/main.cpp").read_text()
+        # Of any system, and what asks a person for a password.
+        known = {"cat", "tail", "grep", "rm", "apt-get", "git", "chmod"}
+        asks = {"xcrun notarytool store-credentials"}
+        for command in commands:
+            for part in re.split(r" \| | && ", command.partition(" #")[0]):
+                words = [word for word in part.split() if word != "sudo" and not re.match(r"[A-Z_]+=", word)]
+                with self.subTest(command=part):
+                    if words[0] == "make":
+                        self.assertRegex(makefile, rf"(?m)^{words[1]}:")
+                    elif words[0] == "velmo-power":
+                        self.assertTrue(words[1] in power)
+                    elif "/" in words[0]:
+                        self.assertTrue(os.access(ROOT / words[0], os.X_OK))
+                    elif words[0] not in known and " ".join(words[:3]) not in asks:
+                        self.assertTrue(" ".join(words[:2]) in scripts)
 
     def test_the_lists_say_what_the_scripts_and_the_daemon_go_by(self):
         listed = plistlib.loads((SCRIPTS / f"{LABEL}.plist").read_bytes())
