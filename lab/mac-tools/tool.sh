@@ -116,7 +116,7 @@ play_codesign() {
     case "$*" in
     --display*)
         [ -n "$(fact Identifier "$file")" ] || exit 1
-        sed -n 's/^# \(Identifier=\|TeamIdentifier=\)/\1/p' "$file" >&2
+        sed -n -E 's/^# ((Team)?Identifier=)/\1/p' "$file" >&2
         ;;
     "--verify -R "*) satisfies "$file" "${3#=}" ;;
     --verify*) [ -n "$(fact Identifier "$file")" ] ;;
@@ -174,7 +174,7 @@ xattr)
     *) if [ -n "$(fact Marked "$1")" ]; then echo com.apple.quarantine; fi ;;
     esac
     ;;
-plutil) sed -n 's/.*"previous":\(true\|false\).*/\1/p' "$(last "$@")" | grep . ;;
+plutil) sed -n -E 's/.*"previous":(true|false).*/\1/p' "$(last "$@")" | grep . ;;
 # Nobody here is root, and there may be no such group.
 install)
     [ "$1" = -d ] && mode="-d -m $7" && shift || mode="-m $6"
@@ -189,6 +189,7 @@ pkgbuild) cp -R "$3" "$mac/unpacked" && touch "$(last "$@")" ;;
 productbuild) touch "$(last "$@")" ;;
 productsign) cp "$4" "$5" ;;
 uname) echo Darwin ;;
+uuidgen) echo 00000000-0000-0000-0000-000000000000 ;;
 tail) printf 'VelmoPowerDaemon: one\nVelmoPowerDaemon: two\n' ;;
 xcrun | security) ;;
 ioreg) play_ioreg ;;

@@ -13,7 +13,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SCRIPTS = ROOT / "packaging/macos"
 TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir mktemp rm sw_vers sysctl "
-         "pkgbuild productbuild productsign xcrun security ioreg sudo uname tail "
+         "pkgbuild productbuild productsign xcrun security ioreg sudo uname uuidgen tail "
          "plays-VelmoPowerDaemon plays-velmo-power plays-knock").split()
 LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
@@ -256,9 +256,19 @@ class ScriptsTest(unittest.TestCase):
             self.assertInstalled(mac)
         self.assertNotEqual(self.mac(daemon_signed="").run("package", "built").returncode, 0)
 
+    def test_a_hosted_mac_gets_the_certificate_into_a_keychain_of_its_own(self):
+        mac = self.mac()
+        done = mac.run("import-certificate", VELMO_CERTIFICATE="Y2VydA==", VELMO_CERTIFICATE_PASSWORD="p w")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual([call.split()[1] for call in mac.calls() if call.startswith("security")],
+                         ["create-keychain", "set-keychain-settings", "unlock-keychain", "import",
+                          "set-key-partition-list", "list-keychains"])
+        self.assertRegex(mac.get("calls"), "-P p w -T /usr/bin/codesign(.|\n)*\nrm -f /")
+
     def test_the_log_is_shown_with_times(self):
         shown = self.mac().run("follow-log").stdout.splitlines()
-        for line, said in zip(shown, ("one", "two"), strict=True):
+        self.assertEqual(len(shown), 2)
+        for line, said in zip(shown, ("one", "two")):
             self.assertRegex(line, rf"^\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d VelmoPowerDaemon: {said}$")
 
     def test_every_command_of_the_documents_is_one_that_is_tried(self):
