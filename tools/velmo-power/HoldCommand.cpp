@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
