@@ -40,7 +40,7 @@ void Fuzz::target(Input input) {
     const auto& argv = *request->argv;
     require(!argv.empty() && argv.size() <= 4 && Text::isOneOf(argv.front(), verbs));
     require(std::ranges::all_of(argv, [](const auto& word) { return word.size() <= 16384; }));
-    require(InputDaemonWire::parse(line(*request)) == request);
+    require(InputDaemonWire::parse(InputDaemonWire::request(request->id, argv).value()) == request);
     for (const std::string& key : releaseKeys(argv).value_or(std::vector<std::string>()))
         require(hasKey(Hotkey::keys, key));
 }

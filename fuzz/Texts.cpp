@@ -9,6 +9,7 @@ void Fuzz::target(Input input) {
     const std::string repaired = Text::repaired(text);
     require(Text::isValidUtf8(repaired) && Text::isValidUtf8(text) == (repaired == text));
     require(Text::utf16Length(repaired) == Text::utf16Length(text));
+    require(Text::utf16(text).size() == Text::utf16Length(text));
 
     const std::string_view prefix = Text::prefix(text, count);
     require(text.starts_with(prefix));

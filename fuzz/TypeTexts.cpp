@@ -6,6 +6,8 @@ namespace velmo {
 
 void Fuzz::target(Input input) {
     const std::string_view json = input.rest();
+    for (const TypeTextRequest& request : TypeTextRequest::ofText(json))
+        require(TypeTextRequest::parse(encodeJson(request).value()) == request);
     requireSpellingIsIgnored(json, TypeTextRequest::parse, 8192);
     const auto request = TypeTextRequest::parse(json);
     if (!request)

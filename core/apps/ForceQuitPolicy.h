@@ -87,6 +87,7 @@ bool identityMatches(std::string_view expected, std::optional<std::string_view> 
                      std::optional<std::string_view> bundlePath);
 
 /// Tells whether the process started at the expected time, ASCII digits with perhaps leading zeros.
+/// Both are in one unit, whichever the host has chosen for what it tells the phone.
 /// An absent or empty expectation matches every process; any other matches no process whose start
 /// time is absent or not above 0.
 bool startMatches(std::optional<std::string_view> expected, std::optional<std::int64_t> actual);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/input/KeyPhase.h"
+
 #include <cstdint>
 
 /// The modifier bits of the platform's keyboard events, as its event flags number them.
@@ -14,5 +16,14 @@ inline constexpr std::uint64_t secondaryFn = 0x800000;
 
 /// Every event of an arrow key carries both.
 inline constexpr std::uint64_t arrow = numericPad | secondaryFn;
+
+/// Returns the bit of a modifier.
+std::uint64_t of(HotkeyModifier modifier);
+
+/// Returns the flags to post the event with: the modifiers that are down after it, and what a
+/// keyboard sends with the key itself, which is `arrow` with arrow keys and `secondaryFn` with the
+/// function keys, home, end, page up, page down and delete. Flags that are set replace those that
+/// the system would have put there, so that nothing may be missing.
+std::uint64_t of(const KeyPhase::Step& step);
 
 } // namespace velmo::EventFlags

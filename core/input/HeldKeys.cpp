@@ -1,8 +1,21 @@
 #include "core/input/HeldKeys.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace velmo {
+
+namespace {
+
+/// Returns the key at the end of a press's identifier; "" for a press of modifiers only.
+std::string_view keyIn(std::string_view identifier) {
+    static_assert(std::ranges::none_of(Hotkey::keys,
+                                       [](const AnsiKey& key) { return key.name.contains('+'); }));
+    return identifier.substr(identifier.rfind('+') + 1);
+}
+
+} // namespace
 
 std::string HeldKeys::id(const Hotkey& hotkey) {
     auto sorted = hotkey.modifiers;
@@ -41,6 +54,17 @@ std::vector<HeldKeys::Press> HeldKeys::takeAll() {
     while (auto press = takeLast())
         all.push_back(*std::move(press));
     return all;
+}
+
+std::optional<HeldKeys::Release> HeldKeys::takeRelease(std::span<const std::string> keys) {
+    for (auto entry = presses_.rbegin(); entry != presses_.rend(); ++entry) {
+        if (!keys.empty() && std::ranges::find(keys, keyIn(entry->first)) == keys.end())
+            continue;
+        Press press = std::move(entry->second);
+        presses_.erase(std::prev(entry.base()));
+        return Release{.press = std::move(press), .others = modifiers()};
+    }
+    return std::nullopt;
 }
 
 std::vector<HotkeyModifier> HeldKeys::modifiers() const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,17 +16,8 @@ namespace velmo {
 /// It posts no events itself: `KeyPhase` plans them, and the owner posts the plan.
 ///
 /// Each modifier belongs to the press that put it down. A later press that needs it too leaves it
-/// alone, both when it is pressed and when it is released. To press a hot key:
-///
-///     held.take(hotkey); // a repeated press must not take its own modifiers for another's
-///     const auto others = held.modifiers();
-///     post(KeyPhase::steps(KeyPhase::down, hotkey.modifiers, code, others));
-///     held.pressed(hotkey, {KeyPhase::fresh(hotkey.modifiers, others), code});
-///
-/// To release it, or whatever `takeLast` returns:
-///
-///     if (const auto press = held.take(hotkey))
-///         post(KeyPhase::steps(KeyPhase::up, press->modifiers, press->code, held.modifiers()));
+/// alone, both when it is pressed and when it is released. `HotkeyPlan` plans presses and releases
+/// and keeps the book; whoever plans for himself records what `KeyPhase::fresh` returns.
 class HeldKeys {
 public:
     struct Press {
@@ -33,6 +25,15 @@ public:
         std::optional<std::uint16_t> code;     ///< absent for a press of modifiers only
 
         bool operator==(const Press&) const = default;
+    };
+
+    /// A press that was taken to be released, and the modifiers that stay down for others:
+    /// `KeyPhase::steps(KeyPhase::up, press.modifiers, press.code, others)` is the plan.
+    struct Release {
+        Press press;
+        std::vector<HotkeyModifier> others;
+
+        bool operator==(const Release&) const = default;
     };
 
     /// Returns the identifier of a hot key's press: the raw texts of its modifiers in ascending
@@ -51,8 +52,15 @@ public:
     /// Removes and returns the most recent press; absent if there is none.
     std::optional<Press> takeLast();
 
-    /// Removes and returns all presses, the most recent one first.
+    /// Removes and returns all presses, the most recent one first. The book is empty then, and
+    /// can't tell any more what stays down after each: to plan the releases, use `takeRelease`.
     std::vector<Press> takeAll();
+
+    /// Removes and returns the most recent press whose key has one of the names, whatever its
+    /// modifiers are, or the most recent of all if there is no name; absent if there is no such
+    /// press. Called until then it hands out what "release-all" asks for, where the names are those
+    /// that `InputDaemonWire::releaseKeys` returns.
+    std::optional<Release> takeRelease(std::span<const std::string> keys = {});
 
     /// Returns the modifiers of all presses together, those of the oldest press first, each once.
     [[nodiscard]] std::vector<HotkeyModifier> modifiers() const;

@@ -101,6 +101,11 @@ bool Hotkey::typesCharacter() const {
     return hasKey(letters, key) || hasKey(digits, key) || hasKey(punctuation, key);
 }
 
+std::optional<std::uint16_t> Hotkey::ansiCode() const {
+    const AnsiKey* found = findKey(ansiKeyCodes, key);
+    return found == nullptr ? std::nullopt : std::optional(found->code);
+}
+
 std::vector<HotkeyModifier>
 Hotkey::pressModifiers(std::span<const HotkeyModifier> layoutExtra) const {
     if (game && modifiers.empty())

@@ -5,6 +5,7 @@
 #include "core/support/Record.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -58,6 +59,10 @@ struct Hotkey {
     /// Tells whether the key is a letter, a digit or punctuation, whose place depends on the
     /// keyboard layout.
     [[nodiscard]] bool typesCharacter() const;
+
+    /// Returns the virtual key code of the key's place on a US keyboard; absent for modifiers only.
+    /// In another layout a key that `typesCharacter` may lie elsewhere: `HotkeyPlan` finds it.
+    [[nodiscard]] std::optional<std::uint16_t> ansiCode() const;
 
     /// Returns the modifiers to press: those of the hot key, and then `layoutExtra`, without which
     /// the keyboard layout does not give the character (`LayoutKeySearch::Match::extra`). One that

@@ -17,24 +17,9 @@ constexpr std::size_t maxReleaseArgument = 1024;            // bytes
 constexpr std::size_t maxReleasedKeys = 16;
 constexpr std::size_t maxError = 2000; // characters
 
-struct Ready {
-    int protocol = protocolVersion;
-    std::span<const std::string_view> known = verbs;
-
-    static constexpr auto fields =
-        std::tuple{constant("type", "ready"), field("protocol", &Ready::protocol),
-                   field("verbs", &Ready::known)};
-};
-
-struct Response {
-    std::int64_t id = 0;
-    std::int32_t code = 0;
-    std::optional<std::string_view> error;
-
-    static constexpr auto fields =
-        std::tuple{field("id", &Response::id), field("code", &Response::code),
-                   field("error", &Response::error)};
-};
+constexpr bool isId(std::optional<std::int64_t> id) {
+    return id >= 1 && id <= maxId;
+}
 
 bool isValid(const std::vector<std::string>& argv) {
     return !argv.empty() && argv.size() <= maxArguments && Text::isOneOf(argv.front(), verbs)
@@ -50,7 +35,7 @@ std::optional<Request> parse(std::string_view line) {
     const auto document = JsonDocument::parse(line);
     const auto object = document.and_then(&JsonDocument::object);
     const auto id = object ? object->integer("id") : std::nullopt;
-    if (!id || *id < 1 || *id > maxId)
+    if (!isId(id))
         return std::nullopt;
 
     auto request = decodeRecordExactly<Request>(*object);
@@ -59,16 +44,36 @@ std::optional<Request> parse(std::string_view line) {
     return Request{.id = *id, .argv = {}};
 }
 
+std::optional<std::string> request(std::int64_t id, std::span<const std::string> argv) {
+    const Request made{.id = id, .argv = std::vector(argv.begin(), argv.end())};
+    std::string text = line(made);
+    return parse(text) == made ? std::optional(std::move(text)) : std::nullopt;
+}
+
 std::string ready() {
-    return line(Ready());
+    return line(Ready{.verbs = {verbs.begin(), verbs.end()}});
+}
+
+std::optional<Ready> parseReady(std::string_view line) {
+    const auto document = JsonDocument::parse(line);
+    const auto object = document.and_then(&JsonDocument::object);
+    if (!object || object->text("type") != "ready")
+        return std::nullopt;
+    return decodeRecord<Ready>(*object);
+}
+
+std::optional<Response> parseResponse(std::string_view line) {
+    auto response = decodeRecord<Response>(line);
+    return response && isId(response->id) ? response : std::nullopt;
 }
 
 std::string response(std::int64_t id, std::int32_t code, const std::optional<std::string>& error) {
     const bool tellsError = error && code != 0;
     return line(Response{.id = id,
                          .code = code,
-                         .error = tellsError ? std::optional(Text::prefix(*error, maxError))
-                                             : std::nullopt});
+                         .error = tellsError
+                                      ? std::optional<std::string>(Text::prefix(*error, maxError))
+                                      : std::nullopt});
 }
 
 bool serves(const ControlCommand& command) {

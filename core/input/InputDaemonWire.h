@@ -50,8 +50,42 @@ struct Request {
 /// verb.
 std::optional<Request> parse(std::string_view line);
 
-/// Returns the line that the daemon writes once, before it reads requests.
+/// Returns the line of a request as the host writes it, or nothing if `parse` would not read it
+/// back. What the arguments of a verb may be is for the daemon to judge.
+std::optional<std::string> request(std::int64_t id, std::span<const std::string> argv);
+
+/// What the daemon writes once, before it reads requests.
+struct Ready {
+    int protocol = protocolVersion;
+    std::vector<std::string> verbs;
+
+    static constexpr auto fields =
+        std::tuple{constant("type", "ready"), field("protocol", &Ready::protocol),
+                   field("verbs", &Ready::verbs)};
+    bool operator==(const Ready&) const = default;
+};
+
+/// Returns the line of this daemon.
 std::string ready();
+
+/// Reads the daemon's first line. A protocol other than `protocolVersion` is read too: the host
+/// must not talk to such a daemon. So are verbs and members that a newer daemon has besides.
+std::optional<Ready> parseReady(std::string_view line);
+
+struct Response {
+    std::int64_t id = 0;   ///< of the request
+    std::int32_t code = 0; ///< 0 for success
+    std::optional<std::string> error;
+
+    static constexpr auto fields =
+        std::tuple{field("id", &Response::id), field("code", &Response::code),
+                   field("error", &Response::error)};
+    bool operator==(const Response&) const = default;
+};
+
+/// Reads the daemon's response to a request. Members that a newer daemon has besides are ignored;
+/// a line that is none, or that names no request, is refused.
+std::optional<Response> parseResponse(std::string_view line);
 
 /// Returns the response to a request. A code of 0 means success; the error text is then left out.
 /// Otherwise it is cut after 2000 characters.

@@ -39,8 +39,8 @@ struct InputMessage {
         bool operator==(const Button&) const = default;
     };
 
-    /// Unlike that of a `TypeTextRequest`, the text may contain control characters: whoever types
-    /// it must drop them.
+    /// Unlike that of a `TypeTextRequest`, the text may contain control characters, and be longer:
+    /// `TypeTextRequest::ofText` makes of it what may be typed.
     struct Text {           // "text"
         std::string text;   ///< 1 to 1024 UTF-16 units
         std::string target; ///< 1 to 16 digits without a leading zero

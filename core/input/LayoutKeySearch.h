@@ -29,6 +29,13 @@ struct CodeRange {
     std::uint16_t end = 0;
 };
 
+/// The keys of the typing block, of any keyboard that has more of them than a US one too.
+inline constexpr CodeRange typingBlock{.first = 0, .end = 51};
+
+/// Every key, the numeric keypad included. There most layouts give digits and signs without shift,
+/// but who asks for cmd+2 means the typing block, which is therefore searched first.
+inline constexpr CodeRange everyKey{.first = 0, .end = 128};
+
 /// Returns the text that a key gives in a state of the current layout; absent or empty if it gives
 /// none.
 using Translate = std::function<std::optional<std::string>(std::uint16_t code, LayoutState state)>;

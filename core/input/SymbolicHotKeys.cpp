@@ -61,6 +61,10 @@ std::optional<HotKey> pressable(const Parameters& chosen) {
 
 } // namespace
 
+const Value::Dictionary* entriesOf(const Value& domain) {
+    return domain[domainMember].dictionary();
+}
+
 std::optional<HotKey> resolve(int number, const Value::Dictionary* preferences) {
     const Value& entry = Value::member(preferences, std::to_string(number));
     if (entry.dictionary() == nullptr)

@@ -76,6 +76,14 @@ inline constexpr auto function = [] {
     return codes;
 }();
 
+/// The member of the preference domain "com.apple.symbolichotkeys" that contains the entries.
+inline constexpr std::string_view domainMember = "AppleSymbolicHotKeys";
+
+/// Returns the entries in the domain's property list, for `resolve` and `GesturePlan::action`; null
+/// if it has none. The property list itself is no such dictionary: with it every shortcut would be
+/// taken for the default.
+const Value::Dictionary* entriesOf(const Value& domain);
+
 /// Returns the shortcut to press. It is the default of that number, if there is one, where the
 /// preferences have no readable entry for it or are missing (null). It is absent where the user
 /// switched the shortcut off or chose something that can't be pressed, such as a letter without

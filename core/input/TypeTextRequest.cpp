@@ -27,4 +27,31 @@ std::optional<TypeTextRequest> TypeTextRequest::parse(std::string_view json) {
     return request;
 }
 
+std::vector<TypeTextRequest> TypeTextRequest::ofText(std::string_view text) {
+    std::string typed = Text::repaired(text);
+    std::erase_if(typed, isForbidden);
+
+    std::vector<TypeTextRequest> requests;
+    std::size_t units = maxText; // of the last request, UTF-16
+    const auto append = [&](std::string_view piece, std::size_t pieceUnits) {
+        if (units + pieceUnits > maxText) {
+            requests.emplace_back();
+            units = 0;
+        }
+        requests.back().text += piece;
+        units += pieceUnits;
+    };
+    for (std::string_view rest = typed; !rest.empty();) {
+        const Text::Character next = Text::firstCharacter(rest);
+        rest.remove_prefix(next.bytes.size());
+        if (next.utf16Length <= maxText) {
+            append(next.bytes, next.utf16Length);
+            continue;
+        }
+        for (const Text::Scalar& scalar : Text::Scalars(next.bytes))
+            append(scalar.bytes, Text::utf16Length(scalar.bytes));
+    }
+    return requests;
+}
+
 } // namespace velmo

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velmo {
 
@@ -17,6 +18,12 @@ struct TypeTextRequest {
     /// and no control characters below U+0080 but tab, line feed and carriage return; "enter" is a
     /// boolean, and false if it is missing. Any other member is refused.
     static std::optional<TypeTextRequest> parse(std::string_view json);
+
+    /// Returns the requests that type a text of any length and content one after the other. The
+    /// characters that `parse` refuses are left out, and U+FFFD stands for ill-formed UTF-8. No
+    /// user-perceived character is cut apart but one that is itself longer than a request may be.
+    /// There is none for a text of which nothing remains, and `enter` is false in all.
+    static std::vector<TypeTextRequest> ofText(std::string_view text);
 
     static constexpr auto fields = std::tuple{field("text", &TypeTextRequest::text),
                                               field("enter", &TypeTextRequest::enter).orDefault()};

@@ -140,6 +140,21 @@ std::size_t utf16Length(std::string_view text) {
     return units;
 }
 
+std::u16string utf16(std::string_view text) {
+    std::u16string units;
+    units.reserve(text.size());
+    for (const Scalar& scalar : Scalars(text)) {
+        if (scalar.value < 0x10000) {
+            units += static_cast<char16_t>(scalar.value);
+            continue;
+        }
+        const char32_t above = scalar.value - 0x10000;
+        units += static_cast<char16_t>(0xD800 + (above >> 10U));
+        units += static_cast<char16_t>(0xDC00 + (above & 0x3FFU));
+    }
+    return units;
+}
+
 Character firstCharacter(std::string_view text) {
     return Characters(text).current();
 }

@@ -75,6 +75,9 @@ void append(std::string& text, char32_t scalar);
 /// Returns the number of UTF-16 code units: one per scalar below U+10000, else two.
 std::size_t utf16Length(std::string_view text);
 
+/// Returns the text in UTF-16, with U+FFFD for every ill-formed sequence.
+std::u16string utf16(std::string_view text);
+
 /// A user-perceived character (extended grapheme cluster); CR LF is one.
 struct Character {
     std::string_view bytes;

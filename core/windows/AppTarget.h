@@ -21,6 +21,14 @@ struct AppTarget {
     /// that contains an ASCII control character.
     static std::optional<AppTarget> parse(std::span<const std::string> arguments);
 
+    /// Returns the text by which the phone names the start of a process in its requests: the digits
+    /// of a time above 0, else "-". `parse` reads it back. It goes into `WindowRecord::started`.
+    ///
+    /// A start time is only ever compared with itself, by `ForceQuitPolicy::startMatches`, so that
+    /// its unit is the host's to choose, once for all: microseconds since 1970, as the system's
+    /// process list has it, tell apart what whole seconds might not.
+    static std::string startedText(std::optional<std::int64_t> startTime);
+
     static constexpr auto fields = targetFields<AppTarget>();
     bool operator==(const AppTarget&) const = default;
 };

@@ -25,7 +25,7 @@ bool mayArrange(std::optional<std::string_view> bundleId);
 
 /// Tells whether the running process is still the target's. The rules are those of a force-quit:
 /// its identity must match (`ForceQuitPolicy::identityMatches`), and so must its start time
-/// (`ForceQuitPolicy::startMatches`).
+/// (`ForceQuitPolicy::startMatches`), in the unit of `AppTarget::startedText`.
 bool identityMatches(const AppTarget& target, std::optional<std::string_view> bundleId,
                      std::optional<std::string_view> bundlePath,
                      std::optional<std::int64_t> startTime);

@@ -1,6 +1,5 @@
 #include "core/windows/FrameRequest.h"
 
-#include "core/windows/AppTarget.h"
 #include "core/windows/FrameArgs.h"
 #include "core/windows/WindowArgs.h"
 

@@ -18,8 +18,10 @@ namespace velmo::WindowMatcher {
 /// Bounds with at most this `WindowBounds::distance` can be those of the same window.
 inline constexpr double maxDistance = 24; ///< points
 
-/// Returns the first row that belongs to the frontmost process and is on screen. The rows are in
-/// the order of the window list, from front to back.
+/// Returns the first row that belongs to the frontmost process and is on screen. The rows are those
+/// that `WindowFilter::keep` keeps, in the order of the window list, from front to back: of the
+/// whole list the first may be a menu or a shadow, which the phone is never told of.
+/// `WindowList::records` sees to both.
 std::optional<std::size_t> frontIndex(std::span<const CGWindowRow> rows,
                                       std::optional<std::int32_t> frontmostPid);
 

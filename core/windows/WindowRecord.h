@@ -18,7 +18,7 @@ struct WindowRecord {
     bool onScreen = false;
     bool minimized = false;
     bool front = false;  ///< the front window of the frontmost application
-    std::string started; ///< start time of the owner, which the phone sends back in requests
+    std::string started; ///< `AppTarget::startedText`, which the phone sends back in requests
 
     static constexpr auto fields = std::tuple{field("id", &WindowRecord::id),
                                               field("pid", &WindowRecord::pid),

@@ -64,6 +64,15 @@ TEST(SymbolicHotKeys, WhatTheUserSwitchedOffHasNoDefault) {
         EXPECT_FALSE(resolved(missionControl, entry(true, type)));
 }
 
+TEST(SymbolicHotKeys, TheirEntriesAreAMemberOfThePreferenceDomain) {
+    const Value domain = Dictionary{{"AppleSymbolicHotKeys", Dictionary{{"32", entry(false)}}}};
+    const Value::Dictionary* entries = SymbolicHotKeys::entriesOf(domain);
+    ASSERT_NE(entries, nullptr);
+    EXPECT_FALSE(SymbolicHotKeys::resolve(missionControl, entries)); // switched off
+    for (const Value& other : {Value(), Value(1), Value(Dictionary{{"32", entry(false)}})})
+        EXPECT_EQ(SymbolicHotKeys::entriesOf(other), nullptr);
+}
+
 TEST(SymbolicHotKeys, LookUpCountsOnlyIfSwitchedOn) {
     for (const Value& on : {Value(1), Value(true), Value(1.0)})
         EXPECT_TRUE(resolved(lookUp, entry(on)));

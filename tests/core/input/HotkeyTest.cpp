@@ -1,10 +1,9 @@
 #include "core/input/HeldKeys.h"
 #include "core/input/KeyPhase.h"
 #include "tests/Texts.h"
+#include "tests/core/input/Steps.h"
 
 #include <gmock/gmock.h>
-
-#include <set>
 
 namespace velmo {
 namespace {
@@ -36,12 +35,11 @@ TEST(Hotkey, EveryKeyHasTheCodeOfItsPlaceOnAUsKeyboard) {
         if (const auto modifier = fromRawText<HotkeyModifier>(name)) {
             EXPECT_EQ(keyCode(*modifier), code) << name;
         } else if (name != "_") {
-            const AnsiKey* key = findKey(Hotkey::ansiKeyCodes, name);
-            ASSERT_NE(key, nullptr) << name;
-            EXPECT_EQ(key->code, code) << name;
+            EXPECT_EQ(Hotkey{.key = name}.ansiCode(), code) << name;
         }
     }
     EXPECT_EQ(Hotkey::keys.size(), 81U);
+    EXPECT_EQ((Hotkey{.modifiers = {shift}, .game = true}.ansiCode()), std::nullopt);
 }
 
 TEST(Hotkey, OnlyKeysThatTypeNothingStandAlone) {
@@ -117,24 +115,13 @@ TEST(Hotkey, TheLayoutAddsModifiersButNotToABareGameKey) {
 using testing::ElementsAre;
 using Press = HeldKeys::Press;
 
-/// " +21:cs" is key 21 going down while cmd and shift are down, by their first letters.
-std::string spelt(const std::vector<KeyPhase::Step>& steps) {
-    std::string text;
-    for (const KeyPhase::Step& step : steps) {
-        text += (step.down ? " +" : " -") + std::to_string(step.code) + ":";
-        for (const HotkeyModifier modifier : step.held)
-            text += rawText(modifier)[0];
-    }
-    return text;
-}
-
 TEST(KeyPhase, ATapIsAPressAndItsRelease) {
     const auto expect = [](const Modifiers& modifiers, std::optional<std::uint16_t> key,
                            const Modifiers& others, const std::string& down,
                            const std::string& up) {
-        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::down, modifiers, key, others)), down);
-        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::up, modifiers, key, others)), up);
-        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::tap, modifiers, key, others)), down + up);
+        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::down, modifiers, key, others)), down);
+        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::up, modifiers, key, others)), up);
+        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::tap, modifiers, key, others)), down + up);
     };
     expect({cmd, shift}, 21, {}, " +55:c +56:cs +21:cs", " -21:cs -56:c -55:");
     expect({fn, alt, cmd}, 8, {shift, alt}, " +63:saf +55:safc +8:safc", " -8:safc -55:saf -63:sa");
@@ -170,70 +157,6 @@ TEST(HeldKeys, GivesBackWhatWasPressedMostRecentFirst) {
     EXPECT_FALSE(held.take(b));
     EXPECT_THAT(held.takeAll(), ElementsAre(again, third));
     EXPECT_TRUE(held.isEmpty());
-}
-
-/// A keyboard, and an owner who does what the comment of `HeldKeys` says.
-class Session {
-public:
-    void down(const Hotkey& hotkey) {
-        held_.take(hotkey);
-        const auto others = held_.modifiers();
-        const AnsiKey* key = findKey(Hotkey::ansiKeyCodes, hotkey.key);
-        const auto code = key == nullptr ? std::nullopt : std::optional(key->code);
-        post(KeyPhase::steps(KeyPhase::down, hotkey.modifiers, code, others));
-        held_.pressed(hotkey,
-                      {.modifiers = KeyPhase::fresh(hotkey.modifiers, others), .code = code});
-    }
-
-    void up(const Hotkey& hotkey) { release(held_.take(hotkey)); }
-
-    void connectionLost() {
-        while (!held_.isEmpty())
-            release(held_.takeLast());
-    }
-
-    std::set<std::uint16_t> keysDown;
-
-private:
-    void release(const std::optional<Press>& press) {
-        if (press)
-            post(KeyPhase::steps(KeyPhase::up, press->modifiers, press->code, held_.modifiers()));
-    }
-
-    void post(const std::vector<KeyPhase::Step>& steps) {
-        for (const KeyPhase::Step& step : steps) {
-            if (step.down)
-                keysDown.insert(step.code);
-            else
-                keysDown.erase(step.code);
-        }
-    }
-
-    HeldKeys held_;
-};
-
-const Hotkey copy{.modifiers = {cmd}, .key = "c"};
-const Hotkey paste{.modifiers = {shift, cmd}, .key = "v"};
-const Hotkey run{.modifiers = {shift}, .game = true};
-const Hotkey walk{.key = "w", .game = true};
-
-/// Presses and releases in every order, `more` of them.
-void expectNothingLeftDown(const Session& session, int more) {
-    Session lost = session;
-    lost.connectionLost();
-    ASSERT_TRUE(lost.keysDown.empty());
-    for (const Hotkey& hotkey : {copy, paste, run, walk}) {
-        for (const auto request : {&Session::down, &Session::up}) {
-            Session next = session;
-            (next.*request)(hotkey);
-            if (more > 0)
-                expectNothingLeftDown(next, more - 1);
-        }
-    }
-}
-
-TEST(HeldKeys, NoOrderOfRequestsLeavesAKeyDown) {
-    expectNothingLeftDown(Session(), 4);
 }
 
 } // namespace

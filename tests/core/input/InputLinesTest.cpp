@@ -154,6 +154,47 @@ TEST(InputDaemonWire, WritesLinesWithSortedKeysAndPlainSlashes) {
               R"({"code":2,"error":")" + kept + R"(","id":7})");
 }
 
+TEST(InputDaemonWire, WritesRequestsThatTheDaemonReads) {
+    const Strings argv{"hotkey", R"(["cmd","k"])"};
+    const auto line = InputDaemonWire::request(7, argv);
+    EXPECT_EQ(line, R"({"argv":["hotkey","[\"cmd\",\"k\"]"],"id":7})");
+    EXPECT_EQ(InputDaemonWire::parse(line.value()), (Request{.id = 7, .argv = argv}));
+    for (const Strings& refused :
+         {Strings{}, Strings{"reboot"}, Strings{"ping", "\xFF"}, Strings{"ping", times(16385, "x")},
+          Strings{"ping", "1", "2", "3", "4"}, Strings(4, times(16384, "\""))})
+        EXPECT_FALSE(InputDaemonWire::request(7, refused)) << refused.size();
+    for (const std::int64_t id : {std::int64_t{0}, std::int64_t{1} << 53})
+        EXPECT_FALSE(InputDaemonWire::request(id, argv)) << id;
+}
+
+TEST(InputDaemonWire, TheHostReadsWhatTheDaemonWrites) {
+    using InputDaemonWire::Response;
+    const auto ready = InputDaemonWire::parseReady(InputDaemonWire::ready());
+    ASSERT_TRUE(ready);
+    EXPECT_EQ(ready->protocol, 1);
+    EXPECT_TRUE(std::ranges::equal(ready->verbs, InputDaemonWire::verbs));
+    EXPECT_EQ(InputDaemonWire::parseReady(R"({"type":"ready","protocol":2,"verbs":["x"],"y":1})"),
+              (InputDaemonWire::Ready{.protocol = 2, .verbs = {"x"}}));
+    expectRefused(InputDaemonWire::parseReady, {"", "[]", InputDaemonWire::response(1, 0)});
+    expectRefused(InputDaemonWire::parseReady, "{#}",
+                  words(R"("protocol":1,"verbs":[] "type":"Ready","protocol":1,"verbs":[]
+                           "type":"ready","verbs":[] "type":"ready","protocol":1
+                           "type":"ready","protocol":true,"verbs":[]
+                           "type":"ready","protocol":1,"verbs":["ping",1])"));
+
+    const auto answer = InputDaemonWire::parseResponse;
+    EXPECT_EQ(answer(InputDaemonWire::response(7, 0, "x")), (Response{.id = 7}));
+    EXPECT_EQ(answer(InputDaemonWire::response(7, INT32_MIN, "no")),
+              (Response{.id = 7, .code = INT32_MIN, .error = "no"}));
+    EXPECT_EQ(answer(R"({"id":9007199254740991,"code":3,"more":[]})"),
+              (Response{.id = 9007199254740991, .code = 3}));
+    expectRefused(answer, {"", "[]", "{}", InputDaemonWire::ready(), R"({"id":1,"code":0}x)"});
+    expectRefused(answer, R"({"id":#})",
+                  words(R"(0,"code":0 -1,"code":0 9007199254740992,"code":0 1.0,"code":0
+                           "1","code":0 1 1,"code":2147483648 1,"code":true
+                           1,"code":1,"error":5)"));
+}
+
 TEST(InputDaemonWire, ServesWhatDoesNotEndTheSession) {
     constexpr std::string_view endings[] = {"lock", "sleep", "shutdown", "restart"};
     for (const ControlCommand::Kind kind : allCases<ControlCommand::Kind>) {

@@ -44,6 +44,30 @@ TEST(TypeTextRequest, RefusesEverythingElse) {
                   {"", R"(\ud83d)", "\xFF", "\n", times(501, "x"), times(250, "😀") + "x"});
 }
 
+TEST(TypeTextRequest, IsMadeOfAnyTextInAsManyAsItTakes) {
+    const std::string tall = "e" + times(600, "\u0301"); // one character of 601 units
+    const std::pair<std::string, Strings> cases[] = {
+        {"", {}},
+        {std::string("\x1B\0\x7F", 3), {}},
+        {"a\x1B[1m\tb\r\n\xFF", {"a[1m\tb\r\n\uFFFD"}},
+        {times(500, "x"), {times(500, "x")}},
+        {times(1024, "x"), {times(500, "x"), times(500, "x"), times(24, "x")}},
+        {times(251, "😀"), {times(250, "😀"), "😀"}},
+        {times(499, "x") + "\r\ny", {times(499, "x"), "\r\ny"}},
+        {times(499, "x") + "e\u0301", {times(499, "x"), "e\u0301"}},
+        {tall, {"e" + times(499, "\u0301"), times(101, "\u0301")}},
+        {times(200, "\""), {times(200, "\"")}},
+    };
+    for (const auto& [text, pieces] : cases) {
+        Strings made;
+        for (const TypeTextRequest& request : TypeTextRequest::ofText(text)) {
+            EXPECT_EQ(TypeTextRequest::parse(encodeJson(request).value()), request) << text;
+            made.push_back(request.text);
+        }
+        EXPECT_EQ(made, pieces) << text;
+    }
+}
+
 using Button = MouseClickRequest::Button;
 
 const std::string padded = R"({"button":"left"#})"; // 17 bytes and the padding

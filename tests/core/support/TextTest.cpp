@@ -36,6 +36,12 @@ std::optional<std::pair<char32_t, std::size_t>> decoded(std::string_view text) {
     return std::pair(value, ones);
 }
 
+TEST(Text, TurnsIntoUtf16) {
+    EXPECT_EQ(Text::utf16("e\u0301\u20AC\uFFFF\U00010000😀\U0010FFFF"),
+              u"e\u0301\u20AC\uFFFF\U00010000😀\U0010FFFF");
+    EXPECT_EQ(Text::utf16("a\xFF\xED\xA0\x80"), u"a\uFFFD\uFFFD\uFFFD\uFFFD");
+}
+
 TEST(Text, ReadsEveryFirstAndSecondByteAsTheEncodingHasThem) {
     for (int first = 0; first < 256; ++first) {
         for (int second = 0; second < 256; ++second) {

@@ -68,6 +68,16 @@ TEST(ArrangePolicy, LeavesPromptsAndTheProductAloneAndWantsTheSameProcess) {
     EXPECT_FALSE(ArrangePolicy::identityMatches(target, "a.c", "/A.app", 123));
 }
 
+TEST(AppTarget, ReadsBackTheStartThatThePhoneWasTold) {
+    for (const auto time : {std::optional<std::int64_t>(), {0}, {-5}, {1}, {INT64_MAX}}) {
+        const auto target = AppTarget::parse(Strings{"501", "a.b", AppTarget::startedText(time)});
+        ASSERT_TRUE(target);
+        EXPECT_EQ(target->started.has_value(), time > 0);
+        EXPECT_TRUE(ArrangePolicy::identityMatches(*target, "a.b", {}, time));
+        EXPECT_NE(ArrangePolicy::identityMatches(*target, "a.b", {}, 7), time > 0);
+    }
+}
+
 TEST(FramePlan, ShrinksFirstAndMovesTwice) {
     const auto from = [&](std::optional<WindowBounds> now, bool resizable = true) {
         return FramePlan::steps(now, {10, 20, 400, 700}, resizable);

@@ -1,3 +1,5 @@
+#include "core/windows/WindowList.h"
+
 #include "core/windows/CGWindowRow.h"
 #include "core/windows/WindowFilter.h"
 #include "core/windows/WindowPrivacy.h"
@@ -91,6 +93,36 @@ TEST(WindowPrivacy, HidesHoweverNamesAndTitlesAreSpelt) {
     }
     EXPECT_TRUE(WindowPrivacy::isPrivate({}, "incognito"));
     EXPECT_FALSE(WindowPrivacy::isPrivate({}, {}));
+}
+
+TEST(WindowList, TellsOfKeptWindowsOnlyAndOfTheFrontOneAmongThem) {
+    std::vector<CGWindowRow> rows(
+        5, {.pid = 9, .owner = "App", .bounds = {0, 0, 60, 60}, .onScreen = true});
+    for (std::uint32_t i = 0; i < rows.size(); ++i)
+        rows[i].id = i + 1;
+    rows[0].layer = 25; // its menu is in front of it
+    rows[1].onScreen = false;
+    rows[2].title = "t";
+    rows[4].pid = 8;
+    const auto owner = [](std::int32_t pid) -> WindowList::Owner {
+        if (pid == 8)
+            return {.isRegularApp = true, .startTime = -1};
+        return {.bundleId = "a.b", .isRegularApp = true, .startTime = INT64_MAX};
+    };
+    const auto records = WindowList::records(rows, 4, 9, owner);
+    ASSERT_EQ(records.size(), 4U);
+    EXPECT_EQ(records[1], (WindowRecord{.id = 3,
+                                        .pid = 9,
+                                        .app = "App",
+                                        .appId = "a.b",
+                                        .title = "t",
+                                        .bounds = {0, 0, 60, 60},
+                                        .onScreen = true,
+                                        .front = true,
+                                        .started = "9223372036854775807"}));
+    EXPECT_FALSE(records[0].front || records[2].front || records[3].front);
+    EXPECT_EQ(records[3].appId + records[3].title + records[3].started, "-");
+    EXPECT_EQ(WindowList::records(rows, 9, 9, owner).size(), 1U);
 }
 
 TEST(WindowRecord, IsWrittenForThePhone) {

@@ -1,0 +1,59 @@
+#include "core/input/HotkeyPlan.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace velmo::HotkeyPlan {
+
+namespace {
+
+using Steps = std::vector<KeyPhase::Step>;
+
+std::optional<LayoutKeySearch::Match> inLayout(const Hotkey& hotkey,
+                                               const LayoutKeySearch::Translate& translate) {
+    const bool isPlace = hotkey.game && hotkey.modifiers.empty();
+    if (isPlace || !hotkey.typesCharacter())
+        return std::nullopt;
+    for (const auto codes : {LayoutKeySearch::typingBlock, LayoutKeySearch::everyKey}) {
+        if (auto match = LayoutKeySearch::find(hotkey.key, hotkey.modifiers, codes, translate))
+            return match;
+    }
+    return std::nullopt;
+}
+
+Steps released(const HeldKeys::Press& press, std::span<const HotkeyModifier> others) {
+    return KeyPhase::steps(KeyPhase::up, press.modifiers, press.code, others);
+}
+
+} // namespace
+
+Chord chord(const Hotkey& hotkey, const LayoutKeySearch::Translate& translate) {
+    if (const auto match = inLayout(hotkey, translate))
+        return {.modifiers = hotkey.pressModifiers(match->extra), .code = match->code};
+    return {.modifiers = hotkey.modifiers, .code = hotkey.ansiCode()};
+}
+
+std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
+                                  const LayoutKeySearch::Translate& translate, HeldKeys& held) {
+    if (phase == KeyPhase::up) {
+        const auto press = held.take(hotkey);
+        return press ? released(*press, held.modifiers()) : Steps();
+    }
+    const auto [modifiers, code] = chord(hotkey, translate);
+    if (phase == KeyPhase::tap)
+        return KeyPhase::steps(phase, modifiers, code, held.modifiers());
+
+    held.take(hotkey); // a repeated press must not take its own modifiers for another's
+    const auto others = held.modifiers();
+    held.pressed(hotkey, {.modifiers = KeyPhase::fresh(modifiers, others), .code = code});
+    return KeyPhase::steps(phase, modifiers, code, others);
+}
+
+std::vector<KeyPhase::Step> releases(std::span<const std::string> keys, HeldKeys& held) {
+    Steps all;
+    while (const auto next = held.takeRelease(keys))
+        std::ranges::move(released(next->press, next->others), std::back_inserter(all));
+    return all;
+}
+
+} // namespace velmo::HotkeyPlan

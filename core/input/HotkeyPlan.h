@@ -1,0 +1,47 @@
+#pragma once
+
+#include "core/input/HeldKeys.h"
+#include "core/input/Hotkey.h"
+#include "core/input/KeyPhase.h"
+#include "core/input/LayoutKeySearch.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+/// Goes from a hot key to the events to post, on the keyboard layout that the user has, and keeps
+/// the book of what is down. This is all that the verbs "hotkey", "key-down", "key-up" and
+/// "release-all" ask of whoever posts events; `EventFlags::of` has the flags of each.
+namespace velmo::HotkeyPlan {
+
+/// The keys that a hot key is on a keyboard.
+struct Chord {
+    std::vector<HotkeyModifier> modifiers; ///< in the order of pressing
+    std::optional<std::uint16_t> code;     ///< virtual key code; absent for modifiers only
+
+    bool operator==(const Chord&) const = default;
+};
+
+/// Finds the keys of a hot key. One that types a character is the key that gives it in the layout:
+/// cmd+a is code 12 on a French keyboard, whose A is where a US one has Q. If no key gives it, as
+/// in a layout of another script, it is the key in that place on a US keyboard, which is where such
+/// layouts have their shortcuts. Every other key has one place in all layouts.
+///
+/// A bare key of game mode is always the key in its place on a US keyboard: "w" is code 13, above
+/// "s", whatever it types there. With a modifier it types a character in game mode too.
+Chord chord(const Hotkey& hotkey, const LayoutKeySearch::Translate& translate);
+
+/// Returns the events of a tap, a press or a release in the order in which to post them. A press is
+/// put into the book; a release takes it out again and lets go of exactly what was put down then,
+/// even if the layout has changed, and of nothing if the book has no such press. A tap leaves the
+/// book as it is.
+std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
+                                  const LayoutKeySearch::Translate& translate, HeldKeys& held);
+
+/// Returns the events that release every press of the keys, or every press there is if no key is
+/// named, the most recent first. A modifier goes up with the press that put it down.
+std::vector<KeyPhase::Step> releases(std::span<const std::string> keys, HeldKeys& held);
+
+} // namespace velmo::HotkeyPlan
