@@ -6,6 +6,7 @@ set(CMAKE_SYSTEM_PROCESSOR arm64)
 
 set(CMAKE_C_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-cc)
 set(CMAKE_CXX_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-c++)
+set(CMAKE_OBJC_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-cc)
 set(CMAKE_OBJCXX_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-c++)
 set(CMAKE_AR ${CMAKE_CURRENT_LIST_DIR}/zig-ar)
 set(CMAKE_RANLIB ${CMAKE_CURRENT_LIST_DIR}/zig-ranlib)
@@ -28,6 +29,7 @@ set(CMAKE_FIND_FRAMEWORK NEVER)
 
 # As a system's folder: what it declares is not held against our warnings.
 set(CMAKE_CXX_FLAGS_INIT "-isystem ${CMAKE_CURRENT_LIST_DIR}/include")
+set(CMAKE_OBJC_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 set(CMAKE_OBJCXX_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 set(stubs ${CMAKE_CURRENT_LIST_DIR}/stubs)
 # Unlike a Mac's, this linker drops what nobody calls unless told otherwise. -S leaves out where the
@@ -35,4 +37,5 @@ set(stubs ${CMAKE_CURRENT_LIST_DIR}/stubs)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${stubs} -L${stubs} -Wl,--no-gc-sections -Wl,-S")
 # On a Mac Foundation brings it along.
 set(CMAKE_CXX_STANDARD_LIBRARIES_INIT -lobjc)
+set(CMAKE_OBJC_STANDARD_LIBRARIES_INIT -lobjc)
 set(CMAKE_OBJCXX_STANDARD_LIBRARIES_INIT -lobjc)

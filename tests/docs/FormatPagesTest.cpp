@@ -1,8 +1,10 @@
 #include "core/clipboard/ClipboardReply.h"
 #include "core/clipboard/ClipboardWatchLine.h"
 #include "core/clipboard/ClipboardWrite.h"
+#include "core/input/Hotkey.h"
 #include "core/input/InputDaemonWire.h"
 #include "core/input/InputMessage.h"
+#include "core/power/PowerService.h"
 #include "core/probes/SignatureRenderer.h"
 #include "core/terminal/AttachTicket.h"
 #include "core/terminal/AttachWire.h"
@@ -12,6 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -101,6 +105,44 @@ TEST(FormatPages, LinesAndBodiesAreRead) {
     const auto png = SignatureRenderer::png(body->strokes, true);
     EXPECT_EQ(Bytes(png->begin() + 16, png->begin() + 26),
               bytesIn(blocks("signature-body", "hex").back()));
+}
+
+/// The words of a block, which stand between blanks and line feeds.
+std::vector<std::string> wordsOf(const std::string& page, const std::string& kind) {
+    std::istringstream block(example(page, kind));
+    return {std::istream_iterator<std::string>(block), {}};
+}
+
+TEST(FormatPages, TheInputDaemonsKeysAndModifiersAreAllNamed) {
+    const auto keys = wordsOf("input-daemon", "keys");
+    EXPECT_EQ(std::multiset(keys.begin(), keys.end()), [] {
+        std::multiset<std::string> names;
+        for (const AnsiKey& key : Hotkey::keys)
+            names.emplace(key.name);
+        return names;
+    }());
+    std::istringstream lines(example("input-daemon", "modifiers"));
+    for (const HotkeyModifier modifier : allCases<HotkeyModifier>) {
+        std::string line;
+        std::getline(lines, line);
+        EXPECT_TRUE(line.starts_with(rawText(modifier))) << line;
+        std::istringstream names(line);
+        for (std::string name; names >> name;)
+            EXPECT_EQ(parseHotkeyModifier(name), modifier) << name;
+    }
+    const auto request = blocks("input-daemon", "json").back();
+    EXPECT_EQ(InputDaemonWire::request(7, InputDaemonWire::parse(request)->argv.value()).value()
+                  + '\n',
+              request);
+    EXPECT_EQ(InputDaemonWire::parseResponse(hexExample("input-daemon")),
+              (InputDaemonWire::Response{.id = 7}));
+    EXPECT_TRUE(InputDaemonWire::parseReady(example("input-daemon", "json")));
+}
+
+TEST(FormatPages, TheDaemonsRequirementIsGiven) {
+    const auto given = blocks("power-service", "requirement");
+    ASSERT_EQ(given.size(), 1U);
+    EXPECT_EQ(powerDaemonRequirement("TEAM").value() + '\n', given[0]);
 }
 
 TEST(FormatPages, ClipboardBodiesAreReadAndWritten) {

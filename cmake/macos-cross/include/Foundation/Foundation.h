@@ -6,6 +6,11 @@
 
 #import <objc/NSObject.h>
 
+// NSObjCRuntime.h, macOS 10.10; the Swift names 10.11
+#define NS_ASSUME_NONNULL_BEGIN _Pragma("clang assume_nonnull begin")
+#define NS_ASSUME_NONNULL_END _Pragma("clang assume_nonnull end")
+#define NS_SWIFT_NAME(name) __attribute__((swift_name(#name)))
+
 // NSString.h, macOS 10.0
 typedef NSUInteger NSStringEncoding;
 
@@ -15,6 +20,8 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (instancetype)initWithBytes:(const void*)bytes
                        length:(NSUInteger)length
                      encoding:(NSStringEncoding)encoding;
++ (instancetype)stringWithFormat:(NSString*)format, ...;
+@property(readonly) const char* UTF8String;
 @end
 
 // NSException.h, macOS 10.0
