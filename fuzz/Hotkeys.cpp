@@ -38,8 +38,7 @@ std::vector<std::string> argumentsOf(const Hotkey& hotkey) {
 
 /// A tap is a press and its release, and leaves the same modifiers down as before.
 void requirePlan(const Hotkey& hotkey, std::span<const HotkeyModifier> held) {
-    const auto* key = findKey(Hotkey::keys, hotkey.key);
-    const auto code = key == nullptr ? std::nullopt : std::optional(key->code);
+    const auto code = hotkey.ansiCode();
     auto steps = KeyPhase::steps(KeyPhase::down, hotkey.modifiers, code, held);
     std::ranges::move(KeyPhase::steps(KeyPhase::up, hotkey.modifiers, code, held),
                       std::back_inserter(steps));

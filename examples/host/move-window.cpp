@@ -50,16 +50,18 @@ int main() {
     for (const WindowRecord& record : windows)
         Output::print(record, [](std::string_view line) { std::cout << line; });
 
-    // The phone picks the front window. What it sends back are words, which are read as strictly.
+    // The phone picks the front window, and sends words back. They are read as strictly as any.
     const auto front = std::ranges::find(windows, true, &WindowRecord::front);
     if (front == windows.end())
         return 1;
     const DisplayRecord display{.work = {.x = 0, .y = 25, .width = 1440, .height = 800}};
     const auto number = [](double points) { return std::to_string(std::int64_t(points)); };
-    const auto request = FrameRequest::parse(std::vector<std::string>{
-        std::to_string(front->pid), front->appId, front->started, std::to_string(front->id),
-        number(display.work.x), number(display.work.y), number(display.work.width / 2),
-        number(display.work.height)});
+    const auto request = FrameRequest::parse(
+        std::vector{std::to_string(front->pid), front->appId, front->started,
+                    std::to_string(front->id), number(display.work.x), number(display.work.y),
+                    number(display.work.width / 2), number(display.work.height)});
+    if (!request)
+        return 1;
 
     const WindowMove::Services services{
         .process = [](std::int32_t) -> std::optional<WindowMove::Process> {
@@ -70,6 +72,6 @@ int main() {
         .isResizable = [](std::size_t) { return true; },
         .apply = [](std::size_t, const FramePlan::Step& step) { apply(step); },
         .bounds = [](std::size_t) { return window.bounds; }};
-    const auto moved = WindowMove::perform(request.value(), services);
+    const auto moved = WindowMove::perform(*request, services);
     std::cout << (moved ? encodeJson(*moved).value() : std::string(rawText(moved.error()))) << '\n';
 }

@@ -93,6 +93,8 @@ TEST(FormatPages, LinesAndBodiesAreRead) {
     EXPECT_EQ(InputDaemonWire::parse(blocks("input-daemon", "json").back())->argv,
               (std::vector<std::string>{"hotkey", R"(["cmd","k"])"}));
     EXPECT_EQ(InputDaemonWire::response(7, 0), hexExample("input-daemon"));
+    EXPECT_TRUE(InputDaemonWire::parseReady(example("input-daemon", "json")));
+    EXPECT_TRUE(InputDaemonWire::parseResponse(hexExample("input-daemon")));
 
     EXPECT_EQ(CallLine::parse(example("power-service", "json")),
               (CallLine{.call = PowerCall::hold, .batteryFloor = 20}));
@@ -107,42 +109,29 @@ TEST(FormatPages, LinesAndBodiesAreRead) {
               bytesIn(blocks("signature-body", "hex").back()));
 }
 
-/// The words of a block, which stand between blanks and line feeds.
-std::vector<std::string> wordsOf(const std::string& page, const std::string& kind) {
-    std::istringstream block(example(page, kind));
-    return {std::istream_iterator<std::string>(block), {}};
+std::set<std::string> wordsOf(const std::string& block) {
+    std::istringstream words(block);
+    return {std::istream_iterator<std::string>(words), {}};
 }
 
 TEST(FormatPages, TheInputDaemonsKeysAndModifiersAreAllNamed) {
-    const auto keys = wordsOf("input-daemon", "keys");
-    EXPECT_EQ(std::multiset(keys.begin(), keys.end()), [] {
-        std::multiset<std::string> names;
-        for (const AnsiKey& key : Hotkey::keys)
-            names.emplace(key.name);
-        return names;
-    }());
+    std::set<std::string> keys;
+    for (const AnsiKey& key : Hotkey::keys)
+        keys.emplace(key.name);
+    EXPECT_EQ(wordsOf(example("input-daemon", "keys")), keys);
     std::istringstream lines(example("input-daemon", "modifiers"));
     for (const HotkeyModifier modifier : allCases<HotkeyModifier>) {
         std::string line;
         std::getline(lines, line);
         EXPECT_TRUE(line.starts_with(rawText(modifier))) << line;
-        std::istringstream names(line);
-        for (std::string name; names >> name;)
+        for (const std::string& name : wordsOf(line))
             EXPECT_EQ(parseHotkeyModifier(name), modifier) << name;
     }
-    const auto request = blocks("input-daemon", "json").back();
-    EXPECT_EQ(InputDaemonWire::request(7, InputDaemonWire::parse(request)->argv.value()).value()
-                  + '\n',
-              request);
-    EXPECT_EQ(InputDaemonWire::parseResponse(hexExample("input-daemon")),
-              (InputDaemonWire::Response{.id = 7}));
-    EXPECT_TRUE(InputDaemonWire::parseReady(example("input-daemon", "json")));
 }
 
 TEST(FormatPages, TheDaemonsRequirementIsGiven) {
-    const auto given = blocks("power-service", "requirement");
-    ASSERT_EQ(given.size(), 1U);
-    EXPECT_EQ(powerDaemonRequirement("TEAM").value() + '\n', given[0]);
+    EXPECT_EQ(powerDaemonRequirement("TEAM").value() + '\n',
+              example("power-service", "requirement"));
 }
 
 TEST(FormatPages, ClipboardBodiesAreReadAndWritten) {

@@ -4,7 +4,6 @@
 #include "core/input/InputDaemonWire.h"
 #include "core/input/MessageKey.h"
 #include "tests/Texts.h"
-#include "tests/core/input/Steps.h"
 
 #include <map>
 #include <set>
@@ -14,6 +13,34 @@ namespace {
 
 using enum HotkeyModifier;
 using HotkeyPlan::Chord;
+using Modifiers = std::vector<HotkeyModifier>;
+
+/// " +21:cs" is key 21 going down while cmd and shift are down, by their first letters.
+std::string spelt(const std::vector<KeyPhase::Step>& steps) {
+    std::string text;
+    for (const KeyPhase::Step& step : steps) {
+        text += (step.down ? " +" : " -") + std::to_string(step.code) + ":";
+        for (const HotkeyModifier modifier : step.held)
+            text += rawText(modifier)[0];
+    }
+    return text;
+}
+
+TEST(KeyPhase, ATapIsAPressAndItsRelease) {
+    const auto expect = [](const Modifiers& modifiers, std::optional<std::uint16_t> key,
+                           const Modifiers& others, const std::string& down,
+                           const std::string& up) {
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::down, modifiers, key, others)), down);
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::up, modifiers, key, others)), up);
+        EXPECT_EQ(spelt(KeyPhase::steps(KeyPhase::tap, modifiers, key, others)), down + up);
+    };
+    expect({cmd, shift}, 21, {}, " +55:c +56:cs +21:cs", " -21:cs -56:c -55:");
+    expect({fn, alt, cmd}, 8, {shift, alt}, " +63:saf +55:safc +8:safc", " -8:safc -55:saf -63:sa");
+    expect({shift}, {}, {}, " +56:s", " -56:");
+    expect({cmd}, {}, {cmd}, "", "");
+    // A modifier that was listed twice goes down twice and is up after its first release.
+    expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
+}
 
 /// Some keys of a French keyboard: what each gives in the states none, shift, option, both. 81 and
 /// 84 are on the numeric keypad, and the only key for "=" is there.
@@ -28,7 +55,7 @@ std::optional<std::string> french(std::uint16_t code, LayoutState state) {
     return key->second.at(static_cast<std::size_t>(state.rawValue));
 }
 
-Hotkey game(const std::string& key, std::vector<HotkeyModifier> modifiers = {}) {
+Hotkey game(const std::string& key, Modifiers modifiers = {}) {
     return {.modifiers = std::move(modifiers), .key = key, .game = true};
 }
 
@@ -52,74 +79,66 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
 }
 
 /// A French keyboard, and an owner who carries requests out.
-class Desk {
-public:
-    std::string run(KeyPhase::Phase phase, const Hotkey& hotkey) {
-        return post(HotkeyPlan::steps(phase, hotkey, french, held_));
-    }
+struct Desk {
+    HeldKeys held;
+    std::set<std::uint16_t> keysDown;
 
-    std::string releaseAll(const Strings& argv) {
-        return post(HotkeyPlan::releases(InputDaemonWire::releaseKeys(argv).value(), held_));
+    std::string run(KeyPhase::Phase phase, const Hotkey& hotkey) {
+        return post(HotkeyPlan::steps(phase, hotkey, french, held));
     }
 
     void down(const Hotkey& hotkey) { run(KeyPhase::down, hotkey); }
 
-    void up(const Hotkey& hotkey) { run(KeyPhase::up, hotkey); }
+    std::string releaseAll(const std::string& names) {
+        const auto keys = InputDaemonWire::releaseKeys(Strings{"release-all", names});
+        return post(HotkeyPlan::releases(keys.value(), held));
+    }
 
-    void tap(const Hotkey& hotkey) { run(KeyPhase::tap, hotkey); }
-
-    std::multiset<std::uint16_t> keysDown;
-
-private:
     std::string post(const std::vector<KeyPhase::Step>& steps) {
         for (const KeyPhase::Step& step : steps) {
             keysDown.erase(step.code);
             if (step.down)
                 keysDown.insert(step.code);
         }
-        return speltSteps(steps);
+        return spelt(steps);
     }
-
-    HeldKeys held_;
 };
 
 TEST(HotkeyPlan, ReleaseAllLetsGoOfTheNamedKeysWhateverTheirModifiers) {
     Desk desk;
     desk.down(game("w", {shift}));
-    EXPECT_EQ(desk.releaseAll({"release-all", R"(["w"])"}), " -6:s -56:");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s -56:");
 
     desk.down(game("w"));
     desk.down(game("w", {shift}));
     desk.down({.modifiers = {cmd}, .key = "a"});
-    EXPECT_EQ(desk.releaseAll({"release-all", R"(["x"])"}), "");
-    EXPECT_EQ(desk.releaseAll({"release-all", R"(["W","x"])"}), " -6:cs -56:c -13:c");
-    EXPECT_EQ(desk.releaseAll({"release-all"}), " -12:c -55:");
+    EXPECT_EQ(desk.releaseAll(R"(["x"])"), "");
+    EXPECT_EQ(desk.releaseAll(R"(["W","x"])"), " -6:cs -56:c -13:c");
+    EXPECT_EQ(desk.releaseAll("[]"), " -12:c -55:");
 
     // A modifier that another press put down stays.
     desk.down(game("", {shift}));
     desk.down(game("w", {shift}));
-    desk.tap({.key = "tab"});
-    EXPECT_EQ(desk.releaseAll({"release-all", R"(["w"])"}), " -6:s");
-    EXPECT_EQ(desk.releaseAll({"release-all", R"(["nothing known"])"}), " -56:");
-    EXPECT_TRUE(desk.keysDown.empty());
+    EXPECT_EQ(desk.run(KeyPhase::tap, {.key = "tab"}), " +48:s -48:s");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s");
+    EXPECT_EQ(desk.releaseAll(R"(["nothing known"])"), " -56:");
 }
-
-const Hotkey copy{.modifiers = {cmd}, .key = "c"};
-const Hotkey paste{.modifiers = {shift, cmd}, .key = "v"};
-const Hotkey run = game("", {shift});
-const Hotkey walk = game("w");
 
 /// Makes requests in every order, `more` of them.
 void expectNothingLeftDown(const Desk& desk, int more) {
     Desk lost = desk;
-    lost.releaseAll({"release-all"});
-    ASSERT_TRUE(lost.keysDown.empty());
+    lost.releaseAll("[]");
+    ASSERT_TRUE(lost.keysDown.empty() && lost.held.isEmpty());
     if (more == 0)
         return;
-    for (const Hotkey& hotkey : {copy, paste, run, walk}) {
-        for (const auto request : {&Desk::down, &Desk::up}) {
+    const Hotkey requests[] = {{.modifiers = {cmd}, .key = "c"},
+                               {.modifiers = {shift, cmd}, .key = "v"},
+                               game("", {shift}),
+                               game("w")};
+    for (const Hotkey& hotkey : requests) {
+        for (const auto phase : {KeyPhase::down, KeyPhase::up}) {
             Desk next = desk;
-            (next.*request)(hotkey);
+            next.run(phase, hotkey);
             expectNothingLeftDown(next, more - 1);
         }
     }
@@ -134,7 +153,6 @@ TEST(EventFlags, AreThoseOfAKeyboard) {
         {{.code = 12, .held = {cmd, ctrl, alt, shift}}, 0x1E0000},
         {{.code = 12, .held = {fn, shift}}, 0x820000},
         {{.code = 123, .held = {ctrl}}, 0xA40000},
-        {{.code = 126}, 0xA00000},
         {{.code = 103, .held = {cmd}}, 0x900000}, // F11
         {{.code = 117}, 0x800000},                // delete
         {{.code = 51}, 0},                        // backspace

@@ -1,7 +1,5 @@
 #include "core/input/HeldKeys.h"
-#include "core/input/KeyPhase.h"
 #include "tests/Texts.h"
-#include "tests/core/input/Steps.h"
 
 #include <gmock/gmock.h>
 
@@ -114,22 +112,6 @@ TEST(Hotkey, TheLayoutAddsModifiersButNotToABareGameKey) {
 
 using testing::ElementsAre;
 using Press = HeldKeys::Press;
-
-TEST(KeyPhase, ATapIsAPressAndItsRelease) {
-    const auto expect = [](const Modifiers& modifiers, std::optional<std::uint16_t> key,
-                           const Modifiers& others, const std::string& down,
-                           const std::string& up) {
-        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::down, modifiers, key, others)), down);
-        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::up, modifiers, key, others)), up);
-        EXPECT_EQ(speltSteps(KeyPhase::steps(KeyPhase::tap, modifiers, key, others)), down + up);
-    };
-    expect({cmd, shift}, 21, {}, " +55:c +56:cs +21:cs", " -21:cs -56:c -55:");
-    expect({fn, alt, cmd}, 8, {shift, alt}, " +63:saf +55:safc +8:safc", " -8:safc -55:saf -63:sa");
-    expect({shift}, {}, {}, " +56:s", " -56:");
-    expect({cmd}, {}, {cmd}, "", "");
-    // A modifier that was listed twice goes down twice and is up after its first release.
-    expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
-}
 
 TEST(HeldKeys, TellsPressesApartByModifiersAndKey) {
     EXPECT_EQ(HeldKeys::id({.modifiers = {fn, shift, ctrl, alt, cmd}, .key = "x"}),

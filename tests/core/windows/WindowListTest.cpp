@@ -3,7 +3,6 @@
 #include "core/windows/CGWindowRow.h"
 #include "core/windows/WindowFilter.h"
 #include "core/windows/WindowPrivacy.h"
-#include "core/windows/WindowRecord.h"
 #include "tests/Texts.h"
 
 #include <gtest/gtest.h>
@@ -111,28 +110,13 @@ TEST(WindowList, TellsOfKeptWindowsOnlyAndOfTheFrontOneAmongThem) {
     };
     const auto records = WindowList::records(rows, 4, 9, owner);
     ASSERT_EQ(records.size(), 4U);
-    EXPECT_EQ(records[1], (WindowRecord{.id = 3,
-                                        .pid = 9,
-                                        .app = "App",
-                                        .appId = "a.b",
-                                        .title = "t",
-                                        .bounds = {0, 0, 60, 60},
-                                        .onScreen = true,
-                                        .front = true,
-                                        .started = "9223372036854775807"}));
+    EXPECT_EQ(encodeJson(records[1]),
+              R"({"app":"App","appId":"a.b","bounds":{"height":60,"width":60,"x":0,"y":0},)"
+              R"("front":true,"id":3,"minimized":false,"onScreen":true,"pid":9,)"
+              R"("started":"9223372036854775807","title":"t"})");
     EXPECT_FALSE(records[0].front || records[2].front || records[3].front);
     EXPECT_EQ(records[3].appId + records[3].title + records[3].started, "-");
     EXPECT_EQ(WindowList::records(rows, 9, 9, owner).size(), 1U);
-}
-
-TEST(WindowRecord, IsWrittenForThePhone) {
-    WindowRecord record{.id = 7, .pid = 9, .app = "App", .appId = "a.b", .title = "t"};
-    record.minimized = record.front = true;
-    record.started = "1";
-    EXPECT_EQ(encodeJson(record),
-              R"({"app":"App","appId":"a.b","bounds":{"height":0,"width":0,"x":0,"y":0},)"
-              R"("front":true,"id":7,"minimized":true,"onScreen":false,"pid":9,"started":"1",)"
-              R"("title":"t"})");
 }
 
 } // namespace
