@@ -21,7 +21,7 @@ constexpr auto targetFields() {
 /// when the request arrives, another process may have it.
 struct TargetRequest {
     std::int32_t pid = 0;
-    std::string appId;                  ///< bundle identifier or bundle path
+    std::string appId; ///< bundle identifier or bundle path
     /// The start time that the phone saw, 1 to 20 digits in the host's own unit; a request without
     /// one leaves the argument out, and is taken for any process of that number and identity.
     std::optional<std::string> started;

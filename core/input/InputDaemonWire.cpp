@@ -44,8 +44,8 @@ std::optional<Request> parse(std::string_view line) {
     return Request{.id = *id, .argv = {}};
 }
 
-std::optional<std::string> request(std::int64_t id, std::span<const std::string> argv) {
-    const Request made{.id = id, .argv = std::vector(argv.begin(), argv.end())};
+std::optional<std::string> request(std::int64_t id, std::vector<std::string> argv) {
+    const Request made{.id = id, .argv = std::move(argv)};
     std::string text = line(made);
     return parse(text) == made ? std::optional(std::move(text)) : std::nullopt;
 }

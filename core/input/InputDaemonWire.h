@@ -52,7 +52,7 @@ std::optional<Request> parse(std::string_view line);
 
 /// Returns the line of a request as the host writes it, or nothing if `parse` would not read it
 /// back. What the arguments of a verb may be is for the daemon to judge.
-std::optional<std::string> request(std::int64_t id, std::span<const std::string> argv);
+std::optional<std::string> request(std::int64_t id, std::vector<std::string> argv);
 
 /// What the daemon writes once, before it reads requests.
 struct Ready {

@@ -20,8 +20,8 @@ struct FrameRequest {
     WindowBounds frame; ///< whole points
 
     /// The ninth argument was given: an arrangement asks for the frame, not a person's hand. That
-    /// changes no check and no step. The caller does not raise the window, and tells nobody if it
-    /// did not land.
+    /// changes no check and no step; but a caller that raises a window that a person moved does not
+    /// raise this one, and tells nobody if it did not land.
     bool auto_ = false;
 
     /// Reads the three arguments of an `AppTarget`, a window number (`WindowArgs::windowId`), x and

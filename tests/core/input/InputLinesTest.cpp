@@ -156,7 +156,7 @@ TEST(InputDaemonWire, WritesLinesWithSortedKeysAndPlainSlashes) {
 
 TEST(InputDaemonWire, WritesRequestsThatTheDaemonReads) {
     const Strings argv{"hotkey", R"(["cmd","k"])"};
-    const auto line = InputDaemonWire::request(7, argv);
+    const auto line = InputDaemonWire::request(7, {"hotkey", R"(["cmd","k"])"});
     EXPECT_EQ(line, R"({"argv":["hotkey","[\"cmd\",\"k\"]"],"id":7})");
     EXPECT_EQ(InputDaemonWire::parse(line.value()), (Request{.id = 7, .argv = argv}));
     for (const Strings& refused :
