@@ -84,27 +84,35 @@ public:
         return required;
     }
 
+    // The thread that uses the client has no pool of its own, and a proxy is autoreleased.
+
     void hold(std::int64_t batteryFloor, HoldReply reply) override {
         const auto answer = posted(
             [reply = std::move(reply)](bool ok, const std::string& reason) { reply(ok, reason); });
-        [daemon(whenLost()) holdWithBatteryFloor:batteryFloor
-                                           reply:^(BOOL ok, NSString* reason) {
-                                             answer(ok, textOf(reason));
-                                           }];
+        @autoreleasepool {
+            [daemon(whenLost()) holdWithBatteryFloor:batteryFloor
+                                               reply:^(BOOL ok, NSString* reason) {
+                                                 answer(ok, textOf(reason));
+                                               }];
+        }
     }
 
     void heartbeat(Reply reply) override {
         const auto answer = posted(std::move(reply));
-        [daemon(whenLost()) heartbeatWithReply:^(BOOL ok) {
-          answer(ok);
-        }];
+        @autoreleasepool {
+            [daemon(whenLost()) heartbeatWithReply:^(BOOL ok) {
+              answer(ok);
+            }];
+        }
     }
 
     void release(Reply reply) override {
         const auto answer = posted(std::move(reply));
-        [daemon(whenLost()) releaseWithReply:^(BOOL ok) {
-          answer(ok);
-        }];
+        @autoreleasepool {
+            [daemon(whenLost()) releaseWithReply:^(BOOL ok) {
+              answer(ok);
+            }];
+        }
     }
 
     void report(ReportReply reply) override {
@@ -149,18 +157,22 @@ std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemonOver(NSXPCConnection* co
                                                              const std::string& requirement,
                                                              ClientContext context,
                                                              std::function<void()> onLost) {
-    const auto client =
-        std::make_shared<XpcPowerClient>(connection, std::move(context), std::move(onLost));
-    return client->open(requirement) ? client : nullptr;
+    @autoreleasepool {
+        const auto client =
+            std::make_shared<XpcPowerClient>(connection, std::move(context), std::move(onLost));
+        return client->open(requirement) ? client : nullptr;
+    }
 }
 
 std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemon(const std::string& requirement,
                                                          ClientContext context,
                                                          std::function<void()> onLost) {
-    return connectToPowerDaemonOver([[NSXPCConnection alloc]
-                                        initWithMachServiceName:stringFrom(powerDaemonMachService)
-                                                        options:NSXPCConnectionPrivileged],
-                                    requirement, std::move(context), std::move(onLost));
+    @autoreleasepool {
+        return connectToPowerDaemonOver(
+            [[NSXPCConnection alloc] initWithMachServiceName:stringFrom(powerDaemonMachService)
+                                                     options:NSXPCConnectionPrivileged],
+            requirement, std::move(context), std::move(onLost));
+    }
 }
 
 } // namespace velmo

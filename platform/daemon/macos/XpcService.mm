@@ -26,21 +26,24 @@
 
 - (BOOL)listener:(NSXPCListener*)listener
     shouldAcceptNewConnection:(NSXPCConnection*)newConnection {
-    const velmo::ClientId client{++_lastClient};
-    const velmo::UserId user{newConnection.effectiveUserIdentifier};
-    const auto connection = velmo::XpcConnection::of(newConnection, client, _log, _places);
-    const auto drop = [weak = std::weak_ptr(connection)] {
-        if (const auto alive = weak.lock())
-            alive->invalidate();
-    };
-    if (!_places->take(client, user, drop)) {
-        _log("a user has too many connections: refusing one");
+    // The system's threads empty their own pools when they have nothing to do.
+    @autoreleasepool {
+        const velmo::ClientId client{++_lastClient};
+        const velmo::UserId user{newConnection.effectiveUserIdentifier};
+        const auto connection = velmo::XpcConnection::of(newConnection, client, _log, _places);
+        const auto drop = [weak = std::weak_ptr(connection)] {
+            if (const auto alive = weak.lock())
+                alive->invalidate();
+        };
+        if (!_places->take(client, user, drop)) {
+            _log("a user has too many connections: refusing one");
+            return NO;
+        }
+        if (_guard->acceptConnection(connection))
+            return YES;
+        _places->leave(client);
         return NO;
     }
-    if (_guard->acceptConnection(connection))
-        return YES;
-    _places->leave(client);
-    return NO;
 }
 
 @end

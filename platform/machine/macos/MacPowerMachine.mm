@@ -25,7 +25,9 @@ std::optional<PowerSourceSnapshot> MacPowerMachine::powerSources() {
 }
 
 ThermalState MacPowerMachine::thermalState() {
-    return static_cast<ThermalState>(NSProcessInfo.processInfo.thermalState);
+    @autoreleasepool {
+        return static_cast<ThermalState>(NSProcessInfo.processInfo.thermalState);
+    }
 }
 
 std::optional<LidState> MacPowerMachine::lid() {
