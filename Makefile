@@ -48,7 +48,8 @@ mutate:
 	@scripts/setup build test
 	@scripts/mutate $(LISTS)
 
-# The Mac's executables; elsewhere by a cross build, which checks what a file can tell.
+# The Mac's executables; elsewhere by a cross build, which checks what a file can tell and runs them
+# on an emulated Mac.
 macos:
 	@scripts/macos
 

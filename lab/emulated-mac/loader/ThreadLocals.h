@@ -1,0 +1,12 @@
+#pragma once
+
+#include "lab/emulated-mac/loader/MachOFile.h"
+
+namespace velmo {
+
+/// Makes the executable's thread-local variables work: each descriptor in "__thread_vars" is a
+/// function, a key and an offset (<mach-o/loader.h>, dyld's threadLocalVariables.c). Compiled code
+/// calls the function with the descriptor and expects every register but the result's kept.
+void useThreadLocals(const MachOFile& file);
+
+} // namespace velmo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+/// The process itself: who runs it, its signals, its end.
+namespace velmo {
+
+/// The user that the process believes to be run by: EMULATED_UID, else 501, a Mac's first person.
+std::uint32_t emulatedUser();
+
+/// Calls back, on a thread of the system's own, for each signal of this number (Linux's), whether
+/// or not the process ignores it, as a kqueue's EVFILT_SIGNAL does.
+void watchSignal(int signal, std::function<void()> handler);
+
+/// From now on notes for each SIGUSR2, which the executables don't use, what is alive.
+void watchForLedgerRequests();
+
+/// Ends the process as `exit` does after `main` has returned: what was registered with atexit is
+/// called in reverse order, then what is left is noted.
+[[noreturn]] void exitAfterMain(int status);
+
+} // namespace velmo

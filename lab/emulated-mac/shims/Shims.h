@@ -1,0 +1,40 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+/// What stands in for the imports, by the name that the linker knows. Each table lists the shims of
+/// one library or framework, each with its function or variable.
+namespace velmo {
+
+struct Shim {
+    std::string_view import;
+    void* (*address)();
+};
+
+/// The address of a function or variable, for a row of a table.
+template<auto Symbol>
+void* address() {
+    return (void*)Symbol; // NOLINT: a function or a variable, const or not
+}
+
+using Shims = std::span<const Shim>;
+
+Shims coreFoundationShims();
+Shims dispatchShims();
+Shims foundationShims();
+Shims ioKitShims();
+Shims objectiveCShims();
+Shims securityShims();
+Shims systemEventShims();
+Shims systemFileShims();
+Shims systemProcessShims();
+Shims systemTextShims();
+Shims systemThreadShims();
+Shims unwindShims();
+Shims xpcShims();
+
+/// Returns null for an import without a shim.
+void* findShim(std::string_view import);
+
+} // namespace velmo

@@ -1,0 +1,189 @@
+/// libSystem's files and descriptors (<fcntl.h>, <sys/stat.h>, <unistd.h>).
+
+#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Machine.h"
+#include "lab/emulated-mac/shims/Process.h"
+#include "lab/emulated-mac/shims/Shims.h"
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+namespace velmo {
+
+namespace {
+
+/// XNU's <sys/stat.h>, struct stat with 64-bit inodes.
+struct DarwinStat {
+    std::int32_t device;
+    std::uint16_t mode;
+    std::uint16_t links;
+    std::uint64_t inode;
+    std::uint32_t user;
+    std::uint32_t group;
+    std::int32_t specialDevice;
+    timespec times[4]; ///< accessed, modified, changed, made
+    std::int64_t size;
+    std::int64_t blocks;
+    std::int32_t blockSize;
+    std::uint32_t flags;
+    std::uint32_t generation;
+    std::int32_t spare[5];
+};
+
+static_assert(sizeof(DarwinStat) == 144);
+
+/// What belongs to the user who runs the emulator belongs to the one whom the process believes to
+/// be.
+std::uint32_t emulatedOwner(uid_t owner) {
+    return owner == ::getuid() ? emulatedUser() : owner;
+}
+
+int fill(int result, const struct stat& status, DarwinStat* to) {
+    if (keepError(result) != 0)
+        return result;
+    *to = {.device = static_cast<std::int32_t>(status.st_dev),
+           .mode = static_cast<std::uint16_t>(status.st_mode),
+           .links = static_cast<std::uint16_t>(status.st_nlink),
+           .inode = status.st_ino,
+           .user = emulatedOwner(status.st_uid),
+           .group = status.st_gid,
+           .times = {status.st_atim, status.st_mtim, status.st_ctim, status.st_ctim},
+           .size = status.st_size,
+           .blocks = status.st_blocks,
+           .blockSize = static_cast<std::int32_t>(status.st_blksize)};
+    return 0;
+}
+
+int fileStatus(int file, DarwinStat* to) {
+    struct stat status{};
+    return fill(::fstat(file, &status), status, to);
+}
+
+int pathStatus(const char* path, DarwinStat* to) {
+    struct stat status{};
+    return fill(::stat(placeOf(path).c_str(), &status), status, to);
+}
+
+int linkStatus(const char* path, DarwinStat* to) {
+    struct stat status{};
+    return fill(::lstat(placeOf(path).c_str(), &status), status, to);
+}
+
+constexpr int darwinNoFollow = 0x20; // AT_SYMLINK_NOFOLLOW
+
+int statusIn(int folder, const char* name, DarwinStat* to, int flags) {
+    struct stat status{};
+    const int linuxFlags = (flags & darwinNoFollow) != 0 ? AT_SYMLINK_NOFOLLOW : 0;
+    return fill(::fstatat(folder, name, &status, linuxFlags), status, to);
+}
+
+extern "C" int emulatedOpen(const char* path, int flags, const std::uint32_t* rest) {
+    return keepError(::open(placeOf(path).c_str(), linuxOpenFlagsOf(flags), *rest));
+}
+
+extern "C" int emulatedOpenIn(int folder, const char* name, int flags, const std::uint32_t* rest) {
+    return keepError(::openat(folder, name, linuxOpenFlagsOf(flags), *rest));
+}
+
+/// XNU's <sys/fcntl.h>; 1 to 4 are the same.
+enum DarwinControl { setFlags = 4, getFlags = 3, fullSynchronize = 51, duplicateAndClose = 67 };
+
+extern "C" int emulatedControl(int file, int command, const int* rest) {
+    switch (command) {
+    case F_GETFD:
+    case F_SETFD:
+        return keepError(::fcntl(file, command, *rest));
+    case getFlags: {
+        const int flags = keepError(::fcntl(file, F_GETFL));
+        return flags == -1 ? -1 : darwinOpenFlagsOf(flags);
+    }
+    case setFlags:
+        return keepError(::fcntl(file, F_SETFL, linuxOpenFlagsOf(*rest)));
+    case fullSynchronize:
+        return keepError(::fsync(file));
+    case duplicateAndClose:
+        return keepError(::fcntl(file, F_DUPFD_CLOEXEC, *rest));
+    default:
+        endRun("a command of fcntl that has no case: " + std::to_string(command));
+    }
+}
+
+VELMO_VARIADIC(variadicOpen, 2, emulatedOpen);
+VELMO_VARIADIC(variadicOpenIn, 3, emulatedOpenIn);
+VELMO_VARIADIC(variadicControl, 2, emulatedControl);
+
+int makeFolder(const char* path, std::uint16_t mode) {
+    return keepError(::mkdir(placeOf(path).c_str(), mode));
+}
+
+ssize_t readLink(const char* path, char* to, std::size_t size) {
+    return keepError(::readlink(placeOf(path).c_str(), to, size));
+}
+
+int mayAccess(const char* path, int mode) {
+    return keepError(::access(placeOf(path).c_str(), mode));
+}
+
+char* realPath(const char* path, char* to) {
+    char* const found = ::realpath(placeOf(path).c_str(), to);
+    if (found == nullptr)
+        *darwinErrno() = darwinErrorOf(errno);
+    return found;
+}
+
+constexpr int darwinDescriptors = 8; // RLIMIT_NOFILE, <sys/resource.h>
+
+int getLimit(int resource, rlimit* limit) {
+    if (resource != darwinDescriptors)
+        endRun("a limit other than that of descriptors");
+    return keepError(::getrlimit(RLIMIT_NOFILE, limit));
+}
+
+int setLimit(int resource, const rlimit* limit) {
+    if (resource != darwinDescriptors)
+        endRun("a limit other than that of descriptors");
+    return keepError(::setrlimit(RLIMIT_NOFILE, limit));
+}
+
+constexpr auto shims = std::to_array<Shim>({
+    {"_access", address<mayAccess>},
+    {"_close", address<Translated<::close>::call>},
+    {"_fchmod", address<Translated<::fchmod>::call>},
+    {"_fcntl", address<variadicControl>},
+    {"_fstat", address<fileStatus>},
+    {"_fstatat", address<statusIn>},
+    {"_fsync", address<Translated<::fsync>::call>},
+    {"_getrlimit", address<getLimit>},
+    {"_isatty", address<::isatty>},
+    {"_lstat", address<linkStatus>},
+    {"_mkdir", address<makeFolder>},
+    {"_open", address<variadicOpen>},
+    {"_openat", address<variadicOpenIn>},
+    {"_pipe", address<Translated<::pipe>::call>},
+    {"_poll", address<Translated<::poll>::call>},
+    {"_read", address<Translated<::read>::call>},
+    {"_readlink", address<readLink>},
+    {"_realpath$DARWIN_EXTSN", address<realPath>},
+    {"_renameat", address<Translated<::renameat>::call>},
+    {"_setrlimit", address<setLimit>},
+    {"_stat", address<pathStatus>},
+    {"_unlinkat", address<Translated<::unlinkat>::call>},
+    {"_write", address<Translated<::write>::call>},
+});
+
+} // namespace
+
+Shims systemFileShims() {
+    return shims;
+}
+
+} // namespace velmo

@@ -1,0 +1,403 @@
+/// libSystem's processes and signals (<spawn.h>, <signal.h>, <stdlib.h>).
+
+#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Machine.h"
+#include "lab/emulated-mac/shims/ObjectiveC.h"
+#include "lab/emulated-mac/shims/Process.h"
+#include "lab/emulated-mac/shims/Shims.h"
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+extern char** environ;
+
+namespace velmo {
+
+namespace {
+
+constexpr std::uint32_t firstPerson = 501;
+
+} // namespace
+
+std::uint32_t emulatedUser() {
+    const auto user = setting("EMULATED_UID");
+    return user ? static_cast<std::uint32_t>(std::strtoul(user->c_str(), nullptr, 10))
+                : firstPerson;
+}
+
+// Children. The attributes are opaque on a Mac, one pointer each; what is set is kept behind it.
+
+namespace {
+
+/// XNU's <sys/spawn.h>.
+enum SpawnFlag {
+    setGroup = 0x2,
+    setDefaultSignals = 0x4,
+    setMask = 0x8,
+    closeUnnamed = 0x4000,
+};
+
+struct SpawnAttributes {
+    int flags = 0;
+    std::uint32_t defaults = 0; ///< a Darwin signal set: bit n - 1 for signal n
+    std::uint32_t mask = 0;
+};
+
+struct SpawnAction {
+    int from;
+    int to;
+};
+
+using SpawnActions = std::vector<SpawnAction>;
+
+int makeAttributes(SpawnAttributes** attributes) {
+    *attributes = new SpawnAttributes;
+    return 0;
+}
+
+int destroyAttributes(SpawnAttributes** attributes) {
+    delete *attributes;
+    return 0;
+}
+
+int setSpawnFlags(SpawnAttributes** attributes, std::int16_t flags) {
+    (*attributes)->flags = flags;
+    return 0;
+}
+
+int setSpawnDefaults(SpawnAttributes** attributes, const std::uint32_t* signals) {
+    (*attributes)->defaults = *signals;
+    return 0;
+}
+
+int setSpawnMask(SpawnAttributes** attributes, const std::uint32_t* signals) {
+    (*attributes)->mask = *signals;
+    return 0;
+}
+
+int makeActions(SpawnActions** actions) {
+    *actions = new SpawnActions;
+    return 0;
+}
+
+int destroyActions(SpawnActions** actions) {
+    delete *actions;
+    return 0;
+}
+
+int addDuplicate(SpawnActions** actions, int from, int to) {
+    (*actions)->push_back({from, to});
+    return 0;
+}
+
+void setUpSignals(const SpawnAttributes& attributes) {
+    sigset_t mask;
+    sigemptyset(&mask);
+    for (int signal = 1; signal < 32; ++signal) {
+        const std::uint32_t bit = 1U << (signal - 1);
+        if ((attributes.flags & setDefaultSignals) != 0 && (attributes.defaults & bit) != 0)
+            static_cast<void>(::signal(linuxSignalOf(signal), SIG_DFL));
+        if ((attributes.mask & bit) != 0)
+            sigaddset(&mask, linuxSignalOf(signal));
+    }
+    if ((attributes.flags & setMask) != 0)
+        ::pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+}
+
+/// posix_spawn(2): with the flag that closes, a descriptor survives only if an action names it as
+/// its target; one that is duplicated onto itself counts.
+void setUpDescriptors(const SpawnAttributes& attributes, const SpawnActions& actions) {
+    constexpr int highest = 1024;
+    for (const SpawnAction& action : actions) {
+        if (action.from == action.to)
+            ::fcntl(action.to, F_SETFD, 0);
+        else
+            ::dup2(action.from, action.to);
+    }
+    if ((attributes.flags & closeUnnamed) == 0)
+        return;
+    for (int file = 0; file < highest; ++file) {
+        if (std::ranges::none_of(actions, [&](const SpawnAction& each) { return each.to == file; }))
+            ::fcntl(file, F_SETFD, FD_CLOEXEC);
+    }
+}
+
+[[noreturn]] void becomeChild(const std::string& program, const SpawnAttributes& attributes,
+                              const SpawnActions& actions, char* const* arguments,
+                              char* const* environment, int errorPipe) {
+    if ((attributes.flags & setGroup) != 0)
+        ::setpgid(0, 0);
+    setUpSignals(attributes);
+    setUpDescriptors(attributes, actions);
+    ::fcntl(errorPipe, F_SETFD, FD_CLOEXEC);
+    ::execvpe(program.c_str(), arguments, environment);
+    const int error = errno;
+    static_cast<void>(!::write(errorPipe, &error, sizeof error));
+    ::_exit(127);
+}
+
+/// A real child: a program of this machine's, run under its own name.
+int spawn(pid_t* child, const char* program, SpawnActions* const* actions,
+          SpawnAttributes* const* attributes, char* const* arguments, char* const* environment) {
+    std::string words;
+    for (char* const* word = arguments; *word != nullptr; ++word)
+        words += std::string(word == arguments ? "" : " ") + *word;
+    note("runs " + words);
+    // High, out of the way of the descriptors that the actions name.
+    std::array<int, 2> errorPipe{};
+    if (::pipe2(errorPipe.data(), O_CLOEXEC) != 0)
+        return darwinErrorOf(errno);
+    const int writeEnd = ::fcntl(errorPipe[1], F_DUPFD_CLOEXEC, 512);
+    ::close(errorPipe[1]);
+    const std::string place = placeOf(program);
+    const pid_t made = ::fork();
+    if (made == 0)
+        becomeChild(place, **attributes, **actions, arguments, environment, writeEnd);
+    ::close(writeEnd);
+    int error = made < 0 ? errno : 0;
+    if (made > 0 && ::read(errorPipe[0], &error, sizeof error) > 0)
+        ::waitpid(made, nullptr, 0);
+    ::close(errorPipe[0]);
+    *child = made;
+    return error == 0 ? 0 : darwinErrorOf(error);
+}
+
+/// The status of a child that a signal ended tells the signal by its Linux number; those that the
+/// executables send or ask about are the same on both systems.
+pid_t waitFor(pid_t child, int* status, int options) {
+    return keepError(::waitpid(child, status, options));
+}
+
+int sendSignal(pid_t process, int signal) {
+    return keepError(::kill(process, linuxSignalOf(signal)));
+}
+
+// Signals. Linux drops an ignored signal before anybody sees it, so one that is watched has a
+// handler, and what the process asked for is kept beside it.
+
+struct SignalTable {
+    std::mutex mutex;
+    std::map<int, std::vector<std::function<void()>>> watchers;
+    std::array<std::atomic<void (*)(int)>, NSIG> handlers{};
+};
+
+SignalTable& signalTable() {
+    static auto& made = *new SignalTable;
+    return made;
+}
+
+std::array<int, 2> signalPipe{};
+
+void signalArrived(int signal) {
+    const int error = errno;
+    static_cast<void>(!::write(signalPipe[1], &signal, sizeof signal));
+    const auto handler = signalTable().handlers[static_cast<std::size_t>(signal)].load();
+    if (handler == SIG_DFL && signal != SIGUSR2 && signal != SIGCHLD) {
+        ::signal(signal, SIG_DFL);
+        ::raise(signal);
+    } else if (handler != SIG_DFL && handler != SIG_IGN) {
+        handler(darwinSignalOf(signal));
+    }
+    errno = error;
+}
+
+[[noreturn]] void callWatchers() {
+    int signal = 0;
+    while (::read(signalPipe[0], &signal, sizeof signal) == sizeof signal) {
+        std::vector<std::function<void()>> watchers;
+        {
+            const std::lock_guard lock(signalTable().mutex);
+            watchers = signalTable().watchers[signal];
+        }
+        for (const auto& watcher : watchers)
+            watcher();
+    }
+    endRun("the pipe of signals is broken");
+}
+
+void startWatching() {
+    if (::pipe2(signalPipe.data(), O_CLOEXEC) != 0)
+        endRun("no pipe for signals");
+    std::thread(callWatchers).detach();
+}
+
+void install(int signal, int linuxFlags) {
+    static std::once_flag once;
+    std::call_once(once, startWatching);
+    struct sigaction action{};
+    action.sa_handler = signalArrived;
+    action.sa_flags = linuxFlags;
+    ::sigaction(signal, &action, nullptr);
+}
+
+void (*setHandler(int signal, void (*handler)(int), int linuxFlags))(int) {
+    const int number = linuxSignalOf(signal);
+    const auto before = signalTable().handlers[static_cast<std::size_t>(number)].exchange(handler);
+    const std::lock_guard lock(signalTable().mutex);
+    const bool isPlain = handler == SIG_DFL || handler == SIG_IGN;
+    if (isPlain && !signalTable().watchers.contains(number))
+        static_cast<void>(::signal(number, handler));
+    else
+        install(number, linuxFlags);
+    return before;
+}
+
+void (*setSignal(int signal, void (*handler)(int)))(int) {
+    note("signal " + std::to_string(signal)
+         + (handler == SIG_IGN   ? " is ignored"
+            : handler == SIG_DFL ? " has its default"
+                                 : " has a handler"));
+    return setHandler(signal, handler, SA_RESTART);
+}
+
+/// XNU's <sys/signal.h>.
+struct DarwinAction {
+    void (*handler)(int);
+    std::uint32_t mask;
+    std::int32_t flags;
+};
+
+constexpr int darwinRestart = 0x2; // SA_RESTART
+
+int setAction(int signal, const DarwinAction* wanted, DarwinAction* before) {
+    const int flags = wanted != nullptr && (wanted->flags & darwinRestart) != 0 ? SA_RESTART : 0;
+    const auto previous =
+        wanted != nullptr
+            ? setHandler(signal, wanted->handler, flags)
+            : signalTable().handlers[static_cast<std::size_t>(linuxSignalOf(signal))].load();
+    if (before != nullptr)
+        *before = {.handler = previous, .mask = 0, .flags = 0};
+    return 0;
+}
+
+/// <sys/signal.h>: block is 1, unblock 2, set 3.
+int setThreadMask(int how, const std::uint32_t* wanted, std::uint32_t* before) {
+    sigset_t set;
+    sigset_t old;
+    sigemptyset(&set);
+    for (int signal = 1; wanted != nullptr && signal < 32; ++signal) {
+        if ((*wanted & (1U << (signal - 1))) != 0)
+            sigaddset(&set, linuxSignalOf(signal));
+    }
+    const int error = ::pthread_sigmask(how - 1, wanted == nullptr ? nullptr : &set, &old);
+    if (before != nullptr) {
+        *before = 0;
+        for (int signal = 1; signal < 32; ++signal)
+            *before |= sigismember(&old, linuxSignalOf(signal)) == 1 ? 1U << (signal - 1) : 0;
+    }
+    return error;
+}
+
+} // namespace
+
+void watchSignal(int signal, std::function<void()> handler) {
+    const std::lock_guard lock(signalTable().mutex);
+    signalTable().watchers[signal].push_back(std::move(handler));
+    install(signal, SA_RESTART);
+}
+
+void watchForLedgerRequests() {
+    watchSignal(SIGUSR2, [] { note("alive:" + objectLedger()); });
+}
+
+// The end.
+
+namespace {
+
+struct AtExit {
+    void (*function)(void*);
+    void* argument;
+};
+
+std::vector<AtExit>& registered() {
+    static auto& made = *new std::vector<AtExit>;
+    return made;
+}
+
+int registerAtExit(void (*function)(void*), void* argument, void* /*image*/) {
+    registered().push_back({function, argument});
+    return 0;
+}
+
+/// `_exit`: nothing is called, nothing flushed.
+[[noreturn]] void exitAtOnce(int status) {
+    note("_exit(" + std::to_string(status) + "), alive:" + objectLedger());
+    ::_exit(status);
+}
+
+[[noreturn]] void stackIsSmashed() {
+    misuse("the stack is smashed");
+}
+
+std::uint32_t user() {
+    note("getuid");
+    return emulatedUser();
+}
+
+/// No library lies where the executables would load one: that is how a Mac without it answers.
+void* openLibrary(const char* path, int /*mode*/) {
+    note(std::string("dlopen ") + (path == nullptr ? "(this)" : path) + ": not there");
+    return nullptr;
+}
+
+std::uintptr_t stackGuard = 0x00A5C3F00FB4D296;
+
+constexpr auto shims = std::to_array<Shim>({
+    {"__exit", address<exitAtOnce>},
+    {"___cxa_atexit", address<registerAtExit>},
+    {"___stack_chk_fail", address<stackIsSmashed>},
+    {"___stack_chk_guard", address<&stackGuard>},
+    {"_abort", address<::abort>},
+    {"_dlopen", address<openLibrary>},
+    {"_environ", address<&environ>},
+    {"_getenv", address<::getenv>},
+    {"_getuid", address<user>},
+    {"_kill", address<sendSignal>},
+    {"_posix_spawn_file_actions_adddup2", address<addDuplicate>},
+    {"_posix_spawn_file_actions_destroy", address<destroyActions>},
+    {"_posix_spawn_file_actions_init", address<makeActions>},
+    {"_posix_spawnattr_destroy", address<destroyAttributes>},
+    {"_posix_spawnattr_init", address<makeAttributes>},
+    {"_posix_spawnattr_setflags", address<setSpawnFlags>},
+    {"_posix_spawnattr_setsigdefault", address<setSpawnDefaults>},
+    {"_posix_spawnattr_setsigmask", address<setSpawnMask>},
+    {"_posix_spawnp", address<spawn>},
+    {"_pthread_sigmask", address<setThreadMask>},
+    {"_sigaction", address<setAction>},
+    {"_signal", address<setSignal>},
+    {"_waitpid", address<waitFor>},
+});
+
+} // namespace
+
+void exitAfterMain(int status) {
+    while (!registered().empty()) {
+        const AtExit last = registered().back();
+        registered().pop_back();
+        last.function(last.argument);
+    }
+    std::fflush(nullptr);
+    // What the program let go of may be in the hands of the system's threads for a moment.
+    for (int i = 0; i < 100 && isAnythingAlive(); ++i)
+        ::usleep(10'000);
+    note("main returned " + std::to_string(status) + ", alive:" + objectLedger());
+    ::_exit(status);
+}
+
+Shims systemProcessShims() {
+    return shims;
+}
+
+} // namespace velmo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// How the emulated XPC goes between processes: over a Unix socket that keeps messages apart, each
+/// a list of words with a NUL between them. The first message of each side is
+///
+///     identity TEAM IDENTIFIER
+///
+/// which stands for what the kernel tells of a peer. Then come
+///
+///     call NUMBER SELECTOR ARGUMENT...
+///     reply NUMBER ARGUMENT...
+///     lost NUMBER                         (the reply block was let go of without a call)
+///
+/// An argument is "q" and a number, "B" and 0 or 1, "@" and a text, or "-" for nil.
+namespace velmo {
+
+using Words = std::vector<std::string>;
+
+/// Returns false when the peer is gone.
+bool sendWords(int socket, const Words& words);
+
+/// Waits for the next message; absent when the peer is gone.
+std::optional<Words> receiveWords(int socket);
+
+/// Connects to the socket; -1 if nobody listens.
+int connectTo(const std::string& path);
+
+} // namespace velmo
