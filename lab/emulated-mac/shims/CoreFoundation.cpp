@@ -169,11 +169,9 @@ namespace {
 
 constexpr auto shims = std::to_array<Shim>({
     {"_CFArrayGetCount", address<countOf>},
-    {"_CFArrayGetTypeID", address<theType<array>>},
     {"_CFArrayGetValueAtIndex", address<valueAt>},
     {"_CFBooleanGetTypeID", address<theType<boolean>>},
     {"_CFBooleanGetValue", address<booleanValue>},
-    {"_CFDictionaryGetTypeID", address<theType<dictionary>>},
     {"_CFDictionaryGetValue", address<valueIn>},
     {"_CFGetTypeID", address<typeOf>},
     {"_CFNumberGetTypeID", address<theType<number>>},

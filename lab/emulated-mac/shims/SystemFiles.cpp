@@ -7,8 +7,6 @@
 #include "lab/emulated-mac/shims/Shims.h"
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -125,44 +123,12 @@ int makeFolder(const char* path, std::uint16_t mode) {
     return keepError(::mkdir(placeOf(path).c_str(), mode));
 }
 
-ssize_t readLink(const char* path, char* to, std::size_t size) {
-    return keepError(::readlink(placeOf(path).c_str(), to, size));
-}
-
-int mayAccess(const char* path, int mode) {
-    return keepError(::access(placeOf(path).c_str(), mode));
-}
-
-char* realPath(const char* path, char* to) {
-    char* const found = ::realpath(placeOf(path).c_str(), to);
-    if (found == nullptr)
-        *darwinErrno() = darwinErrorOf(errno);
-    return found;
-}
-
-constexpr int darwinDescriptors = 8; // RLIMIT_NOFILE, <sys/resource.h>
-
-int getLimit(int resource, rlimit* limit) {
-    if (resource != darwinDescriptors)
-        endRun("a limit other than that of descriptors");
-    return keepError(::getrlimit(RLIMIT_NOFILE, limit));
-}
-
-int setLimit(int resource, const rlimit* limit) {
-    if (resource != darwinDescriptors)
-        endRun("a limit other than that of descriptors");
-    return keepError(::setrlimit(RLIMIT_NOFILE, limit));
-}
-
 constexpr auto shims = std::to_array<Shim>({
-    {"_access", address<mayAccess>},
     {"_close", address<Translated<::close>::call>},
     {"_fchmod", address<Translated<::fchmod>::call>},
     {"_fcntl", address<variadicControl>},
     {"_fstat", address<fileStatus>},
     {"_fstatat", address<statusIn>},
-    {"_fsync", address<Translated<::fsync>::call>},
-    {"_getrlimit", address<getLimit>},
     {"_isatty", address<::isatty>},
     {"_lstat", address<linkStatus>},
     {"_mkdir", address<makeFolder>},
@@ -171,10 +137,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_pipe", address<Translated<::pipe>::call>},
     {"_poll", address<Translated<::poll>::call>},
     {"_read", address<Translated<::read>::call>},
-    {"_readlink", address<readLink>},
-    {"_realpath$DARWIN_EXTSN", address<realPath>},
     {"_renameat", address<Translated<::renameat>::call>},
-    {"_setrlimit", address<setLimit>},
     {"_stat", address<pathStatus>},
     {"_unlinkat", address<Translated<::unlinkat>::call>},
     {"_write", address<Translated<::write>::call>},

@@ -282,24 +282,6 @@ int setAction(int signal, const DarwinAction* wanted, DarwinAction* before) {
     return 0;
 }
 
-/// <sys/signal.h>: block is 1, unblock 2, set 3.
-int setThreadMask(int how, const std::uint32_t* wanted, std::uint32_t* before) {
-    sigset_t set;
-    sigset_t old;
-    sigemptyset(&set);
-    for (int signal = 1; wanted != nullptr && signal < 32; ++signal) {
-        if ((*wanted & (1U << (signal - 1))) != 0)
-            sigaddset(&set, linuxSignalOf(signal));
-    }
-    const int error = ::pthread_sigmask(how - 1, wanted == nullptr ? nullptr : &set, &old);
-    if (before != nullptr) {
-        *before = 0;
-        for (int signal = 1; signal < 32; ++signal)
-            *before |= sigismember(&old, linuxSignalOf(signal)) == 1 ? 1U << (signal - 1) : 0;
-    }
-    return error;
-}
-
 } // namespace
 
 void watchSignal(int signal, std::function<void()> handler) {
@@ -374,7 +356,6 @@ constexpr auto shims = std::to_array<Shim>({
     {"_posix_spawnattr_setsigdefault", address<setSpawnDefaults>},
     {"_posix_spawnattr_setsigmask", address<setSpawnMask>},
     {"_posix_spawnp", address<spawn>},
-    {"_pthread_sigmask", address<setThreadMask>},
     {"_sigaction", address<setAction>},
     {"_signal", address<setSignal>},
     {"_waitpid", address<waitFor>},

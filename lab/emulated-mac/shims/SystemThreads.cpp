@@ -22,8 +22,6 @@ namespace {
 // ours is kept behind the first word of the room. One that a constant initialised gets its own when
 // it is first used (libpthread's pthread_impl.h).
 
-constexpr std::int64_t recursiveByConstant = 0x32AAABA2;
-
 struct Opaque {
     std::int64_t signature;
     void* native;
@@ -31,20 +29,10 @@ struct Opaque {
 
 std::mutex makingNative; // NOLINT: constant-initialised
 
-pthread_mutex_t* newMutex(bool isRecursive) {
-    pthread_mutexattr_t attributes;
-    ::pthread_mutexattr_init(&attributes);
-    if (isRecursive)
-        ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    auto* const mutex = new pthread_mutex_t;
-    ::pthread_mutex_init(mutex, &attributes);
-    return mutex;
-}
-
 pthread_mutex_t* nativeMutex(Opaque* mutex) {
     const std::lock_guard lock(makingNative);
     if (mutex->native == nullptr)
-        mutex->native = newMutex(mutex->signature == recursiveByConstant);
+        mutex->native = new pthread_mutex_t(PTHREAD_MUTEX_INITIALIZER);
     return static_cast<pthread_mutex_t*>(mutex->native);
 }
 
@@ -55,19 +43,15 @@ pthread_cond_t* nativeCondition(Opaque* condition) {
     return static_cast<pthread_cond_t*>(condition->native);
 }
 
-constexpr int darwinRecursive = 2; // PTHREAD_MUTEX_RECURSIVE
-
-int initMutex(Opaque* mutex, const int* type) {
-    mutex->native = newMutex(type != nullptr && *type == darwinRecursive);
+int initMutex(Opaque* mutex, const void* attributes) {
+    if (attributes != nullptr)
+        endRun("a mutex with attributes");
+    mutex->native = nullptr;
     return 0;
 }
 
 int lockMutex(Opaque* mutex) {
     return darwinErrorOf(::pthread_mutex_lock(nativeMutex(mutex)));
-}
-
-int tryMutex(Opaque* mutex) {
-    return darwinErrorOf(::pthread_mutex_trylock(nativeMutex(mutex)));
 }
 
 int unlockMutex(Opaque* mutex) {
@@ -77,20 +61,6 @@ int unlockMutex(Opaque* mutex) {
 int destroyMutex(Opaque* mutex) {
     delete static_cast<pthread_mutex_t*>(mutex->native);
     mutex->native = nullptr;
-    return 0;
-}
-
-int initMutexType(int* type) {
-    *type = 0;
-    return 0;
-}
-
-int setMutexType(int* type, int value) {
-    *type = value;
-    return 0;
-}
-
-int destroyMutexType(int* /*type*/) {
     return 0;
 }
 
@@ -243,11 +213,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_pthread_mutex_destroy", address<destroyMutex>},
     {"_pthread_mutex_init", address<initMutex>},
     {"_pthread_mutex_lock", address<lockMutex>},
-    {"_pthread_mutex_trylock", address<tryMutex>},
     {"_pthread_mutex_unlock", address<unlockMutex>},
-    {"_pthread_mutexattr_destroy", address<destroyMutexType>},
-    {"_pthread_mutexattr_init", address<initMutexType>},
-    {"_pthread_mutexattr_settype", address<setMutexType>},
     {"_pthread_once", address<once>},
     {"_pthread_self", address<::pthread_self>},
     {"_pthread_setspecific", address<setValue>},

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <map>
 #include <mutex>
@@ -71,7 +72,7 @@ struct Connection : Object {
     Strong<Block> interruptionHandler;
     Strong<Block> invalidationHandler;
     std::optional<std::string> requirement;
-    State state = State::suspended;
+    std::atomic<State> state = State::suspended;
     int socket = -1;
     std::optional<Identity> peer; ///< absent until the first message
     std::map<std::uint64_t, Outstanding> outstanding;
@@ -101,8 +102,6 @@ void post(Connection* connection, std::function<void()> work) {
     retain(connection);
     connection->queue.async([connection, work = std::move(work)] {
         work();
-        // Its queue may end with it, but not on its own thread.
-        connection->queue.async([] {});
         release(connection);
     });
 }
@@ -130,7 +129,7 @@ void closeSocket(Connection* connection) {
 
 /// Once. What the handlers keep goes with them.
 void invalidateNow(Connection* connection) {
-    if (std::exchange(connection->state, State::invalidated) == State::invalidated)
+    if (connection->state.exchange(State::invalidated) == State::invalidated)
         return;
     closeSocket(connection);
     failOutstanding(connection, invalid);
@@ -357,7 +356,7 @@ void setRequirement(Connection* self, Selector /*selector*/, const Object* text)
 }
 
 void resume(Connection* self, Selector /*selector*/) {
-    if (std::exchange(self->state, State::resumed) != State::suspended)
+    if (self->state.exchange(State::resumed) != State::suspended)
         misuse("a connection is resumed that is not suspended");
     retain(self);
     if (self->socket >= 0)
