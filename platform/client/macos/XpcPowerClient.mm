@@ -118,9 +118,11 @@ public:
     void report(ReportReply reply) override {
         const auto answer =
             posted([reply = std::move(reply)](const std::string& line) { reply(line); });
-        [daemon(whenLost()) reportWithReply:^(NSString* line) {
-          answer(textOf(line));
-        }];
+        @autoreleasepool {
+            [daemon(whenLost()) reportWithReply:^(NSString* line) {
+              answer(textOf(line));
+            }];
+        }
     }
 
 private:
