@@ -101,6 +101,13 @@ std::int64_t maximumSize(std::int64_t length, std::uint32_t encoding) {
     return 3 * length;
 }
 
+Object* makeString(const void* /*allocator*/, const char* bytes, std::int64_t size,
+                   std::uint32_t encoding, std::uint32_t /*isExternal*/) {
+    if (encoding != utf8Encoding)
+        endRun("a string encoding that is not UTF-8");
+    return stringOf({bytes, static_cast<std::size_t>(size)});
+}
+
 struct Range {
     std::int64_t location;
     std::int64_t length;
@@ -177,6 +184,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_CFNumberGetTypeID", address<theType<number>>},
     {"_CFNumberGetValue", address<numberValue>},
     {"_CFRelease", address<releaseReference>},
+    {"_CFStringCreateWithBytes", address<makeString>},
     {"_CFStringGetBytes", address<bytesOf>},
     {"_CFStringGetLength", address<lengthOf>},
     {"_CFStringGetMaximumSizeForEncoding", address<maximumSize>},

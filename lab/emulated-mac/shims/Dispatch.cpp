@@ -1,7 +1,6 @@
 /// libdispatch (<dispatch/queue.h>, <dispatch/source.h>, <dispatch/time.h>).
 
 #include "lab/emulated-mac/Fault.h"
-#include "lab/emulated-mac/shims/Darwin.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"
@@ -84,7 +83,7 @@ Source* makeSource(const void* type, std::uintptr_t handle, std::uintptr_t /*mas
         endRun("a source on a queue of the system's");
     auto* const source = allocate<Source>(sourceClass);
     source->type = type;
-    source->signal = linuxSignalOf(static_cast<int>(handle));
+    source->signal = static_cast<int>(handle);
     source->target.set(queue);
     return source;
 }
@@ -127,7 +126,7 @@ void resume(Source* source) {
     source->isResumed = true;
     retain(source);
     if (source->type == &signalType) {
-        note("signal " + std::to_string(darwinSignalOf(source->signal)) + " is watched");
+        note("signal " + std::to_string(source->signal) + " is watched");
         watchSignal(source->signal, [source] { fire(source); });
     } else {
         std::thread(runTimer, source).detach();

@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cstdint>
+#include <mutex>
+#include <set>
 
 namespace velmo {
 
@@ -82,6 +84,29 @@ std::int32_t closeConnection(std::uint32_t connection) {
     return 0;
 }
 
+// Assertions (IOPMLib.h) are numbers; powerd ends them with their process.
+
+std::mutex assertionsMutex; // NOLINT: constant-initialised
+std::set<std::uint32_t> assertions;
+
+std::int32_t makeAssertion(const Object* type, std::uint32_t level, const Object* name,
+                           std::uint32_t* assertion) {
+    const std::lock_guard lock(assertionsMutex);
+    static std::uint32_t last = 0;
+    *assertion = ++last;
+    assertions.insert(last);
+    note("assertion " + textOf(type) + " " + std::to_string(level) + ": " + textOf(name));
+    return 0;
+}
+
+std::int32_t releaseAssertion(std::uint32_t assertion) {
+    const std::lock_guard lock(assertionsMutex);
+    if (assertions.erase(assertion) == 0)
+        misuse("IOPMAssertionRelease of no assertion");
+    note("assertion released");
+    return 0;
+}
+
 // The blob and the list are of no form that IOPowerSources.h tells: they are only handed on.
 
 CFDictionary* copySources() {
@@ -115,6 +140,8 @@ Object* description(const CFDictionary* blob, const Object* source) {
 
 constexpr auto shims = std::to_array<Shim>({
     {"_IOObjectRelease", address<releasePort>},
+    {"_IOPMAssertionCreateWithName", address<makeAssertion>},
+    {"_IOPMAssertionRelease", address<releaseAssertion>},
     {"_IOPMFindPowerManagement", address<findPowerManagement>},
     {"_IOPMSleepSystem", address<sleepNow>},
     {"_IOPSCopyPowerSourcesInfo", address<copySources>},

@@ -9,7 +9,7 @@ namespace velmo {
 /// The user that the process believes to be run by: EMULATED_UID, else 501, a Mac's first person.
 std::uint32_t emulatedUser();
 
-/// Calls back, on a thread of the system's own, for each signal of this number (Linux's), whether
+/// Calls back, on a thread of the system's own, for each signal of this number (Darwin's), whether
 /// or not the process ignores it, as a kqueue's EVFILT_SIGNAL does.
 void watchSignal(int signal, std::function<void()> handler);
 

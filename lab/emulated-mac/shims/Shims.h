@@ -29,6 +29,7 @@ Shims securityShims();
 Shims systemEventShims();
 Shims systemFileShims();
 Shims systemProcessShims();
+Shims systemSignalShims();
 Shims systemTextShims();
 Shims systemThreadShims();
 Shims unwindShims();

@@ -5,6 +5,7 @@
 #include "lab/emulated-mac/shims/Darwin.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
@@ -117,7 +118,18 @@ int useQueue(int queue, const Event* changes, int changeCount, Event* events, in
     return found < 0 ? -1 : count;
 }
 
+constexpr std::uint64_t darwinNonBlocking = 0x8004667E; // FIONBIO, <sys/filio.h>
+
+extern "C" int emulatedDeviceControl(int file, std::uint64_t request, int** rest) {
+    if (request != darwinNonBlocking)
+        endRun("a request of ioctl that has no case");
+    return keepError(::ioctl(file, FIONBIO, *rest));
+}
+
+VELMO_VARIADIC(variadicDeviceControl, 2, emulatedDeviceControl);
+
 constexpr auto shims = std::to_array<Shim>({
+    {"_ioctl", address<variadicDeviceControl>},
     {"_kevent", address<useQueue>},
     {"_kqueue", address<makeQueue>},
 });

@@ -5,6 +5,7 @@
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"
+#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace velmo {
 
@@ -123,8 +125,62 @@ int makeFolder(const char* path, std::uint16_t mode) {
     return keepError(::mkdir(placeOf(path).c_str(), mode));
 }
 
+/// XNU's <sys/dirent.h>, with 64-bit inodes.
+struct DarwinEntry {
+    std::uint64_t inode;
+    std::uint64_t offset;
+    std::uint16_t size;
+    std::uint16_t nameSize;
+    std::uint8_t kind;
+    std::array<char, 1024> name;
+};
+
+/// A folder's entry is good until the next is read.
+struct DarwinFolder {
+    DIR* folder;
+    DarwinEntry entry;
+};
+
+DarwinFolder* openFolder(const char* path) {
+    DIR* const folder = ::opendir(placeOf(path).c_str());
+    if (folder == nullptr) {
+        *darwinErrno() = darwinErrorOf(errno);
+        return nullptr;
+    }
+    return new DarwinFolder{.folder = folder, .entry = {}};
+}
+
+DarwinEntry* readFolder(DarwinFolder* folder) {
+    const dirent* const entry = ::readdir(folder->folder);
+    if (entry == nullptr)
+        return nullptr;
+    const std::string_view name(entry->d_name);
+    folder->entry = {.inode = entry->d_ino,
+                     .offset = 0,
+                     .size = sizeof(DarwinEntry),
+                     .nameSize = static_cast<std::uint16_t>(name.size()),
+                     .kind = entry->d_type,
+                     .name = {}};
+    name.copy(folder->entry.name.data(), folder->entry.name.size() - 1);
+    return &folder->entry;
+}
+
+int folderDescriptor(DarwinFolder* folder) {
+    return ::dirfd(folder->folder);
+}
+
+int closeFolder(DarwinFolder* folder) {
+    const int result = keepError(::closedir(folder->folder));
+    delete folder;
+    return result;
+}
+
 constexpr auto shims = std::to_array<Shim>({
+    {"_closedir", address<closeFolder>},
     {"_close", address<Translated<::close>::call>},
+    {"_dirfd", address<folderDescriptor>},
+    {"_dup", address<Translated<::dup>::call>},
+    {"_dup2", address<Translated<::dup2>::call>},
     {"_fchmod", address<Translated<::fchmod>::call>},
     {"_fcntl", address<variadicControl>},
     {"_fstat", address<fileStatus>},
@@ -134,8 +190,10 @@ constexpr auto shims = std::to_array<Shim>({
     {"_mkdir", address<makeFolder>},
     {"_open", address<variadicOpen>},
     {"_openat", address<variadicOpenIn>},
+    {"_opendir", address<openFolder>},
     {"_pipe", address<Translated<::pipe>::call>},
     {"_poll", address<Translated<::poll>::call>},
+    {"_readdir", address<readFolder>},
     {"_read", address<Translated<::read>::call>},
     {"_renameat", address<Translated<::renameat>::call>},
     {"_stat", address<pathStatus>},

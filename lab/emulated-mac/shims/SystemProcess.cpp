@@ -1,4 +1,4 @@
-/// libSystem's processes and signals (<spawn.h>, <signal.h>, <stdlib.h>).
+/// libSystem's processes (<spawn.h>, <unistd.h>, <stdlib.h>).
 
 #include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
@@ -12,13 +12,10 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <mutex>
-#include <thread>
+#include <fstream>
 #include <vector>
 
 extern char** environ;
@@ -180,119 +177,17 @@ pid_t waitFor(pid_t child, int* status, int options) {
     return keepError(::waitpid(child, status, options));
 }
 
-int sendSignal(pid_t process, int signal) {
-    return keepError(::kill(process, linuxSignalOf(signal)));
+/// The child has this thread alone, as on a Mac.
+pid_t split() {
+    note("forks");
+    return keepError(::fork());
 }
 
-// Signals. Linux drops an ignored signal before anybody sees it, so one that is watched has a
-// handler, and what the process asked for is kept beside it.
-
-struct SignalTable {
-    std::mutex mutex;
-    std::map<int, std::vector<std::function<void()>>> watchers;
-    std::array<std::atomic<void (*)(int)>, NSIG> handlers{};
-};
-
-SignalTable& signalTable() {
-    static auto& made = *new SignalTable;
-    return made;
-}
-
-std::array<int, 2> signalPipe{};
-
-void signalArrived(int signal) {
-    const int error = errno;
-    static_cast<void>(!::write(signalPipe[1], &signal, sizeof signal));
-    const auto handler = signalTable().handlers[static_cast<std::size_t>(signal)].load();
-    if (handler == SIG_DFL && signal != SIGUSR2 && signal != SIGCHLD) {
-        ::signal(signal, SIG_DFL);
-        ::raise(signal);
-    } else if (handler != SIG_DFL && handler != SIG_IGN) {
-        handler(darwinSignalOf(signal));
-    }
-    errno = error;
-}
-
-[[noreturn]] void callWatchers() {
-    int signal = 0;
-    while (::read(signalPipe[0], &signal, sizeof signal) == sizeof signal) {
-        std::vector<std::function<void()>> watchers;
-        {
-            const std::lock_guard lock(signalTable().mutex);
-            watchers = signalTable().watchers[signal];
-        }
-        for (const auto& watcher : watchers)
-            watcher();
-    }
-    endRun("the pipe of signals is broken");
-}
-
-void startWatching() {
-    if (::pipe2(signalPipe.data(), O_CLOEXEC) != 0)
-        endRun("no pipe for signals");
-    std::thread(callWatchers).detach();
-}
-
-void install(int signal, int linuxFlags) {
-    static std::once_flag once;
-    std::call_once(once, startWatching);
-    struct sigaction action{};
-    action.sa_handler = signalArrived;
-    action.sa_flags = linuxFlags;
-    ::sigaction(signal, &action, nullptr);
-}
-
-void (*setHandler(int signal, void (*handler)(int), int linuxFlags))(int) {
-    const int number = linuxSignalOf(signal);
-    const auto before = signalTable().handlers[static_cast<std::size_t>(number)].exchange(handler);
-    const std::lock_guard lock(signalTable().mutex);
-    const bool isPlain = handler == SIG_DFL || handler == SIG_IGN;
-    if (isPlain && !signalTable().watchers.contains(number))
-        static_cast<void>(::signal(number, handler));
-    else
-        install(number, linuxFlags);
-    return before;
-}
-
-void (*setSignal(int signal, void (*handler)(int)))(int) {
-    note("signal " + std::to_string(signal)
-         + (handler == SIG_IGN   ? " is ignored"
-            : handler == SIG_DFL ? " has its default"
-                                 : " has a handler"));
-    return setHandler(signal, handler, SA_RESTART);
-}
-
-/// XNU's <sys/signal.h>.
-struct DarwinAction {
-    void (*handler)(int);
-    std::uint32_t mask;
-    std::int32_t flags;
-};
-
-constexpr int darwinRestart = 0x2; // SA_RESTART
-
-int setAction(int signal, const DarwinAction* wanted, DarwinAction* before) {
-    const int flags = wanted != nullptr && (wanted->flags & darwinRestart) != 0 ? SA_RESTART : 0;
-    const auto previous =
-        wanted != nullptr
-            ? setHandler(signal, wanted->handler, flags)
-            : signalTable().handlers[static_cast<std::size_t>(linuxSignalOf(signal))].load();
-    if (before != nullptr)
-        *before = {.handler = previous, .mask = 0, .flags = 0};
-    return 0;
+int become(const char* program, char* const* arguments) {
+    return keepError(::execvp(placeOf(program).c_str(), arguments));
 }
 
 } // namespace
-
-void watchSignal(int signal, std::function<void()> handler) {
-    const std::lock_guard lock(signalTable().mutex);
-    signalTable().watchers[signal].push_back(std::move(handler));
-    install(signal, SA_RESTART);
-}
-
-void watchForLedgerRequests() {
-    watchSignal(SIGUSR2, [] { note("alive:" + objectLedger()); });
-}
 
 // The end.
 
@@ -334,6 +229,18 @@ void* openLibrary(const char* path, int /*mode*/) {
     return nullptr;
 }
 
+/// <libproc.h>: the path of a process's executable. Of an emulated process it is its own, which the
+/// emulator got as its last but one word at the latest.
+int pathOf(int process, char* to, std::uint32_t size) {
+    std::ifstream words("/proc/" + std::to_string(process) + "/cmdline");
+    for (std::string word; std::getline(words, word, '\0');) {
+        if (word.ends_with("/VelmoPowerDaemon") || word.ends_with("/velmo-power"))
+            return std::snprintf(to, size, "%s", word.c_str());
+    }
+    const auto length = ::readlink(("/proc/" + std::to_string(process) + "/exe").c_str(), to, size);
+    return length < 0 ? 0 : static_cast<int>(length);
+}
+
 std::uintptr_t stackGuard = 0x00A5C3F00FB4D296;
 
 constexpr auto shims = std::to_array<Shim>({
@@ -346,7 +253,8 @@ constexpr auto shims = std::to_array<Shim>({
     {"_environ", address<&environ>},
     {"_getenv", address<::getenv>},
     {"_getuid", address<user>},
-    {"_kill", address<sendSignal>},
+    {"_execvp", address<become>},
+    {"_fork", address<split>},
     {"_posix_spawn_file_actions_adddup2", address<addDuplicate>},
     {"_posix_spawn_file_actions_destroy", address<destroyActions>},
     {"_posix_spawn_file_actions_init", address<makeActions>},
@@ -356,8 +264,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_posix_spawnattr_setsigdefault", address<setSpawnDefaults>},
     {"_posix_spawnattr_setsigmask", address<setSpawnMask>},
     {"_posix_spawnp", address<spawn>},
-    {"_sigaction", address<setAction>},
-    {"_signal", address<setSignal>},
+    {"_proc_pidpath", address<pathOf>},
     {"_waitpid", address<waitFor>},
 });
 

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <cwchar>
 
 namespace velmo {
@@ -150,6 +151,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_realloc", address<::realloc>},
     {"_snprintf_l", address<variadicPrintIn>},
     {"_strcmp", address<::strcmp>},
+    {"_strftime", address<::strftime>},
     {"_strlen", address<::strlen>},
     {"_strtoll", address<::strtoll>},
     {"_vfprintf", address<print>},

@@ -160,6 +160,13 @@ void atThreadEnd(void (*function)(void*), void* argument) {
     end.call(function, argument);
 }
 
+int makeThread(pthread_t* thread, const void* attributes, void* (*function)(void*),
+               void* argument) {
+    if (attributes != nullptr)
+        endRun("a thread with attributes");
+    return darwinErrorOf(::pthread_create(thread, nullptr, function, argument));
+}
+
 std::uint32_t threadNumber(pthread_t /*thread*/) {
     return static_cast<std::uint32_t>(::gettid());
 }
@@ -199,6 +206,8 @@ constexpr auto shims = std::to_array<Shim>({
     {"__tlv_atexit", address<atThreadEnd>},
     {"_clock_gettime", address<readClock>},
     {"_gettimeofday", address<timeOfDay>},
+    {"_localtime_r", address<::localtime_r>}, // the same struct
+    {"_mktime", address<::mktime>},
     {"_nanosleep", address<Translated<::nanosleep>::call>},
     {"_pthread_cond_broadcast", address<broadcastCondition>},
     {"_pthread_cond_destroy", address<destroyCondition>},
@@ -206,7 +215,10 @@ constexpr auto shims = std::to_array<Shim>({
     {"_pthread_cond_signal", address<signalCondition>},
     {"_pthread_cond_timedwait", address<waitForConditionUntil>},
     {"_pthread_cond_wait", address<waitForCondition>},
+    {"_pthread_create", address<makeThread>},
+    {"_pthread_detach", address<::pthread_detach>},
     {"_pthread_getspecific", address<valueOf>},
+    {"_pthread_join", address<::pthread_join>},
     {"_pthread_key_create", address<makeKey>},
     {"_pthread_key_delete", address<deleteKey>},
     {"_pthread_mach_thread_np", address<threadNumber>},

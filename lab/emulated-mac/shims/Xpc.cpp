@@ -338,6 +338,13 @@ Object* initWithService(Connection* self, Selector /*selector*/, const Object* n
     return self;
 }
 
+/// Of the peer; 0 while there is none.
+std::int32_t peerProcess(Connection* self, Selector /*selector*/) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return ::getsockopt(self->socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
 template<auto Member, class T>
 void setMember(Connection* self, Selector /*selector*/, T* value) {
     (self->*Member).set(value);
@@ -373,6 +380,7 @@ FrameworkClass connectionClass(
     "NSXPCConnection", &nsObject.object, sizeof(Connection),
     {constructing<Connection>(), destructing<Connection>(),
      method<initWithService>("initWithMachServiceName:options:"), method<invalidate>("invalidate"),
+     method<peerProcess>("processIdentifier"),
      method<proxyFor>("remoteObjectProxyWithErrorHandler:"), method<resume>("resume"),
      method<setRequirement>("setCodeSigningRequirement:"),
      method<setMember<&Connection::exportedInterface, Interface>>("setExportedInterface:"),
