@@ -345,6 +345,13 @@ std::int32_t peerProcess(Connection* self, Selector /*selector*/) {
     return ::getsockopt(self->socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
+/// Of the peer: whom it believes to be run by can't be seen from here, so the real one counts.
+std::uint32_t peerUser(Connection* self, Selector /*selector*/) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return ::getsockopt(self->socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.uid : 0;
+}
+
 template<auto Member, class T>
 void setMember(Connection* self, Selector /*selector*/, T* value) {
     (self->*Member).set(value);
@@ -380,7 +387,7 @@ FrameworkClass connectionClass(
     "NSXPCConnection", &nsObject.object, sizeof(Connection),
     {constructing<Connection>(), destructing<Connection>(),
      method<initWithService>("initWithMachServiceName:options:"), method<invalidate>("invalidate"),
-     method<peerProcess>("processIdentifier"),
+     method<peerProcess>("processIdentifier"), method<peerUser>("effectiveUserIdentifier"),
      method<proxyFor>("remoteObjectProxyWithErrorHandler:"), method<resume>("resume"),
      method<setRequirement>("setCodeSigningRequirement:"),
      method<setMember<&Connection::exportedInterface, Interface>>("setExportedInterface:"),
