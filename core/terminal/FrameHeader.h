@@ -3,6 +3,7 @@
 #include "core/support/BigEndian.h"
 #include "core/support/Bytes.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -22,6 +23,9 @@ struct FrameHeader {
         const auto number = BigEndian::read(stream.subspan<1, lengthBytes>());
         return {.type = stream[0], .length = static_cast<std::uint32_t>(number)};
     }
+
+    /// Returns the bytes of a header for a payload of this length, which must fit in four bytes.
+    static std::array<std::uint8_t, bytes> of(std::uint8_t type, std::size_t length);
 };
 
 /// Appends a header and its payload, whose length must fit in four bytes.

@@ -1,5 +1,7 @@
 #include "platform/host/PtyAttachHostFileSystem.h"
 
+#include "core/support/PathText.h"
+#include "platform/host/PtyHostFileSystem.h"
 #include "platform/posix/DiskPath.h"
 #include "platform/posix/Io.h"
 
@@ -29,6 +31,22 @@ FileInfo::Kind kindOf(mode_t mode) {
     return S_ISLNK(mode) ? FileInfo::Kind::symlink : FileInfo::Kind::other;
 }
 
+#ifndef __APPLE__
+
+/// Tells whether the folder is the user's and closed to everybody else.
+bool isOwnFolder(const std::string& path) {
+    const auto status = DiskPath::status(path);
+    return status && S_ISDIR(status->st_mode) && status->st_uid == ::getuid()
+           && (status->st_mode & 077) == 0;
+}
+
+Pty::Environment environmentHome() {
+    const char* const home = std::getenv("HOME");
+    return home == nullptr ? Pty::Environment() : Pty::Environment{{"HOME", home}};
+}
+
+#endif
+
 std::expected<int, OpenError> openAt(int directory, std::string_view name, int flags) {
     if (name.contains('\0'))
         return std::unexpected(OpenError{EINVAL});
@@ -54,8 +72,17 @@ std::optional<std::string> HostFileSystem::userTempDir() {
         return std::nullopt;
     return path.data();
 #else
-    const char* const path = std::getenv("TMPDIR");
-    return path == nullptr ? std::nullopt : std::optional<std::string>(path);
+    // Not TMPDIR: users share what it names. Where a log-in has set no variable, as cron's have
+    // not, the folder of the user's other log-ins is the same.
+    const char* const named = std::getenv("XDG_RUNTIME_DIR");
+    const std::string usual = "/run/user/" + std::to_string(::getuid());
+    for (const std::string& folder : {std::string(named == nullptr ? "" : named), usual}) {
+        if (isOwnFolder(folder))
+            return folder;
+    }
+    return Pty::HostFileSystem().home(environmentHome()).transform([](const std::string& home) {
+        return PathText::join(home, ".velmo");
+    });
 #endif
 }
 

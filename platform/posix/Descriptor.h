@@ -30,6 +30,9 @@ public:
 
     [[nodiscard]] int get() const { return number_; }
 
+    /// Hands the descriptor over to the caller, who closes it.
+    [[nodiscard]] int release() { return std::exchange(number_, none); }
+
     void reset() {
         // Not retried after EINTR: the number may belong to another thread's file by then.
         if (number_ >= 0)

@@ -2,8 +2,8 @@
 
 #include "core/output/Output.h"
 #include "daemon/Session.h"
-#include "platform/daemon/simulated/SocketPeer.h"
 #include "platform/posix/ProgramName.h"
+#include "platform/posix/SocketPeer.h"
 #include "platform/simulated/CallLine.h"
 
 #include <asio/buffer.hpp>

@@ -138,7 +138,7 @@ TEST_F(AttachTicketOnDisk, TheHostFileSystemTellsTheTruth) {
     HostFileSystem host;
     EXPECT_EQ(host.uid(), ::getuid());
     // The Mac has a call for this; other systems have the variable.
-    ::setenv("TMPDIR", root.parent_path().c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", root.c_str(), 1);
     const auto told = host.userTempDir().value();
     EXPECT_EQ(expectedFolder(host), (fs::canonical(told) / "velmo-term").string());
     const int directory = host.openDirectory(folder.string()).value();

@@ -1,4 +1,4 @@
-#include "platform/daemon/simulated/SocketPeer.h"
+#include "platform/posix/SocketPeer.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

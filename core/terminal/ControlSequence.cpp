@@ -1,0 +1,64 @@
+#include "core/terminal/ControlSequence.h"
+
+#include "core/terminal/AttachLabels.h"
+
+namespace velmo::ControlSequence {
+
+namespace {
+
+constexpr std::size_t maxNumbers = 32;
+
+bool isParameter(char c) {
+    return (c >= '0' && c <= '9') || c == ';' || c == ':';
+}
+
+bool isIntermediate(char c) {
+    return c >= ' ' && c <= '/';
+}
+
+/// Takes the leading characters that pass the test off the text.
+template<class Test>
+std::string_view taken(std::string_view& text, const Test& test) {
+    const auto end = std::ranges::find_if_not(text, test);
+    const std::string_view part = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(part.size());
+    return part;
+}
+
+} // namespace
+
+std::optional<Csi> Csi::parse(std::string_view text) {
+    constexpr std::string_view markers = "?><=";
+    Csi csi;
+    if (!text.empty() && markers.contains(text.front())) {
+        csi.marker = text.substr(0, 1);
+        text.remove_prefix(1);
+    }
+    csi.parameters = taken(text, isParameter);
+    csi.intermediates = taken(text, isIntermediate);
+    if (text.size() != 1 || text.front() < '@' || text.front() > '~')
+        return std::nullopt;
+    csi.final = text.front();
+    return csi;
+}
+
+std::vector<std::int32_t> Csi::numbers() const {
+    std::vector<std::int32_t> all;
+    std::string_view rest = parameters;
+    while (all.size() < maxNumbers) {
+        const std::size_t end = rest.find(';');
+        all.push_back(Decimal::parseUnsigned<std::int32_t>(rest.substr(0, end)).value_or(0));
+        if (end == std::string_view::npos)
+            break;
+        rest.remove_prefix(end + 1);
+    }
+    return all;
+}
+
+std::optional<std::string> titleOf(std::string_view osc) {
+    if (!osc.starts_with("0;") && !osc.starts_with("2;"))
+        return std::nullopt;
+    return PtyAttach::sanitizeTitle(osc.substr(2));
+}
+
+} // namespace velmo::ControlSequence

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "core/support/Decimal.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What control sequences mean, as far as a session that is replayed has to know.
+namespace velmo::ControlSequence {
+
+/// The parts of what follows ESC [.
+struct Csi {
+    std::string_view marker;        ///< "", "?", ">", "<" or "="
+    std::string_view parameters;    ///< digits, ";" and ":"
+    std::string_view intermediates; ///< U+0020 to U+002F
+    char final = 0;
+
+    /// Returns the parts, or nothing if the text is not of that form.
+    static std::optional<Csi> parse(std::string_view text);
+
+    /// Returns the numbers between the ";", 0 for one that is left out; at most 32 of them.
+    [[nodiscard]] std::vector<std::int32_t> numbers() const;
+};
+
+/// A mode that CSI ? n h sets and CSI ? n l resets.
+struct Mode {
+    std::int32_t number;
+    bool isUsuallySet = false; ///< in a terminal that has just been reset
+};
+
+/// The modes that a replay may set: none of them makes a terminal answer anything by itself.
+/// Alternate screens come first, so that what else is set is set on the right screen.
+inline constexpr auto modes = std::to_array<Mode>({
+    {.number = 47},                       // alternate screen, in three forms
+    {.number = 1047},                     //
+    {.number = 1049},                     //
+    {.number = 1},                        // cursor keys of applications
+    {.number = 5},                        // reverse video
+    {.number = 6},                        // origin at the scrolling region
+    {.number = 7, .isUsuallySet = true},  // wrap at the right edge
+    {.number = 12},                       // blinking cursor
+    {.number = 25, .isUsuallySet = true}, // cursor is shown
+    {.number = 66},                       // keypad of applications
+    {.number = 1000},                     // mouse: clicks,
+    {.number = 1002},                     //   drags,
+    {.number = 1003},                     //   every movement,
+    {.number = 1005},                     //   coordinates in UTF-8,
+    {.number = 1006},                     //   long coordinates,
+    {.number = 1015},                     //   coordinates in decimal
+    {.number = 1004},                     // focus reports
+    {.number = 1007},                     // wheel as cursor keys
+    {.number = 2004},                     // bracketed paste
+});
+
+constexpr const Mode* findMode(std::int32_t number) {
+    const auto* const found = std::ranges::find(modes, number, &Mode::number);
+    return found == modes.end() ? nullptr : found;
+}
+
+/// Returns the title that an OSC sets, sanitised; absent for any other OSC.
+std::optional<std::string> titleOf(std::string_view osc);
+
+} // namespace velmo::ControlSequence

@@ -1,0 +1,234 @@
+#include "core/terminal/SequenceReader.h"
+
+#include "core/support/Text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace velmo {
+
+namespace {
+
+constexpr std::uint8_t cancel = 0x18;
+constexpr std::uint8_t substitute = 0x1A;
+constexpr std::uint8_t escape = 0x1B;
+constexpr std::uint8_t bell = 0x07;
+constexpr std::uint8_t erase = 0x7F;
+constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
+
+constexpr bool isControl(std::uint8_t byte) {
+    return byte < 0x20;
+}
+
+constexpr bool isPlain(std::uint8_t byte) {
+    return byte >= 0x20 && byte < erase;
+}
+
+/// Returns how many bytes a character has that begins with this one; 0 if none does.
+constexpr std::size_t lengthOfCharacter(std::uint8_t first) {
+    if (first >= 0xC2 && first <= 0xDF)
+        return 2;
+    if (first >= 0xE0 && first <= 0xEF)
+        return 3;
+    return first >= 0xF0 && first <= 0xF4 ? 4 : 0;
+}
+
+constexpr bool isContinuation(std::uint8_t byte) {
+    return (byte & 0xC0) == 0x80;
+}
+
+/// Tells whether a complete two-byte character is one of U+0080 to U+009F, which some terminals
+/// obey as they do ESC and a letter.
+bool isC1(std::string_view character) {
+    return character.size() == 2 && character[0] == '\xC2'
+           && static_cast<std::uint8_t>(character[1]) < 0xA0;
+}
+
+} // namespace
+
+void SequenceReader::read(ByteView bytes, const Sink& sink) {
+    while (!bytes.empty()) {
+        if (isAtRest()) {
+            const auto plain =
+                static_cast<std::size_t>(std::ranges::find_if_not(bytes, isPlain) - bytes.begin());
+            if (plain > 0)
+                sink({.kind = Kind::text, .text = textOf(bytes.first(plain))});
+            bytes = bytes.subspan(plain);
+            if (bytes.empty())
+                return;
+        }
+        take(bytes.front(), sink);
+        bytes = bytes.subspan(1);
+    }
+}
+
+void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
+    while (!bytes.empty()) {
+        if (state_ == State::character)
+            begin(State::ground); // what becomes of it is nobody's question here
+        if (isAtRest()) {
+            const void* const found = std::memchr(bytes.data(), escape, bytes.size());
+            if (found == nullptr) {
+                noticeCutCharacter(bytes);
+                return;
+            }
+            bytes = bytes.subspan(
+                static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data()));
+        }
+        take(bytes.front(), sink);
+        bytes = bytes.subspan(1);
+    }
+}
+
+/// Remembers a character whose first bytes are the last of the text.
+void SequenceReader::noticeCutCharacter(ByteView text) {
+    const ByteView tail = text.last(std::min<std::size_t>(text.size(), 3));
+    for (std::size_t i = tail.size(); i-- > 0;) {
+        if (isContinuation(tail[i]))
+            continue;
+        if (lengthOfCharacter(tail[i]) > tail.size() - i) {
+            begin(State::character);
+            characterBytes_ = lengthOfCharacter(tail[i]);
+            collected_ = textOf(tail.subspan(i));
+        }
+        return;
+    }
+}
+
+void SequenceReader::take(std::uint8_t byte, const Sink& sink) {
+    switch (state_) {
+    case State::ground:
+        takeInGround(byte, sink);
+        return;
+    case State::character:
+        takeInCharacter(byte, sink);
+        return;
+    case State::oscEscape:
+        if (byte == '\\') {
+            finish(Kind::osc, sink);
+            return;
+        }
+        begin(State::escape); // the string was broken off by a sequence
+        break;
+    case State::escape:
+    case State::csi:
+    case State::osc:
+    case State::string:
+        break;
+    }
+    if (byte == cancel || byte == substitute) {
+        finish(Kind::dropped, sink);
+        return;
+    }
+    if (byte == escape) {
+        if (state_ == State::osc)
+            state_ = State::oscEscape;
+        else
+            begin(State::escape);
+        return;
+    }
+    if (state_ == State::escape)
+        takeInEscape(byte, sink);
+    else if (state_ == State::csi)
+        takeInCsi(byte, sink);
+    else if (state_ == State::osc)
+        takeInOsc(byte, sink);
+}
+
+void SequenceReader::takeInGround(std::uint8_t byte, const Sink& sink) {
+    const char text = static_cast<char>(byte);
+    if (byte == escape) {
+        begin(State::escape);
+    } else if (isControl(byte)) {
+        sink({.kind = Kind::control, .text = {&text, 1}});
+    } else if (isPlain(byte)) {
+        sink({.kind = Kind::text, .text = {&text, 1}});
+    } else if (const std::size_t length = lengthOfCharacter(byte); length > 0) {
+        begin(State::character);
+        characterBytes_ = length;
+        collect(byte);
+    } else if (byte >= 0xA0) {
+        sink({.kind = Kind::text, .text = replacement});
+    } else {
+        sink({.kind = Kind::dropped, .text = {&text, 1}}); // DEL, or a C1 control of eight bits
+    }
+}
+
+void SequenceReader::takeInCharacter(std::uint8_t byte, const Sink& sink) {
+    if (!isContinuation(byte)) {
+        begin(State::ground);
+        sink({.kind = Kind::text, .text = replacement});
+        take(byte, sink);
+        return;
+    }
+    collect(byte);
+    if (collected_.size() < characterBytes_)
+        return;
+    if (!Text::isValidUtf8(collected_))
+        collected_ = replacement;
+    finish(isC1(collected_) ? Kind::dropped : Kind::text, sink);
+}
+
+void SequenceReader::takeInEscape(std::uint8_t byte, const Sink& sink) {
+    constexpr std::string_view strings = "PX^_"; // DCS, SOS, PM and APC
+    const bool isFirst = collected_.empty();
+    if (isControl(byte)) {
+        const char control = static_cast<char>(byte);
+        sink({.kind = Kind::control, .text = {&control, 1}});
+    } else if (byte > erase) {
+        begin(State::ground);
+        take(byte, sink);
+    } else if (isFirst && byte == '[') {
+        begin(State::csi);
+    } else if (isFirst && byte == ']') {
+        begin(State::osc);
+    } else if (isFirst && strings.contains(static_cast<char>(byte))) {
+        begin(State::string);
+    } else if (byte != erase) {
+        collect(byte);
+        if (byte >= '0')
+            finish(Kind::escape, sink);
+    }
+}
+
+void SequenceReader::takeInCsi(std::uint8_t byte, const Sink& sink) {
+    if (isControl(byte)) {
+        const char control = static_cast<char>(byte);
+        sink({.kind = Kind::control, .text = {&control, 1}});
+    } else if (byte > erase) {
+        begin(State::ground);
+        take(byte, sink);
+    } else if (byte != erase) {
+        collect(byte);
+        if (byte >= '@')
+            finish(Kind::csi, sink);
+    }
+}
+
+void SequenceReader::takeInOsc(std::uint8_t byte, const Sink& sink) {
+    if (byte == bell)
+        finish(Kind::osc, sink);
+    else if (!isControl(byte))
+        collect(byte);
+}
+
+void SequenceReader::begin(State state) {
+    state_ = state;
+    collected_.clear();
+    isTooLong_ = false;
+}
+
+void SequenceReader::collect(std::uint8_t byte) {
+    if (collected_.size() < maxSequence)
+        collected_.push_back(static_cast<char>(byte));
+    else
+        isTooLong_ = true;
+}
+
+void SequenceReader::finish(Kind kind, const Sink& sink) {
+    state_ = State::ground;
+    sink({.kind = isTooLong_ ? Kind::dropped : kind, .text = collected_});
+    begin(State::ground);
+}
+
+} // namespace velmo

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "core/support/Bytes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace velmo {
+
+/// Splits what a program writes to a terminal into text and control sequences, as the state machine
+/// of the VT500 series does, for a terminal in UTF-8. It takes any bytes, cut anywhere, and keeps
+/// no more than `maxSequence` of them.
+class SequenceReader {
+public:
+    static constexpr std::size_t maxSequence = 1024; ///< bytes; a longer sequence has no meaning
+
+    enum class Kind {
+        text,    ///< printable characters in UTF-8; an ill-formed one is read as U+FFFD
+        control, ///< one byte, U+0000 to U+001F
+        escape,  ///< what follows ESC: intermediates and a final byte
+        csi,     ///< what follows ESC [: parameters, intermediates and a final byte
+        osc,     ///< what stands between ESC ] and its end, BEL or ESC backslash
+        dropped, ///< anything else: C1 controls, DCS and other strings, what is too long or broken
+    };
+
+    /// One piece of the stream. The text lives until the call of the sink returns.
+    struct Sequence {
+        Kind kind;
+        std::string_view text;
+    };
+
+    using Sink = std::function<void(const Sequence&)>;
+
+    /// Reads on and hands every piece that is complete to the sink, in order.
+    void read(ByteView bytes, const Sink& sink);
+
+    /// Does the same at the speed of a search for ESC: of text and controls outside of sequences it
+    /// reports nothing.
+    void readSequences(ByteView bytes, const Sink& sink);
+
+    /// Tells whether the stream stands between two pieces, inside neither a sequence nor a
+    /// character.
+    [[nodiscard]] bool isAtRest() const { return state_ == State::ground; }
+
+private:
+    enum class State : std::uint8_t { ground, character, escape, csi, osc, oscEscape, string };
+
+    void take(std::uint8_t byte, const Sink& sink);
+    void takeInGround(std::uint8_t byte, const Sink& sink);
+    void takeInCharacter(std::uint8_t byte, const Sink& sink);
+    void takeInEscape(std::uint8_t byte, const Sink& sink);
+    void takeInCsi(std::uint8_t byte, const Sink& sink);
+    void takeInOsc(std::uint8_t byte, const Sink& sink);
+    void begin(State state);
+    void collect(std::uint8_t byte);
+    void finish(Kind kind, const Sink& sink);
+    void noticeCutCharacter(ByteView text);
+
+    State state_ = State::ground;
+    std::string collected_;
+    std::size_t characterBytes_ = 0; ///< of the character that is being read
+    bool isTooLong_ = false;
+};
+
+} // namespace velmo

@@ -1,0 +1,248 @@
+#pragma once
+
+#include "core/terminal/AttachTicket.h"
+#include "sessions/SessionHost.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmo {
+
+/// A program that writes what it is told to, and remembers what was done to it.
+class FakeProgram final : public Program {
+public:
+    [[nodiscard]] std::uint32_t pid() const override { return 4711; }
+
+    [[nodiscard]] Output read(std::span<std::uint8_t> room) override {
+        const std::size_t count = std::min({room.size(), output.size(), mostAtOnce});
+        std::ranges::copy(output.substr(0, count), room.begin());
+        output.erase(0, count);
+        return {.bytes = count, .isOver = count == 0 && isOver};
+    }
+
+    [[nodiscard]] std::size_t write(ByteView keys) override {
+        const std::size_t count = std::min(keys.size(), appetite);
+        appetite -= count;
+        typed += textOf(keys.first(count));
+        return count;
+    }
+
+    void setSize(PtyFrame::Size size) override { sizes.push_back(size); }
+
+    void signalForeground(int signal) override { signals.push_back(signal); }
+
+    void signalAll(int signal) override { endings.push_back(signal); }
+
+    void watch(bool readable, bool writable) override {
+        watchesOutput = readable;
+        watchesInput = writable;
+    }
+
+    std::string output;                ///< to be read
+    bool isOver = false;               ///< after that
+    std::size_t mostAtOnce = SIZE_MAX; ///< bytes that one read gets
+    std::string typed;                 ///< what has arrived
+    std::size_t appetite = SIZE_MAX;   ///< bytes that it will still take
+    std::vector<PtyFrame::Size> sizes; ///< that were set
+    std::vector<int> signals;          ///< to the foreground
+    std::vector<int> endings;          ///< to everything
+    bool watchesOutput = false;
+    bool watchesInput = false;
+};
+
+/// A peer, as the host sees it.
+class FakeConnection final : public Connection {
+public:
+    [[nodiscard]] std::optional<std::size_t> send(std::span<const ByteView> pieces) override {
+        if (isGone)
+            return std::nullopt;
+        std::size_t sent = 0;
+        for (const ByteView piece : pieces) {
+            const std::size_t count = std::min(piece.size(), room);
+            received += textOf(piece.first(count));
+            room -= count;
+            sent += count;
+        }
+        return sent;
+    }
+
+    void watch(bool readable, bool writable) override {
+        watchesInput = readable;
+        watchesRoom = writable;
+    }
+
+    void close() override { isClosed = true; }
+
+    std::string received;        ///< by the peer
+    std::size_t room = SIZE_MAX; ///< bytes that the peer will still take
+    bool isGone = false;
+    bool isClosed = false;
+    bool watchesInput = false;
+    bool watchesRoom = false;
+};
+
+/// A session host with all that is around it, in one process and with a clock that tests move.
+class SessionWorld final : public Programs, public TicketStore, public Pty::FileSystem {
+public:
+    using Door = SessionHost::Door;
+
+    [[nodiscard]] std::shared_ptr<Program> start(SessionNumber session, const SpawnRequest& request,
+                                                 const Pty::Environment& environment) override {
+        if (startFails)
+            return nullptr;
+        lastRequest = request;
+        lastEnvironment = environment;
+        return programs[session] = std::make_shared<FakeProgram>();
+    }
+
+    [[nodiscard]] std::string folder() const override { return "/private"; }
+
+    [[nodiscard]] bool write(const std::string& name, std::string_view content) override {
+        return files.emplace(name, content).second;
+    }
+
+    void remove(const std::string& name) override { files.erase(name); }
+
+    // A disk with shells and one home.
+    [[nodiscard]] std::optional<std::string> realpath(std::string_view path) const override {
+        return std::string(path);
+    }
+
+    [[nodiscard]] bool isDirectory(std::string_view path) const override {
+        return path.starts_with("/home/me");
+    }
+
+    [[nodiscard]] bool isExecutable(std::string_view path) const override {
+        return path != "/bin/zsh";
+    }
+
+    [[nodiscard]] bool isWorldWritable(std::string_view /*path*/) const override { return false; }
+
+    [[nodiscard]] std::optional<std::string> home(const Pty::Environment&) const override {
+        return "/home/me";
+    }
+
+    /// Connects a peer, whose connection stays in `peers`.
+    PeerId connect(Door door) {
+        const PeerId peer{++lastPeer};
+        peers[peer] = std::make_shared<FakeConnection>();
+        host.connected(peer, peers[peer], door);
+        return peer;
+    }
+
+    void receive(PeerId peer, std::string_view bytes) { host.received(peer, bytesOf(bytes)); }
+
+    void receive(PeerId peer, ByteView bytes) { host.received(peer, bytes); }
+
+    /// Makes one call on a connection of its own and returns the reply.
+    SessionReplyLine call(const SessionCallLine& call) {
+        const PeerId peer = connect(Door::control);
+        receive(peer, encodeJson(call).value() + "\n");
+        const std::string reply = peers[peer]->received;
+        host.gone(peer);
+        return decodeRecord<SessionReplyLine>(reply).value_or(SessionReplyLine{});
+    }
+
+    static SessionCallLine startCall(std::string_view program = "/bin/bash") {
+        return {.call = SessionCall::start,
+                .words = std::vector<std::string>{"--cwd", "/home/me", "--cols", "80", "--rows",
+                                                  "24", "--", std::string(program), "-l"}};
+    }
+
+    /// Starts a shell and returns the session's id.
+    std::string startShell() { return call(startCall()).session.value_or(""); }
+
+    /// Returns the ticket that the host writes for the session.
+    std::optional<PtyAttach::Ticket> ticketFor(const std::string& session) {
+        const auto reply = call({.call = SessionCall::ticket, .session = session});
+        if (!reply.ticket)
+            return std::nullopt;
+        return PtyAttach::parseTicket(files.at(reply.ticket->substr(folder().size() + 1)));
+    }
+
+    /// Lets events happen until nothing is left that the host watches for.
+    void settle() {
+        while (stepPrograms() || stepPeers()) {
+        }
+    }
+
+    /// Lets time pass, with everything that falls due on the way.
+    void pass(double seconds) {
+        const double end = now + seconds;
+        settle();
+        for (auto due = host.deadline(); due && due->seconds <= end; due = host.deadline()) {
+            now = std::max(now, due->seconds);
+            host.timePasses();
+            settle();
+        }
+        now = end;
+    }
+
+    [[nodiscard]] FakeProgram& program(std::uint64_t number = 1) const {
+        return *programs.at(SessionNumber{number});
+    }
+
+    void end(std::int32_t waitStatus, std::uint64_t number = 1) {
+        host.programEnded(SessionNumber{number}, waitStatus);
+    }
+
+    double now = 1000;
+    bool startFails = false;
+    std::map<SessionNumber, std::shared_ptr<FakeProgram>> programs;
+    std::map<PeerId, std::shared_ptr<FakeConnection>> peers;
+    std::map<std::string, std::string> files; ///< tickets, by name
+    SpawnRequest lastRequest;
+    Pty::Environment lastEnvironment;
+    std::uint64_t lastPeer = 0;
+    std::uint64_t lastRandom = 0;
+    SessionHost host{{.programs = *this,
+                      .tickets = *this,
+                      .files = *this,
+                      .steadyTime = [this] { return SteadyTime{now}; },
+                      .wallTime = [this] { return WallTime{now + 1e9}; },
+                      .random =
+                          [this](std::span<std::uint8_t> bytes) {
+                              for (std::uint8_t& byte : bytes) {
+                                  lastRandom = lastRandom * 6364136223846793005U + 1;
+                                  byte = static_cast<std::uint8_t>(lastRandom >> 56);
+                              }
+                          },
+                      .log = [](std::string_view) {}}};
+
+private:
+    bool stepPrograms() {
+        bool any = false;
+        for (const auto& [session, program] : programs) {
+            if (program.use_count() == 1)
+                continue; // the host has closed it
+            const bool hasOutput = !program->output.empty() || program->isOver;
+            if ((program->watchesOutput && hasOutput)
+                || (program->watchesInput && program->appetite > 0)) {
+                host.programReady(session);
+                any = true;
+            }
+        }
+        return any;
+    }
+
+    bool stepPeers() {
+        bool any = false;
+        for (const auto& [peer, connection] : peers) {
+            if (!connection->isClosed && connection->watchesRoom
+                && (connection->room > 0 || connection->isGone)) {
+                host.writable(peer);
+                any = true;
+            }
+        }
+        return any;
+    }
+};
+
+} // namespace velmo

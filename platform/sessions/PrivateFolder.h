@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/posix/Descriptor.h"
+#include "sessions/TicketStore.h"
+
+#include <sys/types.h>
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmo {
+
+/// The folder that only its user may enter, with the session host's sockets, tickets, lock and log.
+/// Files in it are reached through its descriptor; links are never followed.
+class PrivateFolder final : public TicketStore {
+public:
+    static constexpr const char* controlSocket = "control.sock";
+    static constexpr const char* lockFile = "host.lock";
+    static constexpr const char* logFile = "host.log";
+
+    /// Returns where the folder is or would be: "velmo-term" in the folder that the system gives
+    /// each user. Absent if it gives none.
+    static std::optional<std::string> locate();
+
+    /// Opens the folder, or makes it. The error says what is wrong with it.
+    static std::expected<PrivateFolder, std::string> make();
+
+    [[nodiscard]] std::string folder() const override { return path_; }
+
+    [[nodiscard]] bool write(const std::string& name, std::string_view content) override;
+    void remove(const std::string& name) override;
+
+    /// Takes the right to serve, which lasts until the descriptor is closed. The error is the
+    /// process id of the host that has it, or 0 if that is unknown.
+    [[nodiscard]] std::expected<Descriptor, pid_t> lock() const;
+
+    /// Removes what a host that is gone may have left.
+    void removeTickets() const;
+
+    /// Opens the log for appending.
+    [[nodiscard]] Descriptor openLog() const;
+
+    /// Marks everything in the folder as in use: some systems remove what has not been touched for
+    /// days.
+    void touch() const;
+
+    /// Tells whether the name is still there, and the folder is still the one that was opened.
+    [[nodiscard]] bool has(const std::string& name) const;
+
+    [[nodiscard]] std::string path(std::string_view name) const;
+
+private:
+    PrivateFolder(std::string path, Descriptor descriptor)
+        : path_(std::move(path)), descriptor_(std::move(descriptor)) {}
+
+    std::string path_;
+    Descriptor descriptor_;
+};
+
+} // namespace velmo

@@ -1,0 +1,45 @@
+#include "platform/sessions/SessionProcesses.h"
+
+#include "platform/sessions/PseudoTerminal.h"
+
+#include <sys/stat.h>
+#include <sys/sysctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <vector>
+
+namespace velmo {
+
+/// The system lists the processes on a terminal. Those that have left it, as daemons do, have left
+/// the session's windows too.
+std::set<pid_t> processGroupsOf(pid_t leader, int terminal) {
+    std::set<pid_t> groups{leader};
+    const char* const name = ::ptsname(terminal);
+    struct stat status{};
+    if (name == nullptr || ::stat(name, &status) != 0)
+        return groups;
+    std::array<int, 4> query{CTL_KERN, KERN_PROC, KERN_PROC_TTY, static_cast<int>(status.st_rdev)};
+    std::size_t size = 0;
+    if (::sysctl(query.data(), query.size(), nullptr, &size, nullptr, 0) != 0)
+        return groups;
+    std::vector<kinfo_proc> processes(size / sizeof(kinfo_proc) + 8);
+    size = processes.size() * sizeof(kinfo_proc);
+    if (::sysctl(query.data(), query.size(), processes.data(), &size, nullptr, 0) != 0)
+        return groups;
+    processes.resize(size / sizeof(kinfo_proc));
+    for (const kinfo_proc& process : processes) {
+        if (process.kp_eproc.e_pgid > 1)
+            groups.insert(process.kp_eproc.e_pgid);
+    }
+    return groups;
+}
+
+void closeDescriptorsFrom(int first) {
+    const int end = ::getdtablesize();
+    for (int descriptor = first; descriptor < end; ++descriptor)
+        ::close(descriptor);
+}
+
+} // namespace velmo

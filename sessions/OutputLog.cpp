@@ -1,0 +1,48 @@
+#include "sessions/OutputLog.h"
+
+#include <algorithm>
+
+namespace velmo {
+
+std::span<std::uint8_t> OutputLog::room() {
+    if (!memory_)
+        memory_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
+    while (end_ - begin_ > kept) {
+        const ByteView oldest = at(begin_, static_cast<std::size_t>(end_ - begin_ - kept));
+        modes_.follow(oldest);
+        begin_ += oldest.size();
+    }
+    const auto offset = static_cast<std::size_t>(end_ % capacity);
+    return {memory_.get() + offset, std::min(maxRead, capacity - offset)};
+}
+
+ByteView OutputLog::at(Position position, std::size_t max) const {
+    const auto offset = static_cast<std::size_t>(position % capacity);
+    const auto left = static_cast<std::size_t>(end_ - position);
+    return {memory_.get() + offset, std::min({max, left, capacity - offset})};
+}
+
+OutputLog::Start OutputLog::replayStart() const {
+    if (begin_ == 0)
+        return {.position = 0, .sequences = ""};
+    TerminalModes modes = modes_;
+    Position position = begin_;
+    while (position < end_) {
+        const ByteView piece = at(position, kept);
+        const auto line = std::ranges::find(piece, std::uint8_t{'\n'});
+        const bool endsLine = line != piece.end();
+        const auto length = static_cast<std::size_t>(line - piece.begin()) + (endsLine ? 1 : 0);
+        modes.follow(piece.first(length));
+        position += length;
+        if (endsLine && modes.isAtRest())
+            break;
+    }
+    return {.position = position, .sequences = modes.sequences()};
+}
+
+void OutputLog::clear() {
+    memory_.reset();
+    begin_ = end_;
+}
+
+} // namespace velmo

@@ -1,0 +1,474 @@
+#include "sessions/SessionHost.h"
+
+#include "core/support/Base64.h"
+#include "core/support/PathText.h"
+#include "core/support/Text.h"
+#include "core/terminal/AttachTicket.h"
+#include "sessions/AttachMessages.h"
+#include "sessions/SpawnRefusal.h"
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+constexpr std::size_t tokenBytes = 32;
+constexpr std::size_t maxNameBytes = 256;
+
+/// Reads the entries of an environment; what is not "KEY=VALUE" is left out.
+Pty::Environment environmentOf(const SessionCallLine& call) {
+    Pty::Environment environment;
+    for (const std::string& entry : call.environment.value_or(std::vector<std::string>())) {
+        const std::size_t end = entry.find('=');
+        if (end != std::string::npos)
+            environment.insert_or_assign(entry.substr(0, end), entry.substr(end + 1));
+    }
+    return environment;
+}
+
+SteadyTime after(SteadyTime moment, double seconds) {
+    return {moment.seconds + seconds};
+}
+
+} // namespace
+
+SessionHost::SessionHost(Services services) : services_(std::move(services)) {
+}
+
+void SessionHost::connected(PeerId peer, std::shared_ptr<Connection> connection, Door door) {
+    if (strangers_ == maxStrangers) {
+        connection->close();
+        return;
+    }
+    ++strangers_;
+    connection->watch(true, false);
+    peers_.emplace(peer, Stranger{.connection = std::move(connection),
+                                  .door = door,
+                                  .since = services_.steadyTime()});
+}
+
+void SessionHost::received(PeerId peer, ByteView bytes) {
+    if (Stranger* const stranger = strangerOf(peer)) {
+        receivedByStranger(peer, *stranger, bytes);
+        return;
+    }
+    withSessionOf(peer, [&](TerminalSession& session) {
+        session.received(peer, bytes, services_.steadyTime());
+    });
+}
+
+void SessionHost::writable(PeerId peer) {
+    if (Stranger* const stranger = strangerOf(peer)) {
+        sendReply(peer, *stranger);
+        takeCalls(peer);
+        return;
+    }
+    withSessionOf(peer,
+                  [&](TerminalSession& session) { session.writable(services_.steadyTime()); });
+}
+
+void SessionHost::gone(PeerId peer) {
+    if (strangerOf(peer) != nullptr) {
+        drop(peer);
+        return;
+    }
+    withSessionOf(peer,
+                  [&](TerminalSession& session) { session.gone(peer, services_.steadyTime()); });
+}
+
+void SessionHost::programReady(SessionNumber session) {
+    withSession(session,
+                [&](TerminalSession& ready) { ready.programReadable(services_.steadyTime()); });
+}
+
+void SessionHost::programEnded(SessionNumber session, std::int32_t waitStatus) {
+    withSession(session, [&](TerminalSession& ended) {
+        ended.programEnded(waitStatus, services_.steadyTime());
+    });
+}
+
+template<class Action>
+void SessionHost::withSessionOf(PeerId peer, const Action& action) {
+    const auto found = peers_.find(peer);
+    if (found != peers_.end())
+        withSession(std::get<SessionNumber>(found->second), action);
+}
+
+template<class Action>
+void SessionHost::withSession(SessionNumber number, const Action& action) {
+    const auto found = sessions_.find(number);
+    if (found == sessions_.end())
+        return;
+    action(found->second);
+    settle(found->second);
+}
+
+/// Notes who has left.
+void SessionHost::settle(TerminalSession& session) {
+    for (const PeerId peer : session.takeLeft())
+        peers_.erase(peer);
+    session.noteDate(services_.wallTime());
+}
+
+void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
+    if (stranger.door == Door::attach) {
+        greet(peer, stranger, bytes);
+        return;
+    }
+    stranger.line.append(textOf(bytes));
+    takeCalls(peer);
+}
+
+void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
+    // A client waits for the answer to its greeting, so that nothing stands behind the greeting.
+    auto frames = stranger.greeting.feed(bytes);
+    if (frames && frames->empty())
+        return;
+    const auto* const control = frames && frames->size() == 1
+                                    ? std::get_if<PtyAttach::ControlObject>(&frames->front())
+                                    : nullptr;
+    const auto message =
+        control == nullptr ? std::nullopt : PtyAttach::clientMessage(control->object());
+    const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
+    if (hello == nullptr) {
+        refuse(peer, stranger, "bad-hello");
+        return;
+    }
+    const auto number = redeem(hello->token);
+    const auto session = number ? sessions_.find(*number) : sessions_.end();
+    if (session == sessions_.end()) {
+        refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
+    } else if (session->second.endedSince()) {
+        refuse(peer, stranger, rawText(SessionRefusal::ended));
+    } else if (session->second.viewerCount() == TerminalSession::maxViewers) {
+        refuse(peer, stranger, rawText(SessionRefusal::limit));
+    } else {
+        auto viewer =
+            std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
+        viewer->size = hello->size;
+        watch(peer, std::move(viewer), session->second);
+    }
+}
+
+void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code) {
+    stranger.reply = textOf(PtyAttach::errorFrame(code));
+    stranger.isClosing = true;
+    sendReply(peer, stranger);
+}
+
+/// Makes a viewer of a stranger.
+void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session) {
+    --strangers_;
+    peers_.insert_or_assign(peer, session.identity().number);
+    session.attach(std::move(viewer), services_.steadyTime(), services_.wallTime());
+    settle(session);
+}
+
+/// Answers the calls that have come whole, one by one: the next is looked at once the reply to the
+/// one before has gone.
+void SessionHost::takeCalls(PeerId peer) {
+    while (Stranger* const stranger = strangerOf(peer)) {
+        if (!stranger->reply.empty())
+            return;
+        const std::size_t end = stranger->line.find('\n');
+        const bool isWhole = end != std::string::npos;
+        if ((isWhole ? end : stranger->line.size()) >= maxSessionLine) {
+            drop(peer);
+            return;
+        }
+        stranger->connection->watch(!isWhole, false);
+        if (!isWhole)
+            return;
+        const std::string line = stranger->line.substr(0, end);
+        stranger->line.erase(0, end + 1);
+        stranger->since = services_.steadyTime();
+        take(peer, *stranger, line);
+    }
+}
+
+void SessionHost::take(PeerId peer, Stranger& stranger, std::string_view line) {
+    const auto call = decodeRecord<SessionCallLine>(line);
+    stranger.isClosing = !call;
+    if (!call)
+        answer(peer, stranger, std::unexpected(SessionRefusal::call));
+    else if (call->call == SessionCall::stream)
+        stream(peer, stranger, *call);
+    else
+        answer(peer, stranger, perform(*call));
+}
+
+SessionHost::Reply SessionHost::perform(const SessionCallLine& call) {
+    switch (call.call) {
+    case SessionCall::start:
+        return start(call);
+    case SessionCall::list:
+        return list();
+    case SessionCall::ticket:
+        return ticket(call);
+    case SessionCall::end:
+        return end(call);
+    case SessionCall::stream:
+        break;
+    }
+    return std::unexpected(SessionRefusal::call);
+}
+
+void SessionHost::answer(PeerId peer, Stranger& stranger, const Reply& reply) {
+    const SessionReplyLine line =
+        reply ? *reply : SessionReplyLine{.reason = std::string(rawText(reply.error()))};
+    stranger.reply = encodeJson(line).value() + "\n"; // texts and finite numbers
+    sendReply(peer, stranger);
+}
+
+void SessionHost::sendReply(PeerId peer, Stranger& stranger) {
+    while (!stranger.reply.empty()) {
+        const auto sent = stranger.connection->send(std::array{bytesOf(stranger.reply)});
+        if (!sent) {
+            drop(peer);
+            return;
+        }
+        if (*sent == 0) {
+            stranger.connection->watch(false, true);
+            return;
+        }
+        stranger.reply.erase(0, *sent);
+    }
+    if (stranger.isClosing)
+        drop(peer);
+}
+
+/// Returns the peer if it watches no session.
+SessionHost::Stranger* SessionHost::strangerOf(PeerId peer) {
+    const auto found = peers_.find(peer);
+    return found == peers_.end() ? nullptr : std::get_if<Stranger>(&found->second);
+}
+
+void SessionHost::drop(PeerId peer) {
+    const auto found = peers_.find(peer);
+    std::get<Stranger>(found->second).connection->close();
+    peers_.erase(found);
+    --strangers_;
+}
+
+SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
+    if (!call.words)
+        return std::unexpected(SessionRefusal::call);
+    forgetEnded(services_.steadyTime());
+    const auto running = std::ranges::count_if(
+        sessions_, [](const auto& session) { return !session.second.endedSince(); });
+    if (std::cmp_greater_equal(running, maxSessions))
+        return std::unexpected(SessionRefusal::limit);
+    const Pty::Environment environment = environmentOf(call);
+    auto request = Pty::parseSpawn(*call.words, environment, services_.files);
+    if (!request)
+        return std::unexpected(refusalOf(*call.words, environment, services_.files));
+    auto name = nameFor(call, request->argv.front());
+    if (!name)
+        return std::unexpected(name.error());
+
+    const SessionNumber number{++lastSession_};
+    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
+    if (!program)
+        return std::unexpected(SessionRefusal::system);
+    const std::string id = "s_" + randomHex(8);
+    services_.log("session " + id + " started: " + request->program);
+    sessions_.emplace(number, TerminalSession({.number = number,
+                                               .id = id,
+                                               .name = *std::move(name),
+                                               .request = *std::move(request),
+                                               .since = services_.wallTime()},
+                                              std::move(program)));
+    return SessionReplyLine{.ok = true, .session = id};
+}
+
+std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,
+                                                                std::string_view program) const {
+    if (call.name) {
+        const std::string name = PtyAttach::sanitizeTitle(*call.name);
+        if (name.empty() || name.size() > maxNameBytes || PtyAttach::isSessionId(name))
+            return std::unexpected(SessionRefusal::words);
+        if (isNameTaken(name))
+            return std::unexpected(SessionRefusal::name);
+        return name;
+    }
+    const std::string tool(PathText::lastComponent(program));
+    std::string name = tool;
+    for (std::size_t i = 2; isNameTaken(name); ++i)
+        name = tool + "-" + std::to_string(i);
+    return name;
+}
+
+bool SessionHost::isNameTaken(std::string_view name) const {
+    return std::ranges::any_of(sessions_, [&](const auto& session) {
+        return !session.second.endedSince() && session.second.identity().name == name;
+    });
+}
+
+SessionHost::Reply SessionHost::list() const {
+    std::vector<SessionEntry> entries;
+    for (const auto& [number, session] : sessions_)
+        entries.push_back(session.entry());
+    return SessionReplyLine{.ok = true, .sessions = std::move(entries)};
+}
+
+/// A running session of the name goes before those that have ended, of which the last is meant.
+std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCallLine& call) const {
+    if (!call.session)
+        return std::unexpected(SessionRefusal::call);
+    std::optional<SessionNumber> ended;
+    for (const auto& [number, session] : sessions_) {
+        const auto& identity = session.identity();
+        if (identity.id != *call.session && identity.name != *call.session)
+            continue;
+        if (!session.endedSince())
+            return number; // no two that run have the same name
+        ended = number;
+    }
+    return std::unexpected(ended ? SessionRefusal::ended : SessionRefusal::unknown);
+}
+
+SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    if (tickets_.size() == maxTickets)
+        return std::unexpected(SessionRefusal::limit);
+    const std::string folder = services_.tickets.folder();
+    const PtyAttach::Ticket ticket{.endpoint = PathText::join(folder, PtyAttach::socketName),
+                                   .token = randomToken(),
+                                   .session = sessions_.at(*session).identity().id};
+    const std::string file = "a-" + randomHex(16) + ".json";
+    const auto content = encodeJson(ticket);
+    if (!content || content->size() > PtyAttach::maxTicketBytes
+        || !services_.tickets.write(file, *content))
+        return std::unexpected(SessionRefusal::system);
+    tickets_.emplace(ticket.token, Ticket{.session = *session,
+                                          .file = file,
+                                          .expiry = after(services_.steadyTime(), ticketLife)});
+    return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
+}
+
+/// Whoever shows a token first gets in by it.
+std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
+    expireTickets(services_.steadyTime());
+    auto ticket = tickets_.extract(token);
+    if (ticket.empty())
+        return std::nullopt;
+    services_.tickets.remove(ticket.mapped().file);
+    return ticket.mapped().session;
+}
+
+void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
+    const auto number = find(call);
+    if (!number || sessions_.at(*number).viewerCount() == TerminalSession::maxViewers) {
+        answer(peer, stranger, std::unexpected(number ? SessionRefusal::limit : number.error()));
+        return;
+    }
+    auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
+    viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
+    const std::string rest = std::move(stranger.line); // frames that were sent ahead
+    TerminalSession& session = sessions_.at(*number);
+    watch(peer, std::move(viewer), session);
+    if (!rest.empty())
+        received(peer, bytesOf(rest));
+}
+
+SessionHost::Reply SessionHost::end(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    withSession(*session, [&](TerminalSession& ended) { ended.end(services_.steadyTime()); });
+    return SessionReplyLine{.ok = true};
+}
+
+std::optional<SteadyTime> SessionHost::deadline() const {
+    std::optional<SteadyTime> earliest;
+    const auto consider = [&](std::optional<SteadyTime> time) {
+        if (time && (!earliest || *time < *earliest))
+            earliest = time;
+    };
+    for (const auto& [number, session] : sessions_) {
+        consider(session.deadline());
+        consider(session.endedSince().transform(
+            [](SteadyTime end) { return after(end, TerminalSession::memory); }));
+    }
+    for (const auto& [token, ticket] : tickets_)
+        consider(ticket.expiry);
+    for (const auto& [id, peer] : peers_) {
+        if (const auto* const stranger = std::get_if<Stranger>(&peer))
+            consider(after(stranger->since, strangerPatience));
+    }
+    return earliest;
+}
+
+void SessionHost::timePasses() {
+    const SteadyTime now = services_.steadyTime();
+    expireTickets(now);
+    for (auto& [number, session] : sessions_) {
+        session.timePasses(now);
+        settle(session);
+    }
+    forgetEnded(now);
+    std::vector<PeerId> silent;
+    for (const auto& [id, peer] : peers_) {
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && now - stranger->since >= strangerPatience)
+            silent.push_back(id);
+    }
+    std::ranges::for_each(silent, [this](PeerId peer) { drop(peer); });
+}
+
+void SessionHost::expireTickets(SteadyTime now) {
+    std::erase_if(tickets_, [&](const auto& ticket) {
+        const bool expired = ticket.second.expiry <= now;
+        if (expired)
+            services_.tickets.remove(ticket.second.file);
+        return expired;
+    });
+}
+
+/// Forgets the sessions that ended long ago, and the oldest of too many.
+void SessionHost::forgetEnded(SteadyTime now) {
+    auto ended = std::ranges::count_if(
+        sessions_, [](const auto& session) { return session.second.endedSince().has_value(); });
+    for (auto session = sessions_.begin(); session != sessions_.end();) {
+        const auto since = session->second.endedSince();
+        const bool forget =
+            since && session->second.viewerCount() == 0
+            && (now - *since >= TerminalSession::memory || std::cmp_greater(ended, maxEnded));
+        if (!forget) {
+            ++session;
+            continue;
+        }
+        --ended;
+        session = sessions_.erase(session);
+    }
+}
+
+std::string SessionHost::randomHex(std::size_t bytes) const {
+    constexpr std::string_view digits = "0123456789abcdef";
+    Bytes random(bytes);
+    services_.random(random);
+    std::string text;
+    for (const std::uint8_t byte : random) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+/// Returns 256 random bits in 43 characters.
+std::string SessionHost::randomToken() const {
+    Bytes random(tokenBytes);
+    services_.random(random);
+    std::string token = Base64::encode(random);
+    token.pop_back(); // the padding
+    std::ranges::replace(token, '+', '-');
+    std::ranges::replace(token, '/', '_');
+    return token;
+}
+
+} // namespace velmo

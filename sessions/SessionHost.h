@@ -1,0 +1,137 @@
+#pragma once
+
+#include "core/support/Bytes.h"
+#include "core/support/Time.h"
+#include "core/terminal/Pty.h"
+#include "sessions/Connection.h"
+#include "sessions/Program.h"
+#include "sessions/SessionCalls.h"
+#include "sessions/TerminalSession.h"
+#include "sessions/TicketStore.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace velmo {
+
+/// Owns the terminal sessions of one user: starts programs, lets viewers in, answers the calls of
+/// the control socket, and keeps to the limits. Everything happens on one thread; what happens
+/// outside is told by the calls below, and time passes only by `timePasses`.
+class SessionHost {
+public:
+    /// Everything the host reaches outside itself; it must outlive the host.
+    struct Services {
+        Programs& programs;
+        TicketStore& tickets;
+        const Pty::FileSystem& files;
+        std::function<SteadyTime()> steadyTime;
+        std::function<WallTime()> wallTime;
+        std::function<void(std::span<std::uint8_t>)> random; ///< fills with unguessable bytes
+        std::function<void(std::string_view message)> log;
+    };
+
+    /// The two sockets.
+    enum class Door { attach, control };
+
+    static constexpr std::size_t maxSessions = 64; ///< that run
+    static constexpr std::size_t maxEnded = 256;   ///< that are remembered
+    static constexpr std::size_t maxTickets = 64;
+    static constexpr std::size_t maxStrangers = 64; ///< connections that watch no session
+
+    static constexpr double ticketLife = 30.0;       ///< seconds until a ticket expires
+    static constexpr double strangerPatience = 10.0; ///< seconds for a greeting, or for a call
+
+    explicit SessionHost(Services services);
+
+    /// A peer of this user has connected. One too many is closed at once.
+    void connected(PeerId peer, std::shared_ptr<Connection> connection, Door door);
+
+    // What happened to a connection that is watched. A peer that is not known is ignored.
+    void received(PeerId peer, ByteView bytes);
+    void writable(PeerId peer);
+    void gone(PeerId peer);
+
+    // What happened to a program. A session that is not known is ignored.
+    void programReady(SessionNumber session); ///< there is output, or room for input
+    void programEnded(SessionNumber session, std::int32_t waitStatus);
+
+    /// Returns when `timePasses` is due next, if it is at all.
+    [[nodiscard]] std::optional<SteadyTime> deadline() const;
+    void timePasses();
+
+    /// Tells whether there is no session, ended ones included, and nobody is connected.
+    [[nodiscard]] bool isIdle() const { return sessions_.empty() && peers_.empty(); }
+
+private:
+    struct Ticket {
+        SessionNumber session;
+        std::string file;
+        SteadyTime expiry;
+    };
+
+    /// One who has connected and watches no session yet.
+    struct Stranger {
+        std::shared_ptr<Connection> connection;
+        Door door;
+        SteadyTime since;
+        AttachDecoder greeting; ///< of the attach socket
+        std::string line;       ///< of the control socket: what has come of the next call
+        std::string reply;      ///< what is left to send
+        bool isClosing = false; ///< once the reply has gone
+    };
+
+    using Peer = std::variant<Stranger, SessionNumber>; ///< whom it is, or what it watches
+    using Reply = std::expected<SessionReplyLine, SessionRefusal>;
+    using Sessions = std::map<SessionNumber, TerminalSession>;
+
+    void receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes);
+    void greet(PeerId peer, Stranger& stranger, ByteView bytes);
+    void refuse(PeerId peer, Stranger& stranger, std::string_view code);
+    void takeCalls(PeerId peer);
+    void take(PeerId peer, Stranger& stranger, std::string_view line);
+    Reply perform(const SessionCallLine& call);
+    Reply start(const SessionCallLine& call);
+    Reply list() const;
+    Reply ticket(const SessionCallLine& call);
+    Reply end(const SessionCallLine& call);
+    void stream(PeerId peer, Stranger& stranger, const SessionCallLine& call);
+    void answer(PeerId peer, Stranger& stranger, const Reply& reply);
+    void sendReply(PeerId peer, Stranger& stranger);
+    Stranger* strangerOf(PeerId peer);
+    void drop(PeerId peer);
+    void watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session);
+    std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
+    std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
+                                                       std::string_view program) const;
+    bool isNameTaken(std::string_view name) const;
+    std::optional<SessionNumber> redeem(const std::string& token);
+    void settle(TerminalSession& session);
+    void expireTickets(SteadyTime now);
+    void forgetEnded(SteadyTime now);
+    std::string randomHex(std::size_t bytes) const;
+    std::string randomToken() const;
+
+    template<class Action>
+    void withSession(SessionNumber number, const Action& action);
+    template<class Action>
+    void withSessionOf(PeerId peer, const Action& action);
+
+    Services services_;
+    Sessions sessions_;
+    std::map<PeerId, Peer> peers_;
+    std::map<std::string, Ticket> tickets_; ///< by token
+    std::size_t strangers_ = 0;
+    std::uint64_t lastSession_ = 0;
+};
+
+} // namespace velmo

@@ -1,0 +1,311 @@
+#include "sessions/TerminalSession.h"
+
+#include "core/terminal/Pty.h"
+#include "core/terminal/PtyAttach.h"
+#include "sessions/AttachMessages.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+/// Output that is read before the viewers get it: one full frame.
+constexpr std::size_t maxBurst = OutputLog::maxRead;
+
+/// What a terminal gets that shows an old state of the session, before the replay.
+const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
+
+Bytes exitFrame(const Viewer& viewer, int code) {
+    return viewer.isWindow() ? PtyAttach::exitFrame(code) : PtyFrame::exit(code);
+}
+
+} // namespace
+
+TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> program)
+    : identity_(std::move(identity)),
+      program_(std::move(program)),
+      size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      countChanged_(identity_.since) {
+    program_->watch(true, false);
+}
+
+void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
+    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
+                                    : PtyFrame::ready(program_->pid()));
+    viewer->replay(log_, "");
+    viewer->activity = ++activities_;
+    viewers_.push_back(std::move(viewer));
+    noteDate(date);
+    applySize();
+    if (log_.end() > 0)
+        redraw();
+    update(now);
+}
+
+void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
+    Viewer* const viewer = find(peer);
+    if (viewer == nullptr)
+        return;
+    auto inputs = viewer->decode(bytes);
+    if (inputs)
+        std::ranges::move(*inputs, std::back_inserter(viewer->inputs));
+    else
+        leave(*viewer);
+    update(now);
+}
+
+void TerminalSession::gone(PeerId peer, SteadyTime now) {
+    if (Viewer* const viewer = find(peer))
+        leave(*viewer);
+    update(now);
+}
+
+void TerminalSession::programReadable(SteadyTime now) {
+    readProgram(now);
+    update(now);
+}
+
+void TerminalSession::programEnded(std::int32_t waitStatus, SteadyTime now) {
+    exitCode_ = Pty::exitCode(waitStatus);
+    drainUntil_ = SteadyTime{now.seconds + drainPatience};
+    programReadable(now);
+}
+
+void TerminalSession::readProgram(SteadyTime now) {
+    std::size_t burst = 0;
+    while (program_ && !outputIsOver_ && burst < maxBurst && !mustWait(now)) {
+        const Program::Output output = program_->read(log_.room());
+        log_.commit(output.bytes);
+        burst += output.bytes;
+        outputIsOver_ = output.isOver;
+        if (output.bytes == 0)
+            break;
+    }
+}
+
+/// Tells whether the program has to wait for a viewer that does not keep up.
+bool TerminalSession::mustWait(SteadyTime now) {
+    bool waits = false;
+    for (const auto& viewer : viewers_) {
+        const std::size_t behind = viewer->behind(log_);
+        if (behind < Viewer::caughtUp) {
+            viewer->isWaitedFor = true;
+            viewer->blockedSince.reset();
+        } else if (viewer->isWaitedFor && behind > Viewer::window) {
+            if (!viewer->blockedSince)
+                viewer->blockedSince = now;
+            waits = true;
+        }
+    }
+    return waits;
+}
+
+void TerminalSession::update(SteadyTime now) {
+    isInputFull_ = false;
+    for (const auto& viewer : viewers_)
+        obey(*viewer);
+    applySize();
+    if (exitCode_ && outputIsOver_)
+        finish(now);
+    const Viewer* const first = leader();
+    for (const auto& viewer : viewers_)
+        show(*viewer, viewer.get() == first, now);
+    if (program_ && !endedSince_)
+        program_->watch(!outputIsOver_ && !mustWait(now), isInputFull_);
+    sweep();
+}
+
+/// Does what the viewer has asked for, up to keys that the program does not read yet.
+void TerminalSession::obey(Viewer& viewer) {
+    while (!viewer.inputs.empty()) {
+        if (std::holds_alternative<viewer::Leave>(viewer.inputs.front())) {
+            viewer.inputs.clear();
+            leave(viewer);
+            return;
+        }
+        if (!obey(viewer, viewer.inputs.front())) {
+            isInputFull_ = true;
+            return;
+        }
+        viewer.inputs.pop_front();
+        viewer.typed = 0;
+    }
+}
+
+/// Returns false if there is more to do of it later.
+bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
+    if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
+        if (program_)
+            program_->signalForeground(signal->number);
+        return true;
+    }
+    viewer.activity = ++activities_;
+    if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
+        viewer.size = resize->size;
+        return true;
+    }
+    return type(viewer, std::get<viewer::Keys>(input).bytes);
+}
+
+/// Keys of one viewer never get between the keys that another has sent at once.
+bool TerminalSession::type(Viewer& viewer, ByteView keys) {
+    if (!program_ || exitCode_)
+        return true; // nobody is left to read them
+    const bool othersFirst = std::ranges::any_of(
+        viewers_, [&](const auto& other) { return other.get() != &viewer && other->typed > 0; });
+    if (!othersFirst)
+        viewer.typed += program_->write(keys.subspan(viewer.typed));
+    return viewer.typed == keys.size();
+}
+
+void TerminalSession::show(Viewer& viewer, bool answers, SteadyTime now) {
+    Viewer::Progress progress = viewer.send(log_, answers);
+    if (progress == Viewer::Progress::late) {
+        viewer.replay(log_, clearScreen);
+        redraw();
+        progress = viewer.send(log_, answers);
+    }
+    if (progress == Viewer::Progress::done && endedSince_ && !viewer.isTold) {
+        viewer.isTold = true;
+        viewer.tell(exitFrame(viewer, *exitCode_));
+        progress = viewer.send(log_, answers);
+    }
+    const bool isOver = progress == Viewer::Progress::done && viewer.isTold;
+    if (progress == Viewer::Progress::gone || isOver)
+        leave(viewer);
+    else
+        viewer.connection().watch(viewer.inputs.empty(), progress == Viewer::Progress::waiting);
+    if (viewer.blockedSince && now - *viewer.blockedSince >= Viewer::patience)
+        viewer.stopWaitingFor(log_);
+}
+
+/// Has a program that fills the screen draw it anew. It is told of a size only if that is another.
+void TerminalSession::redraw() {
+    if (!program_)
+        return;
+    PtyFrame::Size other = size_;
+    other.rows += other.rows > 1 ? -1 : 1;
+    program_->setSize(other);
+    program_->setSize(size_);
+}
+
+/// The viewer that typed or resized last decides the size, once it has told its own.
+void TerminalSession::applySize() {
+    const Viewer* const first = leader();
+    if (first == nullptr || !first->size || *first->size == size_ || !program_)
+        return;
+    size_ = *first->size;
+    program_->setSize(size_);
+}
+
+void TerminalSession::finish(SteadyTime now) {
+    if (endedSince_)
+        return;
+    endedSince_ = now;
+    drainUntil_.reset();
+    program_->watch(false, false);
+    if (!endDue_)
+        program_.reset();
+}
+
+void TerminalSession::end(SteadyTime now) {
+    if (!endDue_)
+        signalToEnd(now);
+}
+
+void TerminalSession::signalToEnd(SteadyTime now) {
+    endDue_.reset();
+    if (!program_)
+        return;
+    program_->signalAll(endSignals[endsTried_++]);
+    if (endsTried_ < endSignals.size())
+        endDue_ = SteadyTime{now.seconds + endPatience};
+    else if (endedSince_)
+        program_.reset();
+}
+
+std::optional<SteadyTime> TerminalSession::deadline() const {
+    auto earliest = drainUntil_;
+    const auto consider = [&](std::optional<SteadyTime> time) {
+        if (time && (!earliest || *time < *earliest))
+            earliest = time;
+    };
+    consider(endDue_);
+    for (const auto& viewer : viewers_)
+        consider(viewer->blockedSince.transform(
+            [](SteadyTime since) { return SteadyTime{since.seconds + Viewer::patience}; }));
+    return earliest;
+}
+
+void TerminalSession::timePasses(SteadyTime now) {
+    if (endDue_ && *endDue_ <= now)
+        signalToEnd(now);
+    if (endedSince_ && now - *endedSince_ >= memory)
+        std::ranges::for_each(viewers_, [this](const auto& viewer) { leave(*viewer); });
+    if (drainUntil_ && *drainUntil_ <= now) {
+        if (mustWait(now)) { // there may be output that nobody could take yet
+            drainUntil_ = SteadyTime{now.seconds + drainPatience};
+        } else {
+            drainUntil_.reset();
+            outputIsOver_ = true;
+        }
+    }
+    update(now);
+}
+
+void TerminalSession::leave(const Viewer& viewer) {
+    leaving_.push_back(viewer.id());
+}
+
+void TerminalSession::sweep() {
+    for (const PeerId peer : std::exchange(leaving_, {})) {
+        const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
+        if (found == viewers_.end())
+            continue;
+        (*found)->connection().close();
+        viewers_.erase(found);
+        left_.push_back(peer);
+    }
+    applySize();
+    if (endedSince_ && viewers_.empty())
+        log_.clear();
+}
+
+Viewer* TerminalSession::find(PeerId peer) const {
+    const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
+    return found == viewers_.end() ? nullptr : found->get();
+}
+
+Viewer* TerminalSession::leader() const {
+    const auto rank = [](const auto& viewer) {
+        return std::pair(viewer->size.has_value(), viewer->activity);
+    };
+    const auto found = std::ranges::max_element(viewers_, {}, rank);
+    return found == viewers_.end() ? nullptr : found->get();
+}
+
+void TerminalSession::noteDate(WallTime date) {
+    if (hadViewers_ != viewers_.empty())
+        return;
+    hadViewers_ = !viewers_.empty();
+    countChanged_ = date;
+}
+
+SessionEntry TerminalSession::entry() const {
+    SessionEntry entry{.id = identity_.id,
+                       .name = identity_.name,
+                       .program = identity_.request.argv.front(),
+                       .folder = identity_.request.cwd,
+                       .cols = size_.cols,
+                       .rows = size_.rows,
+                       .since = identity_.since.sinceEpoch,
+                       .viewers = static_cast<int>(viewers_.size()),
+                       .bytesOut = log_.end(),
+                       .exitCode = endedSince_ ? exitCode_ : std::nullopt};
+    (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;
+    return entry;
+}
+
+} // namespace velmo

@@ -1,0 +1,175 @@
+#include "sessions/Viewer.h"
+
+#include "sessions/AttachMessages.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+/// Returns false for a frame that no client sends.
+bool append(std::vector<ViewerInput>& inputs, PtyAttach::Frame frame) {
+    if (auto* const keys = std::get_if<Bytes>(&frame)) {
+        inputs.emplace_back(viewer::Keys{std::move(*keys)});
+        return true;
+    }
+    const auto message =
+        PtyAttach::clientMessage(std::get<PtyAttach::ControlObject>(frame).object());
+    if (!message || std::holds_alternative<PtyAttach::client::Hello>(*message))
+        return false;
+    if (const auto* const resize = std::get_if<PtyAttach::client::Resize>(&*message))
+        inputs.emplace_back(viewer::Resize{resize->size});
+    if (std::holds_alternative<PtyAttach::client::Leave>(*message))
+        inputs.emplace_back(viewer::Leave{});
+    return true;
+}
+
+bool append(std::vector<ViewerInput>& inputs, PtyFrame::Frame frame) {
+    switch (frame.kind) {
+    case PtyFrame::Kind::data:
+        inputs.emplace_back(viewer::Keys{std::move(frame.payload)});
+        return true;
+    case PtyFrame::Kind::resize:
+        inputs.emplace_back(viewer::Resize{frame.size().value()});
+        return true;
+    case PtyFrame::Kind::signal:
+        inputs.emplace_back(viewer::Signal{frame.signal().value()});
+        return true;
+    case PtyFrame::Kind::exit:
+    case PtyFrame::Kind::ready:
+        break;
+    }
+    return false;
+}
+
+} // namespace
+
+Viewer::Viewer(PeerId id, std::shared_ptr<Connection> connection, ViewerWire wire)
+    : id_(id), connection_(std::move(connection)), wire_(std::move(wire)) {
+}
+
+std::optional<std::vector<ViewerInput>> Viewer::decode(ByteView bytes) {
+    return std::visit(
+        [&](auto& decoder) -> std::optional<std::vector<ViewerInput>> {
+            auto frames = decoder.feed(bytes);
+            if (!frames)
+                return std::nullopt;
+            std::vector<ViewerInput> asked;
+            for (auto& frame : *frames) {
+                if (!append(asked, std::move(frame)))
+                    return std::nullopt;
+            }
+            return asked;
+        },
+        wire_);
+}
+
+void Viewer::tell(ByteView frames) {
+    own_.insert(own_.end(), frames.begin(), frames.end());
+}
+
+void Viewer::replay(const OutputLog& log, std::string_view first) {
+    const OutputLog::Start start = log.replayStart();
+    const std::string before = std::string(first) + start.sequences;
+    if (!before.empty())
+        tell(PtyAttach::data(bytesOf(before)));
+    position_ = start.position;
+    frameEnd_ = start.position;
+    replayedUntil_ = log.end();
+    filter_ = {};
+    isFiltered_ = true;
+}
+
+Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
+    while (true) {
+        if (!sendOutput(log) || !sendOwn())
+            return isGone_ ? Progress::gone : Progress::waiting;
+        if (position_ == log.end())
+            return Progress::done;
+        if (position_ < log.begin())
+            return Progress::late;
+        nextFrame(log, answers);
+    }
+}
+
+/// Sends what is left of the frame that lies in the log. Returns false if some is left still.
+bool Viewer::sendOutput(const OutputLog& log) {
+    while (headerLeft_ > 0 || position_ < frameEnd_) {
+        const auto header = ByteView(header_).last(headerLeft_);
+        const ByteView output = log.at(position_, static_cast<std::size_t>(frameEnd_ - position_));
+        const auto sent = connection_->send(std::array{header, output});
+        isGone_ = !sent;
+        if (!sent || *sent == 0)
+            return false;
+        const std::size_t ofHeader = std::min(*sent, headerLeft_);
+        headerLeft_ -= ofHeader;
+        position_ += *sent - ofHeader;
+    }
+    return true;
+}
+
+bool Viewer::sendOwn() {
+    while (ownSent_ < own_.size()) {
+        const auto sent = connection_->send(std::array{ByteView(own_).subspan(ownSent_)});
+        isGone_ = !sent;
+        if (!sent || *sent == 0)
+            return false;
+        ownSent_ += *sent;
+    }
+    own_.clear();
+    ownSent_ = 0;
+    return true;
+}
+
+/// Output is filtered while it is shown again, and for all but the viewer that answers. A change
+/// from one to the other waits for the end of a piece.
+void Viewer::nextFrame(const OutputLog& log, bool answers) {
+    const bool isReplay = position_ < replayedUntil_;
+    const bool filters = isReplay || !answers;
+    if (filter_.isAtRest())
+        isFiltered_ = filters;
+    const OutputLog::Position until = isReplay ? replayedUntil_ : log.end();
+    const auto most = std::min<OutputLog::Position>(PtyAttach::maxData, until - position_);
+    ByteView output = log.at(position_, static_cast<std::size_t>(most));
+    if (isFiltered_ != filters)
+        output = output.first(filter_.lengthToRest(output));
+    if (isFiltered_)
+        filterFrame(output);
+    else
+        beginFrame(output);
+}
+
+void Viewer::beginFrame(ByteView output) {
+    filter_.follow(output);
+    header_ = FrameHeader::of(std::to_underlying(PtyAttach::FrameType::data), output.size());
+    headerLeft_ = header_.size();
+    frameEnd_ = position_ + output.size();
+}
+
+void Viewer::filterFrame(ByteView output) {
+    position_ += output.size();
+    frameEnd_ = position_;
+    Bytes shown;
+    filter_.pass(output, shown);
+    if (!shown.empty())
+        tell(PtyAttach::data(shown));
+}
+
+void Viewer::stopWaitingFor(const OutputLog& log) {
+    isWaitedFor = false;
+    blockedSince.reset();
+    if (headerLeft_ == 0 && position_ == frameEnd_)
+        return;
+    Bytes rest(header_.end() - static_cast<std::ptrdiff_t>(headerLeft_), header_.end());
+    while (position_ < frameEnd_) {
+        const ByteView output = log.at(position_, static_cast<std::size_t>(frameEnd_ - position_));
+        rest.insert(rest.end(), output.begin(), output.end());
+        position_ += output.size();
+    }
+    headerLeft_ = 0;
+    own_.insert(own_.begin(), rest.begin(), rest.end());
+}
+
+} // namespace velmo

@@ -1,0 +1,497 @@
+#include "sessions/SessionHost.h"
+
+#include "core/support/Text.h"
+#include "core/terminal/AttachWire.h"
+#include "core/terminal/PtyFrame.h"
+
+#include "lab/instruments/SessionWorld.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace velmo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::size_t mebibyte = std::size_t{1} << 20;
+
+/// What a viewer has been shown and told.
+struct Seen {
+    std::string output;
+    std::vector<std::string> messages;
+    bool isWhole = true;
+};
+
+class SessionHostTest : public testing::Test {
+protected:
+    PeerId attach(const std::string& session, int cols = 80, int rows = 24) {
+        const auto ticket = world.ticketFor(session);
+        const PeerId peer = world.connect(Door::attach);
+        world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
+        return peer;
+    }
+
+    PeerId stream(const std::string& session) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, R"({"call":"stream","session":")" + session + "\"}\n");
+        return peer;
+    }
+
+    void type(PeerId peer, std::string_view keys) {
+        world.receive(peer, PtyAttach::data(bytesOf(keys)));
+    }
+
+    void write(std::string_view output) {
+        world.program().output += output;
+        world.settle();
+    }
+
+    /// Everything that a window was sent.
+    Seen seen(PeerId peer) {
+        Seen result;
+        PtyAttach::Decoder decoder;
+        const auto frames = decoder.feed(bytesOf(world.peers.at(peer)->received));
+        result.isWhole = decoder.buffered() == 0;
+        EXPECT_TRUE(frames);
+        for (const auto& frame : *frames) {
+            if (const auto* const output = std::get_if<Bytes>(&frame))
+                result.output += textOf(*output);
+            else
+                result.messages.emplace_back(
+                    std::get<PtyAttach::ControlObject>(frame).object().text("t").value());
+        }
+        return result;
+    }
+
+    using Door = SessionHost::Door;
+    SessionWorld world;
+};
+
+TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
+    struct Case {
+        std::vector<std::string> command;
+        std::string folder;
+        std::string_view reason;
+    };
+
+    const Case cases[] = {
+        {{"/bin/bash", "-l"}, "/home/me/dev", ""},
+        {{"/bin/bash", "-c", "id"}, "/home/me", "words"},
+        {{"/usr/bin/ssh", "--", "-oProxyCommand=id"}, "/home/me", "words"},
+        {{"/usr/bin/python3"}, "/home/me", "program"},
+        {{"/bin/zsh", "-l"}, "/home/me", "program"},
+        {{"/bin/bash", "-l"}, "/home/me/.ssh", "folder"},
+        {{"/usr/bin/claude"}, "/home/me", "folder"},
+        {{}, "/home/me", "words"},
+    };
+    for (const Case& c : cases) {
+        SessionCallLine call = SessionWorld::startCall();
+        call.words->resize(7);
+        call.words->at(1) = c.folder;
+        call.words->insert(call.words->end(), c.command.begin(), c.command.end());
+        call.environment = {"LANG=de", "SECRET=1", "LC_ALL=C", "nonsense", "HOME=/home/me"};
+        const auto reply = world.call(call);
+        EXPECT_EQ(reply.ok, c.reason.empty()) << testing::PrintToString(c.command);
+        EXPECT_EQ(reply.reason.value_or(""), c.reason) << testing::PrintToString(c.command);
+        EXPECT_EQ(PtyAttach::isSessionId(reply.session.value_or("")), c.reason.empty());
+    }
+    EXPECT_EQ(world.programs.size(), 1U);
+    EXPECT_EQ(world.lastRequest.cwd, "/home/me/dev");
+    EXPECT_FALSE(world.lastEnvironment.contains("SECRET"));
+    EXPECT_EQ(world.lastEnvironment.at("LC_ALL"), "C");
+    EXPECT_EQ(world.lastEnvironment.at("TERM"), "xterm-256color");
+    world.startFails = true;
+    EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "system");
+}
+
+TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
+    SessionCallLine call = SessionWorld::startCall();
+    call.name = "a\033]2;b\a\xE2\x80\xAE";
+    EXPECT_TRUE(world.call(call).ok);
+    EXPECT_EQ(world.call(call).reason, "name");
+    const std::string tooLong(999, 'x');
+    for (const std::string& bad : {std::string("\a"), std::string("s_0123456789abcdef"), tooLong}) {
+        call.name = bad;
+        EXPECT_EQ(world.call(call).reason.value_or("cut"), bad == tooLong ? "cut" : "words");
+    }
+    world.startShell();
+    world.startShell();
+    std::vector<std::string> names;
+    const auto listed = world.call({.call = SessionCall::list}).sessions.value();
+    for (const auto& entry : listed)
+        names.push_back(entry.name);
+    EXPECT_THAT(names, ElementsAre("a]2;b", std::string(120, 'x'), "bash", "bash-2"));
+    EXPECT_TRUE(world.call({.call = SessionCall::ticket, .session = "bash-2"}).ok);
+    EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = "bash-3"}).reason, "unknown");
+}
+
+TEST_F(SessionHostTest, AForkBombOfStartsMeetsALimit) {
+    for (std::size_t i = 0; i < SessionHost::maxSessions; ++i)
+        EXPECT_NE(world.startShell(), "");
+    EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "limit");
+    for (std::uint64_t i = 1; i <= 3 * SessionHost::maxEnded; ++i) {
+        world.program(i).isOver = true;
+        world.end(0, i);
+        EXPECT_NE(world.startShell(), "");
+    }
+    EXPECT_LE(world.call({.call = SessionCall::list}).sessions->size(),
+              SessionHost::maxSessions + SessionHost::maxEnded + 1);
+}
+
+TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
+    const std::string id = world.startShell();
+    const auto ticket = world.ticketFor(id).value();
+    EXPECT_EQ(ticket.endpoint, "/private/attach.sock");
+    EXPECT_EQ(ticket.session, id);
+    const auto greet = [&](const std::string& token) {
+        const PeerId peer = world.connect(Door::attach);
+        world.receive(peer, PtyAttach::hello(token, 80, 24).value());
+        return world.peers[peer]->received.substr(PtyAttach::headerBytes);
+    };
+    EXPECT_EQ(greet(std::string(43, 'A')), R"({"code":"bad-token","t":"error"})");
+    EXPECT_EQ(greet(ticket.token), R"({"name":"bash","t":"ready"})");
+    EXPECT_EQ(greet(ticket.token), R"({"code":"bad-token","t":"error"})");
+    EXPECT_THAT(world.files, IsEmpty()) << "the file goes with the token";
+
+    const auto late = world.ticketFor(id).value();
+    world.pass(SessionHost::ticketLife);
+    EXPECT_THAT(world.files, IsEmpty());
+    EXPECT_EQ(greet(late.token), R"({"code":"bad-token","t":"error"})");
+    const auto orphan = world.ticketFor(id).value();
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_EQ(greet(orphan.token), R"({"code":"ended","t":"error"})");
+    EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = id}).reason, "ended");
+    const std::string other = world.startShell();
+    for (std::size_t i = 0; i < SessionHost::maxTickets; ++i)
+        EXPECT_TRUE(world.ticketFor(other));
+    EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = other}).reason, "limit");
+}
+
+TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
+    world.startShell();
+    for (const std::string_view garbage :
+         {std::string_view("\x06\0\0\0\x02{}", 7), std::string_view("\x01\0\0\0\x01x", 6),
+          std::string_view("\xFF\0\0\0\0", 5), std::string_view("\x06\xFF\0\0\0", 5)}) {
+        const PeerId peer = world.connect(Door::attach);
+        world.receive(peer, garbage);
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+        EXPECT_TRUE(world.peers[peer]->received.ends_with(R"({"code":"bad-hello","t":"error"})"));
+    }
+    for (const std::string_view garbage : {"{}\n", "start\n", "{\"call\":\"dance\"}\n", "\n"}) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, garbage);
+        EXPECT_EQ(world.peers[peer]->received, "{\"ok\":false,\"reason\":\"call\"}\n");
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    }
+    const PeerId endless = world.connect(Door::control);
+    world.receive(endless, std::string(maxSessionLine, ' '));
+    EXPECT_TRUE(world.peers[endless]->isClosed);
+
+    std::vector<PeerId> silent;
+    for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
+        silent.push_back(world.connect(i % 2 == 0 ? Door::attach : Door::control));
+    EXPECT_TRUE(world.peers[silent.back()]->isClosed) << "one too many";
+    EXPECT_FALSE(world.peers[silent.front()]->isClosed);
+    world.pass(SessionHost::strangerPatience);
+    EXPECT_TRUE(world.peers[silent.front()]->isClosed);
+    EXPECT_TRUE(world.call({.call = SessionCall::list}).ok);
+}
+
+TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
+    const std::string id = world.startShell();
+    write("before\r\n");
+    const PeerId peer = attach(id, 100, 30);
+    EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{100, 30}, PtyFrame::Size{100, 29},
+                                                   PtyFrame::Size{100, 30}))
+        << "changed, and changed twice for programs that fill the screen";
+    write("after \033[6n");
+    type(peer, "ls\r");
+    world.receive(peer, PtyAttach::resize(20, 10));
+    EXPECT_EQ(world.program().typed, "ls\r");
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{20, 10}));
+    EXPECT_EQ(seen(peer).output, "before\r\nafter \033[6n");
+    EXPECT_THAT(seen(peer).messages, ElementsAre("ready"));
+    auto entry = world.call({.call = SessionCall::list}).sessions->front();
+    EXPECT_EQ(entry.viewers, 1);
+    EXPECT_EQ(entry.attachedSince, world.now + 1e9);
+    world.pass(5);
+    world.receive(peer, ByteView(PtyAttach::detachFrame));
+    EXPECT_TRUE(world.peers[peer]->isClosed);
+    entry = world.call({.call = SessionCall::list}).sessions->front();
+    EXPECT_EQ(entry.detachedSince, world.now + 1e9);
+    EXPECT_EQ(entry.bytesOut, 18U);
+    EXPECT_FALSE(entry.exitCode);
+}
+
+TEST_F(SessionHostTest, AStreamCarriesFramesBothWays) {
+    const std::string id = world.startShell();
+    write("before");
+    const PeerId peer = stream(id);
+    const auto frames = [&] {
+        const std::string& all = world.peers[peer]->received;
+        const std::size_t end = all.find('\n') + 1;
+        EXPECT_EQ(all.substr(0, end), "{\"ok\":true}\n");
+        return PtyFrame::Decoder().feed(bytesOf(std::string_view(all).substr(end))).value();
+    };
+    world.receive(peer, PtyFrame::resize(70, 20).value());
+    world.receive(peer, PtyFrame::data(bytesOf("x")));
+    const Bytes interrupt{2};
+    world.receive(peer, PtyFrame::encode(PtyFrame::Kind::signal, interrupt).value());
+    EXPECT_EQ(world.program().typed, "x");
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{70, 20}));
+    EXPECT_THAT(world.program().signals, ElementsAre(2));
+    world.program().isOver = true;
+    world.end(7 << 8);
+    world.settle();
+    ASSERT_EQ(frames().size(), 3U);
+    EXPECT_EQ(frames()[0].kind, PtyFrame::Kind::ready);
+    EXPECT_EQ(textOf(frames()[1].payload), "before");
+    EXPECT_EQ(frames()[2].payload, (Bytes{0, 0, 0, 7}));
+    EXPECT_TRUE(world.peers[peer]->isClosed);
+}
+
+TEST_F(SessionHostTest, WhoTypedLastDecidesTheSizeAndAnswersQueries) {
+    const std::string id = world.startShell();
+    const PeerId first = attach(id, 100, 30);
+    const PeerId second = attach(id, 50, 20);
+    write("a\033[c");
+    type(first, "k");
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+    write("b\033[c\xE2\x82"); // the switch waits for the end of what is cut
+    type(second, "k");
+    write("\xAC\033[c");
+    world.host.gone(second);
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+    write("\033[c");
+    EXPECT_EQ(seen(first).output, "ab\033[c\xE2\x82\xAC\033[c");
+    EXPECT_EQ(seen(second).output, "a\033[cb\xE2\x82\xAC\033[c");
+    const PeerId bridge = stream(id);
+    world.receive(bridge, PtyFrame::data(bytesOf("k")));
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30})) << "it has told no size";
+}
+
+TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
+    const std::string id = world.startShell();
+    write("\033[?1049h\033[?25l\033[1m\033]2;old\a first line \033[6n\r\n");
+    std::string lines;
+    for (int i = 0; lines.size() < mebibyte + 100; ++i)
+        lines += "line " + std::to_string(i) + "\033[5n\r\n";
+    write(lines);
+    write("\033]52;c;?\a> ");
+    const Seen shown = seen(attach(id));
+    const std::string set = "\033[?1049h\033[?25l\033[1m\033]2;old\a";
+    ASSERT_TRUE(shown.output.starts_with(set + "line "));
+    EXPECT_TRUE(shown.output.ends_with("\r\n> "));
+    EXPECT_FALSE(shown.output.contains("\033[5n")) << "it was answered when it was new";
+    EXPECT_FALSE(shown.output.contains("first line"));
+    EXPECT_GT(shown.output.size(), mebibyte / 2);
+    EXPECT_TRUE(shown.isWhole);
+}
+
+TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
+    const std::string id = world.startShell();
+    const PeerId slow = attach(id);
+    const PeerId quick = attach(id);
+    const std::size_t before = world.peers[slow]->received.size();
+    world.peers[slow]->room = 1000; // the middle of a frame
+    const std::string screen(70, 'x');
+    std::string all;
+    for (int i = 0; all.size() < 4 * mebibyte; ++i)
+        all += std::to_string(i) + screen + "\033[31m\r\n";
+    write(all);
+    EXPECT_GT(world.program().output.size(), 3 * mebibyte) << "the program waits";
+    world.pass(Viewer::patience - 0.1);
+    EXPECT_GT(world.program().output.size(), 3 * mebibyte);
+    world.pass(0.2);
+    EXPECT_THAT(world.program().output, IsEmpty());
+    EXPECT_EQ(seen(quick).output, all);
+    EXPECT_EQ(world.peers[slow]->received.size(), before + 1000);
+
+    world.peers[slow]->room = SIZE_MAX;
+    world.settle();
+    const Seen resumed = seen(slow);
+    EXPECT_TRUE(resumed.isWhole);
+    EXPECT_TRUE(resumed.output.contains("\033[2J\033[H"));
+    EXPECT_TRUE(resumed.output.ends_with(all.substr(all.size() - mebibyte / 2)));
+    EXPECT_LT(resumed.output.size(), mebibyte + mebibyte / 2);
+    write("live");
+    EXPECT_TRUE(seen(slow).output.ends_with("live"));
+    world.peers[slow]->room = 0;
+    write(all);
+    EXPECT_FALSE(world.program().output.empty()) << "it is waited for again";
+}
+
+TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
+    const std::string id = world.startShell();
+    const PeerId one = attach(id);
+    const PeerId other = attach(id);
+    world.program().appetite = 3;
+    type(one, "abcdef");
+    type(other, "XYZ");
+    EXPECT_FALSE(world.peers[one]->watchesInput);
+    EXPECT_FALSE(world.peers[other]->watchesInput);
+    EXPECT_TRUE(world.program().watchesInput);
+    write("still shown");
+    EXPECT_EQ(seen(other).output, "still shown");
+    world.program().appetite = SIZE_MAX;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcdefXYZ");
+    EXPECT_TRUE(world.peers[one]->watchesInput);
+    world.program().appetite = 0;
+    Bytes last = PtyAttach::data(bytesOf("bye"));
+    last.insert(last.end(), PtyAttach::detachFrame.begin(), PtyAttach::detachFrame.end());
+    world.receive(one, last);
+    EXPECT_FALSE(world.peers[one]->isClosed) << "until its keys have arrived";
+    world.program().appetite = SIZE_MAX;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcdefXYZbye");
+    EXPECT_TRUE(world.peers[one]->isClosed);
+}
+
+TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
+    const std::string id = world.startShell();
+    const PeerId good = attach(id);
+    const PeerId window = attach(id);
+    const PeerId bridge = stream(id);
+    const PeerId dead = attach(id);
+    world.peers[dead]->isGone = true;
+    const auto ticket = world.ticketFor(id).value();
+    world.receive(window, PtyAttach::hello(ticket.token, 1, 1).value());
+    world.receive(bridge, PtyFrame::exit(0));
+    write("on");
+    for (const PeerId peer : {window, bridge, dead})
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    EXPECT_EQ(seen(good).output, "on");
+    for (std::size_t i = 1; i < TerminalSession::maxViewers; ++i)
+        attach(id);
+    EXPECT_TRUE(world.peers[attach(id)]->received.contains("limit"));
+    EXPECT_TRUE(world.peers[stream(id)]->received.contains("limit"));
+}
+
+TEST_F(SessionHostTest, TheExitIsToldAfterTheLastOutputAndRememberedForAMinute) {
+    const std::string id = world.startShell();
+    const PeerId peer = attach(id);
+    world.end(7 << 8); // the news is first
+    world.program().output = "last words";
+    world.settle();
+    EXPECT_THAT(seen(peer).messages, ElementsAre("ready"));
+    world.program().isOver = true;
+    world.settle();
+    EXPECT_EQ(seen(peer).output, "last words");
+    EXPECT_THAT(seen(peer).messages, ElementsAre("ready", "exit"));
+    EXPECT_TRUE(world.peers[peer]->isClosed);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().exitCode, 7);
+    EXPECT_EQ(world.call({.call = SessionCall::end, .session = "bash"}).reason, "ended");
+    EXPECT_EQ(world.programs.begin()->second.use_count(), 1) << "its terminal is closed";
+    EXPECT_FALSE(world.host.isIdle());
+    world.pass(TerminalSession::memory);
+    EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = id}).reason, "unknown");
+    EXPECT_TRUE(world.host.isIdle());
+    EXPECT_FALSE(world.host.deadline()) << "nothing wakes the host";
+}
+
+TEST_F(SessionHostTest, WhatOthersKeepOpenAfterTheProgramsEndIsNotWaitedForForever) {
+    const std::string id = world.startShell();
+    const PeerId peer = attach(id);
+    const PeerId stuck = attach(id);
+    world.peers[stuck]->room = 0;
+    world.end(9); // killed; something else has the terminal open still
+    world.pass(TerminalSession::drainPatience + 0.1);
+    EXPECT_THAT(seen(peer).messages, ElementsAre("ready", "exit"));
+    EXPECT_FALSE(world.peers[stuck]->isClosed);
+    world.pass(TerminalSession::memory);
+    EXPECT_TRUE(world.peers[stuck]->isClosed);
+    EXPECT_TRUE(world.host.isIdle());
+}
+
+TEST_F(SessionHostTest, EndHangsUpThenTerminatesThenKills) {
+    const std::string id = world.startShell();
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok);
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok) << "already under way";
+    EXPECT_THAT(world.program().endings, ElementsAre(1));
+    world.pass(2);
+    EXPECT_THAT(world.program().endings, ElementsAre(1, 15));
+    world.program().isOver = true;
+    world.end(15); // the leader has ended; what it started has not
+    world.pass(10);
+    EXPECT_THAT(world.program().endings, ElementsAre(1, 15, 9));
+    EXPECT_EQ(world.programs.begin()->second.use_count(), 1);
+}
+
+/// Every order of these events, four deep: whatever happens, frames stay whole, the one who leads
+/// sees every byte, and nobody is kept for nothing.
+TEST(SessionHostWalk, NoOrderOfEventsBreaksAStreamOrLeavesAPeerBehind) {
+    constexpr int events = 9;
+    constexpr int paths = events * events * events * events;
+    for (int path = 0; path < paths; ++path) {
+        int floods = 0; // one shows what several would, and takes its time
+        for (int left = path; left > 0; left /= events)
+            floods += left % events == 2 ? 1 : 0;
+        if (floods > 1)
+            continue;
+        SessionWorld world;
+        const std::string id = world.startShell();
+        std::vector<PeerId> windows;
+        for (int left = path, step = 0; step < 4; ++step, left /= events) {
+            const auto last = windows.empty() ? nullptr : world.peers[windows.back()];
+            switch (left % events) {
+            case 0: {
+                const auto ticket = world.ticketFor(id);
+                windows.push_back(world.connect(SessionHost::Door::attach));
+                world.receive(
+                    windows.back(),
+                    PtyAttach::hello(ticket ? ticket->token : std::string(43, 'x'), 9, 9).value());
+                break;
+            }
+            case 1:
+                world.program().output += "text\033[c\r\n";
+                break;
+            case 2:
+                world.program().output += std::string(Viewer::window + 1, 'x') + "\n";
+                break;
+            case 3:
+                if (last)
+                    last->room = 7;
+                break;
+            case 4:
+                if (last)
+                    last->room = SIZE_MAX;
+                break;
+            case 5:
+                if (last && last->watchesInput && !last->isClosed)
+                    world.receive(windows.back(), PtyAttach::data(bytesOf("k")));
+                break;
+            case 6:
+                if (last && !last->isClosed)
+                    world.host.gone(windows.back());
+                break;
+            case 7:
+                world.program().isOver = true;
+                world.end(0);
+                break;
+            default:
+                world.pass(Viewer::patience);
+                break;
+            }
+            world.settle();
+        }
+        for (const PeerId window : windows)
+            world.peers[window]->room = SIZE_MAX;
+        world.pass(SessionHost::ticketLife);
+        for (const PeerId window : windows) {
+            PtyAttach::Decoder decoder;
+            ASSERT_TRUE(decoder.feed(bytesOf(world.peers[window]->received))) << path;
+            ASSERT_TRUE(decoder.buffered() == 0 || world.peers[window]->isClosed) << path;
+        }
+        world.program().isOver = true;
+        world.end(0);
+        world.pass(2 * TerminalSession::memory + 1);
+        ASSERT_TRUE(world.host.isIdle()) << path;
+        ASSERT_FALSE(world.host.deadline()) << path;
+    }
+}
+
+} // namespace
+} // namespace velmo

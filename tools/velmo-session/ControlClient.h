@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/posix/Descriptor.h"
+#include "sessions/SessionCalls.h"
+
+#include <optional>
+#include <string>
+
+namespace velmo {
+
+/// A connection to the control socket of this user's session host. Calls wait for their reply.
+class ControlClient {
+public:
+    /// Connects; absent if no host serves.
+    static std::optional<ControlClient> connect();
+
+    /// The same, after starting a host in the background if none serves.
+    static std::optional<ControlClient> connectOrStart();
+
+    /// Returns the reply, or nothing if the host goes away first.
+    [[nodiscard]] std::optional<SessionReplyLine> call(const SessionCallLine& call);
+
+    /// The connection, from which all that has come was read as replies, and what has come behind
+    /// the last.
+    [[nodiscard]] int get() const { return socket_.get(); }
+
+    [[nodiscard]] const std::string& rest() const { return received_; }
+
+private:
+    explicit ControlClient(Descriptor socket) : socket_(std::move(socket)) {}
+
+    Descriptor socket_;
+    std::string received_;
+};
+
+/// Returns what a refusal means to a person: "no such session".
+std::string refusalText(const SessionReplyLine& reply);
+
+} // namespace velmo

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "core/support/Time.h"
+#include "sessions/SessionCalls.h"
+
+#include <span>
+#include <string>
+
+namespace velmo {
+
+/// Returns the sessions as a table for people, one a line. Ages are rounded down to their largest
+/// unit.
+std::string listText(std::span<const SessionEntry> sessions, WallTime now);
+
+} // namespace velmo

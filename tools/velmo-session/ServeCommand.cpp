@@ -1,0 +1,229 @@
+#include "tools/velmo-session/ServeCommand.h"
+
+#include "core/terminal/AttachTicket.h"
+#include "platform/host/PtyHostFileSystem.h"
+#include "platform/posix/Clocks.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/sessions/PrivateFolder.h"
+#include "platform/sessions/PtyPrograms.h"
+#include "platform/sessions/SessionDoors.h"
+#include "platform/sessions/SystemRandom.h"
+#include "tools/velmo-session/Complain.h"
+#include "tools/velmo-session/ExitStatus.h"
+
+#include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+/// Descriptors for every session and viewer that there may be.
+constexpr std::size_t descriptors = 4096;
+
+constexpr off_t maxLog = 1 << 20; // bytes
+
+/// How often the folder is looked after: a system that clears it does so after days.
+constexpr std::chrono::hours upkeepPeriod{1};
+
+/// How long a host that was started for a session stays without any.
+constexpr std::chrono::seconds idlePatience{10};
+
+/// Where the host logs: a file that begins anew when it has grown too long, or standard error.
+class Log {
+public:
+    explicit Log(Descriptor file) : file_(std::move(file)) {}
+
+    void operator()(std::string_view message) const {
+        const std::string line = "velmo-session: " + std::string(message) + "\n";
+        if (!file_) {
+            writeStandardError(line);
+            return;
+        }
+        struct stat status{};
+        const bool isFull = ::fstat(file_.get(), &status) == 0 && status.st_size >= maxLog;
+        if (!isFull || ::ftruncate(file_.get(), 0) == 0)
+            static_cast<void>(::write(file_.get(), line.data(), line.size()) == 0);
+    }
+
+private:
+    Descriptor file_;
+};
+
+class Server {
+public:
+    Server(PrivateFolder folder, Descriptor right, ServeMode mode, const rlimit& openFiles)
+        : folder_(std::move(folder)),
+          right_(std::move(right)),
+          mode_(mode),
+          log_(mode == ServeMode::background ? folder_.openLog() : Descriptor()),
+          programs_(context_, programEvents(), openFiles),
+          host_(services()),
+          doors_(context_, host_, [this] { settle(); }),
+          stop_(context_, SIGTERM, SIGINT, SIGHUP),
+          deadline_(context_),
+          upkeep_(context_),
+          idle_(context_) {}
+
+    int run() {
+        folder_.removeTickets();
+        if (!open(SessionHost::Door::attach) || !open(SessionHost::Door::control))
+            return complain(folder_.folder() + " has a path too long for a socket, or is full",
+                            ExitStatus::refused);
+        log_("serving in " + folder_.folder());
+        stop_.async_wait([this](const std::error_code& aborted, int /*signal*/) {
+            if (!aborted)
+                context_.stop();
+        });
+        waitForUpkeep();
+        settle();
+        context_.run();
+        log_("ends");
+        folder_.removeTickets();
+        for (const auto& [door, name] : sockets)
+            folder_.remove(std::string(name));
+        return ExitStatus::success;
+    }
+
+private:
+    static constexpr auto sockets = std::to_array<std::pair<SessionHost::Door, std::string_view>>({
+        {SessionHost::Door::attach, PtyAttach::socketName},
+        {SessionHost::Door::control, PrivateFolder::controlSocket},
+    });
+
+    PtyPrograms::Events programEvents() {
+        return {.ready =
+                    [this](SessionNumber session) {
+                        host_.programReady(session);
+                        settle();
+                    },
+                .ended =
+                    [this](SessionNumber session, std::int32_t status) {
+                        host_.programEnded(session, status);
+                        settle();
+                    }};
+    }
+
+    SessionHost::Services services() {
+        return {.programs = programs_,
+                .tickets = folder_,
+                .files = files_,
+                .steadyTime = Clocks::steadyTime,
+                .wallTime = Clocks::wallTime,
+                .random = fillWithRandomBytes,
+                .log = [this](std::string_view message) { log_(message); }};
+    }
+
+    bool open(SessionHost::Door door) {
+        const auto* const found =
+            std::ranges::find(sockets, door, &decltype(sockets)::value_type::first);
+        return doors_.open(door, folder_.path(found->second));
+    }
+
+    /// Waits for what the host waits for next, if it does at all.
+    void settle() {
+        const auto due = host_.deadline();
+        if (due != due_) {
+            due_ = due;
+            deadline_.cancel();
+            if (due)
+                waitUntil(*due);
+        }
+        const bool mayEnd = mode_ == ServeMode::background && host_.isIdle();
+        if (mayEnd != std::exchange(isIdle_, mayEnd))
+            mayEnd ? waitForNobody() : static_cast<void>(idle_.cancel());
+    }
+
+    void waitUntil(SteadyTime due) {
+        // A timer that came early would come at once again.
+        constexpr double margin = 0.001;
+        const double left = std::max(due - Clocks::steadyTime(), 0.0) + margin;
+        deadline_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+            std::chrono::duration<double>(left)));
+        deadline_.async_wait([this](const std::error_code& aborted) {
+            if (aborted)
+                return;
+            due_.reset();
+            host_.timePasses();
+            settle();
+        });
+    }
+
+    void waitForNobody() {
+        idle_.expires_after(idlePatience);
+        idle_.async_wait([this](const std::error_code& aborted) {
+            if (!aborted && host_.isIdle())
+                context_.stop();
+        });
+    }
+
+    void waitForUpkeep() {
+        upkeep_.expires_after(upkeepPeriod);
+        upkeep_.async_wait([this](const std::error_code& aborted) {
+            if (aborted)
+                return;
+            lookAfterFolder();
+            waitForUpkeep();
+        });
+    }
+
+    /// Binds anew what somebody has cleared away.
+    void lookAfterFolder() {
+        for (const auto& [door, name] : sockets) {
+            if (folder_.has(std::string(name)))
+                continue;
+            log_(std::string(name) + " was gone");
+            if (!open(door))
+                log_(std::string(name) + " can't be bound anew");
+        }
+        folder_.touch();
+    }
+
+    asio::io_context context_{1};
+    PrivateFolder folder_;
+    Descriptor right_; ///< to serve
+    ServeMode mode_;
+    Log log_;
+    Pty::HostFileSystem files_;
+    PtyPrograms programs_;
+    SessionHost host_;
+    SessionDoors doors_;
+    asio::signal_set stop_;
+    asio::steady_timer deadline_;
+    asio::steady_timer upkeep_;
+    asio::steady_timer idle_;
+    std::optional<SteadyTime> due_;
+    bool isIdle_ = false;
+};
+
+} // namespace
+
+int serve(ServeMode mode) {
+    rlimit openFiles{};
+    ::getrlimit(RLIMIT_NOFILE, &openFiles);
+    allowDescriptors(descriptors);
+    auto folder = PrivateFolder::make();
+    if (!folder)
+        return complain(folder.error(), ExitStatus::refused);
+    auto right = folder->lock();
+    if (!right)
+        return complain("a host serves already"
+                            + (right.error() == 0 ? std::string()
+                                                  : ": process " + std::to_string(right.error())),
+                        ExitStatus::refused);
+    if (mode == ServeMode::background && ::chdir("/") != 0)
+        return ExitStatus::refused;
+    return Server(*std::move(folder), *std::move(right), mode, openFiles).run();
+}
+
+} // namespace velmo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmo {
+
+/// What `velmo-session start` is asked for.
+struct StartRequest {
+    std::optional<std::string> folder; ///< absent: the caller's, or home where that is not allowed
+    std::optional<std::string> name;
+    bool isDetached = false;
+    std::vector<std::string> program; ///< with its arguments; empty: the user's log-in shell
+};
+
+/// Starts a session, and a host if none serves, and attaches to it. Returns the exit status.
+int start(const StartRequest& request);
+
+/// Attaches to the session with this id or name, or to the one that runs if there is only one.
+int attachTo(const std::optional<std::string>& session);
+
+} // namespace velmo

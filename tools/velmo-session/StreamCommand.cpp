@@ -1,0 +1,91 @@
+#include "tools/velmo-session/StreamCommand.h"
+
+#include "core/support/BigEndian.h"
+#include "core/terminal/AttachLabels.h"
+#include "core/terminal/PtyFrame.h"
+#include "platform/posix/Io.h"
+#include "tools/velmo-session/Complain.h"
+#include "tools/velmo-session/ControlClient.h"
+#include "tools/velmo-session/ExitStatus.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace velmo {
+
+namespace {
+
+constexpr std::size_t maxRead = std::size_t{1} << 16; // bytes
+
+/// Reads the exit code off the frames that pass.
+class ExitWatch {
+public:
+    void look(ByteView frames) {
+        for (const PtyFrame::Frame& frame :
+             decoder_.feed(frames).value_or(std::vector<PtyFrame::Frame>())) {
+            if (frame.kind == PtyFrame::Kind::exit)
+                code_ = static_cast<int>(BigEndian::read(frame.payload));
+        }
+    }
+
+    [[nodiscard]] std::optional<int> code() const { return code_; }
+
+private:
+    PtyFrame::Decoder decoder_;
+    std::optional<int> code_;
+};
+
+/// Copies what can be read to the other descriptor. Returns the bytes, none at the end.
+std::optional<ByteView> relay(int from, int to, std::vector<std::uint8_t>& room) {
+    const ssize_t count = retryInterrupted([&] { return ::read(from, room.data(), room.size()); });
+    if (count <= 0)
+        return std::nullopt;
+    const ByteView bytes = ByteView(room).first(static_cast<std::size_t>(count));
+    return writeAll(to, textOf(bytes)) ? std::optional(bytes) : std::nullopt;
+}
+
+} // namespace
+
+int stream(const std::string& session) {
+    auto host = ControlClient::connect();
+    const auto reply =
+        host ? host->call({.call = SessionCall::stream, .session = session}) : std::nullopt;
+    if (!reply)
+        return complain("the session host can't be reached", ExitStatus::hostGone);
+    if (!reply->ok)
+        return complain(reply->reason == rawText(SessionRefusal::ended) ? PtyAttach::english().ended
+                                                                        : refusalText(*reply),
+                        ExitStatus::refused);
+    ExitWatch watch;
+    watch.look(bytesOf(host->rest()));
+    if (!writeAll(STDOUT_FILENO, host->rest()))
+        return ExitStatus::success;
+    std::vector<std::uint8_t> room(maxRead);
+    bool inputIsOpen = true;
+    while (true) {
+        std::array<pollfd, 2> watched{
+            pollfd{.fd = inputIsOpen ? STDIN_FILENO : -1, .events = POLLIN, .revents = 0},
+            pollfd{.fd = host->get(), .events = POLLIN, .revents = 0}};
+        if (retryInterrupted([&] { return ::poll(watched.data(), watched.size(), -1); }) < 0)
+            return ExitStatus::hostGone;
+        if (watched[1].revents != 0) {
+            const auto frames = relay(host->get(), STDOUT_FILENO, room);
+            if (!frames)
+                return watch.code().value_or(inputIsOpen ? ExitStatus::hostGone
+                                                         : ExitStatus::success);
+            watch.look(*frames);
+        }
+        // The end of the input is the end of the view.
+        if (watched[0].revents != 0 && !relay(STDIN_FILENO, host->get(), room)) {
+            inputIsOpen = false;
+            ::shutdown(host->get(), SHUT_WR);
+        }
+    }
+}
+
+} // namespace velmo
