@@ -1,12 +1,18 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
+.PHONY: run run-session test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
 	@scripts/setup build
 	@scripts/build release life-of-a-hold VelmoPowerDaemonSimulated simulated-pmset velmo-power velmo-mac
 	@build/release/bin/life-of-a-hold
+
+# Plays one whole life of a terminal session.
+run-session:
+	@scripts/setup build
+	@scripts/build release life-of-a-session velmo-session
+	@build/release/bin/life-of-a-session
 
 test:
 	@scripts/setup build test
