@@ -22,8 +22,8 @@
 
 namespace velmo {
 
-/// A terminal window with a program in it: a pseudo-terminal whose other side this process reads and
-/// types into. When the object goes, the window is closed and the program killed.
+/// A terminal window with a program in it: a pseudo-terminal whose other side this process reads
+/// and types into. When the object goes, the window is closed and the program killed.
 class TerminalWindow {
 public:
     /// How long the waits below take until they give up: far beyond what anything here needs.

@@ -46,7 +46,8 @@ class Play {
 public:
     Play() {
         fs::create_directory(home_);
-        std::ofstream(home_ / ".bash_profile") << "PS1='ready> '\nbind 'set enable-bracketed-paste off'\n";
+        std::ofstream(home_ / ".bash_profile")
+            << "PS1='ready> '\nbind 'set enable-bracketed-paste off'\n";
         ::setenv("XDG_RUNTIME_DIR", folder_.path().c_str(), 1); // of programs without a window
         ::setenv("HOME", home_.c_str(), 1);
     }
@@ -90,9 +91,9 @@ private:
 
     void hostServes() {
         say("The session host starts.");
-        host_ = std::make_unique<WatchedProcess>(
-            program_, std::vector<std::string_view>{"serve"},
-            [](const std::string& line) { say("  | " + line); });
+        host_ =
+            std::make_unique<WatchedProcess>(program_, std::vector<std::string_view>{"serve"},
+                                             [](const std::string& line) { say("  | " + line); });
         require(host_->waitForLine("serving in"), "it serves");
         WatchedProcess second(program_, std::vector<std::string_view>{"serve"});
         require(second.waitForLine("serves already: process " + std::to_string(host_->pid())),
@@ -168,11 +169,10 @@ private:
         auto toBridge = makePipe();
         auto fromBridge = makePipe();
         require(toBridge && fromBridge, "there are pipes");
-        const auto bridge =
-            startChild(program_, std::vector<std::string_view>{"stream", "work"},
-                       {.standardInput = toBridge->readEnd.get(),
-                        .standardOutput = fromBridge->writeEnd.get(),
-                        .standardError = STDERR_FILENO});
+        const auto bridge = startChild(program_, std::vector<std::string_view>{"stream", "work"},
+                                       {.standardInput = toBridge->readEnd.get(),
+                                        .standardOutput = fromBridge->writeEnd.get(),
+                                        .standardError = STDERR_FILENO});
         fromBridge->writeEnd.reset();
         writeAll(toBridge->writeEnd.get(), textOf(PtyFrame::resize(50, 10).value()));
         writeAll(toBridge->writeEnd.get(), textOf(PtyFrame::data(bytesOf("echo p$((5))\r"))));

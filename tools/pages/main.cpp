@@ -4,6 +4,7 @@
 #include "tools/command-line/CommandLine.h"
 #include "tools/velmo-mac/MacCommandLine.h"
 #include "tools/velmo-power/PowerCommandLine.h"
+#include "tools/velmo-session/SessionCommandLine.h"
 
 #include <array>
 #include <cstdlib>
@@ -15,7 +16,7 @@ namespace {
 
 using namespace velmo;
 
-constexpr std::array programs{&macCommandLine, &powerCommandLine};
+constexpr std::array programs{&macCommandLine, &powerCommandLine, &sessionCommandLine};
 
 bool write(const std::filesystem::path& path, const std::string& text) {
     std::filesystem::create_directories(path.parent_path());

@@ -4,11 +4,11 @@
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/SignalPipe.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/RawTerminal.h"
 #include "tools/velmo-session/Complain.h"
-#include "tools/velmo-session/ExitStatus.h"
-#include "tools/velmo-session/SignalPipe.h"
+#include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/TerminalSize.h"
 
 #include <fcntl.h>
@@ -60,7 +60,7 @@ Descriptor openDisplay() {
 /// Relays between the user's terminal and the host until one of them ends it.
 class View {
 public:
-    View(Descriptor host, int signals)
+    View(Descriptor host, SignalPipe& signals)
         : host_(std::move(host)), display_(openDisplay()), signals_(signals), room_(maxRead) {
         const int flags = ::fcntl(host_.get(), F_GETFL);
         ::fcntl(host_.get(), F_SETFL, flags | O_NONBLOCK);
@@ -80,7 +80,7 @@ private:
         enum { signal, keys, host, display };
 
         std::array<pollfd, 4> watched{};
-        watched[signal] = {.fd = signals_, .events = POLLIN, .revents = 0};
+        watched[signal] = {.fd = signals_.descriptor(), .events = POLLIN, .revents = 0};
         const bool mayType = toHost_.empty() && !typingIsOver_ && !ending_;
         watched[keys] = {.fd = mayType ? STDIN_FILENO : -1, .events = POLLIN, .revents = 0};
         const auto in = static_cast<short>(toShow_.empty() && !ending_ ? POLLIN : 0);
@@ -122,14 +122,14 @@ private:
     }
 
     void takeSignals() {
-        while (const auto signal = SignalPipe::next(signals_)) {
-            if (*signal == SIGWINCH) {
+        while (const auto news = signals_.next()) {
+            if (news->signal == SIGWINCH) {
                 const PtyFrame::Size size = terminalSize();
                 tellHost(resize(size.cols, size.rows));
                 continue;
             }
             tellHost(hangupFrame);
-            end({.exitStatus = ExitStatus::bySignal + *signal, .text = ""});
+            end({.exitStatus = SessionExit::bySignal + news->signal, .text = ""});
             toShow_.clear();
         }
     }
@@ -150,7 +150,7 @@ private:
             tellHost(PtyAttach::data(result.forward));
         if (result.detach) {
             tellHost(detachFrame);
-            end({.exitStatus = ExitStatus::success, .text = labels_.detached});
+            end({.exitStatus = SessionExit::success, .text = labels_.detached});
         }
         flushToHost();
     }
@@ -174,12 +174,12 @@ private:
         if (count < 0 && errno == EAGAIN)
             return;
         if (count <= 0) {
-            end({.exitStatus = ExitStatus::hostGone, .text = labels_.hostGone});
+            end({.exitStatus = SessionExit::hostGone, .text = labels_.hostGone});
             return;
         }
         auto frames = decoder_.feed(ByteView(room_).first(static_cast<std::size_t>(count)));
         if (!frames) {
-            end({.exitStatus = ExitStatus::refused, .text = fill(labels_.error, badMessage)});
+            end({.exitStatus = SessionExit::refused, .text = fill(labels_.error, badMessage)});
             return;
         }
         for (Frame& frame : *frames) {
@@ -199,7 +199,7 @@ private:
         } else if (const auto* const exit = std::get_if<host::Exit>(&said)) {
             end({.exitStatus = exit->code, .text = fill(labels_.exit, std::to_string(exit->code))});
         } else if (const auto* const error = std::get_if<host::Error>(&said)) {
-            end({.exitStatus = ExitStatus::refused,
+            end({.exitStatus = SessionExit::refused,
                  .text =
                      error->code == "ended" ? labels_.ended : fill(labels_.error, error->code)});
         } else if (std::holds_alternative<host::Size>(said)) {
@@ -223,7 +223,7 @@ private:
             if (count < 0) { // nobody looks any more
                 toShow_.clear();
                 tellHost(hangupFrame);
-                end({.exitStatus = ExitStatus::bySignal + SIGPIPE, .text = ""});
+                end({.exitStatus = SessionExit::bySignal + SIGPIPE, .text = ""});
                 return;
             }
             shown_ += static_cast<std::size_t>(count);
@@ -242,7 +242,7 @@ private:
 
     Descriptor host_;
     Descriptor display_;
-    int signals_;
+    SignalPipe& signals_;
     Bytes room_;
     Decoder decoder_;
     Bytes toHost_;
@@ -261,16 +261,17 @@ int attach(const std::string& ticketFile) {
     HostFileSystem files;
     const auto ticket = readTicket(ticketFile, files);
     if (!ticket)
-        return complain(message(ticket.error()), ExitStatus::refused);
+        return complain(message(ticket.error()), SessionExit::refused);
     Descriptor host = LocalSocket::connect(ticket->endpoint);
-    const auto signals = SignalPipe::catchSignals({SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGWINCH});
-    if (!host || !signals)
-        return complain(english().hostGone, ExitStatus::hostGone);
+    constexpr auto caught = std::to_array<int>({SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGWINCH});
+    SignalPipe signals(caught);
+    if (!host || signals.descriptor() < 0)
+        return complain(english().hostGone, SessionExit::hostGone);
     const PtyFrame::Size size = terminalSize();
     Ending ending{};
     {
         const auto raw = RawTerminal::enter(STDIN_FILENO);
-        View view(std::move(host), *signals);
+        View view(std::move(host), signals);
         view.tellHost(hello(ticket->token, size.cols, size.rows).value()); // a token is short
         ending = view.run();
         if (::isatty(STDOUT_FILENO) == 1)

@@ -9,7 +9,7 @@
 #include "platform/sessions/SessionDoors.h"
 #include "platform/sessions/SystemRandom.h"
 #include "tools/velmo-session/Complain.h"
-#include "tools/velmo-session/ExitStatus.h"
+#include "tools/velmo-session/SessionExit.h"
 
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
@@ -79,7 +79,7 @@ public:
         folder_.removeTickets();
         if (!open(SessionHost::Door::attach) || !open(SessionHost::Door::control))
             return complain(folder_.folder() + " has a path too long for a socket, or is full",
-                            ExitStatus::refused);
+                            SessionExit::refused);
         log_("serving in " + folder_.folder());
         stop_.async_wait([this](const std::error_code& aborted, int /*signal*/) {
             if (!aborted)
@@ -92,7 +92,7 @@ public:
         folder_.removeTickets();
         for (const auto& [door, name] : sockets)
             folder_.remove(std::string(name));
-        return ExitStatus::success;
+        return SessionExit::success;
     }
 
 private:
@@ -214,15 +214,15 @@ int serve(ServeMode mode) {
     allowDescriptors(descriptors);
     auto folder = PrivateFolder::make();
     if (!folder)
-        return complain(folder.error(), ExitStatus::refused);
+        return complain(folder.error(), SessionExit::refused);
     auto right = folder->lock();
     if (!right)
         return complain("a host serves already"
                             + (right.error() == 0 ? std::string()
                                                   : ": process " + std::to_string(right.error())),
-                        ExitStatus::refused);
+                        SessionExit::refused);
     if (mode == ServeMode::background && ::chdir("/") != 0)
-        return ExitStatus::refused;
+        return SessionExit::refused;
     return Server(*std::move(folder), *std::move(right), mode, openFiles).run();
 }
 

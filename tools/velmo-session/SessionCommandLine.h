@@ -1,28 +1,24 @@
 #pragma once
 
-#include <expected>
-#include <map>
-#include <span>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "tools/command-line/CommandLine.h"
 
-/// The command line of velmo-session. A verb comes first, then its options, then its words. From
-/// the first word of `start` on, or after "--", everything is the program's, byte for byte.
+#include <string_view>
+
+/// The command line of velmo-session.
 namespace velmo {
 
-struct SessionLine {
-    std::string_view verb;
-    std::map<std::string_view, std::string> options; ///< with their dashes; "" without a value
-    std::vector<std::string> words;
+extern const CommandLine::Program sessionCommandLine;
 
-    [[nodiscard]] bool has(std::string_view option) const { return options.contains(option); }
-};
+namespace SessionVerb {
 
-/// Reads the arguments, without the program's own name. The error is one line that says what is
-/// wrong.
-std::expected<SessionLine, std::string> readSessionLine(std::span<const std::string> arguments);
+inline constexpr std::string_view start = "start";
+inline constexpr std::string_view attach = "attach";
+inline constexpr std::string_view list = "list";
+inline constexpr std::string_view end = "end";
+inline constexpr std::string_view stream = "stream";
+inline constexpr std::string_view serve = "serve";
+inline constexpr std::string_view ptyAttach = "pty-attach";
 
-std::string sessionHelp();
+} // namespace SessionVerb
 
 } // namespace velmo

@@ -10,7 +10,7 @@
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ExitStatus.h"
+#include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/TerminalSize.h"
 
 #include <pwd.h>
@@ -121,7 +121,7 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
         what = request.name.value_or("") + ": ";
     else if (reply.reason != rawText(SessionRefusal::limit))
         what = program + ": ";
-    return complain(PtyAttach::sanitizeLabel(what + refusalText(reply)), ExitStatus::refused);
+    return complain(PtyAttach::sanitizeLabel(what + refusalText(reply)), SessionExit::refused);
 }
 
 std::optional<SessionReplyLine> askToStart(const SessionCallLine& call) {
@@ -140,11 +140,11 @@ int attachById(const std::string& session) {
     const auto reply =
         host ? host->call({.call = SessionCall::ticket, .session = session}) : std::nullopt;
     if (!reply)
-        return complain(hostUnreachable, ExitStatus::hostGone);
+        return complain(hostUnreachable, SessionExit::hostGone);
     if (reply->reason == rawText(SessionRefusal::ended))
-        return complain(PtyAttach::english().ended, ExitStatus::refused);
+        return complain(PtyAttach::english().ended, SessionExit::refused);
     if (!reply->ok || !reply->ticket)
-        return complain(refusalText(*reply), ExitStatus::refused);
+        return complain(refusalText(*reply), SessionExit::refused);
     return attach(*reply->ticket);
 }
 
@@ -158,7 +158,7 @@ int start(const StartRequest& request) {
                          .words = wordsOf(folder, command),
                          .environment = environmentToSend()};
     if (!std::ranges::all_of(*call.words, Text::isValidUtf8))
-        return complain("only words in UTF-8 can be handed on", ExitStatus::refused);
+        return complain("only words in UTF-8 can be handed on", SessionExit::refused);
     auto reply = askToStart(call);
     if (reply && reply->reason == rawText(SessionRefusal::folder) && !request.folder) {
         const std::string refusedFolder = std::exchange(folder, home());
@@ -167,16 +167,16 @@ int start(const StartRequest& request) {
         if (reply && reply->ok)
             complain("no session may work in " + PtyAttach::sanitizeLabel(refusedFolder)
                          + "; it works in " + folder,
-                     ExitStatus::success);
+                     SessionExit::success);
     }
     if (!reply)
-        return complain(hostUnreachable, ExitStatus::hostGone);
+        return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok || !reply->session)
         return refused(request, folder, command.front(), *reply);
     if (!request.isDetached)
         return attachById(*reply->session);
     writeStandardOutput(*reply->session + "\n");
-    return ExitStatus::success;
+    return SessionExit::success;
 }
 
 int attachTo(const std::optional<std::string>& session) {
@@ -185,13 +185,13 @@ int attachTo(const std::optional<std::string>& session) {
     auto host = ControlClient::connect();
     const auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
     if (!reply || !reply->sessions)
-        return complain(hostUnreachable, ExitStatus::hostGone);
+        return complain(hostUnreachable, SessionExit::hostGone);
     std::vector<SessionEntry> running = *reply->sessions;
     std::erase_if(running, [](const SessionEntry& entry) { return entry.exitCode.has_value(); });
     if (running.size() != 1)
         return complain(running.empty() ? "there is no session"
                                         : "there are several sessions; name one of them",
-                        ExitStatus::refused);
+                        SessionExit::refused);
     return attachById(running.front().id);
 }
 

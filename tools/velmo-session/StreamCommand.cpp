@@ -6,7 +6,7 @@
 #include "platform/posix/Io.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ExitStatus.h"
+#include "tools/velmo-session/SessionExit.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -56,15 +56,15 @@ int stream(const std::string& session) {
     const auto reply =
         host ? host->call({.call = SessionCall::stream, .session = session}) : std::nullopt;
     if (!reply)
-        return complain("the session host can't be reached", ExitStatus::hostGone);
+        return complain("the session host can't be reached", SessionExit::hostGone);
     if (!reply->ok)
         return complain(reply->reason == rawText(SessionRefusal::ended) ? PtyAttach::english().ended
                                                                         : refusalText(*reply),
-                        ExitStatus::refused);
+                        SessionExit::refused);
     ExitWatch watch;
     watch.look(bytesOf(host->rest()));
     if (!writeAll(STDOUT_FILENO, host->rest()))
-        return ExitStatus::success;
+        return SessionExit::success;
     std::vector<std::uint8_t> room(maxRead);
     bool inputIsOpen = true;
     while (true) {
@@ -72,12 +72,12 @@ int stream(const std::string& session) {
             pollfd{.fd = inputIsOpen ? STDIN_FILENO : -1, .events = POLLIN, .revents = 0},
             pollfd{.fd = host->get(), .events = POLLIN, .revents = 0}};
         if (retryInterrupted([&] { return ::poll(watched.data(), watched.size(), -1); }) < 0)
-            return ExitStatus::hostGone;
+            return SessionExit::hostGone;
         if (watched[1].revents != 0) {
             const auto frames = relay(host->get(), STDOUT_FILENO, room);
             if (!frames)
-                return watch.code().value_or(inputIsOpen ? ExitStatus::hostGone
-                                                         : ExitStatus::success);
+                return watch.code().value_or(inputIsOpen ? SessionExit::hostGone
+                                                         : SessionExit::success);
             watch.look(*frames);
         }
         // The end of the input is the end of the view.

@@ -8,24 +8,26 @@
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ExitStatus.h"
 #include "tools/velmo-session/ListText.h"
 #include "tools/velmo-session/ServeCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
+#include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/StartCommand.h"
 #include "tools/velmo-session/StreamCommand.h"
 
+#include <algorithm>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
 using namespace velmo;
 
-std::optional<std::string> optionOf(const SessionLine& line, std::string_view name) {
-    const auto found = line.options.find(name);
-    return found == line.options.end() ? std::nullopt : std::optional(found->second);
+std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_view name) {
+    return line.value(name).transform([](std::string_view value) { return std::string(value); });
 }
 
 /// No host, no sessions: that is an answer too.
@@ -33,14 +35,14 @@ int list(bool json) {
     auto host = ControlClient::connect();
     auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
     if (host && !reply)
-        return complain("the session host went away without an answer", ExitStatus::hostGone);
+        return complain("the session host went away without an answer", SessionExit::hostGone);
     const auto sessions =
         reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
     if (json)
         Output::print(sessions, writeStandardOutput);
     else
         writeStandardOutput(listText(sessions, Clocks::wallTime()));
-    return ExitStatus::success;
+    return SessionExit::success;
 }
 
 int end(const std::string& session) {
@@ -48,50 +50,59 @@ int end(const std::string& session) {
     const auto reply =
         host ? host->call({.call = SessionCall::end, .session = session}) : std::nullopt;
     if (!reply)
-        return complain("the session host can't be reached", ExitStatus::hostGone);
-    return reply->ok ? ExitStatus::success : complain(refusalText(*reply), ExitStatus::refused);
+        return complain("the session host can't be reached", SessionExit::hostGone);
+    return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
 }
 
-int ptyAttach(const std::vector<std::string>& arguments) {
-    const auto parsed = PtyAttach::parseArguments(arguments);
+/// Its arguments are those of the attach client, whatever program that is a part of.
+int ptyAttach(std::span<const std::string_view> arguments) {
+    const std::vector<std::string> words(arguments.begin(), arguments.end());
+    const auto parsed = PtyAttach::parseArguments(words);
     if (!parsed)
         return complain("pty-attach takes --ticket-file and an absolute path, or --probe",
-                        ExitStatus::usage);
+                        SessionExit::usage);
     if (const auto* const ticket = std::get_if<PtyAttach::TicketArguments>(&*parsed))
         return attach(ticket->path);
     writeStandardOutput(std::string(PtyAttach::probeReply) + "\n");
-    return ExitStatus::success;
+    return SessionExit::success;
 }
 
-int run(const SessionLine& line) {
-    if (line.verb == "serve")
+int run(const CommandLine::Line& line, std::span<const std::string_view> arguments) {
+    const std::string_view verb = line.verb->name;
+    if (verb == SessionVerb::serve)
         return serve(line.has("--background") ? ServeMode::background : ServeMode::foreground);
-    if (line.verb == "start")
+    if (verb == SessionVerb::start)
         return start({.folder = optionOf(line, "--cwd"),
                       .name = optionOf(line, "--name"),
                       .isDetached = line.has("--detached"),
                       .program = line.words});
-    if (line.verb == "list")
+    if (verb == SessionVerb::list)
         return list(line.has("--json"));
-    if (line.verb == "attach")
+    if (verb == SessionVerb::attach)
         return attachTo(line.words.empty() ? std::nullopt : std::optional(line.words.front()));
+    if (verb == SessionVerb::ptyAttach)
+        return ptyAttach(arguments.subspan(1));
     if (line.words.empty())
-        return complain(std::string(line.verb) + " needs an id or a name", ExitStatus::usage);
-    return line.verb == "end" ? end(line.words.front()) : stream(line.words.front());
+        return complain(std::string(verb) + " needs an id or a name", SessionExit::usage);
+    return verb == SessionVerb::end ? end(line.words.front()) : stream(line.words.front());
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     prepareProcess();
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
-    if (!arguments.empty() && (arguments.front() == "--help" || arguments.front() == "-h")) {
-        writeStandardOutput(sessionHelp());
-        return ExitStatus::success;
+    const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+    const auto line = CommandLine::read(sessionCommandLine, arguments);
+    if (!line)
+        return complain(line.error(), SessionExit::usage);
+    if (line->has(CommandLine::helpOption.name)) {
+        writeStandardOutput(
+            CommandLine::helpText(sessionCommandLine, line->namesVerb ? line->verb : nullptr));
+        return SessionExit::success;
     }
-    // Its arguments are those of the attach client, whatever program that is a part of.
-    if (!arguments.empty() && arguments.front() == PtyAttach::mode)
-        return ptyAttach({arguments.begin() + 1, arguments.end()});
-    const auto line = readSessionLine(arguments);
-    return line ? run(*line) : complain(line.error(), ExitStatus::usage);
+    if (line->has(CommandLine::versionOption.name)) {
+        writeStandardOutput("velmo-session " + std::string(sessionCommandLine.version) + "\n");
+        return SessionExit::success;
+    }
+    return run(*line, arguments);
 }

@@ -2,7 +2,7 @@
 
 /// How velmo-session ends. A viewer that sees its program end hands on the program's own code, 0 to
 /// 255; the other numbers are chosen where programs rarely end.
-namespace velmo::ExitStatus {
+namespace velmo::SessionExit {
 
 inline constexpr int success = 0;    ///< done; a viewer: detached
 inline constexpr int usage = 122;    ///< the command line is wrong
@@ -10,4 +10,4 @@ inline constexpr int refused = 123;  ///< by the host, or by another host that s
 inline constexpr int hostGone = 124; ///< the host went away, or can't be reached
 inline constexpr int bySignal = 128; ///< plus the number of the signal that ended the viewer
 
-} // namespace velmo::ExitStatus
+} // namespace velmo::SessionExit
