@@ -1,0 +1,232 @@
+#include "core/terminal/PtyAttach.h"
+#include "core/terminal/PtyFrame.h"
+#include "platform/posix/Pipe.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/sessions/LocalSocket.h"
+#include "platform/sessions/PrivateFolder.h"
+
+#include "lab/instruments/TemporaryFolder.h"
+#include "lab/instruments/TerminalWindow.h"
+#include "lab/instruments/WatchedProcess.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <termios.h>
+
+#include <fstream>
+#include <map>
+#include <memory>
+#include <thread>
+
+namespace velmo {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+constexpr int refused = 123;
+constexpr int hostGone = 124;
+
+/// A session host as a real process, with a home of its own for its shells.
+class SessionTest : public testing::Test {
+protected:
+    SessionTest() {
+        prepareProcess();
+        fs::create_directory(home);
+        std::ofstream(home / ".profile") << "PS1='ready> '\n";
+        ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
+        ::setenv("HOME", home.c_str(), 1);
+        serve();
+    }
+
+    void serve() {
+        host = std::make_unique<WatchedProcess>(program, std::vector<std::string_view>{"serve"});
+        EXPECT_TRUE(host->waitForLine("serving in"));
+    }
+
+    [[nodiscard]] std::unique_ptr<TerminalWindow> open(std::vector<std::string> words) const {
+        words.insert(words.begin(), program);
+        return std::make_unique<TerminalWindow>(
+            words, Pty::Environment{{"XDG_RUNTIME_DIR", temporary.path().string()},
+                                    {"HOME", home.string()},
+                                    {"PATH", "/usr/bin:/bin"}});
+    }
+
+    [[nodiscard]] std::string output(std::vector<std::string_view> words) const {
+        return outputOf(program, words).value_or("failed");
+    }
+
+    [[nodiscard]] std::string startShell() const {
+        const std::string id = output({"start", "--detached", "--", "/bin/sh"});
+        return id.substr(0, id.find('\n'));
+    }
+
+    /// Asks the control socket, as another program of the host would.
+    [[nodiscard]] std::string call(std::string_view line) const {
+        const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
+        writeAll(socket.get(), line);
+        std::string reply;
+        char byte = 0;
+        while (::read(socket.get(), &byte, 1) == 1 && byte != '\n')
+            reply += byte;
+        return reply;
+    }
+
+    [[nodiscard]] std::string ticketFor(const std::string& id) const {
+        const std::string reply = call(R"({"call":"ticket","session":")" + id + "\"}\n");
+        return std::string(
+            JsonDocument::parse(reply).value().object()->text("ticket").value_or("none"));
+    }
+
+    /// The descriptors that the host has open, where the system tells.
+    [[nodiscard]] std::ptrdiff_t openDescriptors() const {
+        std::error_code none;
+        return std::distance(
+            fs::directory_iterator("/proc/" + std::to_string(host->pid()) + "/fd", none),
+            fs::directory_iterator());
+    }
+
+    template<class Condition>
+    [[nodiscard]] static bool becomes(const Condition& condition) {
+        for (int i = 0; i < 4000 && !condition(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return condition();
+    }
+
+    std::string program = VELMO_PROGRAMS "/velmo-session";
+    TemporaryFolder temporary;
+    fs::path folder = fs::canonical(temporary.path()) / "velmo-term";
+    fs::path home = temporary.path() / "home";
+    std::unique_ptr<WatchedProcess> host;
+};
+
+TEST_F(SessionTest, OfManyThatRaceWithOneTicketOneGetsIn) {
+    const std::string ticket = ticketFor(startShell());
+    constexpr int racers = 30;
+    std::vector<std::unique_ptr<WatchedProcess>> all;
+    for (int i = 0; i < racers; ++i)
+        all.push_back(std::make_unique<WatchedProcess>(
+            program, std::vector<std::string_view>{"pty-attach", "--ticket-file", ticket}));
+    EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains(R"("viewers":1)"); }));
+    // A loser ends at once; the one that got in stays until the session ends.
+    EXPECT_EQ(output({"end", "sh"}), "");
+    std::map<std::optional<int>, int> outcomes;
+    for (const auto& racer : all)
+        ++outcomes[racer->waitForEnd()];
+    EXPECT_EQ(outcomes[refused], racers - 1);
+    EXPECT_EQ(outcomes.size(), 2U);
+    EXPECT_FALSE(fs::exists(ticket));
+}
+
+TEST_F(SessionTest, PeersThatDieOrTalkNonsenseDisturbNobody) {
+    const auto window = open({"start", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    for (const char* socket : {"attach.sock", "control.sock"}) {
+        for (const std::string_view garbage : {"", "\xFF\xFF\xFF\xFF\xFF\xFF", "{\"call\":\n"}) {
+            const Descriptor peer = LocalSocket::connect((folder / socket).string());
+            EXPECT_TRUE(writeAll(peer.get(), garbage));
+        }
+    }
+    auto killed = open({"attach", "sh"});
+    ASSERT_TRUE(killed->shows("ready> "));
+    killed->signal(SIGKILL);
+    killed.reset();
+    window->type("echo still-$((1))\r");
+    EXPECT_TRUE(window->shows("\nstill-1"));
+    EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains(R"("viewers":1)"); }));
+}
+
+TEST_F(SessionTest, TheTerminalIsRestoredHoweverTheViewEnds) {
+    const std::string id = startShell();
+    for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGINT, 0}) {
+        const auto window = open({"attach", id});
+        ASSERT_TRUE(window->shows("ready> "));
+        termios during{};
+        ASSERT_EQ(::tcgetattr(window->get(), &during), 0);
+        EXPECT_EQ(during.c_lflag & (ICANON | ECHO | ISIG), 0U) << "raw";
+        if (signal == 0)
+            host->signal(SIGKILL);
+        else
+            window->signal(signal);
+        EXPECT_TRUE(window->shows(PtyAttach::reset.substr(0, PtyAttach::reset.size() - 2)));
+        termios after{};
+        EXPECT_TRUE(becomes([&] {
+            return ::tcgetattr(window->get(), &after) != 0
+                   || (after.c_lflag & (ICANON | ECHO | ISIG)) == (ICANON | ECHO | ISIG);
+        }));
+        EXPECT_EQ(window->waitForEnd(), signal == 0 ? hostGone : 128 + signal);
+    }
+}
+
+TEST_F(SessionTest, SessionsAndViewersLeaveNothingBehind) {
+    const std::string id = startShell();
+    EXPECT_TRUE(open({"attach", id})->shows("ready> "));
+    EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains(R"("viewers":0)"); }));
+    const auto before = openDescriptors();
+    for (int i = 0; i < 10; ++i) {
+        const auto window = open({"attach", id});
+        ASSERT_TRUE(window->shows("ready> "));
+        if (i % 2 == 0) {
+            window->type("\x1D"
+                         "d");
+            EXPECT_EQ(window->waitForEnd(), 0);
+        }
+        const std::string other = startShell();
+        EXPECT_EQ(output({"end", other}), "");
+    }
+    EXPECT_TRUE(becomes([&] { return openDescriptors() == before; })) << openDescriptors();
+    EXPECT_TRUE(becomes([&] {
+        const std::string children = "/proc/" + std::to_string(host->pid()) + "/task/"
+                                     + std::to_string(host->pid()) + "/children";
+        std::ifstream file(children);
+        int count = 0;
+        for (int child = 0; file >> child;)
+            ++count;
+        return !fs::exists(children) || count == 1;
+    }));
+    for (const auto& file : fs::directory_iterator(folder))
+        EXPECT_FALSE(PtyAttach::isTicketName(file.path().filename().string()));
+}
+
+TEST_F(SessionTest, AProgramGetsThreeDescriptorsAndItsOwnTerminal) {
+    const auto window = open({"start", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("for f in 3 4 5 6 7 8 9 10 11 12; do (: <&$f) 2>/dev/null && echo open-$f; done; "
+                 "ps -o sid= -p $$ | tr -d ' '; echo me-$$ $XDG_RUNTIME_DIR end\r");
+    EXPECT_TRUE(window->shows("\nme-"));
+    EXPECT_TRUE(window->shows(" end"));
+    EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\nopen-")));
+}
+
+TEST_F(SessionTest, AFolderThatIsNotPrivateIsNotServedIn) {
+    struct stat status{};
+    EXPECT_EQ(::stat(folder.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0700U);
+    host->signal(SIGTERM);
+    EXPECT_EQ(host->waitForEnd(), 0);
+    EXPECT_FALSE(fs::exists(folder / "control.sock"));
+    fs::rename(folder, temporary.path() / "aside");
+    fs::create_directory_symlink(temporary.path() / "aside", folder);
+    WatchedProcess second(program, std::vector<std::string_view>{"serve"});
+    EXPECT_TRUE(second.waitForLine("can't be made"));
+    EXPECT_EQ(output({"list", "--json"}), "[]\n");
+}
+
+TEST_F(SessionTest, AHostThatASessionNeedsStartsByItselfAndReplacesAStaleSocket) {
+    host->signal(SIGKILL);
+    EXPECT_EQ(host->waitForEnd(), 128 + SIGKILL);
+    EXPECT_TRUE(fs::exists(folder / "control.sock"));
+    const auto window = open({"start", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    pid_t served = 0;
+    std::ifstream(folder / "host.lock") >> served;
+    EXPECT_GT(served, 0);
+    EXPECT_NE(served, host->pid());
+    window->type("exit 3\r");
+    EXPECT_EQ(window->waitForEnd(), 3);
+    ::kill(served, SIGTERM);
+    EXPECT_TRUE(becomes([&] { return !fs::exists(folder / "control.sock"); }));
+}
+
+} // namespace
+} // namespace velmo
