@@ -22,9 +22,10 @@ test:
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
 	@scripts/setup build bench
-	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac velmo-session
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
+	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md
 
 sanitize:
 	@scripts/setup build test clang

@@ -287,7 +287,7 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
 std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,
                                                                 std::string_view program) const {
     if (call.name) {
-        const std::string name = PtyAttach::sanitizeTitle(*call.name);
+        std::string name = PtyAttach::sanitizeTitle(*call.name);
         if (name.empty() || name.size() > maxNameBytes || PtyAttach::isSessionId(name))
             return std::unexpected(SessionRefusal::words);
         if (isNameTaken(name))

@@ -14,6 +14,10 @@ namespace {
 /// Output that is read before the viewers get it: one full frame.
 constexpr std::size_t maxBurst = OutputLog::maxRead;
 
+/// A read that gets less than this has most likely got all: asking again would only cost time, and
+/// the echo of a key has none to lose.
+constexpr std::size_t littleOutput = 1024;
+
 /// What a terminal gets that shows an old state of the session, before the replay.
 const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
 
@@ -80,7 +84,7 @@ void TerminalSession::readProgram(SteadyTime now) {
         log_.commit(output.bytes);
         burst += output.bytes;
         outputIsOver_ = output.isOver;
-        if (output.bytes == 0)
+        if (output.bytes < littleOutput)
             break;
     }
 }

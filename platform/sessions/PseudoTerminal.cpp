@@ -80,7 +80,7 @@ std::vector<std::string> wordsOf(const SpawnRequest& request) {
 std::vector<std::string> entriesOf(const Pty::Environment& environment) {
     std::vector<std::string> entries;
     for (const auto& [key, value] : environment)
-        entries.push_back(key + "=" + value);
+        entries.emplace_back(key).append("=").append(value);
     return entries;
 }
 

@@ -12,22 +12,26 @@ using CommandLine::Section;
 using CommandLine::Verb;
 
 constexpr auto startOptions = std::to_array<Option>({
-    {"--cwd", "FOLDER", "work there; else here, or at home where that is not allowed"},
-    {"--name", "NAME", "call the session so"},
-    {"--detached", "", "print its id instead of attaching"},
+    {.name = "--cwd",
+     .value = "FOLDER",
+     .help = "work there; else here, or at home where that is not allowed"},
+    {.name = "--name", .value = "NAME", .help = "call the session so"},
+    {.name = "--detached", .value = "", .help = "print its id instead of attaching"},
 });
 
 constexpr auto listOptions = std::to_array<Option>({
-    {"--json", "", "as one JSON line"},
+    {.name = "--json", .value = "", .help = "as one JSON line"},
 });
 
 constexpr auto serveOptions = std::to_array<Option>({
-    {"--background", "", "log to a file, and end when nobody needs the host"},
+    {.name = "--background",
+     .value = "",
+     .help = "log to a file, and end when nobody needs the host"},
 });
 
 constexpr auto attachOptions = std::to_array<Option>({
-    {"--ticket-file", "FILE", "the ticket"},
-    {"--probe", "", "print what this client speaks"},
+    {.name = "--ticket-file", .value = "FILE", .help = "the ticket"},
+    {.name = "--probe", .value = "", .help = "print what this client speaks"},
 });
 
 constexpr auto verbs = std::to_array<Verb>({
@@ -61,9 +65,10 @@ constexpr auto verbs = std::to_array<Verb>({
 });
 
 constexpr auto sections = std::to_array<Section>({
-    {"Exit status:", "  0 done, or detached; the program's own code when it ends while attached;\n"
-                     "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
-                     "  128+N after signal N."},
+    {.heading = "Exit status:",
+     .text = "  0 done, or detached; the program's own code when it ends while attached;\n"
+             "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
+             "  128+N after signal N."},
 });
 
 } // namespace
