@@ -130,7 +130,9 @@ auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void,
         use(Rules::view(type, afterHeader.first(length)));
         frames = afterHeader.subspan(length);
     }
-    (void)complete(input); // It is the beginning of a frame, and its header has been judged.
+    // What is left is the beginning of a frame; its header, if it is there, has been judged.
+    if (const auto header = completeHeader(input))
+        completePayload(header->length, input);
     return {};
 }
 
