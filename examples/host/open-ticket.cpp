@@ -50,7 +50,7 @@ int main() {
     PtyAttach::HostFileSystem files;
     const auto folder = PtyAttach::expectedFolder(files);
     if (!folder) {
-        std::cerr << "there is no temporary folder that is the user's alone: TMPDIR names it\n";
+        std::cerr << "the system gives this user no folder of their own for such files\n";
         return 1;
     }
     const std::string ticket = writeTicket(*folder);
