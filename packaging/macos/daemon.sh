@@ -7,6 +7,7 @@ client=${DESTDIR:-}/usr/local/bin/velmo-power
 plist=${DESTDIR:-}/Library/LaunchDaemons/$label.plist
 log_rule=${DESTDIR:-}/etc/newsyslog.d/$label.conf
 log=${DESTDIR:-}/var/log/$label.log
+share=${DESTDIR:-}/usr/local/share
 record_folder=${DESTDIR:-}/var/db/velmo
 record=$record_folder/power-daemon.json
 
@@ -21,6 +22,22 @@ each_file() {
     "$1" velmo-power "$client" 755
     "$1" "$label.plist" "$plist" 644
     "$1" "$label.conf" "$log_rule" 644
+    each_page "$1"
+}
+
+# The same for the manual page and the completions of the client, which a cross build has not.
+each_page() {
+    "$1" velmo-power.1 "$share/man/man1/velmo-power.1" 644
+    "$1" velmo-power.bash "$share/bash-completion/completions/velmo-power" 644
+    "$1" _velmo-power "$share/zsh/site-functions/_velmo-power" 644
+    "$1" velmo-power.fish "$share/fish/vendor_completions.d/velmo-power.fish" 644
+}
+
+# page_source FOLDER NAME PLACE: where a page comes from, beside a build's executables or among the
+# files of a package.
+page_source() {
+    built=$1/../share/${3#"$share"/}
+    if [ -e "$built" ]; then echo "$built"; else echo "$1/$2"; fi
 }
 
 # The texts by which daemon and clients recognise each other, the same as those in their code.

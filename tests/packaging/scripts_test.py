@@ -18,6 +18,8 @@ TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir 
 LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
 CLIENT = "usr/local/bin/velmo-power"
+PAGES = ("man/man1/velmo-power.1", "bash-completion/completions/velmo-power",
+         "zsh/site-functions/_velmo-power", "fish/vendor_completions.d/velmo-power.fish")
 PLIST = f"Library/LaunchDaemons/{LABEL}.plist"
 RULE = f"etc/newsyslog.d/{LABEL}.conf"
 RECORD = "var/db/velmo/power-daemon.json"
@@ -34,6 +36,8 @@ class Mac:
         for tool in TOOLS:
             (self.folder / "bin" / tool).symlink_to(ROOT / "lab/mac-tools/tool.sh")
         self.put("sleep", "0").put("clock", "0\n").put("calls", "").put("property", "0\n").put("readings", "0\n")
+        for page in PAGES:
+            self.put(f"share/{page}", page)
         for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed)):
             identifier, _, team = signed.partition(" ")
             self.put(f"built/{name}", f'#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-{name}" "$@"\n# Marked=yes\n' + (
@@ -53,6 +57,7 @@ class Mac:
     def with_older(self, loaded):
         self.put(f"root/{DAEMON}", "old daemon", 0o755).put(f"root/{PLIST}", "old list")
         self.put("root/usr/local/bin/velmo-power", "old client", 0o711)
+        self.put(f"root/usr/local/share/{PAGES[0]}", "old page")
         (self.folder / "root/usr/local/bin").chmod(0o775)
         return self.put("job", "7\n").put("started", "0\n") if loaded else self.put("disabled", "")
 
@@ -89,6 +94,8 @@ class ScriptsTest(unittest.TestCase):
         for place in (PLIST, RULE):
             installed = mac.folder / "root" / place
             self.assertEqual(installed.read_text(), (SCRIPTS / installed.name).read_text())
+        for page in PAGES:
+            self.assertEqual(mac.get(f"root/usr/local/share/{page}"), page)
         self.assertTrue(mac.get("job"))
         self.assertIsNone(mac.get("disabled"))
         self.assertEqual([path.name for path in (mac.folder / "root/Library").glob("Velmo*")], [])
@@ -171,9 +178,9 @@ class ScriptsTest(unittest.TestCase):
                 self.assertEqual(done.returncode == 0, removed, done.stderr)
                 self.assertEqual(mac.get("sleep"), after)
                 self.assertEqual("sudo pmset" in done.stdout, removed and after == "1")
-                for place in (DAEMON, CLIENT, PLIST, LOG, LOG + ".0"):
+                for place in (DAEMON, CLIENT, PLIST, LOG, LOG + ".0", "usr/local/share/" + PAGES[0]):
                     self.assertEqual((mac.folder / "root" / place).exists(), not removed, place)
-        for number in range(1, 16):
+        for number in range(1, 21):
             mac = self.mac().with_older(loaded=True).put("sleep", "1").put(f"root/{RECORD}", ours)
             done = mac.run("uninstall", fail=number)
             self.assertTrue(mac.get("sleep") == "0" or mac.get(f"root/{RECORD}"))
