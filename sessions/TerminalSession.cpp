@@ -5,6 +5,7 @@
 #include "sessions/AttachMessages.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace velmo {

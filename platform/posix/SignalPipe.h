@@ -26,7 +26,7 @@ public:
     SignalPipe& operator=(const SignalPipe&) = delete;
 
     /// Takes one more signal over, or the same one once more.
-    void take(int signal);
+    static void take(int signal);
 
     /// Readable while there is news. Negative if the system had no descriptors for it.
     [[nodiscard]] int descriptor() const { return readEnd_.get(); }

@@ -6,9 +6,10 @@ namespace velmo::CommandLine {
 namespace {
 
 using Words = std::vector<std::string_view>;
-constexpr auto common = std::to_array<Option>({{"--mac", "FOLDER", "the Mac"}});
-constexpr auto runOptions =
-    std::to_array<Option>({{"--floor", "PERCENT", "it ends"}, {"--fast", "", "f"}});
+constexpr auto common =
+    std::to_array<Option>({{.name = "--mac", .value = "FOLDER", .help = "the Mac"}});
+constexpr auto runOptions = std::to_array<Option>(
+    {{.name = "--floor", .value = "PERCENT", .help = "it ends"}, {.name = "--fast", .help = "f"}});
 constexpr auto verbs = std::to_array<Verb>(
     {{.name = "run", .help = "run it", .options = runOptions, .operands = Operands::command},
      {.name = "show", .help = "show it"},

@@ -112,16 +112,21 @@ private:
         return option ? option : optionNamed(line_.verb->options, name);
     }
 
+    [[nodiscard]] std::string verbNames() const {
+        std::string names;
+        for (const Verb& each : program_.verbs) {
+            const bool isLast = &each == &program_.verbs.back();
+            if (!names.empty())
+                names.append(isLast ? " and " : ", ");
+            names.append(each.name);
+        }
+        return names;
+    }
+
     void takeVerb(std::string_view word) {
         const Verb& verb = verbNamed(word);
         if (&verb == &none) {
-            error_ = "unknown verb " + quoted(word) + "; there are ";
-            for (const Verb& each : program_.verbs) {
-                error_.append(&each == &program_.verbs.front()  ? ""
-                              : &each == &program_.verbs.back() ? " and "
-                                                                : ", ");
-                error_.append(each.name);
-            }
+            error_ = "unknown verb " + quoted(word) + "; there are " + verbNames();
             return;
         }
         for (const auto& given : line_.given) {

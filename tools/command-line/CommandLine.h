@@ -16,9 +16,10 @@
 namespace velmo::CommandLine {
 
 struct Option {
-    std::string_view name;  ///< with its dashes: "--floor"
-    std::string_view value; ///< what stands for its value in help, "PERCENT"; empty: it takes none
-    std::string_view help;  ///< without a full stop
+    std::string_view name; ///< with its dashes: "--floor"
+    std::string_view
+        value{};           ///< what stands for its value in help, "PERCENT"; empty: it takes none
+    std::string_view help; ///< without a full stop
 };
 
 /// What a verb takes besides its options.
@@ -54,10 +55,9 @@ struct Program {
 };
 
 /// Every program has these.
-inline constexpr Option helpOption{
-    .name = "--help", .value = "", .help = "print this help, or that of the verb before it"};
-inline constexpr Option versionOption{
-    .name = "--version", .value = "", .help = "print the version"};
+inline constexpr Option helpOption{.name = "--help",
+                                   .help = "print this help, or that of the verb before it"};
+inline constexpr Option versionOption{.name = "--version", .help = "print the version"};
 
 struct Line {
     struct Given {

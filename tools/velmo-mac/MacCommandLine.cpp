@@ -20,9 +20,10 @@ constexpr std::string_view none = "none";
 /// Sets what a word stands for. Returns false, and changes nothing, if it stands for nothing.
 template<class T>
 bool assign(T& target, std::optional<T> value) {
-    if (value)
-        target = *std::move(value);
-    return value.has_value();
+    if (!value)
+        return false;
+    target = *std::move(value);
+    return true;
 }
 
 std::optional<bool> onOrOff(std::string_view word) {
@@ -95,20 +96,36 @@ bool setLid(SimulatedMac& mac, std::string_view word) {
 }
 
 constexpr auto setOptions = std::to_array<Option>({
-    {"--mains", "on|off", "on mains power, or on the battery"},
-    {"--battery", "0-100|none", "percent, or a Mac without one"},
-    {"--thermal", "nominal|fair|serious|critical", "how hot the machine is"},
-    {"--lid", "open|shut|none", "open, which wakes the Mac, shut, or a Mac without one"},
-    {"--sleep-disabled", "on|off", "the system-wide sleep setting"},
-    {"--elapse", "SECONDS", "let so much time pass, from 0"},
-    {"--clock-forward", "SECONDS", "set the clock forward, or, below 0, back"},
-    {"--user-id", "ID", "the user id that the daemon runs as"},
-    {"--team", "TEAM|none", "the team that signed the daemon"},
-    {"--trusted-users", "ID,ID", "user ids whose processes count as signed clients"},
-    {"--pmset", "none|fails|dies|hangs|lies", "what pmset does instead of its job"},
-    {"--property-unreadable", "on|off", "whether the power service keeps the setting to itself"},
-    {"--lateness", "MILLISECONDS", "until the power service follows what pmset has set, from 0"},
-    {"--record-folder", "none|readOnly|link", "what is wrong with the daemon's record folder"},
+    {.name = "--mains", .value = "on|off", .help = "on mains power, or on the battery"},
+    {.name = "--battery", .value = "0-100|none", .help = "percent, or a Mac without one"},
+    {.name = "--thermal",
+     .value = "nominal|fair|serious|critical",
+     .help = "how hot the machine is"},
+    {.name = "--lid",
+     .value = "open|shut|none",
+     .help = "open, which wakes the Mac, shut, or a Mac without one"},
+    {.name = "--sleep-disabled", .value = "on|off", .help = "the system-wide sleep setting"},
+    {.name = "--elapse", .value = "SECONDS", .help = "let so much time pass, from 0"},
+    {.name = "--clock-forward",
+     .value = "SECONDS",
+     .help = "set the clock forward, or, below 0, back"},
+    {.name = "--user-id", .value = "ID", .help = "the user id that the daemon runs as"},
+    {.name = "--team", .value = "TEAM|none", .help = "the team that signed the daemon"},
+    {.name = "--trusted-users",
+     .value = "ID,ID",
+     .help = "user ids whose processes count as signed clients"},
+    {.name = "--pmset",
+     .value = "none|fails|dies|hangs|lies",
+     .help = "what pmset does instead of its job"},
+    {.name = "--property-unreadable",
+     .value = "on|off",
+     .help = "whether the power service keeps the setting to itself"},
+    {.name = "--lateness",
+     .value = "MILLISECONDS",
+     .help = "until the power service follows what pmset has set, from 0"},
+    {.name = "--record-folder",
+     .value = "none|readOnly|link",
+     .help = "what is wrong with the daemon's record folder"},
 });
 
 /// What each of them does, in the same order.
@@ -161,7 +178,8 @@ constexpr auto verbs = std::to_array<Verb>({
 });
 
 constexpr auto sections = std::to_array<CommandLine::Section>({
-    {"The folder:", "  FOLDER is where the Mac lives; VELMO_MAC names it where it is left out."},
+    {.heading = "The folder:",
+     .text = "  FOLDER is where the Mac lives; VELMO_MAC names it where it is left out."},
 });
 
 } // namespace

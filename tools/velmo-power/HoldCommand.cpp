@@ -432,11 +432,13 @@ void HoldCommand::keeperStopped(HoldKeeper::Outcome outcome) {
     context_.stop();
     if (!awakeSince_)
         return;
+    if (outcome == HoldKeeper::Outcome::notHeld) {
+        say("ended; another client holds");
+        return;
+    }
     if (isKnownToBeRestored(outcome)) {
         const bool held = keeper_.status().state == HoldKeeper::State::holding;
-        say(outcome == HoldKeeper::Outcome::notHeld ? "ended; another client holds"
-            : held                                  ? "released"
-                                                    : "ended; nobody holds");
+        say(held ? "released" : "ended; nobody holds");
         return;
     }
     complain(outcome == HoldKeeper::Outcome::pending
@@ -447,7 +449,7 @@ void HoldCommand::keeperStopped(HoldKeeper::Outcome outcome) {
 }
 
 /// Without the daemon's word the setting itself tells, where it reads enabled.
-bool HoldCommand::isKnownToBeRestored(HoldKeeper::Outcome outcome) {
+bool HoldCommand::isKnownToBeRestored(HoldKeeper::Outcome outcome) const {
     return outcome == HoldKeeper::Outcome::restored || outcome == HoldKeeper::Outcome::notHeld
            || (outcome == HoldKeeper::Outcome::unknown
                && access_.machine->sleepDisabledProperty() == false);

@@ -63,7 +63,7 @@ private:
     void finish(int exitStatus);
     void finishBySignal(int signal);
     void keeperStopped(HoldKeeper::Outcome outcome);
-    bool isKnownToBeRestored(HoldKeeper::Outcome outcome);
+    [[nodiscard]] bool isKnownToBeRestored(HoldKeeper::Outcome outcome) const;
 
     void say(const std::string& text);
     void complain(const std::string& text);

@@ -66,7 +66,7 @@ std::optional<double> parseDuration(std::string_view text) {
 
 std::optional<int> parseTimeOfDay(std::string_view text) {
     const std::size_t colon = text.find(':');
-    if (colon == std::string_view::npos || colon > 2 || text.size() != colon + 3)
+    if (colon > 2 || text.size() != colon + 3)
         return std::nullopt;
     const auto hours = Decimal::parseUnsigned<int>(text.substr(0, colon));
     const auto minutes = Decimal::parseUnsigned<int>(text.substr(colon + 1));

@@ -15,28 +15,32 @@ using CommandLine::Section;
 using CommandLine::Verb;
 
 constexpr auto everywhere = std::to_array<Option>({
-    {"--mac", "FOLDER", "a simulated Mac, in place of this one (or VELMO_MAC)"},
-    {"--quiet", "", "say only what went wrong"},
+    {.name = "--mac",
+     .value = "FOLDER",
+     .help = "a simulated Mac, in place of this one (or VELMO_MAC)"},
+    {.name = "--quiet", .help = "say only what went wrong"},
 });
 
 constexpr auto holdOptions = std::to_array<Option>({
-    {"--floor", "PERCENT", "end below this battery level, 10 to 95 (20 if not given)"},
-    {"--for", "TIME", "end after 2h30m, 45m or 90s"},
-    {"--until", "HH:MM", "end at this time of the day"},
-    {"--pid", "PID", "end when this process ends"},
-    {"--ac-only", "", "end when the Mac is unplugged"},
-    {"--until-lid-opens", "", "end when the lid, once shut, is opened"},
-    {"--display-off", "", "turn the display off when the lid shuts"},
-    {"--no-wait", "", "fail if another client holds, instead of riding on its hold"},
-    {"--or-run", "", "run COMMAND without a hold if there can be none"},
-    {"--persist", "", "take the hold again after somebody has released it"},
-    {"--end-on-loss", "", "end COMMAND when the hold is lost"},
-    {"--background", "", "return once the Mac is held, and print the process id"},
+    {.name = "--floor",
+     .value = "PERCENT",
+     .help = "end below this battery level, 10 to 95 (20 if not given)"},
+    {.name = "--for", .value = "TIME", .help = "end after 2h30m, 45m or 90s"},
+    {.name = "--until", .value = "HH:MM", .help = "end at this time of the day"},
+    {.name = "--pid", .value = "PID", .help = "end when this process ends"},
+    {.name = "--ac-only", .help = "end when the Mac is unplugged"},
+    {.name = "--until-lid-opens", .help = "end when the lid, once shut, is opened"},
+    {.name = "--display-off", .help = "turn the display off when the lid shuts"},
+    {.name = "--no-wait", .help = "fail if another client holds, instead of riding on its hold"},
+    {.name = "--or-run", .help = "run COMMAND without a hold if there can be none"},
+    {.name = "--persist", .help = "take the hold again after somebody has released it"},
+    {.name = "--end-on-loss", .help = "end COMMAND when the hold is lost"},
+    {.name = "--background", .help = "return once the Mac is held, and print the process id"},
 });
 
 constexpr auto statusOptions = std::to_array<Option>({
-    {"--json", "", "as one JSON line"},
-    {"--watch", "", "print it again whenever it changes"},
+    {.name = "--json", .help = "as one JSON line"},
+    {.name = "--watch", .help = "print it again whenever it changes"},
 });
 
 constexpr auto verbs = std::to_array<Verb>({
@@ -53,13 +57,14 @@ constexpr auto verbs = std::to_array<Verb>({
 });
 
 constexpr auto sections = std::to_array<Section>({
-    {"Exit status:",
-     "  0 done, and sleep as it was; 1 refused, or sleep may still be disabled;\n"
-     "  2 wrong usage; 3 no daemon answers. With COMMAND its own status, and 125 in\n"
-     "  place of 1, 2 and 3; 126 and 127 when it can't be run; when a signal ends it,\n"
-     "  velmo-power ends by the same."},
-    {"Waiting:", "  What is waited for is said after 2 seconds. A daemon that does not answer for\n"
-                 "  30 seconds is given up."},
+    {.heading = "Exit status:",
+     .text = "  0 done, and sleep as it was; 1 refused, or sleep may still be disabled;\n"
+             "  2 wrong usage; 3 no daemon answers. With COMMAND its own status, and 125 in\n"
+             "  place of 1, 2 and 3; 126 and 127 when it can't be run; when a signal ends it,\n"
+             "  velmo-power ends by the same."},
+    {.heading = "Waiting:",
+     .text = "  What is waited for is said after 2 seconds. A daemon that does not answer for\n"
+             "  30 seconds is given up."},
 });
 
 std::string wrong(std::string_view option, std::string_view value, std::string_view wanted) {

@@ -17,7 +17,8 @@ constexpr std::size_t usualColumns = 80;
 
 bool canErase(int descriptor) {
     const char* const terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): at the start
-    return ::isatty(descriptor) == 1 && (!terminal || std::string_view(terminal) != "dumb");
+    return ::isatty(descriptor) == 1
+           && (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
 std::size_t columns(int descriptor) {

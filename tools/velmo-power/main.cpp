@@ -53,7 +53,7 @@ private:
     int status(PowerAccess& mac);
     int release(PowerAccess& mac);
     int doctor(PowerAccess& mac);
-    PowerStatus readAll(PowerAccess& mac, Conversation& daemon);
+    static PowerStatus readAll(PowerAccess& mac, Conversation& daemon);
 
     [[nodiscard]] bool isQuiet() const { return line_.has("--quiet"); }
 

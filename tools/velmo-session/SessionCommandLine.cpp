@@ -16,22 +16,20 @@ constexpr auto startOptions = std::to_array<Option>({
      .value = "FOLDER",
      .help = "work there; else here, or at home where that is not allowed"},
     {.name = "--name", .value = "NAME", .help = "call the session so"},
-    {.name = "--detached", .value = "", .help = "print its id instead of attaching"},
+    {.name = "--detached", .help = "print its id instead of attaching"},
 });
 
 constexpr auto listOptions = std::to_array<Option>({
-    {.name = "--json", .value = "", .help = "as one JSON line"},
+    {.name = "--json", .help = "as one JSON line"},
 });
 
 constexpr auto serveOptions = std::to_array<Option>({
-    {.name = "--background",
-     .value = "",
-     .help = "log to a file, and end when nobody needs the host"},
+    {.name = "--background", .help = "log to a file, and end when nobody needs the host"},
 });
 
 constexpr auto attachOptions = std::to_array<Option>({
     {.name = "--ticket-file", .value = "FILE", .help = "the ticket"},
-    {.name = "--probe", .value = "", .help = "print what this client speaks"},
+    {.name = "--probe", .help = "print what this client speaks"},
 });
 
 constexpr auto verbs = std::to_array<Verb>({
