@@ -181,7 +181,7 @@ void HoldCommand::suspend() {
 void HoldCommand::goOn() {
     display_.finish(lastWords);
     raiseByDefault(SIGTSTP);
-    signals_.take(SIGTSTP);
+    SignalPipe::take(SIGTSTP);
     if (child_)
         ::kill(*child_, SIGCONT);
     if (!wantsHold_)
