@@ -1,5 +1,6 @@
 #include "core/terminal/ControlSequence.h"
 
+#include "core/support/Decimal.h"
 #include "core/terminal/AttachLabels.h"
 
 namespace velmo::ControlSequence {

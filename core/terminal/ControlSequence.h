@@ -1,7 +1,5 @@
 #pragma once
 
-#include "core/support/Decimal.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
