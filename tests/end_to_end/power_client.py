@@ -433,7 +433,7 @@ class Streams(PowerTest):
         terminal.wait_for("sleep is enabled although the hold is in force")
         terminal.wait_for("\r\x1b[Kheld, but sleep is enabled")
         terminal.write(b"\x03")
-        terminal.wait_for("\r\x1b[Kreleased\r\n")
+        terminal.wait_for("released\r\n")
         self.assertEqual(terminal.end(), 0)
 
     def test_where_no_line_is_drawn(self):
