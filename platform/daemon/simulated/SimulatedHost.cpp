@@ -1,6 +1,7 @@
 #include "platform/daemon/simulated/SimulatedHost.h"
 
 #include "daemon/Startup.h"
+#include "platform/posix/Clocks.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 
@@ -39,6 +40,9 @@ void SimulatedHost::writeLog(std::string_view line) {
 }
 
 void SimulatedHost::listen(std::string_view service, std::shared_ptr<Guard> guard) {
+    // From the first client on, a signal waits for its handler instead of ending the process.
+    for (const int signal : endingSignals())
+        termination_.add(signal);
     if (const auto error = service_.listen(service, std::move(guard))) {
         writeLog(logLine("can't listen on " + folder_.socket(service).string() + ": "
                          + error.message()));
@@ -51,8 +55,7 @@ void SimulatedHost::listen(std::string_view service, std::shared_ptr<Guard> guar
 
 void SimulatedHost::repeat(double seconds, std::function<void()> handler) {
     tick_ = std::move(handler);
-    period_ = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-        std::chrono::duration<double>(seconds));
+    period_ = Clocks::duration(seconds);
     timer_.expires_after(period_);
     waitForTick();
 }
@@ -67,8 +70,6 @@ void SimulatedHost::waitForTick() {
 }
 
 void SimulatedHost::onTermination(std::function<void()> handler) {
-    for (const int signal : endingSignals())
-        termination_.add(signal);
     termination_.async_wait([handler = std::move(handler)](const std::error_code& /*never aborted*/,
                                                            int /*signal*/) { handler(); });
 }
