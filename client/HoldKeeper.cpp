@@ -34,6 +34,14 @@ auto HoldKeeper::reply(Callback callback) {
     });
 }
 
+template<class Callback>
+void HoldKeeper::askForReport(Callback callback) {
+    const auto answered =
+        reply([callback](std::string_view line) { callback(decodeRecord<HoldReport>(line)); });
+    awaitsReport_ = true;
+    daemon_->report(answered);
+}
+
 void HoldKeeper::newAttempt() {
     attempt_ = std::make_shared<Attempt>();
     awaited_.reset();
@@ -55,8 +63,7 @@ void HoldKeeper::takeHold() {
         daemon_ = link_.connect([this] { connectionEnded(); });
     }
     if (!daemon_) {
-        retryAfter(unreachableRetry);
-        change({.state = State::unreachable});
+        lookForDaemonAgain();
         return;
     }
     daemon_->hold(options_.batteryFloor.percent(),
@@ -65,18 +72,17 @@ void HoldKeeper::takeHold() {
 
 void HoldKeeper::connectionEnded() {
     daemon_.reset();
+    if (done_) {
+        stopped(Outcome::unknown);
+        return;
+    }
     // A daemon that does not know the call ends the connection over it.
     if (std::exchange(awaitsReport_, false))
         daemonReports_ = false;
-    if (done_) {
-        stopped(Outcome::unknown);
-    } else if (!connectionAnswers_) {
-        newAttempt();
-        retryAfter(unreachableRetry);
-        change({.state = State::unreachable});
-    } else {
+    if (connectionAnswers_)
         holdLost(daemonReports_ ? connectionLost : reasonUnknown);
-    }
+    else
+        lookForDaemonAgain();
 }
 
 void HoldKeeper::giveUpWaiting() {
@@ -85,9 +91,13 @@ void HoldKeeper::giveUpWaiting() {
         stopped(Outcome::unknown);
         return;
     }
+    lookForDaemonAgain(daemonSilent);
+}
+
+void HoldKeeper::lookForDaemonAgain(std::string_view why) {
     newAttempt();
     retryAfter(unreachableRetry);
-    change({.state = State::unreachable, .reason = std::string(daemonSilent)});
+    change({.state = State::unreachable, .reason = std::string(why)});
 }
 
 void HoldKeeper::holdAnswered(bool ok, std::string_view reason) {
@@ -109,18 +119,14 @@ void HoldKeeper::look() {
         change({.state = State::riding});
         return;
     }
-    const auto answered = reply([this](std::string_view line) { lookAnswered(line); });
-    awaitsReport_ = true;
-    daemon_->report(answered);
+    askForReport([this](const std::optional<HoldReport>& report) { lookAnswered(report); });
 }
 
-void HoldKeeper::lookAnswered(std::string_view line) {
-    const auto report = decodeRecord<HoldReport>(line);
+void HoldKeeper::lookAnswered(const std::optional<HoldReport>& report) {
     if (report && !report->holder) {
-        const bool released =
-            report->lastEnd && report->lastEnd->how == rawText(HoldEnding::releasedByAnother);
-        if (released && !options_.persist)
-            change({.state = State::released, .reason = report->lastEnd->how});
+        const auto& last = report->lastEnd;
+        if (last && endsForGood(last->how))
+            change({.state = State::released, .reason = last->how});
         else
             takeHold();
         return;
@@ -158,16 +164,18 @@ void HoldKeeper::askWhyLost() {
         holdLost(reasonUnknown);
         return;
     }
-    const auto answered = reply([this](std::string_view line) {
-        const auto report = decodeRecord<HoldReport>(line);
+    askForReport([this](const std::optional<HoldReport>& report) {
         holdLost(report && report->ownEnd ? std::string_view(report->ownEnd->how) : reasonUnknown);
     });
-    awaitsReport_ = true;
-    daemon_->report(answered);
+}
+
+/// A release by another client is meant for whoever has the hold or rides on it.
+bool HoldKeeper::endsForGood(std::string_view how) const {
+    return how == rawText(HoldEnding::releasedByAnother) && !options_.persist;
 }
 
 void HoldKeeper::holdLost(std::string_view how) {
-    if (how == rawText(HoldEnding::releasedByAnother) && !options_.persist) {
+    if (endsForGood(how)) {
         change({.state = State::released, .reason = std::string(how)});
         return;
     }
@@ -224,8 +232,7 @@ void HoldKeeper::askForOutcome() {
         stopped(Outcome::unknown);
         return;
     }
-    daemon_->report(reply([this](std::string_view line) {
-        const auto report = decodeRecord<HoldReport>(line);
+    askForReport([this](const std::optional<HoldReport>& report) {
         if (!report)
             stopped(Outcome::unknown);
         else if (report->holder)
@@ -233,7 +240,7 @@ void HoldKeeper::askForOutcome() {
         else
             stopped(report->pending || report->recordIsUnreadable ? Outcome::pending
                                                                   : Outcome::restored);
-    }));
+    });
 }
 
 void HoldKeeper::stopped(Outcome outcome) {

@@ -23,8 +23,10 @@ namespace velmo {
 /// All calls, replies and timers are on one thread, and nothing is called back once the keeper is
 /// gone: link and timer must see to that. No call waits for the daemon.
 ///
-///     HoldKeeper keeper(link, timer, [](const HoldKeeper::Status& status) { … }, {.batteryFloor =
-///     20}); keeper.start(); … keeper.stop([](HoldKeeper::Outcome outcome) { … });
+///     HoldKeeper keeper(link, timer, heardOfStatus, {.batteryFloor = 20});
+///     keeper.start();
+///     …
+///     keeper.stop([](HoldKeeper::Outcome outcome) { … });
 class HoldKeeper {
 public:
     enum class State {
@@ -96,11 +98,13 @@ private:
     void connectionEnded();
     void holdAnswered(bool ok, std::string_view reason);
     void look();
-    void lookAnswered(std::string_view line);
+    void lookAnswered(const std::optional<HoldReport>& report);
     void scheduleHeartbeat();
     void beat();
     void askWhyLost();
     void holdLost(std::string_view how);
+    [[nodiscard]] bool endsForGood(std::string_view how) const;
+    void lookForDaemonAgain(std::string_view why = {});
     void retryAfter(double seconds);
     void giveUpWaiting();
 
@@ -120,6 +124,10 @@ private:
     /// Does the same for a reply, which is not waited for longer than `patience`.
     template<class Callback>
     auto reply(Callback callback);
+
+    /// Asks the daemon about the holds. The callback gets nothing where the answer is no report.
+    template<class Callback>
+    void askForReport(Callback callback);
 
     PowerLink& link_;
     Timer timer_;

@@ -8,8 +8,7 @@
 
 namespace velmo {
 
-/// Where the record of a hold in force lies, and beside it how the last hold ended.
-inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
+/// In `powerRecordDirectory`: the record of a hold in force, and how the last hold ended.
 inline constexpr std::string_view powerRecordName = "power-daemon.json";
 inline constexpr std::string_view lastHoldEndName = "power-daemon-last.json";
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// The names under which the power daemon is known, and the code-signing requirements by which it
-/// and its clients recognise each other.
+/// The names under which the power daemon and its files are known, and the code-signing
+/// requirements by which it and its clients recognise each other.
 namespace velmo {
 
 /// The name of the Mach service, and the label of the launchd job.
@@ -13,6 +13,9 @@ inline constexpr std::string_view powerDaemonMachService = "io.velmo.host.power"
 
 /// The file name of the launchd property list.
 inline constexpr std::string_view powerDaemonPlistName = "io.velmo.host.power.plist";
+
+/// The folder of what the daemon keeps on disk.
+inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
 
 /// Returns the code-signing requirement for a client of the daemon: it is signed by the given team,
 /// under Apple's anchor, as the host application or its helper. Absent if the team is absent or is

@@ -169,16 +169,27 @@ void SequenceReader::takeInCharacter(std::uint8_t byte, const Sink& sink) {
     finish(isC1(collected_) ? Kind::dropped : Kind::text, sink);
 }
 
-void SequenceReader::takeInEscape(std::uint8_t byte, const Sink& sink) {
-    constexpr std::string_view strings = "PX^_"; // DCS, SOS, PM and APC
-    const bool isFirst = collected_.empty();
+/// Takes what is no part of a sequence: a control is obeyed in its midst, and what is no ASCII
+/// breaks it off.
+bool SequenceReader::takenOutside(std::uint8_t byte, const Sink& sink) {
     if (isControl(byte)) {
         const char control = static_cast<char>(byte);
         sink({.kind = Kind::control, .text = {&control, 1}});
-    } else if (byte > erase) {
-        begin(State::ground);
-        take(byte, sink);
-    } else if (isFirst && byte == '[') {
+        return true;
+    }
+    if (byte <= erase)
+        return false;
+    begin(State::ground);
+    take(byte, sink);
+    return true;
+}
+
+void SequenceReader::takeInEscape(std::uint8_t byte, const Sink& sink) {
+    constexpr std::string_view strings = "PX^_"; // DCS, SOS, PM and APC
+    const bool isFirst = collected_.empty();
+    if (takenOutside(byte, sink))
+        return;
+    if (isFirst && byte == '[') {
         begin(State::csi);
     } else if (isFirst && byte == ']') {
         begin(State::osc);
@@ -192,17 +203,11 @@ void SequenceReader::takeInEscape(std::uint8_t byte, const Sink& sink) {
 }
 
 void SequenceReader::takeInCsi(std::uint8_t byte, const Sink& sink) {
-    if (isControl(byte)) {
-        const char control = static_cast<char>(byte);
-        sink({.kind = Kind::control, .text = {&control, 1}});
-    } else if (byte > erase) {
-        begin(State::ground);
-        take(byte, sink);
-    } else if (byte != erase) {
-        collect(byte);
-        if (byte >= '@')
-            finish(Kind::csi, sink);
-    }
+    if (takenOutside(byte, sink) || byte == erase)
+        return;
+    collect(byte);
+    if (byte >= '@')
+        finish(Kind::csi, sink);
 }
 
 void SequenceReader::takeInOsc(std::uint8_t byte, const Sink& sink) {

@@ -53,6 +53,7 @@ private:
     void takeInCharacter(std::uint8_t byte, const Sink& sink);
     void takeInEscape(std::uint8_t byte, const Sink& sink);
     void takeInCsi(std::uint8_t byte, const Sink& sink);
+    bool takenOutside(std::uint8_t byte, const Sink& sink);
     void takeInOsc(std::uint8_t byte, const Sink& sink);
     void begin(State state);
     void collect(std::uint8_t byte);

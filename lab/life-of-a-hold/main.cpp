@@ -10,6 +10,7 @@
 #include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
 
+#include "lab/instruments/PlaySteps.h"
 #include "lab/instruments/WatchedProcess.h"
 #include <asio/io_context.hpp>
 
@@ -30,16 +31,6 @@ namespace {
 
 using namespace velmo;
 namespace fs = std::filesystem;
-
-void say(std::string_view text) {
-    writeStandardOutput(std::string(text) + "\n");
-}
-
-void require(bool condition, const std::string& what) {
-    if (!condition)
-        throw std::runtime_error(what);
-    say("    ok: " + what);
-}
 
 class Play {
 public:

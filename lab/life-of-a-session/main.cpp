@@ -8,6 +8,7 @@
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 
+#include "lab/instruments/PlaySteps.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/TerminalWindow.h"
 #include "lab/instruments/WatchedProcess.h"
@@ -31,16 +32,6 @@ namespace fs = std::filesystem;
 
 constexpr int refused = 123;
 constexpr int hostGone = 124;
-
-void say(std::string_view text) {
-    writeStandardOutput(std::string(text) + "\n");
-}
-
-void require(bool condition, const std::string& what) {
-    if (!condition)
-        throw std::runtime_error(what);
-    say("    ok: " + what);
-}
 
 class Play {
 public:

@@ -1,6 +1,7 @@
 #include "platform/posix/ChildProcess.h"
 
 #include "core/support/Text.h"
+#include "platform/posix/CStrings.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
@@ -16,6 +17,7 @@
 #include <csignal>
 #include <cstdint>
 #include <thread>
+#include <utility>
 #include <vector>
 
 extern char** environ; // NOLINT(readability-redundant-declaration): not in every <unistd.h>
@@ -105,19 +107,15 @@ std::optional<pid_t> startChild(const std::string& program,
         return std::nullopt;
     std::vector<std::string> words{program};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    for (std::string& word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
+    const CStrings argv(std::move(words));
 
     FileActions actions;
     Attributes attributes;
     if (!actions.useStreams(streams) || !attributes.useDefaults(group))
         return std::nullopt;
     pid_t child = 0;
-    const int error = posix_spawnp(&child, program.c_str(), actions.get(), attributes.get(),
-                                   argv.data(), environ);
+    const int error =
+        posix_spawnp(&child, program.c_str(), actions.get(), attributes.get(), argv.get(), environ);
     if (error != 0) {
         errno = error;
         return std::nullopt;
@@ -173,6 +171,11 @@ std::optional<int> waitUntil(Clock::time_point deadline, pid_t child) {
 }
 
 } // namespace
+
+std::optional<std::string> outputOf(const std::string& program,
+                                    std::initializer_list<std::string_view> arguments) {
+    return outputOf(program, std::span(arguments.begin(), arguments.size()));
+}
 
 std::optional<std::string> outputOf(const std::string& program,
                                     std::span<const std::string_view> arguments,

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -25,6 +26,10 @@ inline constexpr std::chrono::milliseconds killPatience(1'000);
 std::optional<std::string> outputOf(const std::string& program,
                                     std::span<const std::string_view> arguments,
                                     std::chrono::milliseconds patience = outputPatience);
+
+/// Does the same for arguments that are listed in the call.
+std::optional<std::string> outputOf(const std::string& program,
+                                    std::initializer_list<std::string_view> arguments);
 
 struct ChildStreams {
     int standardInput;

@@ -1,5 +1,6 @@
 #include "platform/posix/UserCommand.h"
 
+#include "platform/posix/CStrings.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 
@@ -47,13 +48,7 @@ pid_t forkWithSignalsBlocked() {
 
 std::expected<pid_t, int> startCommand(const std::vector<std::string>& words,
                                        const ProcessBirth& birth, std::optional<int> handedOn) {
-    std::vector<char*> argv;
-    argv.reserve(words.size() + 1);
-    // execvp takes as changeable what it does not change.
-    for (const std::string& word : words)
-        argv.push_back(const_cast<char*>(word.c_str())); // NOLINT(*-const-cast)
-    argv.push_back(nullptr);
-
+    const CStrings argv(words);
     // Its end closes when the program takes the child over, and carries errno if none does. Its
     // number is beyond the standard ones, which are all open here.
     auto news = makePipe();
@@ -64,7 +59,7 @@ std::expected<pid_t, int> startCommand(const std::vector<std::string>& words,
     if (child < 0)
         return std::unexpected(errno);
     if (child == 0)
-        becomeCommand(argv.data(), birth, handedOn, news->writeEnd.get());
+        becomeCommand(argv.get(), birth, handedOn, news->writeEnd.get());
     news->writeEnd.reset();
     int error = 0;
     const auto size =

@@ -1,15 +1,14 @@
 #include "platform/sessions/LocalSocket.h"
 
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketAddress.h"
 #include "platform/posix/SocketPeer.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -17,13 +16,9 @@ namespace velmo::LocalSocket {
 
 namespace {
 
+/// A socket that everybody can name: an empty name, or one that begins with NUL, is no path.
 std::optional<sockaddr_un> addressOf(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof address.sun_path || path.contains('\0'))
-        return std::nullopt;
-    std::ranges::copy(path, address.sun_path);
-    return address;
+    return path.empty() || path.contains('\0') ? std::nullopt : socketAddress(path);
 }
 
 Descriptor closedOnExec(int socket) {

@@ -2,6 +2,7 @@
 
 #include "core/support/PathText.h"
 #include "core/support/Text.h"
+#include "platform/posix/CStrings.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 #include "platform/sessions/SessionProcesses.h"
@@ -52,22 +53,6 @@ std::optional<TerminalPair> makeTerminal(PtyFrame::Size size) {
     setWindowSize(pair.slave.get(), size);
     return pair;
 }
-
-/// Texts as exec takes them.
-class CStrings {
-public:
-    explicit CStrings(std::vector<std::string> texts) : texts_(std::move(texts)) {
-        for (std::string& text : texts_)
-            pointers_.push_back(text.data());
-        pointers_.push_back(nullptr);
-    }
-
-    [[nodiscard]] char* const* get() const { return pointers_.data(); }
-
-private:
-    std::vector<std::string> texts_;
-    std::vector<char*> pointers_;
-};
 
 std::vector<std::string> wordsOf(const SpawnRequest& request) {
     std::vector<std::string> words = request.argv;

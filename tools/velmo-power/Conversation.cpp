@@ -1,5 +1,7 @@
 #include "tools/velmo-power/Conversation.h"
 
+#include "platform/posix/Clocks.h"
+
 #include "client/HoldKeeper.h"
 #include <asio/steady_timer.hpp>
 
@@ -12,7 +14,6 @@ namespace velmo {
 namespace {
 
 constexpr std::chrono::seconds untilWaitIsTold(2);
-constexpr std::chrono::duration<double> patience(HoldKeeper::patience);
 
 } // namespace
 
@@ -38,7 +39,7 @@ Conversation::Answer<T> Conversation::ask(const Call& call) {
             say_("waiting for the power daemon to answer");
     });
     context_.restart();
-    context_.run_for(std::chrono::duration_cast<std::chrono::steady_clock::duration>(patience));
+    context_.run_for(Clocks::duration(HoldKeeper::patience));
     if (answer) {
         hasAnswered_ = true;
         return *std::move(answer);

@@ -1,6 +1,7 @@
 #include "tools/velmo-power/HoldCommand.h"
 
 #include "platform/posix/ChildProcess.h"
+#include "platform/posix/Clocks.h"
 #include "platform/posix/ProcessEnd.h"
 #include "platform/posix/UserCommand.h"
 #include "tools/velmo-power/ExitStatus.h"
@@ -61,7 +62,6 @@ HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequ
       signals_(signalsToTake(birth)),
       signalEnd_(context),
       processEnd_(context),
-      ticks_(context),
       keeper_(
           *access_.link,
           [this](double seconds, std::function<void()> callback) {
@@ -112,9 +112,7 @@ std::optional<std::string> HoldCommand::whyUsageIsWrong() {
 }
 
 void HoldCommand::after(double seconds, std::function<void()> callback) {
-    const auto delay = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-        std::chrono::duration<double>(seconds));
-    const auto timer = std::make_shared<asio::steady_timer>(context_, delay);
+    const auto timer = std::make_shared<asio::steady_timer>(context_, Clocks::duration(seconds));
     timer->async_wait([timer, callback = std::move(callback)](const std::error_code& aborted) {
         if (!aborted)
             callback();
@@ -325,12 +323,7 @@ void HoldCommand::tick() {
         draw(status);
         watchLimits(status);
     }
-    ticks_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-        std::chrono::duration<double>(tickInterval)));
-    ticks_.async_wait([this](const std::error_code& aborted) {
-        if (!aborted)
-            tick();
-    });
+    after(tickInterval, [this] { tick(); });
 }
 
 /// Sleep may be enabled although we hold, or because we don't any more: the daemon knows.

@@ -79,7 +79,6 @@ private:
     SignalPipe signals_;
     asio::posix::stream_descriptor signalEnd_;
     asio::posix::stream_descriptor processEnd_;
-    asio::steady_timer ticks_;
     HoldKeeper keeper_;
     LimitWatch limits_;
     Descriptor ready_;

@@ -187,10 +187,10 @@ int Program::doctor(PowerAccess& mac) {
 
 /// Wrong usage with a command looks like any other failure before the command ran.
 int usageStatus(std::span<const std::string_view> arguments) {
-    const bool holds =
-        !arguments.empty() && std::ranges::find(arguments, PowerVerb::hold) != arguments.end();
-    const bool namesCommand = holds && std::ranges::find(arguments, "--") != arguments.end();
-    return namesCommand ? ExitStatus::withCommand : ExitStatus::usage;
+    const auto has = [&](std::string_view word) {
+        return std::ranges::find(arguments, word) != arguments.end();
+    };
+    return has(PowerVerb::hold) && has("--") ? ExitStatus::withCommand : ExitStatus::usage;
 }
 
 } // namespace

@@ -65,6 +65,11 @@ std::optional<ControlClient> ControlClient::connectOrStart() {
     return std::nullopt;
 }
 
+std::optional<SessionReplyLine> ControlClient::ask(const SessionCallLine& call) {
+    auto host = connect();
+    return host ? host->call(call) : std::nullopt;
+}
+
 std::optional<SessionReplyLine> ControlClient::call(const SessionCallLine& call) {
     const auto line = encodeJson(call);
     if (!line || !writeAll(socket_.get(), *line + "\n"))

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace velmo {
 
@@ -16,6 +17,9 @@ public:
 
     /// The same, after starting a host in the background if none serves.
     static std::optional<ControlClient> connectOrStart();
+
+    /// Makes one call by a connection of its own; absent if no host serves, or none replies.
+    static std::optional<SessionReplyLine> ask(const SessionCallLine& call);
 
     /// Returns the reply, or nothing if the host goes away first.
     [[nodiscard]] std::optional<SessionReplyLine> call(const SessionCallLine& call);
@@ -32,6 +36,8 @@ private:
     Descriptor socket_;
     std::string received_;
 };
+
+inline constexpr std::string_view hostUnreachable = "the session host can't be reached";
 
 /// Returns what a refusal means to a person: "no such session".
 std::string refusalText(const SessionReplyLine& reply);

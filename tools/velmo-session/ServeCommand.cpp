@@ -148,8 +148,7 @@ private:
         // A timer that came early would come at once again.
         constexpr double margin = 0.001;
         const double left = std::max(due - Clocks::steadyTime(), 0.0) + margin;
-        deadline_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-            std::chrono::duration<double>(left)));
+        deadline_.expires_after(Clocks::duration(left));
         deadline_.async_wait([this](const std::error_code& aborted) {
             if (aborted)
                 return;

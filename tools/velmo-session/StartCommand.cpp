@@ -28,8 +28,6 @@ namespace velmo {
 
 namespace {
 
-constexpr std::string_view hostUnreachable = "the session host can't be reached";
-
 std::string variable(const char* name) {
     const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
     return value == nullptr ? "" : value;
@@ -136,9 +134,7 @@ std::optional<SessionReplyLine> askToStart(const SessionCallLine& call) {
 }
 
 int attachById(const std::string& session) {
-    auto host = ControlClient::connect();
-    const auto reply =
-        host ? host->call({.call = SessionCall::ticket, .session = session}) : std::nullopt;
+    const auto reply = ControlClient::ask({.call = SessionCall::ticket, .session = session});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (reply->reason == rawText(SessionRefusal::ended))
@@ -182,8 +178,7 @@ int start(const StartRequest& request) {
 int attachTo(const std::optional<std::string>& session) {
     if (session)
         return attachById(*session);
-    auto host = ControlClient::connect();
-    const auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
+    const auto reply = ControlClient::ask({.call = SessionCall::list});
     if (!reply || !reply->sessions)
         return complain(hostUnreachable, SessionExit::hostGone);
     std::vector<SessionEntry> running = *reply->sessions;

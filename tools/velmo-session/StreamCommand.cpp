@@ -56,7 +56,7 @@ int stream(const std::string& session) {
     const auto reply =
         host ? host->call({.call = SessionCall::stream, .session = session}) : std::nullopt;
     if (!reply)
-        return complain("the session host can't be reached", SessionExit::hostGone);
+        return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok)
         return complain(reply->reason == rawText(SessionRefusal::ended) ? PtyAttach::english().ended
                                                                         : refusalText(*reply),

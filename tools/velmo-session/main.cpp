@@ -46,11 +46,9 @@ int list(bool json) {
 }
 
 int end(const std::string& session) {
-    auto host = ControlClient::connect();
-    const auto reply =
-        host ? host->call({.call = SessionCall::end, .session = session}) : std::nullopt;
+    const auto reply = ControlClient::ask({.call = SessionCall::end, .session = session});
     if (!reply)
-        return complain("the session host can't be reached", SessionExit::hostGone);
+        return complain(hostUnreachable, SessionExit::hostGone);
     return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
 }
 
@@ -95,13 +93,8 @@ int main(int argc, char** argv) {
     const auto line = CommandLine::read(sessionCommandLine, arguments);
     if (!line)
         return complain(line.error(), SessionExit::usage);
-    if (line->has(CommandLine::helpOption.name)) {
-        writeStandardOutput(
-            CommandLine::helpText(sessionCommandLine, line->namesVerb ? line->verb : nullptr));
-        return SessionExit::success;
-    }
-    if (line->has(CommandLine::versionOption.name)) {
-        writeStandardOutput("velmo-session " + std::string(sessionCommandLine.version) + "\n");
+    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line)) {
+        writeStandardOutput(*page);
         return SessionExit::success;
     }
     return run(*line, arguments);

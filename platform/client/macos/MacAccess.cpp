@@ -37,7 +37,7 @@ std::optional<PowerAccess> accessThisMac(ClientContext context) {
         .machine = std::make_unique<MacPowerMachine>(),
         .link = std::make_unique<XpcPowerLink>(std::move(context)),
         .preventIdleSleep = preventIdleSleep,
-        .turnDisplayOff = [] { turnDisplayOffBy("/usr/bin/pmset"); },
+        .turnDisplayOff = [] { turnDisplayOffBy(pmsetPath); },
         .examine = [] { return examineMac(powerDaemonRequirement(currentSigningTeam())); }};
 }
 

@@ -4,7 +4,6 @@
 #include "platform/client/PlaceOnDisk.h"
 #include "platform/posix/ChildProcess.h"
 
-#include <initializer_list>
 #include <string_view>
 
 namespace velmo {
@@ -13,14 +12,8 @@ namespace {
 
 constexpr std::string_view daemonPath = "/Library/PrivilegedHelperTools/VelmoPowerDaemon";
 constexpr std::string_view propertyLists = "/Library/LaunchDaemons/";
-constexpr std::string_view recordFolder = "/var/db/velmo";
 constexpr std::string_view logFolder = "/var/log/";
 constexpr std::size_t logLines = 5;
-
-std::optional<std::string> outputOf(const std::string& program,
-                                    std::initializer_list<std::string_view> arguments) {
-    return velmo::outputOf(program, {arguments.begin(), arguments.size()});
-}
 
 /// A line of "launchctl print-disabled system" reads `"label" => disabled`; older ones end in
 /// "true".
@@ -64,7 +57,7 @@ Installation examineMac(const std::optional<std::string>& daemonRequirement,
     if (found.daemon->exists)
         found.signatureFault =
             signatureFault(root + "/usr/bin/codesign", daemon, daemonRequirement);
-    found.recordFolder = placeOnDisk(root + std::string(recordFolder), rootUser);
+    found.recordFolder = placeOnDisk(root + std::string(powerRecordDirectory), rootUser);
     found.logPath = root + std::string(logFolder) + label + ".log";
     found.logEnd = lastLines(found.logPath, logLines);
     return found;

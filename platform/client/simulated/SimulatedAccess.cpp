@@ -34,7 +34,7 @@ private:
 Installation examine(const MacFolder& mac) {
     std::error_code error;
     return {.isLoaded = std::filesystem::exists(mac.socket(powerDaemonMachService), error),
-            .recordFolder = placeOnDisk(mac.inside("/var/db/velmo").string(), ::geteuid())};
+            .recordFolder = placeOnDisk(mac.inside(powerRecordDirectory).string(), ::geteuid())};
 }
 
 } // namespace

@@ -4,6 +4,9 @@
 
 namespace velmo {
 
+/// Where every Mac has the tool that changes the sleep setting.
+inline constexpr const char* pmsetPath = "/usr/bin/pmset";
+
 /// The Mac that this process runs on. It has no state, and only `runPmset({"-a", ...})` needs root.
 class MacPowerMachine final : public PowerMachine {
 public:

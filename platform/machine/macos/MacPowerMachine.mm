@@ -13,7 +13,7 @@
 namespace velmo {
 
 std::optional<std::string> MacPowerMachine::runPmset(PmsetArguments arguments) {
-    return outputOf("/usr/bin/pmset", {arguments.begin(), arguments.size()});
+    return outputOf(pmsetPath, arguments);
 }
 
 std::optional<bool> MacPowerMachine::sleepDisabledProperty() {

@@ -10,7 +10,7 @@ namespace velmo {
 
 std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments arguments) {
     beforeEffect_();
-    return outputOf(folder_.pmset(), {arguments.begin(), arguments.size()});
+    return outputOf(folder_.pmset(), arguments);
 }
 
 std::optional<bool> SimulatedPowerMachine::sleepDisabledProperty() {
