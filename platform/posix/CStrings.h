@@ -20,6 +20,7 @@ public:
     // The pointers are into the texts.
     CStrings(const CStrings&) = delete;
     CStrings& operator=(const CStrings&) = delete;
+    ~CStrings() = default;
 
     [[nodiscard]] char* const* get() const { return pointers_.data(); }
 
