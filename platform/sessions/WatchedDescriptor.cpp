@@ -1,6 +1,7 @@
 #include "platform/sessions/WatchedDescriptor.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -19,8 +20,9 @@ std::shared_ptr<WatchedDescriptor> WatchedDescriptor::make(asio::io_context& con
 WatchedDescriptor::WatchedDescriptor(asio::io_context& context, Descriptor descriptor,
                                      std::function<void()> readable, std::function<void()> writable)
     : stream_(context, descriptor.release()),
-      readable_{.type = asio::posix::stream_descriptor::wait_read, .ready = std::move(readable)},
-      writable_{.type = asio::posix::stream_descriptor::wait_write, .ready = std::move(writable)} {
+      writableStream_(context),
+      readable_{.type = Stream::wait_read, .ready = std::move(readable)},
+      writable_{.type = Stream::wait_write, .ready = std::move(writable)} {
 }
 
 void WatchedDescriptor::watch(bool readable, bool writable) {
@@ -33,6 +35,7 @@ void WatchedDescriptor::watch(bool readable, bool writable) {
 void WatchedDescriptor::close() {
     readable_.isWanted = false;
     writable_.isWanted = false;
+    endWritableStream();
     std::error_code ignored;
     stream_.close(ignored);
 }
@@ -42,15 +45,37 @@ void WatchedDescriptor::wait(Side WatchedDescriptor::* side) {
     if (!waiting.isWanted || waiting.isPending)
         return;
     waiting.isPending = true;
-    stream_.async_wait(waiting.type,
-                       [self = shared_from_this(), side](const std::error_code& aborted) {
-                           Side& woken = (*self).*side;
-                           woken.isPending = false;
-                           if (aborted || !woken.isWanted)
-                               return;
-                           woken.ready();
-                           self->wait(side);
-                       });
+    streamFor(waiting).async_wait(
+        waiting.type, [self = shared_from_this(), side](const std::error_code& aborted) {
+            Side& woken = (*self).*side;
+            woken.isPending = false;
+            if (!aborted && woken.isWanted) {
+                woken.ready();
+                self->wait(side);
+            }
+            if (!self->writable_.isPending)
+                self->endWritableStream();
+        });
+}
+
+/// Room to write is waited for on the descriptor itself if the system has none left for a copy.
+WatchedDescriptor::Stream& WatchedDescriptor::streamFor(const Side& side) {
+    if (&side == &readable_)
+        return stream_;
+    if (!writableStream_.is_open()) {
+        const int copy = ::fcntl(get(), F_DUPFD_CLOEXEC, 0);
+        std::error_code failed;
+        if (copy >= 0)
+            writableStream_.assign(copy, failed);
+    }
+    return writableStream_.is_open() ? writableStream_ : stream_;
+}
+
+/// Asio must forget the copy before that is closed: the system would not forget it then, for the
+/// descriptor lives on.
+void WatchedDescriptor::endWritableStream() {
+    if (writableStream_.is_open())
+        ::close(writableStream_.release());
 }
 
 } // namespace velmo

@@ -26,8 +26,10 @@ public:
     void close();
 
 private:
+    using Stream = asio::posix::stream_descriptor;
+
     struct Side {
-        asio::posix::stream_descriptor::wait_type type;
+        Stream::wait_type type;
         std::function<void()> ready;
         bool isWanted = false;
         bool isPending = false;
@@ -37,8 +39,14 @@ private:
                       std::function<void()> readable, std::function<void()> writable);
 
     void wait(Side WatchedDescriptor::* side);
+    Stream& streamFor(const Side& side);
+    void endWritableStream();
 
-    asio::posix::stream_descriptor stream_;
+    Stream stream_;
+    /// A copy of the descriptor that is there only while room to write is waited for. Asio goes on
+    /// asking the system for such news once it has asked, and would wake up whenever the other side
+    /// reads: twice for every key that is echoed.
+    Stream writableStream_;
     Side readable_;
     Side writable_;
 };
