@@ -1,7 +1,6 @@
-/// Keeps the Mac awake until Ctrl-C, in plain Objective-C: keep-awake TEAM, where TEAM is the team
-/// that signed both this program and the daemon. The hold ends with the connection; a program that
-/// goes on without it calls releaseWithReply:, but only while it has the hold, since that ends
-/// anybody's.
+/// Keeps the Mac awake until Ctrl-C: keep-awake TEAM, the team that signed both this program and
+/// the daemon. The hold ends with the connection; a program that goes on without it calls
+/// releaseWithReply:, but only while it has the hold, since that ends anybody's.
 
 #import "platform/xpc/VelmoPowerProtocol.h"
 
@@ -13,16 +12,19 @@ static NSXPCConnection* connection;
 
 static void hold(void);
 
-static void after(int64_t seconds, dispatch_block_t block) {
+/// The queue's own pool is emptied at some time or other, and this program runs for days.
+static void after(int64_t seconds, void (*next)(void)) {
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, seconds * (int64_t)NSEC_PER_SEC),
-                   dispatch_get_main_queue(), block);
+                   dispatch_get_main_queue(), ^{
+                     @autoreleasepool {
+                         next();
+                     }
+                   });
 }
 
 static void tryAgain(const char* why) {
     printf("no hold: %s\n", why);
-    after(5, ^{
-      hold();
-    });
+    after(5, hold);
 }
 
 /// Returns the service for one call, which ends either in its reply or in the error handler. After
@@ -34,15 +36,13 @@ static id<VelmoPowerProtocol> service(void) {
     }];
 }
 
-static void beatLater(void) {
-    after(10, ^{
-      [service() heartbeatWithReply:^(BOOL ok) {
-        if (ok)
-            beatLater();
-        else
-            tryAgain("it has ended");
-      }];
-    });
+static void beat(void) {
+    [service() heartbeatWithReply:^(BOOL ok) {
+      if (ok)
+          after(10, beat);
+      else
+          tryAgain("it has ended");
+    }];
 }
 
 static void hold(void) {
@@ -52,7 +52,7 @@ static void hold(void) {
                                     tryAgain(reason.UTF8String);
                                 } else {
                                     printf("holding\n");
-                                    beatLater();
+                                    after(10, beat);
                                 }
                               }];
 }
@@ -63,14 +63,16 @@ int main(int count, char** arguments) {
         return 64;
     }
     setvbuf(stdout, NULL, _IOLBF, 0);
-    connection = [[NSXPCConnection alloc] initWithMachServiceName:@VELMO_POWER_MACH_SERVICE
-                                                          options:NSXPCConnectionPrivileged];
-    connection.remoteObjectInterface =
-        [NSXPCInterface interfaceWithProtocol:@protocol(VelmoPowerProtocol)];
-    NSString* const format = @"anchor apple generic and certificate leaf[subject.OU] = \"%s\""
-                             @" and identifier \"VelmoPowerDaemon\"";
-    [connection setCodeSigningRequirement:[NSString stringWithFormat:format, arguments[1]]];
-    [connection resume];
-    hold();
+    @autoreleasepool {
+        connection = [[NSXPCConnection alloc] initWithMachServiceName:@VELMO_POWER_MACH_SERVICE
+                                                              options:NSXPCConnectionPrivileged];
+        connection.remoteObjectInterface =
+            [NSXPCInterface interfaceWithProtocol:@protocol(VelmoPowerProtocol)];
+        NSString* const format = @"anchor apple generic and certificate leaf[subject.OU] = \"%s\""
+                                 @" and identifier \"VelmoPowerDaemon\"";
+        [connection setCodeSigningRequirement:[NSString stringWithFormat:format, arguments[1]]];
+        [connection resume];
+        hold();
+    }
     dispatch_main();
 }

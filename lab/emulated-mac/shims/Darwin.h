@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdint>
+#include <cstring>
 
 /// How Darwin's numbers differ from Linux's, and how it passes what a "..." stands for.
 namespace velmo {
@@ -35,6 +37,29 @@ struct Translated;
 template<class Result, class... Arguments, Result (*Function)(Arguments...)>
 struct Translated<Function> {
     static Result call(Arguments... arguments) { return keepError(Function(arguments...)); }
+};
+
+/// Arguments that stand for a "..." as a list of this system's. Darwin's own list is the address of
+/// the stack, where all of them lie, eight bytes each (AAPCS64, "The va_list type").
+class VariadicList {
+public:
+    explicit VariadicList(void* stack) {
+        struct {
+            void* stack;
+            void* generalTop;
+            void* vectorTop;
+            int generalOffset;
+            int vectorOffset;
+        } const fields{stack, stack, stack, 0, 0};
+
+        static_assert(sizeof(std::va_list) == sizeof fields);
+        std::memcpy(&list_, &fields, sizeof fields);
+    }
+
+    [[nodiscard]] std::va_list& get() { return list_; }
+
+private:
+    std::va_list list_;
 };
 
 } // namespace velmo

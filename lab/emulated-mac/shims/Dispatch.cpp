@@ -71,6 +71,19 @@ void sync(Queue* queue, Block* block) {
     queue->work->sync([block] { (*block)(); });
 }
 
+/// Copies the block at once, and puts it on the queue when its time has come.
+void after(std::uint64_t fromNow, Queue* queue, Block* block) {
+    const auto due = std::chrono::steady_clock::now() + std::chrono::nanoseconds(fromNow);
+    Block* const copy = copyBlock(block);
+    retain(queue);
+    std::thread([due, queue, copy] {
+        std::this_thread::sleep_until(due);
+        async(queue, copy);
+        releaseBlock(copy);
+        release(queue);
+    }).detach();
+}
+
 /// <dispatch/time.h>: with DISPATCH_TIME_NOW, nanoseconds from now by a clock that stops in sleep.
 std::uint64_t timeFromNow(std::uint64_t when, std::int64_t nanoseconds) {
     if (when != 0)
@@ -145,6 +158,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"__dispatch_main_q", address<&mainQueue>},
     {"__dispatch_source_type_signal", address<&signalType>},
     {"__dispatch_source_type_timer", address<&timerType>},
+    {"_dispatch_after", address<after>},
     {"_dispatch_async", address<async>},
     {"_dispatch_main", address<park>},
     {"_dispatch_queue_create", address<makeQueue>},

@@ -1,10 +1,12 @@
 #include "lab/emulated-mac/shims/Foundation.h"
 
 #include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Darwin.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"
 
 #include <array>
+#include <cstdio>
 
 namespace velmo {
 
@@ -40,6 +42,34 @@ Object* initWithBytes(NSString* self, Selector /*selector*/, const char* bytes,
     return self;
 }
 
+/// "The lifetime of the pointer is that of the string", a constant one's for ever.
+const char* utf8Of(const Object* self, Selector /*selector*/) {
+    if (self->isa == &constantString.object)
+        return static_cast<const ConstantString*>(self)->text;
+    return static_cast<const NSString*>(self)->text.c_str();
+}
+
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wformat-nonliteral"
+
+/// "String Format Specifiers": those of printf, and %@.
+extern "C" Object* emulatedFormat(Object* /*self*/, Selector /*selector*/, const Object* format,
+                                  void* stack) {
+    const std::string pattern = textOf(format);
+    if (pattern.find("%@") != std::string::npos)
+        endRun("a string formatted from objects");
+    VariadicList measured(stack);
+    const int size = std::vsnprintf(nullptr, 0, pattern.c_str(), measured.get());
+    std::string text(static_cast<std::size_t>(size), '\0');
+    VariadicList written(stack);
+    std::vsnprintf(text.data(), text.size() + 1, pattern.c_str(), written.get());
+    return autorelease(stringOf(text));
+}
+
+#pragma clang diagnostic pop
+
+VELMO_VARIADIC(variadicFormat, 3, emulatedFormat);
+
 Object* processInfo(Object* /*self*/, Selector /*selector*/);
 
 std::int64_t thermalState(Object* /*self*/, Selector /*selector*/) {
@@ -50,7 +80,9 @@ std::int64_t thermalState(Object* /*self*/, Selector /*selector*/) {
 
 FrameworkClass nsString("NSString", &nsObject.object, sizeof(NSString),
                         {constructing<NSString>(), destructing<NSString>(),
-                         method<initWithBytes>("initWithBytes:length:encoding:")});
+                         method<initWithBytes>("initWithBytes:length:encoding:"),
+                         method<utf8Of>("UTF8String")},
+                        {method<variadicFormat>("stringWithFormat:")});
 
 FrameworkClass constantString("__NSCFConstantString", &nsString.object, sizeof(ConstantString), {});
 

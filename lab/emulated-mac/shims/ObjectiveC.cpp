@@ -249,7 +249,8 @@ void release(Object* object) {
     send<void>(object, "dealloc");
 }
 
-// libclosure's runtime.cpp, _Block_copy and _Block_release.
+// libclosure's runtime.cpp: _Block_copy and _Block_release, and what the compiler calls for a
+// block's captured objects, _Block_object_assign and _Block_object_dispose.
 
 Block* copyBlock(Block* block) {
     if (block == nullptr || (block->flags & Block::isGlobal) != 0)
@@ -293,6 +294,28 @@ void releaseBlock(Block* block) {
         block->descriptor->dispose(block);
     std::free(block);
 }
+
+namespace {
+
+/// Block_private.h: of the fields that an executable may have captured, those that it does have.
+enum FieldKind : std::int32_t { objectField = 3, blockField = 7 };
+
+void requireKnownField(std::int32_t kind) {
+    if (kind != objectField && kind != blockField)
+        endRun("a block that captures neither an object nor a block");
+}
+
+void assignField(Object** to, Object* captured, std::int32_t kind) {
+    requireKnownField(kind);
+    *to = retain(captured);
+}
+
+void disposeOfField(Object* captured, std::int32_t kind) {
+    requireKnownField(kind);
+    release(captured);
+}
+
+} // namespace
 
 // Weak references: NSObject.mm and objc-weak.mm.
 
@@ -582,6 +605,8 @@ constexpr auto shims = std::to_array<Shim>({
     {"_OBJC_CLASS_$_NSObject", classAddress<nsObject>},
     {"_OBJC_EHTYPE_$_NSException", [] { return (void*)&typeid(NSException*); }},
     {"_OBJC_METACLASS_$_NSObject", metaclassAddress<nsObject>},
+    {"__Block_object_assign", address<assignField>},
+    {"__Block_object_dispose", address<disposeOfField>},
     {"__NSConcreteGlobalBlock", address<&globalBlock>},
     {"__NSConcreteStackBlock", address<&stackBlock>},
     {"___objc_personality_v0", address<&__gxx_personality_v0>},

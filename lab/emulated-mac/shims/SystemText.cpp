@@ -7,7 +7,6 @@
 #include <array>
 #include <cctype>
 #include <clocale>
-#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,34 +18,12 @@ namespace velmo {
 
 namespace {
 
-/// Darwin's own list is the stack's address. Makes a list of this system's of arguments that all
-/// lie on the stack, eight bytes each (AAPCS64, "The va_list type").
-void listOf(std::va_list& list, void* stack) {
-    struct {
-        void* stack;
-        void* generalTop;
-        void* vectorTop;
-        int generalOffset;
-        int vectorOffset;
-    } const fields{stack, stack, stack, 0, 0};
-
-    static_assert(sizeof(std::va_list) == sizeof fields);
-    std::memcpy(&list, &fields, sizeof fields);
-}
-
-template<class Call>
-int withList(void* stack, Call call) {
-    std::va_list list;
-    listOf(list, stack);
-    return call(list);
-}
-
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wformat-nonliteral"
 
 int printTo(char* to, std::size_t size, const char* format, void* stack) {
-    return withList(stack,
-                    [&](std::va_list& list) { return std::vsnprintf(to, size, format, list); });
+    VariadicList list(stack);
+    return std::vsnprintf(to, size, format, list.get());
 }
 
 extern "C" int emulatedPrintIn(char* to, std::size_t size, void* /*locale*/, const char* format,
@@ -55,12 +32,20 @@ extern "C" int emulatedPrintIn(char* to, std::size_t size, void* /*locale*/, con
 }
 
 int print(std::FILE* file, const char* format, void* stack) {
-    return withList(stack, [&](std::va_list& list) { return std::vfprintf(file, format, list); });
+    VariadicList list(stack);
+    return std::vfprintf(file, format, list.get());
+}
+
+extern "C" int emulatedPrint(const char* format, void* stack) {
+    return print(stdout, format, stack);
 }
 
 #pragma clang diagnostic pop
 
+VELMO_VARIADIC(variadicPrint, 1, emulatedPrint);
 VELMO_VARIADIC(variadicPrintIn, 4, emulatedPrintIn);
+
+static_assert(_IOFBF == 0 && _IOLBF == 1 && _IONBF == 2, "as in Apple's <stdio.h>");
 
 /// Characters by the bits of <runetype.h>, for ASCII: the only locale here is "C".
 struct RuneLocale {
@@ -148,7 +133,10 @@ constexpr auto shims = std::to_array<Shim>({
     {"_malloc", address<::malloc>},
     {"_mbtowc_l", address<toWide>},
     {"_memchr", address<find>},
+    {"_printf", address<variadicPrint>},
+    {"_puts", address<::puts>},
     {"_realloc", address<::realloc>},
+    {"_setvbuf", address<::setvbuf>},
     {"_snprintf_l", address<variadicPrintIn>},
     {"_strcmp", address<::strcmp>},
     {"_strftime", address<::strftime>},
