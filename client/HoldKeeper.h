@@ -23,14 +23,15 @@ namespace velmo {
 /// All calls, replies and timers are on one thread, and nothing is called back once the keeper is
 /// gone: link and timer must see to that. No call waits for the daemon.
 ///
-///     HoldKeeper keeper(link, timer, heardOfStatus, {.batteryFloor = 20});
+///     const auto report = [](const HoldKeeper::Status& status) { … };
+///     HoldKeeper keeper(link, timer, report, {.batteryFloor = 20});
 ///     keeper.start();
 ///     …
 ///     keeper.stop([](HoldKeeper::Outcome outcome) { … });
 class HoldKeeper {
 public:
     enum class State {
-        connecting, ///< a hold was asked for and not answered yet
+        connecting, ///< a hold was asked for and not answered yet; `reason` says how one ended
         holding,
         riding,      ///< another client holds; it is looked at again
         refused,     ///< the daemon said no; `reason` says why, and it is asked again

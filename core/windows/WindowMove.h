@@ -36,7 +36,8 @@ struct Process {
 };
 
 /// What only the platform can answer and do. Windows are named by their index in the list that
-/// `windows` returned.
+/// `windows` returned. It is asked once for each request: whoever makes the list keeps the windows
+/// themselves at hand for the calls that follow.
 struct Services {
     /// Absent if there is no such process.
     std::function<std::optional<Process>(std::int32_t pid)> process;

@@ -64,8 +64,10 @@ int main(int count, char** arguments) {
     const auto report = [&](const HoldKeeper::Status& status) {
         if (status.state == HoldKeeper::State::refused)
             std::cout << "refused: " << status.reason << '\n';
+        else if (!status.reason.empty() && status.state != HoldKeeper::State::unreachable)
+            std::cout << "ended: " << status.reason << '\n';
         if (status.state != HoldKeeper::State::holding)
-            return; // the keeper asks again by itself
+            return; // the keeper asks again by itself, but after "released by another"
         std::cout << "holding\n";
         timer(1, stop);
     };

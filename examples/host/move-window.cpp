@@ -6,6 +6,7 @@
 #include "core/windows/WindowList.h"
 #include "core/windows/WindowMove.h"
 
+#include <algorithm>
 #include <iostream>
 
 using namespace velmo;
@@ -53,7 +54,7 @@ int main() {
     // The phone picks the front window, and sends words back. They are read as strictly as any.
     const auto front = std::ranges::find(windows, true, &WindowRecord::front);
     if (front == windows.end())
-        return 1;
+        return 1; // the frontmost application has none on screen
     const DisplayRecord display{.work = {.x = 0, .y = 25, .width = 1440, .height = 800}};
     const auto number = [](double points) { return std::to_string(std::int64_t(points)); };
     const auto request = FrameRequest::parse(
@@ -61,7 +62,7 @@ int main() {
                     std::to_string(front->id), number(display.work.x), number(display.work.y),
                     number(display.work.width / 2), number(display.work.height)});
     if (!request)
-        return 1;
+        return 1; // such as for an application without an identifier
 
     const WindowMove::Services services{
         .process = [](std::int32_t) -> std::optional<WindowMove::Process> {
@@ -74,4 +75,5 @@ int main() {
         .bounds = [](std::size_t) { return window.bounds; }};
     const auto moved = WindowMove::perform(*request, services);
     std::cout << (moved ? encodeJson(*moved).value() : std::string(rawText(moved.error()))) << '\n';
+    return moved ? 0 : 1;
 }
