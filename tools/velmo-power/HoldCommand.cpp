@@ -61,7 +61,8 @@ HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequ
       complaints_(STDERR_FILENO, false),
       signals_(signalsToTake(birth)),
       signalEnd_(context),
-      processEnd_(context),
+      processEnd_(request_.limits.process ? processEnd(static_cast<pid_t>(*request_.limits.process))
+                                          : Descriptor()),
       keeper_(
           *access_.link,
           [this](double seconds, std::function<void()> callback) {
@@ -76,7 +77,6 @@ HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequ
 int HoldCommand::run() {
     // Writing to a terminal from its background must not stop the heartbeats.
     static_cast<void>(std::signal(SIGTTOU, SIG_IGN));
-    watchProcess();
     if (const auto why = whyUsageIsWrong()) {
         complain(*why);
         complaints_.finish(lastWords);
@@ -106,7 +106,7 @@ int HoldCommand::run() {
 std::optional<std::string> HoldCommand::whyUsageIsWrong() {
     if (request_.limits.untilLidOpens && !access_.machine->lid())
         return "--until-lid-opens: this Mac has no lid";
-    if (request_.limits.process && !processEnd_.is_open())
+    if (request_.limits.process && !processEnd_)
         return "--pid " + std::to_string(*request_.limits.process) + ": there is no such process";
     return std::nullopt;
 }
@@ -320,6 +320,7 @@ void HoldCommand::tick() {
         const PowerStatus status = readStatus(*access_.machine, false);
         watchSetting(status);
         watchLid();
+        watchProcess();
         draw(status);
         watchLimits(status);
     }
@@ -359,17 +360,8 @@ void HoldCommand::watchLid() {
 }
 
 void HoldCommand::watchProcess() {
-    if (!request_.limits.process)
-        return;
-    Descriptor end = processEnd(static_cast<pid_t>(*request_.limits.process));
-    if (!end)
-        return;
-    processEnd_.assign(::dup(end.get()));
-    processEnd_.async_wait(asio::posix::stream_descriptor::wait_read,
-                           [this](const std::error_code& aborted) {
-                               if (!aborted)
-                                   processHasEnded_ = true;
-                           });
+    if (processEnd_ && !processHasEnded_)
+        processHasEnded_ = hasEnded(processEnd_);
 }
 
 LimitWatch::Facts HoldCommand::facts(const PowerStatus& status) const {

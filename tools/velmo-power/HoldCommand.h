@@ -78,7 +78,7 @@ private:
     StatusDisplay complaints_;
     SignalPipe signals_;
     asio::posix::stream_descriptor signalEnd_;
-    asio::posix::stream_descriptor processEnd_;
+    Descriptor processEnd_;
     HoldKeeper keeper_;
     LimitWatch limits_;
     Descriptor ready_;

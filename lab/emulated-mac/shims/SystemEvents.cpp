@@ -1,18 +1,22 @@
 /// libSystem's event queues (<sys/event.h>, kqueue(2)), over epoll: as much as waits for
-/// descriptors to become readable or writable.
+/// descriptors to become readable or writable, and for processes to end.
 
 #include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <map>
 #include <mutex>
+#include <string>
+#include <string_view>
 
 namespace velmo {
 
@@ -27,14 +31,17 @@ struct Event {
     void* user;
 };
 
-enum Filter : std::int16_t { readable = -1, writable = -2 };
+enum Filter : std::int16_t { readable = -1, writable = -2, ofProcess = -5 };
 
-enum Flag : std::uint16_t { add = 0x1, remove = 0x2, clear = 0x20 };
+enum Flag : std::uint16_t { add = 0x1, remove = 0x2, oneShot = 0x10, clear = 0x20, end = 0x8000 };
+
+constexpr std::uint32_t exits = 0x80000000; // NOTE_EXIT
 
 struct Watch {
     std::uint32_t events = 0; ///< epoll's
     void* readUser = nullptr;
     void* writeUser = nullptr;
+    std::uintptr_t process = 0; ///< behind the descriptor, which is then one of this shim's own
 };
 
 struct Queues {
@@ -51,7 +58,23 @@ int makeQueue() {
     return keepError(::epoll_create1(0));
 }
 
+/// Any process may be waited for, and its end is told once.
+int watchProcess(int queue, const Event& event) {
+    if ((event.flags & add) == 0 || event.filterFlags != exits)
+        endRun("an event of a process that is not its end");
+    const auto file = static_cast<int>(::syscall(SYS_pidfd_open, event.identity, 0));
+    if (file < 0)
+        return keepError(-1);
+    const std::lock_guard lock(queues().mutex);
+    queues().watches[queue][file] = {
+        .events = EPOLLIN, .readUser = event.user, .process = event.identity};
+    epoll_event wanted{.events = EPOLLIN | EPOLLONESHOT, .data = {.fd = file}};
+    return keepError(::epoll_ctl(queue, EPOLL_CTL_ADD, file, &wanted));
+}
+
 int change(int queue, const Event& event) {
+    if (event.filter == ofProcess)
+        return watchProcess(queue, event);
     if (event.filter != readable && event.filter != writable)
         endRun("an event filter that has no case");
     const std::lock_guard lock(queues().mutex);
@@ -89,6 +112,16 @@ int collect(int queue, const epoll_event& seen, Event* events, int count, int ro
                                .data = 1,
                                .user = user};
     };
+    if (watch.process != 0) {
+        if (count < room)
+            events[count++] = {.identity = watch.process,
+                               .filter = ofProcess,
+                               .flags = oneShot | end,
+                               .filterFlags = exits,
+                               .data = 0,
+                               .user = watch.readUser};
+        return count;
+    }
     if ((seen.events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0 && (watch.events & EPOLLIN) != 0)
         give(readable, watch.readUser);
     if ((seen.events & (EPOLLOUT | EPOLLERR)) != 0 && (watch.events & EPOLLOUT) != 0)
@@ -120,9 +153,23 @@ int useQueue(int queue, const Event* changes, int changeCount, Event* events, in
 
 constexpr std::uint64_t darwinNonBlocking = 0x8004667E; // FIONBIO, <sys/filio.h>
 
+bool isQueue(int file) {
+    std::array<char, 32> target{};
+    const auto length =
+        ::readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), target.data(), target.size());
+    return std::string_view(target.data(), length < 0 ? 0 : static_cast<std::size_t>(length))
+           == "anon_inode:[eventpoll]";
+}
+
+/// A queue knows no request at all (XNU's kern_event.c, kqueue_ioctl): it can't be made
+/// non-blocking.
 extern "C" int emulatedDeviceControl(int file, std::uint64_t request, int** rest) {
     if (request != darwinNonBlocking)
         endRun("a request of ioctl that has no case");
+    if (isQueue(file)) {
+        errno = ENOTTY;
+        return keepError(-1);
+    }
     return keepError(::ioctl(file, FIONBIO, *rest));
 }
 

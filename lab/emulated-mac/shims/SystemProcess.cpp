@@ -229,12 +229,12 @@ void* openLibrary(const char* path, int /*mode*/) {
     return nullptr;
 }
 
-/// <libproc.h>: the path of a process's executable. Of an emulated process it is its own, which the
-/// emulator got as its last but one word at the latest.
+/// <libproc.h>: the path of a process's executable. Of an emulated process that is the word behind
+/// the emulator's.
 int pathOf(int process, char* to, std::uint32_t size) {
     std::ifstream words("/proc/" + std::to_string(process) + "/cmdline");
-    for (std::string word; std::getline(words, word, '\0');) {
-        if (word.ends_with("/VelmoPowerDaemon") || word.ends_with("/velmo-power"))
+    for (std::string before, word; std::getline(words, word, '\0'); before = word) {
+        if (before.ends_with("/emulated-mac"))
             return std::snprintf(to, size, "%s", word.c_str());
     }
     const auto length = ::readlink(("/proc/" + std::to_string(process) + "/exe").c_str(), to, size);

@@ -1,5 +1,8 @@
 #include "platform/posix/ProcessEnd.h"
 
+#include "platform/posix/Io.h"
+
+#include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -8,6 +11,11 @@ namespace velmo {
 // Since Linux 5.3; the descriptor is close-on-exec. glibc has a name for the call since 2.36 only.
 Descriptor processEnd(pid_t process) {
     return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+}
+
+bool hasEnded(const Descriptor& processEnd) {
+    pollfd watched{.fd = processEnd.get(), .events = POLLIN, .revents = 0};
+    return retryInterrupted([&] { return ::poll(&watched, 1, 0); }) == 1;
 }
 
 } // namespace velmo

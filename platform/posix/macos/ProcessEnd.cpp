@@ -4,6 +4,7 @@
 #include <sys/event.h>
 
 #include <cstdint>
+#include <ctime>
 
 namespace velmo {
 
@@ -19,6 +20,12 @@ Descriptor processEnd(pid_t process) {
     if (::kevent(queue.get(), &change, 1, nullptr, 0, nullptr) != 0)
         return {};
     return queue;
+}
+
+bool hasEnded(const Descriptor& processEnd) {
+    struct kevent event{};
+    const timespec now{};
+    return ::kevent(processEnd.get(), nullptr, 0, &event, 1, &now) == 1;
 }
 
 } // namespace velmo
