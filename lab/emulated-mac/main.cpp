@@ -1,6 +1,6 @@
 /// emulated-mac EXECUTABLE ARGUMENTS…: runs an arm64 executable of the Mac over shims of what it
-/// imports, on Linux on such a processor or under an emulator of one. EMULATED_MAC names the folder
-/// that holds the Mac.
+/// imports, on Linux on such a processor or under an emulator of one, which EMULATED_PROCESSOR
+/// names. EMULATED_MAC names the folder that holds the Mac.
 
 #include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/loader/Image.h"
@@ -13,6 +13,7 @@ int main(int count, char** arguments, char** environment) {
         velmo::endRun("usage: emulated-mac EXECUTABLE ARGUMENTS...");
     try {
         const velmo::Image image{velmo::MachOFile(arguments[1])};
+        velmo::setExecutable(arguments[1]);
         velmo::watchForLedgerRequests();
         velmo::exitAfterMain(image.run(count - 1, arguments + 1, environment));
     } catch (const std::exception& error) {

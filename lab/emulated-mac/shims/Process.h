@@ -2,9 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
-/// The process itself: who runs it, its signals, its end.
+/// The process itself: what runs, who runs it, its signals, its end.
 namespace velmo {
+
+/// Names the file that the process runs.
+void setExecutable(std::string path);
 
 /// The user that the process believes to be run by: EMULATED_UID, else 501, a Mac's first person.
 std::uint32_t emulatedUser();

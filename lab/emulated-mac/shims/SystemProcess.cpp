@@ -16,6 +16,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -26,7 +28,17 @@ namespace {
 
 constexpr std::uint32_t firstPerson = 501;
 
+/// Never destroyed: threads may ask until the process ends.
+std::string& executable() {
+    static auto& made = *new std::string;
+    return made;
+}
+
 } // namespace
+
+void setExecutable(std::string path) {
+    executable() = std::move(path);
+}
 
 std::uint32_t emulatedUser() {
     const auto user = setting("EMULATED_UID");
@@ -183,8 +195,63 @@ pid_t split() {
     return keepError(::fork());
 }
 
+/// <mach-o/loader.h>: MH_MAGIC_64.
+bool isForTheMac(const std::string& path) {
+    std::array<char, 4> magic{};
+    std::ifstream(path, std::ios::binary).read(magic.data(), magic.size());
+    return std::string_view(magic.data(), magic.size()) == "\xCF\xFA\xED\xFE";
+}
+
+/// An executable of the Mac's runs as this process does.
 int become(const char* program, char* const* arguments) {
-    return keepError(::execvp(placeOf(program).c_str(), arguments));
+    const std::string place = placeOf(program);
+    if (!isForTheMac(place))
+        return keepError(::execvp(place.c_str(), arguments));
+    std::array<char, 4096> emulator{};
+    if (::readlink("/proc/self/exe", emulator.data(), emulator.size() - 1) < 0)
+        endRun("the emulator's own path can't be read");
+    std::string processor = setting("EMULATED_PROCESSOR").value_or("");
+    std::vector<char*> words;
+    if (!processor.empty())
+        words.push_back(processor.data());
+    words.push_back(emulator.data());
+    for (char* const* word = arguments; *word != nullptr; ++word)
+        words.push_back(*word);
+    words.push_back(nullptr);
+    return keepError(::execvp(words.front(), words.data()));
+}
+
+/// setsid(2).
+pid_t leadSession() {
+    return keepError(::setsid());
+}
+
+/// dyld(3): the path that the process was started by; -1 and the size if there is no room.
+int ownPath(char* to, std::uint32_t* size) {
+    const auto needed = static_cast<std::uint32_t>(executable().size()) + 1;
+    if (*size < needed) {
+        *size = needed;
+        return -1;
+    }
+    std::ranges::copy(executable(), to);
+    to[needed - 1] = '\0';
+    return 0;
+}
+
+/// Hands on a path, null for an error, and keeps the error.
+char* pathOrError(char* path) {
+    if (path == nullptr)
+        *darwinErrno() = darwinErrorOf(errno);
+    return path;
+}
+
+/// realpath(3), getcwd(3).
+char* wholePath(const char* path, char* to) {
+    return pathOrError(::realpath(path, to));
+}
+
+char* currentFolder(char* to, std::size_t size) {
+    return pathOrError(::getcwd(to, size));
 }
 
 } // namespace
@@ -244,6 +311,7 @@ int pathOf(int process, char* to, std::uint32_t size) {
 std::uintptr_t stackGuard = 0x00A5C3F00FB4D296;
 
 constexpr auto shims = std::to_array<Shim>({
+    {"__NSGetExecutablePath", address<ownPath>},
     {"__exit", address<exitAtOnce>},
     {"___cxa_atexit", address<registerAtExit>},
     {"___stack_chk_fail", address<stackIsSmashed>},
@@ -251,6 +319,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_abort", address<::abort>},
     {"_dlopen", address<openLibrary>},
     {"_environ", address<&environ>},
+    {"_getcwd", address<currentFolder>},
     {"_getenv", address<::getenv>},
     {"_getuid", address<user>},
     {"_execvp", address<become>},
@@ -265,6 +334,8 @@ constexpr auto shims = std::to_array<Shim>({
     {"_posix_spawnattr_setsigmask", address<setSpawnMask>},
     {"_posix_spawnp", address<spawn>},
     {"_proc_pidpath", address<pathOf>},
+    {"_realpath$DARWIN_EXTSN", address<wholePath>},
+    {"_setsid", address<leadSession>},
     {"_waitpid", address<waitFor>},
 });
 
