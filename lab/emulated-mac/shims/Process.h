@@ -17,7 +17,8 @@ std::uint32_t emulatedUser();
 /// or not the process ignores it, as a kqueue's EVFILT_SIGNAL does.
 void watchSignal(int signal, std::function<void()> handler);
 
-/// From now on notes for each SIGUSR2, which the executables don't use, what is alive.
+/// From now on notes for each SIGUSR2 what is alive. Of the executables only `velmo-power hold` has
+/// a use of its own for that signal: it ends.
 void watchForLedgerRequests();
 
 /// Ends the process as `exit` does after `main` has returned: what was registered with atexit is
