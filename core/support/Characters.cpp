@@ -92,14 +92,18 @@ void Characters::next() {
     std::size_t length = 0; // of the character, bytes
     std::size_t units = 0;
     while (length < rest_.size()) {
-        before.add(last, kind_);
-        last = kind_;
-        base = isMark(last) ? base : length;
+        const int kind = kind_;
+        const std::size_t begin = length;
         length += length_;
         units += value_ < 0x10000 ? 1 : 2;
         if (length == rest_.size())
             break;
         read(rest_.substr(length));
+        if (kind == other && kind_ == other)
+            break; // As most do; the rules below say the same.
+        before.add(last, kind);
+        last = kind;
+        base = isMark(last) ? base : begin;
         const bool isUndecided = isMark(last) && kind_ == other && value_ >= firstIndicConsonant;
         if (!joins(last, kind_, before)
             && !(isUndecided && libraryJoins(rest_.substr(base, length - base))))
