@@ -1,6 +1,34 @@
 #include "core/terminal/FrameHeader.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace velmo {
+
+namespace {
+
+/// Appends bytes in the way that is fast for each length and into memory of any age. Pieces of half
+/// a page are short enough for the C library to copy them with wide stores: for more it may take an
+/// instruction that is slow behind a header, where source and target are shifted against each
+/// other. The first byte of a page goes alone: if the page is new, so that the system has to step
+/// in, that interrupts one store and not a copy on its way.
+void appendPayload(Bytes& stream, ByteView payload) {
+    constexpr std::size_t page = 4096;
+    constexpr std::size_t half = page / 2;
+    while (!payload.empty()) {
+        const auto target = std::bit_cast<std::uintptr_t>(stream.data() + stream.size());
+        if (target % page == 0) {
+            stream.push_back(payload.front());
+            payload = payload.subspan(1);
+            continue;
+        }
+        const ByteView piece = payload.first(std::min(payload.size(), half - target % half));
+        stream.insert(stream.end(), piece.begin(), piece.end());
+        payload = payload.subspan(piece.size());
+    }
+}
+
+} // namespace
 
 std::array<std::uint8_t, FrameHeader::bytes> FrameHeader::of(std::uint8_t type,
                                                              std::size_t length) {
@@ -11,7 +39,7 @@ std::array<std::uint8_t, FrameHeader::bytes> FrameHeader::of(std::uint8_t type,
 void appendFrame(Bytes& stream, std::uint8_t type, ByteView payload) {
     const auto header = FrameHeader::of(type, payload.size());
     stream.insert(stream.end(), header.begin(), header.end());
-    stream.insert(stream.end(), payload.begin(), payload.end());
+    appendPayload(stream, payload);
 }
 
 } // namespace velmo

@@ -28,7 +28,8 @@ struct FrameHeader {
     static std::array<std::uint8_t, bytes> of(std::uint8_t type, std::size_t length);
 };
 
-/// Appends a header and its payload, whose length must fit in four bytes.
+/// Appends a header and its payload, whose length must fit in four bytes. The caller reserves the
+/// room for a large one.
 void appendFrame(Bytes& stream, std::uint8_t type, ByteView payload);
 
 } // namespace velmo
