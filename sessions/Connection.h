@@ -25,6 +25,10 @@ public:
     /// Says what the host wants to be told from now on.
     virtual void watch(bool readable, bool writable) = 0;
 
+    /// Returns the process id of the leader of the peer's session, which is a program of the host's
+    /// where the peer runs in a terminal session itself; absent if unknown.
+    [[nodiscard]] virtual std::optional<std::uint32_t> leader() const = 0;
+
     /// Ends the stream. Nothing is told about it any more.
     virtual void close() = 0;
 };

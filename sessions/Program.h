@@ -42,8 +42,9 @@ public:
     /// Sends a signal to the job in the foreground.
     virtual void signalForeground(int signal) = 0;
 
-    /// Sends a signal to every process group of the session.
-    virtual void signalAll(int signal) = 0;
+    /// Sends a signal to every process group of the session, and tells whether there is any. Signal
+    /// 0 only asks.
+    virtual bool signalAll(int signal) = 0;
 
     /// Says what the host wants to be told from now on.
     virtual void watch(bool readable, bool writable) = 0;

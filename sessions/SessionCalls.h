@@ -29,20 +29,23 @@ inline constexpr auto rawTexts<SessionCall> =
 /// Why a call is refused. What does not exist and what is not allowed have the same reason: the
 /// caller is told what was refused, never which files there are.
 enum class SessionRefusal {
-    call,    ///< the line is not a call
-    words,   ///< the program may not have these arguments, or the size or name is not one
-    folder,  ///< no session may work in the folder
-    program, ///< the program is not one that a session may run
-    name,    ///< a running session has this name
-    limit,   ///< there are as many sessions, viewers or tickets as there may be
-    system,  ///< the system could not start the program or write the ticket
-    unknown, ///< there is no such session
-    ended,   ///< the session has ended
+    call,     ///< the line is not a call
+    words,    ///< the program may not have these arguments, or the size is not one
+    folder,   ///< no session may work in the folder
+    program,  ///< the program is not one that a session may run
+    name,     ///< a running session has this name
+    misnamed, ///< no session may have this name
+    limit,    ///< there are as many sessions, viewers or tickets as there may be
+    system,   ///< the system could not start the program or write the ticket
+    unknown,  ///< there is no such session
+    ended,    ///< the session has ended
+    itself,   ///< the session would be shown in itself, without end
 };
 
 template<>
-inline constexpr auto rawTexts<SessionRefusal> = std::to_array<std::string_view>(
-    {"call", "words", "folder", "program", "name", "limit", "system", "unknown", "ended"});
+inline constexpr auto rawTexts<SessionRefusal> =
+    std::to_array<std::string_view>({"call", "words", "folder", "program", "name", "misnamed",
+                                     "limit", "system", "unknown", "ended", "itself"});
 
 /// Bytes of a line of either side, line feed included: 64 arguments at their longest fit.
 inline constexpr std::size_t maxSessionLine = std::size_t{1} << 20;

@@ -143,8 +143,8 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
         refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
     } else if (session->second.endedSince()) {
         refuse(peer, stranger, rawText(SessionRefusal::ended));
-    } else if (session->second.viewerCount() == TerminalSession::maxViewers) {
-        refuse(peer, stranger, rawText(SessionRefusal::limit));
+    } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
+        refuse(peer, stranger, rawText(*refusal));
     } else {
         auto viewer =
             std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
@@ -289,7 +289,7 @@ std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCal
     if (call.name) {
         std::string name = PtyAttach::sanitizeTitle(*call.name);
         if (name.empty() || name.size() > maxNameBytes || PtyAttach::isSessionId(name))
-            return std::unexpected(SessionRefusal::words);
+            return std::unexpected(SessionRefusal::misnamed);
         if (isNameTaken(name))
             return std::unexpected(SessionRefusal::name);
         return name;
@@ -363,8 +363,10 @@ std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
 
 void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
     const auto number = find(call);
-    if (!number || sessions_.at(*number).viewerCount() == TerminalSession::maxViewers) {
-        answer(peer, stranger, std::unexpected(number ? SessionRefusal::limit : number.error()));
+    const auto refusal = number ? sessions_.at(*number).refusalOf(*stranger.connection)
+                                : std::optional(number.error());
+    if (refusal) {
+        answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());

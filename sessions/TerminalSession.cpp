@@ -36,6 +36,14 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     program_->watch(true, false);
 }
 
+std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+    if (viewers_.size() == maxViewers)
+        return SessionRefusal::limit;
+    if (program_ && connection.leader() == program_->pid())
+        return SessionRefusal::itself;
+    return std::nullopt;
+}
+
 void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
                                     : PtyFrame::ready(program_->pid()));
@@ -148,6 +156,8 @@ bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
     }
     viewer.activity = ++activities_;
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
+        if (resize->size == size_)
+            redraw();
         viewer.size = resize->size;
         return true;
     }
@@ -211,8 +221,12 @@ void TerminalSession::finish(SteadyTime now) {
     endedSince_ = now;
     drainUntil_.reset();
     program_->watch(false, false);
-    if (!endDue_)
-        program_.reset();
+    // What outlives its leader is still to be ended. If nothing does, another session may soon have
+    // the leader's number.
+    if (endDue_ && program_->signalAll(0))
+        return;
+    endDue_.reset();
+    program_.reset();
 }
 
 void TerminalSession::end(SteadyTime now) {

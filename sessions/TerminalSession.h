@@ -47,6 +47,9 @@ public:
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
+    /// Says why nobody may join by this connection, if so.
+    [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
+
     /// Lets a viewer see the session as it stands and follow it from now on.
     void attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date);
 

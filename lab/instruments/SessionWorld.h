@@ -38,7 +38,11 @@ public:
 
     void signalForeground(int signal) override { signals.push_back(signal); }
 
-    void signalAll(int signal) override { endings.push_back(signal); }
+    bool signalAll(int signal) override {
+        if (signal != 0)
+            endings.push_back(signal);
+        return hasProcesses;
+    }
 
     void watch(bool readable, bool writable) override {
         watchesOutput = readable;
@@ -53,6 +57,7 @@ public:
     std::vector<PtyFrame::Size> sizes; ///< that were set
     std::vector<int> signals;          ///< to the foreground
     std::vector<int> endings;          ///< to everything
+    bool hasProcesses = true;          ///< in its session
     bool watchesOutput = false;
     bool watchesInput = false;
 };
@@ -78,10 +83,13 @@ public:
         watchesRoom = writable;
     }
 
+    [[nodiscard]] std::optional<std::uint32_t> leader() const override { return sessionLeader; }
+
     void close() override { isClosed = true; }
 
     std::string received;        ///< by the peer
     std::size_t room = SIZE_MAX; ///< bytes that the peer will still take
+    std::optional<std::uint32_t> sessionLeader;
     bool isGone = false;
     bool isClosed = false;
     bool watchesInput = false;

@@ -145,12 +145,13 @@ void signalForegroundJob(int terminal, pid_t leader, int signal) {
     ::killpg(group > 1 ? group : leader, signal);
 }
 
-void signalSession(int terminal, pid_t leader, int signal) {
+bool signalSession(int terminal, pid_t leader, int signal) {
     std::set<pid_t> groups = processGroupsOf(leader, terminal);
     if (const pid_t foreground = ::tcgetpgrp(terminal); foreground > 1)
         groups.insert(foreground);
     for (const pid_t group : groups)
         ::killpg(group, signal);
+    return !groups.empty();
 }
 
 } // namespace velmo

@@ -34,8 +34,8 @@ std::optional<PtyFrame::Size> windowSize(int terminal);
 /// Sends a signal to the job in the foreground of a terminal; to the leader's if there is none.
 void signalForegroundJob(int terminal, pid_t leader, int signal);
 
-/// Sends a signal to every process group of the leader's session.
-void signalSession(int terminal, pid_t leader, int signal);
+/// Sends a signal to every process group of the leader's session, and tells whether there is any.
+bool signalSession(int terminal, pid_t leader, int signal);
 
 /// Closes every descriptor from this number on. Safe between fork and exec.
 void closeDescriptorsFrom(int first);

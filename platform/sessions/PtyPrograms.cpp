@@ -53,7 +53,9 @@ public:
         signalForegroundJob(terminal_->get(), process_, signal);
     }
 
-    void signalAll(int signal) override { signalSession(terminal_->get(), process_, signal); }
+    bool signalAll(int signal) override {
+        return signalSession(terminal_->get(), process_, signal);
+    }
 
     void watch(bool readable, bool writable) override { terminal_->watch(readable, writable); }
 

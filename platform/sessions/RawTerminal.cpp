@@ -23,6 +23,12 @@ void restore() {
         ::tcsetattr(savedDescriptor, TCSANOW, &saved);
 }
 
+bool setRaw() {
+    termios raw = saved;
+    ::cfmakeraw(&raw);
+    return ::tcsetattr(savedDescriptor, TCSANOW, &raw) == 0;
+}
+
 void restoreAndCrash(int signal) {
     restore();
     static_cast<void>(::write(STDOUT_FILENO, PtyAttach::reset.data(), PtyAttach::reset.size())
@@ -36,16 +42,18 @@ void restoreAndCrash(int signal) {
 std::optional<RawTerminal> RawTerminal::enter(int descriptor) {
     if (::tcgetattr(descriptor, &saved) != 0)
         return std::nullopt;
-    termios raw = saved;
-    ::cfmakeraw(&raw);
     savedDescriptor = descriptor;
     for (const int crash : crashes)
         static_cast<void>(std::signal(crash, restoreAndCrash));
-    if (::tcsetattr(descriptor, TCSANOW, &raw) != 0) {
+    if (!setRaw()) {
         savedDescriptor = -1;
         return std::nullopt;
     }
     return RawTerminal();
+}
+
+void RawTerminal::renew() const {
+    setRaw();
 }
 
 RawTerminal::RawTerminal(RawTerminal&& other) noexcept

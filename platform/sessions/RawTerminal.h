@@ -15,6 +15,9 @@ public:
     /// Sets the terminal to raw mode; absent if the descriptor is none.
     static std::optional<RawTerminal> enter(int descriptor);
 
+    /// Sets raw mode anew: while this process was stopped, the shell had the terminal.
+    void renew() const;
+
     RawTerminal(RawTerminal&& other) noexcept;
     RawTerminal& operator=(RawTerminal&&) = delete;
     RawTerminal(const RawTerminal&) = delete;

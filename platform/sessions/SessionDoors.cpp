@@ -1,6 +1,7 @@
 #include "platform/sessions/SessionDoors.h"
 
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketPeer.h"
 #include "platform/sessions/LocalSocket.h"
 
 #include <sys/uio.h>
@@ -41,6 +42,11 @@ public:
 
     void watch(bool readable, bool writable) override { socket_->watch(readable, writable); }
 
+    [[nodiscard]] std::optional<std::uint32_t> leader() const override {
+        const pid_t leader = ::getsid(peerProcess(socket_->get()).value_or(-1));
+        return leader > 0 ? std::optional(static_cast<std::uint32_t>(leader)) : std::nullopt;
+    }
+
     void close() override { socket_->close(); }
 
 private:
@@ -74,7 +80,9 @@ void SessionDoors::acceptAll(SessionHost::Door door) {
         // Mostly a lack of descriptors, which asking again at once would not mend.
         listener->watch(false, false);
         pause_.expires_after(std::chrono::milliseconds(100));
-        pause_.async_wait([this](const std::error_code& /*aborted*/) {
+        pause_.async_wait([this](const std::error_code& aborted) {
+            if (aborted)
+                return; // by the other listener's pause, which is as long
             for (const auto& each : listeners_)
                 each->watch(true, false);
         });

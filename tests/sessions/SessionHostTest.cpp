@@ -113,7 +113,7 @@ TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
     const std::string tooLong(999, 'x');
     for (const std::string& bad : {std::string("\a"), std::string("s_0123456789abcdef"), tooLong}) {
         call.name = bad;
-        EXPECT_EQ(world.call(call).reason.value_or("cut"), bad == tooLong ? "cut" : "words");
+        EXPECT_EQ(world.call(call).reason.value_or("cut"), bad == tooLong ? "cut" : "misnamed");
     }
     world.startShell();
     world.startShell();
@@ -270,6 +270,11 @@ TEST_F(SessionHostTest, WhoTypedLastDecidesTheSizeAndAnswersQueries) {
     const PeerId bridge = stream(id);
     world.receive(bridge, PtyFrame::data(bytesOf("k")));
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30})) << "it has told no size";
+    world.program().sizes.clear();
+    world.receive(first, PtyAttach::resize(100, 30));
+    EXPECT_THAT(world.program().sizes,
+                ElementsAre(PtyFrame::Size{100, 29}, PtyFrame::Size{100, 30}))
+        << "the same size once more asks the program to draw anew";
 }
 
 TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
@@ -418,6 +423,30 @@ TEST_F(SessionHostTest, EndHangsUpThenTerminatesThenKills) {
     world.pass(10);
     EXPECT_THAT(world.program().endings, ElementsAre(1, 15, 9));
     EXPECT_EQ(world.programs.begin()->second.use_count(), 1);
+}
+
+TEST_F(SessionHostTest, WhereNothingIsLeftToEndNothingIsSignalledAndNothingKept) {
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = world.startShell()}).ok);
+    world.program().hasProcesses = false;
+    world.program().isOver = true;
+    world.end(1);
+    EXPECT_EQ(world.programs.begin()->second.use_count(), 1);
+    world.pass(10);
+    EXPECT_THAT(world.program().endings, ElementsAre(1)) << "the number may be another's by now";
+}
+
+TEST_F(SessionHostTest, NobodyWatchesASessionFromWithinIt) {
+    const std::string id = world.startShell();
+    const auto ticket = world.ticketFor(id);
+    const PeerId window = world.connect(Door::attach);
+    const PeerId bridge = world.connect(Door::control);
+    for (const PeerId peer : {window, bridge})
+        world.peers[peer]->sessionLeader = world.program().pid();
+    world.receive(window, PtyAttach::hello(ticket.value().token, 80, 24).value());
+    EXPECT_THAT(seen(window).messages, ElementsAre("error"));
+    world.receive(bridge, R"({"call":"stream","session":")" + id + "\"}\n");
+    EXPECT_EQ(world.peers[bridge]->received, "{\"ok\":false,\"reason\":\"itself\"}\n");
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
 }
 
 /// Every order of these events, four deep: whatever happens, frames stay whole, the one who leads

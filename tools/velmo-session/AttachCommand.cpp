@@ -60,8 +60,12 @@ Descriptor openDisplay() {
 /// Relays between the user's terminal and the host until one of them ends it.
 class View {
 public:
-    View(Descriptor host, SignalPipe& signals)
-        : host_(std::move(host)), display_(openDisplay()), signals_(signals), room_(maxRead) {
+    View(Descriptor host, SignalPipe& signals, const std::optional<RawTerminal>& terminal)
+        : host_(std::move(host)),
+          display_(openDisplay()),
+          signals_(signals),
+          terminal_(terminal),
+          room_(maxRead) {
         const int flags = ::fcntl(host_.get(), F_GETFL);
         ::fcntl(host_.get(), F_SETFL, flags | O_NONBLOCK);
     }
@@ -123,9 +127,10 @@ private:
 
     void takeSignals() {
         while (const auto news = signals_.next()) {
-            if (news->signal == SIGWINCH) {
-                const PtyFrame::Size size = terminalSize();
-                tellHost(resize(size.cols, size.rows));
+            if (news->signal == SIGCONT && terminal_)
+                terminal_->renew();
+            if (news->signal == SIGWINCH || news->signal == SIGCONT) {
+                tellSize();
                 continue;
             }
             tellHost(hangupFrame);
@@ -203,9 +208,14 @@ private:
                  .text =
                      error->code == "ended" ? labels_.ended : fill(labels_.error, error->code)});
         } else if (std::holds_alternative<host::Size>(said)) {
-            const PtyFrame::Size size = terminalSize();
-            tellHost(resize(size.cols, size.rows));
+            tellSize();
         }
+    }
+
+    /// The host has the program draw anew, whether the size is another one or not.
+    void tellSize() {
+        const PtyFrame::Size size = terminalSize();
+        tellHost(resize(size.cols, size.rows));
     }
 
     void show(std::string_view text) {
@@ -243,6 +253,7 @@ private:
     Descriptor host_;
     Descriptor display_;
     SignalPipe& signals_;
+    const std::optional<RawTerminal>& terminal_; ///< none where nobody types
     Bytes room_;
     Decoder decoder_;
     Bytes toHost_;
@@ -263,7 +274,8 @@ int attach(const std::string& ticketFile) {
     if (!ticket)
         return complain(message(ticket.error()), SessionExit::refused);
     Descriptor host = LocalSocket::connect(ticket->endpoint);
-    constexpr auto caught = std::to_array<int>({SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGWINCH});
+    constexpr auto caught =
+        std::to_array<int>({SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGWINCH, SIGCONT});
     SignalPipe signals(caught);
     if (!host || signals.descriptor() < 0)
         return complain(english().hostGone, SessionExit::hostGone);
@@ -271,7 +283,7 @@ int attach(const std::string& ticketFile) {
     Ending ending{};
     {
         const auto raw = RawTerminal::enter(STDIN_FILENO);
-        View view(std::move(host), signals);
+        View view(std::move(host), signals, raw);
         view.tellHost(hello(ticket->token, size.cols, size.rows).value()); // a token is short
         ending = view.run();
         if (::isatty(STDOUT_FILENO) == 1)

@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::chrono::milliseconds startPatience{5000};
 constexpr std::chrono::milliseconds startStep{5};
+constexpr int stepsPerStart = 100;
 
 /// Starts a host that outlives this process and its terminal. Whether it serves shows in its
 /// socket; if another was quicker, it ends by itself.
@@ -55,9 +56,11 @@ std::optional<ControlClient> ControlClient::connect() {
 std::optional<ControlClient> ControlClient::connectOrStart() {
     if (auto client = connect())
         return client;
-    startHost();
     const auto deadline = std::chrono::steady_clock::now() + startPatience;
-    while (std::chrono::steady_clock::now() < deadline) {
+    for (int step = 0; std::chrono::steady_clock::now() < deadline; ++step) {
+        // One that is just ending keeps another from serving until it has.
+        if (step % stepsPerStart == 0)
+            startHost();
         if (auto client = connect())
             return client;
         std::this_thread::sleep_for(startStep);
@@ -104,10 +107,14 @@ std::string refusalText(const SessionReplyLine& reply) {
         return "this program may not run in a session";
     case SessionRefusal::name:
         return "a session of this name runs already";
+    case SessionRefusal::misnamed:
+        return "no session can have this name";
     case SessionRefusal::limit:
         return "there are as many as there may be";
     case SessionRefusal::system:
         return "the system could not start it";
+    case SessionRefusal::itself:
+        return "a session can't be shown in itself";
     case SessionRefusal::unknown:
         return "there is no such session";
     case SessionRefusal::ended:

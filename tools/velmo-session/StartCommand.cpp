@@ -115,7 +115,8 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
     std::string what;
     if (reply.reason == rawText(SessionRefusal::folder))
         what = folder + ": ";
-    else if (reply.reason == rawText(SessionRefusal::name))
+    else if (reply.reason == rawText(SessionRefusal::name)
+             || reply.reason == rawText(SessionRefusal::misnamed))
         what = request.name.value_or("") + ": ";
     else if (reply.reason != rawText(SessionRefusal::limit))
         what = program + ": ";
