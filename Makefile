@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
+.PHONY: run run-session soak test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -13,6 +13,15 @@ run-session:
 	@scripts/setup build
 	@scripts/build release life-of-a-session velmo-session
 	@build/release/bin/life-of-a-session
+
+MINUTES ?= 10
+
+# Wears the session host out under the sanitizers: 10,000 viewers, 1,000 sessions, races, a GiB of
+# output, then MINUTES of everything at once.
+soak:
+	@scripts/setup build clang
+	@scripts/build asan velmo-session
+	@lab/session-soak/soak build/asan/bin --minutes $(MINUTES)
 
 test:
 	@scripts/setup build test
