@@ -64,8 +64,11 @@ void SequenceReader::read(ByteView bytes, const Sink& sink) {
 
 void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
     while (!bytes.empty()) {
-        if (state_ == State::character)
-            begin(State::ground); // what becomes of it is nobody's question here
+        if (state_ == State::character) {
+            take(bytes.front(), [](const Sequence& /*text*/) {});
+            bytes = bytes.subspan(1);
+            continue;
+        }
         if (isAtRest()) {
             const void* const found = std::memchr(bytes.data(), escape, bytes.size());
             if (found == nullptr) {

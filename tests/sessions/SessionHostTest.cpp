@@ -259,7 +259,8 @@ TEST_F(SessionHostTest, WhoTypedLastDecidesTheSizeAndAnswersQueries) {
     write("a\033[c");
     type(first, "k");
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
-    write("b\033[c\xE2\x82"); // the switch waits for the end of what is cut
+    write("b\033[c\xE2"); // the switch waits for the end of what is cut, more than once too
+    write("\x82");
     type(second, "k");
     write("\xAC\033[c");
     world.host.gone(second);
