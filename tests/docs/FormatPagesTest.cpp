@@ -11,6 +11,8 @@
 #include "core/terminal/PtyFrame.h"
 #include "platform/simulated/CallLine.h"
 
+#include "lab/instruments/SessionWorld.h"
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -132,6 +134,22 @@ TEST(FormatPages, TheInputDaemonsKeysAndModifiersAreAllNamed) {
 TEST(FormatPages, TheDaemonsRequirementIsGiven) {
     EXPECT_EQ(powerDaemonRequirement("TEAM").value() + '\n',
               example("power-service", "requirement"));
+}
+
+TEST(FormatPages, TheSessionHostAnswersAsItSays) {
+    SessionWorld world;
+    const PeerId peer = world.connect(SessionHost::Door::control);
+    for (const std::string& block : blocks("session-control", "json")) {
+        const std::string call = block.substr(0, block.find('\n') + 1);
+        world.peers[peer]->received.clear();
+        world.receive(peer, call);
+        const std::string behind = call.contains("stream") ? hexExample("session-control") : "";
+        EXPECT_EQ(call + world.peers[peer]->received, block + behind);
+    }
+    std::ifstream file(VELMO_FORMAT_PAGES "/session-control.md");
+    const std::string page(std::istreambuf_iterator<char>(file), {});
+    for (const std::string_view reason : rawTexts<SessionRefusal>)
+        EXPECT_THAT(page, testing::HasSubstr("\n| \"" + std::string(reason) + "\" |"));
 }
 
 TEST(FormatPages, ClipboardBodiesAreReadAndWritten) {
