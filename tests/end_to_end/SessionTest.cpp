@@ -158,6 +158,20 @@ TEST_F(SessionTest, TheTerminalIsRestoredHoweverTheViewEnds) {
     }
 }
 
+TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {
+    const auto window = open({"start", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    termios modes{};
+    ASSERT_EQ(::tcgetattr(window->get(), &modes), 0);
+    const termios raw = modes;
+    window->signal(SIGSTOP);
+    modes.c_lflag |= ICANON | ECHO | ISIG; // as the shell sets it that has the terminal meanwhile
+    ASSERT_EQ(::tcsetattr(window->get(), TCSANOW, &modes), 0);
+    window->signal(SIGCONT);
+    EXPECT_TRUE(becomes(
+        [&] { return ::tcgetattr(window->get(), &modes) == 0 && modes.c_lflag == raw.c_lflag; }));
+}
+
 TEST_F(SessionTest, SessionsAndViewersLeaveNothingBehind) {
     const std::string id = startShell();
     EXPECT_TRUE(open({"attach", id})->shows("ready> "));

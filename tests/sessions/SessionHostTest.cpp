@@ -298,8 +298,8 @@ TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
 
 TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     const std::string id = world.startShell();
-    const PeerId slow = attach(id);
     const PeerId quick = attach(id);
+    const PeerId slow = attach(id); // it leads, and is sent frames that lie in the log
     const std::size_t before = world.peers[slow]->received.size();
     world.peers[slow]->room = 1000; // the middle of a frame
     const std::string screen(70, 'x');
@@ -331,8 +331,8 @@ TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
 
 TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
     const std::string id = world.startShell();
+    const PeerId other = attach(id); // it comes first wherever the viewers are gone through
     const PeerId one = attach(id);
-    const PeerId other = attach(id);
     world.program().appetite = 3;
     type(one, "abcdef");
     type(other, "XYZ");
