@@ -4,6 +4,7 @@
 label=io.velmo.host.power
 daemon=${DESTDIR:-}/Library/PrivilegedHelperTools/VelmoPowerDaemon
 client=${DESTDIR:-}/usr/local/bin/velmo-power
+sessions=${DESTDIR:-}/usr/local/bin/velmo-session
 plist=${DESTDIR:-}/Library/LaunchDaemons/$label.plist
 log_rule=${DESTDIR:-}/etc/newsyslog.d/$label.conf
 log=${DESTDIR:-}/var/log/$label.log
@@ -18,19 +19,26 @@ refuse() {
 
 # each_file COMMAND: calls it with name, place and mode of every file that is installed.
 each_file() {
-    "$1" VelmoPowerDaemon "$daemon" 755
-    "$1" velmo-power "$client" 755
+    each_executable "$1"
     "$1" "$label.plist" "$plist" 644
     "$1" "$label.conf" "$log_rule" 644
     each_page "$1"
 }
 
-# The same for the manual page and the completions of the client, which a cross build has not.
+each_executable() {
+    "$1" VelmoPowerDaemon "$daemon" 755
+    "$1" velmo-power "$client" 755
+    "$1" velmo-session "$sessions" 755
+}
+
+# The same for the manual pages and the completions, which a cross build has not.
 each_page() {
-    "$1" velmo-power.1 "$share/man/man1/velmo-power.1" 644
-    "$1" velmo-power.bash "$share/bash-completion/completions/velmo-power" 644
-    "$1" _velmo-power "$share/zsh/site-functions/_velmo-power" 644
-    "$1" velmo-power.fish "$share/fish/vendor_completions.d/velmo-power.fish" 644
+    for program in velmo-power velmo-session; do
+        "$1" $program.1 "$share/man/man1/$program.1" 644
+        "$1" $program.bash "$share/bash-completion/completions/$program" 644
+        "$1" _$program "$share/zsh/site-functions/_$program" 644
+        "$1" $program.fish "$share/fish/vendor_completions.d/$program.fish" 644
+    done
 }
 
 # page_source FOLDER NAME PLACE: where a page comes from, beside a build's executables or among the
@@ -47,6 +55,11 @@ client_requirement() {
 
 daemon_requirement() {
     echo "$(signed_by "$1") and identifier \"VelmoPowerDaemon\""
+}
+
+# Nobody asks who velmo-session is; it must only be what the team has made.
+session_requirement() {
+    echo "$(signed_by "$1") and identifier \"VelmoSession\""
 }
 
 signed_by() {

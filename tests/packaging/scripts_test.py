@@ -18,8 +18,10 @@ TOOLS = ("launchctl pmset codesign plutil install otool xattr id sleep cp mkdir 
 LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
 CLIENT = "usr/local/bin/velmo-power"
-PAGES = ("man/man1/velmo-power.1", "bash-completion/completions/velmo-power",
-         "zsh/site-functions/_velmo-power", "fish/vendor_completions.d/velmo-power.fish")
+SESSIONS = "usr/local/bin/velmo-session"
+PAGES = tuple(page.format(program) for program in ("velmo-power", "velmo-session") for page in (
+    "man/man1/{}.1", "bash-completion/completions/{}", "zsh/site-functions/_{}",
+    "fish/vendor_completions.d/{}.fish"))
 PLIST = f"Library/LaunchDaemons/{LABEL}.plist"
 RULE = f"etc/newsyslog.d/{LABEL}.conf"
 RECORD = "var/db/velmo/power-daemon.json"
@@ -29,7 +31,8 @@ LOG = f"var/log/{LABEL}.log"
 class Mac:
     """A Mac in a folder of its own, and beside it a folder `built` with fresh executables."""
 
-    def __init__(self, folder, daemon_signed="VelmoPowerDaemon TEAM1", client_signed="VelmoHelper TEAM1"):
+    def __init__(self, folder, daemon_signed="VelmoPowerDaemon TEAM1", client_signed="VelmoHelper TEAM1",
+                 session_signed="VelmoSession TEAM1"):
         self.folder = pathlib.Path(folder)
         for name in ("bin", "root/Library", "root/var/log", "built"):
             (self.folder / name).mkdir(parents=True)
@@ -38,7 +41,8 @@ class Mac:
         self.put("sleep", "0").put("clock", "0\n").put("calls", "").put("property", "0\n").put("readings", "0\n")
         for page in PAGES:
             self.put(f"share/{page}", page)
-        for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed)):
+        for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed),
+                             ("velmo-session", session_signed)):
             identifier, _, team = signed.partition(" ")
             self.put(f"built/{name}", f'#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-{name}" "$@"\n# Marked=yes\n' + (
                 f"# Identifier={identifier}\n# TeamIdentifier={team}\n" if identifier else ""), 0o755)
@@ -57,6 +61,7 @@ class Mac:
     def with_older(self, loaded):
         self.put(f"root/{DAEMON}", "old daemon", 0o755).put(f"root/{PLIST}", "old list")
         self.put("root/usr/local/bin/velmo-power", "old client", 0o711)
+        self.put("root/usr/local/bin/velmo-session", "old sessions", 0o711)
         self.put(f"root/usr/local/share/{PAGES[0]}", "old page")
         (self.folder / "root/usr/local/bin").chmod(0o775)
         return self.put("job", "7\n").put("started", "0\n") if loaded else self.put("disabled", "")
@@ -86,7 +91,8 @@ class ScriptsTest(unittest.TestCase):
         return Mac(folder.name, **arguments)
 
     def assertInstalled(self, mac):
-        for name, place, mode in (("VelmoPowerDaemon", DAEMON, 0o755), ("velmo-power", CLIENT, 0o755)):
+        for name, place, mode in (("VelmoPowerDaemon", DAEMON, 0o755), ("velmo-power", CLIENT, 0o755),
+                                  ("velmo-session", SESSIONS, 0o755)):
             installed = mac.folder / "root" / place
             self.assertTrue(installed.read_text().startswith("#!/bin/sh\n"))
             self.assertNotIn("Marked", installed.read_text())
@@ -141,14 +147,17 @@ class ScriptsTest(unittest.TestCase):
                 ({"daemon_signed": "Other TEAM1"}, "VelmoPowerDaemon does not satisfy"),
                 ({"client_signed": "VelmoHelper TEAM2"}, "velmo-power does not satisfy"),
                 ({"client_signed": ""}, "velmo-power is not signed properly"),
-                ({"client_signed": "VelmoPowerDaemon TEAM1"}, "velmo-power does not satisfy")):
+                ({"client_signed": "VelmoPowerDaemon TEAM1"}, "velmo-power does not satisfy"),
+                ({"session_signed": ""}, "velmo-session is not signed properly"),
+                ({"session_signed": "VelmoSession TEAM2"}, "velmo-session does not satisfy")):
             mac = self.mac(**{**signed, **change})
             as_it_was = mac.state()
             done = mac.run("install", "built")
             self.assertEqual(done.returncode, 1, change)
             self.assertRegex(done.stderr, complaint)
             self.assertEqual(mac.state(), as_it_was)
-        ad_hoc = self.mac(daemon_signed="VelmoPowerDaemon not set", client_signed="VelmoHelper not set")
+        ad_hoc = self.mac(daemon_signed="VelmoPowerDaemon not set", client_signed="VelmoHelper not set",
+                          session_signed="VelmoSession not set")
         self.assertEqual(ad_hoc.run("install", "--without-team", "built").returncode, 0)
         self.assertInstalled(ad_hoc)
         for script, arguments, environment in (("install", [], {}), ("install", ["a", "b"], {}),
@@ -178,9 +187,9 @@ class ScriptsTest(unittest.TestCase):
                 self.assertEqual(done.returncode == 0, removed, done.stderr)
                 self.assertEqual(mac.get("sleep"), after)
                 self.assertEqual("sudo pmset" in done.stdout, removed and after == "1")
-                for place in (DAEMON, CLIENT, PLIST, LOG, LOG + ".0", "usr/local/share/" + PAGES[0]):
+                for place in (DAEMON, CLIENT, SESSIONS, PLIST, LOG, LOG + ".0", "usr/local/share/" + PAGES[0]):
                     self.assertEqual((mac.folder / "root" / place).exists(), not removed, place)
-        for number in range(1, 21):
+        for number in range(1, 26):
             mac = self.mac().with_older(loaded=True).put("sleep", "1").put(f"root/{RECORD}", ours)
             done = mac.run("uninstall", fail=number)
             self.assertTrue(mac.get("sleep") == "0" or mac.get(f"root/{RECORD}"))
@@ -190,10 +199,11 @@ class ScriptsTest(unittest.TestCase):
         identity = "Developer ID Application: Somebody (TEAM9)"
         mac = self.mac(daemon_signed="", client_signed="")
         self.assertEqual(mac.run("sign", identity, "built").returncode, 0)
-        self.assertIn(f"codesign --force --timestamp --options runtime --sign {identity} "
-                      "--identifier VelmoHelper built/velmo-power", mac.calls())
+        for identifier, name in (("VelmoHelper", "velmo-power"), ("VelmoSession", "velmo-session")):
+            self.assertIn(f"codesign --force --timestamp --options runtime --sign {identity} "
+                          f"--identifier {identifier} built/{name}", mac.calls())
         self.assertEqual(mac.run("install", "built").returncode, 0)
-        for fail in range(1, 7):
+        for fail in range(1, 10):
             mac = self.mac(daemon_signed="", client_signed="")
             self.assertNotEqual(mac.run("sign", identity, "built", fail=fail).returncode, 0, fail)
         mac = self.mac(daemon_signed="", client_signed="")
