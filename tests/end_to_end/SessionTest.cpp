@@ -46,6 +46,11 @@ protected:
 
     [[nodiscard]] std::unique_ptr<TerminalWindow> open(std::vector<std::string> words) const {
         words.insert(words.begin(), program);
+        return openProgram(std::move(words));
+    }
+
+    [[nodiscard]] std::unique_ptr<TerminalWindow>
+    openProgram(std::vector<std::string> words) const {
         return std::make_unique<TerminalWindow>(
             words, Pty::Environment{{"XDG_RUNTIME_DIR", temporary.path().string()},
                                     {"HOME", home.string()},
@@ -156,6 +161,15 @@ TEST_F(SessionTest, TheTerminalIsRestoredHoweverTheViewEnds) {
         }));
         EXPECT_EQ(window->waitForEnd(), signal == 0 ? hostGone : 128 + signal);
     }
+}
+
+TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
+    const auto window =
+        openProgram({"/bin/sh", "-c", "trap '' HUP; exec " + program + " attach " + startShell()});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->signal(SIGHUP);
+    window->type("echo still-$((1))\r");
+    EXPECT_TRUE(window->shows("\nstill-1"));
 }
 
 TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {

@@ -4,6 +4,7 @@
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/ProcessSetup.h"
 #include "platform/posix/SignalPipe.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/RawTerminal.h"
@@ -274,8 +275,8 @@ int attach(const std::string& ticketFile) {
     if (!ticket)
         return complain(message(ticket.error()), SessionExit::refused);
     Descriptor host = LocalSocket::connect(ticket->endpoint);
-    constexpr auto caught =
-        std::to_array<int>({SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGWINCH, SIGCONT});
+    std::vector<int> caught = endingSignals();
+    caught.insert(caught.end(), {SIGQUIT, SIGWINCH, SIGCONT});
     SignalPipe signals(caught);
     if (!host || signals.descriptor() < 0)
         return complain(english().hostGone, SessionExit::hostGone);

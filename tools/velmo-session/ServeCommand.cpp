@@ -70,10 +70,13 @@ public:
           programs_(context_, programEvents(), openFiles),
           host_(services()),
           doors_(context_, host_, [this] { settle(); }),
-          stop_(context_, SIGTERM, SIGINT, SIGHUP),
+          stop_(context_),
           deadline_(context_),
           upkeep_(context_),
-          idle_(context_) {}
+          idle_(context_) {
+        for (const int signal : endingSignals())
+            stop_.add(signal);
+    }
 
     int run() {
         folder_.removeTickets();
