@@ -53,7 +53,8 @@ std::optional<RawTerminal> RawTerminal::enter(int descriptor) {
 }
 
 void RawTerminal::renew() const {
-    setRaw();
+    if (isOwner_)
+        setRaw();
 }
 
 RawTerminal::RawTerminal(RawTerminal&& other) noexcept

@@ -170,6 +170,9 @@ TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
     window->signal(SIGHUP);
     window->type("echo still-$((1))\r");
     EXPECT_TRUE(window->shows("\nstill-1"));
+    window->close();
+    EXPECT_EQ(window->waitForEnd(), 128 + SIGHUP)
+        << "but without a window there is nothing to view";
 }
 
 TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {

@@ -146,6 +146,12 @@ private:
             retryInterrupted([&] { return ::read(STDIN_FILENO, typed.data(), typed.size()); });
         if (count <= 0) {
             typingIsOver_ = count == 0 || errno != EAGAIN;
+            // Of a terminal in raw mode that is the window's end, and nothing else.
+            if (typingIsOver_ && terminal_) {
+                tellHost(hangupFrame);
+                end({.exitStatus = SessionExit::bySignal + SIGHUP, .text = ""});
+                toShow_.clear();
+            }
             return;
         }
         const ByteView keys = ByteView(typed).first(static_cast<std::size_t>(count));
