@@ -6,6 +6,8 @@
 #include "platform/sessions/PrivateFolder.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +22,7 @@ namespace {
 constexpr std::chrono::milliseconds startPatience{5000};
 constexpr std::chrono::milliseconds startStep{5};
 constexpr int stepsPerStart = 100;
+constexpr timeval replyPatience{.tv_sec = 10, .tv_usec = 0};
 
 /// Starts a host that outlives this process and its terminal. Whether it serves shows in its
 /// socket; if another was quicker, it ends by itself.
@@ -48,7 +51,10 @@ std::optional<ControlClient> ControlClient::connect() {
         return std::nullopt;
     Descriptor socket =
         LocalSocket::connect(*folder + "/" + std::string(PrivateFolder::controlSocket));
-    if (!socket)
+    // A host that does not answer, since it was stopped, say, keeps nobody waiting for ever.
+    if (!socket
+        || ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &replyPatience, sizeof replyPatience)
+               != 0)
         return std::nullopt;
     return ControlClient(std::move(socket));
 }

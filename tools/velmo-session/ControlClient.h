@@ -21,7 +21,7 @@ public:
     /// Makes one call by a connection of its own; absent if no host serves, or none replies.
     static std::optional<SessionReplyLine> ask(const SessionCallLine& call);
 
-    /// Returns the reply, or nothing if the host goes away first.
+    /// Returns the reply, or nothing if the host goes away first or takes too long.
     [[nodiscard]] std::optional<SessionReplyLine> call(const SessionCallLine& call);
 
     /// The connection, from which all that has come was read as replies, and what has come behind

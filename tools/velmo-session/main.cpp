@@ -35,7 +35,7 @@ int list(bool json) {
     auto host = ControlClient::connect();
     auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
     if (host && !reply)
-        return complain("the session host went away without an answer", SessionExit::hostGone);
+        return complain("the session host gives no answer", SessionExit::hostGone);
     const auto sessions =
         reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
     if (json)
