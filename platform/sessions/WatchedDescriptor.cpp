@@ -67,6 +67,8 @@ WatchedDescriptor::Stream& WatchedDescriptor::streamFor(const Side& side) {
         std::error_code failed;
         if (copy >= 0)
             writableStream_.assign(copy, failed);
+        if (failed)
+            ::close(copy);
     }
     return writableStream_.is_open() ? writableStream_ : stream_;
 }
