@@ -125,9 +125,10 @@ void TerminalSession::update(SteadyTime now) {
     const Viewer* const first = leader();
     for (const auto& viewer : viewers_)
         show(*viewer, viewer.get() == first, now);
+    sweep();
+    // Only now: the program waits for nobody who has left.
     if (program_ && !endedSince_)
         program_->watch(!outputIsOver_ && !mustWait(now), isInputFull_);
-    sweep();
 }
 
 /// Does what the viewer has asked for, up to keys that the program does not read yet.
