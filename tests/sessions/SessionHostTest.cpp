@@ -618,12 +618,13 @@ TEST(SessionHostWalk, NoOrderOfEventsBreaksAStreamOrLeavesAPeerBehind) {
     }
 }
 
-/// With one window at a time there are so few states that all are reached, and left again.
+/// With one window at a time there are so few states that all are reached, and left again. A
+/// sanitizer makes that ten times as long, and looks at the first of them.
 TEST(SessionHostWalk, EveryStateOfOneWindowEndsWell) {
     using Path = std::vector<int>;
     std::set<std::vector<int>> known;
     std::deque<Path> open{Path()};
-    while (!open.empty()) {
+    while (!open.empty() && (!VELMO_SANITIZED || known.size() < 60)) {
         const Path path = std::move(open.front());
         open.pop_front();
         for (int event = 0; event < Scene::eventsOfOneWindow; ++event) {
@@ -642,11 +643,13 @@ TEST(SessionHostWalk, EveryStateOfOneWindowEndsWell) {
         }
     }
     RecordProperty("states", static_cast<int>(known.size()));
-    EXPECT_GT(known.size(), 100U);
+    EXPECT_GE(known.size(), VELMO_SANITIZED ? 60U : 200U);
 }
 
 TEST(SessionHostWalk, LongWaysWithSeveralWindowsEndWell) {
     forAny([](AnyValues any) {
+        if (VELMO_SANITIZED && any.below(10) > 0)
+            return;
         Scene scene;
         std::vector<int> path;
         for (std::size_t steps = any.below(30); steps > 0; --steps) {
