@@ -544,16 +544,15 @@ public:
             return int{bytes > 0} + int{bytes > Viewer::window} + int{bytes > OutputLog::kept};
         };
         const FakeProgram& program = world_.program();
-        std::vector<int> seen{isWriting(),
-                              program.isOver,
-                              program.appetite > 0,
-                              program.watchesOutput,
-                              program.watchesInput,
-                              amount(read()),
-                              static_cast<int>(untilDeadline().value_or(-1))};
+        std::vector<int> seen;
+        const auto note = [&seen](auto... facts) {
+            (seen.push_back(static_cast<int>(facts)), ...);
+        };
+        note(isWriting(), program.isOver, program.appetite > 0, program.watchesOutput,
+             program.watchesInput, amount(read()), untilDeadline().value_or(-1));
         if (isWatched())
-            seen.insert(seen.end(), {window().room > 7, window().room > 0, window().watchesInput,
-                                     window().watchesRoom, amount(read() - shown_)});
+            note(window().room > 7, window().room > 0, window().watchesInput, window().watchesRoom,
+                 amount(read() - shown_));
         return seen;
     }
 
