@@ -199,12 +199,10 @@ void HoldKeeper::stop(std::function<void(Outcome)> done) {
     }
     switch (status_.state) {
     case State::holding:
-        releaseIfStillHeld();
-        return;
-    case State::riding:
+    case State::riding: // or refused, with the next hold asked for already
     case State::refused:
     case State::released:
-        askForOutcome();
+        releaseIfStillHeld();
         return;
     case State::connecting:
     case State::unreachable:

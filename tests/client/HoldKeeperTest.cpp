@@ -299,6 +299,17 @@ TEST_F(HoldKeeperTest, NeverReleasesTheHoldOfASuccessor) {
     EXPECT_THAT(said, ElementsAre("stopped: notHeld"));
 }
 
+TEST_F(HoldKeeperTest, ReleasesWhatItWasJustTakingOver) {
+    ride();
+    pass(HoldKeeper::ridingInterval);
+    daemon->onReport(freeAfter(HoldEnding::battery));
+    stop();
+    daemon->onReply(true); // the hold was granted before
+    daemon->onReply(true);
+    EXPECT_THAT(takeCalls(), ElementsAre("report", "hold 25", "heartbeat", "release"));
+    EXPECT_THAT(said, ElementsAre("stopped: restored"));
+}
+
 TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
     struct Case {
         std::string_view name;
@@ -321,6 +332,7 @@ TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
             said.push_back("stopped: "
                            + std::string(outcomeNames.at(static_cast<std::size_t>(is))));
         });
+        daemon->onReply(false);
         report.empty() ? lose() : daemon->onReport(report);
         EXPECT_EQ(said.back(), outcome) << name;
     }
@@ -347,7 +359,7 @@ TEST_F(HoldKeeperTest, MayBeStoppedByWhoHearsOfItAndStartedAgain) {
     one.start();
     daemon->onHold(false, "thermal");
     pass(100);
-    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "report"));
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "heartbeat"));
     EXPECT_THAT(said, ElementsAre("refused: thermal", "stopped"));
     one.start();
     EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
