@@ -198,8 +198,9 @@ void HoldKeeper::stop(std::function<void(Outcome)> done) {
         return;
     }
     switch (status_.state) {
+    // While it rides or is refused, the next hold may be asked for already.
     case State::holding:
-    case State::riding: // or refused, with the next hold asked for already
+    case State::riding:
     case State::refused:
     case State::released:
         releaseIfStillHeld();

@@ -141,8 +141,6 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
     const auto session = number ? sessions_.find(*number) : sessions_.end();
     if (session == sessions_.end()) {
         refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
-    } else if (session->second.endedSince()) {
-        refuse(peer, stranger, rawText(SessionRefusal::ended));
     } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
         refuse(peer, stranger, rawText(*refusal));
     } else {

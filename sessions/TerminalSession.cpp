@@ -37,6 +37,8 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
 }
 
 std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+    if (endedSince_)
+        return SessionRefusal::ended;
     if (viewers_.size() == maxViewers)
         return SessionRefusal::limit;
     if (program_ && connection.leader() == program_->pid())

@@ -17,8 +17,8 @@ namespace velmo::CommandLine {
 
 struct Option {
     std::string_view name; ///< with its dashes: "--floor"
-    std::string_view
-        value{};           ///< what stands for its value in help, "PERCENT"; empty: it takes none
+    /// What stands for its value in help, "PERCENT"; empty if it takes none.
+    std::string_view value{};
     std::string_view help; ///< without a full stop
 };
 
