@@ -2,6 +2,7 @@
 
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/Clocks.h"
+#include "platform/posix/Io.h"
 #include "platform/posix/ProcessEnd.h"
 #include "platform/posix/UserCommand.h"
 #include "tools/velmo-power/ExitStatus.h"
@@ -290,7 +291,7 @@ void HoldCommand::startCommand() {
 void HoldCommand::tellReady() {
     if (!ready_)
         return;
-    static_cast<void>(::write(ready_.get(), "!", 1));
+    writeAll(ready_.get(), "!");
     ready_.reset();
     if (!request_.command.empty())
         return;

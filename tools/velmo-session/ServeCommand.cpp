@@ -3,6 +3,7 @@
 #include "core/terminal/AttachTicket.h"
 #include "platform/host/PtyHostFileSystem.h"
 #include "platform/posix/Clocks.h"
+#include "platform/posix/Io.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/sessions/PrivateFolder.h"
 #include "platform/sessions/PtyPrograms.h"
@@ -53,7 +54,7 @@ public:
         struct stat status{};
         const bool isFull = ::fstat(file_.get(), &status) == 0 && status.st_size >= maxLog;
         if (!isFull || ::ftruncate(file_.get(), 0) == 0)
-            static_cast<void>(::write(file_.get(), line.data(), line.size()) == 0);
+            writeAll(file_.get(), line);
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/ChildProcess.h"
+#include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 
 #include "lab/instruments/TemporaryFolder.h"
@@ -117,8 +118,7 @@ TEST_F(AttachTicketOnDisk, OfAHundredProcessesExactlyOneGetsIt) {
             racer = ::fork();
             if (racer == 0) {
                 gate.writeEnd.reset();
-                char opened = 0;
-                static_cast<void>(::read(gate.readEnd.get(), &opened, 1)); // ends for all at once
+                readStart(gate.readEnd.get(), 1); // ends for all at once
                 const auto result = read();
                 const bool isLate = result == std::unexpected(TicketError::open)
                                     || result == std::unexpected(TicketError::unlink);
