@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// Every tool reads the same words.
-void Fuzz::target(Input input) {
+void checkAppArguments(Input input) {
     const auto words = input.words();
     if (const auto id = AudioOutputs::parseSetArgs(words)) {
         require(words == std::vector{*id} && !id->starts_with('-') && id->size() <= 200);
@@ -20,4 +22,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target appArgumentsTarget("AppArguments", checkAppArguments);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,6 +1,16 @@
 #include "core/apps/AppRecord.h"
 #include "fuzz/Fuzz.h"
 
-void velmo::Fuzz::target(Input input) {
+namespace velmo::Fuzz {
+
+namespace {
+
+void checkAppRecords(Input input) {
     requireRecord<AppRecord>(input.rest());
 }
+
+const Target appRecordsTarget("AppRecords", checkAppRecords);
+
+} // namespace
+
+} // namespace velmo::Fuzz

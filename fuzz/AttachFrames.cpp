@@ -2,17 +2,16 @@
 #include "core/terminal/AttachWire.h"
 #include "fuzz/Frames.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
 using namespace PtyAttach;
-using Fuzz::require;
 
 std::string told(const Frame& frame) {
     if (const auto* data = std::get_if<Bytes>(&frame))
         return std::string(textOf(*data));
-    return Fuzz::respelt(std::get<ControlObject>(frame).object());
+    return respelt(std::get<ControlObject>(frame).object());
 }
 
 void requireLimits(const HostMessage& said) {
@@ -29,9 +28,7 @@ void requireLimits(const HostMessage& said) {
     }
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkAttachFrames(Input input) {
     ByteView stream;
     const auto decoded = requireSlicingIsIgnored<Decoder>(input, stream, told);
     for (const Frame& frame : decoded.frames) {
@@ -47,4 +44,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target attachFramesTarget("AttachFrames", checkAttachFrames);
+
+} // namespace
+
+} // namespace velmo::Fuzz

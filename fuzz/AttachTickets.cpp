@@ -1,9 +1,11 @@
 #include "core/terminal/AttachTicket.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkAttachTickets(Input input) {
     using namespace PtyAttach;
     const std::string_view json = input.rest();
     const auto ticket = parseTicket(json);
@@ -16,4 +18,8 @@ void Fuzz::target(Input input) {
     require(parseTicket(encodeJson(*ticket).value()) == ticket);
 }
 
-} // namespace velmo
+const Target attachTicketsTarget("AttachTickets", checkAttachTickets);
+
+} // namespace
+
+} // namespace velmo::Fuzz

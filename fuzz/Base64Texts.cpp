@@ -1,10 +1,12 @@
 #include "core/support/Base64.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The first byte says how long the pieces are.
-void Fuzz::target(Input input) {
+void checkBase64Texts(Input input) {
     const std::size_t length = std::size_t{1} + input.byte() % 16;
     const ByteView bytes = input.restBytes();
     require(Base64::decode(Base64::encode(bytes)) == Bytes(bytes.begin(), bytes.end()));
@@ -19,4 +21,8 @@ void Fuzz::target(Input input) {
     require((sound ? decoder.finish() : std::nullopt) == decoded);
 }
 
-} // namespace velmo
+const Target base64TextsTarget("Base64Texts", checkBase64Texts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

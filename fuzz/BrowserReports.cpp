@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The input is a bundle identifier, a mode and an address, a line each.
-void Fuzz::target(Input input) {
+void checkBrowserReports(Input input) {
     using namespace BrowserUrlPolicy;
     const std::string_view bundle = input.line();
     const std::string_view mode = input.line();
@@ -27,4 +29,8 @@ void Fuzz::target(Input input) {
     require(JsonDocument::parse(encodeJson(reported).value()).has_value());
 }
 
-} // namespace velmo
+const Target browserReportsTarget("BrowserReports", checkBrowserReports);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,10 +1,12 @@
 #include "fuzz/Fuzz.h"
 #include "platform/simulated/CallLine.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// A call and an answer, for whichever of them the line is.
-void Fuzz::target(Input input) {
+void checkCallLines(Input input) {
     const std::string_view line = input.rest();
     requireRecord<ReplyLine>(line);
     requireSpellingIsIgnored(line, CallLine::parse);
@@ -14,4 +16,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target callLinesTarget("CallLines", checkCallLines);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -2,10 +2,12 @@
 #include "core/terminal/Pty.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// Keys and values, a line each.
-void Fuzz::target(Input input) {
+void checkChildEnvironments(Input input) {
     Pty::Environment given;
     while (!input.isEmpty()) {
         const std::string_view key = input.line();
@@ -22,4 +24,8 @@ void Fuzz::target(Input input) {
     require(Pty::childEnvironment(child) == child);
 }
 
-} // namespace velmo
+const Target childEnvironmentsTarget("ChildEnvironments", checkChildEnvironments);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -5,11 +5,9 @@
 #include "fuzz/Fuzz.h"
 #include "fuzz/LongTexts.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 std::string bodyOf(const ClipboardWrite& write) {
     std::map<std::string, std::string> members;
@@ -31,9 +29,7 @@ std::string bodyOf(const ClipboardWrite& write) {
     return body;
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkClipboardWrites(Input input) {
     const std::string body = lengthened(input.rest());
     const auto parse = [](std::string_view text) { return ClipboardWrite::parse(bytesOf(text)); };
     requireSpellingIsIgnored(body, parse, PasteboardPolicy::writeMaxBytes);
@@ -41,4 +37,8 @@ void Fuzz::target(Input input) {
         require(parse(bodyOf(*write)) == write);
 }
 
-} // namespace velmo
+const Target clipboardWritesTarget("ClipboardWrites", checkClipboardWrites);
+
+} // namespace
+
+} // namespace velmo::Fuzz

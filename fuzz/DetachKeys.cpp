@@ -3,11 +3,13 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// Reads pairs of typed bytes and of the time that passes before them, in units of 100 ms. The same
 /// must reach the program whether the bytes come one by one or all at once.
-void Fuzz::target(Input input) {
+void checkDetachKeys(Input input) {
     PtyAttach::DetachKey oneByOne;
     PtyAttach::DetachKey atOnce;
     std::int64_t now = 0;
@@ -33,4 +35,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target detachKeysTarget("DetachKeys", checkDetachKeys);
+
+} // namespace
+
+} // namespace velmo::Fuzz

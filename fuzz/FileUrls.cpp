@@ -3,10 +3,12 @@
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// A path as an address and back; the same bytes as an address.
-void Fuzz::target(Input input) {
+void checkFileUrls(Input input) {
     const std::string text(input.rest());
     const auto written = FileUrl{.path = text}.text();
     require(written.has_value() == text.starts_with('/'));
@@ -22,4 +24,8 @@ void Fuzz::target(Input input) {
     require(path.empty() || path.starts_with('/'));
 }
 
-} // namespace velmo
+const Target fileUrlsTarget("FileUrls", checkFileUrls);
+
+} // namespace
+
+} // namespace velmo::Fuzz

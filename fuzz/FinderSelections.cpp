@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <set>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
 using namespace FinderSelectionParse;
-using Fuzz::require;
 
 void requireClean(const std::string& path) {
     require(path.starts_with('/') && (path.size() == 1 || !path.ends_with('/')));
@@ -21,11 +20,9 @@ void requireClean(const std::string& path) {
     require(clean(path) == path);
 }
 
-} // namespace
-
 /// The input is lines, which are read twice: as a selection, the folder first, and as the
 /// identities of files.
-void Fuzz::target(Input input) {
+void checkFinderSelections(Input input) {
     const auto lines = input.words();
     const std::string folder = lines.empty() ? "" : lines.front();
     const Selection selected = selection(folder, lines);
@@ -48,4 +45,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target finderSelectionsTarget("FinderSelections", checkFinderSelections);
+
+} // namespace
+
+} // namespace velmo::Fuzz

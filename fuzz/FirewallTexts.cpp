@@ -2,9 +2,11 @@
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkFirewallTexts(Input input) {
     const std::string_view output = input.rest();
     const std::string clean = FirewallProbe::clean(output);
     require(Text::isValidUtf8(clean) && !Text::hasMoreCharactersThan(clean, 400));
@@ -13,4 +15,8 @@ void Fuzz::target(Input input) {
     require(FirewallProbe::clean(" \n" + std::string(output)) == clean);
 }
 
-} // namespace velmo
+const Target firewallTextsTarget("FirewallTexts", checkFirewallTexts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -85,6 +85,15 @@ void require(bool holds, std::source_location at) {
     std::abort();
 }
 
+constinit const Target* Target::first = nullptr;
+
+const Target* Target::find(std::string_view name) {
+    const Target* target = first;
+    while (target != nullptr && target->name_ != name)
+        target = target->next_;
+    return target;
+}
+
 std::uint8_t Input::byte() {
     if (bytes_.empty())
         return 0;
@@ -127,6 +136,6 @@ std::string respelt(const JsonObject& object) {
 
 /// The fuzzer's own name for what it calls.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    velmo::Fuzz::target(velmo::Fuzz::Input({data, size}));
+    velmo::Fuzz::Target::any().run({data, size});
     return 0;
 }

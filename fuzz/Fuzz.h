@@ -9,10 +9,11 @@
 #include <source_location>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-/// What the fuzz targets share. A target is one source file that defines `target`: it hands any
-/// bytes at all to one parser and demands what must hold of every answer.
+/// What the fuzz targets share. A target is one source file with one `Target`: it hands any bytes
+/// at all to one parser and demands what must hold of every answer.
 namespace velmo::Fuzz {
 
 /// Ends the process, which is a finding, unless the condition holds.
@@ -41,8 +42,31 @@ private:
     ByteView bytes_;
 };
 
-/// Called once for every input.
-void target(Input input);
+/// A source file's check, known under the file's name from before `main` on.
+class Target {
+public:
+    using Check = void (*)(Input input); ///< called once for every input
+
+    Target(std::string_view name, Check check) noexcept
+        : name_(name), check_(check), next_(std::exchange(first, this)) {}
+
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    void run(ByteView bytes) const { check_(Input(bytes)); }
+
+    /// Returns null where there is none of that name.
+    static const Target* find(std::string_view name);
+
+    /// Returns any of them: the fuzzer's programs have one each.
+    static const Target& any() { return *first; }
+
+private:
+    std::string_view name_;
+    Check check_;
+    const Target* next_;
+    static const Target* first;
+};
 
 /// The same document spelt otherwise: members in reverse order, no blanks, no needless escape,
 /// reals in scientific form.

@@ -5,11 +5,9 @@
 #include <algorithm>
 #include <set>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 void requireLimits(const Hotkey& hotkey) {
     const std::set distinct(hotkey.modifiers.begin(), hotkey.modifiers.end());
@@ -54,10 +52,8 @@ void requirePlan(const Hotkey& hotkey, std::span<const HotkeyModifier> held) {
     require(down.empty());
 }
 
-} // namespace
-
 /// The first byte gives the modifiers that are down already; the arguments follow it.
-void Fuzz::target(Input input) {
+void checkHotkeys(Input input) {
     std::vector<HotkeyModifier> held;
     for (const unsigned bits = input.byte();
          const HotkeyModifier modifier : allCases<HotkeyModifier>) {
@@ -77,4 +73,8 @@ void Fuzz::target(Input input) {
     require(book.modifiers() == press.modifiers && book.take(*hotkey) == press && book.isEmpty());
 }
 
-} // namespace velmo
+const Target hotkeysTarget("Hotkeys", checkHotkeys);
+
+} // namespace
+
+} // namespace velmo::Fuzz

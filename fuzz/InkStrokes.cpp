@@ -5,11 +5,13 @@
 #include <cmath>
 #include <cstring>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The input is a list of points, each two doubles as they lie in memory. A point that is not
 /// within the limit ends a stroke.
-void Fuzz::target(Input input) {
+void checkInkStrokes(Input input) {
     constexpr std::size_t width = 24;
     constexpr std::size_t height = 12;
     InkPlane plane(width, height);
@@ -33,4 +35,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target inkStrokesTarget("InkStrokes", checkInkStrokes);
+
+} // namespace
+
+} // namespace velmo::Fuzz

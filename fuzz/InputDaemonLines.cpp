@@ -5,12 +5,11 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
 using namespace InputDaemonWire;
-using Fuzz::require;
 
 void requireAnswer(std::int64_t id, std::int32_t code, std::string_view error) {
     const std::string line = response(id, code, std::string(error));
@@ -22,10 +21,8 @@ void requireAnswer(std::int64_t id, std::int32_t code, std::string_view error) {
     require(!told || *told == Text::repaired(Text::prefix(error, 2000)));
 }
 
-} // namespace
-
 /// The input is a request of the host, and also the error text of a response.
-void Fuzz::target(Input input) {
+void checkInputDaemonLines(Input input) {
     const std::string_view text = input.rest();
     requireAnswer(1, 0, text);
     requireAnswer(1, -1, text);
@@ -45,4 +42,8 @@ void Fuzz::target(Input input) {
         require(hasKey(Hotkey::keys, key));
 }
 
-} // namespace velmo
+const Target inputDaemonLinesTarget("InputDaemonLines", checkInputDaemonLines);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -4,11 +4,9 @@
 
 #include <cstdlib>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 void requireMotion(std::int64_t dx, std::int64_t dy) {
     require(-2048 <= dx && dx <= 2048 && -2048 <= dy && dy <= 2048);
@@ -19,9 +17,7 @@ void requireTarget(std::string_view digits) {
             && digits.find_first_not_of("0123456789") == std::string_view::npos);
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkInputMessages(Input input) {
     const std::string_view line = input.rest();
     requireSpellingIsIgnored(line, InputMessage::decode, InputMessage::maxLine);
     const auto message = InputMessage::decode(line);
@@ -44,4 +40,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target inputMessagesTarget("InputMessages", checkInputMessages);
+
+} // namespace
+
+} // namespace velmo::Fuzz

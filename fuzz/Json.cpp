@@ -7,11 +7,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 /// Of every value one reader answers, or none for null and for an integer beyond 64 bits.
 // NOLINTNEXTLINE(misc-no-recursion): the reader bounds the nesting.
@@ -34,10 +32,8 @@ void requireWhole(const JsonValue& value) {
     require(std::ranges::adjacent_find(names) == names.end());
 }
 
-} // namespace
-
 /// The reader itself, and the writer: a text written twice over is the same, members in order.
-void Fuzz::target(Input input) {
+void checkJson(Input input) {
     const std::string_view text = input.rest();
     const auto written = encodeJson(text).value();
     require(decodeJsonText<std::string>(written) == Text::repaired(text));
@@ -52,4 +48,8 @@ void Fuzz::target(Input input) {
     require(respelt(JsonDocument::parse(once).value().root()) == reversed);
 }
 
-} // namespace velmo
+const Target jsonTarget("Json", checkJson);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,7 +1,7 @@
 #include "fuzz/Fuzz.h"
 #include "fuzz/LongTexts.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
@@ -18,10 +18,8 @@ std::optional<std::string> whole(const JsonOutline& outline, std::string_view na
     return text;
 }
 
-} // namespace
-
 /// An outline takes the very objects that a document takes, and finds the same in them.
-void Fuzz::target(Input input) {
+void checkJsonOutlines(Input input) {
     const std::string json = lengthened(input.rest());
     const auto document = JsonDocument::parse(json);
     const auto object = document.and_then(&JsonDocument::object);
@@ -36,4 +34,8 @@ void Fuzz::target(Input input) {
     require(object->member("png").and_then(&JsonValue::text).value_or("") == png);
 }
 
-} // namespace velmo
+const Target jsonOutlinesTarget("JsonOutlines", checkJsonOutlines);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -2,9 +2,11 @@
 #include "core/power/PowerGuardPolicy.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkKeepAwakeWants(Input input) {
     const std::string_view text = input.rest();
     requireSpellingIsIgnored(text, KeepAwakeWant::parse);
     const auto want = KeepAwakeWant::parse(text);
@@ -14,4 +16,8 @@ void Fuzz::target(Input input) {
     require(KeepAwakeWant::parse(encodeJson(*want).value()) == want);
 }
 
-} // namespace velmo
+const Target keepAwakeWantsTarget("KeepAwakeWants", checkKeepAwakeWants);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -2,9 +2,11 @@
 #include "core/terminal/AttachLabels.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkLabels(Input input) {
     using namespace PtyAttach;
     const std::string code(input.line());
     const std::string text(input.rest());
@@ -21,4 +23,8 @@ void Fuzz::target(Input input) {
     require(fill("{code}, {code}.", code) == code + ", " + code + ".");
 }
 
-} // namespace velmo
+const Target labelsTarget("Labels", checkLabels);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -4,13 +4,11 @@
 
 #include "lab/instruments/ScriptParts.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
 using namespace DevTerminal;
-using Fuzz::require;
-
 const std::string home = "/Users/me";
 const std::string attachFolder = "/private/T/velmo-term";
 const std::string executable = "/Applications/A.app/Contents/MacOS/a";
@@ -61,9 +59,7 @@ void requireLimits(const OpenRequest& request) {
         require(!Text::hasControl(word));
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkLauncherOptions(Input input) {
     const auto words = input.words();
     if (const auto focus = parseFocus(words)) {
         require(focus->pid >= 1 && isTty(focus->tty.value_or("/dev/ttys0")));
@@ -75,4 +71,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target launcherOptionsTarget("LauncherOptions", checkLauncherOptions);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -4,9 +4,11 @@
 
 #include <bit>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkMosaicLines(Input input) {
     const auto lines = input.words();
     const auto hotkeys = MosaicHotkey::parseAll(lines);
     require(hotkeys.size() <= lines.size());
@@ -23,4 +25,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target mosaicLinesTarget("MosaicLines", checkMosaicLines);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,9 +1,11 @@
 #include "core/input/MouseClickRequest.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkMouseClicks(Input input) {
     const std::string_view json = input.rest();
     const auto request = MouseClickRequest::parse(json);
     requireSpellingIsIgnored(json, MouseClickRequest::parse, 256);
@@ -14,4 +16,8 @@ void Fuzz::target(Input input) {
     require(request->steps().size() == static_cast<std::size_t>(2 * request->count));
 }
 
-} // namespace velmo
+const Target mouseClicksTarget("MouseClicks", checkMouseClicks);
+
+} // namespace
+
+} // namespace velmo::Fuzz

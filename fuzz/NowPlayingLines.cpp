@@ -3,12 +3,11 @@
 
 #include <cmath>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
 using namespace NowPlayingParse;
-using Fuzz::require;
 
 void requireSeconds(const std::optional<double>& seconds) {
     require(!seconds || (*seconds >= 0 && std::isfinite(*seconds)));
@@ -24,9 +23,7 @@ void requireLimits(const NowPlayingInfo& info) {
     require(JsonDocument::parse(encodeJson(info).value()).has_value());
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkNowPlayingLines(Input input) {
     const std::string_view line = input.rest();
     requireSeconds(number(line));
     if (const auto split = splitStreamTitle(line))
@@ -41,4 +38,8 @@ void Fuzz::target(Input input) {
     require(!fromSpotify || fromMusic);
 }
 
-} // namespace velmo
+const Target nowPlayingLinesTarget("NowPlayingLines", checkNowPlayingLines);
+
+} // namespace
+
+} // namespace velmo::Fuzz

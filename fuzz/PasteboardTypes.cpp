@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The input is the type identifiers that other applications put on the pasteboard, a line each.
-void Fuzz::target(Input input) {
+void checkPasteboardTypes(Input input) {
     using namespace PasteboardPolicy;
     auto types = input.words();
     const bool hidden = isPrivate(types);
@@ -27,4 +29,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target pasteboardTypesTarget("PasteboardTypes", checkPasteboardTypes);
+
+} // namespace
+
+} // namespace velmo::Fuzz

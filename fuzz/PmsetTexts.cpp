@@ -1,10 +1,12 @@
 #include "core/power/SleepSetting.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The first line with the setting decides: lines before it and after it change nothing.
-void Fuzz::target(Input input) {
+void checkPmsetTexts(Input input) {
     const std::string text(input.rest());
     const auto disabled = parseSleepDisabled(text);
     require(parseSleepDisabled("SleepDisabled\nsleep 1\n\t" + text) == disabled);
@@ -12,4 +14,8 @@ void Fuzz::target(Input input) {
     require(parseSleepDisabled(text + "\n SleepDisabled\t0") == disabled.value_or(false));
 }
 
-} // namespace velmo
+const Target pmsetTextsTarget("PmsetTexts", checkPmsetTexts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,9 +1,11 @@
 #include "core/clipboard/PasteboardPolicy.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkPngHeaders(Input input) {
     using namespace PasteboardPolicy;
     const ByteView data = input.restBytes();
     const auto size = pngSize(data);
@@ -15,4 +17,8 @@ void Fuzz::target(Input input) {
     require(std::uint64_t{size->width} * size->height <= pngMaxPixels);
 }
 
-} // namespace velmo
+const Target pngHeadersTarget("PngHeaders", checkPngHeaders);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,6 +1,16 @@
 #include "core/power/PowerDaemonRecord.h"
 #include "fuzz/Fuzz.h"
 
-void velmo::Fuzz::target(Input input) {
+namespace velmo::Fuzz {
+
+namespace {
+
+void checkPowerDaemonRecords(Input input) {
     requireRecord<PowerDaemonRecord>(input.rest());
 }
+
+const Target powerDaemonRecordsTarget("PowerDaemonRecords", checkPowerDaemonRecords);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -2,10 +2,12 @@
 #include "core/windows/WindowPrivacy.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// A private window is recognised however its title is spelt and whatever stands around it.
-void Fuzz::target(Input input) {
+void checkPrivateTitles(Input input) {
     const std::string title(input.rest());
     const bool found = WindowPrivacy::looksPrivate(title);
     require(WindowPrivacy::looksPrivate(Text::lowercased(title)) == found);
@@ -17,4 +19,8 @@ void Fuzz::target(Input input) {
             == WindowPrivacy::isSensitiveApp(Text::lowercased(title)));
 }
 
-} // namespace velmo
+const Target privateTitlesTarget("PrivateTitles", checkPrivateTitles);
+
+} // namespace
+
+} // namespace velmo::Fuzz

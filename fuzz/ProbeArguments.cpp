@@ -7,10 +7,12 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// Every probe reads the same arguments.
-void Fuzz::target(Input input) {
+void checkProbeArguments(Input input) {
     const auto words = input.words();
     if (const auto point = PointerTarget::parse(words)) {
         require(std::max(point->x, point->y) <= PointerTarget::limit);
@@ -32,4 +34,8 @@ void Fuzz::target(Input input) {
     require(arguments.ok == (words.empty() || arguments.ask));
 }
 
-} // namespace velmo
+const Target probeArgumentsTarget("ProbeArguments", checkProbeArguments);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -9,11 +9,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 // NOLINTNEXTLINE(misc-no-recursion): the depth is what is measured.
 std::size_t depthOf(const Value& value) {
@@ -61,10 +59,8 @@ void requireRow(const Value& entry) {
         require(std::isfinite(side));
 }
 
-} // namespace
-
 /// Whatever is in the list, everything that reads one keeps its own promises.
-void Fuzz::target(Input input) {
+void checkPropertyLists(Input input) {
     const std::string_view bytes = input.rest();
     const auto list = PropertyList::parse(bytes);
     require(!list || PropertyListBounds::admits(bytes));
@@ -78,4 +74,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target propertyListsTarget("PropertyLists", checkPropertyLists);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -3,9 +3,11 @@
 
 #include <functional>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkPtyFrames(Input input) {
     ByteView stream;
     const auto decoded = requireSlicingIsIgnored<PtyFrame::Decoder>(input, stream, std::identity());
     Bytes encoded;
@@ -21,4 +23,8 @@ void Fuzz::target(Input input) {
     require(decoded.error || encoded.size() + decoded.buffered == stream.size());
 }
 
-} // namespace velmo
+const Target ptyFramesTarget("PtyFrames", checkPtyFrames);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -3,7 +3,7 @@
 
 #include "lab/instruments/ScriptParts.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
 
@@ -26,13 +26,15 @@ std::optional<std::string> shellWord(std::string_view text) {
     return word;
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkQuotedTexts(Input input) {
     const std::string text(input.rest());
     require(shellWord(DevTerminal::shellQuote(text)) == text);
     const ScriptParts script = readScript(DevTerminal::appleScriptString(text));
     require(script.around == "\"" && script.literals == std::vector{text});
 }
 
-} // namespace velmo
+const Target quotedTextsTarget("QuotedTexts", checkQuotedTexts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,8 +1,9 @@
-/// Stands in for the fuzzer where there is none: hands each file of the folders that it is given to
-/// the target, once. A finding ends the process.
+/// Stands in for the fuzzer where there is none: fuzz_replay TARGET FOLDER hands each file of the
+/// folder to the target, once. A finding ends the process.
+
+#include "fuzz/Fuzz.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,29 +12,30 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace {
 
+using namespace velmo;
 namespace fs = std::filesystem;
 
-void replay(const fs::path& path) {
+void replay(const Fuzz::Target& target, const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
-    const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
     std::cerr << path.filename().string() << '\n'; // the last one named is the finding
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    target.run(bytesOf(bytes));
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<fs::path> folders(argv + 1, argv + argc);
-    std::vector<fs::path> files;
-    for (const fs::path& folder : folders) {
-        for (const auto& entry : fs::directory_iterator(folder))
-            files.push_back(entry.path());
+    const auto* const target = argc == 3 ? Fuzz::Target::find(argv[1]) : nullptr;
+    if (target == nullptr) {
+        std::cerr << "usage: fuzz_replay TARGET FOLDER\n";
+        return EXIT_FAILURE;
     }
+    const fs::directory_iterator folder(argv[2]);
+    std::vector<fs::path> files(begin(folder), end(folder));
     std::ranges::sort(files);
-    std::ranges::for_each(files, replay);
+    for (const fs::path& file : files)
+        replay(*target, file);
     return files.empty() ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkSecrets(Input input) {
     const ByteView given = input.restBytes();
     Bytes raw(given.begin(), given.end());
     const auto secret = SecretRequest::value(raw);
@@ -22,4 +24,8 @@ void Fuzz::target(Input input) {
             && (ending.empty() || ending == "\n" || ending == "\r\n"));
 }
 
-} // namespace velmo
+const Target secretsTarget("Secrets", checkSecrets);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -3,12 +3,14 @@
 
 #include "lab/instruments/SessionWorld.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// Reads what peers send to a session host. Each turn is a byte that says who speaks and how much
 /// follows; a peer is a stranger at one of the two doors, a window or a bridge. Whatever they say,
 /// a window that behaves sees the whole output, and nobody is left once they have gone.
-void Fuzz::target(Input input) {
+void checkSessionPeers(Input input) {
     SessionWorld world;
     const std::string id = world.startShell();
     const auto attach = [&] {
@@ -50,4 +52,8 @@ void Fuzz::target(Input input) {
     require(world.host.isIdle());
 }
 
-} // namespace velmo
+const Target sessionPeersTarget("SessionPeers", checkSessionPeers);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkSignatureBodies(Input input) {
     const std::string_view json = input.rest();
     const auto decode = [](std::string_view text) { return SignatureBody::decode(bytesOf(text)); };
     requireSpellingIsIgnored(json, decode, SignatureBody::maxBytes);
@@ -26,4 +28,8 @@ void Fuzz::target(Input input) {
     require(written.size() > SignatureBody::maxBytes || decode(written) == body);
 }
 
-} // namespace velmo
+const Target signatureBodiesTarget("SignatureBodies", checkSignatureBodies);
+
+} // namespace
+
+} // namespace velmo::Fuzz

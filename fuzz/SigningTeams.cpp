@@ -4,10 +4,12 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The team stands between quotes in a requirement, and must not be able to end them.
-void Fuzz::target(Input input) {
+void checkSigningTeams(Input input) {
     const std::string team(input.rest());
     const auto client = powerClientRequirement(team);
     const auto daemon = powerDaemonRequirement(team);
@@ -20,4 +22,8 @@ void Fuzz::target(Input input) {
         require(Text::isLetter(scalar.value) || Text::isNumber(scalar.value));
 }
 
-} // namespace velmo
+const Target signingTeamsTarget("SigningTeams", checkSigningTeams);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -7,11 +7,9 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 const FakeDisk& disk() {
     static const FakeDisk disk = [] {
@@ -47,10 +45,8 @@ void requireLimits(const SpawnRequest& request) {
     require(Text::isOneOf(name, Pty::shells) || !Pty::isInterpreter(name));
 }
 
-} // namespace
-
 /// The first byte says whether the environment allows the test fixture; then come the words.
-void Fuzz::target(Input input) {
+void checkSpawnWords(Input input) {
     Pty::Environment environment{{"HOME", "/Users/me"}, {"TMPDIR", "/tmp"}};
     const bool test = input.flag();
     if (test)
@@ -74,4 +70,8 @@ void Fuzz::target(Input input) {
     require(Pty::parseSpawn(again, environment, disk()) == request);
 }
 
-} // namespace velmo
+const Target spawnWordsTarget("SpawnWords", checkSpawnWords);
+
+} // namespace
+
+} // namespace velmo::Fuzz

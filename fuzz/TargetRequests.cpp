@@ -5,11 +5,13 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
+
+namespace {
 
 /// The input is the words of a request to kill an application. What is accepted matches the process
 /// that it names, and is read again as the same request.
-void Fuzz::target(Input input) {
+void checkTargetRequests(Input input) {
     const auto request = TargetRequest::parse(input.words());
     if (!request)
         return;
@@ -28,4 +30,8 @@ void Fuzz::target(Input input) {
     require(TargetRequest::parse(words) == request);
 }
 
-} // namespace velmo
+const Target targetRequestsTarget("TargetRequests", checkTargetRequests);
+
+} // namespace
+
+} // namespace velmo::Fuzz

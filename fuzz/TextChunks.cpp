@@ -5,9 +5,11 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkTextChunks(Input input) {
     const std::string text = Text::repaired(input.rest());
     std::string joined;
     std::size_t room = 0; // left in the chunk before, UTF-16 units
@@ -21,4 +23,8 @@ void Fuzz::target(Input input) {
     require(joined == text);
 }
 
-} // namespace velmo
+const Target textChunksTarget("TextChunks", checkTextChunks);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,9 +1,11 @@
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkTexts(Input input) {
     const std::size_t count = input.byte();
     const std::string_view text = input.rest();
     const std::string repaired = Text::repaired(text);
@@ -30,4 +32,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target textsTarget("Texts", checkTexts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

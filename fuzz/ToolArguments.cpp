@@ -3,9 +3,11 @@
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkToolArguments(Input input) {
     const auto words = input.words();
     if (const auto command = ControlCommand::parse(words)) {
         std::vector<std::string> again{std::string(rawText(command->kind))};
@@ -22,4 +24,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target toolArgumentsTarget("ToolArguments", checkToolArguments);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -2,9 +2,11 @@
 #include "core/support/Text.h"
 #include "fuzz/Fuzz.h"
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkTypeTexts(Input input) {
     const std::string_view json = input.rest();
     for (const TypeTextRequest& request : TypeTextRequest::ofText(json))
         require(TypeTextRequest::parse(encodeJson(request).value()) == request);
@@ -20,4 +22,8 @@ void Fuzz::target(Input input) {
     require(TypeTextRequest::parse(encodeJson(*request).value()) == request);
 }
 
-} // namespace velmo
+const Target typeTextsTarget("TypeTexts", checkTypeTexts);
+
+} // namespace
+
+} // namespace velmo::Fuzz

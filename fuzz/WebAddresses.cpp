@@ -5,9 +5,11 @@
 
 #include <algorithm>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
-void Fuzz::target(Input input) {
+namespace {
+
+void checkWebAddresses(Input input) {
     const std::string text(input.rest());
     // For the peer a NUL ends a text.
     require(text.contains('\0') || agreesWithAPeer(text));
@@ -21,4 +23,8 @@ void Fuzz::target(Input input) {
     require(!url || !WebURL::isBundleId(text));
 }
 
-} // namespace velmo
+const Target webAddressesTarget("WebAddresses", checkWebAddresses);
+
+} // namespace
+
+} // namespace velmo::Fuzz

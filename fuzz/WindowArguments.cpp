@@ -8,11 +8,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace velmo {
+namespace velmo::Fuzz {
 
 namespace {
-
-using Fuzz::require;
 
 std::string number(double value) {
     require(value == std::trunc(value) && std::abs(value) <= FrameArgs::limit);
@@ -36,9 +34,7 @@ void requireRoundTrip(const FrameRequest& request) {
     require(AppTarget::parse(std::span(words).first(3)).has_value());
 }
 
-} // namespace
-
-void Fuzz::target(Input input) {
+void checkWindowArguments(Input input) {
     const auto words = input.words();
     if (const auto target = AppTarget::parse(words)) {
         require(target->pid >= 1 && !target->appId.empty() && !Text::hasControl(target->appId));
@@ -56,4 +52,8 @@ void Fuzz::target(Input input) {
     }
 }
 
-} // namespace velmo
+const Target windowArgumentsTarget("WindowArguments", checkWindowArguments);
+
+} // namespace
+
+} // namespace velmo::Fuzz
