@@ -5,7 +5,7 @@
 namespace velmo::DevTerminal {
 
 std::string shellQuote(std::string_view text) {
-    return "'" + Text::replacedAll(text, "'", R"('\'')") + "'";
+    return std::string("'").append(Text::replacedAll(text, "'", R"('\'')")).append("'");
 }
 
 std::string appleScriptString(std::string_view text) {

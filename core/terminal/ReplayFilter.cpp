@@ -108,7 +108,7 @@ std::string shownAgain(const SequenceReader::Sequence& sequence) {
     case Kind::control:
         return isOneOf(controls, sequence.text[0]) ? std::string(sequence.text) : "";
     case Kind::escape:
-        return isAllowedEscape(sequence.text) ? "\033" + std::string(sequence.text) : "";
+        return isAllowedEscape(sequence.text) ? std::string("\033").append(sequence.text) : "";
     case Kind::csi:
         return shownCsi(sequence.text);
     case Kind::osc:

@@ -82,8 +82,8 @@ void TerminalModes::setKeyboard(const Csi& csi) {
             stack.erase(stack.begin());
         stack.push_back(number);
     } else if (csi.marker == "<") {
-        const auto count = static_cast<std::size_t>(std::max(number, 1));
-        stack.resize(stack.size() - std::min(count, stack.size()));
+        const auto count = std::min<std::ptrdiff_t>(std::max(number, 1), std::ssize(stack));
+        stack.erase(stack.end() - count, stack.end());
     } else if (csi.marker == "=" && !stack.empty()) {
         stack.back() = number;
     }
@@ -117,18 +117,21 @@ void TerminalModes::softReset() {
 
 std::string TerminalModes::sequences() const {
     std::string text;
-    const auto csi = [&](std::string_view sequence) { text.append(csiStart).append(sequence); };
+    const auto csi = [&](const auto&... parts) {
+        text += csiStart;
+        ((text += parts), ...);
+    };
     for (std::size_t i = 0; i < ControlSequence::modes.size(); ++i) {
         const ControlSequence::Mode& mode = ControlSequence::modes[i];
         if (state_.unusual[i])
-            csi("?" + std::to_string(mode.number) + (mode.isUsuallySet ? "l" : "h"));
+            csi("?", std::to_string(mode.number), mode.isUsuallySet ? "l" : "h");
     }
     if (state_.inserts)
         csi("4h");
     if (state_.isKeypadOfApplication)
         text.append(esc).append("=");
     for (const std::int32_t flags : state_.keyboard)
-        csi(">" + std::to_string(flags) + "u");
+        csi(">", std::to_string(flags), "u");
     if (!state_.charset.empty())
         text.append(esc).append(state_.charset);
     if (!state_.region.empty())
