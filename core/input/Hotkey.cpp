@@ -10,8 +10,8 @@ namespace {
 
 using Words = std::span<const std::string>;
 
-constexpr std::size_t maxJson = 256; // bytes
-constexpr std::size_t maxWord = 12;  // characters
+constexpr std::size_t maxHotkeyJson = 256; // bytes
+constexpr std::size_t maxWord = 12;        // characters
 
 constexpr bool runsFrom(AnsiKeys group, std::string_view first, std::string_view last) {
     return group.front().name == first && group.back().name == last;
@@ -69,7 +69,7 @@ std::optional<Hotkey> Hotkey::parseArguments(std::span<const std::string> argume
 }
 
 std::optional<Hotkey> Hotkey::parseJson(std::string_view json, bool game) {
-    if (json.size() > maxJson)
+    if (json.size() > maxHotkeyJson)
         return std::nullopt;
     const auto words = decodeJsonText<std::vector<std::string>>(json);
     return words ? parse(*words, game) : std::nullopt;

@@ -4,13 +4,13 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t maxJson = 256; // bytes
+constexpr std::size_t maxMouseClickJson = 256; // bytes
 constexpr std::int64_t maxClicks = 2;
 
 } // namespace
 
 std::optional<MouseClickRequest> MouseClickRequest::parse(std::string_view json) {
-    const auto request = decodeRecordExactly<MouseClickRequest>(json, maxJson);
+    const auto request = decodeRecordExactly<MouseClickRequest>(json, maxMouseClickJson);
     return request && request->count >= 1 && request->count <= maxClicks ? request : std::nullopt;
 }
 

@@ -8,8 +8,8 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t maxJson = 8192; // bytes
-constexpr std::size_t maxText = 500;  // UTF-16 units
+constexpr std::size_t maxTypeTextJson = 8192; // bytes
+constexpr std::size_t maxTypeText = 500;      // UTF-16 units
 
 /// It is enough to look at bytes: in UTF-8, one below 128 is always a character of its own.
 bool isForbidden(char c) {
@@ -20,8 +20,8 @@ bool isForbidden(char c) {
 } // namespace
 
 std::optional<TypeTextRequest> TypeTextRequest::parse(std::string_view json) {
-    auto request = decodeRecordExactly<TypeTextRequest>(json, maxJson);
-    if (!request || request->text.empty() || Text::utf16Length(request->text) > maxText
+    auto request = decodeRecordExactly<TypeTextRequest>(json, maxTypeTextJson);
+    if (!request || request->text.empty() || Text::utf16Length(request->text) > maxTypeText
         || std::ranges::any_of(request->text, isForbidden))
         return std::nullopt;
     return request;
@@ -32,9 +32,9 @@ std::vector<TypeTextRequest> TypeTextRequest::ofText(std::string_view text) {
     std::erase_if(typed, isForbidden);
 
     std::vector<TypeTextRequest> requests;
-    std::size_t units = maxText; // of the last request, UTF-16
+    std::size_t units = maxTypeText; // of the last request, UTF-16
     const auto append = [&](std::string_view piece, std::size_t pieceUnits) {
-        if (units + pieceUnits > maxText) {
+        if (units + pieceUnits > maxTypeText) {
             requests.emplace_back();
             units = 0;
         }
@@ -44,7 +44,7 @@ std::vector<TypeTextRequest> TypeTextRequest::ofText(std::string_view text) {
     for (std::string_view rest = typed; !rest.empty();) {
         const Text::Character next = Text::firstCharacter(rest);
         rest.remove_prefix(next.bytes.size());
-        if (next.utf16Length <= maxText) {
+        if (next.utf16Length <= maxTypeText) {
             append(next.bytes, next.utf16Length);
             continue;
         }

@@ -20,7 +20,7 @@ constexpr bool isControl(std::uint8_t byte) {
     return byte < 0x20;
 }
 
-constexpr bool isPlain(std::uint8_t byte) {
+constexpr bool isPrintableAscii(std::uint8_t byte) {
     return byte >= 0x20 && byte < erase;
 }
 
@@ -49,8 +49,8 @@ bool isC1(std::string_view character) {
 void SequenceReader::read(ByteView bytes, const Sink& sink) {
     while (!bytes.empty()) {
         if (isAtRest()) {
-            const auto plain =
-                static_cast<std::size_t>(std::ranges::find_if_not(bytes, isPlain) - bytes.begin());
+            const auto plain = static_cast<std::size_t>(
+                std::ranges::find_if_not(bytes, isPrintableAscii) - bytes.begin());
             if (plain > 0)
                 sink({.kind = Kind::text, .text = textOf(bytes.first(plain))});
             bytes = bytes.subspan(plain);
@@ -144,7 +144,7 @@ void SequenceReader::takeInGround(std::uint8_t byte, const Sink& sink) {
         begin(State::escape);
     } else if (isControl(byte)) {
         sink({.kind = Kind::control, .text = {&text, 1}});
-    } else if (isPlain(byte)) {
+    } else if (isPrintableAscii(byte)) {
         sink({.kind = Kind::text, .text = {&text, 1}});
     } else if (const std::size_t length = lengthOfCharacter(byte); length > 0) {
         begin(State::character);

@@ -12,7 +12,7 @@ namespace velmo {
 namespace {
 
 constexpr std::int64_t maxPort = 65535;
-constexpr std::size_t maxTarget = 253; ///< bytes: the longest name of the DNS
+constexpr std::size_t maxSshTarget = 253; ///< bytes: the longest name of the DNS
 
 struct Target {
     std::optional<std::string_view> user;
@@ -55,7 +55,7 @@ std::optional<int> DevTerminal::sshPort(std::string_view text) {
 
 bool Pty::isSshTarget(std::string_view text) {
     const Target target = split(text);
-    return text.size() <= maxTarget && !text.starts_with('-')
+    return text.size() <= maxSshTarget && !text.starts_with('-')
            && (!target.user || isName(*target.user)) && isNameOrLiteral(target.host);
 }
 

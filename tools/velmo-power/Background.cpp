@@ -19,13 +19,13 @@ namespace velmo {
 
 namespace {
 
-constexpr std::string_view option = "--ready-descriptor";
+constexpr std::string_view readyOption = "--ready-descriptor";
 
 } // namespace
 
 int holdInBackground(const ProcessBirth& birth, std::span<const std::string_view> arguments) {
     auto ready = makePipe();
-    std::vector<std::string> words{ownExecutable().string(), std::string(option)};
+    std::vector<std::string> words{ownExecutable().string(), std::string(readyOption)};
     if (ready) {
         words.push_back(std::to_string(ready->writeEnd.get()));
         words.insert(words.end(), arguments.begin(), arguments.end());
@@ -45,7 +45,7 @@ int holdInBackground(const ProcessBirth& birth, std::span<const std::string_view
 }
 
 std::optional<int> takeReadyDescriptor(std::vector<std::string_view>& arguments) {
-    if (arguments.size() < 2 || arguments.front() != option)
+    if (arguments.size() < 2 || arguments.front() != readyOption)
         return std::nullopt;
     const auto descriptor = Decimal::parseUnsigned<int>(arguments[1]);
     arguments.erase(arguments.begin(), arguments.begin() + 2);

@@ -5,17 +5,10 @@
 #include "client/HoldKeeper.h"
 #include <asio/steady_timer.hpp>
 
-#include <chrono>
 #include <optional>
 #include <utility>
 
 namespace velmo {
-
-namespace {
-
-constexpr std::chrono::seconds untilWaitIsTold(2);
-
-} // namespace
 
 template<class T, class Call>
 Conversation::Answer<T> Conversation::ask(const Call& call) {
@@ -33,7 +26,7 @@ Conversation::Answer<T> Conversation::ask(const Call& call) {
         answer = std::move(value);
         context_.stop();
     });
-    asio::steady_timer telling(context_, untilWaitIsTold);
+    asio::steady_timer telling(context_, Clocks::duration(untilWaitIsTold));
     telling.async_wait([this](const std::error_code& aborted) {
         if (!aborted)
             say_("waiting for the power daemon to answer");

@@ -14,9 +14,11 @@
 namespace velmo {
 
 /// Asks the power daemon one thing after the other and waits for each answer, but not for ever:
-/// what is waited for is said after 2 seconds, and a silent daemon is given up after 30.
+/// what is waited for is said after `untilWaitIsTold`, and a silent daemon is given up after 30.
 class Conversation {
 public:
+    static constexpr double untilWaitIsTold = 2.0; ///< seconds
+
     enum class Failure {
         unreachable, ///< no daemon can be reached
         gone,        ///< it went away without an answer

@@ -5,6 +5,7 @@
 #include "platform/posix/Io.h"
 #include "platform/posix/ProcessEnd.h"
 #include "platform/posix/UserCommand.h"
+#include "tools/velmo-power/Conversation.h"
 #include "tools/velmo-power/ExitStatus.h"
 
 #include "machine/PowerReadings.h"
@@ -26,7 +27,6 @@ namespace velmo {
 namespace {
 
 constexpr double tickInterval = 1.0;    ///< seconds
-constexpr double untilWaitIsTold = 2.0; ///< seconds
 constexpr double displayOffDelay = 1.0; ///< seconds that the lid is shut
 /// A second signal within this time is the same one once more, as `timeout` sends it to the whole
 /// group; later it means not to wait any longer.
@@ -85,7 +85,7 @@ int HoldCommand::run() {
     }
     signalEnd_.assign(::dup(signals_.descriptor()));
     waitForSignals();
-    after(untilWaitIsTold, [this] {
+    after(Conversation::untilWaitIsTold, [this] {
         if (keeper_.status().state == HoldKeeper::State::connecting && !exitStatus_ && !awakeSince_)
             say("waiting for the power daemon to answer");
     });
@@ -403,7 +403,8 @@ void HoldCommand::finish(int exitStatus) {
         context_.stop();
         return;
     }
-    after(untilWaitIsTold, [this] { say("waiting for the power daemon to enable sleep again"); });
+    after(Conversation::untilWaitIsTold,
+          [this] { say("waiting for the power daemon to enable sleep again"); });
     if (!wantsHold_)
         return;
     keeper_.stop([this](HoldKeeper::Outcome outcome) { keeperStopped(outcome); });

@@ -31,8 +31,8 @@ namespace {
 
 using namespace PtyAttach;
 
-constexpr std::size_t maxRead = std::size_t{1} << 18; // bytes of output at once
-constexpr std::size_t maxTyped = 4096;                // bytes of keys at once
+constexpr std::size_t maxOutput = std::size_t{1} << 18; // bytes of output at once
+constexpr std::size_t maxTyped = 4096;                  // bytes of keys at once
 constexpr std::string_view badMessage = "bad-message";
 
 /// How a view ended.
@@ -66,7 +66,7 @@ public:
           display_(openDisplay()),
           signals_(signals),
           terminal_(terminal),
-          room_(maxRead) {
+          room_(maxOutput) {
         const int flags = ::fcntl(host_.get(), F_GETFL);
         ::fcntl(host_.get(), F_SETFL, flags | O_NONBLOCK);
     }

@@ -20,7 +20,7 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t maxRead = std::size_t{1} << 16; // bytes
+constexpr std::size_t maxInput = std::size_t{1} << 16; // bytes
 
 /// Reads the exit code off the frames that pass.
 class ExitWatch {
@@ -65,7 +65,7 @@ int stream(const std::string& session) {
     watch.look(bytesOf(host->rest()));
     if (!writeAll(STDOUT_FILENO, host->rest()))
         return SessionExit::success;
-    std::vector<std::uint8_t> room(maxRead);
+    std::vector<std::uint8_t> room(maxInput);
     bool inputIsOpen = true;
     while (true) {
         std::array<pollfd, 2> watched{

@@ -9,11 +9,11 @@ namespace velmo {
 namespace {
 
 TEST(MosaicHotkey, OffersLettersDigitsAndAFewOtherKeys) {
-    const Strings others = words("tab space left right down up");
+    const Strings otherKeys = words("tab space left right down up");
     for (const AnsiKey& key : Hotkey::ansiKeyCodes) {
         const std::string name(key.name);
         const bool isOffered = (name.size() == 1 && Ascii::isLetterOrDigit(name[0]))
-                               || std::ranges::count(others, name) == 1;
+                               || std::ranges::count(otherKeys, name) == 1;
         const auto hotkey = MosaicHotkey::parse("side=ctrl+alt+" + name);
         EXPECT_TRUE(isOffered ? hotkey && hotkey->keyCode == key.code : !hotkey) << name;
     }

@@ -15,8 +15,6 @@ namespace {
 using namespace std::literals;
 using Dictionary = Value::Dictionary;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 /// The least that makes a row, with one member replaced.
 Dictionary entry(const std::string& name = "", const Value& value = {}) {
     Dictionary bounds{{"X", -1}, {"Y", 2.5}, {"Width", 800}, {"Height", 600}};
@@ -48,8 +46,8 @@ TEST(CGWindowRow, IsNoneWithoutNumberOwnerAndPlace) {
         {"kCGWindowOwnerPID", {Value(), 0, -1, 2147483648, 4294967305, "9", true}},
         {"kCGWindowBounds", {Value(), "bounds", Dictionary{}, Value::Array{1, 2, 3, 4}}},
         {"X", {Value(), "1", true, std::nan("")}},
-        {"Y", {Value(), -infinity}},
-        {"Width", {Value(), infinity}},
+        {"Y", {Value(), -HUGE_VAL}},
+        {"Width", {Value(), HUGE_VAL}},
         {"Height", {Value(), Dictionary{}}}};
     for (const auto& [name, values] : refused) {
         for (const Value& value : values)

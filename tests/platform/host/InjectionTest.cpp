@@ -75,10 +75,10 @@ TEST(Injection, AToolRunsInTheFolderThatWasAskedFor) {
     const TemporaryFolder temporary;
     const fs::path root = fs::canonical(temporary.path());
     for (const std::string& text : hostile) {
-        const std::string name = Text::replacedAll(text, "/", "_") + "x";
-        const fs::path folder = root / name;
+        const std::string odd = Text::replacedAll(text, "/", "_") + "x";
+        const fs::path folder = root / odd;
         fs::create_directory(folder);
-        const fs::path tool = root / (name + "-tool");
+        const fs::path tool = root / (odd + "-tool");
         std::ofstream(tool) << "#!/bin/sh\npwd\nprintf '%s of %s\\n' $# \"$0\"\n";
         fs::permissions(tool, fs::perms::owner_all);
         EXPECT_EQ(outputOfShell(shellCommand({.cwd = folder.string(),
