@@ -3,7 +3,7 @@
 
 add_library(velmo_flags INTERFACE)
 target_compile_options(velmo_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     # Designated initialisers leave out what has a default.
     -Wno-missing-field-initializers
     $<$<CONFIG:Debug>:-D_GLIBCXX_ASSERTIONS>)
