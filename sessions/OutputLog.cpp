@@ -1,6 +1,7 @@
 #include "sessions/OutputLog.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace velmo {
 
@@ -29,9 +30,9 @@ OutputLog::Start OutputLog::replayStart() const {
     Position position = begin_;
     while (position < end_) {
         const ByteView piece = at(position, kept);
-        const auto line = std::ranges::find(piece, std::uint8_t{'\n'});
-        const bool endsLine = line != piece.end();
-        const auto length = static_cast<std::size_t>(line - piece.begin()) + (endsLine ? 1 : 0);
+        const std::size_t line = textOf(piece).find('\n');
+        const bool endsLine = line != std::string_view::npos;
+        const std::size_t length = endsLine ? line + 1 : piece.size();
         modes.follow(piece.first(length));
         position += length;
         if (endsLine && modes.isAtRest())

@@ -20,9 +20,11 @@ public:
     /// How many things may go wrong at once; beyond that the first option is the only one.
     static constexpr int maxFaults = 2;
 
-    Choices() = default;
-
-    explicit Choices(Script script) : script_(std::move(script)) {}
+    /// Starts over, along another script.
+    void follow(const Script& script) {
+        script_ = script;
+        begin();
+    }
 
     /// Returns an index into the options. The first is what happens when nothing is wrong.
     std::size_t choose(std::initializer_list<std::string_view> options) {
@@ -32,15 +34,31 @@ public:
         asked_.push_back(faults_ < maxFaults ? static_cast<std::uint8_t>(options.size()) : 1);
         if (taken != 0) {
             ++faults_;
-            story_.append(story_.empty() ? "" : ", ").append(options.begin()[taken]);
+            if (!options.begin()[taken].empty())
+                told_.push_back(options.begin()[taken]);
         }
         return taken;
     }
 
     [[nodiscard]] const Script& script() const { return script_; }
 
+    /// Tells whether no earlier run has come by here, and something may still go wrong.
+    [[nodiscard]] bool isNewGround() const {
+        return asked_.size() >= followed_ && faults_ < maxFaults;
+    }
+
+    [[nodiscard]] std::size_t asked() const { return asked_.size(); }
+
+    /// Tells whether nothing went wrong.
+    [[nodiscard]] bool isUneventful() const { return told_.empty(); }
+
     /// What went wrong, in words; empty when nothing did.
-    [[nodiscard]] const std::string& story() const { return story_; }
+    [[nodiscard]] std::string story() const {
+        std::string story;
+        for (const std::string_view each : told_)
+            story.append(story.empty() ? "" : ", ").append(each);
+        return story;
+    }
 
     /// Turns to the next combination; false when this was the last.
     bool next() {
@@ -51,16 +69,22 @@ public:
         if (script_.empty())
             return false;
         ++script_.back();
-        asked_.clear();
-        story_.clear();
-        faults_ = 0;
+        begin();
         return true;
     }
 
 private:
+    void begin() {
+        followed_ = script_.size();
+        asked_.clear();
+        told_.clear();
+        faults_ = 0;
+    }
+
     Script script_;
-    std::vector<std::uint8_t> asked_; ///< how many options each question had
-    std::string story_;
+    std::size_t followed_ = 0;           ///< choices of the script that were made before this run
+    std::vector<std::uint8_t> asked_;    ///< how many options each question had
+    std::vector<std::string_view> told_; ///< what was taken where something went wrong
     int faults_ = 0;
 };
 

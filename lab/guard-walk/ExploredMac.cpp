@@ -4,6 +4,7 @@
 #include "daemon/Session.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace velmo {
@@ -143,18 +144,28 @@ void ExploredMac::run(Event event, Choices& choices) {
         happen(event);
     } catch (const Killed&) {
         trapped_ = false; // what is owed is not on the disk
-        process_.reset();
+        bury();
     } catch (const Ended&) {
         checkEnd();
-        process_.reset();
+        bury();
     }
-    if (!process_)
-        clients_ = {};
     // What is owed is promised only as long as nothing else is wrong.
     trapped_ = trapped_ && !isDisturbed();
     checkRest();
     checkTelling(event);
     choices_ = nullptr;
+}
+
+void ExploredMac::run(Event event, Choices& choices, const OnKill& onKill) {
+    onKill_ = &onKill;
+    run(event, choices);
+    onKill_ = nullptr;
+}
+
+void ExploredMac::bury() {
+    process_.reset();
+    clients_ = {};
+    isTold_ = false;
 }
 
 void ExploredMac::happen(Event event) {
@@ -367,15 +378,39 @@ std::size_t ExploredMac::ask(Part part, std::initializer_list<std::string_view> 
 /// Does something to the Mac; the second option is to be killed just before, the third just after.
 void ExploredMac::affect(std::initializer_list<std::string_view> options,
                          const std::function<void()>& effect) {
+    enum : std::uint8_t { before = 1, after };
+
     if (isAsking_)
         violate("a report does something to the Mac");
-    const std::size_t killed = choices_->choose(options);
-    if (killed == 1)
+    const std::size_t question = choices_->asked();
+    showKilled(question, before);
+    const std::size_t killed = onKill_ ? choices_->choose({""}) : choices_->choose(options);
+    if (killed == before)
         throw Killed{};
     effect();
     checkMoment();
-    if (killed == 2)
+    showKilled(question, after);
+    if (killed == after)
         throw Killed{};
+}
+
+/// Shows the Mac as it is if the daemon is killed now, and then goes on as if nothing had happened.
+void ExploredMac::showKilled(std::size_t question, std::uint8_t when) {
+    if (!onKill_ || !choices_->isNewGround())
+        return;
+    auto process = std::move(process_);
+    auto clients = std::move(clients_);
+    const auto kept = std::tuple(trapped_, isTold_, loss_, violation_);
+    trapped_ = false;
+    bury();
+    checkRest();
+    Choices::Script script = choices_->script();
+    script.resize(std::max(script.size(), question + 1));
+    script[question] = when;
+    (*onKill_)(*this, std::move(script));
+    std::tie(trapped_, isTold_, loss_, violation_) = kept;
+    process_ = std::move(process);
+    clients_ = std::move(clients);
 }
 
 std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
@@ -550,7 +585,7 @@ void ExploredMac::checkRest() {
 
 /// Of a daemon that ends by itself where nothing has gone wrong.
 void ExploredMac::checkEnd() {
-    if (choices_->story().empty() && !lasting_ && !late_ && sleepDisabled_ != before_)
+    if (choices_->isUneventful() && !lasting_ && !late_ && sleepDisabled_ != before_)
         violate("the daemon ended without having put the setting back");
 }
 

@@ -81,7 +81,15 @@ public:
     ExploredMac& operator=(const ExploredMac&) = delete;
 
     [[nodiscard]] bool possible(Event event) const;
+
     void run(Event event, Choices& choices);
+
+    /// Is told of a Mac on which the daemon was killed, and of the choices that lead there.
+    using OnKill = std::function<void(const ExploredMac& mac, Choices::Script script)>;
+
+    /// The same for a run that goes on wherever the daemon might be killed, and shows the Mac as it
+    /// would be then: all that lives on is the Mac, so that no run of its own is needed for that.
+    void run(Event event, Choices& choices, const OnKill& onKill);
 
     /// Nothing is wrong any longer, everybody goes, and the daemon runs until it ends.
     void settle();
@@ -175,6 +183,8 @@ private:
     std::size_t ask(Part part, std::initializer_list<std::string_view> options);
     void affect(std::initializer_list<std::string_view> options,
                 const std::function<void()>& effect);
+    void showKilled(std::size_t question, std::uint8_t when);
+    void bury();
     void set(bool sleepDisabled, bool late);
     void land();
 
@@ -214,6 +224,7 @@ private:
     Loss loss_ = Loss::none;
 
     Choices* choices_ = nullptr; ///< none: nothing goes wrong
+    const OnKill* onKill_ = nullptr;
     /// How each part behaves, found out when first asked for and then kept for the event.
     std::array<std::optional<std::size_t>, parts> surroundings_;
 

@@ -56,52 +56,68 @@ private:
         Step step; ///< that led here from the parent
     };
 
+    using Way = std::vector<std::size_t>; ///< states, from the second on
+
     void expand(std::size_t state) {
+        const auto passed = way(state);
+        ExploredMac there(sleepDisabled_, aspect_, flaw_);
+        arrive(passed, there);
         for (const Event event : events()) {
-            Choices choices;
-            do {
-                ExploredMac mac(sleepDisabled_, aspect_, flaw_);
-                arrive(state, mac);
-                if (!mac.possible(event))
-                    break;
-                mac.run(event, choices);
-                ++paths_;
-                visit(mac, state, {.event = event, .script = choices.script()});
-                if (!finding_.empty())
-                    return;
-            } while (choices.next());
+            if (there.possible(event))
+                expand(state, passed, event);
+            if (!finding_.empty())
+                return;
         }
+    }
+
+    void expand(std::size_t state, const Way& passed, Event event) {
+        const auto reach = [&](const ExploredMac& mac, Choices::Script script) {
+            ++paths_;
+            visit(mac, state, {.event = event, .script = std::move(script)});
+        };
+        Choices choices;
+        do {
+            ExploredMac mac(sleepDisabled_, aspect_, flaw_);
+            arrive(passed, mac);
+            mac.run(event, choices, reach);
+            if (!mac.violation().empty())
+                finding_.clear(); // the shorter story, without a kill on top
+            reach(mac, choices.script());
+        } while (finding_.empty() && choices.next());
     }
 
     void visit(const ExploredMac& reached, std::size_t parent, Step step) {
         const bool fresh = seen_.emplace(reached.key(), states_.size()).second;
-        if (!fresh && reached.violation().empty())
+        if ((!fresh && reached.violation().empty()) || !finding_.empty())
             return;
         const std::size_t depth = states_.empty() ? 0 : states_[parent].depth + 1;
         ++losses_.at(std::to_underlying(reached.loss()));
         states_.push_back({.parent = parent, .depth = depth, .step = std::move(step)});
         ExploredMac mac(sleepDisabled_, aspect_, flaw_);
-        arrive(states_.size() - 1, mac);
+        arrive(way(states_.size() - 1), mac);
+        if (mac.key() != reached.key() || mac.violation() != reached.violation())
+            finding_ = story(states_.size() - 1) + ": leads elsewhere the second time";
         if (mac.violation().empty() && mac.loss() == ExploredMac::Loss::none)
             mac.settle();
         if (!mac.violation().empty())
             finding_ = story(states_.size() - 1) + ": " + mac.violation();
     }
 
-    /// Takes a new Mac to the state; the story of how is told where one is wanted.
-    void arrive(std::size_t state, ExploredMac& mac, std::string* story = nullptr) const {
-        for (const std::size_t passed : way(state)) {
+    /// Takes a new Mac along the way; the story of how is told where one is wanted.
+    void arrive(const Way& way, ExploredMac& mac, std::string* story = nullptr) const {
+        Choices choices;
+        for (const std::size_t passed : way) {
             const Step& step = states_[passed].step;
-            Choices choices(step.script);
+            choices.follow(step.script);
             mac.run(step.event, choices);
             if (story)
                 *story += "; " + step.event.name()
-                          + (choices.story().empty() ? "" : " (" + choices.story() + ")");
+                          + (choices.isUneventful() ? "" : " (" + choices.story() + ")");
         }
     }
 
-    [[nodiscard]] std::vector<std::size_t> way(std::size_t state) const {
-        std::vector<std::size_t> way;
+    [[nodiscard]] Way way(std::size_t state) const {
+        Way way;
         for (; state != 0; state = states_[state].parent)
             way.push_back(state);
         std::ranges::reverse(way);
@@ -111,7 +127,7 @@ private:
     [[nodiscard]] std::string story(std::size_t state) const {
         ExploredMac mac(sleepDisabled_, aspect_, flaw_);
         std::string story = sleepDisabled_ ? "sleep disabled" : "sleep enabled";
-        arrive(state, mac, &story);
+        arrive(way(state), mac, &story);
         return story;
     }
 

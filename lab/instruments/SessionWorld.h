@@ -22,7 +22,7 @@ public:
 
     [[nodiscard]] Output read(std::span<std::uint8_t> room) override {
         const std::size_t count = std::min({room.size(), output.size(), mostAtOnce});
-        std::ranges::copy(output.substr(0, count), room.begin());
+        output.copy(reinterpret_cast<char*>(room.data()), count);
         output.erase(0, count);
         return {.bytes = count, .isOver = count == 0 && isOver};
     }

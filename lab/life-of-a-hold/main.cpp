@@ -34,12 +34,17 @@ namespace fs = std::filesystem;
 
 class Play {
 public:
-    explicit Play(const fs::path& folder) : programs_(ownExecutable().parent_path()), mac_(folder) {
-        if (!mac_.create(programs_ / "simulated-pmset"))
+    explicit Play(const fs::path& folder)
+        : programs_(ownExecutable().parent_path()),
+          mac_(folder / "mac"),
+          idleMac_(folder / "idle") {
+        if (!mac_.create(programs_ / "simulated-pmset")
+            || !idleMac_.create(programs_ / "simulated-pmset"))
             throw std::runtime_error("can't write into " + folder.string());
     }
 
     void run() {
+        daemonHasNothingToDo();
         holdAndHeartbeat();
         secondClientRides();
         lidIsShutAndBatteryFallsBelowTheFloor();
@@ -60,14 +65,17 @@ private:
             [margin](const std::string& line) { say(margin + line); });
     }
 
-    void startDaemon() {
-        const auto socket = mac_.socket(powerDaemonMachService);
+    void startDaemon() { daemon_ = startDaemon(mac_); }
+
+    Process startDaemon(const MacFolder& mac) {
+        const auto socket = mac.socket(powerDaemonMachService);
         fs::remove(socket);
-        const std::string folder = mac_.root().string();
-        daemon_ = start("VelmoPowerDaemonSimulated", {folder}, "  | ");
+        const std::string folder = mac.root().string();
+        auto daemon = start("VelmoPowerDaemonSimulated", {folder}, "  | ");
         for (int i = 0; i < 2000 && !fs::exists(socket); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         require(fs::exists(socket), "the daemon listens");
+        return daemon;
     }
 
     Process startClient() {
@@ -84,9 +92,11 @@ private:
         require(daemon_->waitForLine(text), "the daemon's log says: " + text);
     }
 
-    void expectHeld(bool held) {
-        const auto record = mac_.inside("/var/db/velmo/power-daemon.json");
-        require(mac_.load()->preference() == held,
+    void expectHeld(bool held) { expectHeld(mac_, held); }
+
+    static void expectHeld(const MacFolder& mac, bool held) {
+        const auto record = mac.inside("/var/db/velmo/power-daemon.json");
+        require(mac.load()->preference() == held,
                 held ? "sleep is disabled" : "sleep is enabled again");
         require(fs::exists(record) == held,
                 held ? "the record is on disk" : "no record is left on disk");
@@ -94,6 +104,14 @@ private:
 
     static void expectHold(const Process& client) {
         require(client->waitForLine("holding"), "the client holds");
+    }
+
+    /// The daemon looks every 5 seconds; the play goes on meanwhile.
+    void daemonHasNothingToDo() {
+        say("On another Mac a daemon starts and has nothing to do, and a minute passes there.");
+        idleDaemon_ = startDaemon(idleMac_);
+        require(idleMac_.update([](SimulatedMac& mac) { mac.elapsed += 61; }),
+                "the machine file is changed");
     }
 
     void holdAndHeartbeat() {
@@ -222,18 +240,18 @@ private:
     }
 
     void daemonExitsWhenIdle() {
-        say("Started once more, the daemon has nothing to do, and a minute passes on the Mac.");
-        startDaemon();
-        change([](SimulatedMac& mac) { mac.elapsed += 61; });
-        require(daemon_->waitForEnd() == 0, "the daemon ends by itself with status 0");
-        expectHeld(false);
+        say("And the daemon of the other Mac, where nobody has asked for anything?");
+        require(idleDaemon_->waitForEnd() == 0, "the daemon has ended by itself with status 0");
+        expectHeld(idleMac_, false);
     }
 
     fs::path programs_;
     MacFolder mac_;
+    MacFolder idleMac_;
     asio::io_context context_;
     std::shared_ptr<SocketClient> host_;
     Process daemon_;
+    Process idleDaemon_;
     Process client_;
 };
 

@@ -1,8 +1,7 @@
 #!/bin/sh
 # Stands in for a Mac's tools on any POSIX system, under whose names it is linked to: it plays them
 # on the Mac in the folder $MAC_TOOLS as far as the scripts of packaging/macos go, and writes down
-# every call in $MAC_TOOLS/calls, one a line. The call whose number is $FAIL fails. $REAL_PATH leads to
-# the real tools.
+# every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
 #
 #     root/       the file system, for DESTDIR
 #     sleep       the sleep setting, 0 or 1
@@ -12,8 +11,10 @@
 #     clock       seconds that scripts have slept
 #     property    what the power service says of the sleep setting: it follows after $LATE readings
 #     holder      process id of the client that has the hold
+#     left        the call that many calls from now fails
 #
-# With HANGS set, the daemon ignores SIGTERM; with DEAF set, pmset changes nothing.
+# With HANGS set, the daemon ignores SIGTERM; with DEAF set, pmset changes nothing, and a reading of
+# the property takes half a second, for scripts read it again and again until it follows.
 #
 # An executable is a text file; lines in it that begin with "# " are what codesign, otool and xattr
 # say of it: "# Identifier=", "# TeamIdentifier=", "# Loads=", "# Marked=".
@@ -23,16 +24,19 @@ mac=$MAC_TOOLS
 tool=${0##*/}
 PATH=$REAL_PATH
 echo "$tool $*" >>"$mac/calls"
-if [ -n "${FAIL:-}" ] && [ "$(wc -l <"$mac/calls")" -eq "$FAIL" ]; then
-    echo "$tool: made to fail" >&2
-    exit 1
+if [ -e "$mac/left" ]; then
+    read -r left <"$mac/left" && echo $((left - 1)) >"$mac/left"
+    if [ "$left" -eq 1 ]; then
+        echo "$tool: made to fail" >&2
+        exit 1
+    fi
 fi
 
 label=io.velmo.host.power
 log=$mac/root/var/log/$label.log
 record=$mac/root/var/db/velmo/power-daemon.json
 last() { for word in "$@"; do :; done && echo "$word"; }
-fact() { sed -n "s/^# $1=//p" "$2"; }
+fact() { while read -r line; do case $line in "# $1="*) echo "${line#*=}" ;; esac; done <"$2"; }
 say() { echo "VelmoPowerDaemon: $1" >>"$log"; }
 
 # What the daemon does at its start.
@@ -132,6 +136,7 @@ play_codesign() {
 }
 
 play_ioreg() {
+    [ -z "${DEAF:-}" ] || sleep 0.5
     read -r says <"$mac/property"
     read -r readings <"$mac/readings"
     readings=$((readings + 1))

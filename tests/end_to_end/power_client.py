@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """velmo-power as people use it: against the daemon of a simulated Mac, with real commands, signals,
-terminals and streams. power_client.py PROGRAMS [unittest's arguments]; the random words come from
-VELMO_SEED."""
+terminals and streams. power_client.py PROGRAMS [unittest's arguments]; the tests of one class run at
+once. The random words come from VELMO_SEED."""
 
 import fcntl
 import itertools
@@ -685,6 +685,16 @@ class Pages(unittest.TestCase):
         self.assertEqual(self.complete("velmo-power", "hold", "--", "make", "--h"), ["command", "3"])
 
 
+def run_at_once(subject):
+    """Each test in a process of its own: what they do is wait, most of the time."""
+    names = unittest.defaultTestLoader.getTestCaseNames(globals()[subject])
+    tests = [subprocess.Popen([sys.executable, __file__, PROGRAMS, f"{subject}.{name}"])
+             for name in names]
+    return any([test.wait() != 0 for test in tests])
+
+
 if __name__ == "__main__":
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    if len(sys.argv) == 2 and sys.argv[1] in globals():
+        sys.exit(run_at_once(sys.argv[1]))
     unittest.main(verbosity=2, warnings="ignore")

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the scripts of packaging/macos with stand-ins for a Mac's tools."""
+"""Runs the scripts of packaging/macos with stand-ins for a Mac's tools; with a name, the tests of
+that class only."""
 
 import os
 import pathlib
@@ -68,10 +69,13 @@ class Mac:
 
     def run(self, script, *arguments, fail=None, **environment):
         self.put("calls", "")
+        (self.folder / "left").unlink(missing_ok=True)
+        if fail:
+            self.put("left", f"{fail}\n")
         return subprocess.run(
             [SCRIPTS / script, *map(str, arguments)], capture_output=True, text=True, cwd=self.folder,
             env={"PATH": f"{self.folder}/bin:{os.environ['PATH']}", "REAL_PATH": os.environ["PATH"],
-                 "MAC_TOOLS": str(self.folder), "DESTDIR": str(self.folder / "root"), "FAIL": str(fail or ""), **environment})
+                 "MAC_TOOLS": str(self.folder), "DESTDIR": str(self.folder / "root"), **environment})
 
     def calls(self):
         return self.get("calls").splitlines()
@@ -106,38 +110,43 @@ class ScriptsTest(unittest.TestCase):
         self.assertIsNone(mac.get("disabled"))
         self.assertEqual([path.name for path in (mac.folder / "root/Library").glob("Velmo*")], [])
 
-    def test_installing_is_done_whole_or_not_at_all_whichever_step_fails(self):
-        for before, bin_mode, every_step in (
-                (Mac, 0o755, True), (lambda folder: Mac(folder).with_older(loaded=True), 0o775, True),
-                (lambda folder: Mac(folder).with_older(loaded=False), 0o775, False)):
-            def fresh():
-                folder = tempfile.TemporaryDirectory()
-                self.addCleanup(folder.cleanup)
-                return before(folder.name)
 
-            mac = fresh()
-            done = mac.run("install", "built")
-            self.assertEqual(done.returncode, 0, done.stderr)
-            self.assertInstalled(mac)
-            self.assertEqual((mac.folder / "root/usr/local/bin").stat().st_mode & 0o777, bin_mode)
-            calls = mac.calls()
-            failures = 0
-            first_change = next(i for i, call in enumerate(calls, 1) if "bootout" in call)
-            for number in range(first_change if every_step else len(calls) - 1, len(calls) + 1):
-                call = calls[number - 1]
-                with self.subTest(fails=call):
-                    mac = fresh()
-                    as_it_was = mac.state()
-                    done = mac.run("install", "built", fail=number)
-                    if done.returncode == 0:
-                        self.assertRegex(call, "^(launchctl (bootout|print) |rm -rf )")
-                        if not call.startswith("rm"):
-                            self.assertInstalled(mac)
-                    else:
-                        failures += 1
-                        self.assertEqual(mac.state(), as_it_was, done.stderr)
-            self.assertGreaterEqual(failures, 8 if every_step else 1, calls)
+class Installing(ScriptsTest):
+    def assertDoneWholeOrNotAtAll(self, fresh, bin_mode, every_step):
+        mac = fresh()
+        done = mac.run("install", "built")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertInstalled(mac)
+        self.assertEqual((mac.folder / "root/usr/local/bin").stat().st_mode & 0o777, bin_mode)
+        calls = mac.calls()
+        failures = 0
+        first_change = next(i for i, call in enumerate(calls, 1) if "bootout" in call)
+        for number in range(first_change if every_step else len(calls) - 1, len(calls) + 1):
+            call = calls[number - 1]
+            with self.subTest(fails=call):
+                mac = fresh()
+                as_it_was = mac.state()
+                done = mac.run("install", "built", fail=number)
+                if done.returncode == 0:
+                    self.assertRegex(call, "^(launchctl (bootout|print) |rm -rf )")
+                    if not call.startswith("rm"):
+                        self.assertInstalled(mac)
+                else:
+                    failures += 1
+                    self.assertEqual(mac.state(), as_it_was, done.stderr)
+        self.assertGreaterEqual(failures, 8 if every_step else 1, calls)
 
+    def test_a_first_installation_is_done_whole_or_not_at_all_whichever_step_fails(self):
+        self.assertDoneWholeOrNotAtAll(self.mac, bin_mode=0o755, every_step=True)
+
+    def test_an_update_is_done_whole_or_not_at_all_whichever_step_fails(self):
+        self.assertDoneWholeOrNotAtAll(lambda: self.mac().with_older(loaded=True), bin_mode=0o775, every_step=True)
+
+    def test_an_update_of_what_is_disabled_leaves_it_disabled_if_the_last_steps_fail(self):
+        self.assertDoneWholeOrNotAtAll(lambda: self.mac().with_older(loaded=False), bin_mode=0o775, every_step=False)
+
+
+class Others(ScriptsTest):
     def test_what_the_other_side_would_refuse_is_not_installed(self):
         signed = {"daemon_signed": "VelmoPowerDaemon TEAM1", "client_signed": "VelmoHelper TEAM1"}
         for change, complaint in (
