@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session soak test bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
+.PHONY: run run-session soak test check bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -27,6 +27,12 @@ test:
 	@scripts/setup build test
 	@scripts/build debug all
 	@ctest --preset debug
+
+# All tests but those that take seconds each.
+check:
+	@scripts/setup build test
+	@scripts/build debug all
+	@ctest --preset debug --label-exclude slow
 
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
