@@ -67,7 +67,9 @@ public:
         for (const std::string& path : lists_) {
             plist_t list = nullptr;
             const std::string bytes = PropertyList::readFile(path).value_or("");
-            plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
+            const auto size = static_cast<std::uint32_t>(bytes.size());
+            const bool isBinary = plist_is_binary(bytes.data(), size) != 0;
+            (isBinary ? plist_from_bin : plist_from_xml)(bytes.data(), size, &list);
             read += list != nullptr ? 1 : 0;
             plist_free(list);
         }

@@ -150,7 +150,7 @@ JsonKind JsonValue::kind() const {
         return JsonKind::text;
     case dom::element_type::BOOL:
         return JsonKind::boolean;
-    case dom::element_type::NULL_VALUE:
+    default: // null; newer parsers know further kinds, and return them only if told to
         break;
     }
     return JsonKind::null;
@@ -303,6 +303,17 @@ struct Marked {
     std::size_t count = 0; ///< of marks
 };
 
+/// Returns whether the parser refused a numeral. Newer parsers have a separate error for an integer
+/// beyond 64 bits, whose name is unknown to older ones.
+template<class Error>
+bool isOfNumeral(Error error) {
+    if constexpr (requires { Error::BIGINT_ERROR; }) {
+        if (error == Error::BIGINT_ERROR)
+            return true;
+    }
+    return error == Error::NUMBER_ERROR;
+}
+
 /// Puts marks in the place of all numerals that the parser can't represent.
 Marked markUnrepresentable(std::string_view text, dom::parser& parser) {
     Marked marked;
@@ -351,7 +362,7 @@ std::optional<JsonDocument> JsonDocument::parseWith(std::string_view text,
     auto& [parser, document] = *result.storage_;
     auto root = parser.parse_into_document(document, text.data(), text.size());
     Marked marked;
-    if (root.error() == simdjson::NUMBER_ERROR) {
+    if (isOfNumeral(root.error())) {
         marked = markUnrepresentable(text, parser);
         root = parser.parse_into_document(document, marked.text.data(), marked.text.size());
     }

@@ -1,0 +1,87 @@
+#!/usr/bin/env python3
+"""Runs scripts/setup on systems made of stand-ins, of which something is missing."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+SETUP = pathlib.Path(__file__).resolve().parent.parent.parent / "scripts/setup"
+REAL = "bash cat dirname env grep sed sort true xargs".split()
+# Knows std::expected, and finds every header but one.
+COMPILER = """case "$*$(cat)" in *'<version>') echo '#define __cpp_lib_expected 202202L';;
+*'<uriparser/Uri.h>'*) exit 1;; esac"""
+
+DEBIAN = {"uname": "echo Linux", "id": "echo 0", "c++": COMPILER, "cmake": "echo cmake version 3.25.1",
+          "dpkg-query": 'for name in "$@"; do echo "/$name installed/"; done', "apt-get": 'echo "$@" >&2'}
+LACKING = DEBIAN | {"dpkg-query": "echo '/g++ installed/'"}
+USER = LACKING | {"id": "echo 1000"}
+MAC = {"uname": "echo Darwin", "xcode-select": "", "brew": '[ "$1" = list ]', "c++": COMPILER,
+       "cmake": "echo cmake version 4.0.0"}
+OTHER = {"uname": "echo Linux", "c++": COMPILER, "cmake": "echo cmake version 3.30.2", "ninja": ""}
+
+INSTALLED = "install .*--no-install-recommends cmake ninja-build .* procps"
+OLD = {"c++": "echo g++ 11.4.0"}
+TOO_OLD = r"g\+\+ 11\.4\.0 is too old, .* GCC 12 .*, Clang 19, .* CXX may name it\."
+NOT_RUN = r"c\+\+ can't be run\. Install GCC 12 .*"
+LACKED = r"Missing: cmake ninja-build .* procps\. "
+
+# What it is, what it consists of, the jobs, CXX, the exit status and the last line.
+CASES = [
+    ("all is there", DEBIAN, "build test clang", "", 0, ""),
+    ("all is there for a user", DEBIAN | {"id": "echo 1000"}, "build test", "", 0, ""),
+    ("root installs", LACKING, "build test", "", 0, INSTALLED),
+    ("a user installs", USER | {"sudo": '"$@"; echo by sudo >&2'}, "build test", "", 0, "by sudo"),
+    ("one list is out of reach", LACKING | {"apt-get": '[ $1 = install ] && echo "$@" >&2'}, "build test", "", 0,
+     INSTALLED),
+    ("no sudo", USER, "build test", "", 1, LACKED + "There is no sudo; as root, run: scripts/setup build test"),
+    ("sudo refuses", USER | {"sudo": "exit 1"}, "build test", "", 1, LACKED + "sudo refuses; as root, run: .*"),
+    ("no network", LACKING | {"apt-get": "exit 100"}, "build test", "", 1, LACKED + r".* check the network, .*"),
+    ("packages unknown", LACKING | {"apt-get": "[ $1 = update ]"}, "build test", "", 1, LACKED + ".* Debian 12 .*"),
+    ("old compiler", DEBIAN | OLD, "build", "", 1, TOO_OLD),
+    ("old compiler, not used", DEBIAN | OLD, "clang", "", 0, ""),
+    ("old compiler, another named", DEBIAN | OLD | {"new": COMPILER}, "build", "new -m64", 0, ""),
+    ("old compiler named", DEBIAN | {"old": "echo g++ 11.4.0"}, "build", "old", 1, TOO_OLD),
+    ("no compiler", DEBIAN | {"c++": None}, "build", "", 1, NOT_RUN),
+    ("no such compiler", DEBIAN, "build", "/no/c++", 1, "/no/" + NOT_RUN),
+    ("old cmake", DEBIAN | {"cmake": "echo cmake version 3.9.6"}, "build", "", 1,
+     r"cmake 3\.9\.6 is too old\. Install CMake 3\.\d+ or later\."),
+    ("no cmake", DEBIAN | {"cmake": None}, "build", "", 1, r"cmake can't be run\. .*"),
+    ("Mac", MAC, "build test", "", 0, ""),
+    ("Mac installs", MAC | {"brew": '[ $1 = install ] && echo "$@"'}, "build", "", 0, "install --quiet asio"),
+    ("Mac without tools", MAC | {"xcode-select": "exit 2"}, "build", "", 1, "Missing: .*xcode-select --install"),
+    ("Mac without brew", MAC | {"brew": None}, "build", "", 1, "Missing: brew. Install Homebrew, .*"),
+    ("Mac without network", MAC | {"brew": "exit 1"}, "build", "", 1, "Missing: cmake. .* network.*"),
+    ("old Mac", MAC | OLD, "build", "", 1, TOO_OLD),
+    ("other system, all is there", OTHER, "build", "", 0, ""),
+    ("other system, no ninja", OTHER | {"ninja": None}, "build", "", 1, r"Missing: ninja\. Neither .* by hand\."),
+    ("other system, a header and programs are not there", OTHER, "build test", "", 1,
+     r"Missing: python3 uriparser/Uri\.h tmux vim less ps\. Neither apt-get nor brew .*"),
+    ("other system, no compiler", OTHER | {"c++": None}, "build", "", 1, NOT_RUN),
+    ("other system, old compiler, not used", OTHER | OLD | {f"clang{tool}-19": "" for tool in ("++", "-format", "-tidy")}
+     | {"llvm-cov-19": ""}, "clang", "", 0, ""),
+    ("other system, for a Mac", OTHER, "build macos", "", 1, r"Missing: apt-get\. .*"),
+]
+
+
+class Setup(unittest.TestCase):
+    def test_the_last_line_says_what_is_missing(self):
+        for name, tools, jobs, cxx, status, last in CASES:
+            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                for tool in REAL:
+                    pathlib.Path(folder, tool).symlink_to(shutil.which(tool))
+                for tool in filter(lambda tool: tools[tool] is not None, tools):
+                    path = pathlib.Path(folder, tool)
+                    path.write_text(f"#!/bin/sh\n{tools[tool]}\n")
+                    path.chmod(0o755)
+                done = subprocess.run([SETUP, *jobs.split()], env={"PATH": folder, "CXX": cxx}, text=True,
+                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                self.assertEqual(done.returncode, status, done.stdout)
+                self.assertRegex((done.stdout.splitlines() or [""])[-1], f"^{last}$")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
