@@ -9,6 +9,32 @@
 
 namespace velmo {
 
+namespace {
+
+/// How a hold has ended that is reverted for the reason; absent for the two that end none.
+std::optional<HoldEnding> endingOf(RevertReason reason) {
+    switch (reason) {
+    case RevertReason::heartbeat:
+        return HoldEnding::heartbeat;
+    case RevertReason::battery:
+        return HoldEnding::battery;
+    case RevertReason::thermal:
+        return HoldEnding::thermal;
+    case RevertReason::clientGone:
+        return HoldEnding::clientGone;
+    case RevertReason::released:
+        return HoldEnding::released;
+    case RevertReason::stopping:
+        return HoldEnding::stopping;
+    case RevertReason::retry:
+    case RevertReason::recovered:
+        break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
 Guard::Guard(Services services, std::optional<std::string> requirement)
     : services_(std::move(services)),
       requirement_(std::move(requirement)),
@@ -68,7 +94,9 @@ void Guard::stop() {
 }
 
 void Guard::checkHolder() {
-    if (const auto reason = reasonToRevert(state_.floor, state_.lastBeat))
+    PowerGuardPolicy::Facts facts = readFacts(state_.floor);
+    facts.lastBeat = state_.lastBeat;
+    if (const auto reason = PowerGuardPolicy::check(facts))
         revert(PowerGuardPolicy::revertReason(*reason));
     else
         noticeEnabledSleep();
@@ -83,15 +111,16 @@ void Guard::noticeEnabledSleep() {
     services_.log("sleep is enabled although a client holds");
 }
 
-std::optional<PowerGuardPolicy::Revert> Guard::reasonToRevert(BatteryFloor floor,
-                                                              SteadyTime lastBeat) {
+/// With a heartbeat of now. The Mac may fall asleep between two readings, and the clock goes on.
+PowerGuardPolicy::Facts Guard::readFacts(BatteryFloor floor) {
     const PowerReading reading = readPower(services_.machine);
-    return PowerGuardPolicy::check({.onAC = reading.ac,
-                                    .battery = reading.battery,
-                                    .floor = floor,
-                                    .thermalRaw = services_.machine.thermalState(),
-                                    .lastBeat = lastBeat,
-                                    .now = services_.machine.steadyTime()});
+    const SteadyTime now = services_.machine.steadyTime();
+    return {.onAC = reading.ac,
+            .battery = reading.battery,
+            .floor = floor,
+            .thermalRaw = services_.machine.thermalState(),
+            .lastBeat = now,
+            .now = now};
 }
 
 void Guard::checkFree() {
@@ -129,8 +158,6 @@ void Guard::recover() {
     if (left) {
         services_.log("a hold was left behind; sleep back");
         revert(RevertReason::recovered);
-    } else if (services_.records.isUnreadable()) {
-        services_.log("the record can't be read; sleep may still be disabled");
     }
     recallLastEnd(left);
 }
@@ -154,24 +181,26 @@ Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
     if (state_.holder && state_.holder != who)
         return std::unexpected(HoldRefusal::busy);
 
-    const SteadyTime now = services_.machine.steadyTime();
-    if (const auto reason = reasonToRevert(floor, now)) {
-        revert(PowerGuardPolicy::revertReason(*reason));
-        return std::unexpected(PowerGuardPolicy::holdRefusal(*reason));
+    const PowerGuardPolicy::Facts facts = readFacts(floor);
+    if (const auto danger = PowerGuardPolicy::danger(facts)) {
+        revert(PowerGuardPolicy::revertReason(*danger));
+        return std::unexpected(PowerGuardPolicy::holdRefusal(*danger));
     }
 
-    // What decides whether anything is run is a setting that is still to be restored, not a holder:
-    // a hold taken while a restore is pending, or over a record left on disk, just takes it over.
+    // What decides whether anything is run is a setting that is still to be restored, not a holder.
     if (!state_.heldPrevious)
         state_.heldPrevious = recordedPrevious();
-    if (!state_.heldPrevious) {
-        if (const HoldResult begun = beginHold(); !begun)
-            return begun;
-    }
+    HoldResult begun;
+    if (!state_.heldPrevious)
+        begun = beginHold();
+    else if (!state_.holder)
+        begun = takeOverRestore();
+    if (!begun)
+        return begun;
 
     state_.holder = who;
     state_.floor = floor;
-    state_.lastBeat = now;
+    state_.lastBeat = facts.now;
     state_.sleepOwedSince.reset();
     ledger_.began(who, services_.machine.wallTime());
     return {};
@@ -190,6 +219,17 @@ Guard::HoldResult Guard::beginHold() {
         undoDisableSleep();
         return std::unexpected(HoldRefusal::pmset);
     }
+    services_.log("sleep disabled (closed lid) for a Velmo client");
+    return {};
+}
+
+/// A restore that is still to be done is left undone, as sleep is to stay disabled. One that failed
+/// may have had its effect all the same; only the property is looked at, for pmset may hang.
+Guard::HoldResult Guard::takeOverRestore() {
+    if (*state_.heldPrevious || services_.machine.sleepDisabledProperty() != false)
+        return {};
+    if (!disableSleep())
+        return std::unexpected(HoldRefusal::pmset);
     services_.log("sleep disabled (closed lid) for a Velmo client");
     return {};
 }
@@ -229,8 +269,7 @@ bool Guard::revert(RevertReason reason) {
     state_.holder.reset();
     state_.enablingIsLogged = false;
     state_.idleSince = services_.machine.steadyTime();
-    // A reason to end a hold has the text of its ending; the other two end none.
-    if (const auto ending = fromRawText<HoldEnding>(rawText(reason)))
+    if (const auto ending = endingOf(reason))
         ledger_.ended(*ending, services_.machine.wallTime());
     const bool restored = restore(reason);
     saveLastEndLater();
@@ -270,9 +309,13 @@ bool Guard::enableSleep() {
 /// tries again.
 void Guard::undoDisableSleep() {
     PowerMachine& machine = services_.machine;
-    if (machine.runPmset({"-a", "disablesleep", "0"}) && machine.sleepDisabledProperty())
+    const bool isUndone = machine.runPmset({"-a", "disablesleep", "0"}).has_value();
+    if (isUndone && machine.sleepDisabledProperty())
         becomes(false);
     if (machine.sleepDisabledProperty() == true)
+        return;
+    // A setting that is late reaches the property only after this.
+    if (!isUndone && sleepDisabledPreference(machine) == true)
         return;
     services_.records.remove();
     state_.heldPrevious.reset();
@@ -286,13 +329,12 @@ bool Guard::becomes(bool sleepDisabled) {
     const SteadyTime start = machine.steadyTime();
     while (true) {
         const auto property = machine.sleepDisabledProperty();
-        if (!property)
-            return sleepDisabledNow(machine) == sleepDisabled;
-        if (*property == sleepDisabled)
+        const auto value = property ? property : sleepDisabledPreference(machine);
+        if (value == sleepDisabled)
             return true;
         if (machine.steadyTime() - start >= maxLateness)
             return false;
-        machine.pause(latenessStep);
+        machine.pause(property ? latenessStep : preferenceStep);
     }
 }
 

@@ -64,6 +64,7 @@ public:
     /// looks, in seconds.
     static constexpr double maxLateness = 2.0;
     static constexpr double latenessStep = 0.02;
+    static constexpr double preferenceStep = 0.5; ///< where each look starts a pmset
 
     /// How long after a hold the Mac is asked to look at its lid, in seconds: a client that takes
     /// over from another must find it awake.
@@ -109,14 +110,15 @@ public:
     [[nodiscard]] const State& state() const { return state_; }
 
 private:
+    PowerGuardPolicy::Facts readFacts(BatteryFloor floor);
     HoldResult beginHold();
+    HoldResult takeOverRestore();
     bool disableSleep();
     bool enableSleep();
     void undoDisableSleep();
     bool becomes(bool sleepDisabled);
     std::optional<bool> recordedPrevious();
     std::optional<bool> previousToRestore();
-    std::optional<PowerGuardPolicy::Revert> reasonToRevert(BatteryFloor floor, SteadyTime lastBeat);
     void checkHolder();
     void checkFree();
     void checkLid();

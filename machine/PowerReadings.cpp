@@ -41,11 +41,14 @@ PowerReading readPower(PowerMachine& machine) {
     return reading;
 }
 
-std::optional<bool> sleepDisabledNow(PowerMachine& machine) {
-    if (const auto property = machine.sleepDisabledProperty())
-        return property;
+std::optional<bool> sleepDisabledPreference(PowerMachine& machine) {
     return machine.runPmset({"-g"}).and_then(
         [](const std::string& output) { return parseSleepDisabled(output); });
+}
+
+std::optional<bool> sleepDisabledNow(PowerMachine& machine) {
+    const auto property = machine.sleepDisabledProperty();
+    return property ? property : sleepDisabledPreference(machine);
 }
 
 } // namespace velmo

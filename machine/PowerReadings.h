@@ -16,8 +16,12 @@ struct PowerReading {
 
 PowerReading readPower(PowerMachine& machine);
 
+/// Tells whether sleep is disabled by the preferences, which "pmset -g" prints. The property
+/// follows them. Absent if it can't be read.
+std::optional<bool> sleepDisabledPreference(PowerMachine& machine);
+
 /// Tells whether sleep is disabled, by the power root domain's property, and only where that can't
-/// be read by the output of "pmset -g". Absent if neither tells.
+/// be read by the preference. Absent if neither tells.
 std::optional<bool> sleepDisabledNow(PowerMachine& machine);
 
 } // namespace velmo

@@ -21,7 +21,7 @@ inline constexpr auto rawTexts<HoldRefusal> = std::to_array<std::string_view>(
     {"busy", "battery", "thermal", "unreadable", "record", "pmset", "gone"});
 
 /// Why the power daemon puts the sleep setting back. The text stands in its log; clients are told
-/// a `HoldEnding` instead. The first three are what `PowerGuardPolicy::check` finds.
+/// a `HoldEnding` instead.
 enum class RevertReason {
     heartbeat, ///< the holder was silent for too long
     battery,   ///< the battery fell below the floor

@@ -5,13 +5,9 @@ namespace velmo::PowerGuardPolicy {
 std::optional<Revert> check(const Facts& facts) {
     if (facts.now - facts.lastBeat > heartbeatTimeout)
         return Revert::heartbeat;
-    if (facts.thermalRaw > maxThermal)
-        return Revert::thermal;
-    if (facts.onAC.value_or(true) || !facts.battery)
-        return std::nullopt;
-    if (*facts.battery < facts.floor.percent())
-        return Revert::battery;
-    return std::nullopt;
+    return danger(facts).transform([](Danger danger) {
+        return danger == Danger::thermal ? Revert::thermal : Revert::battery;
+    });
 }
 
 RevertReason revertReason(Revert reason) {
@@ -26,8 +22,22 @@ RevertReason revertReason(Revert reason) {
     return RevertReason::thermal;
 }
 
-HoldRefusal holdRefusal(Revert reason) {
-    return reason == Revert::battery ? HoldRefusal::battery : HoldRefusal::thermal;
+std::optional<Danger> danger(const Facts& facts) {
+    if (facts.thermalRaw > maxThermal)
+        return Danger::thermal;
+    if (facts.onAC.value_or(true) || !facts.battery)
+        return std::nullopt;
+    if (*facts.battery < facts.floor.percent())
+        return Danger::battery;
+    return std::nullopt;
+}
+
+RevertReason revertReason(Danger danger) {
+    return danger == Danger::battery ? RevertReason::battery : RevertReason::thermal;
+}
+
+HoldRefusal holdRefusal(Danger danger) {
+    return danger == Danger::battery ? HoldRefusal::battery : HoldRefusal::thermal;
 }
 
 } // namespace velmo::PowerGuardPolicy

@@ -38,20 +38,24 @@ struct Facts {
 /// heat outranks the battery. Exactly 35 s without a heartbeat is still in time.
 std::optional<Revert> check(const Facts& facts);
 
-/// Returns the same reason as the guard reverts for it, or refuses a hold for it: a hold is never
-/// refused for a stale heartbeat.
+/// The same as the guard reverts for it.
 RevertReason revertReason(Revert reason);
-HoldRefusal holdRefusal(Revert reason);
+
+/// Why no machine of such facts may be kept awake, whoever asks: battery or heat. Of the heartbeat
+/// it knows nothing.
+enum class Danger { battery, thermal };
+
+std::optional<Danger> danger(const Facts& facts);
+
+RevertReason revertReason(Danger danger);
+HoldRefusal holdRefusal(Danger danger);
 
 } // namespace velmo::PowerGuardPolicy
 
 namespace velmo {
 
 template<>
-inline constexpr auto rawTexts<PowerGuardPolicy::Revert> = [] {
-    std::array<std::string_view, 3> texts{};
-    std::copy_n(rawTexts<RevertReason>.begin(), texts.size(), texts.begin());
-    return texts;
-}();
+inline constexpr auto rawTexts<PowerGuardPolicy::Revert> =
+    std::to_array<std::string_view>({"heartbeat", "battery", "thermal"});
 
 } // namespace velmo

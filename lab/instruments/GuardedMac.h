@@ -50,10 +50,13 @@ public:
     std::optional<bool> sleepDisabledProperty() override {
         if (late && clock >= due)
             sleepDisabled = *std::exchange(late, {});
-        return propertyReadable ? std::optional(sleepDisabled) : std::nullopt;
+        if (!propertyReadable || blindReadings-- > 0)
+            return std::nullopt;
+        return sleepDisabled;
     }
 
     std::optional<PowerSourceSnapshot> powerSources() override {
+        clock += snapshotTakes;
         PowerSourceSnapshot snapshot{.providingType = mains ? "AC Power" : "Battery Power",
                                      .sources = {}};
         snapshot.sources.push_back(
@@ -81,6 +84,8 @@ public:
 
     bool sleepDisabled = false;
     bool propertyReadable = true;
+    int blindReadings = 0;    ///< how often the property is absent before it can be read
+    double snapshotTakes = 0; ///< seconds to read the power sources, as the Mac falls asleep there
     Pmset pmsetOn = Pmset::works;   ///< disables sleep
     Pmset pmsetOff = Pmset::works;  ///< enables it
     Pmset pmsetRead = Pmset::works; ///< prints the setting
