@@ -44,7 +44,7 @@ TEST(KeyPhase, ATapIsAPressAndItsRelease) {
 
 /// Some keys of a French keyboard: what each gives in the states none, shift, option, both. 81 and
 /// 84 are on the numeric keypad, and the only key for "=" is there.
-std::optional<std::string> french(std::uint16_t code, LayoutState state) {
+std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
     static const std::map<std::uint16_t, std::array<std::string, 4>> keys{
         {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
         {12, {"a", "A"}}, {13, {"z", "Z"}}, {19, {"é", "2"}}, {23, {"(", "5", "{", "["}},
@@ -76,6 +76,67 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
     };
     for (const auto& [hotkey, chord] : cases)
         EXPECT_EQ(HotkeyPlan::chord(hotkey, french), chord) << hotkey.key << hotkey.game;
+}
+
+/// What the typing keys give, in the order of `usPlain`: a blank for what is not ASCII. All give
+/// what a US keyboard does while Command is down.
+struct ScriptLayout {
+    std::string_view name;
+    std::string_view plain;
+    std::string_view shifted;
+
+    std::optional<std::string> operator()(std::uint16_t code, LayoutState state,
+                                          bool command) const;
+};
+
+constexpr ScriptLayout us{.name = "US",
+                          .plain = "`1234567890-=qwertyuiop[]\\asdfghjkl;'zxcvbnm,./",
+                          .shifted = "~!@#$%^&*()_+QWERTYUIOP{}|ASDFGHJKL:\"ZXCVBNM<>?"};
+
+std::optional<std::string> ScriptLayout::operator()(std::uint16_t code, LayoutState state,
+                                                    bool command) const {
+    const ScriptLayout& table = command ? us : *this;
+    for (std::size_t i = 0; i < us.plain.size() && !state.contains(LayoutState::option); ++i) {
+        if (findKey(Hotkey::keys, us.plain.substr(i, 1))->code == code)
+            return std::string(1, state.rawValue == 0 ? table.plain[i] : table.shifted[i]);
+    }
+    return std::nullopt;
+}
+
+constexpr ScriptLayout scriptLayouts[] = {
+    {.name = "Greek",
+     .plain = "`1234567890-=;         []\\          '       ,./",
+     .shifted = "~!@#$%^&*()_+:         {}|          \"       <>?"},
+    {.name = "Hebrew",
+     .plain = ";1234567890-=/'        ][\\          ,         .",
+     .shifted = "~!@#$%^&*)(_+QWERTYUIOP}{|ASDFGHJKL:\"ZXCVBNM><?"},
+    {.name = "Russian",
+     .plain = "]1234567890-=                                 /",
+     .shifted = "[!\" %:,.;()_+                                 ?"},
+    {.name = "Dvorak - QWERTY",
+     .plain = "`1234567890[]',.pyfgcrl/=\\aoeuidhtns-;qjkxbmwvz",
+     .shifted = "~!@#$%^&*(){}\"<>PYFGCRL?+|AOEUIDHTNS_:QJKXBMWVZ"},
+};
+
+TEST(HotkeyPlan, PressesAShortcutWhereTheLayoutHasItWithCommand) {
+    for (const ScriptLayout& layout : scriptLayouts) {
+        ASSERT_TRUE(layout.plain.size() == 47 && layout.shifted.size() == 47) << layout.name;
+        for (const AnsiKey& key : Hotkey::keys) {
+            const Hotkey hotkey{.modifiers = {cmd}, .key = std::string(key.name)};
+            EXPECT_EQ(HotkeyPlan::chord(hotkey, layout), (Chord{{cmd}, key.code}))
+                << layout.name << ", cmd+" << key.name;
+        }
+    }
+    const std::tuple<std::size_t, std::string, Chord> withoutCommand[] = {
+        {0, ";", {{ctrl}, 12}},
+        {1, "'", {{ctrl}, 13}},
+        {2, "[", {{ctrl, shift}, 50}},
+        {3, "-", {{ctrl}, 39}},
+    };
+    for (const auto& [layout, key, chord] : withoutCommand)
+        EXPECT_EQ(HotkeyPlan::chord({.modifiers = {ctrl}, .key = key}, scriptLayouts[layout]),
+                  chord)
+            << key;
 }
 
 /// A French keyboard, and an owner who carries requests out.
