@@ -49,10 +49,14 @@ std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
     if (phase == KeyPhase::tap)
         return KeyPhase::steps(phase, modifiers, code, held.modifiers());
 
-    held.take(hotkey); // a repeated press must not take its own modifiers for another's
+    // A repeated press must not take its own modifiers for another's.
+    const auto before = held.take(hotkey);
     const auto others = held.modifiers();
-    held.pressed(hotkey, {.modifiers = KeyPhase::fresh(modifiers, others), .code = code});
-    return KeyPhase::steps(phase, modifiers, code, others);
+    const HeldKeys::Press press{.modifiers = KeyPhase::fresh(modifiers, others), .code = code};
+    Steps plan = before && before != press ? released(*before, others) : Steps();
+    std::ranges::move(KeyPhase::steps(phase, modifiers, code, others), std::back_inserter(plan));
+    held.pressed(hotkey, press);
+    return plan;
 }
 
 std::vector<KeyPhase::Step> releases(std::span<const std::string> keys, HeldKeys& held) {

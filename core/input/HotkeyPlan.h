@@ -43,8 +43,9 @@ Chord chord(const Hotkey& hotkey, const Translate& translate);
 
 /// Returns the events of a tap, a press or a release in the order in which to post them. A press is
 /// put into the book; a release takes it out again and lets go of exactly what was put down then,
-/// even if the layout has changed, and of nothing if the book has no such press. A tap leaves the
-/// book as it is.
+/// even if the layout has changed, and of nothing if the book has no such press. A press of what is
+/// in the book already repeats its events, as a keyboard does; if other keys belong to it now, as
+/// after a change of the layout, those of before go up first. A tap leaves the book as it is.
 std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
                                   const Translate& translate, HeldKeys& held);
 

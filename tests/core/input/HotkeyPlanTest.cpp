@@ -42,17 +42,29 @@ TEST(KeyPhase, ATapIsAPressAndItsRelease) {
     expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
 }
 
-/// Some keys of a French keyboard: what each gives in the states none, shift, option, both. 81 and
-/// 84 are on the numeric keypad, and the only key for "=" is there.
-std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
-    static const std::map<std::uint16_t, std::array<std::string, 4>> keys{
-        {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
-        {12, {"a", "A"}}, {13, {"z", "Z"}}, {19, {"é", "2"}}, {23, {"(", "5", "{", "["}},
-        {81, {"=", "="}}, {84, {"2", "2"}}};
+/// What each key gives in the states none, shift, option, both.
+using FewKeys = std::map<std::uint16_t, std::array<std::string, 4>>;
+
+std::optional<std::string> given(const FewKeys& keys, std::uint16_t code, LayoutState state) {
     const auto key = keys.find(code);
     if (key == keys.end())
         return std::nullopt;
     return key->second.at(static_cast<std::size_t>(state.rawValue));
+}
+
+/// Of a French keyboard. 81 and 84 are on the numeric keypad, and the only key for "=" is there.
+std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
+    static const FewKeys keys{
+        {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
+        {12, {"a", "A"}}, {13, {"z", "Z"}}, {19, {"é", "2"}}, {23, {"(", "5", "{", "["}},
+        {81, {"=", "="}}, {84, {"2", "2"}}};
+    return given(keys, code, state);
+}
+
+/// Of a US keyboard.
+std::optional<std::string> american(std::uint16_t code, LayoutState state, bool /*command*/) {
+    static const FewKeys keys{{0, {"a", "A"}}, {13, {"w", "W"}}, {19, {"2", "@"}}};
+    return given(keys, code, state);
 }
 
 Hotkey game(const std::string& key, Modifiers modifiers = {}) {
@@ -139,13 +151,14 @@ TEST(HotkeyPlan, PressesAShortcutWhereTheLayoutHasItWithCommand) {
             << key;
 }
 
-/// A French keyboard, and an owner who carries requests out.
+/// A keyboard, French at first, and an owner who carries requests out.
 struct Desk {
+    HotkeyPlan::Translate layout = french;
     HeldKeys held;
     std::set<std::uint16_t> keysDown;
 
     std::string run(KeyPhase::Phase phase, const Hotkey& hotkey) {
-        return post(HotkeyPlan::steps(phase, hotkey, french, held));
+        return post(HotkeyPlan::steps(phase, hotkey, layout, held));
     }
 
     void down(const Hotkey& hotkey) { run(KeyPhase::down, hotkey); }
@@ -185,15 +198,32 @@ TEST(HotkeyPlan, ReleaseAllLetsGoOfTheNamedKeysWhateverTheirModifiers) {
     EXPECT_EQ(desk.releaseAll(R"(["nothing known"])"), " -56:");
 }
 
-/// Makes requests in every order, `more` of them.
+TEST(HotkeyPlan, LetsGoOfTheKeysOfAnotherLayoutBeforeItPressesAgain) {
+    const Hotkey selectAll{.modifiers = {cmd}, .key = "a"};
+    const Hotkey second{.modifiers = {cmd}, .key = "2"};
+    Desk desk;
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " +55:c +12:c");
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " +55:c +12:c"); // as a keyboard repeats it
+    EXPECT_EQ(desk.run(KeyPhase::down, second), " +56:cs +19:cs");
+    desk.layout = american;
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " -12:sc -55:s +55:sc +0:sc");
+    EXPECT_EQ(desk.run(KeyPhase::down, second),
+              " -19:cs -56:c +19:c"); // the same key without shift
+    EXPECT_EQ(desk.releaseAll("[]"), " -19:c -0:c -55:");
+}
+
+/// Makes requests and changes the layout in every order, `more` of them.
 void expectNothingLeftDown(const Desk& desk, int more) {
     Desk lost = desk;
     lost.releaseAll("[]");
     ASSERT_TRUE(lost.keysDown.empty() && lost.held.isEmpty());
     if (more == 0)
         return;
-    const Hotkey requests[] = {{.modifiers = {cmd}, .key = "c"},
-                               {.modifiers = {shift, cmd}, .key = "v"},
+    Desk elsewhere = desk;
+    elsewhere.layout = american;
+    expectNothingLeftDown(elsewhere, more - 1);
+    const Hotkey requests[] = {{.modifiers = {cmd}, .key = "2"},
+                               {.modifiers = {shift, cmd}, .key = "a"},
                                game("", {shift}),
                                game("w")};
     for (const Hotkey& hotkey : requests) {
