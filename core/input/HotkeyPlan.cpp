@@ -12,8 +12,7 @@ namespace {
 using Steps = std::vector<KeyPhase::Step>;
 
 std::optional<LayoutKeySearch::Match> inLayout(const Hotkey& hotkey, const Translate& translate) {
-    const bool isPlace = hotkey.game && hotkey.modifiers.empty();
-    if (isPlace || !hotkey.typesCharacter())
+    if (hotkey.game || !hotkey.typesCharacter())
         return std::nullopt;
     const bool command =
         std::ranges::find(hotkey.modifiers, HotkeyModifier::cmd) != hotkey.modifiers.end();

@@ -37,8 +37,8 @@ using Translate =
 /// in a layout of another script, it is the key in that place on a US keyboard, which is where such
 /// layouts have their shortcuts. Every other key has one place in all layouts.
 ///
-/// A bare key of game mode is always the key in its place on a US keyboard: "w" is code 13, above
-/// "s", whatever it types there. With a modifier it types a character in game mode too.
+/// In game mode every key is the one in its place on a US keyboard, alone or with modifiers: "w" is
+/// code 13, above "s", whatever it types there.
 Chord chord(const Hotkey& hotkey, const Translate& translate);
 
 /// Returns the events of a tap, a press or a release in the order in which to post them. A press is

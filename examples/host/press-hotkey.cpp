@@ -1,5 +1,6 @@
-/// Serves the input daemon's lines: key combinations on the user's own layout, keys that stay down,
-/// and "release-all". The Mac is a stub with a French keyboard that prints what it would post.
+/// Serves the input daemon's lines: key combinations on the user's own layout, keys of a game that
+/// stay down in their places, and "release-all". The Mac is a stub with a French keyboard that
+/// prints what it would post.
 
 #include "core/input/EventFlags.h"
 #include "core/input/HotkeyPlan.h"

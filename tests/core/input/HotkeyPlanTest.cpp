@@ -83,7 +83,8 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
         {{.key = "escape"}, {{}, 53}},
         {game("w"), {{}, 13}}, // its place
         {game("2"), {{}, 19}},
-        {game("w", {shift}), {{shift}, 6}},
+        {game("w", {shift}), {{shift}, 13}},
+        {game("w", {cmd}), {{cmd}, 13}},
         {game("", {shift}), {{shift}, std::nullopt}},
     };
     for (const auto& [hotkey, chord] : cases)
@@ -181,20 +182,20 @@ struct Desk {
 TEST(HotkeyPlan, ReleaseAllLetsGoOfTheNamedKeysWhateverTheirModifiers) {
     Desk desk;
     desk.down(game("w", {shift}));
-    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s -56:");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -13:s -56:");
 
     desk.down(game("w"));
     desk.down(game("w", {shift}));
     desk.down({.modifiers = {cmd}, .key = "a"});
     EXPECT_EQ(desk.releaseAll(R"(["x"])"), "");
-    EXPECT_EQ(desk.releaseAll(R"(["W","x"])"), " -6:cs -56:c -13:c");
+    EXPECT_EQ(desk.releaseAll(R"(["W","x"])"), " -13:cs -56:c -13:c");
     EXPECT_EQ(desk.releaseAll("[]"), " -12:c -55:");
 
     // A modifier that another press put down stays.
     desk.down(game("", {shift}));
     desk.down(game("w", {shift}));
     EXPECT_EQ(desk.run(KeyPhase::tap, {.key = "tab"}), " +48:s -48:s");
-    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -13:s");
     EXPECT_EQ(desk.releaseAll(R"(["nothing known"])"), " -56:");
 }
 
@@ -247,9 +248,18 @@ TEST(EventFlags, AreThoseOfAKeyboard) {
         {{.code = 103, .held = {cmd}}, 0x900000}, // F11
         {{.code = 117}, 0x800000},                // delete
         {{.code = 51}, 0},                        // backspace
+        {{.code = 81, .held = {cmd}}, 0x300000},  // "=" of the keypad
     };
     for (const auto& [step, flags] : cases)
         EXPECT_EQ(EventFlags::of(step), flags) << step.code;
+
+    // The keypad lies among function keys.
+    const std::set<int> keypad{65, 67, 69, 71, 75, 76, 78, 81, 82, 83,
+                               84, 85, 86, 87, 88, 89, 91, 92, 95};
+    for (std::uint16_t code = 0; code < 123; ++code)
+        EXPECT_EQ((EventFlags::of(KeyPhase::Step{.code = code}) & EventFlags::numericPad) != 0,
+                  keypad.contains(code))
+            << code;
 }
 
 TEST(MessageKey, IsAHotKeyOfTheSameKey) {
