@@ -47,6 +47,8 @@ struct InputMessage {
         bool operator==(const Text&) const = default;
     };
 
+    /// As with a text, `FocusTracker::accepts` is asked for the target before the key is pressed: a
+    /// Return or a Backspace does harm too where the focus has moved to. `hotkeyOf` gives its key.
     struct Key {            // "key"
         std::string name;   ///< one of `keys`, which are not the names of `Hotkey::keys`
         std::string target; ///< as in `Text`
