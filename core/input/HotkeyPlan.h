@@ -26,9 +26,9 @@ struct Chord {
 };
 
 /// Returns the text that a key gives in a state of the current layout; absent or empty if it gives
-/// none. `command` says that the hot key has cmd: the system looks a shortcut up by what the layout
-/// gives with Command down, which is a US keyboard's "q" on the Greek key for ";". On a Mac
-/// UCKeyTranslate answers, asked with `state.carbonModifierState() | (command ? 1U : 0U)`.
+/// none. `command` says that the hot key has cmd: the system goes by what the layout gives with
+/// Command down then, which is "q" on the Greek key that types ";". On a Mac UCKeyTranslate
+/// answers, asked with `state.carbonModifierState() | (command ? 1U : 0U)`.
 using Translate =
     std::function<std::optional<std::string>(std::uint16_t code, LayoutState state, bool command)>;
 

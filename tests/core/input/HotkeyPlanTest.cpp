@@ -84,7 +84,7 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
         {game("w"), {{}, 13}}, // its place
         {game("2"), {{}, 19}},
         {game("w", {shift}), {{shift}, 13}},
-        {game("w", {cmd}), {{cmd}, 13}},
+        {game("w", {shift, cmd}), {{shift, cmd}, 13}},
         {game("", {shift}), {{shift}, std::nullopt}},
     };
     for (const auto& [hotkey, chord] : cases)
@@ -108,12 +108,12 @@ constexpr ScriptLayout us{.name = "US",
 
 std::optional<std::string> ScriptLayout::operator()(std::uint16_t code, LayoutState state,
                                                     bool command) const {
+    const auto key = std::ranges::find(Hotkey::keys, code, &AnsiKey::code);
+    if (key == Hotkey::keys.end() || key->name.size() != 1 || state.contains(LayoutState::option))
+        return std::nullopt;
     const ScriptLayout& table = command ? us : *this;
-    for (std::size_t i = 0; i < us.plain.size() && !state.contains(LayoutState::option); ++i) {
-        if (findKey(Hotkey::keys, us.plain.substr(i, 1))->code == code)
-            return std::string(1, state.rawValue == 0 ? table.plain[i] : table.shifted[i]);
-    }
-    return std::nullopt;
+    const std::string_view level = state.rawValue == 0 ? table.plain : table.shifted;
+    return std::string(1, level.at(us.plain.find(key->name)));
 }
 
 constexpr ScriptLayout scriptLayouts[] = {
@@ -131,7 +131,7 @@ constexpr ScriptLayout scriptLayouts[] = {
      .shifted = "~!@#$%^&*(){}\"<>PYFGCRL?+|AOEUIDHTNS_:QJKXBMWVZ"},
 };
 
-TEST(HotkeyPlan, PressesAShortcutWhereTheLayoutHasItWithCommand) {
+TEST(HotkeyPlan, FindsAHotKeyWithCmdWhereTheLayoutHasItWithCommand) {
     for (const ScriptLayout& layout : scriptLayouts) {
         ASSERT_TRUE(layout.plain.size() == 47 && layout.shifted.size() == 47) << layout.name;
         for (const AnsiKey& key : Hotkey::keys) {
