@@ -183,6 +183,8 @@ TEST(HotkeyPlan, ReleaseAllLetsGoOfTheNamedKeysWhateverTheirModifiers) {
     Desk desk;
     desk.down(game("w", {shift}));
     EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -13:s -56:");
+    EXPECT_EQ(desk.run(KeyPhase::tap, game("w")), " +13: -13:");
+    EXPECT_TRUE(desk.held.isEmpty());
 
     desk.down(game("w"));
     desk.down(game("w", {shift}));
