@@ -14,9 +14,18 @@ constexpr auto keysWithFn =
     std::to_array({ansiKeyCode("home"), ansiKeyCode("end"), ansiKeyCode("pageup"),
                    ansiKeyCode("pagedown"), ansiKeyCode("delete")});
 
+/// The digits of the numeric keypad and what stands around them; 95 is the comma of a Japanese one.
+constexpr auto keypad = std::to_array<std::uint16_t>(
+    {65, 67, 69, 71, 75, 76, 78, 81, 82, 83, 84, 85, 86, 87, 88, 89, 91, 92, 95});
+static_assert(std::ranges::none_of(keypad, [](std::uint16_t code) {
+    return hasKeyCode(Hotkey::keys, code);
+}));
+
 std::uint64_t ofKey(std::uint16_t code) {
     if (hasKeyCode(Hotkey::arrows, code))
         return arrow;
+    if (std::ranges::find(keypad, code) != keypad.end())
+        return numericPad;
     const bool hasFn = hasKeyCode(Hotkey::functionKeys, code)
                        || std::ranges::find(keysWithFn, code) != keysWithFn.end();
     return hasFn ? secondaryFn : 0;

@@ -6,7 +6,7 @@ namespace velmo {
 
 /// Drops gestures that follow each other too fast.
 struct GestureDebounce {
-    double interval = 0;                                    ///< seconds
+    double interval = 0;                                    ///< seconds; 0.5 is usual
     double last = -std::numeric_limits<double>::infinity(); ///< seconds, of the last accepted one
 
     /// Tells whether the interval has passed since the last accepted gesture, and remembers `now`,

@@ -1,5 +1,7 @@
 #include "core/input/HotkeyPlan.h"
 
+#include "core/input/LayoutKeySearch.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -9,13 +11,16 @@ namespace {
 
 using Steps = std::vector<KeyPhase::Step>;
 
-std::optional<LayoutKeySearch::Match> inLayout(const Hotkey& hotkey,
-                                               const LayoutKeySearch::Translate& translate) {
-    const bool isPlace = hotkey.game && hotkey.modifiers.empty();
-    if (isPlace || !hotkey.typesCharacter())
+std::optional<LayoutKeySearch::Match> inLayout(const Hotkey& hotkey, const Translate& translate) {
+    if (hotkey.game || !hotkey.typesCharacter())
         return std::nullopt;
+    const bool command =
+        std::ranges::find(hotkey.modifiers, HotkeyModifier::cmd) != hotkey.modifiers.end();
+    const auto given = [&](std::uint16_t code, LayoutState state) {
+        return translate(code, state, command);
+    };
     for (const auto codes : {LayoutKeySearch::typingBlock, LayoutKeySearch::everyKey}) {
-        if (auto match = LayoutKeySearch::find(hotkey.key, hotkey.modifiers, codes, translate))
+        if (auto match = LayoutKeySearch::find(hotkey.key, hotkey.modifiers, codes, given))
             return match;
     }
     return std::nullopt;
@@ -27,14 +32,14 @@ Steps released(const HeldKeys::Press& press, std::span<const HotkeyModifier> oth
 
 } // namespace
 
-Chord chord(const Hotkey& hotkey, const LayoutKeySearch::Translate& translate) {
+Chord chord(const Hotkey& hotkey, const Translate& translate) {
     if (const auto match = inLayout(hotkey, translate))
         return {.modifiers = hotkey.pressModifiers(match->extra), .code = match->code};
     return {.modifiers = hotkey.modifiers, .code = hotkey.ansiCode()};
 }
 
 std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
-                                  const LayoutKeySearch::Translate& translate, HeldKeys& held) {
+                                  const Translate& translate, HeldKeys& held) {
     if (phase == KeyPhase::up) {
         const auto press = held.take(hotkey);
         return press ? released(*press, held.modifiers()) : Steps();
@@ -43,10 +48,14 @@ std::vector<KeyPhase::Step> steps(KeyPhase::Phase phase, const Hotkey& hotkey,
     if (phase == KeyPhase::tap)
         return KeyPhase::steps(phase, modifiers, code, held.modifiers());
 
-    held.take(hotkey); // a repeated press must not take its own modifiers for another's
+    // A repeated press must not take its own modifiers for another's.
+    const auto before = held.take(hotkey);
     const auto others = held.modifiers();
-    held.pressed(hotkey, {.modifiers = KeyPhase::fresh(modifiers, others), .code = code});
-    return KeyPhase::steps(phase, modifiers, code, others);
+    const HeldKeys::Press press{.modifiers = KeyPhase::fresh(modifiers, others), .code = code};
+    Steps plan = before && before != press ? released(*before, others) : Steps();
+    std::ranges::move(KeyPhase::steps(phase, modifiers, code, others), std::back_inserter(plan));
+    held.pressed(hotkey, press);
+    return plan;
 }
 
 std::vector<KeyPhase::Step> releases(std::span<const std::string> keys, HeldKeys& held) {

@@ -16,23 +16,29 @@ namespace velmo {
 /// A line is a JSON object whose member "type" names the message. Unknown members are ignored,
 /// except in a gesture, where they are refused.
 struct InputMessage {
+    /// Moves the pointer. While a button is down that is a drag (`HeldButtons::dragged`).
     struct Move {            // "move"
-        std::int64_t dx = 0; ///< -2048 to 2048
-        std::int64_t dy = 0; ///< -2048 to 2048
+        std::int64_t dx = 0; ///< points to the right, -2048 to 2048
+        std::int64_t dy = 0; ///< points down, -2048 to 2048
         bool operator==(const Move&) const = default;
     };
 
+    /// Moves what is below the pointer, as a finger on a screen does: a positive `dy` shows what
+    /// stands above. Both have the sign and unit of a scroll event in pixels, whose wheel 1 is `dy`
+    /// and whose wheel 2 is `dx`.
     struct Scroll {          // "scroll"
-        std::int64_t dx = 0; ///< -2048 to 2048
-        std::int64_t dy = 0; ///< -2048 to 2048
+        std::int64_t dx = 0; ///< points to the right, -2048 to 2048
+        std::int64_t dy = 0; ///< points down, -2048 to 2048
         bool operator==(const Scroll&) const = default;
     };
 
+    /// Each step is a tap of cmd+= or cmd+-, by which applications zoom.
     struct Zoom {               // "zoom"
-        std::int64_t steps = 0; ///< -8 to 8, but not 0
+        std::int64_t steps = 0; ///< -8 to 8, but not 0: positive enlarges, negative makes smaller
         bool operator==(const Zoom&) const = default;
     };
 
+    /// Presses or releases a mouse button where the pointer is (`HeldButtons`, `ClickCounter`).
     struct Button { // "button"
         bool right = false;
         bool down = false;
@@ -47,20 +53,28 @@ struct InputMessage {
         bool operator==(const Text&) const = default;
     };
 
+    /// As with a text, `FocusTracker::accepts` is asked for the target before the key is pressed: a
+    /// Return or a Backspace does harm too where the focus has moved to. `hotkeyOf` gives its key.
     struct Key {            // "key"
         std::string name;   ///< one of `keys`, which are not the names of `Hotkey::keys`
         std::string target; ///< as in `Text`
         bool operator==(const Key&) const = default;
     };
 
+    /// Asks for nothing, and tells that the phone is still there. When the pings stay away or the
+    /// connection ends, the host lets go of everything, as after a `Release`.
     struct Ping { // "ping"
         bool operator==(const Ping&) const = default;
     };
 
+    /// Asks the host to let go of every button and key that the phone holds: `HeldButtons::takeAll`
+    /// and `HotkeyPlan::releases` without names.
     struct Release { // "release"
         bool operator==(const Release&) const = default;
     };
 
+    /// Asks for a focus event, even if the focus is the one that the phone was told last: the host
+    /// sets `FocusTracker::requested` and observes the focus.
     struct Focus { // "focus"
         bool operator==(const Focus&) const = default;
     };

@@ -33,6 +33,15 @@ std::optional<WindowTarget> listed(const FrameRequest& request,
         .id = row->id, .title = row->title, .bounds = row->bounds, .onScreen = row->onScreen};
 }
 
+/// Returns the target's window among those of its process. One that looks like it but is known to
+/// have another number is a window that is left when the target was closed after it was listed.
+std::optional<std::size_t> found(const WindowTarget& target,
+                                 const std::vector<AXWindowFacts>& facts) {
+    const auto window = WindowMatcher::resolve(target, facts);
+    return window && facts[*window].windowId.value_or(target.id) == target.id ? window
+                                                                              : std::nullopt;
+}
+
 bool sameSize(const WindowBounds& a, const WindowBounds& b) {
     return a.width == b.width && a.height == b.height;
 }
@@ -47,7 +56,7 @@ std::expected<FrameRecord, Refusal> perform(const FrameRequest& request, const S
     if (!target)
         return std::unexpected(Refusal::noWindow);
     const auto facts = services.windows(request.pid);
-    const auto window = WindowMatcher::resolve(*target, facts);
+    const auto window = found(*target, facts);
     if (!window)
         return std::unexpected(Refusal::noWindow);
 
@@ -64,6 +73,8 @@ std::expected<FrameRecord, Refusal> perform(const FrameRequest& request, const S
                                .width = now->width,
                                .height = now->height,
                                .resized = before ? !sameSize(*before, *now) : resizable};
+        if (!listed(request, services.windowList()))
+            return std::unexpected(Refusal::noWindow);
     }
     return std::unexpected(Refusal::notLanded);
 }

@@ -1,5 +1,6 @@
-/// Serves the input daemon's lines: key combinations on the user's own layout, keys that stay down,
-/// and "release-all". The Mac is a stub with a French keyboard that prints what it would post.
+/// Serves the input daemon's lines: key combinations on the user's own layout, keys of a game that
+/// stay down in their places, and "release-all". The Mac is a stub with a French keyboard that
+/// prints what it would post.
 
 #include "core/input/EventFlags.h"
 #include "core/input/HotkeyPlan.h"
@@ -13,8 +14,9 @@ using namespace velmo;
 namespace {
 
 /// What a key gives with shift, option, both or none of them; of a French keyboard, a few keys. On
-/// a Mac UCKeyTranslate tells, with `state.carbonModifierState()`.
-std::optional<std::string> french(std::uint16_t code, LayoutState state) {
+/// a Mac UCKeyTranslate tells, with `state.carbonModifierState() | (command ? 1U : 0U)`: layouts of
+/// other scripts give other characters with Command down. A French one gives the same.
+std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
     static const std::map<std::uint16_t, std::vector<std::string>> keys{{6, {"w", "W"}},
                                                                         {12, {"a", "A"}},
                                                                         {0, {"q", "Q"}},

@@ -1,8 +1,10 @@
 /// Types a text of any length that the phone sent, where it is safe: as long as the focus is still
-/// the one that the phone saw, and no password field. The Mac is a stub that prints what it would
-/// post.
+/// the one that the phone saw, and no password field. Then it presses a key that the phone names.
+/// The Mac is a stub that prints what it would post.
 
+#include "core/input/HotkeyPlan.h"
 #include "core/input/InputMessage.h"
+#include "core/input/MessageKey.h"
 #include "core/input/TextChunks.h"
 #include "core/input/TypeTextRequest.h"
 #include "core/input/TypingSafety.h"
@@ -32,39 +34,46 @@ Focus readFocus() {
             .element = element};
 }
 
-/// On a Mac: CGEventKeyboardSetUnicodeString on a key-down and a key-up event, and CGEventPost.
-void post(const std::u16string& units) {
-    std::cout << ' ' << units.size();
+/// Each request asks anew: the focus may move while a long text is typed. On a Mac each chunk is
+/// what CGEventKeyboardSetUnicodeString puts into a key-down and a key-up event for CGEventPost.
+bool type(const InputMessage::Text& text, const FocusTracker& tracker) {
+    for (const TypeTextRequest& request : TypeTextRequest::ofText(text.text)) {
+        const Focus now = readFocus();
+        if (!tracker.accepts(text.target, now.snapshot)
+            || TypingSafety::decide(now.secureInput, now.element) != TypingSafety::allowed)
+            return false;
+        std::cout << "a request of " << Text::utf16Length(request.text) << " units, typed by";
+        for (const std::string& chunk : TextChunks::split(request.text))
+            std::cout << ' ' << Text::utf16(chunk).size();
+        std::cout << '\n';
+    }
+    return true;
 }
 
-bool type(const TypeTextRequest& request, const std::string& target, const FocusTracker& tracker) {
-    const Focus now = readFocus();
-    if (!tracker.accepts(target, now.snapshot)
-        || TypingSafety::decide(now.secureInput, now.element) != TypingSafety::allowed)
+/// A key that the phone names types nothing: the focus alone matters, and no layout moves it.
+bool press(const InputMessage::Key& key, const FocusTracker& tracker) {
+    const auto hotkey = hotkeyOf(key);
+    if (!hotkey || !tracker.accepts(key.target, readFocus().snapshot))
         return false;
-    for (const std::string& chunk : TextChunks::split(request.text))
-        post(Text::utf16(chunk));
+    HeldKeys held; // the phone's
+    for (const auto& step : HotkeyPlan::steps(KeyPhase::tap, *hotkey, {}, held))
+        std::cout << "key " << step.code << (step.down ? " down\n" : " up\n");
     return true;
 }
 
 } // namespace
 
 int main() {
-    FocusTracker tracker; // of one phone
+    FocusTracker tracker; // of one phone, which is told the focus and answers with its "target"
     if (const auto event = tracker.observe(readFocus().snapshot))
-        std::cout << encodeJson(*event).value()
-                  << '\n'; // to the phone, which answers with "target"
-
+        std::cout << encodeJson(*event).value() << '\n';
     const std::string text = std::string(510, 'x') + "\\u001b[31m\\ud83d\\ude00"; // as JSON
-    const auto message =
-        InputMessage::decode(R"({"type":"text","target":"1","text":")" + text + "\"}");
-    const auto* typed = message ? std::get_if<InputMessage::Text>(&message->content) : nullptr;
-    if (typed == nullptr)
-        return 1;
-    for (const TypeTextRequest& request : TypeTextRequest::ofText(typed->text)) {
-        std::cout << "a request of " << Text::utf16Length(request.text) << " units, typed by";
-        if (!type(request, typed->target, tracker))
-            return 1; // the focus has moved: the rest is not typed
-        std::cout << '\n';
+    const std::string enter = R"({"type":"key","key":"Enter","target":)";
+    for (const std::string& line : {R"({"type":"text","target":"1","text":")" + text + "\"}",
+                                    enter + "\"1\"}", enter + "\"2\"}"}) {
+        const auto content = InputMessage::decode(line).value().content;
+        const auto* typed = std::get_if<InputMessage::Text>(&content);
+        if (typed ? !type(*typed, tracker) : !press(std::get<InputMessage::Key>(content), tracker))
+            std::cout << "refused: the focus is not where the phone saw it\n";
     }
 }

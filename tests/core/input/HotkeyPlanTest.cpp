@@ -42,17 +42,29 @@ TEST(KeyPhase, ATapIsAPressAndItsRelease) {
     expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
 }
 
-/// Some keys of a French keyboard: what each gives in the states none, shift, option, both. 81 and
-/// 84 are on the numeric keypad, and the only key for "=" is there.
-std::optional<std::string> french(std::uint16_t code, LayoutState state) {
-    static const std::map<std::uint16_t, std::array<std::string, 4>> keys{
-        {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
-        {12, {"a", "A"}}, {13, {"z", "Z"}}, {19, {"é", "2"}}, {23, {"(", "5", "{", "["}},
-        {81, {"=", "="}}, {84, {"2", "2"}}};
+/// What each key gives in the states none, shift, option, both.
+using FewKeys = std::map<std::uint16_t, std::array<std::string, 4>>;
+
+std::optional<std::string> given(const FewKeys& keys, std::uint16_t code, LayoutState state) {
     const auto key = keys.find(code);
     if (key == keys.end())
         return std::nullopt;
     return key->second.at(static_cast<std::size_t>(state.rawValue));
+}
+
+/// Of a French keyboard. 81 and 84 are on the numeric keypad, and the only key for "=" is there.
+std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
+    static const FewKeys keys{
+        {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
+        {12, {"a", "A"}}, {13, {"z", "Z"}}, {19, {"é", "2"}}, {23, {"(", "5", "{", "["}},
+        {81, {"=", "="}}, {84, {"2", "2"}}};
+    return given(keys, code, state);
+}
+
+/// Of a US keyboard.
+std::optional<std::string> american(std::uint16_t code, LayoutState state, bool /*command*/) {
+    static const FewKeys keys{{0, {"a", "A"}}, {13, {"w", "W"}}, {19, {"2", "@"}}};
+    return given(keys, code, state);
 }
 
 Hotkey game(const std::string& key, Modifiers modifiers = {}) {
@@ -71,20 +83,83 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
         {{.key = "escape"}, {{}, 53}},
         {game("w"), {{}, 13}}, // its place
         {game("2"), {{}, 19}},
-        {game("w", {shift}), {{shift}, 6}},
+        {game("w", {shift}), {{shift}, 13}},
+        {game("w", {shift, cmd}), {{shift, cmd}, 13}},
         {game("", {shift}), {{shift}, std::nullopt}},
     };
     for (const auto& [hotkey, chord] : cases)
         EXPECT_EQ(HotkeyPlan::chord(hotkey, french), chord) << hotkey.key << hotkey.game;
 }
 
-/// A French keyboard, and an owner who carries requests out.
+/// What the typing keys give, in the order of `usPlain`: a blank for what is not ASCII. All give
+/// what a US keyboard does while Command is down.
+struct ScriptLayout {
+    std::string_view name;
+    std::string_view plain;
+    std::string_view shifted;
+
+    std::optional<std::string> operator()(std::uint16_t code, LayoutState state,
+                                          bool command) const;
+};
+
+constexpr ScriptLayout us{.name = "US",
+                          .plain = "`1234567890-=qwertyuiop[]\\asdfghjkl;'zxcvbnm,./",
+                          .shifted = "~!@#$%^&*()_+QWERTYUIOP{}|ASDFGHJKL:\"ZXCVBNM<>?"};
+
+std::optional<std::string> ScriptLayout::operator()(std::uint16_t code, LayoutState state,
+                                                    bool command) const {
+    const auto key = std::ranges::find(Hotkey::keys, code, &AnsiKey::code);
+    if (key == Hotkey::keys.end() || key->name.size() != 1 || state.contains(LayoutState::option))
+        return std::nullopt;
+    const ScriptLayout& table = command ? us : *this;
+    const std::string_view level = state.rawValue == 0 ? table.plain : table.shifted;
+    return std::string(1, level.at(us.plain.find(key->name)));
+}
+
+constexpr ScriptLayout scriptLayouts[] = {
+    {.name = "Greek",
+     .plain = "`1234567890-=;         []\\          '       ,./",
+     .shifted = "~!@#$%^&*()_+:         {}|          \"       <>?"},
+    {.name = "Hebrew",
+     .plain = ";1234567890-=/'        ][\\          ,         .",
+     .shifted = "~!@#$%^&*)(_+QWERTYUIOP}{|ASDFGHJKL:\"ZXCVBNM><?"},
+    {.name = "Russian",
+     .plain = "]1234567890-=                                 /",
+     .shifted = "[!\" %:,.;()_+                                 ?"},
+    {.name = "Dvorak - QWERTY",
+     .plain = "`1234567890[]',.pyfgcrl/=\\aoeuidhtns-;qjkxbmwvz",
+     .shifted = "~!@#$%^&*(){}\"<>PYFGCRL?+|AOEUIDHTNS_:QJKXBMWVZ"},
+};
+
+TEST(HotkeyPlan, FindsAHotKeyWithCmdWhereTheLayoutHasItWithCommand) {
+    for (const ScriptLayout& layout : scriptLayouts) {
+        ASSERT_TRUE(layout.plain.size() == 47 && layout.shifted.size() == 47) << layout.name;
+        for (const AnsiKey& key : Hotkey::keys) {
+            const Hotkey hotkey{.modifiers = {cmd}, .key = std::string(key.name)};
+            EXPECT_EQ(HotkeyPlan::chord(hotkey, layout), (Chord{{cmd}, key.code}))
+                << layout.name << ", cmd+" << key.name;
+        }
+    }
+    const std::tuple<std::size_t, std::string, Chord> withoutCommand[] = {
+        {0, ";", {{ctrl}, 12}},
+        {1, "'", {{ctrl}, 13}},
+        {2, "[", {{ctrl, shift}, 50}},
+        {3, "-", {{ctrl}, 39}},
+    };
+    for (const auto& [layout, key, chord] : withoutCommand)
+        EXPECT_EQ(HotkeyPlan::chord({.modifiers = {ctrl}, .key = key}, scriptLayouts[layout]),
+                  chord)
+            << key;
+}
+
+/// A keyboard, French at first, and an owner who carries requests out.
 struct Desk {
+    HotkeyPlan::Translate layout = french;
     HeldKeys held;
     std::set<std::uint16_t> keysDown;
 
     std::string run(KeyPhase::Phase phase, const Hotkey& hotkey) {
-        return post(HotkeyPlan::steps(phase, hotkey, french, held));
+        return post(HotkeyPlan::steps(phase, hotkey, layout, held));
     }
 
     void down(const Hotkey& hotkey) { run(KeyPhase::down, hotkey); }
@@ -107,32 +182,51 @@ struct Desk {
 TEST(HotkeyPlan, ReleaseAllLetsGoOfTheNamedKeysWhateverTheirModifiers) {
     Desk desk;
     desk.down(game("w", {shift}));
-    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s -56:");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -13:s -56:");
+    EXPECT_EQ(desk.run(KeyPhase::tap, game("w")), " +13: -13:");
+    EXPECT_TRUE(desk.held.isEmpty());
 
     desk.down(game("w"));
     desk.down(game("w", {shift}));
     desk.down({.modifiers = {cmd}, .key = "a"});
     EXPECT_EQ(desk.releaseAll(R"(["x"])"), "");
-    EXPECT_EQ(desk.releaseAll(R"(["W","x"])"), " -6:cs -56:c -13:c");
+    EXPECT_EQ(desk.releaseAll(R"(["W","x"])"), " -13:cs -56:c -13:c");
     EXPECT_EQ(desk.releaseAll("[]"), " -12:c -55:");
 
     // A modifier that another press put down stays.
     desk.down(game("", {shift}));
     desk.down(game("w", {shift}));
     EXPECT_EQ(desk.run(KeyPhase::tap, {.key = "tab"}), " +48:s -48:s");
-    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -6:s");
+    EXPECT_EQ(desk.releaseAll(R"(["w"])"), " -13:s");
     EXPECT_EQ(desk.releaseAll(R"(["nothing known"])"), " -56:");
 }
 
-/// Makes requests in every order, `more` of them.
+TEST(HotkeyPlan, LetsGoOfTheKeysOfAnotherLayoutBeforeItPressesAgain) {
+    const Hotkey selectAll{.modifiers = {cmd}, .key = "a"};
+    const Hotkey second{.modifiers = {cmd}, .key = "2"};
+    Desk desk;
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " +55:c +12:c");
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " +55:c +12:c"); // as a keyboard repeats it
+    EXPECT_EQ(desk.run(KeyPhase::down, second), " +56:cs +19:cs");
+    desk.layout = american;
+    EXPECT_EQ(desk.run(KeyPhase::down, selectAll), " -12:sc -55:s +55:sc +0:sc");
+    EXPECT_EQ(desk.run(KeyPhase::down, second),
+              " -19:cs -56:c +19:c"); // the same key without shift
+    EXPECT_EQ(desk.releaseAll("[]"), " -19:c -0:c -55:");
+}
+
+/// Makes requests and changes the layout in every order, `more` of them.
 void expectNothingLeftDown(const Desk& desk, int more) {
     Desk lost = desk;
     lost.releaseAll("[]");
     ASSERT_TRUE(lost.keysDown.empty() && lost.held.isEmpty());
     if (more == 0)
         return;
-    const Hotkey requests[] = {{.modifiers = {cmd}, .key = "c"},
-                               {.modifiers = {shift, cmd}, .key = "v"},
+    Desk elsewhere = desk;
+    elsewhere.layout = american;
+    expectNothingLeftDown(elsewhere, more - 1);
+    const Hotkey requests[] = {{.modifiers = {cmd}, .key = "2"},
+                               {.modifiers = {shift, cmd}, .key = "a"},
                                game("", {shift}),
                                game("w")};
     for (const Hotkey& hotkey : requests) {
@@ -156,9 +250,18 @@ TEST(EventFlags, AreThoseOfAKeyboard) {
         {{.code = 103, .held = {cmd}}, 0x900000}, // F11
         {{.code = 117}, 0x800000},                // delete
         {{.code = 51}, 0},                        // backspace
+        {{.code = 81, .held = {cmd}}, 0x300000},  // "=" of the keypad
     };
     for (const auto& [step, flags] : cases)
         EXPECT_EQ(EventFlags::of(step), flags) << step.code;
+
+    // The keypad lies among function keys.
+    const std::set<int> keypad{65, 67, 69, 71, 75, 76, 78, 81, 82, 83,
+                               84, 85, 86, 87, 88, 89, 91, 92, 95};
+    for (std::uint16_t code = 0; code < 123; ++code)
+        EXPECT_EQ((EventFlags::of(KeyPhase::Step{.code = code}) & EventFlags::numericPad) != 0,
+                  keypad.contains(code))
+            << code;
 }
 
 TEST(MessageKey, IsAHotKeyOfTheSameKey) {

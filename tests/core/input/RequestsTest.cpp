@@ -1,3 +1,4 @@
+#include "core/input/HeldButtons.h"
 #include "core/input/MouseClickRequest.h"
 #include "core/input/TypeTextRequest.h"
 #include "core/input/WebURL.h"
@@ -113,6 +114,28 @@ void expectAccepted(const Rule& rule, const std::string& before, std::string_vie
 }
 
 const std::string alphanumeric = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+
+TEST(HeldButtons, GiveBackWhatWasPressedAndDragWithTheLeftOne) {
+    const HeldButtons::Press left{.right = false, .count = 2};
+    const HeldButtons::Press right{.right = true, .count = 1};
+    HeldButtons held;
+    EXPECT_EQ(held.take(false), std::nullopt);
+    EXPECT_EQ(held.dragged(), std::nullopt);
+    held.pressed(right);
+    EXPECT_EQ(held.dragged(), right);
+    held.pressed(left);
+    EXPECT_EQ(held.dragged(), left);
+    held.pressed({.right = false, .count = 3}); // a second press
+    EXPECT_TRUE(held.isDown(false) && held.isDown(true));
+    HeldButtons gone = held;
+    EXPECT_EQ(gone.takeAll(), (std::vector{left, right}));
+    EXPECT_TRUE(gone.isEmpty() && gone.takeAll().empty());
+    EXPECT_EQ(held.take(false), left);
+    EXPECT_EQ(held.take(false), std::nullopt);
+    EXPECT_FALSE(held.isDown(false));
+    EXPECT_EQ(held.take(true), right);
+    EXPECT_TRUE(held.isEmpty());
+}
 
 TEST(WebURL, AcceptsAbsoluteAddressesOfTheWebAsTheyCame) {
     for (const std::string& text : joined({"https://a.example/" + times(2048 - 18, "x")}, words(R"(

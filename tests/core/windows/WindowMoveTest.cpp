@@ -15,6 +15,7 @@ struct Mac {
     std::vector<AXWindowFacts> facts{{.title = "b"}, {.title = "a", .bounds = WindowBounds{}}};
     bool resizable = true;
     int stubbornness = 0; ///< steps that are without effect
+    int closesAfter = 0;  ///< steps until the application closes the window; 0 for never
     std::vector<FramePlan::Step> applied;
 
     std::expected<FrameRecord, Refusal> move(const FrameRequest& request) {
@@ -31,9 +32,13 @@ struct Mac {
 private:
     void apply(std::size_t window, const FramePlan::Step& step) {
         applied.push_back(step);
-        if (--stubbornness >= 0)
+        if (applied.size() == std::size_t(closesAfter)) {
+            rows.erase(rows.begin());
+            facts.at(window) = {};
+        }
+        if (--stubbornness >= 0 || !facts.at(window).bounds)
             return;
-        auto& bounds = facts.at(window).bounds.value();
+        auto& bounds = *facts.at(window).bounds;
         if (const auto* position = std::get_if<FramePlan::Position>(&step)) {
             bounds.x = position->x;
             bounds.y = position->y;
@@ -69,6 +74,14 @@ TEST(WindowMove, TriesTwiceAndTellsWhereTheWindowIs) {
     EXPECT_EQ(stubborn.move(request), std::unexpected(Refusal::notLanded));
 }
 
+TEST(WindowMove, TellsThatTheWindowWasClosedMeanwhile) {
+    for (const int closesAfter : {1, 3, 5, 6}) {
+        Mac mac{.stubbornness = 100, .closesAfter = closesAfter};
+        EXPECT_EQ(mac.move(request), std::unexpected(Refusal::noWindow)) << closesAfter;
+        EXPECT_EQ(mac.applied.size(), closesAfter <= 3 ? 3U : 6U) << closesAfter;
+    }
+}
+
 TEST(WindowMove, TouchesNothingThatItMayNotMove) {
     const std::pair<Refusal, void (*)(Mac&, FrameRequest&)> cases[] = {
         {Refusal::otherProcess, [](Mac& mac, auto&) { mac.process.reset(); }},
@@ -82,6 +95,12 @@ TEST(WindowMove, TouchesNothingThatItMayNotMove) {
         {Refusal::noWindow, [](Mac&, auto& asked) { asked.windowId = 8; }},
         {Refusal::noWindow, [](Mac& mac, auto&) { mac.rows.erase(mac.rows.begin()); }},
         {Refusal::noWindow, [](Mac& mac, auto&) { mac.facts.clear(); }},
+        // Closed after it was listed; another of the same title, in the same place, is left.
+        {Refusal::noWindow,
+         [](Mac& mac, auto&) {
+             mac.rows[0].onScreen = true;
+             mac.facts[1].windowId = 8;
+         }},
     };
     for (const auto& [refusal, change] : cases) {
         Mac mac;
