@@ -28,7 +28,6 @@ auto HoldKeeper::reply(Callback callback) {
            }));
     return current([this, callback](auto... arguments) {
         awaited_.reset();
-        awaitsReport_ = false;
         connectionAnswers_ = true;
         callback(arguments...);
     });
@@ -36,16 +35,13 @@ auto HoldKeeper::reply(Callback callback) {
 
 template<class Callback>
 void HoldKeeper::askForReport(Callback callback) {
-    const auto answered =
-        reply([callback](std::string_view line) { callback(decodeRecord<HoldReport>(line)); });
-    awaitsReport_ = true;
-    daemon_->report(answered);
+    daemon_->report(
+        reply([callback](std::string_view line) { callback(decodeRecord<HoldReport>(line)); }));
 }
 
 void HoldKeeper::newAttempt() {
     attempt_ = std::make_shared<Attempt>();
     awaited_.reset();
-    awaitsReport_ = false;
 }
 
 void HoldKeeper::start() {
@@ -76,11 +72,8 @@ void HoldKeeper::connectionEnded() {
         stopped(Outcome::unknown);
         return;
     }
-    // A daemon that does not know the call ends the connection over it.
-    if (std::exchange(awaitsReport_, false))
-        daemonReports_ = false;
     if (connectionAnswers_)
-        holdLost(daemonReports_ ? connectionLost : reasonUnknown);
+        holdLost(connectionLost);
     else
         lookForDaemonAgain();
 }
@@ -112,13 +105,8 @@ void HoldKeeper::holdAnswered(bool ok, std::string_view reason) {
     }
 }
 
-/// Looks at the hold of another client. An older daemon does not tell of it: then it is asked for.
+/// Looks at the hold of another client.
 void HoldKeeper::look() {
-    if (!daemonReports_) {
-        retryAfter(ridingInterval);
-        change({.state = State::riding});
-        return;
-    }
     askForReport([this](const std::optional<HoldReport>& report) { lookAnswered(report); });
 }
 
@@ -160,10 +148,6 @@ void HoldKeeper::checkNow() {
 }
 
 void HoldKeeper::askWhyLost() {
-    if (!daemonReports_) {
-        holdLost(reasonUnknown);
-        return;
-    }
     askForReport([this](const std::optional<HoldReport>& report) {
         holdLost(report && report->ownEnd ? std::string_view(report->ownEnd->how) : reasonUnknown);
     });
@@ -227,10 +211,6 @@ void HoldKeeper::releaseIfStillHeld() {
 }
 
 void HoldKeeper::askForOutcome() {
-    if (!daemonReports_) {
-        stopped(Outcome::unknown);
-        return;
-    }
     askForReport([this](const std::optional<HoldReport>& report) {
         if (!report)
             stopped(Outcome::unknown);

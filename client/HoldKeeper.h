@@ -45,7 +45,7 @@ public:
         /// how the hold ended: the text of a `HoldEnding`, or one of the two below. A newer daemon
         /// may have other texts. Otherwise empty, or `daemonSilent`.
         std::string reason{};
-        /// Whose hold it rides on; absent where an older daemon does not tell.
+        /// Whose hold it rides on; absent if the daemon's answer is no report.
         std::optional<HolderReport> holder{};
     };
 
@@ -137,9 +137,7 @@ private:
     Status status_;
     std::shared_ptr<VelmoPowerProtocol> daemon_;
     bool connectionAnswers_ = false; ///< this connection has had a reply
-    bool daemonReports_ = true;      ///< until a connection ended over a report: an older daemon
     std::optional<int> awaited_;     ///< the number of the call without a reply yet
-    bool awaitsReport_ = false;      ///< whether that is a report
     int calls_ = 0;
     std::shared_ptr<Attempt> attempt_;  ///< replaced to end it; its end ends its callbacks too
     std::function<void(Outcome)> done_; ///< while stopping

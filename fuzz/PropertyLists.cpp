@@ -13,16 +13,31 @@ namespace velmo::Fuzz {
 
 namespace {
 
+struct Extent {
+    std::size_t nodes = 1;
+    std::size_t bytes = 0;
+    std::size_t depth = 0;
+};
+
+void add(Extent& whole, const Extent& part) {
+    whole.nodes += part.nodes;
+    whole.bytes += part.bytes;
+    whole.depth = std::max(whole.depth, 1 + part.depth);
+}
+
 // NOLINTNEXTLINE(misc-no-recursion): the depth is what is measured.
-std::size_t depthOf(const Value& value) {
-    std::size_t deepest = 0;
-    if (value.array() != nullptr)
-        for (const Value& element : *value.array())
-            deepest = std::max(deepest, 1 + depthOf(element));
-    if (value.dictionary() != nullptr)
-        for (const auto& [name, member] : *value.dictionary())
-            deepest = std::max(deepest, 1 + depthOf(member));
-    return deepest;
+Extent extentOf(const Value& value) {
+    Extent extent;
+    extent.bytes = value.text().value_or("").size() + value.data().value_or(ByteView()).size();
+    for (const Value& element : value.elements())
+        add(extent, extentOf(element));
+    if (value.dictionary() != nullptr) {
+        for (const auto& [name, member] : *value.dictionary()) {
+            add(extent, Extent{.bytes = name.size()});
+            add(extent, extentOf(member));
+        }
+    }
+    return extent;
 }
 
 void requireTile(const DockTile& tile) {
@@ -66,7 +81,10 @@ void checkPropertyLists(Input input) {
     require(!list || PropertyListBounds::admits(bytes));
     if (!list)
         return;
-    require(depthOf(*list) <= PropertyListBounds::maxDepth);
+    const Extent extent = extentOf(*list);
+    require(extent.depth <= PropertyListBounds::maxDepth);
+    require(extent.nodes <= PropertyListBounds::maxNodes);
+    require(extent.bytes <= PropertyListBounds::maxUnfoldedBytes);
     requireRow(*list);
     if (const auto* dictionary = list->dictionary()) {
         requireDock(*dictionary);

@@ -109,7 +109,6 @@ public:
     bool isTold = false;                    ///< that the program has ended
 
 private:
-    bool sendPieces(std::span<const ByteView> pieces, std::size_t& sent);
     bool sendOutput(const OutputLog& log);
     bool sendOwn();
     void nextFrame(const OutputLog& log, bool answers);

@@ -34,8 +34,9 @@ struct ClipboardWrite {
     /// `PasteboardPolicy`; absent if the body is neither, or both. The text is not empty and
     /// contains no NUL; it is not trimmed. Beside an image "concealed" has no effect, but must be a
     /// boolean all the same. Unknown members are ignored.
-    /// A long text or image takes no second copy of itself; a long text in a member that is ignored
-    /// takes up to fifteen times its length for as long as the body is read.
+    /// A long text or image takes no second copy of itself. What stands in a member that is ignored
+    /// takes fifteen times its length for as long as the body is read, and up to forty times if
+    /// there are numbers beyond 64 bits or beyond double.
     static std::optional<ClipboardWrite> parse(ByteView body);
 
     bool operator==(const ClipboardWrite&) const = default;

@@ -19,8 +19,8 @@ inline constexpr std::size_t height = 600;
 /// drawn as a dot.
 ///
 /// Any strokes may be passed, not only those that `SignatureBody::decode` accepts: a part outside
-/// the picture is cut off, and a point that is not two finite numbers is left out. Absent only if
-/// memory runs out.
+/// the picture is cut off, and a stroke with a point that is not two finite numbers is left out.
+/// Absent only if memory runs out.
 std::optional<Bytes> png(std::span<const SignatureBody::Stroke> strokes, bool blue);
 
 } // namespace velmo::SignatureRenderer

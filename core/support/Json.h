@@ -42,7 +42,7 @@ class JsonReference {
 /// quickly made.
 class JsonPlainValue {
 public:
-    JsonPlainValue() = default; // Without a text or number, whose places nobody reads.
+    JsonPlainValue() = default;
 
     explicit JsonPlainValue(std::string_view text)
         : kind_(JsonKind::text),
@@ -73,8 +73,8 @@ public:
 
 private:
     JsonKind kind_ = JsonKind::null;
-    std::uint32_t size_; ///< bytes of a text; the parser reads no document of 4 GiB
-    std::uint64_t word_; ///< the integer or boolean, or where the text is
+    std::uint32_t size_ = 0; ///< bytes of a text; the parser reads no document of 4 GiB
+    std::uint64_t word_ = 0; ///< the integer or boolean, or where the text is
 };
 
 /// One value. Every reader returns absent for a value of another kind. Nothing is converted, except

@@ -2,8 +2,8 @@
 /// imports, on Linux on such a processor or under an emulator of one, which EMULATED_PROCESSOR
 /// names. EMULATED_MAC names the folder that holds the Mac.
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/loader/Image.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Process.h"
 
 #include <exception>

@@ -7,10 +7,9 @@
 
 namespace velmo::Inventory {
 
-/// Returns what lies in the folder, in the order of the disk and with its names byte by byte, "."
-/// and
-/// ".." left out. Returns nothing if the folder can't be listed, and what came before the error if
-/// one occurs midway.
+/// Returns what lies in the folder, in the order of the disk and with its names byte by byte,
+/// without "." and "..". Returns nothing if the folder can't be listed, and what came before the
+/// error if one occurs midway.
 std::vector<Entry> listFolder(const std::string& path);
 
 } // namespace velmo::Inventory

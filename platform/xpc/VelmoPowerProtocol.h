@@ -30,7 +30,7 @@ NS_ASSUME_NONNULL_BEGIN
 - (void)releaseWithReply:(void (^)(BOOL ok))reply NS_SWIFT_NAME(release(reply:));
 
 /// Tells about the holds: the line is a JSON object (docs/formats/power-service.md), or "" while
-/// the daemon ends. A daemon of an older version ends the connection instead, and its hold with it.
+/// the daemon ends.
 - (void)reportWithReply:(void (^)(NSString* line))reply NS_SWIFT_NAME(report(reply:));
 
 @end

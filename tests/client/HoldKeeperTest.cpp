@@ -239,17 +239,15 @@ TEST_F(HoldKeeperTest, WithoutRidingBusyIsARefusal) {
     EXPECT_THAT(said, ElementsAre("refused: busy"));
 }
 
-// It ends the connection over a report. A holder has nothing to lose when it asks.
-TEST_F(HoldKeeperTest, ADaemonOfBeforeReportsIsTakenAsItIs) {
+TEST_F(HoldKeeperTest, AConnectionThatEndsOverAReportIsLostAndTheNextIsAskedForReportsToo) {
     grant();
     pass(10);
     daemon->onReply(false);
     lose();
     EXPECT_THAT(takeCalls(), ElementsAre("heartbeat", "report", "connect", "hold 25"));
     daemon->onHold(false, "busy");
-    EXPECT_THAT(said, ElementsAre("connecting: unknown", "riding"));
-    pass(2);
-    EXPECT_THAT(takeCalls(), ElementsAre("hold 25"));
+    EXPECT_THAT(said, ElementsAre("connecting: connection"));
+    EXPECT_THAT(takeCalls(), ElementsAre("report"));
 }
 
 TEST_F(HoldKeeperTest, WhoeverDoubtsTheHoldIsAnsweredAtOnce) {

@@ -1,7 +1,8 @@
 #include "lab/emulated-mac/loader/Image.h"
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/loader/ThreadLocals.h"
+#include "lab/emulated-mac/shims/Fault.h"
+#include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <sys/mman.h>
 
@@ -65,11 +66,7 @@ Image::Image(const MachOFile& file) : file_(file) {
     useThreadLocals(file_);
     registerUnwindTables(file_.section("__eh_frame"));
     __builtin___clear_cache(at<char>(lowest), at<char>(highest));
-}
-
-bool Image::contains(const void* address) {
-    const auto value = reinterpret_cast<std::uintptr_t>(address);
-    return value >= lowest && value < highest;
+    keepObjectsIn({at<char>(lowest), at<char>(highest)});
 }
 
 void Image::map(const MachOFile& file) {

@@ -18,9 +18,6 @@ public:
     /// Runs the initialisers and `main`, and returns its status.
     int run(int count, char** arguments, char** environment) const;
 
-    /// Tells whether the address lies in the executable: such objects and blocks live for ever.
-    static bool contains(const void* address);
-
 private:
     void map(const MachOFile& file);
     static void bind(const MachOFile& file);

@@ -2,7 +2,7 @@
 
 #include "lab/emulated-mac/shims/CoreFoundation.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Shims.h"
 

@@ -1,6 +1,6 @@
 #include "lab/emulated-mac/shims/Darwin.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include <fcntl.h>
 
 #include <array>

@@ -1,6 +1,6 @@
 /// libdispatch (<dispatch/queue.h>, <dispatch/source.h>, <dispatch/time.h>).
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"

@@ -1,7 +1,7 @@
 #include "lab/emulated-mac/shims/Foundation.h"
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"
 

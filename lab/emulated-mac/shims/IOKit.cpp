@@ -1,7 +1,7 @@
 /// IOKit (IOKitLib.h, IOPMLib.h, IOPowerSources.h, IOPSKeys.h) over the facts of the emulated Mac.
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/CoreFoundation.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"

@@ -1,6 +1,6 @@
 #include "lab/emulated-mac/shims/Machine.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,7 +1,6 @@
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 
-#include "lab/emulated-mac/Fault.h"
-#include "lab/emulated-mac/loader/Image.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <cxxabi.h>
@@ -10,9 +9,11 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <set>
+#include <span>
 #include <typeinfo>
 #include <unordered_map>
 #include <vector>
@@ -100,6 +101,7 @@ struct Tables {
     std::unordered_map<const Object*, Life> objects;
     std::unordered_map<const Object*, std::int64_t> blocks;
     std::set<const Object*> immortals;
+    std::span<const char> executable;        ///< where objects and blocks live for ever
     std::map<std::string, int> releasedLate; ///< outside every explicit pool, by class
 };
 
@@ -128,7 +130,11 @@ Life& lifeOf(const Object* object) {
 }
 
 bool livesForEver(const Object* object) {
-    return Image::contains(object) || tables().immortals.contains(object);
+    const auto* const address = reinterpret_cast<const char*>(object);
+    const std::span<const char> executable = tables().executable;
+    return (!std::less()(address, executable.data())
+            && std::less()(address, executable.data() + executable.size()))
+           || tables().immortals.contains(object);
 }
 
 /// Calls the class's own method of this name, if it has one.
@@ -206,6 +212,10 @@ FrameworkClass nsObject("NSObject", nullptr, sizeof(Object),
 
 void makeImmortal(const Object* object) {
     tables().immortals.insert(object);
+}
+
+void keepObjectsIn(std::span<const char> executable) {
+    tables().executable = executable;
 }
 
 Object* allocate(Class* isa) {

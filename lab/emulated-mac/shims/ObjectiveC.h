@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <new>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -151,6 +152,9 @@ Object* allocate(Class* isa);
 
 /// An object that was not allocated, and is never counted.
 void makeImmortal(const Object* object);
+
+/// Makes the objects and blocks immortal that the compiler has put into the executable.
+void keepObjectsIn(std::span<const char> executable);
 
 template<class T>
 T* allocate(FrameworkClass& of) {

@@ -2,8 +2,8 @@
 
 #include "lab/emulated-mac/shims/Security.h"
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/CoreFoundation.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"

@@ -1,6 +1,6 @@
 #include "lab/emulated-mac/shims/Shims.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include <unwind.h>
 
 #include <array>

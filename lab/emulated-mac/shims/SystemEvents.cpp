@@ -1,8 +1,8 @@
 /// libSystem's event queues (<sys/event.h>, kqueue(2)), over epoll: as much as waits for
 /// descriptors to become readable or writable, and for processes to end.
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <sys/epoll.h>
 #include <sys/ioctl.h>

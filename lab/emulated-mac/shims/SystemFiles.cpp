@@ -1,7 +1,7 @@
 /// libSystem's files and descriptors (<fcntl.h>, <sys/stat.h>, <unistd.h>).
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"

@@ -1,7 +1,7 @@
 /// libSystem's processes (<spawn.h>, <unistd.h>, <stdlib.h>).
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Process.h"

@@ -1,7 +1,7 @@
 /// libSystem's signals (<signal.h>, XNU's <sys/signal.h>).
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"

@@ -1,7 +1,7 @@
 /// libSystem's threads and clocks (<pthread.h>, <time.h>).
 
-#include "lab/emulated-mac/Fault.h"
 #include "lab/emulated-mac/shims/Darwin.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include <pthread.h>

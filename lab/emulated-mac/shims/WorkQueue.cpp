@@ -1,6 +1,6 @@
 #include "lab/emulated-mac/shims/WorkQueue.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 
 #include <condition_variable>

@@ -1,6 +1,6 @@
 /// NSXPCConnection.h and, below it, <xpc/connection.h>.
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"

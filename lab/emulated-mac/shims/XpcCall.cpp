@@ -1,6 +1,6 @@
 #include "lab/emulated-mac/shims/XpcCall.h"
 
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 
 #include <algorithm>

@@ -28,9 +28,9 @@ std::optional<Value> parse(std::string_view bytes) {
 }
 
 Inventory::BundleInformation bundle(const std::string& path) {
-    // The service reads the file again, but would wait for a FIFO and take any size.
+    // The service reads the file again, but would wait for a FIFO and read anything.
     const auto file = readInformation(path);
-    if (!file)
+    if (!file || !PropertyListBounds::admits(file->content))
         return {};
     const Owned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
         kCFAllocatorDefault, bytesAt(file->bundle), static_cast<CFIndex>(file->bundle.size()),

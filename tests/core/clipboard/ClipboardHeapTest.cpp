@@ -92,5 +92,20 @@ TEST(ClipboardHeap, ALargeBodyIsNotCopied) {
     EXPECT_LT(heapToParse(body), body.size());
 }
 
+TEST(ClipboardHeap, WhatIsIgnoredTakesUpToFortyTimesItsLength) {
+    const struct {
+        std::string ignored;
+        std::size_t times;
+    } cases[] = {
+        {'"' + std::string(mebibyte, 'x') + '"', 15},
+        {"[" + times(mebibyte / 6, "1e999,") + "1]", 40},
+    };
+
+    for (const auto& [ignored, most] : cases) {
+        const std::string body = R"({"text":"a","x":)" + ignored + '}';
+        EXPECT_LT(heapToParse(body), most * body.size()) << most;
+    }
+}
+
 } // namespace
 } // namespace velmo

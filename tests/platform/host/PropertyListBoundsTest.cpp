@@ -13,6 +13,13 @@ namespace {
 
 using namespace std::string_literals;
 
+std::string repeat(const std::string& text, std::size_t count) {
+    std::string result;
+    while (count-- > 0)
+        result += text;
+    return result;
+}
+
 std::string number(std::size_t value) {
     Bytes bytes;
     BigEndian::append(bytes, value, 8);
@@ -20,28 +27,61 @@ std::string number(std::size_t value) {
 }
 
 /// A list in the binary form: the objects, one after another, where each begins, and the trailer
-/// for numbers of objects and offsets of one byte each.
-std::string binary(const std::string& objects, const std::vector<std::uint8_t>& offsets,
-                   std::size_t root = 0) {
+/// for numbers of objects of one byte each.
+std::string binary(const std::string& objects, const std::vector<std::size_t>& offsets,
+                   std::size_t offsetSize = 1) {
     const std::string body = "bplist00" + objects;
-    return body + std::string(offsets.begin(), offsets.end()) + std::string(6, '\0') + "\x01\x01"
-           + number(offsets.size()) + number(root) + number(body.size());
+    Bytes table;
+    for (const std::size_t offset : offsets)
+        BigEndian::append(table, offset, offsetSize);
+    return body + std::string(textOf(table)) + std::string(6, '\0') + static_cast<char>(offsetSize)
+           + '\x01' + number(offsets.size()) + number(0) + number(body.size());
 }
 
 /// The objects of which the first refers to all others.
 std::string listOf(const std::vector<std::string>& objects) {
     std::string all;
-    std::vector<std::uint8_t> offsets;
+    std::vector<std::size_t> offsets;
     for (const std::string& object : objects) {
-        offsets.push_back(static_cast<std::uint8_t>(8 + all.size()));
+        offsets.push_back(8 + all.size());
         all += object;
     }
-    return binary(all, offsets);
+    return binary(all, offsets, 4);
 }
 
 /// A dictionary of one member with this key.
 std::string keyed(const std::string& key) {
     return listOf({"\xD1\x01\x02", key, "\x09"});
+}
+
+/// Arrays, each of which holds the next one this often, and the last one this object.
+std::string tower(std::size_t height, std::size_t often, const std::string& object) {
+    std::vector<std::string> objects;
+    while (objects.size() < height) {
+        const auto next = static_cast<char>(objects.size() + 1);
+        objects.push_back(static_cast<char>(0xA0 + often) + std::string(often, next));
+    }
+    objects.push_back(object);
+    return listOf(objects);
+}
+
+/// A text or data of this kind and so many units of which each is `unit`.
+std::string content(char kind, std::size_t count, const std::string& unit) {
+    Bytes size;
+    BigEndian::append(size, count, 4);
+    return kind + "\x12"s + std::string(textOf(size)) + repeat(unit, count);
+}
+
+/// A dictionary of 100 keys of 65535 bytes, which overlap.
+std::string overlappingKeys() {
+    std::string objects = "\xDF\x10\x64";
+    std::vector<std::size_t> offsets{8};
+    for (char key = 1; key <= 100; ++key)
+        objects += key;
+    objects += std::string(100, 1);
+    for (int key = 0; key < 100; ++key)
+        offsets.push_back(8 + objects.size() + key * 4);
+    return binary(objects + repeat("\x5F\x11\xFF\xFF", 100) + std::string(65535, 'x'), offsets, 4);
 }
 
 std::string changed(std::string bytes, std::size_t fromEnd, char byte) {
@@ -55,9 +95,6 @@ TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
     // one character, which is not there.
     const std::string keyBeyond =
         binary("\xD1\x01\x02\x09" + std::string(0x51 - 12, '\x09'), {8, 0x51 + 3 + 31, 11});
-    // Ten objects share one array of 100 references to the eleventh.
-    const std::string shared = binary("\xAF\x10\x64" + std::string(100, '\x0A') + "\x09",
-                                      {8, 8, 8, 8, 8, 8, 8, 8, 8, 8, 8 + 103});
     const std::string wrapping = "\x13\x80"s + std::string(7, '\0'); // 2^63
 
     const struct {
@@ -77,6 +114,7 @@ TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
         {"a key", sound, true},
         {"a UTF-16 key", keyed("\x61\x6F\x22"), true},
         {"a key that is none", keyed("\x09"), false},
+        {"data as a key", keyed("\x42kk"), false},
         {"NUL in a key", keyed("\x52k\0"s), false},
         {"NUL in a UTF-16 key", keyed("\x62\0k\0\0"s), false},
         {"half of a NUL in a UTF-16 key", keyed("\x62\0k\1\0"s), true},
@@ -93,24 +131,116 @@ TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
         {"2^63 members", listOf({"\xDF" + wrapping}), false},
         {"a shared scalar", listOf({"\xA2\x01\x01", "\x09"}), true},
         {"a shared empty container", listOf({"\xA2\x01\x01", "\xA0"}), true},
-        {"a shared array", listOf({"\xA2\x01\x01", "\xA2\x02\x02", "\x09"}), false},
-        {"a shared set", listOf({"\xC2\x01\x01", "\xC2\x02\x02", "\x09"}), false},
-        {"a shared dictionary", listOf({"\xA2\x01\x01", "\xD1\x02\x02", "\x51k"}), false},
-        {"more references than bytes", shared, false},
+        {"a shared array", listOf({"\xA2\x01\x01", "\xA2\x02\x02", "\x09"}), true},
+        {"a shared set", listOf({"\xC2\x01\x01", "\xC2\x02\x02", "\x09"}), true},
+        {"a shared dictionary", listOf({"\xA2\x01\x01", "\xD1\x02\x02", "\x51k"}), true},
+        {"a set that refers to itself", listOf({"\xC1\0"s}), false},
+        {"a dictionary that contains itself", listOf({"\xD1\x01\x02", "\x51k", "\xA1\0"s}), false},
+        {"as many objects as are allowed", binary("\x09", std::vector<std::size_t>(32768, 8)),
+         true},
+        {"one object more", binary("\x09", std::vector<std::size_t>(32769, 8)), false},
     };
 
     for (const auto& [what, bytes, isAdmitted] : cases)
         EXPECT_EQ(PropertyListBounds::admits(bytes), isAdmitted) << what;
 }
 
-TEST(PropertyListBounds, CountContainersInXml) {
-    for (const char* container : {"<array>", "<dict>", "<dict/>"}) {
+TEST(PropertyListBounds, MeasureAListUnfolded) {
+    // Below the root, 48 nested arrays and a chain that ends with the same 48.
+    const auto chain = [](std::size_t length) {
+        std::vector<std::string> objects{"\xA2\x01\x31"};
+        for (char next = 2; next <= 48; ++next)
+            objects.push_back({'\xA1', next});
+        objects.emplace_back("\xA0");
+        while (objects.size() < 48 + length)
+            objects.push_back({'\xA1', static_cast<char>(objects.size() + 1)});
+        objects.emplace_back("\xA1\x01");
+        return listOf(objects);
+    };
+    const auto wide = [](const std::string& count, std::size_t references) {
+        return listOf({"\xAF\x11" + count + std::string(references, 1), "\x09"});
+    };
+
+    const struct {
+        const char* what;
         std::string bytes;
-        for (int i = 0; i < 10000; ++i)
-            bytes += container;
-        EXPECT_TRUE(PropertyListBounds::admits(bytes)) << container;
-        EXPECT_FALSE(PropertyListBounds::admits(bytes + container)) << container;
-    }
+        bool isAdmitted;
+    } cases[] = {
+        {"32767 nodes of 15 objects", tower(14, 2, "\x09"), true},
+        {"65535 nodes of 16 objects", tower(15, 2, "\x09"), false},
+        {"32768 nodes", wide("\x7F\xFF", 32767), true},
+        {"32769 nodes", wide("\x80\0"s, 32768), false},
+        {"a depth of 128", tower(128, 1, "\x09"), true},
+        {"a depth of 129", tower(129, 1, "\x09"), false},
+        {"a depth of 128 where it is shared", chain(80), true},
+        {"a depth of 129 where it is shared", chain(81), false},
+        {"16 texts of 256 KiB", tower(2, 4, content(0x5F, 262144, "x")), true},
+        {"16 texts of a byte more", tower(2, 4, content(0x5F, 262145, "x")), false},
+        {"16 times data of 256 KiB", tower(2, 4, content(0x4F, 262144, "x")), true},
+        {"16 times data of a byte more", tower(2, 4, content(0x4F, 262145, "x")), false},
+        {"16 UTF-16 texts, as UTF-8 of 256 KiB", tower(2, 4, content(0x6F, 87381, "xx")), true},
+        {"16 UTF-16 texts of a unit more", tower(2, 4, content(0x6F, 87382, "xx")), false},
+        {"keys that overlap", overlappingKeys(), false},
+    };
+
+    for (const auto& [what, bytes, isAdmitted] : cases)
+        EXPECT_EQ(PropertyListBounds::admits(bytes), isAdmitted) << what;
+}
+
+TEST(PropertyListBounds, MeasureXmlAsItsReadersReadIt) {
+    const auto nested = [](const std::string& opening, const std::string& closing,
+                           std::size_t depth = 129) {
+        return "<plist>" + repeat(opening, depth) + repeat(closing, depth) + "</plist>";
+    };
+    const auto declared = [](const std::string& what) { return "<?xml " + what + "?><true/>"; };
+    const std::string array = "<array>";
+    const std::string end = "</array>";
+
+    const struct {
+        const char* what;
+        std::string bytes;
+        bool isAdmitted;
+    } cases[] = {
+        {"a depth of 128", nested(array, end), true},
+        {"a depth of 129", nested(array, end, 130), false},
+        {"a depth of 129 in an element without content", nested(array, "<dict/>" + end), false},
+        {"lists in lists", nested("<plist>", "", 130), false},
+        {"elements without content", nested("<array/>", "", 1000), true},
+        {"one after another", nested(array + end, "", 1000), true},
+        {"elements in comments", nested("<!--" + array + "-->", "", 1000), true},
+        {"an end in a comment", nested(array + "<!--" + end + "-->", ""), true},
+        {"ends in comments", nested(array + "<!--" + end + "-->", "", 130), false},
+        {"ends in a comment that looks ended", nested(array + "<!-->" + end + "-->", "", 130),
+         false},
+        {"ends in literal text", nested(array + "<![CDATA[>" + end + "]]>", "", 130), false},
+        {"an end behind a quoted '>'", array + "<a b=\">" + end + "\"/>", false},
+        {"the same in the other quotes", array + "<a b='>" + end + "'/>", false},
+        {"a quote in quotes", array + "<a b=\"'\" c='>" + end + "\"'/>", false},
+        {"a tag in a tag", array + "<a " + end, false},
+        {"an instruction that goes on", array + "<?a >" + end + "?>", false},
+        {"an instruction of nothing", array + "<?>" + end + "?>", false},
+        {"a document type", "<!DOCTYPE plist PUBLIC \"-//A//EN\" \"http://a/\"><true/>", true},
+        {"a document type with declarations", array + "<!DOCTYPE a [>" + end + "]>", false},
+        {"an end of nothing", end, false},
+        {"a comment without an end", "<!-- <array>", false},
+        {"literal text without an end", "<![CDATA[", false},
+        {"32768 elements", repeat("<a/>", 32768), true},
+        {"32769 elements", repeat("<a/>", 32769), false},
+        {"no encoding", declared("version=\"1.0\""), true},
+        {"UTF-8", declared("version='1.0' encoding='utf-8'"), true},
+        {"an encoding of one byte a character", declared("encoding=\"ISO-8859-1\""), true},
+        {"UTF-7, in which '<' may be hidden", declared("encoding=\"UTF-7\""), false},
+        {"two encodings", declared("encoding=\"UTF-8\" encoding=\"UTF-7\""), false},
+        {"an encoding without quotes", declared("encoding=UTF-8"), false},
+        {"no name behind it", declared("encoding"), false},
+        {"256 entities before a text of a mebibyte",
+         "<a>" + repeat("&lt;", 256) + std::string(1048576 - 256 * 4 - 3, 'x'), true},
+        {"two such texts",
+         repeat("<a>" + repeat("&lt;", 400) + std::string(500000, 'x') + "</a>", 2), false},
+    };
+
+    for (const auto& [what, bytes, isAdmitted] : cases)
+        EXPECT_EQ(PropertyListBounds::admits(bytes), isAdmitted) << what;
 }
 
 } // namespace

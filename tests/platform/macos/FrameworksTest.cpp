@@ -137,6 +137,8 @@ TEST_F(MacFrameworks, ABundleSaysWhatItIs) {
     mac.bundles = {{path, whole}};
     EXPECT_EQ(PropertyList::bundle(path), nothing) << "without a file the service isn't asked";
     std::filesystem::create_directories(path);
+    std::ofstream(path + "/Info.plist") << "{ a = b; }";
+    EXPECT_EQ(PropertyList::bundle(path), nothing) << "nor for a file beyond the bounds";
     std::ofstream(path + "/Info.plist") << "<";
     EXPECT_EQ(PropertyList::bundle(path), (Inventory::BundleInformation{"D", "N", "1", "com.x"}));
     mac.bundles = {{path, dictionary({{"CFBundleName", mac.number(1)}})}};

@@ -36,14 +36,24 @@ TEST(PropertyList, BothFormsAreReadTheSame) {
     EXPECT_EQ(PropertyList::parse("\xEF\xBB\xBF\n" + xmlList("<true/>")), Value(true));
 }
 
+TEST(PropertyList, WhatIsReferredToTwiceIsReadTwice) {
+    const std::string_view objects = "bplist00\xA2\x01\x01\xD1\x02\x03\x51k\x09";
+    const char offsets[] = {8, 11, 14, 16};
+    const char trailer[32] = {0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 4,
+                              0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 17};
+    EXPECT_EQ(PropertyList::parse(std::string(objects) + std::string(offsets, 4)
+                                  + std::string(trailer, 32)),
+              Value(Array{Dictionary{{"k", true}}, Dictionary{{"k", true}}}));
+}
+
 TEST(PropertyList, IsRefusedBeyondItsBounds) {
-    // The array is a container too.
-    const std::string full = "<array>" + repeated("<dict><key>a</key><true/></dict>", 9999);
+    // With the array and the list itself, 32768 elements of XML.
+    const std::string full = "<array>" + repeated("<dict><key>a</key><true/></dict>", 10922);
     for (auto* const form : {xmlList, binaryList}) {
         EXPECT_TRUE(PropertyList::parse(form(nested(129))));
         EXPECT_FALSE(PropertyList::parse(form(nested(130))));
         EXPECT_TRUE(PropertyList::parse(form(full + "</array>")));
-        EXPECT_FALSE(PropertyList::parse(form(full + "<array><true/></array></array>")));
+        EXPECT_FALSE(PropertyList::parse(form(full + "<true/><true/></array>")));
     }
     EXPECT_FALSE(PropertyList::parse(xmlList(nested(100000))));
 }

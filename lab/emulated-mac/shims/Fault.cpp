@@ -1,4 +1,4 @@
-#include "lab/emulated-mac/Fault.h"
+#include "lab/emulated-mac/shims/Fault.h"
 
 #include <unistd.h>
 
