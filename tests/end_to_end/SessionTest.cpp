@@ -173,6 +173,18 @@ TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
     window->close();
     EXPECT_EQ(window->waitForEnd(), 128 + SIGHUP)
         << "but without a window there is nothing to view";
+
+    // A view that nobody types into has only its output to tell it so.
+    const std::string fifo = (home / "fifo").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const auto typist = open({"attach", "sh"});
+    ASSERT_TRUE(typist->shows("ready> "));
+    const auto shown =
+        openProgram({"/bin/sh", "-c", "trap '' HUP; exec " + program + " attach sh 0<>" + fifo});
+    ASSERT_TRUE(shown->shows("ready> "));
+    shown->close();
+    typist->type("echo unseen\r");
+    EXPECT_EQ(shown->waitForEnd(), 128 + SIGHUP);
 }
 
 TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {
