@@ -69,6 +69,10 @@ protected:
     /// Asks the control socket, as another program of the host would.
     [[nodiscard]] std::string call(std::string_view line) const {
         const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
+        return call(socket, line);
+    }
+
+    [[nodiscard]] static std::string call(const Descriptor& socket, std::string_view line) {
         writeAll(socket.get(), line);
         std::string reply;
         char byte = 0;
@@ -83,8 +87,11 @@ protected:
             JsonDocument::parse(reply).value().object()->text("ticket").value_or("none"));
     }
 
-    /// The descriptors that the host has open, where the system tells.
+    /// The descriptors that the host has open, where the system tells. The connection of a call is
+    /// among them: once the call is answered, the host has closed those that ended before.
     [[nodiscard]] std::ptrdiff_t openDescriptors() const {
+        const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
+        EXPECT_TRUE(call(socket, "{\"call\":\"list\"}\n").contains("true"));
         std::error_code none;
         return std::distance(
             fs::directory_iterator("/proc/" + std::to_string(host->pid()) + "/fd", none),
