@@ -192,6 +192,11 @@ TEST_F(HoldKeeperTest, ADaemonThatIsNotThereIsLookedForAgain) {
     daemon->onHold(true, "");
     EXPECT_EQ(takeCalls().size(), 6U);
     EXPECT_THAT(said, ElementsAre("unreachable", "holding"));
+    lose();
+    lose();
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25")) << "no call without a pause";
+    pass(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
 }
 
 TEST_F(HoldKeeperTest, ADaemonThatDoesNotAnswerIsGivenUp) {

@@ -346,17 +346,19 @@ class Signals(PowerTest):
         self.assertEqual(client.end(), 0, client.text)
 
     def test_stopped_it_gives_the_hold_up_and_takes_it_again(self):
-        client = self.start("hold", preexec_fn=os.setpgrp)
-        client.wait_for("holding")
-        client.send(signal.SIGTSTP)
-        until(lambda: os.waitid(os.P_PID, client.process.pid,
-                                os.WSTOPPED | os.WNOHANG | os.WNOWAIT), "it is stopped")
-        self.assertFalse(self.is_held())
-        client.send(signal.SIGCONT)
-        client.wait_for("holding", times=2)
-        self.assertIn("stopped: the hold is given up meanwhile\ngoing on: ", client.text)
-        client.send(signal.SIGINT)
-        self.assertEqual(client.end(), 0)
+        for command in [], ["sleep", "2"]:
+            client = self.start("hold", *command, preexec_fn=os.setpgrp)
+            client.wait_for("holding")
+            client.send(signal.SIGTSTP)
+            until(lambda: os.waitid(os.P_PID, client.process.pid,
+                                    os.WSTOPPED | os.WNOHANG | os.WNOWAIT), "it is stopped")
+            self.assertFalse(self.is_held())
+            client.send(signal.SIGCONT)
+            client.wait_for("holding", times=2)
+            self.assertRegex(client.text, "stopped: the hold is given up meanwhile\n.*going on: ")
+            if not command:
+                client.send(signal.SIGINT)
+            self.assertEqual(client.end(), 0)
 
 
 class Terminal:
@@ -544,6 +546,14 @@ class Options(PowerTest):
         client.wait_for("holding")
         self.mac("set", "--lid", "shut")
         until(lambda: self.state()["displayIsOff"], "the display is off")
+
+        def is_off_again():
+            self.mac("set", "--lid", "open")
+            time.sleep(1.5)  # the lid is looked at every second
+            self.mac("set", "--lid", "shut")
+            time.sleep(2.5)
+            return self.state()["displayIsOff"]
+        until(is_off_again, "it goes off each time")
         client.send(signal.SIGINT)
         self.assertEqual(client.end(), 0)
 

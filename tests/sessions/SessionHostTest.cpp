@@ -94,7 +94,7 @@ TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
         call.words->resize(7);
         call.words->at(1) = c.folder;
         call.words->insert(call.words->end(), c.command.begin(), c.command.end());
-        call.environment = {"LANG=de", "SECRET=1", "LC_ALL=C", "nonsense", "HOME=/home/me"};
+        call.environment = {"LANG=de", "SECRET=1", "LC_ALL=a=b", "nonsense", "HOME=/home/me"};
         const auto reply = world.call(call);
         EXPECT_EQ(reply.ok, c.reason.empty()) << testing::PrintToString(c.command);
         EXPECT_EQ(reply.reason.value_or(""), c.reason) << testing::PrintToString(c.command);
@@ -103,7 +103,7 @@ TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
     EXPECT_EQ(world.programs.size(), 1U);
     EXPECT_EQ(world.lastRequest.cwd, "/home/me/dev");
     EXPECT_FALSE(world.lastEnvironment.contains("SECRET"));
-    EXPECT_EQ(world.lastEnvironment.at("LC_ALL"), "C");
+    EXPECT_EQ(world.lastEnvironment.at("LC_ALL"), "a=b");
     EXPECT_EQ(world.lastEnvironment.at("TERM"), "xterm-256color");
     world.startFails = true;
     EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "system");
@@ -201,6 +201,13 @@ TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
     world.pass(SessionHost::strangerPatience);
     EXPECT_TRUE(world.peers[silent.front()]->isClosed);
     EXPECT_TRUE(world.call({.call = SessionCall::list}).ok);
+
+    const PeerId caller = world.connect(Door::control);
+    for (int i = 0; i < 3; ++i) {
+        world.receive(caller, "{\"call\":\"list\"}\n");
+        world.pass(SessionHost::strangerPatience - 1);
+        EXPECT_FALSE(world.peers[caller]->isClosed) << "each call counts";
+    }
 }
 
 TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
@@ -300,6 +307,21 @@ TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
     EXPECT_TRUE(shown.isWhole);
 }
 
+TEST_F(SessionHostTest, AReplayBeginsOutsideOfWhatIsNotShown) {
+    const std::string id = world.startShell();
+    std::string picture = "\033Pq";
+    while (picture.size() < mebibyte / 4)
+        picture += "#0~~\r\n";
+    write(picture);
+    std::string lines = "\033\\";
+    while (lines.size() < mebibyte - mebibyte / 8)
+        lines += "line\r\n";
+    write(lines); // what is kept begins within the picture
+    const Seen shown = seen(attach(id));
+    EXPECT_TRUE(shown.output.starts_with("line\r\n")) << shown.output.substr(0, 40);
+    EXPECT_GT(shown.output.size(), mebibyte / 2);
+}
+
 TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     const std::string id = world.startShell();
     const PeerId quick = attach(id);
@@ -319,8 +341,11 @@ TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     EXPECT_EQ(seen(quick).output, all);
     EXPECT_EQ(world.peers[slow]->received.size(), before + 1000);
 
+    world.program().sizes.clear();
     world.peers[slow]->room = SIZE_MAX;
     world.settle();
+    EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{80, 23}, PtyFrame::Size{80, 24}))
+        << "a program that fills the screen draws anew";
     const Seen resumed = seen(slow);
     EXPECT_TRUE(resumed.isWhole);
     EXPECT_TRUE(resumed.output.contains("\033[2J\033[H"));
@@ -329,8 +354,16 @@ TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     write("live");
     EXPECT_TRUE(seen(slow).output.ends_with("live"));
     world.peers[slow]->room = 0;
+    write("\033]2;a title that never ends");
     write(all);
     EXPECT_FALSE(world.program().output.empty()) << "it is waited for again";
+    world.pass(Viewer::patience);
+    world.peers[slow]->room = SIZE_MAX;
+    world.settle();
+    const std::string output = seen(slow).output;
+    const std::string replay = output.substr(output.rfind("\033[2J\033[H"));
+    EXPECT_TRUE(replay.substr(0, replay.find("\r\n")).contains(screen))
+        << "it is no part of the title";
 }
 
 TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
