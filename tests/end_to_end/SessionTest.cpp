@@ -252,6 +252,10 @@ TEST_F(SessionTest, AFolderThatIsNotPrivateIsNotServedIn) {
     struct stat status{};
     EXPECT_EQ(::stat(folder.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700U);
+    for (const char* socket : {"control.sock", "attach.sock"}) {
+        EXPECT_EQ(::stat((folder / socket).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0600U) << socket;
+    }
     host->signal(SIGTERM);
     EXPECT_EQ(host->waitForEnd(), 0);
     EXPECT_FALSE(fs::exists(folder / "control.sock"));
@@ -266,6 +270,7 @@ TEST_F(SessionTest, AHostThatASessionNeedsStartsByItselfAndReplacesAStaleSocket)
     host->signal(SIGKILL);
     EXPECT_EQ(host->waitForEnd(), 128 + SIGKILL);
     EXPECT_TRUE(fs::exists(folder / "control.sock"));
+    std::ofstream(folder / "control.sock.new") << "of a host that was killed while it began";
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     pid_t served = 0;

@@ -435,6 +435,8 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
 
 TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
     const std::string id = world.startShell();
+    for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
+        world.host.gone(attach(id)); // who watched is no stranger
     const PeerId good = attach(id);
     const PeerId window = attach(id);
     const PeerId bridge = stream(id);

@@ -1,12 +1,18 @@
 #include "platform/sessions/PseudoTerminal.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/TerminalWindow.h"
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <termios.h>
 
+#include <csignal>
+#include <fstream>
+
 namespace velmo {
 namespace {
+
+namespace fs = std::filesystem;
 
 /// A shell at a pseudo-terminal, with its prompt shown.
 class PseudoTerminalTest : public testing::Test {
@@ -37,10 +43,13 @@ TEST_F(PseudoTerminalTest, ASignalReachesTheJobInTheForeground) {
 }
 
 TEST_F(PseudoTerminalTest, ASignalReachesEveryJobOfTheSession) {
-    for (const char* sign : {"&", ""})
-        run(std::string("sh -c 'trap \"echo ended-\\$((2)); exit\" TERM; echo job-$((1)); "
-                        "while :; do sleep 0.05; done' ")
-            + sign);
+    const TemporaryFolder folder;
+    const std::string job = folder.path() / "a job) of (its own"; // as the system tells its name
+    std::ofstream(job) << "#!/bin/sh\ntrap 'echo ended-$((2)); exit' TERM; echo job-$((1))\n"
+                          "while :; do sleep 0.05; done\n";
+    fs::permissions(job, fs::perms::owner_all);
+    for (const char* sign : {" &", ""})
+        run("'" + job + "'" + sign);
     ASSERT_TRUE(shell_.shows("job-1"));
     ASSERT_TRUE(shell_.shows("job-1"));
     EXPECT_TRUE(signalSession(shell_.get(), shell_.process(), 0)) << "only asked";
@@ -60,6 +69,35 @@ TEST_F(PseudoTerminalTest, TellsItsSizeIfThereIsOne) {
         EXPECT_FALSE(windowSize(shell_.get()));
     }
     EXPECT_FALSE(windowSize(-1));
+}
+
+TEST(PseudoTerminal, AProgramIsBornAsAtALogIn) {
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGHUP);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    static_cast<void>(std::signal(SIGTERM, SIG_IGN));
+    rlimit openFiles{};
+    ::getrlimit(RLIMIT_NOFILE, &openFiles);
+    openFiles.rlim_cur = 77;
+    const auto started = startOnPseudoTerminal(
+        {.cwd = "/usr",
+         .cols = 91,
+         .rows = 17,
+         .program = "/bin/sh",
+         .argv = {"/bin/sh", "-c",
+                  "exec 2>/dev/null; echo $0; ulimit -n; pwd; stty size; "
+                  "for each in HUP TERM; do sh -c \"kill -$each \\$\\$\"; echo $?; done"}},
+        {{"PATH", "/usr/bin:/bin"}}, openFiles);
+    static_cast<void>(std::signal(SIGTERM, SIG_DFL));
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    ASSERT_TRUE(started);
+    std::string shown;
+    for (char byte = 0; ::read(started->terminal.get(), &byte, 1) == 1;)
+        shown += byte;
+    EXPECT_EQ(shown, "-sh\r\n77\r\n/usr\r\n17 91\r\n129\r\n143\r\n");
+    static_cast<void>(waitForChild(started->process));
 }
 
 TEST(PseudoTerminal, AProgramThatCantBeRunIsNoSession) {
