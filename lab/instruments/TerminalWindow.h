@@ -55,6 +55,9 @@ public:
 
     [[nodiscard]] int get() const { return terminal_.get(); }
 
+    /// Returns the program's process id while it has not been waited for.
+    [[nodiscard]] pid_t process() const { return process_.value_or(-1); }
+
     void type(std::string_view keys) const { writeAll(terminal_.get(), keys); }
 
     void resize(PtyFrame::Size size) const { setWindowSize(terminal_.get(), size); }

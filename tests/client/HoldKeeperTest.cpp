@@ -59,9 +59,12 @@ std::string heldBy(std::int64_t process) {
     return encodeJson(HoldReport{.holder = HolderReport{.processId = process}}).value();
 }
 
+HoldEnd endOf(HoldEnding ending) {
+    return {.how = std::string(rawText(ending)), .at = 1};
+}
+
 std::string freeAfter(HoldEnding ending) {
-    const HoldEnd end{.how = std::string(rawText(ending)), .at = 1};
-    return encodeJson(HoldReport{.ownEnd = end, .lastEnd = end}).value();
+    return encodeJson(HoldReport{.ownEnd = endOf(ending), .lastEnd = endOf(ending)}).value();
 }
 
 constexpr auto outcomeNames =
@@ -161,7 +164,8 @@ TEST_F(HoldKeeperTest, AHoldThatIsLostIsAskedForAgainOrNotByHowItWasLost) {
         takeCalls();
         daemon->onReply(false);
         EXPECT_THAT(takeCalls(), ElementsAre("report"));
-        daemon->onReport(freeAfter(ending));
+        const HoldReport report{.ownEnd = endOf(ending), .lastEnd = endOf(HoldEnding::stopping)};
+        daemon->onReport(encodeJson(report).value());
         EXPECT_EQ(takeCalls().size(), asksAgain ? 1U : 0U) << rawText(ending);
         EXPECT_EQ(said.back(),
                   (asksAgain ? "connecting: " : "released: ") + std::string(rawText(ending)));
@@ -177,9 +181,12 @@ TEST_F(HoldKeeperTest, AsksOnWhenRefusedAndDoesNotRepeatItself) {
     pass(5);
     daemon->onHold(false, "battery");
     pass(5);
+    daemon->onHold(false, "thermal");
+    pass(5);
     daemon->onHold(true, "");
-    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "hold 25", "hold 25"));
-    EXPECT_THAT(said, ElementsAre("connecting: connection", "refused: battery", "holding"));
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "hold 25", "hold 25", "hold 25"));
+    EXPECT_THAT(said, ElementsAre("connecting: connection", "refused: battery", "refused: thermal",
+                                  "holding"));
 }
 
 TEST_F(HoldKeeperTest, ADaemonThatIsNotThereIsLookedForAgain) {
@@ -192,6 +199,11 @@ TEST_F(HoldKeeperTest, ADaemonThatIsNotThereIsLookedForAgain) {
     daemon->onHold(true, "");
     EXPECT_EQ(takeCalls().size(), 6U);
     EXPECT_THAT(said, ElementsAre("unreachable", "holding"));
+    lose();
+    lose();
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25")) << "no call without a pause";
+    pass(1);
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
 }
 
 TEST_F(HoldKeeperTest, ADaemonThatDoesNotAnswerIsGivenUp) {
@@ -208,7 +220,7 @@ TEST_F(HoldKeeperTest, ADaemonThatDoesNotAnswerIsGivenUp) {
 TEST_F(HoldKeeperTest, RidesOnTheHoldOfAnotherAndTakesOver) {
     ride();
     pass(2);
-    daemon->onReport(heldBy(7));
+    daemon->onReport("{}");
     pass(2);
     daemon->onReport(heldBy(8)); // another one that rode was faster
     pass(2);
@@ -218,18 +230,19 @@ TEST_F(HoldKeeperTest, RidesOnTheHoldOfAnotherAndTakesOver) {
     pass(2);
     daemon->onReport(freeAfter(HoldEnding::released));
     daemon->onHold(true, "");
-    EXPECT_THAT(said, ElementsAre("riding on 8", "riding on 9", "holding"));
+    EXPECT_THAT(said, ElementsAre("riding", "riding on 8", "riding on 9", "holding"));
     EXPECT_THAT(takeCalls(), ElementsAre("report", "report", "report", "hold 25", "report",
                                          "report", "hold 25"));
 }
 
 TEST_F(HoldKeeperTest, AReleaseIsMeantForWhoeverRidesToo) {
     ride();
-    pass(2);
+    keeper.checkNow();
+    EXPECT_THAT(takeCalls(), ElementsAre("report"));
     daemon->onReport(freeAfter(HoldEnding::releasedByAnother));
     EXPECT_THAT(said, ElementsAre("released: released by another"));
     pass(100);
-    EXPECT_THAT(takeCalls(), ElementsAre("report"));
+    EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
 TEST_F(HoldKeeperTest, WithoutRidingBusyIsARefusal) {
@@ -308,6 +321,14 @@ TEST_F(HoldKeeperTest, ReleasesWhatItWasJustTakingOver) {
     EXPECT_THAT(said, ElementsAre("stopped: restored"));
 }
 
+TEST_F(HoldKeeperTest, AHoldThatWasOnlyAskedForEndsWithItsConnection) {
+    keeper.start();
+    stop();
+    EXPECT_EQ(daemon.use_count(), 1) << "the connection is let go";
+    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
+    EXPECT_THAT(said, ElementsAre("stopped: unknown"));
+}
+
 TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
     struct Case {
         std::string_view name;
@@ -333,6 +354,7 @@ TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
         daemon->onReply(false);
         report.empty() ? lose() : daemon->onReport(report);
         EXPECT_EQ(said.back(), outcome) << name;
+        EXPECT_EQ(daemon.use_count(), 1) << name;
     }
     takeCalls();
     pass(100);
@@ -340,27 +362,40 @@ TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
 }
 
 TEST_F(HoldKeeperTest, MayBeStoppedByWhoHearsOfItAndStartedAgain) {
-    HoldKeeper* self = nullptr;
-    HoldKeeper one(
-        *this,
-        [this](double seconds, std::function<void()> callback) {
-            timers.emplace_back(now + seconds, std::move(callback));
-        },
-        [&](const HoldKeeper::Status& status) {
-            said.push_back(told(status));
-            if (status.state == HoldKeeper::State::refused)
-                self->stop(
-                    [this](HoldKeeper::Outcome /*outcome*/) { said.emplace_back("stopped"); });
-        },
-        {.batteryFloor = 25});
-    self = &one;
-    one.start();
-    daemon->onHold(false, "thermal");
-    pass(100);
-    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25", "heartbeat"));
-    EXPECT_THAT(said, ElementsAre("refused: thermal", "stopped"));
-    one.start();
-    EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
+    struct Case {
+        std::string_view stopsAt;
+        int holds; ///< that were asked for by then
+    };
+
+    for (const auto& [stopsAt, holds] :
+         {Case{"connecting: connection", 1}, Case{"refused: thermal", 2}, Case{"connecting", 2}}) {
+        HoldKeeper* self = nullptr;
+        HoldKeeper one(
+            *this,
+            [this](double seconds, std::function<void()> callback) {
+                timers.emplace_back(now + seconds, std::move(callback));
+            },
+            [&](const HoldKeeper::Status& status) {
+                said.push_back(told(status));
+                if (said.back() == stopsAt)
+                    self->stop(
+                        [this](HoldKeeper::Outcome /*outcome*/) { said.emplace_back("stopped"); });
+            },
+            {.batteryFloor = 25});
+        self = &one;
+        one.start();
+        daemon->onHold(true, "");
+        lose();
+        if (holds > 1)
+            daemon->onHold(false, "thermal");
+        if (stopsAt == "connecting")
+            one.start();
+        pass(100);
+        EXPECT_EQ(said.back(), "stopped");
+        EXPECT_EQ(std::ranges::count(takeCalls(), "hold 25"), holds) << stopsAt;
+        one.start();
+        EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25"));
+    }
 }
 
 } // namespace

@@ -69,6 +69,10 @@ protected:
     /// Asks the control socket, as another program of the host would.
     [[nodiscard]] std::string call(std::string_view line) const {
         const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
+        return call(socket, line);
+    }
+
+    [[nodiscard]] static std::string call(const Descriptor& socket, std::string_view line) {
         writeAll(socket.get(), line);
         std::string reply;
         char byte = 0;
@@ -83,8 +87,11 @@ protected:
             JsonDocument::parse(reply).value().object()->text("ticket").value_or("none"));
     }
 
-    /// The descriptors that the host has open, where the system tells.
+    /// The descriptors that the host has open, where the system tells. The connection of a call is
+    /// among them: once the call is answered, the host has closed those that ended before.
     [[nodiscard]] std::ptrdiff_t openDescriptors() const {
+        const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
+        EXPECT_TRUE(call(socket, "{\"call\":\"list\"}\n").contains("true"));
         std::error_code none;
         return std::distance(
             fs::directory_iterator("/proc/" + std::to_string(host->pid()) + "/fd", none),
@@ -173,6 +180,18 @@ TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
     window->close();
     EXPECT_EQ(window->waitForEnd(), 128 + SIGHUP)
         << "but without a window there is nothing to view";
+
+    // A view that nobody types into has only its output to tell it so.
+    const std::string fifo = (home / "fifo").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const auto typist = open({"attach", "sh"});
+    ASSERT_TRUE(typist->shows("ready> "));
+    const auto shown =
+        openProgram({"/bin/sh", "-c", "trap '' HUP; exec " + program + " attach sh 0<>" + fifo});
+    ASSERT_TRUE(shown->shows("ready> "));
+    shown->close();
+    typist->type("echo unseen\r");
+    EXPECT_EQ(shown->waitForEnd(), 128 + SIGHUP);
 }
 
 TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {
@@ -233,6 +252,10 @@ TEST_F(SessionTest, AFolderThatIsNotPrivateIsNotServedIn) {
     struct stat status{};
     EXPECT_EQ(::stat(folder.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700U);
+    for (const char* socket : {"control.sock", "attach.sock"}) {
+        EXPECT_EQ(::stat((folder / socket).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, 0600U) << socket;
+    }
     host->signal(SIGTERM);
     EXPECT_EQ(host->waitForEnd(), 0);
     EXPECT_FALSE(fs::exists(folder / "control.sock"));
@@ -247,6 +270,7 @@ TEST_F(SessionTest, AHostThatASessionNeedsStartsByItselfAndReplacesAStaleSocket)
     host->signal(SIGKILL);
     EXPECT_EQ(host->waitForEnd(), 128 + SIGKILL);
     EXPECT_TRUE(fs::exists(folder / "control.sock"));
+    std::ofstream(folder / "control.sock.new") << "of a host that was killed while it began";
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     pid_t served = 0;

@@ -265,6 +265,20 @@ class Ends(PowerTest):
         self.assertEqual(client.end(), -signal.SIGTERM)
         self.assertFalse(os.path.exists(self.folder.name + "/ran"))
 
+    def test_a_command_may_end_while_its_hold_is_given_up(self):
+        other = subprocess.Popen(["sleep", "100"])
+        self.addCleanup(other.kill)
+        client = self.start("hold", "--pid", str(other.pid), "sleep", "100")
+        client.wait_for("holding")
+        self.daemon.send_signal(signal.SIGSTOP)
+        other.kill()
+        other.wait()
+        client.wait_for("sleep runs on")
+        client.send(signal.SIGTERM)
+        client.wait_for("waiting for the power daemon to enable sleep again")
+        self.daemon.send_signal(signal.SIGCONT)
+        self.assertEqual(client.end(), -signal.SIGTERM)
+
     def test_success_means_that_sleep_is_as_it_was(self):
         client = self.start("hold")
         client.wait_for("holding")
@@ -281,6 +295,13 @@ class Ends(PowerTest):
         self.assertEqual(client.end(), 1)
         self.mac("set", "--pmset", "none")
         until(lambda: not self.is_held(), "the daemon tries again")
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.daemon.kill()
+        client.wait_for("went away")
+        self.mac("set", "--sleep-disabled", "off")
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 0, "the setting itself tells")
 
     def test_killed_at_any_moment_it_leaves_sleep_enabled(self):
         for wait in (0, 0.002, 0.005, 0.01, 0.02, 0.05, 0.2):
@@ -331,6 +352,13 @@ class Signals(PowerTest):
         client.wait_for("holding")
         client.send(signal.SIGHUP)
         self.assertEqual(client.end(), 0, client.text)
+        client = self.start("hold",
+                            preexec_fn=lambda: signal.signal(signal.SIGTSTP, signal.SIG_IGN))
+        client.wait_for("holding")
+        client.send(signal.SIGTSTP)
+        client.send(signal.SIGINT)
+        self.assertEqual(client.end(), 0)
+        self.assertNotIn("stopped", client.text)
 
     def test_a_signal_that_comes_twice_is_no_impatience(self):
         done = subprocess.run(["timeout", "1", *self.words("hold")], env=self.environment,
@@ -346,17 +374,34 @@ class Signals(PowerTest):
         self.assertEqual(client.end(), 0, client.text)
 
     def test_stopped_it_gives_the_hold_up_and_takes_it_again(self):
-        client = self.start("hold", preexec_fn=os.setpgrp)
+        for command in [], ["sleep", "2"]:
+            client = self.start("hold", *command, preexec_fn=os.setpgrp)
+            for times in 2, 3:
+                client.wait_for("holding", times=times - 1)
+                self.stop_and_continue(client)
+                client.wait_for("holding", times=times)
+            self.assertRegex(client.text, "stopped: the hold is given up meanwhile\n.*going on: ")
+            if not command:
+                client.send(signal.SIGINT)
+            self.assertEqual(client.end(), 0)
+
+
+    def test_what_was_given_up_is_not_asked_for_after_a_stop(self):
+        client = self.start("hold", "sleep", "30", preexec_fn=os.setpgrp)
         client.wait_for("holding")
+        self.power("release")
+        client.wait_for("sleep runs on")
+        self.stop_and_continue(client)
+        client.send(signal.SIGTERM)
+        self.assertEqual(client.end(), -signal.SIGTERM)
+        self.assertNotIn("going on", client.text)
+
+    def stop_and_continue(self, client):
         client.send(signal.SIGTSTP)
         until(lambda: os.waitid(os.P_PID, client.process.pid,
                                 os.WSTOPPED | os.WNOHANG | os.WNOWAIT), "it is stopped")
         self.assertFalse(self.is_held())
         client.send(signal.SIGCONT)
-        client.wait_for("holding", times=2)
-        self.assertIn("stopped: the hold is given up meanwhile\ngoing on: ", client.text)
-        client.send(signal.SIGINT)
-        self.assertEqual(client.end(), 0)
 
 
 class Terminal:
@@ -377,6 +422,9 @@ class Terminal:
                     os._exit(0)
                 os.setpgid(leader, leader)
                 os.tcsetpgrp(0, leader)
+                modes = termios.tcgetattr(0)
+                modes[3] |= termios.TOSTOP
+                termios.tcsetattr(0, termios.TCSANOW, modes)
                 signal.signal(signal.SIGTTOU, signal.SIG_DFL)
             os.execvpe(words[0], words, environment)
         self.seen = b""
@@ -544,6 +592,14 @@ class Options(PowerTest):
         client.wait_for("holding")
         self.mac("set", "--lid", "shut")
         until(lambda: self.state()["displayIsOff"], "the display is off")
+
+        def is_off_again():
+            self.mac("set", "--lid", "open")
+            time.sleep(1.5)  # the lid is looked at every second
+            self.mac("set", "--lid", "shut")
+            time.sleep(2.5)
+            return self.state()["displayIsOff"]
+        until(is_off_again, "it goes off each time")
         client.send(signal.SIGINT)
         self.assertEqual(client.end(), 0)
 
@@ -551,9 +607,16 @@ class Options(PowerTest):
         done = self.power("hold", "--background")
         self.assertEqual(done.returncode, 0)
         self.assertTrue(self.is_held())
+        self.assertEqual(os.getsid(int(done.stdout)), int(done.stdout), "no terminal ends it")
         self.assertIn(f"velmo-power ({int(done.stdout)})", self.power().stdout.decode())
         self.assertIn(f"({int(done.stdout)})", self.power("release").stdout.decode())
         until(lambda: not os.path.exists(f"/proc/{int(done.stdout)}"), "release ends it for good")
+        mark = self.folder.name + "/descriptors"
+        self.power("hold", "--background", "sh", "-c", f"ls /proc/self/fd > {mark}1; mv {mark}1 {mark}")
+        until(lambda: os.path.exists(mark), "the command has looked")
+        with open(mark) as file:
+            self.assertEqual(file.read().split(), ["0", "1", "2", "3"])
+        until(lambda: not self.is_held(), "its end")
         self.mac("set", "--thermal", "critical")
         done = self.power("hold", "--background")
         self.assertEqual((done.returncode, done.stdout), (1, b""))

@@ -42,6 +42,12 @@ protected:
         return peer;
     }
 
+    /// Sends a control message as it stands.
+    void tell(PeerId peer, std::string_view message) {
+        const char length = static_cast<char>(message.size());
+        world.receive(peer, std::string({6, 0, 0, 0, length}).append(message));
+    }
+
     void type(PeerId peer, std::string_view keys) {
         world.receive(peer, PtyAttach::data(bytesOf(keys)));
     }
@@ -94,7 +100,7 @@ TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
         call.words->resize(7);
         call.words->at(1) = c.folder;
         call.words->insert(call.words->end(), c.command.begin(), c.command.end());
-        call.environment = {"LANG=de", "SECRET=1", "LC_ALL=C", "nonsense", "HOME=/home/me"};
+        call.environment = {"LANG=de", "SECRET=1", "LC_ALL=a=b", "nonsense", "HOME=/home/me"};
         const auto reply = world.call(call);
         EXPECT_EQ(reply.ok, c.reason.empty()) << testing::PrintToString(c.command);
         EXPECT_EQ(reply.reason.value_or(""), c.reason) << testing::PrintToString(c.command);
@@ -103,7 +109,7 @@ TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
     EXPECT_EQ(world.programs.size(), 1U);
     EXPECT_EQ(world.lastRequest.cwd, "/home/me/dev");
     EXPECT_FALSE(world.lastEnvironment.contains("SECRET"));
-    EXPECT_EQ(world.lastEnvironment.at("LC_ALL"), "C");
+    EXPECT_EQ(world.lastEnvironment.at("LC_ALL"), "a=b");
     EXPECT_EQ(world.lastEnvironment.at("TERM"), "xterm-256color");
     world.startFails = true;
     EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "system");
@@ -115,7 +121,11 @@ TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
     EXPECT_TRUE(world.call(call).ok);
     EXPECT_EQ(world.call(call).reason, "name");
     const std::string tooLong(999, 'x');
-    for (const std::string& bad : {std::string("\a"), std::string("s_0123456789abcdef"), tooLong}) {
+    std::string wide;
+    while (wide.size() < 300)
+        wide += "\xF0\x9F\x98\x80";
+    for (const std::string& bad :
+         {std::string("\a"), std::string("s_0123456789abcdef"), wide, tooLong}) {
         call.name = bad;
         EXPECT_EQ(world.call(call).reason.value_or("cut"), bad == tooLong ? "cut" : "misnamed");
     }
@@ -127,6 +137,11 @@ TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
         names.push_back(entry.name);
     EXPECT_THAT(names, ElementsAre("a]2;b", std::string(120, 'x'), "bash", "bash-2"));
     EXPECT_TRUE(world.call({.call = SessionCall::ticket, .session = "bash-2"}).ok);
+    world.program(3).isOver = true;
+    world.end(0, 3);
+    world.startShell();
+    EXPECT_TRUE(world.call({.call = SessionCall::ticket, .session = "bash"}).ok)
+        << "the name is free again, and means the session that runs";
     EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = "bash-3"}).reason, "unknown");
 }
 
@@ -162,6 +177,9 @@ TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
     world.pass(SessionHost::ticketLife);
     EXPECT_THAT(world.files, IsEmpty());
     EXPECT_EQ(greet(late.token), R"({"code":"bad-token","t":"error"})");
+    const auto unnoticed = world.ticketFor(id).value();
+    world.now += SessionHost::ticketLife; // as when the machine has slept
+    EXPECT_EQ(greet(unnoticed.token), R"({"code":"bad-token","t":"error"})");
     const auto orphan = world.ticketFor(id).value();
     world.program().isOver = true;
     world.end(0);
@@ -189,6 +207,10 @@ TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
         EXPECT_EQ(world.peers[peer]->received, "{\"ok\":false,\"reason\":\"call\"}\n");
         EXPECT_TRUE(world.peers[peer]->isClosed);
     }
+    const PeerId newer = world.connect(Door::attach);
+    tell(newer,
+         R"({"cols":80,"rows":24,"t":"hello","token":")" + std::string(43, 'A') + R"(","v":2})");
+    EXPECT_TRUE(world.peers[newer]->received.ends_with(R"({"code":"bad-hello","t":"error"})"));
     const PeerId endless = world.connect(Door::control);
     world.receive(endless, std::string(maxSessionLine, ' '));
     EXPECT_TRUE(world.peers[endless]->isClosed);
@@ -201,6 +223,19 @@ TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
     world.pass(SessionHost::strangerPatience);
     EXPECT_TRUE(world.peers[silent.front()]->isClosed);
     EXPECT_TRUE(world.call({.call = SessionCall::list}).ok);
+
+    const PeerId caller = world.connect(Door::control);
+    for (int i = 0; i < 3; ++i) {
+        world.receive(caller, "{\"call\":\"list\"}\n");
+        world.pass(SessionHost::strangerPatience - 1);
+        EXPECT_FALSE(world.peers[caller]->isClosed) << "each call counts";
+    }
+    const PeerId slow = world.connect(Door::control);
+    world.peers[slow]->room = 5;
+    world.receive(slow, "{\"call\":\"list\"}\n{\"call\":\"list\"}\n");
+    world.peers[slow]->room = SIZE_MAX;
+    world.settle();
+    EXPECT_EQ(std::ranges::count(world.peers[slow]->received, '\n'), 2);
 }
 
 TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
@@ -212,6 +247,9 @@ TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
         << "changed, and changed twice for programs that fill the screen";
     write("after \033[6n");
     type(peer, "ls\r");
+    tell(peer, R"({"t":"of a newer client"})");
+    tell(peer, R"({"t":"resize","cols":4294967376,"rows":24})");
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{1000, 24}));
     world.receive(peer, PtyAttach::resize(20, 10));
     EXPECT_EQ(world.program().typed, "ls\r");
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{20, 10}));
@@ -232,13 +270,19 @@ TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
 TEST_F(SessionHostTest, AStreamCarriesFramesBothWays) {
     const std::string id = world.startShell();
     write("before");
-    const PeerId peer = stream(id);
+    const PeerId peer = world.connect(Door::control);
+    world.receive(peer, R"({"call":"stream","session":")" + id + "\"}\n"
+                            + std::string(textOf(PtyFrame::resize(70, 1).value())));
     const auto frames = [&] {
         const std::string& all = world.peers[peer]->received;
         const std::size_t end = all.find('\n') + 1;
         EXPECT_EQ(all.substr(0, end), "{\"ok\":true}\n");
         return PtyFrame::Decoder().feed(bytesOf(std::string_view(all).substr(end))).value();
     };
+    world.program().sizes.clear();
+    world.receive(peer, PtyFrame::resize(70, 1).value());
+    EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{70, 2}, PtyFrame::Size{70, 1}))
+        << "what was sent along with the call counts";
     world.receive(peer, PtyFrame::resize(70, 20).value());
     world.receive(peer, PtyFrame::data(bytesOf("x")));
     const Bytes interrupt{2};
@@ -288,7 +332,10 @@ TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
     std::string lines;
     for (int i = 0; lines.size() < mebibyte + 100; ++i)
         lines += "line " + std::to_string(i) + "\033[5n\r\n";
-    write(lines);
+    world.program().output = lines;
+    world.host.programReady(SessionNumber{1});
+    EXPECT_FALSE(world.program().output.empty()) << "others have their turn";
+    world.settle();
     write("\033]52;c;?\a> ");
     const Seen shown = seen(attach(id));
     const std::string set = "\033[?1049h\033[?25l\033[1m\033]2;old\a";
@@ -298,6 +345,21 @@ TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
     EXPECT_FALSE(shown.output.contains("first line"));
     EXPECT_GT(shown.output.size(), mebibyte / 2);
     EXPECT_TRUE(shown.isWhole);
+}
+
+TEST_F(SessionHostTest, AReplayBeginsOutsideOfWhatIsNotShown) {
+    const std::string id = world.startShell();
+    std::string picture = "\033Pq";
+    while (picture.size() < mebibyte / 4)
+        picture += "#0~~\r\n";
+    write(picture);
+    std::string lines = "\033\\";
+    while (lines.size() < mebibyte - mebibyte / 8)
+        lines += "line\r\n";
+    write(lines); // what is kept begins within the picture
+    const Seen shown = seen(attach(id));
+    EXPECT_TRUE(shown.output.starts_with("line\r\n")) << shown.output.substr(0, 40);
+    EXPECT_GT(shown.output.size(), mebibyte / 2);
 }
 
 TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
@@ -319,8 +381,11 @@ TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     EXPECT_EQ(seen(quick).output, all);
     EXPECT_EQ(world.peers[slow]->received.size(), before + 1000);
 
+    world.program().sizes.clear();
     world.peers[slow]->room = SIZE_MAX;
     world.settle();
+    EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{80, 23}, PtyFrame::Size{80, 24}))
+        << "a program that fills the screen draws anew";
     const Seen resumed = seen(slow);
     EXPECT_TRUE(resumed.isWhole);
     EXPECT_TRUE(resumed.output.contains("\033[2J\033[H"));
@@ -329,8 +394,16 @@ TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
     write("live");
     EXPECT_TRUE(seen(slow).output.ends_with("live"));
     world.peers[slow]->room = 0;
+    write("\033]2;a title that never ends");
     write(all);
     EXPECT_FALSE(world.program().output.empty()) << "it is waited for again";
+    world.pass(Viewer::patience);
+    world.peers[slow]->room = SIZE_MAX;
+    world.settle();
+    const std::string output = seen(slow).output;
+    const std::string replay = output.substr(output.rfind("\033[2J\033[H"));
+    EXPECT_TRUE(replay.substr(0, replay.find("\r\n")).contains(screen))
+        << "it is no part of the title";
 }
 
 TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
@@ -362,6 +435,8 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
 
 TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
     const std::string id = world.startShell();
+    for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
+        world.host.gone(attach(id)); // who watched is no stranger
     const PeerId good = attach(id);
     const PeerId window = attach(id);
     const PeerId bridge = stream(id);

@@ -46,6 +46,7 @@ TEST(HoldLimits, TimesOfDayAreTheNextOnes) {
     EXPECT_EQ(nextTimeOfDay(7 * 60, noon).sinceEpoch, noon.sinceEpoch + 18 * 3600);
     EXPECT_EQ(timeOfDayText(noon, noon), "12:00");
     EXPECT_EQ(timeOfDayText({noon.sinceEpoch - 86400}, noon), "2026-03-27 12:00");
+    EXPECT_EQ(timeOfDayText({noon.sinceEpoch - 365 * 86400}, noon), "2025-03-28 12:00");
     ::unsetenv("TZ");
     ::tzset();
 }

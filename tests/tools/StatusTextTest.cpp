@@ -47,6 +47,42 @@ TEST(StatusText, TellsWhoHoldsAndWhyTheLastHoldEnded) {
     EXPECT_EQ(endingText("struck by lightning"), "struck by lightning"); // of a newer daemon
 }
 
+TEST(StatusText, TellsHowItStandsWithOnesOwnHold) {
+    using State = HoldKeeper::State;
+
+    struct Case {
+        HoldKeeper::Status status;
+        std::string_view text;
+    };
+
+    const HolderReport other{.processId = 7, .program = "caffe"};
+    const Case cases[] = {
+        {{.state = State::connecting}, "asking for the hold"},
+        {{.state = State::connecting, .reason = "heartbeat"},
+         "its client was silent for too long; asking again"},
+        {{.state = State::connecting, .reason = "connection"},
+         "the power daemon went away; asking again"},
+        {{.state = State::connecting, .reason = "unknown"},
+         "the power daemon ended the hold; asking again"},
+        {{.state = State::holding}, "holding: the Mac stays awake"},
+        {{.state = State::riding},
+         "the Mac is held awake already, by another client; its hold is "
+         "taken over when it ends"},
+        {{.state = State::riding, .holder = other},
+         "the Mac is held awake already, by caffe (7); "
+         "its hold is taken over when it ends"},
+        {{.state = State::refused, .reason = "record"},
+         "refused: the daemon can't write its record"},
+        {{.state = State::refused, .reason = "full moon"}, "refused: full moon"},
+        {{.state = State::unreachable}, "the power daemon can't be reached"},
+        {{.state = State::unreachable, .reason = "silent"}, "the power daemon does not answer"},
+        {{.state = State::released, .reason = "released by another"},
+         "the hold is over: released by another client"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(holdText(c.status), c.text);
+}
+
 TEST(StatusText, AProgramsNameIsNoCommandToTheTerminal) {
     EXPECT_EQ(holderText({.processId = 7, .program = "a\x1b]0;b\u202e\u009b31m\nc"}),
               "a]0;b31mc (7)");

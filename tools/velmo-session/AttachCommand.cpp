@@ -238,9 +238,11 @@ private:
             if (count < 0 && errno == EAGAIN)
                 return;
             if (count < 0) { // nobody looks any more
+                // Whether a closed window shows here first or where keys are read is chance.
+                const int signal = errno == EIO ? SIGHUP : SIGPIPE;
                 toShow_.clear();
                 tellHost(hangupFrame);
-                end({.exitStatus = SessionExit::bySignal + SIGPIPE, .text = ""});
+                end({.exitStatus = SessionExit::bySignal + signal, .text = ""});
                 return;
             }
             shown_ += static_cast<std::size_t>(count);

@@ -111,6 +111,10 @@ TEST(TerminalModes, SetAnotherTerminalAsThisOneWasSet) {
         {"\033]2;one\a\033]0;two\033\\", "\033]2;two\a"},
         {"\033[?1049h\033[1m\033]2;t\a\033[>1u\033c", ""},
         {"\033[?1h\033[?2004h\033[1m\033[!p", "\033[?2004h"},
+        {"\033[3;20r\033[!p", ""},
+        {"\033[4h\033[!p", ""},
+        {"\033=\033[!p", ""},
+        {"\033(0\033[!p", ""},
     };
     for (const Case& c : cases) {
         for (std::size_t slice = 1; slice <= c.output.size(); ++slice)

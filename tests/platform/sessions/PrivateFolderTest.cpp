@@ -1,0 +1,145 @@
+#include "platform/sessions/PrivateFolder.h"
+
+#include "core/terminal/AttachTicket.h"
+#include "platform/posix/Io.h"
+
+#include "lab/instruments/TemporaryFolder.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+
+namespace velmo {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+class PrivateFolderTest : public testing::Test {
+protected:
+    PrivateFolderTest() { ::setenv("XDG_RUNTIME_DIR", temporary_.path().c_str(), 1); }
+
+    [[nodiscard]] static std::string content(const std::string& path) {
+        std::ifstream file(path);
+        return {std::istreambuf_iterator(file), {}};
+    }
+
+    static void write(const std::string& path, std::string_view text) {
+        std::ofstream(path) << text;
+    }
+
+    [[nodiscard]] static mode_t modeOf(const std::string& path) {
+        struct stat status{};
+        EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+        return status.st_mode & 07777;
+    }
+
+    /// Returns why the folder is none to serve in.
+    [[nodiscard]] static std::string fault() {
+        const auto made = PrivateFolder::make();
+        return made ? "" : made.error();
+    }
+
+    TemporaryFolder temporary_;
+    std::string path_ = (fs::canonical(temporary_.path()) / "velmo-term").string();
+};
+
+TEST_F(PrivateFolderTest, IsTheUsersAloneHoweverItWasFound) {
+    for (const mode_t before : {0U, 0777U, 0500U}) {
+        ASSERT_TRUE(before == 0 || ::chmod(path_.c_str(), before) == 0);
+        EXPECT_EQ(fault(), "");
+        EXPECT_EQ(modeOf(path_), 0700U);
+    }
+    EXPECT_EQ(PrivateFolder::make()->folder(), path_);
+    fs::rename(path_, temporary_.path() / "aside");
+    fs::create_directory_symlink(temporary_.path() / "aside", path_);
+    EXPECT_THAT(fault(), HasSubstr("can't be made"));
+    fs::remove(path_);
+    write(path_, "");
+    EXPECT_THAT(fault(), HasSubstr("can't be made"));
+}
+
+TEST_F(PrivateFolderTest, AFileIsWrittenOnceAndForTheUserAlone) {
+    auto folder = PrivateFolder::make().value();
+    const mode_t mask = ::umask(0777);
+    EXPECT_TRUE(folder.write("a", "text"));
+    ::umask(mask);
+    EXPECT_EQ(modeOf(path_ + "/a"), 0600U);
+    EXPECT_EQ(content(path_ + "/a"), "text");
+    fs::create_symlink("aside", path_ + "/link");
+    for (const char* taken : {"a", "link"})
+        EXPECT_FALSE(folder.write(taken, "other")) << taken;
+    EXPECT_EQ(content(path_ + "/a"), "text");
+    EXPECT_FALSE(fs::exists(path_ + "/aside"));
+    folder.remove("a");
+    EXPECT_FALSE(fs::exists(path_ + "/a"));
+}
+
+TEST_F(PrivateFolderTest, OneHasTheRightToServeAndIsNamed) {
+    const auto folder = PrivateFolder::make().value();
+    write(path_ + "/host.lock", "99999999999999999999");
+    {
+        const auto right = folder.lock();
+        EXPECT_TRUE(right);
+        EXPECT_EQ(content(path_ + "/host.lock"), std::to_string(::getpid()));
+        EXPECT_EQ(folder.lock().error(), ::getpid());
+    }
+    const auto again = folder.lock();
+    EXPECT_TRUE(again);
+    write(path_ + "/host.lock", "nonsense");
+    EXPECT_EQ(folder.lock().error(), 0);
+}
+
+TEST_F(PrivateFolderTest, WhatAHostHasLeftIsRemovedAndNothingElse) {
+    const auto folder = PrivateFolder::make().value();
+    const std::string ticket = "a-0123456789abcdef0123456789abcdef.json";
+    ASSERT_TRUE(PtyAttach::isTicketName(ticket));
+    for (const std::string& name : {ticket, std::string("host.log"), std::string("a-b.json")})
+        write(path_ + "/" + name, "");
+    folder.removeTickets();
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(path_))
+        left.push_back(entry.path().filename());
+    EXPECT_THAT(left, UnorderedElementsAre("host.log", "a-b.json"));
+}
+
+TEST_F(PrivateFolderTest, TheLogGoesOnWhereItEnded) {
+    const auto folder = PrivateFolder::make().value();
+    for (const char* line : {"one\n", "two\n"})
+        EXPECT_TRUE(writeAll(folder.openLog().get(), line));
+    EXPECT_EQ(content(path_ + "/host.log"), "one\ntwo\n");
+}
+
+TEST_F(PrivateFolderTest, EverythingInItIsMarkedAsInUse) {
+    const auto folder = PrivateFolder::make().value();
+    std::vector<std::string> all{path_};
+    for (const char* name : {"host.lock", "host.log", "control.sock", "attach.sock"}) {
+        all.push_back(path_ + "/" + name);
+        write(all.back(), "");
+    }
+    const auto old = fs::last_write_time(path_) - std::chrono::days(30);
+    for (const std::string& each : all)
+        fs::last_write_time(each, old);
+    folder.touch();
+    for (const std::string& each : all)
+        EXPECT_GT(fs::last_write_time(each), old) << each;
+}
+
+TEST_F(PrivateFolderTest, SeesThatANameOrTheFolderIsAnother) {
+    const auto folder = PrivateFolder::make().value();
+    EXPECT_FALSE(folder.has("control.sock"));
+    write(path_ + "/control.sock", "");
+    EXPECT_TRUE(folder.has("control.sock"));
+    fs::rename(path_, temporary_.path() / "aside");
+    EXPECT_FALSE(folder.has("control.sock"));
+    fs::create_directory(path_);
+    write(path_ + "/control.sock", "");
+    EXPECT_FALSE(folder.has("control.sock")) << "the folder is another one";
+}
+
+} // namespace
+} // namespace velmo
