@@ -113,7 +113,7 @@ public:
     [[nodiscard]] std::string folder() const override { return "/private"; }
 
     [[nodiscard]] bool write(const std::string& name, std::string_view content) override {
-        return files.emplace(name, content).second;
+        return !diskIsFull && files.emplace(name, content).second;
     }
 
     void remove(const std::string& name) override { files.erase(name); }
@@ -203,6 +203,7 @@ public:
 
     double now = 1000;
     bool startFails = false;
+    bool diskIsFull = false;
     std::map<SessionNumber, std::shared_ptr<FakeProgram>> programs;
     std::map<PeerId, std::shared_ptr<FakeConnection>> peers;
     std::map<std::string, std::string> files; ///< tickets, by name

@@ -29,9 +29,11 @@ struct Seen {
 
 class SessionHostTest : public testing::Test {
 protected:
-    PeerId attach(const std::string& session, int cols = 80, int rows = 24) {
+    PeerId attach(const std::string& session, int cols = 80, int rows = 24,
+                  std::size_t room = SIZE_MAX) {
         const auto ticket = world.ticketFor(session);
         const PeerId peer = world.connect(Door::attach);
+        world.peers[peer]->room = room;
         world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
         return peer;
     }
@@ -154,8 +156,9 @@ TEST_F(SessionHostTest, AForkBombOfStartsMeetsALimit) {
         world.end(0, i);
         EXPECT_NE(world.startShell(), "");
     }
-    EXPECT_LE(world.call({.call = SessionCall::list}).sessions->size(),
-              SessionHost::maxSessions + SessionHost::maxEnded + 1);
+    const std::size_t listed = world.call({.call = SessionCall::list}).sessions->size();
+    EXPECT_GE(listed, SessionHost::maxSessions + SessionHost::maxEnded) << "the youngest are kept";
+    EXPECT_LE(listed, SessionHost::maxSessions + SessionHost::maxEnded + 1);
 }
 
 TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
@@ -186,6 +189,9 @@ TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
     EXPECT_EQ(greet(orphan.token), R"({"code":"ended","t":"error"})");
     EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = id}).reason, "ended");
     const std::string other = world.startShell();
+    world.diskIsFull = true;
+    EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = other}).reason, "system");
+    world.diskIsFull = false;
     for (std::size_t i = 0; i < SessionHost::maxTickets; ++i)
         EXPECT_TRUE(world.ticketFor(other));
     EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = other}).reason, "limit");
@@ -241,11 +247,13 @@ TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
 TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
     const std::string id = world.startShell();
     write("before\r\n");
-    const PeerId peer = attach(id, 100, 30);
+    const PeerId peer = attach(id, 100, 30, 0);
     EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{100, 30}, PtyFrame::Size{100, 29},
                                                    PtyFrame::Size{100, 30}))
         << "changed, and changed twice for programs that fill the screen";
-    write("after \033[6n");
+    write("after \033[6n"); // before it has been shown what was before
+    world.peers[peer]->room = SIZE_MAX;
+    world.settle();
     type(peer, "ls\r");
     tell(peer, R"({"t":"of a newer client"})");
     tell(peer, R"({"t":"resize","cols":4294967376,"rows":24})");
@@ -462,6 +470,7 @@ TEST_F(SessionHostTest, TheExitIsToldAfterTheLastOutputAndRememberedForAMinute) 
     world.program().output = "last words";
     world.settle();
     EXPECT_THAT(seen(peer).messages, ElementsAre("ready"));
+    EXPECT_FALSE(world.call({.call = SessionCall::list}).sessions->front().exitCode);
     world.program().isOver = true;
     world.settle();
     EXPECT_EQ(seen(peer).output, "last words");
@@ -489,6 +498,17 @@ TEST_F(SessionHostTest, WhatOthersKeepOpenAfterTheProgramsEndIsNotWaitedForForev
     world.pass(TerminalSession::memory);
     EXPECT_TRUE(world.peers[stuck]->isClosed);
     EXPECT_TRUE(world.host.isIdle());
+}
+
+TEST_F(SessionHostTest, TheLastOutputIsNotLostOverOneWhoReadsSlowly) {
+    const std::string id = world.startShell();
+    const PeerId peer = attach(id);
+    attach(id, 80, 24, 0);
+    write(std::string(4 * Viewer::window, 'x') + "last words");
+    world.end(9); // something else has the terminal open still
+    world.pass(Viewer::patience + 2 * TerminalSession::drainPatience);
+    EXPECT_TRUE(seen(peer).output.ends_with("last words"));
+    EXPECT_THAT(seen(peer).messages, ElementsAre("ready", "exit"));
 }
 
 TEST_F(SessionHostTest, EndHangsUpThenTerminatesThenKills) {

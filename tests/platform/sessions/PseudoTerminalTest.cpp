@@ -81,23 +81,26 @@ TEST(PseudoTerminal, AProgramIsBornAsAtALogIn) {
     rlimit openFiles{};
     ::getrlimit(RLIMIT_NOFILE, &openFiles);
     openFiles.rlim_cur = 77;
-    const auto started = startOnPseudoTerminal(
-        {.cwd = "/usr",
-         .cols = 91,
-         .rows = 17,
-         .program = "/bin/sh",
-         .argv = {"/bin/sh", "-c",
-                  "exec 2>/dev/null; echo $0; ulimit -n; pwd; stty size; "
-                  "for each in HUP TERM; do sh -c \"kill -$each \\$\\$\"; echo $?; done"}},
-        {{"PATH", "/usr/bin:/bin"}}, openFiles);
+    const auto start = [&](const std::vector<std::string>& words) {
+        return startOnPseudoTerminal(
+            {.cwd = "/usr", .cols = 91, .rows = 17, .program = words.front(), .argv = words},
+            {{"PATH", "/usr/bin:/bin"}}, openFiles);
+    };
+    const auto shell = start({"/bin/sh", "-c", "echo $0; ulimit -n; pwd; stty size"});
+    const auto hungUp = start({"/bin/sleep", "5"});
+    const auto terminated = start({"/bin/sleep", "5"});
     static_cast<void>(std::signal(SIGTERM, SIG_DFL));
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    ASSERT_TRUE(started);
+    ASSERT_TRUE(shell && hungUp && terminated);
     std::string shown;
-    for (char byte = 0; ::read(started->terminal.get(), &byte, 1) == 1;)
+    for (char byte = 0; ::read(shell->terminal.get(), &byte, 1) == 1;)
         shown += byte;
-    EXPECT_EQ(shown, "-sh\r\n77\r\n/usr\r\n17 91\r\n129\r\n143\r\n");
-    static_cast<void>(waitForChild(started->process));
+    EXPECT_EQ(shown, "-sh\r\n77\r\n/usr\r\n17 91\r\n");
+    EXPECT_EQ(waitForChild(shell->process), 0);
+    ::kill(hungUp->process, SIGHUP);
+    EXPECT_EQ(waitForChild(hungUp->process), 128 + SIGHUP);
+    ::kill(terminated->process, SIGTERM);
+    EXPECT_EQ(waitForChild(terminated->process), 128 + SIGTERM);
 }
 
 TEST(PseudoTerminal, AProgramThatCantBeRunIsNoSession) {
