@@ -79,6 +79,7 @@ void Viewer::replay(const OutputLog& log, std::string_view first) {
     frameEnd_ = start.position;
     replayedUntil_ = log.end();
     filter_ = {};
+    isFiltered_ = true;
 }
 
 Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
