@@ -23,8 +23,8 @@ std::uint64_t of(HotkeyModifier modifier);
 /// Returns the flags to post the event with: the modifiers that are down after it, and what a
 /// keyboard sends with the key itself, which is `arrow` with arrow keys, `numericPad` with the keys
 /// of the numeric keypad, and `secondaryFn` with the function keys, home, end, page up, page down
-/// and delete. Flags that are set replace those that
-/// the system would have put there, so that nothing may be missing.
+/// and delete. Flags that are set replace those that the system would have put there, so that
+/// nothing may be missing.
 std::uint64_t of(const KeyPhase::Step& step);
 
 } // namespace velmo::EventFlags
