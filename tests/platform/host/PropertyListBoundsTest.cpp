@@ -79,7 +79,7 @@ std::string overlappingKeys() {
     for (char key = 1; key <= 100; ++key)
         objects += key;
     objects += std::string(100, 1);
-    for (int key = 0; key < 100; ++key)
+    for (std::size_t key = 0; key < 100; ++key)
         offsets.push_back(8 + objects.size() + key * 4);
     return binary(objects + repeat("\x5F\x11\xFF\xFF", 100) + std::string(65535, 'x'), offsets, 4);
 }
