@@ -34,10 +34,11 @@ List listFrom(std::string_view bytes) {
     if (bytes.starts_with(PropertyListBounds::byteOrderMark))
         bytes.remove_prefix(PropertyListBounds::byteOrderMark.size());
     // Newer libraries try other forms too if the form is left to them.
-    const auto size = static_cast<std::uint32_t>(bytes.size());
-    const auto read = plist_is_binary(bytes.data(), size) != 0 ? plist_from_bin : plist_from_xml;
+    const bool isBinary =
+        plist_is_binary(bytes.data(), static_cast<std::uint32_t>(bytes.size())) != 0;
+    const auto read = isBinary ? plist_from_bin : plist_from_xml;
     plist_t list = nullptr;
-    read(bytes.data(), size, &list);
+    read(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
     return List(list);
 }
 
