@@ -45,7 +45,7 @@ public:
         /// how the hold ended: the text of a `HoldEnding`, or one of the two below. A newer daemon
         /// may have other texts. Otherwise empty, or `daemonSilent`.
         std::string reason{};
-        /// Whose hold it rides on; absent if the daemon's answer is no report.
+        /// Whose hold it rides on; absent if the daemon's report can't be decoded.
         std::optional<HolderReport> holder{};
     };
 

@@ -11,7 +11,7 @@ namespace velmo {
 
 namespace {
 
-/// How a hold has ended that is reverted for the reason; absent for the two that end none.
+/// Returns how a hold that is reverted for this reason has ended; absent if the reason ends none.
 std::optional<HoldEnding> endingOf(RevertReason reason) {
     switch (reason) {
     case RevertReason::heartbeat:
@@ -111,7 +111,8 @@ void Guard::noticeEnabledSleep() {
     services_.log("sleep is enabled although a client holds");
 }
 
-/// With a heartbeat of now. The Mac may fall asleep between two readings, and the clock goes on.
+/// Reads what the policy decides by, with the last heartbeat set to now. The clock is read once: it
+/// goes on while the Mac sleeps, which it may do between two readings.
 PowerGuardPolicy::Facts Guard::readFacts(BatteryFloor floor) {
     const PowerReading reading = readPower(services_.machine);
     const SteadyTime now = services_.machine.steadyTime();
@@ -219,19 +220,23 @@ Guard::HoldResult Guard::beginHold() {
         undoDisableSleep();
         return std::unexpected(HoldRefusal::pmset);
     }
-    services_.log("sleep disabled (closed lid) for a Velmo client");
+    logDisabledSleep();
     return {};
 }
 
-/// A restore that is still to be done is left undone, as sleep is to stay disabled. One that failed
-/// may have had its effect all the same; only the property is looked at, for pmset may hang.
+/// Keeps sleep disabled although a restore is still to be done. A restore that failed may have
+/// enabled sleep all the same; only the property is read for that, as pmset may hang.
 Guard::HoldResult Guard::takeOverRestore() {
     if (*state_.heldPrevious || services_.machine.sleepDisabledProperty() != false)
         return {};
     if (!disableSleep())
         return std::unexpected(HoldRefusal::pmset);
-    services_.log("sleep disabled (closed lid) for a Velmo client");
+    logDisabledSleep();
     return {};
+}
+
+void Guard::logDisabledSleep() {
+    services_.log("sleep disabled (closed lid) for a Velmo client");
 }
 
 bool Guard::heartbeat(ClientId who) {
@@ -314,7 +319,7 @@ void Guard::undoDisableSleep() {
         becomes(false);
     if (machine.sleepDisabledProperty() == true)
         return;
-    // A setting that is late reaches the property only after this.
+    // The property may still be late. The preference, which pmset has written, is not.
     if (!isUndone && sleepDisabledPreference(machine) == true)
         return;
     services_.records.remove();

@@ -64,7 +64,8 @@ public:
     /// looks, in seconds.
     static constexpr double maxLateness = 2.0;
     static constexpr double latenessStep = 0.02;
-    static constexpr double preferenceStep = 0.5; ///< where each look starts a pmset
+    static constexpr double preferenceStep =
+        0.5; ///< the same where pmset has to be run for each look
 
     /// How long after a hold the Mac is asked to look at its lid, in seconds: a client that takes
     /// over from another must find it awake.
@@ -113,6 +114,7 @@ private:
     PowerGuardPolicy::Facts readFacts(BatteryFloor floor);
     HoldResult beginHold();
     HoldResult takeOverRestore();
+    void logDisabledSleep();
     bool disableSleep();
     bool enableSleep();
     void undoDisableSleep();

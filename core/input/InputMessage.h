@@ -24,8 +24,8 @@ struct InputMessage {
     };
 
     /// Moves what is below the pointer, as a finger on a screen does: a positive `dy` shows what
-    /// stands above. Both have the sign and unit of a scroll event in pixels, whose wheel 1 is `dy`
-    /// and whose wheel 2 is `dx`.
+    /// stands above. A scroll event in pixels takes `dy` as its wheel 1 and `dx` as its wheel 2,
+    /// with the same signs.
     struct Scroll {          // "scroll"
         std::int64_t dx = 0; ///< points to the right, -2048 to 2048
         std::int64_t dy = 0; ///< points down, -2048 to 2048

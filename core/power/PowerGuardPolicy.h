@@ -38,13 +38,13 @@ struct Facts {
 /// heat outranks the battery. Exactly 35 s without a heartbeat is still in time.
 std::optional<Revert> check(const Facts& facts);
 
-/// The same as the guard reverts for it.
+/// Returns the guard's reason for the same.
 RevertReason revertReason(Revert reason);
 
-/// Why no machine of such facts may be kept awake, whoever asks: battery or heat. Of the heartbeat
-/// it knows nothing.
+/// What makes it dangerous to keep the machine awake.
 enum class Danger { battery, thermal };
 
+/// Returns the reason to refuse a hold, if there is one: as `check`, but without the heartbeat.
 std::optional<Danger> danger(const Facts& facts);
 
 RevertReason revertReason(Danger danger);

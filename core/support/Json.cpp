@@ -303,8 +303,8 @@ struct Marked {
     std::size_t count = 0; ///< of marks
 };
 
-/// Returns whether the parser refused a numeral. Newer parsers have a separate error for an integer
-/// beyond 64 bits, whose name is unknown to older ones.
+/// Returns whether the parser refused a numeral. Newer parsers report an integer beyond 64 bits as
+/// BIGINT_ERROR. Older ones do not define that error.
 template<class Error>
 bool isOfNumeral(Error error) {
     if constexpr (requires { Error::BIGINT_ERROR; }) {
