@@ -235,7 +235,7 @@ Guard::HoldResult Guard::takeOverRestore() {
     return {};
 }
 
-void Guard::logDisabledSleep() {
+void Guard::logDisabledSleep() const {
     services_.log("sleep disabled (closed lid) for a Velmo client");
 }
 

@@ -114,7 +114,7 @@ private:
     PowerGuardPolicy::Facts readFacts(BatteryFloor floor);
     HoldResult beginHold();
     HoldResult takeOverRestore();
-    void logDisabledSleep();
+    void logDisabledSleep() const;
     bool disableSleep();
     bool enableSleep();
     void undoDisableSleep();
