@@ -1,4 +1,5 @@
 #include "bench/Suite.h"
+#include "daemon/Session.h"
 
 #include "lab/instruments/GuardedMac.h"
 
@@ -16,7 +17,7 @@ void addHolds(Suite& suite) {
                    for (long i = 0; i < state.range(0); ++i) {
                        const auto id = static_cast<std::uint64_t>(i);
                        connections.push_back(std::make_shared<FakeConnection>(id, mac.events));
-                       mac.guard->acceptConnection(connections.back());
+                       mac.guard->acceptConnection(connections.back(), Session::make);
                    }
                    for (auto _ : state) {
                        for (const auto& connection : connections)

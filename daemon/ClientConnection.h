@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/power/VelmoPowerProtocol.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -7,8 +9,6 @@
 #include <string>
 
 namespace velmo {
-
-class Session;
 
 /// Names a client to the guard. One connection gets the number and none gets it again, unlike an
 /// address, which may return with another client behind it.
@@ -35,8 +35,8 @@ public:
     /// false if the system finds the text malformed; the connection must then be refused.
     [[nodiscard]] virtual bool requireCodeSignature(const std::string& requirement) = 0;
 
-    /// Lets the session answer the client's calls of `VelmoPowerProtocol`.
-    virtual void exportSession(std::shared_ptr<Session> session) = 0;
+    /// Lets the session answer the client's calls.
+    virtual void exportSession(std::shared_ptr<VelmoPowerProtocol> session) = 0;
 
     /// Has the handler called once, on any thread, when the connection is gone for good.
     virtual void onInvalidation(std::function<void()> handler) = 0;

@@ -1,7 +1,5 @@
 #include "daemon/Guard.h"
 
-#include "daemon/Session.h"
-
 #include "machine/PowerReadings.h"
 
 #include <algorithm>
@@ -41,14 +39,15 @@ Guard::Guard(Services services, std::optional<std::string> requirement)
       state_{.idleSince = services_.machine.steadyTime()} {
 }
 
-bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection) {
+bool Guard::acceptConnection(const std::shared_ptr<ClientConnection>& connection,
+                             MakeSession& makeSession) {
     if (!requirement_) {
         services_.log("unsigned daemon: refusing every caller");
         return false;
     }
     if (!connection->requireCodeSignature(*requirement_))
         return false;
-    connection->exportSession(std::make_shared<Session>(weak_from_this(), connection));
+    connection->exportSession(makeSession(weak_from_this(), connection));
     connection->onInvalidation([weak = weak_from_this(), who = connection->id()] {
         if (const auto guard = weak.lock())
             guard->queue().async([guard, who] { guard->connectionLost(who); });

@@ -74,8 +74,14 @@ public:
     /// Without a requirement every client is refused.
     Guard(Services services, std::optional<std::string> requirement);
 
-    /// Returns whether the connection was taken on. A refused one is to be dropped, not resumed.
-    bool acceptConnection(const std::shared_ptr<ClientConnection>& connection);
+    /// Makes the object that answers the calls of one connection; it keeps neither alive.
+    using MakeSession = std::shared_ptr<VelmoPowerProtocol>(std::weak_ptr<Guard>,
+                                                            std::weak_ptr<ClientConnection>);
+
+    /// Admits the connection and resumes it with a session of its own. Returns false for a refused
+    /// connection, which the caller drops without resuming it.
+    bool acceptConnection(const std::shared_ptr<ClientConnection>& connection,
+                          MakeSession& makeSession);
 
     /// Posts a look at the hold, or at what is left to do without one. Due every 5 seconds; does
     /// nothing while an earlier tick still waits for its turn or runs.

@@ -10,6 +10,11 @@ Session::Session(std::weak_ptr<Guard> owner, std::weak_ptr<ClientConnection> con
     : owner_(std::move(owner)), connection_(std::move(connection)) {
 }
 
+std::shared_ptr<VelmoPowerProtocol> Session::make(std::weak_ptr<Guard> owner,
+                                                  std::weak_ptr<ClientConnection> connection) {
+    return std::make_shared<Session>(std::move(owner), std::move(connection));
+}
+
 void Session::hold(std::int64_t batteryFloor, HoldReply reply) {
     const auto guard = owner_.lock();
     const auto connection = connection_.lock();

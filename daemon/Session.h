@@ -16,6 +16,10 @@ class Session final : public VelmoPowerProtocol {
 public:
     Session(std::weak_ptr<Guard> owner, std::weak_ptr<ClientConnection> connection);
 
+    /// Returns a new session, as `Guard::acceptConnection` asks for it.
+    static std::shared_ptr<VelmoPowerProtocol> make(std::weak_ptr<Guard> owner,
+                                                    std::weak_ptr<ClientConnection> connection);
+
     void hold(std::int64_t batteryFloor, HoldReply reply) override;
     void heartbeat(Reply reply) override;
     void release(Reply reply) override;

@@ -63,7 +63,7 @@ public:
 
     bool requireCodeSignature(const std::string&) override { return true; }
 
-    void exportSession(std::shared_ptr<Session> exported) override {
+    void exportSession(std::shared_ptr<VelmoPowerProtocol> exported) override {
         session = std::move(exported);
     }
 
@@ -71,7 +71,7 @@ public:
 
     void resume() override {}
 
-    std::shared_ptr<Session> session;
+    std::shared_ptr<VelmoPowerProtocol> session;
     std::function<void()> invalidate;
     bool lost = false;
 
@@ -218,7 +218,7 @@ void ExploredMac::happen(Event event) {
         return;
     case Happening::connect:
         client = std::make_shared<Connection>(++connectionsMade_);
-        if (!process_->guard->acceptConnection(client))
+        if (!process_->guard->acceptConnection(client, Session::make))
             violate("a signed client was refused");
         break;
     case Happening::loseConnection:
@@ -298,7 +298,7 @@ void ExploredMac::askAndCompare(const Connection& client, int& replies) {
         violate("a report was not answered, or changed something");
 }
 
-void ExploredMac::holdAndWatch(Session& session, std::int64_t floor, int& replies) {
+void ExploredMac::holdAndWatch(VelmoPowerProtocol& session, std::int64_t floor, int& replies) {
     const auto holder = state().holder;
     session.hold(floor, [this, holder, &replies](bool ok, std::string_view reason) {
         ++replies;

@@ -179,7 +179,7 @@ private:
     void happen(Event event);
     void call(Event event);
     void askAndCompare(const Connection& client, int& replies);
-    void holdAndWatch(Session& session, std::int64_t floor, int& replies);
+    void holdAndWatch(VelmoPowerProtocol& session, std::int64_t floor, int& replies);
     std::size_t ask(Part part, std::initializer_list<std::string_view> options);
     void affect(std::initializer_list<std::string_view> options,
                 const std::function<void()>& effect);

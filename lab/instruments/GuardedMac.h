@@ -2,7 +2,6 @@
 
 #include "daemon/ClientConnection.h"
 #include "daemon/Guard.h"
-#include "daemon/Session.h"
 
 #include "lab/instruments/StepQueue.h"
 
@@ -169,7 +168,7 @@ public:
         return requirementWellFormed;
     }
 
-    void exportSession(std::shared_ptr<Session> exported) override {
+    void exportSession(std::shared_ptr<VelmoPowerProtocol> exported) override {
         events_.emplace_back("session");
         session = std::move(exported);
     }
@@ -188,7 +187,7 @@ public:
     bool requirementWellFormed = true;
     bool lostAtOnce = false;
     std::optional<std::string> program = "velmo-power";
-    std::shared_ptr<Session> session;
+    std::shared_ptr<VelmoPowerProtocol> session;
     std::function<void()> invalidate;
 
 private:

@@ -13,30 +13,30 @@ class SessionTest : public testing::Test, protected GuardedMac {
 protected:
     std::shared_ptr<FakeConnection> connect(std::uint64_t id) {
         auto connection = std::make_shared<FakeConnection>(id, events);
-        EXPECT_TRUE(guard->acceptConnection(connection));
+        EXPECT_TRUE(guard->acceptConnection(connection, Session::make));
         queue.runAll();
         takeEvents();
         return connection;
     }
 
-    std::string hold(Session& session, std::int64_t floor = 20) {
+    std::string hold(VelmoPowerProtocol& session, std::int64_t floor = 20) {
         session.hold(floor, [this](bool ok, std::string_view reason) {
             replies.push_back(ok ? "ok" : std::string(reason));
         });
         return reply();
     }
 
-    std::string heartbeat(Session& session) {
+    std::string heartbeat(VelmoPowerProtocol& session) {
         session.heartbeat([this](bool ok) { replies.emplace_back(ok ? "ok" : "no"); });
         return reply();
     }
 
-    std::string release(Session& session) {
+    std::string release(VelmoPowerProtocol& session) {
         session.release([this](bool ok) { replies.emplace_back(ok ? "ok" : "no"); });
         return reply();
     }
 
-    HoldReport report(Session& session) {
+    HoldReport report(VelmoPowerProtocol& session) {
         session.report([this](std::string_view line) { replies.emplace_back(line); });
         return decodeRecord<HoldReport>(reply()).value();
     }
@@ -56,7 +56,7 @@ protected:
 TEST_F(SessionTest, AConnectionIsPreparedBeforeItIsResumed) {
     const auto connection = std::make_shared<FakeConnection>(1, events);
     connection->lostAtOnce = true;
-    EXPECT_TRUE(guard->acceptConnection(connection));
+    EXPECT_TRUE(guard->acceptConnection(connection, Session::make));
     EXPECT_THAT(takeEvents(), ElementsAre("requirement requirement", "session",
                                           "invalidation handler", "resume"));
     queue.runAll(); // counted up, then down
@@ -69,10 +69,10 @@ TEST_F(SessionTest, AConnectionIsPreparedBeforeItIsResumed) {
 TEST_F(SessionTest, AConnectionThatCannotBeHeldToTheRequirementIsRefused) {
     const auto connection = std::make_shared<FakeConnection>(1, events);
     connection->requirementWellFormed = false;
-    EXPECT_FALSE(guard->acceptConnection(connection));
+    EXPECT_FALSE(guard->acceptConnection(connection, Session::make));
     guard = newGuard(std::nullopt);
     for (int i = 0; i < 2; ++i)
-        EXPECT_FALSE(guard->acceptConnection(connection));
+        EXPECT_FALSE(guard->acceptConnection(connection, Session::make));
     queue.runAll();
     const std::string unsignedDaemon = "unsigned daemon: refusing every caller";
     EXPECT_THAT(takeEvents(),
@@ -174,6 +174,7 @@ TEST_F(SessionTest, TellsHowHoldsEnded) {
         machine = FakeMachine(events);
         machine.date += static_cast<double>(how.size());
         ASSERT_EQ(hold(*holder->session), "ok") << how;
+        machine.date += 2; // the end has a date of its own
         end();
         const HoldEnd told{.how = how, .at = machine.date};
         release(*other->session); // nothing to end

@@ -1,6 +1,7 @@
 #include "daemon/Startup.h"
 
 #include "core/power/PowerService.h"
+#include "daemon/Session.h"
 
 #include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
@@ -93,7 +94,7 @@ TEST(Startup, ConnectsTheTeamTheTimerAndTheSignalWithTheGuard) {
     host.mac.takeEvents();
 
     const auto connection = std::make_shared<FakeConnection>(1, host.mac.events);
-    ASSERT_TRUE(host.mac.guard->acceptConnection(connection));
+    ASSERT_TRUE(host.mac.guard->acceptConnection(connection, Session::make));
     EXPECT_EQ(host.mac.takeEvents().front(),
               "requirement " + powerClientRequirement("TEAM").value());
 
@@ -129,8 +130,8 @@ TEST(Startup, WithoutATeamItRunsAndRefusesEveryone) {
     FakeHost host;
     host.team.reset();
     runDaemon(host);
-    EXPECT_FALSE(
-        host.mac.guard->acceptConnection(std::make_shared<FakeConnection>(1, host.mac.events)));
+    EXPECT_FALSE(host.mac.guard->acceptConnection(
+        std::make_shared<FakeConnection>(1, host.mac.events), Session::make));
     EXPECT_EQ(host.mac.takeEvents().back(),
               "VelmoPowerDaemon: unsigned daemon: refusing every caller\n");
 }

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] std::optional<std::string> programName() const override;
 
     bool requireCodeSignature(const std::string& requirement) override;
-    void exportSession(std::shared_ptr<Session> session) override;
+    void exportSession(std::shared_ptr<VelmoPowerProtocol> session) override;
     void onInvalidation(std::function<void()> handler) override;
     void resume() override;
 

@@ -45,7 +45,7 @@ bool XpcConnection::requireCodeSignature(const std::string& requirement) {
     return requireOfPeer(connection_, requirement, log_);
 }
 
-void XpcConnection::exportSession(std::shared_ptr<Session> session) {
+void XpcConnection::exportSession(std::shared_ptr<VelmoPowerProtocol> session) {
     NSXPCConnection* const connection = connection_;
     connection.exportedInterface = powerInterface();
     connection.exportedObject = [[VelmoPowerSession alloc]

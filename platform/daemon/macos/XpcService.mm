@@ -1,6 +1,7 @@
 #include "platform/daemon/macos/XpcService.h"
 
 #include "daemon/ConnectionPlaces.h"
+#include "daemon/Session.h"
 
 #include <atomic>
 #include <cstdint>
@@ -39,7 +40,7 @@
             _log("a user has too many connections: refusing one");
             return NO;
         }
-        if (_guard->acceptConnection(connection))
+        if (_guard->acceptConnection(connection, velmo::Session::make))
             return YES;
         _places->leave(client);
         return NO;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "daemon/Session.h"
+#include "core/power/VelmoPowerProtocol.h"
 #include "platform/xpc/XpcProtocol.h"
 
 #include <functional>
@@ -10,7 +10,7 @@
 /// told of each first: the system lets no call through that fails the code-signing requirement.
 @interface VelmoPowerSession : NSObject <VelmoPowerProtocol>
 
-- (instancetype)initWithSession:(std::shared_ptr<velmo::Session>)session
+- (instancetype)initWithSession:(std::shared_ptr<velmo::VelmoPowerProtocol>)session
                        onCalled:(std::function<void()>)onCalled;
 
 @end

@@ -6,11 +6,11 @@
 #include <utility>
 
 @implementation VelmoPowerSession {
-    std::shared_ptr<velmo::Session> _exported;
+    std::shared_ptr<velmo::VelmoPowerProtocol> _exported;
     std::function<void()> _onCalled;
 }
 
-- (instancetype)initWithSession:(std::shared_ptr<velmo::Session>)session
+- (instancetype)initWithSession:(std::shared_ptr<velmo::VelmoPowerProtocol>)session
                        onCalled:(std::function<void()>)onCalled {
     self = [super init];
     if (self) {
@@ -21,7 +21,7 @@
 }
 
 /// Returns the session for a call that has come in.
-- (velmo::Session&)called {
+- (velmo::VelmoPowerProtocol&)called {
     _onCalled();
     return *_exported;
 }

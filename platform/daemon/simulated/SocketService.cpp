@@ -55,7 +55,9 @@ public:
     /// stands for one.
     bool requireCodeSignature(const std::string& /*requirement*/) override { return true; }
 
-    void exportSession(std::shared_ptr<Session> session) override { session_ = std::move(session); }
+    void exportSession(std::shared_ptr<VelmoPowerProtocol> session) override {
+        session_ = std::move(session);
+    }
 
     void onInvalidation(std::function<void()> handler) override {
         invalidated_ = std::move(handler);
@@ -152,7 +154,7 @@ private:
     std::optional<std::int64_t> process_;
     MacFolder folder_;
     std::shared_ptr<std::atomic<std::size_t>> connections_;
-    std::shared_ptr<Session> session_;
+    std::shared_ptr<VelmoPowerProtocol> session_;
     std::function<void()> invalidated_;
     std::string received_;
     std::string sent_;
@@ -199,7 +201,8 @@ void SocketService::acceptNext() {
 void SocketService::admit(Socket socket) {
     if (*taken_ < places_)
         guard_->acceptConnection(std::make_shared<SocketConnection>(
-            std::move(socket), ClientId{++lastClient_}, folder_, taken_));
+                                     std::move(socket), ClientId{++lastClient_}, folder_, taken_),
+                                 Session::make);
 }
 
 } // namespace velmo

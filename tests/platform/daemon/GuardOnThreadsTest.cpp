@@ -1,3 +1,4 @@
+#include "daemon/Session.h"
 #include "platform/daemon/simulated/ThreadQueue.h"
 
 #include "lab/instruments/GuardedMac.h"
@@ -18,7 +19,7 @@ protected:
         std::vector<std::thread> clients;
         for (std::uint64_t id = 1; id <= 4; ++id) {
             const auto connection = std::make_shared<FakeConnection>(id, events);
-            ASSERT_TRUE(guard->acceptConnection(connection));
+            ASSERT_TRUE(guard->acceptConnection(connection, Session::make));
             connections.push_back(connection);
         }
         for (const auto& connection : connections)
