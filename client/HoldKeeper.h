@@ -92,6 +92,9 @@ public:
 
     [[nodiscard]] const Status& status() const { return status_; }
 
+    /// Returns whether a call is not answered yet.
+    [[nodiscard]] bool isWaiting() const { return awaited_.has_value(); }
+
 private:
     struct Attempt {};
 

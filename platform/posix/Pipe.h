@@ -15,4 +15,7 @@ struct Pipe {
 /// Makes a pipe; absent if there are no descriptors left, with errno set.
 std::optional<Pipe> makePipe();
 
+/// Returns whether every read end of the pipe is closed, so that nothing written arrives any more.
+bool isReaderGone(int writeEnd);
+
 } // namespace velmo

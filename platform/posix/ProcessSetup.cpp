@@ -9,6 +9,13 @@
 
 namespace velmo {
 
+void unblockSignal(int signal) {
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, signal);
+    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+}
+
 void prepareProcess() {
     // open returns the lowest free number, so this fills exactly the standard ones that are closed.
     int descriptor = ::open("/dev/null", O_RDWR);
@@ -19,6 +26,7 @@ void prepareProcess() {
     // Fails for no signal that exists.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
+    unblockSignal(SIGCHLD);
 }
 
 std::vector<int> endingSignals() {

@@ -3,6 +3,7 @@
 #include "platform/posix/CStrings.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
+#include "platform/posix/ProcessSetup.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -81,10 +82,7 @@ void raiseByDefault(int signal) {
     action.sa_handler = SIG_DFL;
     ::sigaction(signal, &action, nullptr);
     ::raise(signal);
-    sigset_t only;
-    sigemptyset(&only);
-    sigaddset(&only, signal);
-    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+    unblockSignal(signal);
 }
 
 } // namespace velmo

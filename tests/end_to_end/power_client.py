@@ -69,7 +69,13 @@ class PowerTest(unittest.TestCase):
         self.mac("create")
         self.environment = dict(os.environ, VELMO_MAC=self.folder.name, LC_ALL="C")
         self.start_daemon()
-        self.addCleanup(lambda: (self.daemon.kill(), self.daemon.wait()))
+        self.addCleanup(self.end_daemon)
+
+    def end_daemon(self):
+        """A daemon that is killed may leave a pmset behind, which still writes into the folder."""
+        self.daemon.send_signal(signal.SIGCONT)
+        self.daemon.terminate()
+        self.daemon.wait(PATIENCE)
 
     def start_daemon(self):
         self.log = open(self.folder.name + "/log", "a")
@@ -386,6 +392,32 @@ class Signals(PowerTest):
             self.assertEqual(client.end(), 0)
 
 
+    def test_a_command_that_stops_itself_stops_all(self):
+        client = self.start("hold", "sh", "-c", "kill -TSTP $$; echo back", preexec_fn=os.setpgrp)
+        self.until_stopped(client)
+        self.assertFalse(self.is_held())
+        client.send(signal.SIGCONT)
+        self.assertEqual(client.end(), 0)
+        self.assertRegex(client.text, "going on: (.*\n)*back\n")
+
+    def test_a_terminal_that_closes_ends_command_and_hold(self):
+        mark = self.folder.name + "/command"
+        terminal = Terminal(self.words("hold", "sh", "-c", f"echo $$ > {mark}1; mv {mark}1 {mark}; exec sleep 30"),
+                            self.environment)
+        until(lambda: os.path.exists(mark), "the command runs")
+        os.close(terminal.descriptor)
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(terminal.pid, 0)[1]), -signal.SIGHUP)
+        self.assertFalse(self.is_held())
+        with open(mark) as file:
+            self.assertFalse(os.path.exists("/proc/" + file.read().strip()))
+
+    def test_the_command_is_waited_for_though_a_parent_blocks_its_signal(self):
+        done = self.power("hold", "--quiet", "grep", "SigBlk", "/proc/self/status",
+                          preexec_fn=lambda: signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGCHLD}))
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(int(done.stdout.split()[1], 16), 1 << (signal.SIGCHLD - 1),
+                         "the command is born with the same mask")
+
     def test_what_was_given_up_is_not_asked_for_after_a_stop(self):
         client = self.start("hold", "sleep", "30", preexec_fn=os.setpgrp)
         client.wait_for("holding")
@@ -396,10 +428,13 @@ class Signals(PowerTest):
         self.assertEqual(client.end(), -signal.SIGTERM)
         self.assertNotIn("going on", client.text)
 
-    def stop_and_continue(self, client):
-        client.send(signal.SIGTSTP)
+    def until_stopped(self, client):
         until(lambda: os.waitid(os.P_PID, client.process.pid,
                                 os.WSTOPPED | os.WNOHANG | os.WNOWAIT), "it is stopped")
+
+    def stop_and_continue(self, client):
+        client.send(signal.SIGTSTP)
+        self.until_stopped(client)
         self.assertFalse(self.is_held())
         client.send(signal.SIGCONT)
 
@@ -617,10 +652,30 @@ class Options(PowerTest):
         with open(mark) as file:
             self.assertEqual(file.read().split(), ["0", "1", "2", "3"])
         until(lambda: not self.is_held(), "its end")
+        self.daemon.send_signal(signal.SIGSTOP)
+        done = subprocess.run(["timeout", "-s", "INT", "3", *self.words("hold", "--background")],
+                              env=self.environment, capture_output=True)
+        self.assertIn(b"waiting for the power daemon to answer", done.stderr)
+        self.daemon.send_signal(signal.SIGCONT)
+        until(lambda: not self.behind(), "nothing is left behind a front that was cancelled")
+        self.assertFalse(self.is_held())
         self.mac("set", "--thermal", "critical")
         done = self.power("hold", "--background")
         self.assertEqual((done.returncode, done.stdout), (1, b""))
         self.assertIn(b"too hot", done.stderr)
+
+
+    def behind(self):
+        """The processes of this Mac that were started to hold in the background."""
+        def read(pid, name):
+            try:
+                with open(f"/proc/{pid}/{name}", "rb") as file:
+                    return file.read()
+            except OSError:
+                return b""
+        return [pid for pid in os.listdir("/proc")
+                if b"--ready-descriptor" in read(pid, "cmdline")
+                and self.folder.name.encode() in read(pid, "environ")]
 
 
 class Others(PowerTest):

@@ -3,6 +3,7 @@
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/Clocks.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/Pipe.h"
 #include "platform/posix/ProcessEnd.h"
 #include "platform/posix/UserCommand.h"
 #include "tools/velmo-power/Conversation.h"
@@ -26,11 +27,7 @@ namespace velmo {
 
 namespace {
 
-constexpr double tickInterval = 1.0;    ///< seconds
-constexpr double displayOffDelay = 1.0; ///< seconds that the lid is shut
-/// A second signal within this time is the same one once more, as `timeout` sends it to the whole
-/// group; later it means not to wait any longer.
-constexpr double impatience = 1.0; ///< seconds
+constexpr double tickInterval = 1.0; ///< seconds
 constexpr std::chrono::milliseconds lastWords(500);
 
 /// What ends a hold without a command, and goes to the command where there is one.
@@ -47,18 +44,24 @@ std::vector<int> signalsToTake(const ProcessBirth& birth) {
     return signals;
 }
 
+/// The process in front has one thing to print, to which nothing may be added.
+bool isQuiet(const HoldRequest& request) {
+    return request.isQuiet || request.readyDescriptor;
+}
+
 } // namespace
 
 // A command's own output shares the terminal: no line is drawn over it, and its standard output
-// stays its own.
+// stays its own. The process in front prints a process id there.
 HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequest request,
                          const ProcessBirth& birth)
     : context_(context),
       access_(std::move(access)),
       request_(std::move(request)),
       birth_(birth),
+      run_(request_, access_.machine->steadyTime()),
       display_(request_.command.empty() ? STDOUT_FILENO : STDERR_FILENO,
-               request_.command.empty() && !request_.isQuiet),
+               request_.command.empty() && !isQuiet(request_)),
       complaints_(STDERR_FILENO, false),
       signals_(signalsToTake(birth)),
       signalEnd_(context),
@@ -69,9 +72,10 @@ HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequ
           [this](double seconds, std::function<void()> callback) {
               after(seconds, std::move(callback));
           },
-          [this](const HoldKeeper::Status& status) { statusChanged(status); },
+          [this](const HoldKeeper::Status& status) {
+              report([this, status] { return run_.statusChanged(status, now()); });
+          },
           {.batteryFloor = request_.floor, .persist = request_.persists, .rides = request_.rides}),
-      limits_(request_.limits, access_.machine->steadyTime()),
       ready_(request_.readyDescriptor.value_or(-1)) {
 }
 
@@ -81,19 +85,12 @@ int HoldCommand::run() {
     if (const auto why = whyUsageIsWrong()) {
         complain(*why);
         complaints_.finish(lastWords);
-        return failure(ExitStatus::usage);
+        return request_.command.empty() ? ExitStatus::usage : ExitStatus::withCommand;
     }
     signalEnd_.assign(::dup(signals_.descriptor()));
     waitForSignals();
-    after(Conversation::untilWaitIsTold, [this] {
-        if (keeper_.status().state == HoldKeeper::State::connecting && !exitStatus_ && !awakeSince_)
-            say("waiting for the power daemon to answer");
-    });
+    report([this] { return run_.started(readFacts(readStatus(*access_.machine, false)).limits); });
     tick();
-    if (request_.limits.onlyOnMains && readPower(*access_.machine).ac == false)
-        noHoldAtAll("--ac-only: the Mac runs on its battery", ExitStatus::refused);
-    else
-        keeper_.start();
     context_.run();
     display_.finish(lastWords);
     complaints_.finish(lastWords);
@@ -101,7 +98,7 @@ int HoldCommand::run() {
         endBySignal(endSignal_);
         return ExitStatus::bySignal + endSignal_; // one that does not end a process
     }
-    return exitStatus_.value_or(ExitStatus::success);
+    return exitStatus_;
 }
 
 std::optional<std::string> HoldCommand::whyUsageIsWrong() {
@@ -120,6 +117,88 @@ void HoldCommand::after(double seconds, std::function<void()> callback) {
     });
 }
 
+void HoldCommand::report(std::function<HoldRun::Actions()> event) {
+    events_.push_back(std::move(event));
+    if (events_.size() > 1)
+        return;
+    while (!events_.empty()) {
+        for (const HoldRun::Action& action : events_.front()())
+            carryOut(action);
+        events_.pop_front();
+    }
+}
+
+void HoldCommand::carryOut(const HoldRun::Action& action) {
+    using Kind = HoldRun::Kind;
+    switch (action.kind) {
+    case Kind::say:
+        say(action.text);
+        break;
+    case Kind::complain:
+        complain(action.text);
+        break;
+    case Kind::askForHold:
+        keeper_.start();
+        break;
+    case Kind::checkHold:
+        keeper_.checkNow();
+        break;
+    case Kind::giveUpHold:
+        keeper_.stop([this](HoldKeeper::Outcome outcome) {
+            report([this, outcome] {
+                return run_.gaveUp(outcome, access_.machine->sleepDisabledProperty());
+            });
+        });
+        break;
+    case Kind::preventIdleSleep:
+        if (!idleSleepPrevented_ && access_.preventIdleSleep)
+            idleSleepPrevented_ = access_.preventIdleSleep();
+        break;
+    case Kind::allowIdleSleep:
+        idleSleepPrevented_.reset();
+        break;
+    case Kind::turnDisplayOff:
+        access_.turnDisplayOff();
+        break;
+    case Kind::tellFront:
+        tellFront();
+        break;
+    case Kind::startCommand:
+        startCommand();
+        break;
+    case Kind::signalCommand:
+        if (child_)
+            ::kill(*child_, action.number);
+        break;
+    case Kind::stopSelf:
+        stopSelf(action.number);
+        break;
+    case Kind::awaitAnswer:
+        after(Conversation::untilWaitIsTold,
+              [this] { report([this] { return run_.answerIsLate(); }); });
+        break;
+    case Kind::awaitRelease:
+        after(Conversation::untilWaitIsTold,
+              [this] { report([this] { return run_.releaseIsLate(); }); });
+        break;
+    case Kind::end:
+        end(action.number);
+        break;
+    case Kind::endBySignal:
+        end(ExitStatus::bySignal + action.number, action.number);
+        break;
+    case Kind::endAtOnce:
+        complaints_.finish(lastWords);
+        ::_exit(action.number);
+    }
+}
+
+void HoldCommand::end(int exitStatus, int signal) {
+    exitStatus_ = exitStatus;
+    endSignal_ = signal;
+    context_.stop();
+}
+
 // Signals.
 
 void HoldCommand::waitForSignals() {
@@ -135,142 +214,24 @@ void HoldCommand::waitForSignals() {
 
 void HoldCommand::handleSignal(SignalPipe::News news) {
     if (news.signal == SIGCHLD) {
-        reapCommand();
+        lookAtCommand();
         return;
     }
-    if (news.signal == SIGTSTP) {
-        passOn(news);
-        suspend();
-        return;
-    }
-    if (child_) {
-        passOn(news);
-    } else if (!exitStatus_) {
-        if (request_.command.empty())
-            finish(ExitStatus::success);
-        else
-            finishBySignal(news.signal);
-    } else if (endsSince_ && access_.machine->steadyTime() - *endsSince_ >= impatience) {
-        // The lost connection ends the hold too.
-        complain("not waiting any longer; the power daemon enables sleep by itself");
-        complaints_.finish(lastWords);
-        ::_exit(failure(ExitStatus::refused));
-    }
-}
-
-/// What the terminal sends reaches the command from there.
-void HoldCommand::passOn(SignalPipe::News news) {
-    if (child_ && news.fromProcess)
-        ::kill(*child_, news.signal);
-}
-
-void HoldCommand::suspend() {
-    if (exitStatus_)
-        return;
-    if (!wantsHold_) {
-        goOn();
-        return;
-    }
-    say("stopped: the hold is given up meanwhile");
-    idleSleepPrevented_.reset();
-    keeper_.stop([this](HoldKeeper::Outcome /*outcome*/) { goOn(); });
+    report([this, news] {
+        return run_.signalled({.number = news.signal, .fromTerminal = !news.fromProcess}, now());
+    });
 }
 
 /// Stops this process, as the signal does by default; its continuation goes on from here.
-void HoldCommand::goOn() {
+void HoldCommand::stopSelf(int signal) {
     display_.finish(lastWords);
-    raiseByDefault(SIGTSTP);
-    SignalPipe::take(SIGTSTP);
-    if (child_)
-        ::kill(*child_, SIGCONT);
-    if (!wantsHold_)
-        return;
-    say("going on: asking for the hold again");
-    keeper_.start();
-}
-
-// The hold.
-
-void HoldCommand::statusChanged(const HoldKeeper::Status& status) {
-    const bool isAwake =
-        status.state == HoldKeeper::State::holding || status.state == HoldKeeper::State::riding;
-    enabledIsTold_ = enabledIsAsked_ = false;
-    if (isAwake)
-        awake(status);
-    else if (awakeSince_)
-        notAwake(status);
-    else if (status.state != HoldKeeper::State::connecting)
-        noHoldAtAll(holdText(status), status.state == HoldKeeper::State::refused
-                                          ? ExitStatus::refused
-                                          : ExitStatus::unreachable);
-}
-
-void HoldCommand::awake(const HoldKeeper::Status& status) {
-    if (!idleSleepPrevented_ && access_.preventIdleSleep)
-        idleSleepPrevented_ = access_.preventIdleSleep();
-    say(holdText(status));
-    if (awakeSince_)
-        return;
-    awakeSince_ = access_.machine->steadyTime();
-    tellReady();
-    if (!request_.command.empty() && !child_)
-        startCommand();
-}
-
-/// There can be no hold, to begin with.
-void HoldCommand::noHoldAtAll(const std::string& why, int exitStatus) {
-    if (!request_.runsAnyway) {
-        complain(why);
-        finish(failure(exitStatus));
-        return;
-    }
-    complain(why + "; running " + request_.command.front() + " without a hold");
-    dropHold();
-    tellReady();
-    startCommand();
-}
-
-/// There was a hold, and there is none at the moment.
-void HoldCommand::notAwake(const HoldKeeper::Status& status) {
-    idleSleepPrevented_.reset();
-    const bool asksAnew = status.state == HoldKeeper::State::connecting && status.reason.empty();
-    if (asksAnew)
-        return;
-    if (request_.endsCommandOnLoss && child_) {
-        complain(holdText(status) + "; ending " + request_.command.front());
-        dropHold();
-        ::kill(*child_, SIGTERM);
-        return;
-    }
-    if (status.state == HoldKeeper::State::released)
-        giveUpHold("released by another client");
-    else
-        say(holdText(status));
-}
-
-void HoldCommand::giveUpHold(const std::string& why) {
-    const std::string text = "the hold is over: " + why;
-    if (!child_) {
-        say(text);
-        finish(ExitStatus::success);
-        return;
-    }
-    say(text + "; " + request_.command.front() + " runs on");
-    dropHold();
-}
-
-/// From now on without a hold, with a command that runs on.
-void HoldCommand::dropHold() {
-    wantsHold_ = false;
-    isDropping_ = true;
-    idleSleepPrevented_.reset();
-    keeper_.stop([this](HoldKeeper::Outcome outcome) {
-        isDropping_ = false;
-        if (awakeSince_ && !isKnownToBeRestored(outcome))
-            complain("sleep may still be disabled");
-        if (exitStatus_)
-            context_.stop();
-    });
+    complaints_.finish(lastWords);
+    raiseByDefault(signal);
+    if (signal == SIGTSTP)
+        SignalPipe::take(SIGTSTP);
+    if (signal == SIGTTOU)
+        static_cast<void>(std::signal(SIGTTOU, SIG_IGN));
+    report([this] { return run_.continued(); });
 }
 
 // The command.
@@ -279,175 +240,83 @@ void HoldCommand::startCommand() {
     const auto child = velmo::startCommand(request_.command, birth_);
     if (child) {
         child_ = *child;
+        report([this] { return run_.commandStarted(); });
         return;
     }
-    const bool isMissing = child.error() == ENOENT;
-    complain(request_.command.front() + (isMissing ? ": not found" : ": can't be run: ")
-             + (isMissing ? "" : std::generic_category().message(child.error())));
-    finish(isMissing ? ExitStatus::notFound : ExitStatus::notExecutable);
+    const auto why = child.error() == ENOENT
+                         ? std::nullopt
+                         : std::optional(std::generic_category().message(child.error()));
+    report([this, why] { return run_.commandNotStarted(why, now()); });
+}
+
+void HoldCommand::lookAtCommand() {
+    int status = 0;
+    while (child_ && ::waitpid(*child_, &status, WNOHANG | WUNTRACED) == *child_) {
+        if (WIFSTOPPED(status)) {
+            report(
+                [this, signal = WSTOPSIG(status)] { return run_.commandStopped(signal, now()); });
+            continue;
+        }
+        child_.reset();
+        const HoldRun::End end = WIFSIGNALED(status) ? HoldRun::End{.signal = WTERMSIG(status)}
+                                                     : HoldRun::End{.status = WEXITSTATUS(status)};
+        report([this, end] { return run_.commandEnded(end, now()); });
+    }
 }
 
 /// Lets the process in front go, which has waited for the hold.
-void HoldCommand::tellReady() {
-    if (!ready_)
-        return;
-    writeAll(ready_.get(), "!");
+void HoldCommand::tellFront() {
+    const bool isThere = writeAll(ready_.get(), "!");
     ready_.reset();
-    if (!request_.command.empty())
-        return;
-    // Whoever reads what this process writes would wait for its end.
-    const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        ::dup2(null.get(), stream);
-}
-
-void HoldCommand::reapCommand() {
-    int status = 0;
-    if (!child_ || ::waitpid(*child_, &status, WNOHANG) != *child_)
-        return;
-    child_.reset();
-    if (WIFSIGNALED(status))
-        finishBySignal(WTERMSIG(status));
-    else
-        finish(WEXITSTATUS(status));
+    if (isThere && request_.command.empty()) {
+        // A program that reads what this process writes would wait for its end.
+        const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            ::dup2(null.get(), stream);
+    }
+    report([this, isThere] { return run_.frontTold(isThere, now()); });
 }
 
 // What is looked at every second. None of it waits: the setting is read by its property alone.
 
 void HoldCommand::tick() {
-    if (exitStatus_)
-        return;
-    if (awakeSince_ && wantsHold_) {
-        const PowerStatus status = readStatus(*access_.machine, false);
-        watchSetting(status);
-        watchLid();
-        watchProcess();
-        draw(status);
-        watchLimits(status);
-    }
+    const PowerStatus status = readStatus(*access_.machine, false);
+    const HoldRun::Facts facts = readFacts(status);
+    report([this, facts] { return run_.ticked(facts); });
+    draw(status, facts.limits);
     after(tickInterval, [this] { tick(); });
 }
 
-/// Sleep may be enabled although we hold, or because we don't any more: the daemon knows.
-void HoldCommand::watchSetting(const PowerStatus& status) {
-    const auto state = keeper_.status().state;
-    const bool isHeld = state == HoldKeeper::State::holding || state == HoldKeeper::State::riding;
-    if (status.sleepDisabled != false || !isHeld) {
-        enabledIsAsked_ = false;
-        return;
-    }
-    if (!std::exchange(enabledIsAsked_, true)) {
-        keeper_.checkNow();
-        return;
-    }
-    if (!std::exchange(enabledIsTold_, true))
-        complain("sleep is enabled although the hold is in force: somebody else has enabled it");
-}
-
-void HoldCommand::watchLid() {
-    const auto lid = access_.machine->lid();
-    if (!request_.displayOff || !lid || !lid->isShut || !lid->causesSleep) {
-        lidShutSince_.reset();
-        displayIsOff_ = false;
-        return;
-    }
-    const SteadyTime now = access_.machine->steadyTime();
-    if (!lidShutSince_)
-        lidShutSince_ = now;
-    if (displayIsOff_ || now - *lidShutSince_ < displayOffDelay)
-        return;
-    displayIsOff_ = true;
-    access_.turnDisplayOff();
-}
-
-void HoldCommand::watchProcess() {
+HoldRun::Facts HoldCommand::readFacts(const PowerStatus& status) {
     if (processEnd_ && !processHasEnded_)
         processHasEnded_ = hasEnded(processEnd_);
+    const auto lid = access_.machine->lid();
+    return {.limits = {.now = now(),
+                       .date = access_.machine->wallTime(),
+                       .onMains = status.ac,
+                       .lidIsShut = lid.transform([](const LidState& each) { return each.isShut; }),
+                       .processHasEnded = processHasEnded_},
+            .sleepDisabled = status.sleepDisabled,
+            .lidWouldSleep = lid && lid->isShut && lid->causesSleep,
+            .checkIsUnanswered = keeper_.isWaiting(),
+            .frontIsGone = ready_ && isReaderGone(ready_.get())};
 }
 
-LimitWatch::Facts HoldCommand::facts(const PowerStatus& status) const {
-    return {.now = access_.machine->steadyTime(),
-            .date = access_.machine->wallTime(),
-            .onMains = status.ac,
-            .lidIsShut = status.lid.transform([](const auto& lid) { return lid == "shut"; }),
-            .processHasEnded = processHasEnded_};
-}
-
-void HoldCommand::watchLimits(const PowerStatus& status) {
-    if (const auto why = limits_.reached(facts(status)))
-        giveUpHold(*why);
-}
-
-void HoldCommand::draw(const PowerStatus& status) {
-    const auto& held = keeper_.status();
-    const bool rides = held.state == HoldKeeper::State::riding;
-    if (!rides && held.state != HoldKeeper::State::holding)
+void HoldCommand::draw(const PowerStatus& status, const LimitWatch::Facts& facts) {
+    if (!run_.state().awakeSince || run_.state().end)
         return;
+    const auto& holder = keeper_.status().holder;
+    const bool rides = keeper_.status().state == HoldKeeper::State::riding;
     const HeldLine line{
-        .seconds = access_.machine->steadyTime() - *awakeSince_,
-        .floor = request_.floor,
-        .riding = rides ? held.holder.transform(holderText).value_or("another client") : "",
-        .until = limits_.waitsFor(facts(status))};
+        .seconds = run_.awakeFor(facts.now),
+        .floor = rides && holder ? BatteryFloor(holder->batteryFloor) : request_.floor,
+        .riding = rides ? holder.transform(holderText).value_or("another client") : "",
+        .until = run_.waitsFor(facts)};
     display_.showNow(line.text(status));
 }
 
-// The end.
-
-void HoldCommand::finish(int exitStatus) {
-    if (exitStatus_)
-        return;
-    exitStatus_ = exitStatus;
-    endsSince_ = access_.machine->steadyTime();
-    idleSleepPrevented_.reset();
-    if (!wantsHold_ && !isDropping_) {
-        context_.stop();
-        return;
-    }
-    after(Conversation::untilWaitIsTold,
-          [this] { say("waiting for the power daemon to enable sleep again"); });
-    if (!wantsHold_)
-        return;
-    keeper_.stop([this](HoldKeeper::Outcome outcome) { keeperStopped(outcome); });
-}
-
-void HoldCommand::finishBySignal(int signal) {
-    endSignal_ = signal;
-    finish(ExitStatus::bySignal + signal);
-}
-
-void HoldCommand::keeperStopped(HoldKeeper::Outcome outcome) {
-    context_.stop();
-    if (!awakeSince_)
-        return;
-    if (outcome == HoldKeeper::Outcome::notHeld) {
-        say("ended; another client holds");
-        return;
-    }
-    if (isKnownToBeRestored(outcome)) {
-        const bool held = keeper_.status().state == HoldKeeper::State::holding;
-        say(held ? "released" : "ended; nobody holds");
-        return;
-    }
-    complain(outcome == HoldKeeper::Outcome::pending
-                 ? "the power daemon has not enabled sleep again yet; it keeps trying"
-                 : "sleep may still be disabled: the power daemon did not answer");
-    if (exitStatus_ == ExitStatus::success && request_.command.empty())
-        exitStatus_ = ExitStatus::refused;
-}
-
-/// Without the daemon's word the setting itself tells, where it reads enabled.
-bool HoldCommand::isKnownToBeRestored(HoldKeeper::Outcome outcome) const {
-    return outcome == HoldKeeper::Outcome::restored || outcome == HoldKeeper::Outcome::notHeld
-           || (outcome == HoldKeeper::Outcome::unknown
-               && access_.machine->sleepDisabledProperty() == false);
-}
-
-int HoldCommand::failure(int exitStatus) const {
-    return request_.command.empty() ? exitStatus : ExitStatus::withCommand;
-}
-
 void HoldCommand::say(const std::string& text) {
-    if (!request_.isQuiet)
+    if (!isQuiet(request_))
         display_.say(request_.command.empty() ? text : "velmo-power: " + text);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/posix/ProcessBirth.h"
 #include "platform/posix/SignalPipe.h"
 #include "tools/velmo-power/HoldLimits.h"
+#include "tools/velmo-power/HoldRun.h"
 #include "tools/velmo-power/PowerCommandLine.h"
 #include "tools/velmo-power/StatusDisplay.h"
 #include "tools/velmo-power/StatusText.h"
@@ -15,6 +16,7 @@
 #include <asio/steady_timer.hpp>
 #include <sys/types.h>
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,8 +25,8 @@
 
 namespace velmo {
 
-/// `velmo-power hold`: holds until it is told to stop, until a limit is reached or until its
-/// command has ended, then releases. Nothing in it waits for the daemon, the terminal or pmset.
+/// `velmo-power hold`: carries out what `HoldRun` decides, with a daemon, a command, a terminal and
+/// signals. Nothing in it waits for the daemon, the terminal or pmset.
 class HoldCommand {
 public:
     HoldCommand(asio::io_context& context, PowerAccess access, HoldRequest request,
@@ -36,65 +38,48 @@ public:
 
 private:
     std::optional<std::string> whyUsageIsWrong();
+
+    /// Reports an event to the run and carries its actions out. An event that an action brings
+    /// about comes after the actions that are left.
+    void report(std::function<HoldRun::Actions()> event);
+    void carryOut(const HoldRun::Action& action);
+
     void waitForSignals();
     void handleSignal(SignalPipe::News news);
-    void passOn(SignalPipe::News news);
-    void suspend();
-    void goOn();
-
-    void statusChanged(const HoldKeeper::Status& status);
-    void awake(const HoldKeeper::Status& status);
-    void notAwake(const HoldKeeper::Status& status);
-    void noHoldAtAll(const std::string& why, int exitStatus);
     void startCommand();
-    void tellReady();
-    void reapCommand();
+    void lookAtCommand();
+    void tellFront();
+    void stopSelf(int signal);
+    void end(int exitStatus, int signal = 0);
 
     void tick();
-    void watchLimits(const PowerStatus& status);
-    void watchSetting(const PowerStatus& status);
-    void watchLid();
-    void watchProcess();
-    void draw(const PowerStatus& status);
-    [[nodiscard]] LimitWatch::Facts facts(const PowerStatus& status) const;
+    HoldRun::Facts readFacts(const PowerStatus& status);
+    void draw(const PowerStatus& status, const LimitWatch::Facts& facts);
 
-    void giveUpHold(const std::string& why);
-    void dropHold();
-    void finish(int exitStatus);
-    void finishBySignal(int signal);
-    void keeperStopped(HoldKeeper::Outcome outcome);
-    [[nodiscard]] bool isKnownToBeRestored(HoldKeeper::Outcome outcome) const;
+    [[nodiscard]] SteadyTime now() { return access_.machine->steadyTime(); }
 
     void say(const std::string& text);
     void complain(const std::string& text);
-    [[nodiscard]] int failure(int exitStatus) const;
     void after(double seconds, std::function<void()> callback);
 
     asio::io_context& context_;
     PowerAccess access_;
     HoldRequest request_;
     const ProcessBirth& birth_;
+    HoldRun run_;
+    std::deque<std::function<HoldRun::Actions()>> events_; ///< the first one is being reported
     StatusDisplay display_;
     StatusDisplay complaints_;
     SignalPipe signals_;
     asio::posix::stream_descriptor signalEnd_;
     Descriptor processEnd_;
     HoldKeeper keeper_;
-    LimitWatch limits_;
     Descriptor ready_;
     std::shared_ptr<void> idleSleepPrevented_;
     std::optional<pid_t> child_;
-    std::optional<SteadyTime> awakeSince_; ///< of the first hold, whatever came between
-    std::optional<SteadyTime> lidShutSince_;
-    bool displayIsOff_ = false;
     bool processHasEnded_ = false;
-    bool enabledIsTold_ = false; ///< that sleep is enabled although we hold
-    bool enabledIsAsked_ = false;
-    bool wantsHold_ = true;   ///< until the hold is given up, with a command that runs on
-    bool isDropping_ = false; ///< while it is being given up
-    std::optional<SteadyTime> endsSince_;
-    std::optional<int> exitStatus_; ///< set once the end has begun
-    int endSignal_ = 0;             ///< by which this process is to end
+    int exitStatus_ = 0;
+    int endSignal_ = 0; ///< by which this process is to end
 };
 
 } // namespace velmo

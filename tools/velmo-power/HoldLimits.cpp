@@ -128,13 +128,17 @@ std::string clockText(double seconds) {
            + twoDigits(whole % 60);
 }
 
+bool isSameDay(WallTime a, WallTime b) {
+    const std::tm first = localTime(a);
+    const std::tm second = localTime(b);
+    return first.tm_year == second.tm_year && first.tm_yday == second.tm_yday;
+}
+
 std::string timeOfDayText(WallTime time, WallTime now) {
     const std::tm moment = localTime(time);
-    const std::tm today = localTime(now);
-    const bool isToday = moment.tm_year == today.tm_year && moment.tm_yday == today.tm_yday;
     std::array<char, 32> text{};
-    const std::size_t size =
-        std::strftime(text.data(), text.size(), isToday ? "%H:%M" : "%Y-%m-%d %H:%M", &moment);
+    const std::size_t size = std::strftime(
+        text.data(), text.size(), isSameDay(time, now) ? "%H:%M" : "%Y-%m-%d %H:%M", &moment);
     return {text.data(), size};
 }
 

@@ -62,6 +62,9 @@ private:
 /// "0:02:03" for 123 seconds.
 std::string clockText(double seconds);
 
+/// Returns whether both are on the same day, in the time zone of the system.
+bool isSameDay(WallTime a, WallTime b);
+
 /// "14:02", or with its date if that is not today's.
 std::string timeOfDayText(WallTime time, WallTime now);
 

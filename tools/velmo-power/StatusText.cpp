@@ -174,10 +174,9 @@ std::string holdText(const HoldKeeper::Status& status) {
 }
 
 std::string HeldLine::text(const PowerStatus& status) const {
-    std::string line = status.sleepDisabled == false ? "held, but sleep is enabled"
-                                                     : "awake for " + clockText(seconds);
-    if (!riding.empty())
-        line += " by " + riding;
+    const std::string holder = riding.empty() ? "" : " by " + riding;
+    std::string line = status.sleepDisabled == false ? "held" + holder + ", but sleep is enabled"
+                                                     : "awake for " + clockText(seconds) + holder;
     if (!until.empty())
         line += ", " + until;
     line += " | ";

@@ -113,8 +113,6 @@ int Program::hold(PowerAccess mac, std::optional<int> readyDescriptor) {
     if (request->inBackground && !readyDescriptor)
         return holdInBackground(birth_, arguments_);
     request->readyDescriptor = readyDescriptor;
-    // The process in front has one thing to print.
-    request->isQuiet = request->isQuiet || readyDescriptor;
     return HoldCommand(context_, std::move(mac), *std::move(request), birth_).run();
 }
 
