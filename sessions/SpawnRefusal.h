@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// Tells what of a request was refused that `Pty::parseSpawn` has refused: its words, its folder or
-/// its program.
+/// Returns what `Pty::parseSpawn` has refused about a request: its words, its folder or its
+/// program. Meant only for a request that it has refused.
 SessionRefusal refusalOf(Pty::Words words, const Pty::Environment& environment,
                          const Pty::FileSystem& files);
 
