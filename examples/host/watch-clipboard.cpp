@@ -13,7 +13,7 @@ using namespace velmo;
 
 namespace {
 
-/// What NSPasteboard tells: the types in its order, and the data of one of them.
+/// The content that NSPasteboard shows: the types in its order, and the data of one type.
 struct Pasteboard {
     std::int64_t changeCount = 0;
     std::vector<std::string> types;
