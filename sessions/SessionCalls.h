@@ -30,7 +30,7 @@ inline constexpr auto rawTexts<SessionCall> =
 /// reason: the client is told what was refused, never which files exist.
 enum class SessionRefusal {
     call,     ///< the line is not a call
-    words,    ///< the program may not have these arguments, or the size is malformed
+    words,    ///< the program may not have these arguments, or the size is not valid
     folder,   ///< no session may work in the folder
     program,  ///< the program is not one that a session may run
     name,     ///< a running session has this name

@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// Returns what `Pty::parseSpawn` has refused about a request: its words, its folder or its
-/// program. Meant only for a request that it has refused.
+/// Returns what is wrong with a request that `Pty::parseSpawn` has refused: its words, its folder
+/// or its program.
 SessionRefusal refusalOf(Pty::Words words, const Pty::Environment& environment,
                          const Pty::FileSystem& files);
 

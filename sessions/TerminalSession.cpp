@@ -12,7 +12,7 @@ namespace velmo {
 
 namespace {
 
-/// How much output is read, at the least, before the viewers are sent any: one full frame.
+/// Once this much output has been read, the viewers are sent it before more is read: a full frame.
 constexpr std::size_t maxBurst = OutputLog::maxRead;
 
 /// A read of fewer bytes than this has most likely got everything. Another read would only cost
@@ -227,8 +227,8 @@ void TerminalSession::finish(SteadyTime now) {
     endedSince_ = now;
     drainUntil_.reset();
     program_->watch(false, false);
-    // Processes that outlive the program are still to be ended. Without any, the system may soon
-    // give the program's number to another session, which must not get these signals.
+    // Processes that outlive the program are still to be ended. If none is left, the system may
+    // soon give the program's number to another session, which must not get these signals.
     if (endDue_ && program_->signalAll(0))
         return;
     endDue_.reset();

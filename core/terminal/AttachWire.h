@@ -148,7 +148,7 @@ struct Other {
 using HostMessage = std::variant<host::Ready, host::Exit, host::Error, host::Size, host::Other>;
 
 /// Returns the host's message. An "exit" without an integer code, and an "error" without a code
-/// that may be shown, become the error "bad-message": the session is over, and the user learns it.
+/// that may be shown, become the error "bad-message": the session is over, and the user is told so.
 HostMessage message(const JsonObject& object);
 
 /// Returns a size that the host accepts: at most 1000 x 500, and 80 x 24 if either number is below

@@ -1,5 +1,5 @@
-/// Tells the phone what is on the clipboard whenever that has changed, and puts on it what the
-/// phone sends. The pasteboard is a stub; a Mac's is asked every
+/// Sends the clipboard's content to the phone whenever it has changed, and puts on the clipboard
+/// what the phone sends. The pasteboard is a stub; on a Mac it is asked every
 /// `PasteboardPolicy::watchIntervalSeconds`.
 
 #include "core/clipboard/ClipboardReply.h"

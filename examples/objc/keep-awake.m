@@ -1,5 +1,5 @@
 /// Keeps the Mac awake until Ctrl-C: keep-awake TEAM, the team that signed both this program and
-/// the daemon. The hold ends with the connection. A program that goes on without the hold calls
+/// the daemon. The hold ends with the connection. To end it earlier a program calls
 /// releaseWithReply:, but only while it has the hold, since the call ends any client's hold.
 
 #import "platform/xpc/VelmoPowerProtocol.h"

@@ -1,5 +1,5 @@
 /// velmo-mac: makes a simulated Mac and does to it what happens to Macs: the plug is pulled, the
-/// battery runs down, the lid cooks, a tool breaks, hours pass.
+/// battery runs down, the Mac overheats under its lid, a tool breaks, hours pass.
 
 #include "core/output/Output.h"
 #include "platform/posix/Clocks.h"
