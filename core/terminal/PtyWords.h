@@ -36,7 +36,7 @@ inline constexpr auto interpreterNames = std::to_array<std::string_view>(
 
 inline constexpr std::size_t maxArguments = 64;        ///< not counting the program
 inline constexpr std::size_t maxArgumentLength = 4096; ///< bytes
-inline constexpr std::size_t maxAgentFlagWords = 12;   ///< beyond what any agent has flags for
+inline constexpr std::size_t maxAgentFlagWords = 12;   ///< more than any agent has flags for
 
 enum class FlagValue { none, model, listed };
 

@@ -7,7 +7,7 @@
 namespace velmo {
 
 /// Writes to a descriptor on a thread of its own, so that the caller never waits for a stopped
-/// terminal or a pipe without a reader. The descriptor may be shared with other programs, so its
+/// terminal or a full pipe. The descriptor may be shared with other programs, so its
 /// mode is not changed. A text that does not fit into the queue is dropped.
 class BackgroundWriter {
 public:
