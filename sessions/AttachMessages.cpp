@@ -59,7 +59,7 @@ std::optional<ClientMessage> clientMessage(const JsonObject& object) {
     return client::Hello{.token = std::string(*token), .size = *size};
 }
 
-// What these are called with always fits.
+// Names and codes are short enough that their frames always fit.
 Bytes readyFrame(std::string_view name) {
     return control(Ready{std::string(name)}).value();
 }

@@ -28,7 +28,7 @@ struct Resize {
     bool operator==(const Resize&) const = default;
 };
 
-/// The client goes, and the session stays: the user has detached, or the window was closed.
+/// The client leaves and the session goes on: the user has detached, or the window was closed.
 struct Leave {
     bool operator==(const Leave&) const = default;
 };
@@ -42,11 +42,11 @@ struct Other {
 
 using ClientMessage = std::variant<client::Hello, client::Resize, client::Leave, client::Other>;
 
-/// Returns what the client says, with sizes clamped. It is absent for a "hello" of another version
-/// or without a token, and for a "hello" or "resize" without two integers for the size.
+/// Returns the client's message, with sizes clamped. Returns nothing for a "hello" of another
+/// version or without a token, and for a "hello" or "resize" without two integers for the size.
 std::optional<ClientMessage> clientMessage(const JsonObject& object);
 
-// Each returns the frame of the host's message of its name.
+// Return the frames of the host's messages "ready", "exit" and "error".
 Bytes readyFrame(std::string_view name);
 Bytes exitFrame(int code);
 Bytes errorFrame(std::string_view code);

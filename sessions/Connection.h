@@ -9,27 +9,30 @@
 
 namespace velmo {
 
-/// Names a peer to the session host. One connection gets the number and none gets it again.
+/// Names a peer to the session host. Every connection gets a number of its own, which is never used
+/// again.
 enum class PeerId : std::uint64_t {};
 
-/// A stream to one peer: a terminal window, a phone's bridge or a command. What the peer sends, and
-/// that it can be sent more, is told to the `SessionHost`, while it is watched for.
+/// A stream to one peer: a terminal window, a phone's bridge or a command. An implementation tells
+/// the `SessionHost` what the peer sends and when more can be sent to the peer, as far as `watch`
+/// asks for it.
 class Connection {
 public:
     virtual ~Connection() = default;
 
-    /// Sends as much as goes without waiting. Returns the number of bytes that went, from the front
-    /// of the first piece on; absent if the peer is gone.
+    /// Sends as much as the stream takes without waiting. Returns the number of bytes sent, counted
+    /// from the front of the first piece; absent if the peer is gone.
     [[nodiscard]] virtual std::optional<std::size_t> send(std::span<const ByteView> pieces) = 0;
 
-    /// Says what the host wants to be told from now on.
+    /// Sets what the host is told from now on: that the peer has sent something (`readable`), and
+    /// that more can be sent to the peer (`writable`).
     virtual void watch(bool readable, bool writable) = 0;
 
-    /// Returns the process id of the leader of the peer's session, which is a program of the host's
-    /// where the peer runs in a terminal session itself; absent if unknown.
+    /// Returns the process id of the leader of the peer's session; absent if unknown. If the peer
+    /// itself runs in a terminal session, the leader is one of the host's programs.
     [[nodiscard]] virtual std::optional<std::uint32_t> leader() const = 0;
 
-    /// Ends the stream. Nothing is told about it any more.
+    /// Ends the stream. The host is told nothing about it afterwards.
     virtual void close() = 0;
 };
 

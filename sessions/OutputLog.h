@@ -11,9 +11,9 @@
 
 namespace velmo {
 
-/// The last MiB of what a program wrote, and what older output has set on the terminal. All viewers
-/// of a session are sent their output from here, each from a position of its own, so that none
-/// needs a copy. Positions count the bytes since the program's start.
+/// The last MiB of a program's output, and the terminal modes that older output has set. All
+/// viewers of a session are sent their output from this one log, each from its own position, so
+/// that no viewer needs a copy. Positions count the bytes since the program's start.
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
@@ -21,7 +21,7 @@ public:
 
     using Position = std::uint64_t;
 
-    /// Returns room for the next output. What is older than the last MiB is dropped for it.
+    /// Returns room for the next output. Drops the output that is older than the last MiB.
     std::span<std::uint8_t> room();
 
     /// Adds the first bytes of the room that was returned last.
@@ -31,27 +31,27 @@ public:
 
     [[nodiscard]] Position end() const { return end_; }
 
-    /// Returns output from a position on that is still kept: at most `max` bytes, and fewer at the
-    /// end or where the memory wraps. The view lives until the next `room`.
+    /// Returns output from a position on, which must still be kept: at most `max` bytes, and fewer
+    /// at the end or where the memory wraps. The view lives until the next `room`.
     [[nodiscard]] ByteView at(Position position, std::size_t max) const;
 
-    /// Where a replay begins, and what sets a terminal as it was there.
+    /// Where a replay begins.
     struct Start {
         Position position;
-        std::string sequences;
+        std::string sequences; ///< set a terminal's modes as they were at the position
     };
 
-    /// Returns the first beginning of a line outside of any control sequence, or the program's
-    /// start if all of its output is kept.
+    /// Returns the program's start if all of its output is kept, or else the first beginning of a
+    /// line outside of any control sequence.
     [[nodiscard]] Start replayStart() const;
 
-    /// Gives the memory back. Nothing is kept any more.
+    /// Drops all output and frees the memory.
     void clear();
 
 private:
     static constexpr std::size_t capacity = kept + maxRead;
 
-    std::unique_ptr<std::uint8_t[]> memory_; ///< none before the first output
+    std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output
     Position begin_ = 0;
     Position end_ = 0;
     TerminalModes modes_; ///< as of `begin_`

@@ -12,17 +12,17 @@
 
 namespace velmo {
 
-/// Names a session within the host. No number is used again.
+/// Names a session within the host. A number is never used again.
 enum class SessionNumber : std::uint64_t {};
 
-/// A program on a pseudo-terminal of its own. That there is output, or room for input, and that the
-/// program has ended is told to the `SessionHost`. When the object goes, the pseudo-terminal is
-/// closed, which hangs up on what still runs on it.
+/// A program on a pseudo-terminal of its own. An implementation tells the `SessionHost` when there
+/// is output or room for input, and when the program has ended. The destructor closes the
+/// pseudo-terminal, which hangs up on the processes that still run on it.
 class Program {
 public:
     struct Output {
-        std::size_t bytes = 0; ///< 0: none now
-        bool isOver = false;   ///< there will be none any more
+        std::size_t bytes = 0; ///< 0: nothing to read at the moment
+        bool isOver = false;   ///< the output has ended
     };
 
     virtual ~Program() = default;
@@ -36,17 +36,18 @@ public:
     /// Types as much as the program's terminal takes without waiting, and returns how much.
     [[nodiscard]] virtual std::size_t write(ByteView keys) = 0;
 
-    /// Sets the window size; programs are told of it if it is another one than before.
+    /// Sets the window size. Programs are told of it only if the size has changed.
     virtual void setSize(PtyFrame::Size size) = 0;
 
     /// Sends a signal to the job in the foreground.
     virtual void signalForeground(int signal) = 0;
 
-    /// Sends a signal to every process group of the session, and tells whether there is any. Signal
-    /// 0 only asks.
+    /// Sends a signal to every process group of the session, and tells whether any is left. Signal
+    /// 0 sends nothing and only asks.
     virtual bool signalAll(int signal) = 0;
 
-    /// Says what the host wants to be told from now on.
+    /// Sets what the host is told from now on: that there is output (`readable`), and that there is
+    /// room for input (`writable`).
     virtual void watch(bool readable, bool writable) = 0;
 };
 
@@ -56,7 +57,7 @@ public:
     virtual ~Programs() = default;
 
     /// Starts a program that the spawn policy has allowed, with exactly this environment. Returns
-    /// none if the system refuses.
+    /// null if the system refuses.
     [[nodiscard]] virtual std::shared_ptr<Program> start(SessionNumber session,
                                                          const SpawnRequest& request,
                                                          const Pty::Environment& environment) = 0;

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-/// The lines on the control socket of the session host. A client sends one line of JSON a call and
-/// gets one line back. `SESSION` is an id or a name.
+/// The lines on the control socket of the session host. A client sends each call as one line of
+/// JSON and gets one line back. `SESSION` is an id or a name.
 ///
 ///     {"call":"start","environment":["HOME=..."],"name":"...","words":["--cwd",...,"--",...]}
 ///     {"call":"list"}
@@ -26,16 +26,16 @@ template<>
 inline constexpr auto rawTexts<SessionCall> =
     std::to_array<std::string_view>({"start", "list", "ticket", "stream", "end"});
 
-/// Why a call is refused. What does not exist and what is not allowed have the same reason: the
-/// caller is told what was refused, never which files there are.
+/// Why a call is refused. A file that does not exist and one that is not allowed have the same
+/// reason: the client is told what was refused, never which files exist.
 enum class SessionRefusal {
     call,     ///< the line is not a call
-    words,    ///< the program may not have these arguments, or the size is not one
+    words,    ///< the program may not have these arguments, or the size is not valid
     folder,   ///< no session may work in the folder
     program,  ///< the program is not one that a session may run
     name,     ///< a running session has this name
     misnamed, ///< no session may have this name
-    limit,    ///< there are as many sessions, viewers or tickets as there may be
+    limit,    ///< the number of sessions, viewers or tickets is at its limit
     system,   ///< the system could not start the program or write the ticket
     unknown,  ///< there is no such session
     ended,    ///< the session has ended
@@ -47,7 +47,8 @@ inline constexpr auto rawTexts<SessionRefusal> =
     std::to_array<std::string_view>({"call", "words", "folder", "program", "name", "misnamed",
                                      "limit", "system", "unknown", "ended", "itself"});
 
-/// Bytes of a line of either side, line feed included: 64 arguments at their longest fit.
+/// The longest line of either side in bytes, line feed included. A call fits with 64 arguments of
+/// the greatest length.
 inline constexpr std::size_t maxSessionLine = std::size_t{1} << 20;
 
 struct SessionCallLine {
@@ -74,10 +75,10 @@ struct SessionEntry {
     int rows = 0;
     double since = 0; ///< seconds since 1970, like the other times
     int viewers = 0;
-    std::optional<double> attachedSince; ///< there are viewers
-    std::optional<double> detachedSince; ///< there are none
+    std::optional<double> attachedSince; ///< absent without viewers
+    std::optional<double> detachedSince; ///< absent with viewers
     std::uint64_t bytesOut = 0;          ///< that the program wrote
-    std::optional<int> exitCode;         ///< the program has ended
+    std::optional<int> exitCode;         ///< absent until the session has ended
 
     static constexpr auto fields = std::tuple{
         field("id", &SessionEntry::id),

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t tokenBytes = 32;
 constexpr std::size_t maxNameBytes = 256;
 
-/// Reads the entries of an environment; what is not "KEY=VALUE" is left out.
+/// Reads the entries of an environment, and leaves out an entry without "=".
 Pty::Environment environmentOf(const SessionCallLine& call) {
     Pty::Environment environment;
     for (const std::string& entry : call.environment.value_or(std::vector<std::string>())) {
@@ -106,7 +106,8 @@ void SessionHost::withSession(SessionNumber number, const Action& action) {
     settle(found->second);
 }
 
-/// Notes who has left.
+/// Forgets the viewers that have left, and has the session note the time if its first viewer came
+/// or its last one left.
 void SessionHost::settle(TerminalSession& session) {
     for (const PeerId peer : session.takeLeft())
         peers_.erase(peer);
@@ -123,7 +124,7 @@ void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView b
 }
 
 void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
-    // A client waits for the answer to its greeting, so that nothing stands behind the greeting.
+    // A client sends nothing more until its greeting is answered, so a second frame is an error.
     auto frames = stranger.greeting.feed(bytes);
     if (frames && frames->empty())
         return;
@@ -157,7 +158,7 @@ void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code)
     sendReply(peer, stranger);
 }
 
-/// Makes a viewer of a stranger.
+/// Turns a stranger into a viewer of the session.
 void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session) {
     --strangers_;
     peers_.insert_or_assign(peer, session.identity().number);
@@ -165,8 +166,8 @@ void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSes
     settle(session);
 }
 
-/// Answers the calls that have come whole, one by one: the next is looked at once the reply to the
-/// one before has gone.
+/// Answers the calls that have arrived whole, one by one: the next call is read only after the
+/// reply to the last has been sent.
 void SessionHost::takeCalls(PeerId peer) {
     while (Stranger* const stranger = strangerOf(peer)) {
         if (!stranger->reply.empty())
@@ -238,7 +239,7 @@ void SessionHost::sendReply(PeerId peer, Stranger& stranger) {
         drop(peer);
 }
 
-/// Returns the peer if it watches no session.
+/// Returns null for a viewer and for an unknown peer.
 SessionHost::Stranger* SessionHost::strangerOf(PeerId peer) {
     const auto found = peers_.find(peer);
     return found == peers_.end() ? nullptr : std::get_if<Stranger>(&found->second);
@@ -312,7 +313,8 @@ SessionHost::Reply SessionHost::list() const {
     return SessionReplyLine{.ok = true, .sessions = std::move(entries)};
 }
 
-/// A running session of the name goes before those that have ended, of which the last is meant.
+/// Returns the running session with this id or name. The refusal is `ended` if only ended sessions
+/// have it, and `unknown` otherwise.
 std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCallLine& call) const {
     if (!call.session)
         return std::unexpected(SessionRefusal::call);
@@ -349,7 +351,8 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
 
-/// Whoever shows a token first gets in by it.
+/// Returns the session of the ticket with this token, and voids the ticket: a second client with
+/// the token gets nothing, as does one that comes after the ticket's expiry.
 std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
     expireTickets(services_.steadyTime());
     auto ticket = tickets_.extract(token);
@@ -369,7 +372,7 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
     }
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
-    const std::string rest = std::move(stranger.line); // frames that were sent ahead
+    const std::string rest = std::move(stranger.line); // frames sent before the reply came
     TerminalSession& session = sessions_.at(*number);
     watch(peer, std::move(viewer), session);
     if (!rest.empty())
@@ -430,7 +433,8 @@ void SessionHost::expireTickets(SteadyTime now) {
     });
 }
 
-/// Forgets the sessions that ended long ago, and the oldest of too many.
+/// Forgets the sessions without viewers that ended `memory` ago, and the first-started ended ones
+/// while there are more than `maxEnded`.
 void SessionHost::forgetEnded(SteadyTime now) {
     auto ended = std::ranges::count_if(
         sessions_, [](const auto& session) { return session.second.endedSince().has_value(); });

@@ -25,11 +25,11 @@
 namespace velmo {
 
 /// Owns the terminal sessions of one user: starts programs, lets viewers in, answers the calls of
-/// the control socket, and keeps to the limits. Everything happens on one thread; what happens
-/// outside is told by the calls below, and time passes only by `timePasses`.
+/// the control socket, and enforces the limits. All calls come on one thread. The platform reports
+/// every event by one of the calls below, and calls `timePasses` when `deadline` has come.
 class SessionHost {
 public:
-    /// Everything the host reaches outside itself; it must outlive the host.
+    /// Everything outside that the host uses. The references must outlive the host.
     struct Services {
         Programs& programs;
         TicketStore& tickets;
@@ -43,33 +43,35 @@ public:
     /// The two sockets.
     enum class Door { attach, control };
 
-    static constexpr std::size_t maxSessions = 64; ///< that run
-    static constexpr std::size_t maxEnded = 256;   ///< that are remembered
+    static constexpr std::size_t maxSessions = 64; ///< running sessions
+    static constexpr std::size_t maxEnded = 256;   ///< ended sessions that are remembered
     static constexpr std::size_t maxTickets = 64;
     static constexpr std::size_t maxStrangers = 64; ///< connections that watch no session
 
     static constexpr double ticketLife = 30.0;       ///< seconds until a ticket expires
-    static constexpr double strangerPatience = 10.0; ///< seconds for a greeting, or for a call
+    static constexpr double strangerPatience = 10.0; ///< seconds for a greeting, or for each call
 
     explicit SessionHost(Services services);
 
-    /// A peer of this user has connected. One too many is closed at once.
+    /// Reports that a peer of this user has connected. A connection beyond `maxStrangers` is closed
+    /// at once.
     void connected(PeerId peer, std::shared_ptr<Connection> connection, Door door);
 
-    // What happened to a connection that is watched. A peer that is not known is ignored.
+    // Report events of a connection, as far as the host watches for them. An unknown peer is
+    // ignored.
     void received(PeerId peer, ByteView bytes);
     void writable(PeerId peer);
     void gone(PeerId peer);
 
-    // What happened to a program. A session that is not known is ignored.
-    void programReady(SessionNumber session); ///< there is output, or room for input
+    // Report events of a program. An unknown session is ignored.
+    void programReady(SessionNumber session); ///< with output, or with room for input
     void programEnded(SessionNumber session, std::int32_t waitStatus);
 
-    /// Returns when `timePasses` is due next, if it is at all.
+    /// Returns when `timePasses` is due next; absent if nothing waits for a time.
     [[nodiscard]] std::optional<SteadyTime> deadline() const;
     void timePasses();
 
-    /// Tells whether there is no session, ended ones included, and nobody is connected.
+    /// Tells whether the host has neither a session, ended ones included, nor a connection.
     [[nodiscard]] bool isIdle() const { return sessions_.empty() && peers_.empty(); }
 
 private:
@@ -79,18 +81,18 @@ private:
         SteadyTime expiry;
     };
 
-    /// One who has connected and watches no session yet.
+    /// A peer that has connected and does not watch a session yet.
     struct Stranger {
         std::shared_ptr<Connection> connection;
         Door door;
         SteadyTime since;
-        AttachDecoder greeting; ///< of the attach socket
-        std::string line;       ///< of the control socket: what has come of the next call
+        AttachDecoder greeting; ///< on the attach socket: reads the first frame
+        std::string line;       ///< on the control socket: received, not yet read as a call
         std::string reply;      ///< what is left to send
-        bool isClosing = false; ///< once the reply has gone
+        bool isClosing = false; ///< the connection closes once the reply is sent
     };
 
-    using Peer = std::variant<Stranger, SessionNumber>; ///< whom it is, or what it watches
+    using Peer = std::variant<Stranger, SessionNumber>; ///< a viewer is known by its session
     using Reply = std::expected<SessionReplyLine, SessionRefusal>;
     using Sessions = std::map<SessionNumber, TerminalSession>;
 

@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// Tells what of a request was refused that `Pty::parseSpawn` has refused: its words, its folder or
-/// its program.
+/// Returns what is wrong with a request that `Pty::parseSpawn` has refused: its words, its folder
+/// or its program.
 SessionRefusal refusalOf(Pty::Words words, const Pty::Environment& environment,
                          const Pty::FileSystem& files);
 

@@ -12,14 +12,14 @@ namespace velmo {
 
 namespace {
 
-/// Output that is read before the viewers get it: one full frame.
+/// Once this much output has been read, the viewers are sent it before more is read: a full frame.
 constexpr std::size_t maxBurst = OutputLog::maxRead;
 
-/// A read that gets less than this has most likely got all: asking again would only cost time, and
-/// the echo of a key has none to lose.
+/// A read of fewer bytes than this has most likely got everything. Another read would only cost
+/// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
 
-/// What a terminal gets that shows an old state of the session, before the replay.
+/// Sent before a replay to a terminal that shows an older state of the session.
 const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
 
 Bytes exitFrame(const Viewer& viewer, int code) {
@@ -128,12 +128,12 @@ void TerminalSession::update(SteadyTime now) {
     for (const auto& viewer : viewers_)
         show(*viewer, viewer.get() == first, now);
     sweep();
-    // Only now: the program waits for nobody who has left.
+    // After `sweep`, so that the program does not wait for a viewer that has left.
     if (program_ && !endedSince_)
         program_->watch(!outputIsOver_ && !mustWait(now), isInputFull_);
 }
 
-/// Does what the viewer has asked for, up to keys that the program does not read yet.
+/// Carries out what the viewer has asked for, up to keys that the program does not read yet.
 void TerminalSession::obey(Viewer& viewer) {
     while (!viewer.inputs.empty()) {
         if (std::holds_alternative<viewer::Leave>(viewer.inputs.front())) {
@@ -150,7 +150,7 @@ void TerminalSession::obey(Viewer& viewer) {
     }
 }
 
-/// Returns false if there is more to do of it later.
+/// Returns false if part of the input remains to be done later.
 bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
@@ -167,10 +167,11 @@ bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
     return type(viewer, std::get<viewer::Keys>(input).bytes);
 }
 
-/// Keys of one viewer never get between the keys that another has sent at once.
+/// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
+/// together: while another viewer's are typed in part, these wait. Returns false if some remain.
 bool TerminalSession::type(Viewer& viewer, ByteView keys) {
     if (!program_ || exitCode_)
-        return true; // nobody is left to read them
+        return true; // the program has ended and will not read them
     const bool othersFirst = std::ranges::any_of(
         viewers_, [&](const auto& other) { return other.get() != &viewer && other->typed > 0; });
     if (!othersFirst)
@@ -199,7 +200,8 @@ void TerminalSession::show(Viewer& viewer, bool answers, SteadyTime now) {
         viewer.stopWaitingFor(log_);
 }
 
-/// Has a program that fills the screen draw it anew. It is told of a size only if that is another.
+/// Makes a full-screen program draw anew: the size changes by a row and back, since a program is
+/// told of its size only when that changes.
 void TerminalSession::redraw() {
     if (!program_)
         return;
@@ -209,7 +211,8 @@ void TerminalSession::redraw() {
     program_->setSize(size_);
 }
 
-/// The viewer that typed or resized last decides the size, once it has told its own.
+/// Applies the size of the leader: of the viewers that have told their size, the one that attached,
+/// typed or resized last.
 void TerminalSession::applySize() {
     const Viewer* const first = leader();
     if (first == nullptr || !first->size || *first->size == size_ || !program_)
@@ -224,8 +227,8 @@ void TerminalSession::finish(SteadyTime now) {
     endedSince_ = now;
     drainUntil_.reset();
     program_->watch(false, false);
-    // What outlives its leader is still to be ended. If nothing does, another session may soon have
-    // the leader's number.
+    // Processes that outlive the program are still to be ended. If none is left, the system may
+    // soon give the program's number to another session, which must not get these signals.
     if (endDue_ && program_->signalAll(0))
         return;
     endDue_.reset();
@@ -267,7 +270,7 @@ void TerminalSession::timePasses(SteadyTime now) {
     if (endedSince_ && now - *endedSince_ >= memory)
         std::ranges::for_each(viewers_, [this](const auto& viewer) { leave(*viewer); });
     if (drainUntil_ && *drainUntil_ <= now) {
-        if (mustWait(now)) { // there may be output that nobody could take yet
+        if (mustWait(now)) { // output may lie unread until a viewer catches up
             drainUntil_ = SteadyTime{now.seconds + drainPatience};
         } else {
             drainUntil_.reset();

@@ -19,13 +19,13 @@
 
 namespace velmo {
 
-/// One program and those who watch it. Each call takes the time at which it happens; all of them
-/// come on one thread.
+/// A program and the viewers that watch it. Calls take the time at which they happen, and all of
+/// them come on one thread.
 class TerminalSession {
 public:
     struct Identity {
         SessionNumber number{};
-        std::string id; ///< as `PtyAttach::isSessionId` has it
+        std::string id; ///< of the form that `PtyAttach::isSessionId` accepts
         std::string name;
         SpawnRequest request;
         WallTime since;
@@ -33,13 +33,13 @@ public:
 
     static constexpr std::size_t maxViewers = 16;
 
-    /// How long what other processes still write is shown after the program has ended.
+    /// How long the output of other processes is still shown after the program has ended.
     static constexpr double drainPatience = 1.0; ///< seconds
 
-    /// How long a session is remembered, and those are served who have not read all, after its end.
+    /// How long after its end a session is remembered, and viewers may still read its output.
     static constexpr double memory = 60.0; ///< seconds
 
-    /// The signals that end a session, and how long each is given to do so.
+    /// The signals that end a session, and the time from one to the next.
     static constexpr auto endSignals = std::to_array<int>({1, 15, 9}); // hang-up, terminate, kill
     static constexpr double endPatience = 2.0;                         ///< seconds
 
@@ -47,15 +47,15 @@ public:
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
-    /// Says why nobody may join by this connection, if so.
+    /// Returns why the peer of this connection may not join; absent if it may.
     [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
 
-    /// Lets a viewer see the session as it stands and follow it from now on.
+    /// Shows the session to a viewer: a replay first, then all further output.
     void attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date);
 
     [[nodiscard]] std::size_t viewerCount() const { return viewers_.size(); }
 
-    // What happened to a viewer, or to the program.
+    // Report events of a viewer or of the program.
     void received(PeerId peer, ByteView bytes, SteadyTime now);
 
     void writable(SteadyTime now) { update(now); }
@@ -64,23 +64,23 @@ public:
     void programReadable(SteadyTime now);
     void programEnded(std::int32_t waitStatus, SteadyTime now);
 
-    /// Ends the program and all that it has started: by the next of `endSignals` every
-    /// `endPatience`.
+    /// Begins to end the program and all that it has started: sends the first of `endSignals` now,
+    /// and the next one every `endPatience` while anything still runs.
     void end(SteadyTime now);
 
-    /// Returns when `timePasses` is due, if it is at all.
+    /// Returns when `timePasses` is due next; absent if nothing waits for a time.
     [[nodiscard]] std::optional<SteadyTime> deadline() const;
     void timePasses(SteadyTime now);
 
     /// Returns the viewers that have left since the last call; their connections are closed.
     [[nodiscard]] std::vector<PeerId> takeLeft() { return std::exchange(left_, {}); }
 
-    /// Since when the session has ended; absent while it runs.
+    /// Returns when the session ended; absent while it runs.
     [[nodiscard]] std::optional<SteadyTime> endedSince() const { return endedSince_; }
 
     [[nodiscard]] SessionEntry entry() const;
 
-    /// Says when the last viewer came or left, which `entry` tells.
+    /// Takes the date for `entry` if, since the last call, the first viewer came or the last left.
     void noteDate(WallTime date);
 
 private:
@@ -109,13 +109,13 @@ private:
     PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
-    bool isInputFull_ = false;    ///< some viewer's keys wait for the program
-    std::optional<int> exitCode_; ///< told once the output is over
+    bool isInputFull_ = false;    ///< keys of a viewer wait for the program
+    std::optional<int> exitCode_; ///< sent to viewers once the output is over
     std::optional<SteadyTime> drainUntil_;
     std::optional<SteadyTime> endedSince_;
-    std::size_t endsTried_ = 0; ///< of `endSignals`, the next
+    std::size_t endsTried_ = 0; ///< how many of `endSignals` have been sent
     std::optional<SteadyTime> endDue_;
-    WallTime countChanged_; ///< when somebody came to an empty session, or the last one left
+    WallTime countChanged_; ///< when the first viewer came, or the last one left
     bool hadViewers_ = false;
 };
 

@@ -13,10 +13,11 @@ public:
     /// Returns the path of the folder, links resolved.
     [[nodiscard]] virtual std::string folder() const = 0;
 
-    /// Writes a file of mode 0600 that does not exist yet. Tells whether it is there, whole.
+    /// Writes a new file of mode 0600. Tells whether it was written whole; false if the name is
+    /// taken.
     [[nodiscard]] virtual bool write(const std::string& name, std::string_view content) = 0;
 
-    /// Removes a file, if it is still there.
+    /// Removes a file if it still exists.
     virtual void remove(const std::string& name) = 0;
 };
 

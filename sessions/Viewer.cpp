@@ -9,7 +9,7 @@ namespace velmo {
 
 namespace {
 
-/// Returns false for a frame that no client sends.
+/// Returns false for a frame that a client must not send.
 bool append(std::vector<ViewerInput>& inputs, PtyAttach::Frame frame) {
     if (auto* const keys = std::get_if<Bytes>(&frame)) {
         inputs.emplace_back(viewer::Keys{std::move(*keys)});
@@ -94,7 +94,7 @@ Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
     }
 }
 
-/// Sends what is left of the frame that lies in the log. Returns false if some is left still.
+/// Sends the rest of the frame that lies in the log. Returns false if not all of it went.
 bool Viewer::sendOutput(const OutputLog& log) {
     while (headerLeft_ > 0 || position_ < frameEnd_) {
         const auto header = ByteView(header_).last(headerLeft_);
@@ -123,8 +123,9 @@ bool Viewer::sendOwn() {
     return true;
 }
 
-/// Output is filtered while it is shown again, and for all but the viewer that answers. A change
-/// from one to the other waits for the end of a piece.
+/// Prepares the next frame of output. A replay is filtered, and so is live output unless the viewer
+/// answers. A change between filtered and unfiltered waits for the end of a piece, so that neither
+/// cuts a sequence or a character.
 void Viewer::nextFrame(const OutputLog& log, bool answers) {
     const bool isReplay = position_ < replayedUntil_;
     const bool filters = isReplay || !answers;

@@ -42,25 +42,25 @@ struct Leave {};
 
 using ViewerInput = std::variant<viewer::Keys, viewer::Resize, viewer::Signal, viewer::Leave>;
 
-/// Which frames a viewer speaks: a terminal window those of AttachWire.h, a phone's bridge those of
-/// PtyFrame.h. Output is framed alike in both.
+/// The decoder for what a viewer sends: a terminal window speaks the frames of AttachWire.h, a
+/// phone's bridge those of PtyFrame.h. Output is framed alike in both.
 using AttachDecoder = PtyAttach::Decoder;
 using StreamDecoder = PtyFrame::Decoder;
 using ViewerWire = std::variant<AttachDecoder, StreamDecoder>;
 
-/// One who watches a session: how far it has been sent the output, what is left to send, and what
-/// it has asked for that is not done yet.
+/// The session's side of a viewer: how much of the output has been sent, what is left to send, and
+/// which of the viewer's inputs are not done yet.
 ///
-/// It is sent output in frames that lie partly in the log and need no copy. Where output has to be
-/// filtered, or the log is about to forget what a frame has promised, a copy is made; there is
-/// never more than one frame of these.
+/// Output is sent straight from the log, without a copy, behind a frame header that is kept here.
+/// A copy is made only of output that has to be filtered, or that the log may drop before the frame
+/// under way is sent whole: never of more than one frame's output at a time.
 class Viewer {
 public:
     /// How much output may wait for a viewer before the program has to wait too.
     static constexpr std::size_t window = std::size_t{256} << 10; ///< bytes
 
-    /// A viewer counts as having caught up when less waits for it.
-    static constexpr std::size_t caughtUp = window / 2;
+    /// A viewer with less output waiting than this has caught up: the program waits for it again.
+    static constexpr std::size_t caughtUp = window / 2; ///< bytes
 
     /// How long a program waits for a viewer that does not read.
     static constexpr double patience = 5.0; ///< seconds
@@ -76,37 +76,41 @@ public:
     /// Reads what the peer has sent. Returns nothing if it is malformed, which ends the viewer.
     [[nodiscard]] std::optional<std::vector<ViewerInput>> decode(ByteView bytes);
 
-    /// Queues frames behind the output that is being sent, before any more output.
+    /// Queues frames to be sent after the output frame under way and before any further one.
     void tell(ByteView frames);
 
-    /// Has the session shown from where a replay begins. `first` is sent before.
+    /// Starts a replay: the output is sent from the log's `replayStart` on, after `first` and the
+    /// sequences that set the terminal's modes.
     void replay(const OutputLog& log, std::string_view first);
 
     enum class Progress {
-        done,    ///< all has been sent
-        waiting, ///< for the peer to read
-        late,    ///< the log has dropped what would be next: `replay` is due
-        gone,    ///< the peer
+        done,    ///< everything has been sent
+        waiting, ///< the peer has to read first
+        late,    ///< the log has dropped the output that is next: `replay` is due
+        gone,    ///< the peer is gone
     };
 
-    /// Sends as much as goes. Output is sent unfiltered to the viewer that answers for all.
+    /// Sends as much as the connection takes. `answers` is true for one viewer of a session: its
+    /// terminal gets live output unfiltered, and so answers the program's queries.
     [[nodiscard]] Progress send(const OutputLog& log, bool answers);
 
+    /// Returns how many bytes of the output have not been sent yet.
     [[nodiscard]] std::size_t behind(const OutputLog& log) const {
         return static_cast<std::size_t>(log.end() - position_);
     }
 
-    /// Lets the log go on without this viewer: what is missing of the current frame is copied.
+    /// Lets the program go on without waiting for this viewer. The unsent rest of the frame under
+    /// way is copied, since the log may drop it.
     void stopWaitingFor(const OutputLog& log);
 
-    // How it stands with the session, which looks after these.
-    std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once it has told
-    std::uint64_t activity = 0;             ///< counts up with what anybody types or resizes
+    // What the session keeps for each viewer.
+    std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
+    std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
     std::deque<ViewerInput> inputs;         ///< not done yet
-    std::size_t typed = 0;                  ///< bytes of the first of these that the program has
-    bool isWaitedFor = true;                ///< the program waits for it
-    std::optional<SteadyTime> blockedSince; ///< the program waits for it now
-    bool isTold = false;                    ///< that the program has ended
+    std::size_t typed = 0;                  ///< bytes of the first input that the program has got
+    bool isWaitedFor = true;                ///< the program waits if this viewer falls behind
+    std::optional<SteadyTime> blockedSince; ///< since when the program has waited for this viewer
+    bool isTold = false;                    ///< the viewer has been sent the exit code
 
 private:
     bool sendOutput(const OutputLog& log);
@@ -120,13 +124,13 @@ private:
     ViewerWire wire_;
     OutputLog::Position position_ = 0;      ///< of the next output to send
     OutputLog::Position frameEnd_ = 0;      ///< of the frame that is being sent from the log
-    OutputLog::Position replayedUntil_ = 0; ///< what is older is shown again, never answered
+    OutputLog::Position replayedUntil_ = 0; ///< output before this is replay, always filtered
     std::array<std::uint8_t, FrameHeader::bytes> header_{}; ///< of that frame
-    std::size_t headerLeft_ = 0;                            ///< bytes of it that are to be sent
-    Bytes own_;                                             ///< frames of this viewer alone
+    std::size_t headerLeft_ = 0;                            ///< bytes of the header to send
+    Bytes own_;                                             ///< frames for this viewer alone
     std::size_t ownSent_ = 0;
     ReplayFilter filter_;
-    bool isFiltered_ = true; ///< or was, and stands within a piece of output
+    bool isFiltered_ = true; ///< changes only between two pieces, when `filter_` is at rest
     bool isGone_ = false;
 };
 

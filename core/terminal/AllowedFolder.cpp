@@ -11,8 +11,8 @@ namespace velmo::DevTerminal {
 
 namespace {
 
-/// Asks twice. The deny lists are in lower case; a disk that ignores letter case compares by full
-/// case folding, by which "ſ" opens what "s" names.
+/// Looks the piece up twice, in lower case and case-folded. The lists are in lower case, but a disk
+/// that ignores letter case compares by full case folding, by which "ſ" opens what "s" names.
 bool isDenied(std::string_view piece, std::span<const std::string_view> denied) {
     return Text::isOneOf(Text::lowercased(piece), denied)
            || Text::isOneOf(Text::caseFolded(piece), denied);
@@ -31,7 +31,7 @@ bool isAbsoluteUtf8(std::string_view path) {
 bool isAllowedResolvedFolder(std::string_view path, std::string_view home) {
     if (!isAbsoluteUtf8(path) || !isAbsoluteUtf8(home))
         return false;
-    // Piece by piece: lower case may have another length than the text it comes from.
+    // The paths are compared piece by piece, since text may change its length in lower case.
     const auto pieces = PathText::pieces(path);
     const auto homePieces = PathText::pieces(home);
     if (homePieces.empty() || pieces.size() <= homePieces.size())

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-/// Which folders a session or a terminal window may work in: those strictly inside the home folder
-/// that are neither secrets, nor settings, nor another program's own.
+/// The rule for the folders that a session or a terminal window may work in: any folder strictly
+/// inside the home folder, except those with secrets or settings, or that belong to a program.
 namespace velmo::DevTerminal {
 
 /// Names, in lower case, of folders directly below the home folder that are denied with all that
@@ -21,16 +21,16 @@ inline constexpr auto deniedTop = std::to_array<std::string_view>(
 inline constexpr auto deniedAnywhere = std::to_array<std::string_view>(
     {".ssh", ".gnupg", ".aws", ".password-store", "keychains", ".git"});
 
-/// Returns the absolute path with every link resolved, as far as the path exists. It returns
-/// nothing for a relative or empty path and on any error on the way.
+/// Returns the absolute path with every link resolved, as far as the path exists. Returns nothing
+/// for a relative or empty path and on any error on the way.
 using Resolve = std::function<std::optional<std::string>(std::string_view path)>;
 
-/// Tells whether the folder may be worked in. Both paths are absolute and have their links resolved
-/// already. Letter case is ignored, in the home folder's path too.
+/// Tells whether a session may work in the folder. Both paths are absolute and have their links
+/// resolved already. Letter case is ignored, in the home folder's path too.
 bool isAllowedResolvedFolder(std::string_view path, std::string_view home);
 
-/// Tells the same of paths as they are given. A path with a "." or ".." piece is refused before it
-/// is resolved.
+/// Tells the same for paths as given, which it resolves. A path with a "." or ".." piece is refused
+/// before that.
 bool isAllowedFolder(std::string_view path, std::string_view home, const Resolve& resolve);
 
 } // namespace velmo::DevTerminal

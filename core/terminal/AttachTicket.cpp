@@ -53,7 +53,7 @@ bool isPrivateFile(FileSystem& fs, int descriptor) {
            && std::cmp_less_equal(info->size, maxTicketBytes);
 }
 
-/// Returns the ticket in an open folder. Its file is still to be removed.
+/// Returns the ticket in an open folder. The caller removes the file.
 std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::string_view name,
                                             std::string_view folder) {
     const auto opened = fs.open(name, directory);
@@ -62,7 +62,7 @@ std::expected<Ticket, TicketError> ticketIn(FileSystem& fs, int directory, std::
     const OpenFile file(fs, *opened);
     if (!isPrivateFile(fs, file.get()))
         return std::unexpected(TicketError::file);
-    // One byte more than allowed, to notice a file that has grown since it was examined.
+    // Reads one byte more than allowed, to notice a file that has grown since it was examined.
     const auto content = fs.read(file.get(), maxTicketBytes + 1);
     if (!content || content->size() > maxTicketBytes)
         return std::unexpected(TicketError::file);

@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
-/// Tickets: files that let whoever reads them join a terminal session, once. A ticket lies in a
-/// private folder of its user, under a name that can't be guessed, and is removed as it is read.
+/// Tickets: files that let the first process that reads them join a terminal session. A ticket lies
+/// in a private folder of its user, under a name that can't be guessed, and its reader removes it.
 ///
 ///     a-0123456789abcdef0123456789abcdef.json
 ///     {"v":1,"endpoint":"/.../velmo-term/attach.sock","token":"...","session":"s_..."}
@@ -34,8 +34,8 @@ struct Ticket {
     bool operator==(const Ticket&) const = default;
 };
 
-/// Why a ticket is refused. The checks are made in this order, so that the first that fails is
-/// reported, and the file is removed only after all but the last have passed.
+/// Why a ticket is refused. The checks are made in this order, and the first that fails is
+/// reported. The removal of the file is the last, so that a file that fails any other check stays.
 enum class TicketError {
     arguments, ///< the path is not clean and absolute, or ends with a slash
     basename,  ///< the name is not a ticket's
@@ -44,7 +44,7 @@ enum class TicketError {
     file,     ///< not a private regular file of 1...512 bytes, or it can't be examined or read
     json,     ///< the content is not a ticket
     endpoint, ///< the endpoint is not the socket in the ticket's own folder
-    unlink,   ///< the file could not be removed: somebody else may have the ticket
+    unlink,   ///< the file could not be removed: another reader may have the ticket
 };
 
 /// Returns the text that tells the user, in English.
@@ -99,7 +99,7 @@ public:
 
     virtual void close(int descriptor) = 0;
 
-    /// Removes a name from an open folder. Of several callers at once only one gets true.
+    /// Removes a name from an open folder. Among several callers at once only one gets true.
     [[nodiscard]] virtual bool unlink(std::string_view name, int directory) = 0;
 };
 
@@ -107,7 +107,7 @@ public:
 /// latter is unknown or does not resolve.
 std::optional<std::string> expectedFolder(FileSystem& fs);
 
-// Each tells whether the text has the form beside it.
+// Tell whether the text has the form described beside them.
 bool isTicketName(std::string_view name); ///< "a-", 32 lower-case hexadecimal digits, ".json"
 bool isToken(std::string_view text);      ///< 43 ASCII letters, digits, "-" or "_"
 bool isSessionId(std::string_view text);  ///< "s_" and 16 lower-case hexadecimal digits
@@ -116,9 +116,9 @@ bool isSessionId(std::string_view text);  ///< "s_" and 16 lower-case hexadecima
 /// follow the object but not precede it.
 std::optional<Ticket> parseTicket(std::string_view json);
 
-/// Reads and removes a ticket. A file that somebody else could have put there is refused: it is
-/// opened through the descriptor of a folder that was found to be the private one, and must itself
-/// be private. Of any number of readers at most one gets the ticket.
+/// Reads and removes a ticket. Refuses a file that another user could have put there: the file must
+/// be private, and is opened through the descriptor of a folder that has proved to be the user's
+/// private one. However many readers there are, at most one gets the ticket.
 std::expected<Ticket, TicketError> readTicket(std::string_view path, FileSystem& fs);
 
 } // namespace velmo::PtyAttach

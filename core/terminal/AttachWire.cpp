@@ -107,7 +107,7 @@ FrameView DecoderRules::view(std::uint8_t type, ByteView payload) {
 Frame DecoderRules::frame(const FrameView& view, Bytes payload) {
     if (view.type == FrameType::data)
         return payload;
-    return ControlObject::parse(textOf(payload)).value(); // It was parsed when it was judged.
+    return ControlObject::parse(textOf(payload)).value(); // parsed once already, when judged
 }
 
 std::optional<Bytes> frame(FrameType type, ByteView payload) {

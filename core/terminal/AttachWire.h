@@ -19,11 +19,12 @@
 #include <variant>
 #include <vector>
 
-/// The connection of the attach client to the host. Frames as in PtyFrame.h, of two types:
+/// The connection of the attach client to the host. The frames look like those of PtyFrame.h and
+/// have two types:
 ///
 ///     type byte | length, 4 bytes | payload
 ///     data    1 | 0...65536       | raw terminal bytes, either way
-///     control 6 | 2...4096        | one JSON object, whose member "t" names the message
+///     control 6 | 2...4096        | one JSON object; the member "t" names the message
 ///
 /// 06 00 00 00 0C {"t":"size"} is the host's message "size".
 namespace velmo::PtyAttach {
@@ -34,7 +35,7 @@ inline constexpr std::size_t maxData = PtyFrame::maxPayload; ///< bytes
 
 enum class FrameType : std::uint8_t { data = 1, control = 6 };
 
-/// The payload of a control frame: a JSON document whose root is an object.
+/// The payload of a control frame: a JSON document with an object as its root.
 class ControlObject {
 public:
     /// Returns the document, or nothing if the text is not JSON or its root is not an object.
@@ -51,8 +52,8 @@ private:
 
 using Frame = std::variant<Bytes, ControlObject>;
 
-/// A frame whose payload lies elsewhere. That of a control frame is JSON that
-/// `ControlObject::parse` accepts.
+/// A frame that refers to its payload, which lies elsewhere. The payload of a control frame is JSON
+/// that `ControlObject::parse` accepts.
 struct FrameView {
     FrameType type = FrameType::data;
     ByteView payload;
@@ -82,7 +83,7 @@ using Decoder = FrameDecoder<DecoderRules>;
 /// Returns a frame, or nothing if the payload is longer than its type allows.
 std::optional<Bytes> frame(FrameType type, ByteView payload);
 
-/// Returns as many data frames as it takes, and one empty frame for no bytes.
+/// Returns the bytes in as many data frames as needed; for no bytes, one empty frame.
 Bytes data(ByteView bytes);
 
 /// Returns a record as a control frame, or nothing if its JSON is longer than `maxControl`.
@@ -99,7 +100,7 @@ Bytes resize(int cols, int rows);
 
 inline constexpr std::size_t shortMessage = 14; ///< bytes of {"t":"detach"} and {"t":"hangup"}
 
-/// Returns the frame of a message of just that length.
+/// Returns the control frame of a message of just that length.
 constexpr std::array<std::uint8_t, headerBytes + shortMessage> shortFrame(std::string_view json) {
     std::array<std::uint8_t, headerBytes + shortMessage> frame{
         std::to_underlying(FrameType::control), 0, 0, 0, shortMessage};
@@ -146,8 +147,8 @@ struct Other {
 
 using HostMessage = std::variant<host::Ready, host::Exit, host::Error, host::Size, host::Other>;
 
-/// Returns what the host says. An "exit" without an integer code, and an "error" without a code
-/// that may be shown, are the error "bad-message": the session is over, and the user is told so.
+/// Returns the host's message. An "exit" without an integer code, and an "error" without a code
+/// that may be shown, become the error "bad-message": the session is over, and the user is told so.
 HostMessage message(const JsonObject& object);
 
 /// Returns a size that the host accepts: at most 1000 x 500, and 80 x 24 if either number is below

@@ -17,7 +17,7 @@ bool isIntermediate(char c) {
     return c >= ' ' && c <= '/';
 }
 
-/// Takes the leading characters that pass the test off the text.
+/// Removes the leading characters that pass the test from the text, and returns them.
 template<class Test>
 std::string_view taken(std::string_view& text, const Test& test) {
     const auto end = std::ranges::find_if_not(text, test);

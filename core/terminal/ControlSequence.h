@@ -8,20 +8,20 @@
 #include <string_view>
 #include <vector>
 
-/// What control sequences mean, as far as a session that is replayed has to know.
+/// The meaning of control sequences, as far as a replay depends on it.
 namespace velmo::ControlSequence {
 
-/// The parts of what follows ESC [.
+/// The parts of a control sequence, after its ESC [.
 struct Csi {
     std::string_view marker;        ///< "", "?", ">", "<" or "="
     std::string_view parameters;    ///< digits, ";" and ":"
     std::string_view intermediates; ///< U+0020 to U+002F
     char final = 0;
 
-    /// Returns the parts, or nothing if the text is not of that form.
+    /// Returns the parts, or nothing if the text does not have that form.
     static std::optional<Csi> parse(std::string_view text);
 
-    /// Returns the numbers between the ";", 0 for one that is left out; at most 32 of them.
+    /// Returns the first 32 numbers between the ";", with 0 for one that is left out or malformed.
     [[nodiscard]] std::vector<std::int32_t> numbers() const;
 };
 
@@ -31,8 +31,8 @@ struct Mode {
     bool isUsuallySet = false; ///< in a terminal that has just been reset
 };
 
-/// The modes that a replay may set: none of them makes a terminal answer anything by itself.
-/// Alternate screens come first, so that what else is set is set on the right screen.
+/// The modes that a replay may set: by itself, none of them makes a terminal answer. Alternate
+/// screens come first, so that the other modes are set on the right screen.
 inline constexpr auto modes = std::to_array<Mode>({
     {.number = 47},                       // alternate screen, in three forms
     {.number = 1047},                     //

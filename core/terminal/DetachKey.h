@@ -8,12 +8,12 @@
 namespace velmo::PtyAttach {
 
 /// Finds the key that detaches, Control-] and then "d" or "D", among the bytes that the user types.
-/// Control-] itself waits for the byte that follows: Control-] again sends it once, any other byte
-/// is sent with Control-] before it.
+/// Control-] itself waits for the byte that follows: a second Control-] sends it once, and any
+/// other byte is sent with Control-] before it.
 ///
-/// Unlike the library's other times, which are seconds as `double`, the times here are whole
-/// milliseconds: key presses are timed by the loop that polls the terminal, which counts in these.
-/// They may come from any clock that never goes back.
+/// The times here are whole milliseconds, unlike the library's other times, which are seconds as
+/// `double`: the loop that polls the terminal times the key presses and counts in milliseconds. Any
+/// clock that never goes back will do.
 class DetachKey {
 public:
     static constexpr std::uint8_t escape = 29; ///< Control-]
@@ -26,16 +26,16 @@ public:
         bool operator==(const Result&) const = default;
     };
 
-    /// Takes what the user typed. What follows the detaching byte in the same chunk is dropped, and
-    /// the key is then as new.
+    /// Takes the bytes that the user typed. After a detach, the bytes that follow in the same call
+    /// are dropped, and the key starts anew.
     Result feed(ByteView typed, std::int64_t nowMs);
 
-    /// Returns Control-] once it has waited for a whole second, else nothing. The caller calls this
-    /// on a timer, so that a lone Control-] reaches the program.
+    /// Returns a Control-] that has waited for a second, or else nothing. The caller calls this on
+    /// a timer, so that a lone Control-] reaches the program.
     Bytes tick(std::int64_t nowMs);
 
 private:
-    std::optional<std::int64_t> since_; ///< when the escape that waits was typed
+    std::optional<std::int64_t> since_; ///< when the waiting Control-] was typed
 };
 
 } // namespace velmo::PtyAttach

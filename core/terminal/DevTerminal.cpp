@@ -26,7 +26,7 @@ constexpr auto focusOptions = std::to_array<std::string_view>({"--pid", "--tty"}
 
 constexpr std::int64_t maxPid = std::numeric_limits<std::int32_t>::max();
 
-/// Tells whether a switch has the value "1" or is not given.
+/// Tells whether a switch has the value "1" or is absent.
 bool isSwitch(const OptionPairs& options, std::string_view name) {
     return options.value(name).value_or("1") == "1";
 }

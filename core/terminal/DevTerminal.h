@@ -14,10 +14,10 @@
 #include <string>
 #include <string_view>
 
-/// The terminal launcher: opens a terminal window on the Mac and runs something in it, or brings a
-/// tab to the front. Here are the parsers of its arguments and the checks of what they may say; a
-/// request is in OpenRequest.h, the scripts and command lines made of one in DevTerminalScripts.h.
-/// What has to look at the disk is in platform/host/DevTerminalHost.h.
+/// The terminal launcher: opens a terminal window on the Mac and runs a command in it, or brings a
+/// tab to the front. This header has the parsers of its arguments and the checks on them.
+/// OpenRequest.h has the request, DevTerminalScripts.h the scripts and command lines made from it,
+/// and platform/host/DevTerminalHost.h everything that has to look at the disk.
 namespace velmo::DevTerminal {
 
 inline constexpr auto tools = agentTools;
@@ -38,8 +38,8 @@ struct FocusRequest {
 ///     --app iTerm2 --ssh-target me@host --ssh-port 22
 ///     --app Ghostty --attach-file /private/T/velmo-term/a-....json --fullscreen 1
 ///
-/// Returns nothing if any argument is not as it must be. A ticket file must lie in `attachFolder`,
-/// and is handed to `executable`, the product's own; without either no ticket is accepted.
+/// Returns nothing if any argument breaks a rule. A ticket file must lie in `attachFolder`, and is
+/// handed to `executable`, the product's own; if either is absent, every ticket is refused.
 std::optional<OpenRequest> parseOpen(std::span<const std::string> args, std::string_view home,
                                      const std::optional<std::string>& attachFolder,
                                      const std::optional<std::string>& executable,
@@ -55,7 +55,7 @@ bool isTty(std::string_view text);
 bool isSafePath(std::string_view path);
 
 /// Tells whether the file's path is safe, has no trailing slash and lies directly inside the
-/// folder, whose path is compared byte for byte. No file lies in an empty or absent folder.
+/// folder. The folder's path is compared byte for byte, and never matches if empty or absent.
 bool isAttachFile(std::string_view file, const std::optional<std::string>& folder);
 
 } // namespace velmo::DevTerminal

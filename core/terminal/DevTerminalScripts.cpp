@@ -76,8 +76,8 @@ constexpr std::string_view itermFocus = R"(tell application id "com.googlecode.i
 end tell
 return "missing")";
 
-/// iTerm2 starts the program without a shell: a small one goes to the folder, puts the tool's own
-/// folder first on PATH and becomes the tool. "velmo" is its $0.
+/// iTerm2 starts a program without a shell, so this line starts a small one. The shell changes to
+/// the folder, puts the tool's own folder first on PATH and becomes the tool. "velmo" is its $0.
 constexpr std::string_view itermLauncher =
     R"(/bin/sh -c 'cd -- "$1" && PATH="${2%/*}:$PATH" exec "$2"' velmo )";
 
@@ -102,7 +102,7 @@ std::string attachLine(const OpenRequest& request, const Attach& attach) {
            + std::string(PtyAttach::ticketOption) + " " + shellQuote(attach.ticketFile);
 }
 
-// One overload for each command: one that is forgotten does not compile.
+// Every kind of command has an overload of its own, so that a missing one does not compile.
 
 std::string shellLine(const OpenRequest& request, const Tool& tool) {
     if (request.exec)

@@ -16,22 +16,23 @@
 namespace velmo {
 
 /// Turns a byte stream, which arrives in slices that may end anywhere, into whole frames. A decoder
-/// belongs to one stream. It can be copied, and the copy goes on by itself.
+/// belongs to one stream; a copy of it goes on independently from the same place.
 ///
 /// The `Rules` are what distinguishes one protocol from another:
 ///
 ///     using Frame = ...;     // owns its payload
 ///     using FrameView = ...; // looks at its payload, a `ByteView`, where that lies
 ///     using Error = ...;
-///     /// Returns the fault of a header, if it has one, before any of the payload has to be there.
-///     /// It must refuse lengths for which there is no memory: room for the payload is made next.
+///     /// Returns the fault of a header, if it has one; the payload may not have arrived yet. Must
+///     /// refuse a length that is too large for memory, since room for the payload is made next.
 ///     static std::optional<Error> faultOf(const FrameHeader& header);
-///     /// Tells of the frames that are most of a stream, at once, that nothing is wrong with them.
+///     /// Returns true for the header of a frame that is sound with any payload. Neither `faultOf`
+///     /// need then be asked, so that data frames, which make up most of a stream, cost little.
 ///     static bool isSoundData(const FrameHeader& header);
 ///     static FrameView view(std::uint8_t type, ByteView payload);
-///     /// Returns the fault of a payload whose header has none.
+///     /// Returns the fault of a payload, if it has one; its header has passed.
 ///     static std::optional<Error> faultOf(const FrameView& frame);
-///     /// Makes a frame of one without fault, to keep the payload.
+///     /// Returns a sound frame that keeps `payload`, which has the bytes of the view.
 ///     static Frame frame(const FrameView& view, Bytes payload);
 template<class Rules>
 class FrameDecoder {
@@ -42,8 +43,8 @@ public:
 
     /// Calls `use` with a view of every frame that the input completes, in stream order. A payload
     /// that lies whole in the input is not copied. A view lives until `use` returns, and `use` must
-    /// neither throw nor call this decoder. All that the input completes is judged before the first
-    /// call:
+    /// neither throw nor call this decoder. Every frame that the input completes is judged before
+    /// the first call:
     ///
     ///     const auto fed = decoder.feed(bytes, [&](const PtyFrame::FrameView& frame) {
     ///         screen.show(frame.payload);
@@ -56,29 +57,30 @@ public:
     template<std::invocable<const FrameView&> Use>
     [[nodiscard]] std::expected<void, Error> feed(ByteView input, Use&& use);
 
-    /// Does the same for frames that own their payloads, and returns them.
+    /// Does the same, and returns the frames, which own their payloads.
     [[nodiscard]] std::expected<std::vector<Frame>, Error> feed(ByteView input);
 
     /// Returns the number of bytes received that are not yet part of a frame; 0 after an error.
     [[nodiscard]] std::size_t buffered() const { return headBytes_ + payload_.size(); }
 
 private:
-    /// Takes what is missing of the frame that has begun, or of the next one. Returns false if the
-    /// input ends before the frame does.
+    /// Takes the rest of the frame that has begun from the input, and judges the frame. Returns
+    /// false if the input ends before the frame does.
     std::expected<bool, Error> complete(ByteView& input);
 
-    /// Moves what is missing of the header from the input. Returns nothing until it is whole.
+    /// Takes the rest of the header from the input. Returns nothing until the header is whole.
     std::optional<FrameHeader> completeHeader(ByteView& input);
 
-    /// Moves what is missing of the payload from the input. Returns false until it is whole.
+    /// Takes the rest of the payload from the input. Returns false until the payload is whole.
     bool completePayload(std::size_t length, ByteView& input);
 
-    /// Returns the bytes of all whole frames that the input begins with.
+    /// Returns the bytes of all whole frames that the input begins with, once it has judged them
+    /// and the header behind them, if that is whole.
     static std::expected<ByteView, Error> judge(ByteView input);
 
     std::unexpected<Error> fail(Error error);
 
-    // A payload is collected in the memory that a frame which owns it is going to keep.
+    // A payload is collected here, and a frame that owns its payload takes this memory over.
     std::array<std::uint8_t, FrameHeader::bytes> head_{};
     std::size_t headBytes_ = 0;
     Bytes payload_;
@@ -130,7 +132,7 @@ auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void,
         use(Rules::view(type, afterHeader.first(length)));
         frames = afterHeader.subspan(length);
     }
-    // What is left is the beginning of a frame; its header, if it is there, has been judged.
+    // The rest is the beginning of a frame. `judge` has seen its header if that is whole.
     if (const auto header = completeHeader(input))
         completePayload(header->length, input);
     return {};

@@ -7,11 +7,11 @@ namespace velmo {
 
 namespace {
 
-/// Appends bytes in the way that is fast for each length and into memory of any age. Pieces of half
-/// a page are short enough for the C library to copy them with wide stores: for more it may take an
+/// Appends bytes fast, whatever their number and whether or not the memory has been used before.
+/// The C library copies pieces of half a page with wide stores. For longer ones it may choose an
 /// instruction that is slow behind a header, where source and target are shifted against each
-/// other. The first byte of a page goes alone: if the page is new, so that the system has to step
-/// in, that interrupts one store and not a copy on its way.
+/// other. The first byte of a page is stored alone: if the page is new, the system steps in at that
+/// single store and does not interrupt a copy.
 void appendPayload(Bytes& stream, ByteView payload) {
     constexpr std::size_t page = 4096;
     constexpr std::size_t half = page / 2;

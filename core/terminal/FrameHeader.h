@@ -28,8 +28,8 @@ struct FrameHeader {
     static std::array<std::uint8_t, bytes> of(std::uint8_t type, std::size_t length);
 };
 
-/// Appends a header and its payload, whose length must fit in four bytes. The caller reserves the
-/// room for a large one.
+/// Appends a header and the payload. The payload's length must fit in four bytes, and the caller
+/// reserves the room for a large one.
 void appendFrame(Bytes& stream, std::uint8_t type, ByteView payload);
 
 } // namespace velmo

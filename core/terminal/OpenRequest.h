@@ -10,7 +10,7 @@
 
 namespace velmo::DevTerminal {
 
-/// The terminal applications that can be driven. The raw text is the name in a request.
+/// The terminal applications that the launcher can drive. The raw text is the name in a request.
 enum class App { terminal, iterm, ghostty };
 
 std::string_view bundleIdentifier(App app);
@@ -48,15 +48,16 @@ struct OpenRequest {
     std::optional<std::string> toolPath;   ///< executable of a tool, instead of its name
     std::optional<std::string> executable; ///< the product's own, for `Attach`
 
-    /// Both set `exec`: neither command has a form that is typed into a shell.
+    /// Return requests with `exec` set, since neither command has a form that is typed into a
+    /// shell.
     static OpenRequest ofSsh(App app, Ssh ssh, bool fullscreen);
     static OpenRequest ofAttach(App app, Attach attach, std::string executable, bool fullscreen);
 
-    /// Returns the tool's name, or nothing if the command is no tool.
+    /// Returns the tool's name, or nothing for another kind of command.
     [[nodiscard]] std::optional<std::string> tool() const;
 
-    /// Returns what will be executed: the tool's path or else its name, "ssh", or the product's own
-    /// executable, which is "" if absent.
+    /// Returns the program that will be executed: the tool's path or else its name, "ssh", or the
+    /// product's own executable, or "" if that is absent.
     [[nodiscard]] std::string program() const;
 
     bool operator==(const OpenRequest&) const = default;

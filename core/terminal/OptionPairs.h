@@ -9,12 +9,12 @@
 
 namespace velmo {
 
-/// Words read as pairs of an option and its value. The value is whatever word comes second, even
-/// one that looks like an option. The words outlive the pairs, which refer to them.
+/// Words read as pairs of an option and its value. The value is the second word, even one that
+/// looks like an option. The words must outlive the pairs, which refer to them.
 class OptionPairs {
 public:
     /// Returns the pairs, or nothing for an odd number of words, an option that is not accepted,
-    /// or one that is given twice.
+    /// or an option that is given twice.
     static std::optional<OptionPairs> read(std::span<const std::string> words,
                                            std::span<const std::string_view> accepted);
 

@@ -35,7 +35,7 @@ bool beginsWithOneOf(std::string_view text, std::span<const std::string_view> pr
                                [&](std::string_view prefix) { return text.starts_with(prefix); });
 }
 
-/// What the words say, once they have passed every rule on words.
+/// The parts of a request that has passed every rule on words.
 struct Command {
     std::string_view cwd; ///< clean, not resolved
     PtyFrame::Size size;
@@ -129,8 +129,8 @@ bool isPermittedTool(const Command& command, std::string_view resolved) {
            || (resolved.ends_with("/bin/ssh") && beginsWithOneOf(resolved, sshCellars));
 }
 
-/// Returns the resolved path of the program, if nobody else could have put it there and it is what
-/// its name says.
+/// Returns the resolved path of the program. Returns nothing if it can't be executed, if another
+/// user could have put it there, or if it is a link to a program that its name does not allow.
 std::optional<std::string> resolvedProgram(const Command& command, const Environment& environment,
                                            const FileSystem& fs) {
     auto resolved = fs.realpath(command.program());

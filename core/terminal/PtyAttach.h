@@ -11,14 +11,14 @@
 #include <string_view>
 #include <variant>
 
-/// The attach client: what a terminal window runs to join a session that lives on the host. It
-/// reads a ticket (AttachTicket.h), connects to the socket named there, greets the host and relays
-/// (AttachWire.h) until the user detaches (DetachKey.h), the program ends or the host goes away,
-/// and tells the user which (AttachLabels.h). The socket, the terminal's raw mode and the loop are
-/// the caller's.
+/// The attach client: what a terminal window runs to join a session that lives on the host. The
+/// client reads a ticket (AttachTicket.h), connects to the socket named there and greets the host.
+/// Then it relays (AttachWire.h) until the user detaches (DetachKey.h), the program ends or the
+/// host goes away, and tells the user which (AttachLabels.h). The caller provides the socket, the
+/// terminal's raw mode and the loop.
 namespace velmo::PtyAttach {
 
-/// The word that makes the product's executable the attach client. Its arguments follow.
+/// The word that makes the product's executable the attach client. The client's arguments follow.
 inline constexpr std::string_view mode = "pty-attach";
 inline constexpr std::string_view ticketOption = "--ticket-file";
 

@@ -30,7 +30,7 @@ inline constexpr int maxRows = 500;
 
 enum class Kind : std::uint8_t { data = 1, resize, exit, signal, ready };
 
-/// Returns the kind with this type byte, if there is one.
+/// Returns the kind with this type byte, or nothing for any other byte.
 std::optional<Kind> kindOf(std::uint8_t raw);
 
 struct Signal {
@@ -49,17 +49,17 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-/// A frame whose payload lies elsewhere.
+/// A frame that refers to its payload, which lies elsewhere.
 struct FrameView {
     Kind kind = Kind::data;
     ByteView payload;
 
-    /// Returns the size that a resize frame carries. It is absent for a frame of another kind, and
-    /// for one whose payload is too short.
+    /// Returns the size that a resize frame carries; absent for a frame of another kind, and if the
+    /// payload is too short.
     [[nodiscard]] std::optional<Size> size() const;
 
-    /// Returns the number of the signal to deliver. It is absent for a frame of another kind, and
-    /// for a code that is not in `signals`.
+    /// Returns the number of the signal to deliver; absent for a frame of another kind, and for a
+    /// code that is not in `signals`.
     [[nodiscard]] std::optional<std::int32_t> signal() const;
 };
 
@@ -69,7 +69,7 @@ struct Frame {
 
     [[nodiscard]] FrameView view() const { return {.kind = kind, .payload = payload}; }
 
-    // Each returns what that of the view does.
+    // Return what the view's functions return.
     [[nodiscard]] std::optional<Size> size() const { return view().size(); }
 
     [[nodiscard]] std::optional<std::int32_t> signal() const { return view().signal(); }
@@ -77,7 +77,7 @@ struct Frame {
     bool operator==(const Frame&) const = default;
 };
 
-/// What is wrong with a frame. Of several faults in one frame the first in this order is reported.
+/// What is wrong with a frame. If a frame has several faults, the first in this order is reported.
 /// The first three are found as soon as the header is there, `badValue` once the payload is whole.
 enum class DecodeError { unknownType, tooLarge, badLength, badValue };
 
@@ -111,14 +111,14 @@ bool validSize(int cols, int rows);
 /// not judged: a resize to 0 x 0 is framed here and refused by the other side's decoder.
 std::optional<Bytes> encode(Kind kind, ByteView payload);
 
-/// Returns as many data frames as it takes, each as long as possible, and one empty frame for no
-/// bytes.
+/// Returns the bytes in as many data frames as needed, each as long as possible; for no bytes, one
+/// empty frame.
 Bytes data(ByteView bytes);
 
 /// Returns a resize frame, or nothing if the size is not valid.
 std::optional<Bytes> resize(std::uint16_t cols, std::uint16_t rows);
 
-// Each returns the frame of its name.
+// Return an exit frame and a ready frame.
 Bytes exit(std::int32_t code);
 Bytes ready(std::uint32_t pid);
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-/// The grammar of the command lines that a session may run: what is decided on the words alone,
+/// The grammar of the command lines that a session may run: the rules that look at the words alone,
 /// before the disk is asked. Words are compared exactly and measured in bytes.
 namespace velmo::Pty {
 
@@ -19,7 +19,7 @@ using Words = std::span<const std::string>;
 
 inline constexpr auto agents = agentTools;
 
-/// The programs beside shells: the agents and ssh.
+/// The programs besides shells: the agents and ssh.
 inline constexpr auto tools = [] {
     std::array<std::string_view, agents.size() + 1> all{};
     std::ranges::copy(agents, all.begin());
@@ -36,14 +36,14 @@ inline constexpr auto interpreterNames = std::to_array<std::string_view>(
 
 inline constexpr std::size_t maxArguments = 64;        ///< not counting the program
 inline constexpr std::size_t maxArgumentLength = 4096; ///< bytes
-inline constexpr std::size_t maxAgentFlagWords = 12;   ///< no agent has flags for as many today
+inline constexpr std::size_t maxAgentFlagWords = 12;   ///< more than any agent has flags for
 
 enum class FlagValue { none, model, listed };
 
-/// How a flag bears on the questions that an agent asks before it acts.
+/// What a flag does to the questions that an agent asks before it acts.
 enum class Questions { untouched, skipped, chosen };
 
-/// A flag that an agent may be given, and what follows it.
+/// A flag that an agent may be given, and the value that follows it.
 struct AgentOption {
     std::string_view agent;
     std::string_view flag;
@@ -78,31 +78,31 @@ inline constexpr auto agentOptions = std::to_array<AgentOption>({
     {.agent = "opencode", .flag = "--model", .value = FlagValue::model},
 });
 
-/// Tells the same as `PathText::isCleanAbsolute`.
+/// Tells whether `PathText::isCleanAbsolute` accepts the path.
 bool isCleanAbsolutePath(std::string_view path);
 
-/// Reads a number of columns or rows, 1 to 4 digits without a leading zero. The limits of a
-/// terminal's size are judged by `PtyFrame::validSize`.
+/// Reads a number of columns or rows, 1 to 4 digits without a leading zero. `PtyFrame::validSize`
+/// judges the limits of a terminal's size.
 std::optional<int> dimension(std::optional<std::string_view> text);
 
-/// Tells whether the arguments are "-l", for a login shell; for tmux, whether they are
-/// "attach-session" or "new-session".
+/// Tells whether there is one argument: "-l", for a login shell, or for tmux "attach-session" or
+/// "new-session".
 bool isShellArguments(std::string_view tool, Words arguments);
 
-/// Tells whether the arguments are "--" and a target, perhaps after "-p" and a port. No other
-/// option and no remote command is accepted.
+/// Tells whether the arguments are "--" and a target, perhaps after "-p" and a port. Any other
+/// option, and a remote command, is refused.
 bool isSshArguments(Words arguments);
 
-/// Tells whether the arguments are flags that the agent may be given, or name a session for it to
-/// resume. The two can't be combined.
+/// Tells whether the arguments are flags that the agent may be given, or name one of the agent's
+/// own sessions to resume. The two can't be combined.
 bool isAgentArguments(std::string_view tool, Words arguments);
 
-/// Tells whether the arguments are flags of the agent, each with its value and given once. A flag
+/// Tells whether the arguments are flags of the agent, each given once and with its value. A flag
 /// that skips the agent's questions can't be combined with one that chooses which it asks.
 bool isAgentFlags(std::string_view tool, Words arguments);
 
-/// Tells whether the text is an ASCII letter or digit, then at most 99 of these or of . _ : / @ [ ]
-/// -
+/// Tells whether the text is an ASCII letter or digit, and then at most 99 more of these or of the
+/// characters `._:/@[]-`.
 bool isModelId(std::string_view text);
 
 /// Tells whether the text is 32 hexadecimal digits, of either case, in groups of 8-4-4-4-12.
@@ -111,9 +111,9 @@ bool isUuid(std::string_view text);
 /// Tells whether the text is "ses_" and 8 to 64 ASCII letters and digits.
 bool isOpencodeSessionId(std::string_view text);
 
-/// Tells whether a program of this file name runs whatever text it is given: the name is in
-/// `interpreterNames`, in any letter case, perhaps with a version ("python3.12", "node-18") and
-/// perhaps with ".exe".
+/// Tells whether a program of this file name is an interpreter, which runs any text that it is
+/// given: the name is in `interpreterNames`, in any letter case, perhaps with a version
+/// ("python3.12", "node-18") and perhaps with ".exe".
 bool isInterpreter(std::string_view name);
 
 } // namespace velmo::Pty

@@ -9,7 +9,7 @@ std::string shellQuote(std::string_view text) {
 }
 
 std::string appleScriptString(std::string_view text) {
-    // The backslash first: the one that a quote gets must not be doubled.
+    // Backslashes come first, so that the one that escapes a quote is not doubled.
     const std::string escaped = Text::replacedAll(text, R"(\)", R"(\\)");
     return '"' + Text::replacedAll(escaped, R"(")", R"(\")") + '"';
 }

@@ -5,7 +5,7 @@
 
 namespace velmo::DevTerminal {
 
-/// Returns the text as one word for a POSIX shell: it's becomes 'it'\''s'.
+/// Returns the text quoted as one word for a POSIX shell: it's becomes 'it'\''s'.
 std::string shellQuote(std::string_view text);
 
 /// Returns the text as an AppleScript string literal.

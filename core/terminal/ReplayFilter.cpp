@@ -20,12 +20,12 @@ constexpr std::string_view controls = "\b\t\n\v\f\r\x0E\x0F";
 /// Save and restore the cursor, keypads, index, next line, set tab, reverse index, reset.
 constexpr std::string_view plainEscapes = "78=>DEHMc";
 
-/// What G0 to G3 may be: ESC, one of the first, one of the second.
+/// Character sets for G0 to G3: ESC, one of the designators, one of the sets.
 constexpr std::string_view designators = "()*+";
 constexpr std::string_view charsets = "AB012";
 
-/// Finals of sequences that have numbers and neither marker nor intermediates. Of these `T` with
-/// more than one number would follow the mouse.
+/// Finals of sequences that have numbers and neither marker nor intermediates. `T` is allowed with
+/// one number only: with more it would make the terminal follow the mouse.
 constexpr std::string_view plainFinals = "ABCDEFGHIJKLMPSTXZ@`abdefgmrsu";
 
 struct Form {
@@ -34,7 +34,7 @@ struct Form {
     char final;
 };
 
-/// Sequences of other forms.
+/// The allowed sequences of other forms.
 constexpr auto otherForms = std::to_array<Form>({
     {.marker = "?", .intermediates = "", .final = 'J'},  // erase what is not protected
     {.marker = "?", .intermediates = "", .final = 'K'},  //
@@ -75,7 +75,7 @@ bool isAllowedForm(const Csi& csi) {
     });
 }
 
-/// Returns the sequence with those modes alone that are known.
+/// Returns the sequence with its known modes only; "" if it has none.
 std::string knownModes(const Csi& csi) {
     constexpr auto ansiModes = std::to_array<std::int32_t>({4, 20}); // insert, new line
     std::string kept;

@@ -24,7 +24,8 @@ constexpr bool isPrintableAscii(std::uint8_t byte) {
     return byte >= 0x20 && byte < erase;
 }
 
-/// Returns how many bytes a character has that begins with this one; 0 if none does.
+/// Returns the length in bytes of a character of several bytes that begins with this one; 0 if the
+/// byte can't begin one.
 constexpr std::size_t lengthOfCharacter(std::uint8_t first) {
     if (first >= 0xC2 && first <= 0xDF)
         return 2;
@@ -83,7 +84,7 @@ void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
     }
 }
 
-/// Remembers a character whose first bytes are the last of the text.
+/// Enters `State::character` if the text ends within a character.
 void SequenceReader::noticeCutCharacter(ByteView text) {
     const ByteView tail = text.last(std::min<std::size_t>(text.size(), 3));
     for (std::size_t i = tail.size(); i-- > 0;) {
@@ -111,7 +112,7 @@ void SequenceReader::take(std::uint8_t byte, const Sink& sink) {
             finish(Kind::osc, sink);
             return;
         }
-        begin(State::escape); // the string was broken off by a sequence
+        begin(State::escape); // a new sequence has broken the string off
         break;
     case State::escape:
     case State::csi:
@@ -172,8 +173,8 @@ void SequenceReader::takeInCharacter(std::uint8_t byte, const Sink& sink) {
     finish(isC1(collected_) ? Kind::dropped : Kind::text, sink);
 }
 
-/// Takes what is no part of a sequence: a control is obeyed in its midst, and what is no ASCII
-/// breaks it off.
+/// Handles a byte that does not belong to the sequence around it: a control is reported and the
+/// sequence goes on, a byte beyond ASCII breaks the sequence off. Returns false for any other byte.
 bool SequenceReader::takenOutside(std::uint8_t byte, const Sink& sink) {
     if (isControl(byte)) {
         const char control = static_cast<char>(byte);

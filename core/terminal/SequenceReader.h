@@ -10,9 +10,9 @@
 
 namespace velmo {
 
-/// Splits what a program writes to a terminal into text and control sequences, as the state machine
-/// of the VT500 series does, for a terminal in UTF-8. It takes any bytes, cut anywhere, and keeps
-/// no more than `maxSequence` of them.
+/// Splits a program's output into text and control sequences, as the state machine of the VT500
+/// series does, for a terminal in UTF-8. Accepts any bytes, cut anywhere, and keeps at most
+/// `maxSequence` of them.
 class SequenceReader {
 public:
     static constexpr std::size_t maxSequence = 1024; ///< bytes; a longer sequence has no meaning
@@ -20,13 +20,13 @@ public:
     enum class Kind {
         text,    ///< printable characters in UTF-8; an ill-formed one is read as U+FFFD
         control, ///< one byte, U+0000 to U+001F
-        escape,  ///< what follows ESC: intermediates and a final byte
-        csi,     ///< what follows ESC [: parameters, intermediates and a final byte
-        osc,     ///< what stands between ESC ] and its end, BEL or ESC backslash
-        dropped, ///< anything else: C1 controls, DCS and other strings, what is too long or broken
+        escape,  ///< the bytes after ESC: intermediates and a final byte
+        csi,     ///< the bytes after ESC [: parameters, intermediates and a final byte
+        osc,     ///< the bytes between ESC ] and its end, BEL or ESC backslash
+        dropped, ///< anything else: DEL, C1 controls, cancelled or overlong sequences
     };
 
-    /// One piece of the stream. The text lives until the call of the sink returns.
+    /// A piece of the stream. The text lives until the call of the sink returns.
     struct Sequence {
         Kind kind;
         std::string_view text;
@@ -34,11 +34,12 @@ public:
 
     using Sink = std::function<void(const Sequence&)>;
 
-    /// Reads on and hands every piece that is complete to the sink, in order.
+    /// Reads on and hands every complete piece to the sink, in order. DCS and other strings are
+    /// skipped, and so is a sequence that another byte breaks off.
     void read(ByteView bytes, const Sink& sink);
 
-    /// Does the same at the speed of a search for ESC: of text and controls outside of sequences it
-    /// reports nothing.
+    /// Does the same at the speed of a search for ESC, but does not report text and controls
+    /// outside of sequences.
     void readSequences(ByteView bytes, const Sink& sink);
 
     /// Tells whether the stream stands between two pieces, inside neither a sequence nor a
@@ -62,7 +63,7 @@ private:
 
     State state_ = State::ground;
     std::string collected_;
-    std::size_t characterBytes_ = 0; ///< of the character that is being read
+    std::size_t characterBytes_ = 0; ///< length of the character that is being read
     bool isTooLong_ = false;
 };
 

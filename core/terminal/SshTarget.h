@@ -3,9 +3,9 @@
 #include <optional>
 #include <string_view>
 
-/// What ssh may be told to connect to. The launcher and the spawn policy have a rule each, of the
-/// same name: "-h" is a target for the launcher alone, "[::1]" for the spawn policy alone. Both
-/// stand behind "--" on the command line.
+/// The targets that ssh may be told to connect to. The launcher and the spawn policy have different
+/// rules of the same name: only the launcher accepts "-h", only the spawn policy "[::1]". On the
+/// command line a target always follows "--".
 namespace velmo::DevTerminal {
 
 /// Tells whether the text is a host, perhaps after a user and "@", each made of ASCII letters,

@@ -102,7 +102,7 @@ void TerminalModes::setStyle(const Csi& csi) {
         state_.style += sequence;
 }
 
-/// DECSTR: what it leaves alone are screens, mouse and paste.
+/// Obeys DECSTR, which leaves screens, mouse and paste modes alone.
 void TerminalModes::softReset() {
     constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25});
     for (const std::int32_t number : touched)

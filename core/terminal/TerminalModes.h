@@ -14,7 +14,8 @@ namespace velmo {
 
 /// Follows what a program sets on its terminal and leaves set, so that another terminal can be set
 /// the same way: screen, cursor, mouse, focus and paste modes, keypad, keyboard enhancements,
-/// scrolling region, character set, colours and attributes, title. It costs a search for ESC.
+/// scrolling region, character set, colours and attributes, title. Following costs about as much as
+/// a search for ESC.
 class TerminalModes {
 public:
     void follow(ByteView output);
@@ -22,8 +23,8 @@ public:
     /// Tells whether the output so far ends outside of any sequence.
     [[nodiscard]] bool isAtRest() const { return reader_.isAtRest(); }
 
-    /// Returns what brings a terminal that has just been reset to this state: nothing for the usual
-    /// one.
+    /// Returns the sequences that bring a terminal from its state after a reset to this state; ""
+    /// if the two are the same.
     [[nodiscard]] std::string sequences() const;
 
 private:
@@ -36,14 +37,14 @@ private:
     void softReset();
 
     struct State {
-        std::bitset<ControlSequence::modes.size()> unusual; ///< modes that are not as after a reset
+        std::bitset<ControlSequence::modes.size()> unusual; ///< modes not as after a reset
         bool inserts = false;
         bool isKeypadOfApplication = false;
-        std::vector<std::int32_t> keyboard; ///< enhancements that were pushed, the last in force
-        std::string charset;                ///< how G0 was designated: what follows ESC
-        std::string region;                 ///< of scrolling: what follows ESC [
+        std::vector<std::int32_t> keyboard; ///< enhancements pushed; the last is in force
+        std::string charset;                ///< the designation of G0, without its ESC
+        std::string region;                 ///< the scrolling region, without its ESC [
         std::string cursorStyle;            ///< likewise
-        std::string style;                  ///< the SGR sequences since the last that resets
+        std::string style;                  ///< the SGR sequences since the last reset
         std::string title;
     };
 

@@ -1,5 +1,5 @@
-/// Serves the pointer of a phone's continuous input: moves, clicks, drags, scroll and zoom, and
-/// lets go of all when the phone is gone. The Mac is a stub that prints what it would post.
+/// Serves the pointer of a phone's continuous input: moves, clicks, drags, scroll and zoom.
+/// Releases every button when the phone is gone. The Mac is a stub that prints what it would post.
 
 #include "core/input/HeldButtons.h"
 #include "core/input/InputMessage.h"
@@ -12,7 +12,7 @@ using namespace velmo;
 
 namespace {
 
-/// One phone, and what each of its messages does.
+/// A phone, and the effects of its messages.
 struct Phone {
     double now = 0; ///< seconds; when the message came
     ScreenPoint pointer{.x = 400, .y = 300};

@@ -1,5 +1,5 @@
-/// Keeps a Mac awake for a second: this one, or the simulated one that lives in a folder:
-/// keep-awake [FOLDER]. A simulated Mac and its daemon are started as the README tells.
+/// Keeps a Mac awake for a second: keep-awake [FOLDER]. The Mac is this one, or the simulated one
+/// in the folder, which is started with its daemon as the README tells.
 
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
@@ -17,7 +17,7 @@ namespace {
 
 const BatteryFloor batteryFloor(20); // percent
 
-/// Calls back on the loop's thread, where keeper and link live too.
+/// Returns a timer that calls back on the loop's thread, where keeper and link live too.
 HoldKeeper::Timer timerOn(asio::io_context& loop) {
     return [&loop](double seconds, std::function<void()> callback) {
         const auto timer = std::make_shared<asio::steady_timer>(
@@ -29,7 +29,7 @@ HoldKeeper::Timer timerOn(asio::io_context& loop) {
     };
 }
 
-/// Returns the Mac in the folder, or this one, or why there is none.
+/// Returns the Mac in the folder, or this Mac without a folder. The error says why that failed.
 std::expected<PowerAccess, std::string> access(asio::io_context& loop, const char* folder) {
     if (folder != nullptr)
         return accessSimulatedMac(loop, folder);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t startTime = 1700000000123456; // microseconds since 1970
 
-/// What CGWindowListCopyWindowInfo gives: a menu in front of the application's one window.
+/// The rows that CGWindowListCopyWindowInfo gives: a menu in front of the application's one window.
 std::vector<CGWindowRow> windowList() {
     return {{.id = 9, .pid = 501, .owner = "Notes", .layer = 25, .onScreen = true},
             {.id = 7,
@@ -26,7 +26,7 @@ std::vector<CGWindowRow> windowList() {
              .onScreen = true}};
 }
 
-/// What accessibility tells of that window, and does with it.
+/// The window as accessibility shows it and changes it.
 AXWindowFacts window{.windowId = 7, .title = "Shopping", .bounds = windowList()[1].bounds};
 
 void apply(const FramePlan::Step& step) {
@@ -51,10 +51,10 @@ int main() {
     for (const WindowRecord& record : windows)
         Output::print(record, [](std::string_view line) { std::cout << line; });
 
-    // The phone picks the front window, and sends words back. They are read as strictly as any.
+    // The phone picks the front window and sends words back, which are read as strictly as any.
     const auto front = std::ranges::find(windows, true, &WindowRecord::front);
     if (front == windows.end())
-        return 1; // the frontmost application has none on screen
+        return 1; // the frontmost application has no window on screen
     const DisplayRecord display{.work = {.x = 0, .y = 25, .width = 1440, .height = 800}};
     const auto number = [](double points) { return std::to_string(std::int64_t(points)); };
     const auto request = FrameRequest::parse(

@@ -15,7 +15,7 @@ namespace {
 
 const std::string name = "a-00112233445566778899aabbccddeeff.json"; // in truth at random
 
-/// Writes a ticket where nobody else can read it, and returns its path.
+/// Writes a ticket where only this user can read it, and returns the ticket's path.
 std::string writeTicket(const fs::path& folder) {
     fs::create_directories(folder);
     fs::permissions(folder, fs::perms::owner_all);
@@ -56,5 +56,5 @@ int main() {
     const std::string ticket = writeTicket(*folder);
     const std::vector<std::string> words{std::string(PtyAttach::ticketOption), ticket};
     attach(words, files);
-    attach(words, files); // a ticket is good for once
+    attach(words, files); // fails: a ticket works once
 }

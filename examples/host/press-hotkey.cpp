@@ -13,9 +13,9 @@ using namespace velmo;
 
 namespace {
 
-/// What a key gives with shift, option, both or none of them; of a French keyboard, a few keys. On
-/// a Mac UCKeyTranslate tells, with `state.carbonModifierState() | (command ? 1U : 0U)`: layouts of
-/// other scripts give other characters with Command down. A French one gives the same.
+/// Returns what a key gives with shift, option, both or none; here a few keys of a French keyboard.
+/// On a Mac UCKeyTranslate tells, with `state.carbonModifierState() | (command ? 1U : 0U)`: layouts
+/// of other scripts give other characters with Command down. A French one gives the same.
 std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
     static const std::map<std::uint16_t, std::vector<std::string>> keys{{6, {"w", "W"}},
                                                                         {12, {"a", "A"}},

@@ -1,6 +1,6 @@
-/// Types a text of any length that the phone sent, where it is safe: as long as the focus is still
-/// the one that the phone saw, and no password field. Then it presses a key that the phone names.
-/// The Mac is a stub that prints what it would post.
+/// Types a text of any length that the phone sent, as long as that is safe: the focus is still the
+/// one that the phone saw, and not a password field. Then presses a key that the phone names. The
+/// Mac is a stub that prints what it would post.
 
 #include "core/input/HotkeyPlan.h"
 #include "core/input/InputMessage.h"
@@ -17,7 +17,7 @@ using namespace velmo;
 
 namespace {
 
-/// What has the keyboard focus; on a Mac accessibility tells, and IsSecureEventInputEnabled.
+/// The element with the keyboard focus; on a Mac accessibility and IsSecureEventInputEnabled tell.
 struct Focus {
     FocusSnapshot snapshot;
     std::optional<TypingSafety::Focus> element;
@@ -34,8 +34,8 @@ Focus readFocus() {
             .element = element};
 }
 
-/// Each request asks anew: the focus may move while a long text is typed. On a Mac each chunk is
-/// what CGEventKeyboardSetUnicodeString puts into a key-down and a key-up event for CGEventPost.
+/// Looks at the focus anew for each request, since it may move meanwhile. On a Mac a chunk goes
+/// into a key-down and a key-up event for CGEventPost, by CGEventKeyboardSetUnicodeString.
 bool type(const InputMessage::Text& text, const FocusTracker& tracker) {
     for (const TypeTextRequest& request : TypeTextRequest::ofText(text.text)) {
         const Focus now = readFocus();
@@ -50,7 +50,7 @@ bool type(const InputMessage::Text& text, const FocusTracker& tracker) {
     return true;
 }
 
-/// A key that the phone names types nothing: the focus alone matters, and no layout moves it.
+/// Presses a key that the phone names. Only the focus matters: the key is the same in any layout.
 bool press(const InputMessage::Key& key, const FocusTracker& tracker) {
     const auto hotkey = hotkeyOf(key);
     if (!hotkey || !tracker.accepts(key.target, readFocus().snapshot))

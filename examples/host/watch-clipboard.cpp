@@ -1,5 +1,5 @@
-/// Tells the phone what is on the clipboard whenever that has changed, and puts on it what the
-/// phone sends. The pasteboard is a stub; a Mac's is asked every
+/// Sends the clipboard's content to the phone whenever it has changed, and puts on the clipboard
+/// what the phone sends. The pasteboard is a stub; on a Mac it is asked every
 /// `PasteboardPolicy::watchIntervalSeconds`.
 
 #include "core/clipboard/ClipboardReply.h"
@@ -13,7 +13,7 @@ using namespace velmo;
 
 namespace {
 
-/// What NSPasteboard tells: the types in its order, and the data of one of them.
+/// The content that NSPasteboard shows: the types in its order, and the data of one type.
 struct Pasteboard {
     std::int64_t changeCount = 0;
     std::vector<std::string> types;

@@ -1,6 +1,6 @@
 /// Keeps the Mac awake until Ctrl-C: keep-awake TEAM, the team that signed both this program and
-/// the daemon. The hold ends with the connection; a program that goes on without it calls
-/// releaseWithReply:, but only while it has the hold, since that ends anybody's.
+/// the daemon. The hold ends with the connection. To end it earlier a program calls
+/// releaseWithReply:, but only while it has the hold, since the call ends any client's hold.
 
 #import "platform/xpc/VelmoPowerProtocol.h"
 
@@ -12,7 +12,8 @@ static NSXPCConnection* connection;
 
 static void hold(void);
 
-/// The queue's own pool is emptied at some time or other, and this program runs for days.
+/// Calls `next` with a pool of its own: the queue's pool is emptied at some unknown time, and this
+/// program runs for days.
 static void after(int64_t seconds, void (*next)(void)) {
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, seconds * (int64_t)NSEC_PER_SEC),
                    dispatch_get_main_queue(), ^{

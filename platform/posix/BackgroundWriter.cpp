@@ -22,7 +22,7 @@ struct BackgroundWriter::Shared {
 
 BackgroundWriter::BackgroundWriter(int descriptor) : shared_(std::make_shared<Shared>()) {
     shared_->descriptor = descriptor;
-    // Signals belong to the thread that asks for them.
+    // The new thread starts with all signals blocked, so that other threads handle them.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -64,7 +64,7 @@ void BackgroundWriter::run(const std::shared_ptr<Shared>& shared) {
             return;
         const std::string& text = shared->queue.front();
         lock.unlock();
-        static_cast<void>(writeAll(shared->descriptor, text)); // a reader that is gone is no news
+        static_cast<void>(writeAll(shared->descriptor, text)); // a lost reader is ignored
         lock.lock();
         shared->queued -= text.size();
         shared->queue.pop_front();

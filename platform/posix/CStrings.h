@@ -6,8 +6,8 @@
 
 namespace velmo {
 
-/// Texts as exec and its kin take them: an array of pointers with a null pointer behind the last.
-/// None may contain NUL.
+/// Texts as exec and its kin read them: an array of pointers with a null pointer after the last.
+/// The texts must not contain NUL.
 class CStrings {
 public:
     explicit CStrings(std::vector<std::string> texts) : texts_(std::move(texts)) {
@@ -17,7 +17,7 @@ public:
         pointers_.push_back(nullptr);
     }
 
-    // The pointers are into the texts.
+    // A copy's pointers would lead into the original's texts.
     CStrings(const CStrings&) = delete;
     CStrings& operator=(const CStrings&) = delete;
     ~CStrings() = default;

@@ -26,7 +26,8 @@ namespace velmo {
 
 namespace {
 
-/// Bytes that are kept of the output. pmset prints a few hundred; the rest is read and dropped.
+/// Bytes of the output that are kept. pmset prints a few hundred; what exceeds this is read and
+/// dropped.
 constexpr std::size_t maxOutput = 1 << 20;
 
 class FileActions {
@@ -51,7 +52,7 @@ public:
 
 private:
 #ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
-    // The flag of that name closes all that no action names.
+    // This flag closes every descriptor that is not named by an action.
     static bool closeOthers() { return true; }
 #else
     bool closeOthers() {
@@ -81,7 +82,7 @@ public:
         flags |= POSIX_SPAWN_CLOEXEC_DEFAULT;
 #endif
         if (group == ChildGroup::own)
-            flags |= POSIX_SPAWN_SETPGROUP; // the group itself is 0, its own, unless told otherwise
+            flags |= POSIX_SPAWN_SETPGROUP; // the group defaults to 0: a new one of the child's own
         return posix_spawnattr_setsigdefault(&attributes_, &all) == 0
                && posix_spawnattr_setsigmask(&attributes_, &none) == 0
                && posix_spawnattr_setflags(&attributes_, static_cast<short>(flags)) == 0;
@@ -143,7 +144,8 @@ int millisecondsUntil(Clock::time_point deadline) {
     return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 
-/// Reads to the end and keeps the first `maxOutput` bytes; absent if the end does not come in time.
+/// Reads to the end and returns the first `maxOutput` bytes; absent if the end does not come in
+/// time.
 std::optional<std::string> readUntil(Clock::time_point deadline, int descriptor) {
     std::string output;
     char buffer[4096];
@@ -161,7 +163,7 @@ std::optional<std::string> readUntil(Clock::time_point deadline, int descriptor)
     }
 }
 
-/// The child's status as a shell tells it; absent if it does not end in time.
+/// Returns the child's status as a shell tells it; absent if the child does not end in time.
 std::optional<int> waitUntil(Clock::time_point deadline, pid_t child) {
     int status = 0;
     pid_t ended = 0;
@@ -191,8 +193,8 @@ std::optional<std::string> outputOf(const std::string& program,
                                    .standardError = null.get()});
     if (!child)
         return std::nullopt;
-    // Our own copy must go, or the end of the output never comes. Reading to the end before waiting
-    // keeps a child that prints more than fits into a pipe from waiting for us for ever.
+    // The output ends only once this process's copy of the write end is closed too. The output is
+    // read before the wait, since a child that prints more than fits into a pipe would never end.
     pipe->writeEnd.reset();
     const auto output = readUntil(deadline, pipe->readEnd.get());
     pipe->readEnd.reset();

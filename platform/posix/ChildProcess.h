@@ -9,25 +9,26 @@
 #include <string>
 #include <string_view>
 
-/// Starts child processes and waits for them. A child is born with default signal dispositions, an
+/// Starts child processes and waits for them. A child starts with default signal dispositions, an
 /// empty signal mask and no descriptor but the standard three, whatever this process ignores,
 /// blocks or has open.
 namespace velmo {
 
-/// How long a program that is asked for its output may take. One that takes longer is killed, and
-/// given `killPatience` to be gone.
+/// How long `outputOf` lets a program run. After that the program is killed, and `outputOf` waits
+/// at most `killPatience` for its end.
 inline constexpr std::chrono::milliseconds outputPatience(10'000);
 inline constexpr std::chrono::milliseconds killPatience(1'000);
 
-/// Runs a program by its absolute path, without a shell, with standard input and error on the null
-/// device, in this process's own group, and waits for its end. Returns the first MiB of its
-/// standard output, with ill-formed UTF-8 repaired. Absent if the program can't be started, is not
-/// done in time or ends in any way but with status 0, and if an argument contains NUL.
+/// Runs a program by its absolute path and waits for its end. The program runs without a shell, in
+/// this process's own group, with standard input and error on the null device. Returns the first
+/// MiB of its standard output, with ill-formed UTF-8 repaired. Absent if the program can't be
+/// started, is not done in time or ends in any way but with status 0, and if an argument contains
+/// NUL.
 std::optional<std::string> outputOf(const std::string& program,
                                     std::span<const std::string_view> arguments,
                                     std::chrono::milliseconds patience = outputPatience);
 
-/// Does the same for arguments that are listed in the call.
+/// Does the same with the arguments listed in the call.
 std::optional<std::string> outputOf(const std::string& program,
                                     std::initializer_list<std::string_view> arguments);
 
@@ -37,21 +38,21 @@ struct ChildStreams {
     int standardError;
 };
 
-/// The process group that a child is born into.
+/// The process group that a child starts in.
 enum class ChildGroup {
     ofParent,
-    own, ///< with the child's process id for its number, so that a signal can reach all in it
+    own, ///< a new one, numbered by the child's process id, so that a signal can reach all in it
 };
 
-/// Starts a program by its path, or looks it up in PATH if the name has no slash. Returns its
-/// process id, for which the caller must wait; absent on failure, with errno set.
+/// Starts a program by its path, or looks it up in PATH if the name has no slash. Returns the id of
+/// a child that the caller must wait for; absent on failure, with errno set.
 std::optional<pid_t> startChild(const std::string& program,
                                 std::span<const std::string_view> arguments,
                                 const ChildStreams& streams,
                                 ChildGroup group = ChildGroup::ofParent);
 
-/// Waits for the end of a child. Returns its status as a shell tells it: its own, or 128 plus the
-/// number of the signal that killed it. Absent if there is no such child.
+/// Waits for the end of a child. Returns its status as a shell tells it: the child's own, or 128
+/// plus the number of the signal that killed it. Absent if this process has no such child.
 std::optional<int> waitForChild(pid_t child);
 
 /// Returns the same for a status from `waitpid`.

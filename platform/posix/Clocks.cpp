@@ -12,7 +12,7 @@ constexpr clockid_t continuous = CLOCK_BOOTTIME;
 constexpr clockid_t continuous = CLOCK_MONOTONIC_RAW;
 #endif
 
-/// Reads a clock, of which neither can be missing.
+/// Reads one of the two clocks. Every system has both, so the call does not fail.
 double secondsOf(clockid_t clock) {
     timespec now{};
     ::clock_gettime(clock, &now);

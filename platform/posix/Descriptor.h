@@ -6,12 +6,12 @@
 
 namespace velmo {
 
-/// Owns a file descriptor, or none.
+/// Owns a file descriptor, or is empty.
 class Descriptor {
 public:
     Descriptor() = default;
 
-    /// Takes over what open and its kin return; a negative number means none.
+    /// Takes over the result of open and its kin; a negative number makes an empty object.
     explicit Descriptor(int number) : number_(number) {}
 
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, none)) {}
@@ -30,11 +30,11 @@ public:
 
     [[nodiscard]] int get() const { return number_; }
 
-    /// Hands the descriptor over to the caller, who closes it.
+    /// Hands the descriptor over to the caller, which then closes it.
     [[nodiscard]] int release() { return std::exchange(number_, none); }
 
     void reset() {
-        // Not retried after EINTR: the number may belong to another thread's file by then.
+        // close is not retried after EINTR: the number may belong to another thread's file by then.
         if (number_ >= 0)
             ::close(std::exchange(number_, none));
     }

@@ -32,8 +32,8 @@ bool Disk::write(int file, std::string_view content) {
 
 bool Disk::synchronize(int fileOrFolder) {
 #ifdef F_FULLFSYNC
-    // fsync on macOS leaves the data in the drive's cache; not every file system knows the better
-    // call.
+    // fsync on macOS leaves the data in the drive's cache. F_FULLFSYNC does not, but some file
+    // systems refuse it.
     if (retryInterrupted([&] { return ::fcntl(fileOrFolder, F_FULLFSYNC); }) == 0)
         return true;
 #endif

@@ -12,7 +12,7 @@ namespace velmo::DiskPath {
 
 namespace {
 
-/// Returns the path for a C function; absent if NUL would make it another path there.
+/// Returns the path for a C function; absent if it contains NUL, which would cut it short there.
 std::optional<std::string> terminated(std::string_view path) {
     if (path.contains('\0'))
         return std::nullopt;
@@ -27,7 +27,7 @@ std::optional<struct stat> statusBy(int (*ask)(const char*, struct stat*), std::
     return found;
 }
 
-/// Tells whether nothing has the name, not even a link that leads nowhere.
+/// Tells whether the name is free, even of a link that leads nowhere.
 bool isMissing(const std::string& path) {
     struct stat ignored{};
     return ::lstat(path.c_str(), &ignored) != 0 && errno == ENOENT;
@@ -47,7 +47,7 @@ std::optional<std::string> resolved(std::string_view path) {
 std::optional<std::string> resolvedAsFarAsItExists(std::string_view path) {
     if (!path.starts_with('/') || path.contains('\0'))
         return std::nullopt;
-    // From the root downwards: the first name that is missing ends what the disk can say.
+    // The pieces are resolved from the root downwards, up to the first name that is missing.
     std::string result = "/";
     bool exists = true;
     for (const std::string_view piece : PathText::pieces(path)) {

@@ -19,8 +19,8 @@ Descriptor openFolder(const fs::path& path, int moreFlags) {
     return Descriptor(retryInterrupted([&] { return ::open(path.c_str(), flags); }));
 }
 
-/// Makes the folder and what is missing above it, and waits until the drive has its name. It waits
-/// even if the folder exists: whoever made it may have been killed before they could.
+/// Makes the folder and its missing parents, and waits until the drive has the folder's name. Waits
+/// even if the folder exists: the process that made it may have been killed before its own wait.
 bool makeFolders(const fs::path& path, mode_t mode, Disk& disk) {
     const fs::path parent = path.parent_path();
     int error = disk.makeFolder(path, mode);
@@ -63,7 +63,7 @@ bool Folder::hasFile(const std::string& name) const {
 }
 
 std::optional<std::string> Folder::read(const std::string& name, std::size_t maxSize) const {
-    // O_NONBLOCK: a planted FIFO must not make the open wait.
+    // O_NONBLOCK, so that a planted FIFO does not make the open wait.
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(
         retryInterrupted([&] { return ::openat(descriptor_.get(), name.c_str(), flags); }));

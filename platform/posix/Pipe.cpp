@@ -11,7 +11,7 @@ std::optional<Pipe> makePipe() {
     if (::pipe(ends) != 0)
         return std::nullopt;
     Pipe pipe{.readEnd = Descriptor(ends[0]), .writeEnd = Descriptor(ends[1])};
-    // macOS has no pipe2. A child started by another thread in between closes them by itself.
+    // macOS lacks pipe2. A child that another thread starts in between closes them by itself.
     if (::fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0 || ::fcntl(ends[1], F_SETFD, FD_CLOEXEC) != 0)
         return std::nullopt;
     return pipe;

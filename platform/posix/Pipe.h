@@ -12,7 +12,7 @@ struct Pipe {
     Descriptor writeEnd;
 };
 
-/// Makes a pipe; absent if there are no descriptors left, with errno set.
+/// Makes a pipe; absent if the system has no descriptors left, with errno set.
 std::optional<Pipe> makePipe();
 
 /// Returns whether every read end of the pipe is closed, so that nothing written arrives any more.

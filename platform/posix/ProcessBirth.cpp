@@ -18,8 +18,8 @@ struct FolderEnd {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-/// The descriptors that are open now, but for the one that lists them; absent where the system has
-/// no such folder.
+/// Returns the descriptors that are open now, except the one that lists them; absent where the
+/// system does not have the folder /dev/fd.
 std::optional<std::vector<int>> openDescriptors() {
     const std::unique_ptr<DIR, FolderEnd> folder(::opendir("/dev/fd"));
     if (!folder)
@@ -69,7 +69,7 @@ void ProcessBirth::restore() const {
     for (int signal = 1; signal < NSIG; ++signal) {
         struct sigaction action{};
         action.sa_handler = ignored(signal) ? SIG_IGN : SIG_DFL;
-        ::sigaction(signal, &action, nullptr); // fails for SIGKILL and SIGSTOP, which need none
+        ::sigaction(signal, &action, nullptr); // fails for SIGKILL and SIGSTOP, which never change
     }
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {

@@ -5,23 +5,23 @@
 
 namespace velmo {
 
-/// How this process was born: the signals that it found ignored or blocked, and the descriptors
-/// that it found open. A program that it runs on its user's behalf must find the same, whatever
-/// this process has done to itself since. To be read at the very start of `main`.
+/// What this process found when it started: the signals that were ignored or blocked, and the
+/// descriptors that were open. A command that it runs on its user's behalf must find the same,
+/// whatever this process has changed since. Read this at the very start of `main`.
 class ProcessBirth {
 public:
     static ProcessBirth read();
 
-    /// Tells whether the signal was ignored, as `nohup` and a shell's background jobs have it. Such
-    /// a signal stays ignored: whoever started us wants it so.
+    /// Tells whether the signal was ignored, as it is under `nohup` and in a shell's background
+    /// jobs. Such a signal stays ignored, since the process that started this one wants it so.
     [[nodiscard]] bool ignored(int signal) const { return sigismember(&ignored_, signal) == 1; }
 
-    /// Marks every descriptor that was opened since as one that no program inherits.
+    /// Marks every descriptor that was opened since the start as closed on exec, so that no program
+    /// inherits it.
     void keepLaterDescriptors() const;
 
-    /// Makes the calling process as it was born: dispositions, mask, and the standard descriptors
-    /// that were closed. Only for a child between fork and exec: it calls nothing that is not safe
-    /// there.
+    /// Restores the calling process to this state: dispositions, mask, and the standard descriptors
+    /// that were closed. Only for a child between fork and exec; every call it makes is safe there.
     void restore() const;
 
 private:
@@ -31,7 +31,7 @@ private:
 
     sigset_t ignored_{};
     sigset_t mask_{};
-    std::vector<int> descriptors_;  ///< open ones, in ascending order
+    std::vector<int> descriptors_;  ///< that were open, in ascending order
     bool knowsDescriptors_ = false; ///< false where the system does not list them
 };
 

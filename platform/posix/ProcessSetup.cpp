@@ -23,7 +23,7 @@ void prepareProcess() {
         descriptor = ::open("/dev/null", O_RDWR);
     if (descriptor >= 0)
         ::close(descriptor);
-    // Fails for no signal that exists.
+    // These can't fail, since both signals exist.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
     unblockSignal(SIGCHLD);

@@ -29,13 +29,13 @@ std::optional<std::string> programNameOf(std::int64_t process) {
     std::error_code error;
     auto name = std::filesystem::read_symlink(folder / "exe", error).filename().string();
     if (!error) {
-        // So the kernel marks a program whose file has been replaced.
+        // The kernel marks a program with this once its file has been removed or replaced.
         constexpr std::string_view gone = " (deleted)";
         if (name.ends_with(gone))
             name.resize(name.size() - gone.size());
         return name;
     }
-    // Another user's process: what anyone may read is its name, cut to 15 bytes.
+    // For another user's process only a name is readable, which the kernel cuts to 15 bytes.
     std::ifstream file(folder / "comm");
     if (!std::getline(file, name))
         return std::nullopt;

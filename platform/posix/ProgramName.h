@@ -6,8 +6,9 @@
 
 namespace velmo {
 
-/// Returns the file name of the program that a process runs, for people to read: whoever starts a
-/// program chooses its name. Absent if the system does not tell, as when there is no such process.
+/// Returns the file name of the program that a process runs. The name is only for people to read,
+/// since the user who starts a program may choose it. Absent if the system does not tell, such as
+/// for a process that does not exist.
 std::optional<std::string> programNameOf(std::int64_t process);
 
 } // namespace velmo

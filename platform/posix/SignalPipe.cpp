@@ -13,11 +13,11 @@ namespace velmo {
 
 namespace {
 
-/// Where the handler writes. A handler has no other way to know.
+/// The descriptor that the handler writes to. A handler can learn it only from a global.
 volatile std::sig_atomic_t handlersEnd = -1;
 
-/// Linux has SI_KERNEL or nothing for the terminal's; Darwin tells of a sender by its process id
-/// alone.
+/// Tells whether a process has sent the signal. For the terminal's signals Linux sets SI_KERNEL or
+/// nothing. Darwin shows only by the process id that there is a sender.
 bool isFromProcess(const siginfo_t& info) {
     return info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_pid != 0;
 }
@@ -25,7 +25,7 @@ bool isFromProcess(const siginfo_t& info) {
 void handle(int signal, siginfo_t* info, void* /*context*/) {
     const int error = errno;
     const SignalPipe::News news{.signal = signal, .fromProcess = isFromProcess(*info)};
-    // A full pipe holds thousands of signals that nobody has looked at yet.
+    // A full pipe drops the signal: thousands of others wait in it already.
     static_cast<void>(::write(handlersEnd, &news, sizeof news) == sizeof news);
     errno = error;
 }

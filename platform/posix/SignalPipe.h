@@ -7,31 +7,32 @@
 
 namespace velmo {
 
-/// Turns signals into something to read from a descriptor. There is at most one at a time in a
-/// process, on its main thread.
+/// Turns signals into something to read from a descriptor. A process has at most one object of this
+/// class at a time, on its main thread.
 class SignalPipe {
 public:
     struct News {
         int signal = 0;
-        /// Whether a process has sent it, to us alone as far as we know. False for what the
-        /// terminal sends, which all of its foreground group gets.
+        /// True if a process has sent the signal, as far as we know to this process alone. False
+        /// for a signal of the terminal, which its whole foreground group gets.
         bool fromProcess = false;
     };
 
-    /// Takes these signals over until its end, when they have their default effect again.
+    /// Takes these signals over. The destructor gives them their default effect again.
     explicit SignalPipe(std::span<const int> signals);
     ~SignalPipe();
 
     SignalPipe(const SignalPipe&) = delete;
     SignalPipe& operator=(const SignalPipe&) = delete;
 
-    /// Takes one more signal over, or the same one once more.
+    /// Takes one more signal over, or takes one over again that has got another handler since.
     static void take(int signal);
 
-    /// Readable while there is news. Negative if the system had no descriptors for it.
+    /// Returns a descriptor that is readable while a signal waits for `next`; negative if the
+    /// system had no descriptors left.
     [[nodiscard]] int descriptor() const { return readEnd_.get(); }
 
-    /// Returns the next signal that came in; absent if there is none at the moment.
+    /// Returns the next signal that came in; absent if none waits.
     std::optional<News> next();
 
 private:

@@ -10,10 +10,10 @@
 
 namespace velmo {
 
-/// The most bytes that the path of a Unix-domain socket may have: 103 on a Mac, 107 on Linux.
+/// The length limit of a Unix-domain socket's path in bytes: 103 on a Mac, 107 on Linux.
 inline constexpr std::size_t maxSocketPath = sizeof(sockaddr_un::sun_path) - 1;
 
-/// Returns the address of the socket with that path; absent if the path is too long for one.
+/// Returns the address of the socket with that path; absent if the path is too long for a socket.
 inline std::optional<sockaddr_un> socketAddress(const std::filesystem::path& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

@@ -4,14 +4,14 @@
 
 #include <optional>
 
-/// Tells of the process at the other end of a Unix-domain socket. The kernel vouches for it. Absent
-/// if the socket has no other end.
+/// Facts about the process at the other end of a Unix-domain socket, for which the kernel vouches.
+/// Absent if the socket has no other end.
 namespace velmo {
 
-/// Returns the effective user id under which it opened the socket.
+/// Returns the effective user id under which the process opened the socket.
 std::optional<uid_t> peerUser(int socket);
 
-/// Returns its process id.
+/// Returns the process id.
 std::optional<pid_t> peerProcess(int socket);
 
 } // namespace velmo

@@ -31,7 +31,7 @@ void writeStandardOutput(std::string_view line) {
             retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
         if (count >= 0)
             line.remove_prefix(static_cast<std::size_t>(count));
-        else if (errno == EAGAIN) // somebody else has made the pipe so
+        else if (errno == EAGAIN) // another process has made the pipe so
             waitUntilWritable(STDOUT_FILENO, untilReady);
         else
             return;

@@ -19,8 +19,8 @@ namespace {
 
 constexpr int execFailed = 127;
 
-/// A signal that reached the child before it has its own dispositions would run this process's
-/// handlers there. The child unblocks them.
+/// Forks with all signals blocked. A signal that reached the child before its dispositions are set
+/// would otherwise run this process's handlers there. The child unblocks the signals itself.
 pid_t forkWithSignalsBlocked() {
     sigset_t all;
     sigset_t before;
@@ -32,7 +32,7 @@ pid_t forkWithSignalsBlocked() {
     return child;
 }
 
-/// In the child: becomes the program, or tells the parent why not.
+/// Turns the child into the program, or sends the parent the errno that says why it can't.
 [[noreturn]] void becomeCommand(char* const* words, const ProcessBirth& birth,
                                 std::optional<int> handedOn, int news) {
     birth.restore();
@@ -40,7 +40,7 @@ pid_t forkWithSignalsBlocked() {
         ::fcntl(*handedOn, F_SETFD, 0);
     ::execvp(words[0], words);
     const int error = errno;
-    // The parent, which is there to read, takes an end without news for success.
+    // The parent reads this; it takes an end of the pipe without an errno for success.
     static_cast<void>(::write(news, &error, sizeof error) == sizeof error);
     ::_exit(execFailed);
 }
@@ -50,8 +50,8 @@ pid_t forkWithSignalsBlocked() {
 std::expected<pid_t, int> startCommand(const std::vector<std::string>& words,
                                        const ProcessBirth& birth, std::optional<int> handedOn) {
     const CStrings argv(words);
-    // Its end closes when the program takes the child over, and carries errno if none does. Its
-    // number is beyond the standard ones, which are all open here.
+    // The write end closes when the child becomes the program, and carries errno if it can't. Both
+    // ends have numbers beyond the standard ones, which are all open here.
     auto news = makePipe();
     if (!news)
         return std::unexpected(errno);

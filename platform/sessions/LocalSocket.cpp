@@ -16,7 +16,8 @@ namespace velmo::LocalSocket {
 
 namespace {
 
-/// A socket that everybody can name: an empty name, or one that begins with NUL, is no path.
+/// Returns the address of a socket in the file system. Absent for an empty path and for one with
+/// NUL, which would name something else than a file.
 std::optional<sockaddr_un> addressOf(const std::string& path) {
     return path.empty() || path.contains('\0') ? std::nullopt : socketAddress(path);
 }

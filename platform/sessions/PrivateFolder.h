@@ -13,18 +13,18 @@
 namespace velmo {
 
 /// The folder that only its user may enter, with the session host's sockets, tickets, lock and log.
-/// Files in it are reached through its descriptor; links are never followed.
+/// Files are reached through the folder's descriptor, and links are never followed.
 class PrivateFolder final : public TicketStore {
 public:
     static constexpr const char* controlSocket = "control.sock";
     static constexpr const char* lockFile = "host.lock";
     static constexpr const char* logFile = "host.log";
 
-    /// Returns where the folder is or would be: "velmo-term" in the folder that the system gives
-    /// each user. Absent if it gives none.
+    /// Returns the folder's path, whether or not it exists: "velmo-term" in the folder that the
+    /// system gives each user. Absent if the system gives no such folder.
     static std::optional<std::string> locate();
 
-    /// Opens the folder, or makes it. The error says what is wrong with it.
+    /// Opens the folder, or makes it. The error says what is wrong with the folder.
     static std::expected<PrivateFolder, std::string> make();
 
     [[nodiscard]] std::string folder() const override { return path_; }
@@ -33,20 +33,20 @@ public:
     void remove(const std::string& name) override;
 
     /// Takes the right to serve, which lasts until the descriptor is closed. The error is the
-    /// process id of the host that has it, or 0 if that is unknown.
+    /// process id of the host that has this right, or 0 if that is unknown.
     [[nodiscard]] std::expected<Descriptor, pid_t> lock() const;
 
-    /// Removes what a host that is gone may have left.
+    /// Removes the tickets that an earlier host may have left.
     void removeTickets() const;
 
     /// Opens the log for appending.
     [[nodiscard]] Descriptor openLog() const;
 
-    /// Marks everything in the folder as in use: some systems remove what has not been touched for
-    /// days.
+    /// Marks the folder, its lock, log and sockets as in use, since some systems remove files that
+    /// have not been touched for days.
     void touch() const;
 
-    /// Tells whether the name is still there, and the folder is still the one that was opened.
+    /// Tells whether the file still exists, and the path still leads to the folder that was opened.
     [[nodiscard]] bool has(const std::string& name) const;
 
     [[nodiscard]] std::string path(std::string_view name) const;

@@ -40,7 +40,7 @@ std::optional<TerminalPair> makeTerminal(PtyFrame::Size size) {
     if (!pair.master || ::fcntl(pair.master.get(), F_SETFD, FD_CLOEXEC) != 0
         || ::grantpt(pair.master.get()) != 0 || ::unlockpt(pair.master.get()) != 0)
         return std::nullopt;
-    // Nothing else in this process makes terminals meanwhile: it has one thread.
+    // Only one thread of this process makes terminals, so no other call changes the name meanwhile.
     const char* const name = ::ptsname(pair.master.get()); // NOLINT(concurrency-mt-unsafe)
     if (name == nullptr)
         return std::nullopt;
@@ -77,13 +77,14 @@ void useDefaultSignals() {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-/// What happens between fork and exec: nothing that takes memory. `report` is told of a failure.
+/// Turns a child into the program, between fork and exec, where it must not allocate memory. After
+/// a failure, writes a byte to `report` and ends the child.
 [[noreturn]] void becomeProgram(int slave, int report, const char* folder, const char* program,
                                 char* const* argv, char* const* environment,
                                 const rlimit& openFiles) {
     constexpr int reportCopy = STDERR_FILENO + 1;
     useDefaultSignals();
-    // The copies first go beyond the standard numbers, which either descriptor may have itself.
+    // Both are copied beyond the standard numbers first, since either may have one of those.
     const int terminal = ::fcntl(slave, F_DUPFD, reportCopy + 1);
     const int pipe = ::fcntl(report, F_DUPFD, reportCopy + 1);
     const bool ready = ::setsid() >= 0 && ::ioctl(terminal, TIOCSCTTY, 0) == 0

@@ -14,27 +14,31 @@
 namespace velmo {
 
 struct StartedProgram {
-    Descriptor terminal; ///< the side that shows what the program writes
+    Descriptor terminal; ///< the host's side, where the program's output is read
     pid_t process;       ///< leader of a session and a process group of its own
 };
 
-/// Starts a program on a new pseudo-terminal, which is its controlling terminal: with default
-/// signal dispositions, an empty mask, no descriptor but the standard three, and this limit on open
-/// files. A shell's own name begins with "-", by which shells know that it is a log-in. Absent if
-/// the system refuses any of it, that the program can't be executed included.
+/// Starts a program on a new pseudo-terminal, which is its controlling terminal. The program gets
+/// default signal dispositions, an empty mask, no descriptor but the standard three, and this limit
+/// on open files. A shell, but not tmux, gets "-" and its name as its first word, by which shells
+/// know that it is a log-in. Absent if the system refuses any of this, or can't execute the
+/// program.
 std::optional<StartedProgram> startOnPseudoTerminal(const SpawnRequest& request,
                                                     const Pty::Environment& environment,
                                                     const rlimit& openFiles);
 
 void setWindowSize(int terminal, PtyFrame::Size size);
 
-/// Returns the size that a terminal tells; absent if it is none, or tells none.
+/// Returns the size of a terminal; absent if the descriptor is not a terminal, or if the columns or
+/// rows are unknown (0).
 std::optional<PtyFrame::Size> windowSize(int terminal);
 
-/// Sends a signal to the job in the foreground of a terminal; to the leader's if there is none.
+/// Sends a signal to the job in the foreground of a terminal, or to the leader's process group if
+/// the terminal has no such job.
 void signalForegroundJob(int terminal, pid_t leader, int signal);
 
-/// Sends a signal to every process group of the leader's session, and tells whether there is any.
+/// Sends a signal to every process group of the leader's session and to the job in the foreground.
+/// Tells whether it found any.
 bool signalSession(int terminal, pid_t leader, int signal);
 
 /// Closes every descriptor from this number on. Safe between fork and exec.

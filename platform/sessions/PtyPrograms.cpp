@@ -35,7 +35,7 @@ public:
             retryInterrupted([&] { return ::read(terminal_->get(), room.data(), room.size()); });
         if (count > 0)
             return {.bytes = static_cast<std::size_t>(count)};
-        // Once no program has the terminal open any more, Linux says EIO and macOS 0 bytes.
+        // Once no program has the terminal open any more, Linux gives EIO and macOS 0 bytes.
         return {.isOver = count == 0 || errno != EAGAIN};
     }
 
@@ -43,7 +43,7 @@ public:
         const ssize_t count =
             retryInterrupted([&] { return ::write(terminal_->get(), keys.data(), keys.size()); });
         if (count < 0 && errno != EAGAIN)
-            return keys.size(); // nobody is left to read them
+            return keys.size(); // dropped: no program can read them any more
         return count < 0 ? 0 : static_cast<std::size_t>(count);
     }
 
@@ -95,7 +95,7 @@ void PtyPrograms::waitForEnds() {
     });
 }
 
-/// One signal may stand for several ends.
+/// Reports all programs that have ended, since one SIGCHLD may stand for several of them.
 void PtyPrograms::reap() {
     std::vector<std::pair<SessionNumber, int>> ended;
     std::erase_if(running_, [&](const auto& program) {

@@ -16,13 +16,14 @@ namespace velmo {
 /// Runs the host's programs on pseudo-terminals, and tells the host what happens to them.
 class PtyPrograms final : public Programs {
 public:
-    /// What is told; each ends with a call of `afterwards`.
+    /// What the host is told: a program is ready to be read or written, or has ended.
     struct Events {
         std::function<void(SessionNumber)> ready;
         std::function<void(SessionNumber, std::int32_t waitStatus)> ended;
     };
 
-    /// Programs get the limit on open files that this process had when it was started.
+    /// `openFiles` is the limit on open files that programs get: the one that this process was
+    /// started with, before it raised its own.
     PtyPrograms(asio::io_context& context, Events events, const rlimit& openFiles);
 
     [[nodiscard]] std::shared_ptr<Program> start(SessionNumber session, const SpawnRequest& request,

@@ -12,7 +12,7 @@ namespace velmo {
 
 namespace {
 
-// What a signal handler can reach.
+// Global, so that a signal handler can reach them.
 termios saved{};
 volatile sig_atomic_t savedDescriptor = -1;
 

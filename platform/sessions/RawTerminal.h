@@ -7,15 +7,15 @@
 
 namespace velmo {
 
-/// The user's terminal in raw mode: what is typed reaches this process byte for byte, Ctrl-C and
-/// Ctrl-Z included. It is restored when the object goes, and also when the process crashes. There
-/// is one at a time.
+/// The user's terminal in raw mode: keys reach this process byte for byte, Ctrl-C and Ctrl-Z
+/// included. The destructor restores the terminal, and so does a handler if the process crashes. A
+/// process has at most one such object at a time.
 class RawTerminal {
 public:
-    /// Sets the terminal to raw mode; absent if the descriptor is none.
+    /// Sets the terminal to raw mode; absent if the descriptor is not a terminal.
     static std::optional<RawTerminal> enter(int descriptor);
 
-    /// Sets raw mode anew: while this process was stopped, the shell had the terminal.
+    /// Sets raw mode anew, after this process was stopped and the shell had the terminal.
     void renew() const;
 
     RawTerminal(RawTerminal&& other) noexcept;

@@ -29,7 +29,7 @@ public:
         std::array<iovec, maxPieces> parts{};
         const std::size_t count = std::min(pieces.size(), parts.size());
         std::ranges::transform(pieces.first(count), parts.begin(), [](ByteView piece) {
-            // Nothing writes through it; the type is the same for reading.
+            // writev does not write to it; iovec has one type for both directions.
             return iovec{.iov_base = const_cast<std::uint8_t*>(piece.data()),
                          .iov_len = piece.size()};
         });
@@ -77,12 +77,12 @@ void SessionDoors::acceptAll(SessionHost::Door door) {
     const auto& listener = listeners_[static_cast<std::size_t>(door)];
     Descriptor socket = LocalSocket::accept(listener->get());
     if (!socket) {
-        // Mostly a lack of descriptors, which asking again at once would not mend.
+        // Mostly a lack of descriptors, which another try at once would not mend.
         listener->watch(false, false);
         pause_.expires_after(std::chrono::milliseconds(100));
         pause_.async_wait([this](const std::error_code& aborted) {
             if (aborted)
-                return; // by the other listener's pause, which is as long
+                return; // the other listener has begun the same pause anew
             for (const auto& each : listeners_)
                 each->watch(true, false);
         });
@@ -92,7 +92,7 @@ void SessionDoors::acceptAll(SessionHost::Door door) {
     auto connection = std::make_shared<SocketConnection>();
     const auto receive = [this, peer, weak = std::weak_ptr(connection)] {
         const auto alive = weak.lock();
-        static std::array<std::uint8_t, maxReceived> room; // of the one thread
+        static std::array<std::uint8_t, maxReceived> room; // used by one thread
         const ssize_t count =
             retryInterrupted([&] { return ::read(alive->get(), room.data(), room.size()); });
         if (count > 0)

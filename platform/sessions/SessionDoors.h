@@ -17,11 +17,11 @@ namespace velmo {
 /// The sockets by which the peers of one user reach the session host.
 class SessionDoors {
 public:
-    /// `afterwards` is called after everything that the host was told.
+    /// `afterwards` is called each time after the host has been told of an event.
     SessionDoors(asio::io_context& context, SessionHost& host, std::function<void()> afterwards);
 
-    /// Listens on the socket with this path, in place of any before. Returns false if it can't be
-    /// bound.
+    /// Listens on the socket with this path, instead of the door's previous socket. Returns false
+    /// if the new one can't be bound.
     [[nodiscard]] bool open(SessionHost::Door door, const std::string& path);
 
 private:

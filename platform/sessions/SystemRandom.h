@@ -5,8 +5,8 @@
 
 namespace velmo {
 
-/// Fills the span with bytes that nobody can guess, from the system. Ends the process if the system
-/// has none.
+/// Fills the span with unguessable bytes from the system. Ends the process if the system can't give
+/// them.
 void fillWithRandomBytes(std::span<std::uint8_t> bytes);
 
 } // namespace velmo

@@ -58,7 +58,8 @@ void WatchedDescriptor::wait(Side WatchedDescriptor::* side) {
         });
 }
 
-/// Room to write is waited for on the descriptor itself if the system has none left for a copy.
+/// Returns the stream to wait on. Room to write is waited for on a copy of the descriptor, or on
+/// the descriptor itself if the system has no number left for a copy.
 WatchedDescriptor::Stream& WatchedDescriptor::streamFor(const Side& side) {
     if (&side == &readable_)
         return stream_;
@@ -73,8 +74,8 @@ WatchedDescriptor::Stream& WatchedDescriptor::streamFor(const Side& side) {
     return writableStream_.is_open() ? writableStream_ : stream_;
 }
 
-/// Asio must forget the copy before that is closed: the system would not forget it then, for the
-/// descriptor lives on.
+/// Has Asio release the copy before it is closed. Closing alone would not make the system forget
+/// the copy, since the descriptor itself stays open.
 void WatchedDescriptor::endWritableStream() {
     if (writableStream_.is_open())
         ::close(writableStream_.release());

@@ -10,8 +10,9 @@
 
 namespace velmo {
 
-/// A descriptor in non-blocking mode, with what is called when it can be read or written, as long
-/// as that is watched for. It is made by `make`, and keeps itself alive while a callback runs.
+/// A descriptor in non-blocking mode, with callbacks for when it can be read or written. A callback
+/// is called as long as its event is watched for. The object keeps itself alive while it waits for
+/// an event and while a callback runs.
 class WatchedDescriptor : public std::enable_shared_from_this<WatchedDescriptor> {
 public:
     static std::shared_ptr<WatchedDescriptor> make(asio::io_context& context, Descriptor descriptor,
@@ -22,7 +23,7 @@ public:
 
     void watch(bool readable, bool writable);
 
-    /// Closes the descriptor. Nothing is called any more.
+    /// Closes the descriptor. No callback is called afterwards.
     void close();
 
 private:
@@ -43,9 +44,9 @@ private:
     void endWritableStream();
 
     Stream stream_;
-    /// A copy of the descriptor that is there only while room to write is waited for. Asio goes on
-    /// asking the system for such news once it has asked, and would wake up whenever the other side
-    /// reads: twice for every key that is echoed.
+    /// A copy of the descriptor, open only while room to write is waited for. Once Asio has asked
+    /// the system about a descriptor's room, it never stops asking, and would wake up whenever the
+    /// other side reads: twice for every key that is echoed.
     Stream writableStream_;
     Side readable_;
     Side writable_;

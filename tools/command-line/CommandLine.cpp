@@ -27,7 +27,7 @@ std::string quoted(std::string_view word) {
     return "'" + std::string(word) + "'";
 }
 
-/// Reads one command line, word by word; the first fault ends it.
+/// Reads a command line word by word, up to the first fault.
 class Reader {
 public:
     Reader(const Program& program, std::span<const std::string_view> arguments)
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    /// Stands in while no verb is known.
+    /// The verb of a line that does not name one yet, if the program has no default.
     static constexpr Verb none{};
 
     [[nodiscard]] const Verb& verbNamed(std::string_view name) const {

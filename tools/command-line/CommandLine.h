@@ -7,22 +7,22 @@
 #include <string_view>
 #include <vector>
 
-/// What a program takes on its command line, told once: reading it, its help, its manual page and
-/// its completions all come from the same tables.
+/// The description of a program's command line in tables. The parser, the help, the manual page and
+/// the completions all read the same tables.
 ///
-/// Options stand before the words that they are no part of. A verb that runs a command ends at the
-/// first word that is no option, or after "--": from there on every word is the command's, byte for
-/// byte, as with `env` and `nice`.
+/// If a verb runs a command, options must come before it. The command begins at the first word that
+/// is not an option, or after "--". From there on every word belongs to the command, byte for byte,
+/// as with `env` and `nice`.
 namespace velmo::CommandLine {
 
 struct Option {
     std::string_view name; ///< with its dashes: "--floor"
-    /// What stands for its value in help, "PERCENT"; empty if it takes none.
+    /// The name of the option's value in help, "PERCENT"; empty for an option without a value.
     std::string_view value{};
     std::string_view help; ///< without a full stop
 };
 
-/// What a verb takes besides its options.
+/// What follows a verb besides its options.
 enum class Operands {
     none,
     words,   ///< at most `Verb::maxWords`
@@ -41,20 +41,20 @@ struct Verb {
 /// A heading and its paragraphs, for help and the manual page.
 struct Section {
     std::string_view heading;
-    std::string_view text; ///< lines as they stand; an empty one parts paragraphs
+    std::string_view text; ///< printed line by line; an empty line separates paragraphs
 };
 
 struct Program {
     std::string_view name;
     std::string_view help;
-    std::span<const Option> options; ///< taken in any place before a command
+    std::span<const Option> options; ///< accepted in any place before a command
     std::span<const Verb> verbs;
-    std::string_view defaultVerb; ///< meant where none is named; empty: one must be
+    std::string_view defaultVerb; ///< for a line without a verb; empty: a verb is required
     std::span<const Section> sections;
     std::string_view version;
 };
 
-/// Every program has these.
+/// The options that every program has.
 inline constexpr Option helpOption{.name = "--help",
                                    .help = "print this help, or that of the verb before it"};
 inline constexpr Option versionOption{.name = "--version", .help = "print the version"};
@@ -66,27 +66,27 @@ struct Line {
     };
 
     const Verb* verb = nullptr;
-    bool namesVerb = false; ///< false: it is the program's default, or its only one
+    bool namesVerb = false; ///< false: the verb is the program's default, or its only one
     std::vector<Given> given{};
-    std::vector<std::string> words{}; ///< operands, or the command, as they were given
+    std::vector<std::string> words{}; ///< operands, or the command, as given
 
     [[nodiscard]] bool has(std::string_view option) const { return value(option).has_value(); }
 
-    /// Returns the value of the option, "" if it takes none; of the last one if it is given several
-    /// times.
+    /// Returns the value of the option, or "" for an option without a value; the last value if the
+    /// option is given several times. Absent if the option is not given.
     [[nodiscard]] std::optional<std::string_view> value(std::string_view option) const;
 };
 
-/// Reads the arguments, without the program's own name. The error is one line that says what is
-/// wrong and what would do, without the program's name. "-h" is "--help"; where one of the two
-/// options that every program has is given, what else is wrong does not matter.
+/// Reads the arguments, without the program's own name. The error is a line that says what is wrong
+/// and what would be right, without the program's name. "-h" means "--help". Reading stops at
+/// "--help" and "--version", so that a mistake behind them does not matter.
 std::expected<Line, std::string> read(const Program& program,
                                       std::span<const std::string_view> arguments);
 
-/// Returns the help of the program, or of one verb where it has several.
+/// Returns the help of the program, or of the verb if the program has several.
 std::string helpText(const Program& program, const Verb* verb = nullptr);
 
-/// Returns what "--help" or "--version" prints, if the line has one of them.
+/// Returns the text that "--help" or "--version" prints; absent if the line has neither.
 std::optional<std::string> ownPage(const Program& program, const Line& line);
 
 /// Returns the manual page, in the man macros of troff.
@@ -94,7 +94,7 @@ std::string manualPage(const Program& program);
 
 enum class Shell { bash, zsh, fish };
 
-/// Returns what makes the shell complete verbs and options.
+/// Returns the script that makes the shell complete verbs and options.
 std::string completion(const Program& program, Shell shell);
 
 } // namespace velmo::CommandLine

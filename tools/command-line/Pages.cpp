@@ -103,7 +103,8 @@ std::optional<std::string> ownPage(const Program& program, const Line& line) {
 
 namespace {
 
-/// Text as troff takes it: a hyphen that is typed, no escapes, no requests.
+/// Returns the text for troff: its hyphens stay as typed, and troff finds neither escapes nor
+/// requests in it.
 std::string troff(std::string_view text) {
     std::string result;
     bool startsLine = true;
@@ -191,7 +192,7 @@ std::string functionName(const Program& program) {
     return name;
 }
 
-/// Within single quotes of any of the three shells.
+/// Returns the text in single quotes, in a form that all three shells read.
 std::string singleQuoted(std::string_view text) {
     std::string result;
     for (const char c : text)
@@ -203,7 +204,8 @@ bool takesCommand(const Verb& verb) {
     return verb.operands == Operands::command;
 }
 
-/// The words that `case` compares with: the verb, or the program where it has none.
+/// Returns the pattern for bash's `case`: the verb, with '' too for the default verb, or "*" for a
+/// program without verbs.
 std::string bashPatterns(const Program& program, const Verb& verb) {
     if (verb.name.empty())
         return "*";
@@ -263,7 +265,7 @@ std::string bashCompletion(const Program& program) {
     return script;
 }
 
-/// An argument of zsh's `_arguments`: 'name[explanation]:value:action'.
+/// Returns an argument for zsh's `_arguments`: 'name[explanation]:value:action'.
 std::string zshOption(const Option& option) {
     const auto plain = [](std::string_view text) {
         std::string result(text);

@@ -17,7 +17,7 @@ using CommandLine::Verb;
 
 constexpr std::string_view none = "none";
 
-/// Sets what a word stands for. Returns false, and changes nothing, if it stands for nothing.
+/// Sets the value that was read from a word. Returns false, and changes nothing, if it is absent.
 template<class T>
 bool assign(T& target, std::optional<T> value) {
     if (!value)
@@ -32,7 +32,8 @@ std::optional<bool> onOrOff(std::string_view word) {
     return word == "off" || word == "false" ? std::optional(false) : std::nullopt;
 }
 
-/// Without from_chars for reals, which older libraries lack.
+/// Reads a number from `min` to 1e9; absent for any other word. Uses strtod, since older libraries
+/// lack from_chars for reals.
 std::optional<double> number(std::string_view word, double min) {
     constexpr double max = 1e9;
     const std::string text(word);
@@ -128,7 +129,7 @@ constexpr auto setOptions = std::to_array<Option>({
      .help = "what is wrong with the daemon's record folder"},
 });
 
-/// What each of them does, in the same order.
+/// The effects of the options, in the same order.
 constexpr std::array<bool (*)(SimulatedMac&, std::string_view), setOptions.size()> changes{
     [](SimulatedMac& mac, std::string_view word) { return assign(mac.mains, onOrOff(word)); },
     setBattery,

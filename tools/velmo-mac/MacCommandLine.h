@@ -20,8 +20,8 @@ inline constexpr std::string_view set = "set";
 
 } // namespace MacVerb
 
-/// Does to the Mac what the options of `set` say. Returns one line that says what would do if a
-/// value is none; the Mac is then of no use.
+/// Applies the options of `set` to the Mac. If a value is refused, returns a line that says which
+/// values are accepted; the Mac may then be changed in part, and must be discarded.
 std::optional<std::string> applyChanges(const CommandLine::Line& line, SimulatedMac& mac);
 
 } // namespace velmo

@@ -1,5 +1,5 @@
 /// velmo-mac: makes a simulated Mac and does to it what happens to Macs: the plug is pulled, the
-/// battery runs down, the lid cooks, a tool breaks, hours pass.
+/// battery runs down, the Mac overheats under its lid, a tool breaks, hours pass.
 
 #include "core/output/Output.h"
 #include "platform/posix/Clocks.h"
@@ -47,11 +47,11 @@ int set(const MacFolder& folder, const CommandLine::Line& line) {
     auto mac = folder.load();
     if (!mac)
         return complain(folder.complaint());
-    // Refused before anything changes.
+    // Tried on a copy first, so that a refused value changes nothing.
     if (const auto error = applyChanges(line, *mac))
         return complain(*error, usageError);
     if (!folder.update([&](SimulatedMac& current) {
-            current.settle(Clocks::steadyTime()); // what pmset has set shows in the file, too
+            current.settle(Clocks::steadyTime()); // so that the file has what pmset has set
             static_cast<void>(applyChanges(line, current));
         }))
         return complain("can't change the machine file in " + folder.root().string());

@@ -46,8 +46,9 @@ std::int64_t milliseconds() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
-/// The terminal under a file description of our own, so that no other process that has the terminal
-/// open meets with its non-blocking mode. Standard output itself where that is no terminal.
+/// Opens the terminal under a file description of our own, so that the non-blocking mode does not
+/// reach other processes that have the terminal open. Returns a copy of standard output where that
+/// is not a terminal.
 Descriptor openDisplay() {
     const char* const name = ::ttyname(STDOUT_FILENO); // NOLINT(concurrency-mt-unsafe)
     if (name != nullptr) {
@@ -110,7 +111,7 @@ private:
             flushToDisplay();
     }
 
-    /// A typed Control-] goes to the program after a second.
+    /// Returns the milliseconds until a typed Control-] goes to the program; -1 if none waits.
     [[nodiscard]] int timeout() const {
         if (!escapeTypedAt_)
             return -1;
@@ -219,7 +220,7 @@ private:
         }
     }
 
-    /// The host has the program draw anew, whether the size is another one or not.
+    /// Tells the host the size. The host makes the program draw anew even if the size is the same.
     void tellSize() {
         const PtyFrame::Size size = terminalSize();
         tellHost(resize(size.cols, size.rows));
@@ -253,7 +254,7 @@ private:
         }
     }
 
-    /// The first ending is the one that counts.
+    /// Ends the view. If that happens more than once, the first ending counts.
     void end(Ending ending) {
         if (!ending_)
             ending_ = std::move(ending);
@@ -262,7 +263,7 @@ private:
     Descriptor host_;
     Descriptor display_;
     SignalPipe& signals_;
-    const std::optional<RawTerminal>& terminal_; ///< none where nobody types
+    const std::optional<RawTerminal>& terminal_; ///< absent if the input is not a terminal
     Bytes room_;
     Decoder decoder_;
     Bytes toHost_;

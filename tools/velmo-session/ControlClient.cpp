@@ -24,13 +24,13 @@ constexpr std::chrono::milliseconds startStep{5};
 constexpr int stepsPerStart = 100;
 constexpr timeval replyPatience{.tv_sec = 10, .tv_usec = 0};
 
-/// Starts a host that outlives this process and its terminal. Whether it serves shows in its
-/// socket; if another was quicker, it ends by itself.
+/// Starts a host that outlives this process and its terminal. The host serves once its socket can
+/// be connected to, and ends by itself if another host was quicker.
 void startHost() {
     const std::string program = ownExecutable().string();
     const pid_t child = ::fork();
     if (child == 0) {
-        // A grandchild, so that nobody has to wait for it.
+        // The host is a grandchild, so that no process of ours has to wait for its end.
         if (::setsid() < 0 || ::fork() != 0)
             ::_exit(0);
         const int null = ::open("/dev/null", O_RDWR);
@@ -51,7 +51,7 @@ std::optional<ControlClient> ControlClient::connect() {
         return std::nullopt;
     Descriptor socket =
         LocalSocket::connect(*folder + "/" + std::string(PrivateFolder::controlSocket));
-    // A host that does not answer, since it was stopped, say, keeps nobody waiting for ever.
+    // The time limit keeps a host that does not answer, such as a stopped one, from blocking us.
     if (!socket
         || ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &replyPatience, sizeof replyPatience)
                != 0)
@@ -64,7 +64,7 @@ std::optional<ControlClient> ControlClient::connectOrStart() {
         return client;
     const auto deadline = std::chrono::steady_clock::now() + startPatience;
     for (int step = 0; std::chrono::steady_clock::now() < deadline; ++step) {
-        // One that is just ending keeps another from serving until it has.
+        // A host that is just ending keeps a new one from serving, so the start is repeated.
         if (step % stepsPerStart == 0)
             startHost();
         if (auto client = connect())
@@ -101,7 +101,7 @@ std::string refusalText(const SessionReplyLine& reply) {
     const std::string reason = reply.reason.value_or("");
     const auto refusal = fromRawText<SessionRefusal>(reason);
     if (!refusal)
-        return "refused: " + reason; // by a newer host
+        return "refused: " + reason; // a reason that only a newer host has
     switch (*refusal) {
     case SessionRefusal::call:
         return "the host does not know this call";

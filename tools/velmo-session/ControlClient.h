@@ -9,23 +9,24 @@
 
 namespace velmo {
 
-/// A connection to the control socket of this user's session host. Calls wait for their reply.
+/// A connection to the control socket of this user's session host. A call waits for its reply.
 class ControlClient {
 public:
     /// Connects; absent if no host serves.
     static std::optional<ControlClient> connect();
 
-    /// The same, after starting a host in the background if none serves.
+    /// Connects, and first starts a host in the background if none serves; absent if no host serves
+    /// in time.
     static std::optional<ControlClient> connectOrStart();
 
-    /// Makes one call by a connection of its own; absent if no host serves, or none replies.
+    /// Makes a call on a new connection; absent if no host serves or the host does not reply.
     static std::optional<SessionReplyLine> ask(const SessionCallLine& call);
 
     /// Returns the reply, or nothing if the host goes away first or takes too long.
     [[nodiscard]] std::optional<SessionReplyLine> call(const SessionCallLine& call);
 
-    /// The connection, from which all that has come was read as replies, and what has come behind
-    /// the last.
+    /// Returns the connection's descriptor. The bytes that arrived behind the last reply have been
+    /// read from it already and are in `rest`.
     [[nodiscard]] int get() const { return socket_.get(); }
 
     [[nodiscard]] const std::string& rest() const { return received_; }
@@ -39,7 +40,7 @@ private:
 
 inline constexpr std::string_view hostUnreachable = "the session host can't be reached";
 
-/// Returns what a refusal means to a person: "no such session".
+/// Returns the meaning of a refusal for people, such as "no such session".
 std::string refusalText(const SessionReplyLine& reply);
 
 } // namespace velmo

@@ -8,8 +8,8 @@
 
 namespace velmo {
 
-/// Returns the sessions as a table for people, one a line. Ages are rounded down to their largest
-/// unit.
+/// Returns the sessions as a table for people, with a line for each session. Ages are rounded down
+/// to their largest unit.
 std::string listText(std::span<const SessionEntry> sessions, WallTime now);
 
 } // namespace velmo

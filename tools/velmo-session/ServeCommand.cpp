@@ -29,18 +29,18 @@ namespace velmo {
 
 namespace {
 
-/// Descriptors for every session and viewer that there may be.
+/// Enough descriptors for the greatest number of sessions and viewers.
 constexpr std::size_t descriptors = 4096;
 
 constexpr off_t maxLog = 1 << 20; // bytes
 
-/// How often the folder is looked after: a system that clears it does so after days.
+/// How often the folder is kept in use: a system that clears unused files does so after days.
 constexpr std::chrono::hours upkeepPeriod{1};
 
-/// How long a host that was started for a session stays without any.
+/// How long a host in the background stays without a session or a connection.
 constexpr std::chrono::seconds idlePatience{10};
 
-/// Where the host logs: a file that begins anew when it has grown too long, or standard error.
+/// The host's log: a file, which begins anew when it has grown too long, or standard error.
 class Log {
 public:
     explicit Log(Descriptor file) : file_(std::move(file)) {}
@@ -134,7 +134,7 @@ private:
         return doors_.open(door, folder_.path(found->second));
     }
 
-    /// Waits for what the host waits for next, if it does at all.
+    /// Sets the timers for the host's next deadline, and for its end if it may end.
     void settle() {
         const auto due = host_.deadline();
         if (due != due_) {
@@ -149,7 +149,7 @@ private:
     }
 
     void waitUntil(SteadyTime due) {
-        // A timer that came early would come at once again.
+        // Without the margin, a timer that fires early would fire again at once.
         constexpr double margin = 0.001;
         const double left = std::max(due - Clocks::steadyTime(), 0.0) + margin;
         deadline_.expires_after(Clocks::duration(left));
@@ -180,7 +180,7 @@ private:
         });
     }
 
-    /// Binds anew what somebody has cleared away.
+    /// Binds sockets anew that have been removed from the folder, and marks the files as in use.
     void lookAfterFolder() {
         for (const auto& [door, name] : sockets) {
             if (folder_.has(std::string(name)))
@@ -194,7 +194,7 @@ private:
 
     asio::io_context context_{1};
     PrivateFolder folder_;
-    Descriptor right_; ///< to serve
+    Descriptor right_; ///< the lock that gives the right to serve
     ServeMode mode_;
     Log log_;
     Pty::HostFileSystem files_;

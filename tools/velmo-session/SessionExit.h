@@ -1,7 +1,7 @@
 #pragma once
 
-/// How velmo-session ends. A viewer that sees its program end hands on the program's own code, 0 to
-/// 255; the other numbers are chosen where programs rarely end.
+/// The exit statuses of velmo-session. A viewer that sees its program end hands on the program's
+/// own code, 0 to 255. The other numbers are ones that programs rarely end with.
 namespace velmo::SessionExit {
 
 inline constexpr int success = 0;    ///< done; a viewer: detached

@@ -33,7 +33,8 @@ std::string variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-/// What may reach the host of the caller's environment; it decides what reaches the program.
+/// Returns the variables of the caller's environment that are sent to the host, which decides what
+/// reaches the program.
 std::vector<std::string> environmentToSend() {
     std::vector<std::string> entries;
     for (char** entry = environ; *entry != nullptr; ++entry) {
@@ -54,7 +55,7 @@ std::string logInShell() {
     return entry == nullptr ? "/bin/sh" : entry->pw_shell;
 }
 
-/// Returns the path that the shell would run for this name; the name if there is none.
+/// Returns the path that the shell would run for this name, or the name if PATH does not have it.
 std::string lookedUp(const std::string& name) {
     if (name.contains('/'))
         return name;
@@ -70,8 +71,8 @@ std::string lookedUp(const std::string& name) {
     return name;
 }
 
-/// Returns the command line as the policy takes it: an absolute path, and for a shell that was
-/// named alone what makes it a log-in shell.
+/// Returns the command line in the policy's form. The program is an absolute path. A shell without
+/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session".
 std::vector<std::string> commandOf(const StartRequest& request) {
     std::vector<std::string> command = request.program;
     if (command.empty())
@@ -124,7 +125,7 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
 }
 
 std::optional<SessionReplyLine> askToStart(const SessionCallLine& call) {
-    // A host that ends because nobody needs it may just miss the call.
+    // An idle host may end just before it reads the call, so the call is made twice.
     for (int tries = 0; tries < 2; ++tries) {
         auto host = ControlClient::connectOrStart();
         auto reply = host ? host->call(call) : std::nullopt;

@@ -6,7 +6,7 @@
 
 namespace velmo {
 
-/// What `velmo-session start` is asked for.
+/// The request of `velmo-session start`.
 struct StartRequest {
     std::optional<std::string> folder; ///< absent: the caller's, or home where that is not allowed
     std::optional<std::string> name;
@@ -17,7 +17,8 @@ struct StartRequest {
 /// Starts a session, and a host if none serves, and attaches to it. Returns the exit status.
 int start(const StartRequest& request);
 
-/// Attaches to the session with this id or name, or to the one that runs if there is only one.
+/// Attaches to the session with this id or name; if absent, to the running session if exactly one
+/// runs. Returns the exit status.
 int attachTo(const std::optional<std::string>& session);
 
 } // namespace velmo

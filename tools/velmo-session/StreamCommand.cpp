@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t maxInput = std::size_t{1} << 16; // bytes
 
-/// Reads the exit code off the frames that pass.
+/// Finds the exit code in the frames that are relayed.
 class ExitWatch {
 public:
     void look(ByteView frames) {
@@ -40,7 +40,8 @@ private:
     std::optional<int> code_;
 };
 
-/// Copies what can be read to the other descriptor. Returns the bytes, none at the end.
+/// Copies the bytes that can be read to the other descriptor and returns them. Absent at the end of
+/// the input and on an error.
 std::optional<ByteView> relay(int from, int to, std::vector<std::uint8_t>& room) {
     const ssize_t count = retryInterrupted([&] { return ::read(from, room.data(), room.size()); });
     if (count <= 0)
@@ -80,7 +81,7 @@ int stream(const std::string& session) {
                                                          : SessionExit::success);
             watch.look(*frames);
         }
-        // The end of the input is the end of the view.
+        // The end of the input ends the view: the host sees that this side is gone.
         if (watched[0].revents != 0 && !relay(STDIN_FILENO, host->get(), room)) {
             inputIsOpen = false;
             ::shutdown(host->get(), SHUT_WR);

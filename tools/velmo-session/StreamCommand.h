@@ -5,7 +5,7 @@
 namespace velmo {
 
 /// Relays the frames of a session (core/terminal/PtyFrame.h) over standard input and output until
-/// it ends or the other side goes. Returns the exit status.
+/// the session ends or either side goes away. Returns the exit status.
 int stream(const std::string& session);
 
 } // namespace velmo

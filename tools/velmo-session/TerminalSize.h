@@ -4,7 +4,8 @@
 
 namespace velmo {
 
-/// Returns the size of the user's terminal as the host accepts it; the usual one if there is none.
+/// Returns the size of the user's terminal, clamped to what the host accepts; 80 x 24 without a
+/// terminal.
 PtyFrame::Size terminalSize();
 
 } // namespace velmo

@@ -30,7 +30,7 @@ std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_v
     return line.value(name).transform([](std::string_view value) { return std::string(value); });
 }
 
-/// No host, no sessions: that is an answer too.
+/// Prints the sessions. If no host serves, the list is empty, which is not an error.
 int list(bool json) {
     auto host = ControlClient::connect();
     auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
@@ -52,7 +52,7 @@ int end(const std::string& session) {
     return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
 }
 
-/// Its arguments are those of the attach client, whatever program that is a part of.
+/// Runs the attach client. The arguments are the same in every program that contains the client.
 int ptyAttach(std::span<const std::string_view> arguments) {
     const std::vector<std::string> words(arguments.begin(), arguments.end());
     const auto parsed = PtyAttach::parseArguments(words);

@@ -8,7 +8,8 @@
 
 namespace velmo {
 
-// Since Linux 5.3; the descriptor is close-on-exec. glibc has a name for the call since 2.36 only.
+// Linux has the call since 5.3, glibc a name for it only since 2.36. The descriptor is closed on
+// exec.
 Descriptor processEnd(pid_t process) {
     return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
 }

@@ -8,7 +8,7 @@
 
 namespace velmo {
 
-// NOTE_EXIT of kqueue(2), which a process need not be the parent for.
+// NOTE_EXIT of kqueue(2) tells of any process, and not only of a child.
 Descriptor processEnd(pid_t process) {
     Descriptor queue(::kqueue());
     if (!queue)

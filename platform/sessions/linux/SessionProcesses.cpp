@@ -21,8 +21,8 @@ struct Process {
     pid_t session = 0;
 };
 
-/// Reads /proc/PID/stat: the id, the name in brackets, a letter, the parent, the group, the
-/// session.
+/// Reads /proc/PID/stat, which has the id, the name in brackets, a letter, the parent, the group
+/// and the session.
 std::optional<Process> processIn(const std::string& folder) {
     const auto opened = Folder::open(folder);
     const auto stat = opened ? opened->read("stat", maxStat) : std::nullopt;

@@ -12,8 +12,9 @@
 
 namespace velmo {
 
-/// The system lists the processes on a terminal. Those that have left it, as daemons do, have left
-/// the session's windows too.
+/// Returns the leader's own group, whether or not it still exists, and those that the system lists
+/// for the terminal. A process that has left the terminal, as daemons do, is missing: the session's
+/// windows do not show it either.
 std::set<pid_t> processGroupsOf(pid_t leader, int terminal) {
     std::set<pid_t> groups{leader};
     const char* const name = ::ptsname(terminal);
