@@ -15,7 +15,7 @@ struct Installation {
         std::string path;
         bool exists = false;
         bool isLink = false;
-        bool isSafe = false; ///< no link, owned by the daemon's user or root, closed to other writers
+        bool isSafe = false; ///< no link, owned by root or the daemon's user, others can't write
     };
 
     std::optional<Place> daemon;       ///< the executable

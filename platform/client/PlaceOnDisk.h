@@ -12,8 +12,8 @@ namespace velmo {
 
 inline constexpr uid_t rootUser = 0;
 
-/// Looks at a path without following a link at its end. The place is safe if it is no link, belongs
-/// to `owner` or to root, and neither group nor others may write to it.
+/// Looks at a path without following a link at its end. The place is safe if it is not a link,
+/// belongs to `owner` or to root, and neither group nor others may write to it.
 Installation::Place placeOnDisk(const std::string& path, uid_t owner);
 
 /// Returns up to `count` lines from the end of a text file, out of its last 4 KiB. Empty if the

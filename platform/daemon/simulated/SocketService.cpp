@@ -52,7 +52,7 @@ public:
         return process_.and_then(programNameOf);
     }
 
-    /// Returns true for any requirement: a peer on a socket shows no signature. Its user stands for
+    /// Returns true for any requirement: a socket shows no signature. The peer's user stands for
     /// one, and is checked when the connection is resumed.
     bool requireCodeSignature(const std::string& /*requirement*/) override { return true; }
 
