@@ -28,12 +28,12 @@ namespace {
 
 constexpr double tickInterval = 1.0;    ///< seconds
 constexpr double displayOffDelay = 1.0; ///< seconds that the lid is shut
-/// A second signal within this time is the same one once more, as `timeout` sends it to the whole
-/// group; later it means not to wait any longer.
+/// A second signal within this time counts as a repeat of the first, because `timeout` sends a
+/// signal to the process and then to its whole group. A later one means not to wait any longer.
 constexpr double impatience = 1.0; ///< seconds
 constexpr std::chrono::milliseconds lastWords(500);
 
-/// What ends a hold without a command, and goes to the command where there is one.
+/// The signals that end a hold without a command, and that are passed on to a command.
 constexpr auto endingSignals = std::to_array({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2});
 
 std::vector<int> signalsToTake(const ProcessBirth& birth) {
@@ -49,8 +49,8 @@ std::vector<int> signalsToTake(const ProcessBirth& birth) {
 
 } // namespace
 
-// A command's own output shares the terminal: no line is drawn over it, and its standard output
-// stays its own.
+// A command's own output shares the terminal: no line is drawn over it, and standard output is left
+// to the command.
 HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequest request,
                          const ProcessBirth& birth)
     : context_(context),
@@ -158,7 +158,8 @@ void HoldCommand::handleSignal(SignalPipe::News news) {
     }
 }
 
-/// What the terminal sends reaches the command from there.
+/// Passes a signal on to the command if a process sent it. What the terminal sends reaches the
+/// command by itself.
 void HoldCommand::passOn(SignalPipe::News news) {
     if (child_ && news.fromProcess)
         ::kill(*child_, news.signal);
@@ -176,7 +177,8 @@ void HoldCommand::suspend() {
     keeper_.stop([this](HoldKeeper::Outcome /*outcome*/) { goOn(); });
 }
 
-/// Stops this process, as the signal does by default; its continuation goes on from here.
+/// Stops this process, as the signal does by default. Once continued, the process goes on from
+/// here.
 void HoldCommand::goOn() {
     display_.finish(lastWords);
     raiseByDefault(SIGTSTP);
@@ -217,7 +219,7 @@ void HoldCommand::awake(const HoldKeeper::Status& status) {
         startCommand();
 }
 
-/// There can be no hold, to begin with.
+/// Ends, or runs the command without a hold, if the first hold can't be had.
 void HoldCommand::noHoldAtAll(const std::string& why, int exitStatus) {
     if (!request_.runsAnyway) {
         complain(why);
@@ -230,7 +232,7 @@ void HoldCommand::noHoldAtAll(const std::string& why, int exitStatus) {
     startCommand();
 }
 
-/// There was a hold, and there is none at the moment.
+/// Handles the loss of a hold, and every further status until the Mac is held awake again.
 void HoldCommand::notAwake(const HoldKeeper::Status& status) {
     idleSleepPrevented_.reset();
     const bool asksAnew = status.state == HoldKeeper::State::connecting && status.reason.empty();
@@ -259,7 +261,7 @@ void HoldCommand::giveUpHold(const std::string& why) {
     dropHold();
 }
 
-/// From now on without a hold, with a command that runs on.
+/// Gives up the hold while the command runs on.
 void HoldCommand::dropHold() {
     wantsHold_ = false;
     isDropping_ = true;
@@ -287,7 +289,7 @@ void HoldCommand::startCommand() {
     finish(isMissing ? ExitStatus::notFound : ExitStatus::notExecutable);
 }
 
-/// Lets the process in front go, which has waited for the hold.
+/// Tells the process in front, which waits for the hold, that it may end.
 void HoldCommand::tellReady() {
     if (!ready_)
         return;
@@ -312,7 +314,7 @@ void HoldCommand::reapCommand() {
         finish(WEXITSTATUS(status));
 }
 
-// What is looked at every second. None of it waits: the setting is read by its property alone.
+// What is looked at every second, without waiting: the sleep setting is read by its property alone.
 
 void HoldCommand::tick() {
     if (exitStatus_)
@@ -328,7 +330,8 @@ void HoldCommand::tick() {
     after(tickInterval, [this] { tick(); });
 }
 
-/// Sleep may be enabled although we hold, or because we don't any more: the daemon knows.
+/// Looks for sleep that is enabled during the hold. The hold may have ended, so the daemon is asked
+/// before people are told.
 void HoldCommand::watchSetting(const PowerStatus& status) {
     const auto state = keeper_.status().state;
     const bool isHeld = state == HoldKeeper::State::holding || state == HoldKeeper::State::riding;
@@ -435,7 +438,8 @@ void HoldCommand::keeperStopped(HoldKeeper::Outcome outcome) {
         exitStatus_ = ExitStatus::refused;
 }
 
-/// Without the daemon's word the setting itself tells, where it reads enabled.
+/// Tells whether the sleep setting is known to be restored. If the daemon does not say so, a
+/// setting that reads enabled does.
 bool HoldCommand::isKnownToBeRestored(HoldKeeper::Outcome outcome) const {
     return outcome == HoldKeeper::Outcome::restored || outcome == HoldKeeper::Outcome::notHeld
            || (outcome == HoldKeeper::Outcome::unknown

@@ -30,8 +30,8 @@ public:
     HoldCommand(asio::io_context& context, PowerAccess access, HoldRequest request,
                 const ProcessBirth& birth);
 
-    /// Returns the exit status of the process, or does not return: where a signal ended the
-    /// command, this process ends by the same.
+    /// Returns the exit status of the process. Does not return if a signal ended the command: this
+    /// process then ends by the same signal.
     int run();
 
 private:
@@ -84,17 +84,17 @@ private:
     Descriptor ready_;
     std::shared_ptr<void> idleSleepPrevented_;
     std::optional<pid_t> child_;
-    std::optional<SteadyTime> awakeSince_; ///< of the first hold, whatever came between
+    std::optional<SteadyTime> awakeSince_; ///< begin of the first hold, even if it was lost since
     std::optional<SteadyTime> lidShutSince_;
     bool displayIsOff_ = false;
     bool processHasEnded_ = false;
-    bool enabledIsTold_ = false; ///< that sleep is enabled although we hold
+    bool enabledIsTold_ = false; ///< people know that sleep is enabled although we hold
     bool enabledIsAsked_ = false;
-    bool wantsHold_ = true;   ///< until the hold is given up, with a command that runs on
-    bool isDropping_ = false; ///< while it is being given up
+    bool wantsHold_ = true;   ///< false once the hold is given up while a command runs on
+    bool isDropping_ = false; ///< set while the hold is being given up
     std::optional<SteadyTime> endsSince_;
     std::optional<int> exitStatus_; ///< set once the end has begun
-    int endSignal_ = 0;             ///< by which this process is to end
+    int endSignal_ = 0;             ///< the signal by which this process is to end, or 0
 };
 
 } // namespace velmo
