@@ -1,7 +1,7 @@
 #pragma once
 
-/// How velmo-power ends. With a command it ends as the command did. One status of its own then
-/// stands for all that went wrong before the command ran, as with `env`, `nice` and `timeout`.
+/// How velmo-power ends. With a command it ends as the command did. A status of velmo-power's own
+/// then stands for all that went wrong before the command ran, as with `env`, `nice` and `timeout`.
 namespace velmo::ExitStatus {
 
 inline constexpr int success = 0;       ///< the sleep setting is known to be as it was

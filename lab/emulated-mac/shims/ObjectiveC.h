@@ -233,7 +233,7 @@ void* findMethod(const Class* isa, std::string_view selector);
 /// Returns the function that a message leads to. Ends the run if the message leads to none.
 void* implementation(Object* receiver, Selector selector);
 
-/// Sends a message. Its arguments and its result are objects and whole numbers.
+/// Sends a message with objects and whole numbers as its arguments and its result.
 template<class Result, class... Arguments>
 Result send(Object* receiver, Selector selector, Arguments... arguments) {
     return reinterpret_cast<Result (*)(Object*, Selector, Arguments...)>(

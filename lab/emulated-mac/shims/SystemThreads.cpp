@@ -19,8 +19,8 @@ namespace velmo {
 namespace {
 
 // A mutex or condition variable of Darwin's is a signature and some room, too little for one of
-// this system's: a pointer to the native one is kept in the first word of the room. One initialised
-// by a constant gets its native one at its first use (libpthread's pthread_impl.h).
+// this system's: a pointer to the native one is kept in the first word of the room. An object that
+// a constant initialised gets its native one at its first use (libpthread's pthread_impl.h).
 
 struct Opaque {
     std::int64_t signature;

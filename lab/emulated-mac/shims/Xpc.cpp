@@ -60,8 +60,8 @@ struct Outstanding {
 
 enum class State { suspended, resumed, invalidated };
 
-/// A connection. Its queue calls the handlers, the replies and the exported object, and alone
-/// touches everything that is not set before the connection is resumed. The system keeps a
+/// A connection. The handlers, the replies and the exported object are called on `queue`, which
+/// alone touches everything that is not set before the connection is resumed. The system keeps a
 /// connection from its resumption until its invalidation.
 struct Connection : Object {
     std::optional<std::string> service; ///< absent at the listener's end
