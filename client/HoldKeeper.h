@@ -43,9 +43,9 @@ public:
     struct Status {
         State state = State::connecting;
         /// While refused: the text of a `HoldRefusal`. While connecting anew, and once released:
-        /// how the hold ended, by the text of a `HoldEnding`, `connectionLost` or `reasonUnknown`.
-        /// A newer daemon may send other texts. While unreachable: `daemonSilent` or empty.
-        /// Otherwise empty.
+        /// how the hold ended, which is the text of a `HoldEnding`, `connectionLost` or
+        /// `reasonUnknown`. A newer daemon may send other texts. While unreachable: `daemonSilent`
+        /// or empty. Otherwise empty.
         std::string reason{};
         /// While riding: the holder; absent if the daemon's report can't be decoded.
         std::optional<HolderReport> holder{};

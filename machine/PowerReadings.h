@@ -4,7 +4,7 @@
 
 #include <optional>
 
-/// What follows from the raw facts of a machine.
+/// Reads what follows from the raw facts of a machine.
 namespace velmo {
 
 struct PowerReading {

@@ -217,7 +217,7 @@ private:
     bool isTold_ = false;   ///< the log says that sleep is enabled although this client holds
     bool isAsking_ = false; ///< a report is being made
     double clock_ = 1000;
-    double paused_ = 0; ///< seconds that the guard has let pass in this event
+    double paused_ = 0; ///< seconds that the guard has paused in this event
     std::unique_ptr<Process> process_;
     std::array<std::shared_ptr<Connection>, 2> clients_;
     std::uint64_t connectionsMade_ = 0;

@@ -106,7 +106,7 @@ private:
         require(client->waitForLine("holding"), "the client holds");
     }
 
-    /// The daemon looks at the clock every 5 seconds; the play goes on meanwhile.
+    /// The daemon ticks every 5 seconds; the play goes on meanwhile.
     void daemonHasNothingToDo() {
         say("On another Mac a daemon starts and has nothing to do, and a minute passes there.");
         idleDaemon_ = startDaemon(idleMac_);

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Stands in for a Mac's tools on any POSIX system, under whose names it is linked to: it plays them
-# on the Mac in the folder $MAC_TOOLS as far as the scripts of packaging/macos go, and writes down
-# every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
+# Stands in for a Mac's tools on any POSIX system: links under the tools' names lead to it. Plays
+# the tools on the Mac in the folder $MAC_TOOLS as far as the scripts of packaging/macos go, and
+# writes down every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
 #
 #     root/       the file system, for DESTDIR
 #     sleep       the sleep setting, 0 or 1
@@ -14,7 +14,7 @@
 #     left        the call that many calls from now fails
 #
 # With HANGS set, the daemon ignores SIGTERM; with DEAF set, pmset changes nothing, and a reading of
-# the property takes half a second, for scripts read it again and again until it follows.
+# the property takes half a second, because scripts read it again and again until it follows.
 #
 # An executable is a text file; lines in it that begin with "# " are what codesign, otool and xattr
 # say of it: "# Identifier=", "# TeamIdentifier=", "# Loads=", "# Marked=".

@@ -12,12 +12,13 @@
 
 namespace velmo {
 
-/// A Mac as a client reaches it: what anyone may read of it, and the way to its daemon.
+/// A Mac as a client reaches it: what any user may read of it, and the way to its daemon.
 struct PowerAccess {
     std::unique_ptr<PowerMachine> machine;
     std::unique_ptr<PowerLink> link;
     /// Keeps an idle Mac with its lid open from sleeping for as long as the returned object lives.
-    /// Needs no daemon. Returns null if the system refuses; empty on a simulated Mac.
+    /// Needs no daemon. Returns null if the system refuses. The function itself is empty on a
+    /// simulated Mac.
     std::function<std::shared_ptr<void>()> preventIdleSleep;
     /// Turns the display off until the machine is touched. Returns before the display is off.
     std::function<void()> turnDisplayOff;

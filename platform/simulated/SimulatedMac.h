@@ -79,7 +79,7 @@ struct SimulatedMac {
     double clockOffset = 0;          ///< seconds by which the Mac's clock was set forward, or back
     std::int64_t userId = 0;         ///< real user id that the daemon believes it runs under
     std::optional<std::string> team = "VELMO12345"; ///< null or missing: the daemon is unsigned
-    std::vector<std::int64_t> trustedUsers; ///< user ids whose processes count as signed clients
+    std::vector<std::int64_t> trustedUsers; ///< user ids; their processes count as signed clients
     MacFaults faults;
 
     /// Puts a late setting that is due by now in the place of `sleepDisabled`, which is what the

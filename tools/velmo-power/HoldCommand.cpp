@@ -438,8 +438,8 @@ void HoldCommand::keeperStopped(HoldKeeper::Outcome outcome) {
         exitStatus_ = ExitStatus::refused;
 }
 
-/// Tells whether the sleep setting is known to be restored. If the daemon does not say so, a
-/// setting that reads enabled does.
+/// Tells whether the sleep setting is known to be restored, or is another client's by now. If the
+/// daemon did not answer, a setting that reads enabled counts as restored.
 bool HoldCommand::isKnownToBeRestored(HoldKeeper::Outcome outcome) const {
     return outcome == HoldKeeper::Outcome::restored || outcome == HoldKeeper::Outcome::notHeld
            || (outcome == HoldKeeper::Outcome::unknown

@@ -84,7 +84,7 @@ private:
     Descriptor ready_;
     std::shared_ptr<void> idleSleepPrevented_;
     std::optional<pid_t> child_;
-    std::optional<SteadyTime> awakeSince_; ///< begin of the first hold, even if it was lost since
+    std::optional<SteadyTime> awakeSince_; ///< start of the first hold, even if it was lost since
     std::optional<SteadyTime> lidShutSince_;
     bool displayIsOff_ = false;
     bool processHasEnded_ = false;

@@ -15,7 +15,7 @@
 /// What velmo-power says to people.
 namespace velmo {
 
-/// What anyone may read of a Mac, and what its daemon tells.
+/// What any user may read of a Mac, and what its daemon tells.
 struct PowerStatus : KeepAwakePowerLine {
     std::optional<bool> sleepDisabled; ///< absent when it can't be read
     std::optional<HoldReport> holds;   ///< absent when no daemon tells

@@ -27,7 +27,7 @@ _Unwind_Reason_Code __gxx_personality_v0(int version, _Unwind_Action actions,
                                          _Unwind_Exception* exception, _Unwind_Context* context);
 }
 
-// Finds the method with every argument register kept, and jumps there. A message to nil answers 0
+// Finds the method with every argument register kept, and jumps there. A message to nil returns 0
 // in every register of a result (objc-msg-arm64.s).
 asm(R"(
 .macro KEEP

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-/// The process itself: what runs, who runs it, its signals, its end.
+/// The process itself: its program, its user, its signals, its end.
 namespace velmo {
 
 /// Names the file that the process runs.
