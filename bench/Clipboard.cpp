@@ -30,7 +30,7 @@ std::string imageBody() {
     return R"({"png":")" + Base64::encode(png) + "\"}";
 }
 
-/// Decodes four characters at a time by a table. Nothing is checked but that each is in the
+/// Decodes four characters at a time by a table. The only check is that every character is in the
 /// alphabet.
 bool decodeBase64(std::string_view text, Bytes& out) {
     static const auto values = [] {

@@ -17,7 +17,7 @@ namespace velmo::bench {
 
 namespace {
 
-/// A simulated Mac whose daemon runs as a real process.
+/// A simulated Mac, and its daemon as a real process.
 class RunningDaemon {
 public:
     RunningDaemon() {
@@ -53,7 +53,7 @@ private:
 } // namespace
 
 void addDaemon(Suite& suite) {
-    // Each run has a daemon of its own: one that nobody asks for a minute ends.
+    // Every run has a daemon of its own, because a daemon that gets no call for a minute ends.
     suite.compare({.what = "a hold and its release",
                    .input = "one client; the difference is the daemon's own",
                    .aims = {{.contender = "the two runs of pmset",

@@ -69,7 +69,7 @@ void decodeOwned(benchmark::State& state, const Bytes& stream) {
     }
 }
 
-/// Goes from header to header of a stream that lies in memory as a whole, and judges nothing.
+/// Goes from header to header of a stream that lies in memory as a whole, and checks nothing.
 void scanHeaders(benchmark::State& state, const Bytes& stream) {
     for (auto _ : state) {
         for (ByteView rest = stream; !rest.empty();) {
@@ -206,7 +206,7 @@ void compareFraming(Suite& suite) {
                     }}});
 }
 
-/// Takes a key to the program and its echo back, each framed, decoded and looked at.
+/// Takes a key to the program and the echo back. Key and echo are framed, decoded and looked at.
 void echoOurs(benchmark::State& state) {
     PtyFrame::Decoder program;
     PtyFrame::Decoder viewer;

@@ -16,7 +16,7 @@ namespace {
 
 using Windows = std::vector<WindowRecord>;
 
-/// Returns windows whose texts all of the writers escape alike, so that all write the same line.
+/// Returns windows with texts that all writers escape alike, so that all write the same line.
 Windows windows(std::size_t count) {
     Windows result;
     for (std::size_t i = 0; i < count; ++i) {

@@ -116,7 +116,7 @@ void Suite::grow(Growth growth, const Body& body) {
 
 bool Suite::run(int argc, char** argv) {
     std::vector<std::string> words(argv, argv + argc);
-    // Of two values of an option the later one counts, which is the caller's.
+    // The caller's options come later, and the later of two values counts.
     words.insert(words.begin() + 1,
                  {"--benchmark_repetitions=9", "--benchmark_enable_random_interleaving=true",
                   "--benchmark_min_time=0.02"});
@@ -136,7 +136,7 @@ bool Suite::run(int argc, char** argv) {
 }
 
 Suite::Verdict Suite::Pair::verdict() const {
-    // What the noise of a machine decides is neither.
+    // An aim of 1 is neither met nor missed within the noise of a machine.
     constexpr double noise = 0.1;
     if (aim->factor == 1 && std::abs(factor() - 1) < noise)
         return Verdict::beside;

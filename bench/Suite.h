@@ -10,23 +10,23 @@
 
 namespace velmo::bench {
 
-/// What a comparison aims at: we are at least `factor` times as fast as the contender.
+/// The aim of a comparison: ours is at least `factor` times as fast as the contender.
 struct Aim {
     std::string contender;
-    double factor;             ///< 1 to be beside it
+    double factor;             ///< 1: as fast as the contender
     std::string doesLess = {}; ///< what the contender leaves undone of the work, for people
 };
 
 inline constexpr const char* parsesOnly = "parses only";
 
-/// One thing done to one input by us and by others, measured in the same run.
+/// The same work on the same input by ours and by the contenders, measured in the same run.
 struct Comparison {
     std::string what;
     std::string input;     ///< described for people
     std::vector<Aim> aims; ///< one for each contender, in the order of the table
 };
 
-/// How the cost of one thing grows with its input.
+/// The growth of a cost with the size of its input.
 struct Growth {
     std::string what;
     std::string unit;        ///< of the sizes
@@ -41,25 +41,25 @@ inline constexpr const char* ours = "Velmo";
 /// Everything that is measured and, after `run`, the results.
 class Suite {
 public:
-    /// Begins a part of the tables, to which the comparisons that follow belong.
+    /// Begins a part of the tables, which gets the comparisons that follow.
     void begin(std::string section) { sections_.push_back({.title = std::move(section)}); }
 
-    /// Adds a comparison to the part that was begun last. There is a body under the name `ours` and
-    /// one for each contender.
+    /// Adds a comparison to the part that was begun last. `bodies` contains one under the name
+    /// `ours` and one for every contender.
     void compare(Comparison comparison, const std::map<std::string, Body>& bodies);
 
-    /// Adds a growth, whose body is run with each of the sizes as `state.range(0)`.
+    /// Adds a growth. The body is run with each of the sizes as `state.range(0)`.
     void grow(Growth growth, const Body& body);
 
-    /// Runs everything, with the repetitions interleaved, and keeps the median of each body. False
-    /// if an argument is unknown.
+    /// Runs everything, with the repetitions interleaved, and keeps the median of each body.
+    /// Returns false if an argument is unknown.
     [[nodiscard]] bool run(int argc, char** argv);
 
     /// Returns the results as tables in Markdown, one for each part. A missed aim is marked.
     [[nodiscard]] std::string markdown() const;
 
     /// Returns the comparisons as a picture: a bar for each contender, on a logarithmic scale,
-    /// which points to the right of 1 if we are faster.
+    /// which points to the right of 1 if ours is faster.
     [[nodiscard]] std::string svg() const;
 
 private:
@@ -99,7 +99,7 @@ void use(T&& value) {
     benchmark::DoNotOptimize(value);
 }
 
-// Each adds what the file of its name measures.
+// These functions add what the file of the same name measures.
 void addCapture(Suite& suite);
 void addClipboard(Suite& suite);
 void addDaemon(Suite& suite);

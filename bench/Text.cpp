@@ -17,7 +17,7 @@ std::string repeated(std::string_view text, std::size_t bytes) {
     return result;
 }
 
-/// The same job with ICU: the chunks are built of whole characters as its iterator finds them.
+/// Does the same job with ICU: builds the chunks of whole characters, as ICU's iterator finds them.
 std::vector<std::string> splitWithIcu(icu::BreakIterator& characters, const std::string& text) {
     const icu::UnicodeString units = icu::UnicodeString::fromUTF8(text);
     characters.setText(units);

@@ -140,7 +140,7 @@ void HoldKeeper::checkNow() {
     const bool holds = status_.state == State::holding;
     if (!daemon_ || done_ || awaited_ || (!holds && status_.state != State::riding))
         return;
-    newAttempt(); // a heartbeat or a look that is due later
+    newAttempt(); // drops the heartbeat or look that is due later
     if (holds)
         beat();
     else
@@ -153,7 +153,7 @@ void HoldKeeper::askWhyLost() {
     });
 }
 
-/// A release by another client is meant for whoever has the hold or rides on it.
+/// A release by another client is meant for the holder and for every client that rides.
 bool HoldKeeper::endsForGood(std::string_view how) const {
     return how == rawText(HoldEnding::releasedByAnother) && !options_.persist;
 }
@@ -163,7 +163,7 @@ void HoldKeeper::holdLost(std::string_view how) {
         change({.state = State::released, .reason = std::string(how)});
         return;
     }
-    // Whoever hears of it may stop this keeper.
+    // The report may stop this keeper.
     const auto attempt = attempt_;
     change({.state = State::connecting, .reason = std::string(how)});
     if (attempt == attempt_)
@@ -182,7 +182,7 @@ void HoldKeeper::stop(std::function<void(Outcome)> done) {
         return;
     }
     switch (status_.state) {
-    // While it rides or is refused, the next hold may be asked for already.
+    // A keeper that rides or is refused may have asked for the next hold already.
     case State::holding:
     case State::riding:
     case State::refused:
@@ -198,7 +198,8 @@ void HoldKeeper::stop(std::function<void(Outcome)> done) {
     stopped(Outcome::unknown);
 }
 
-/// Releasing ends whoever's hold there is: a successor's too, if ours has ended meanwhile.
+/// Asks first whether the hold is still this keeper's: a release ends any hold, so that it would
+/// also end another client's if ours has ended meanwhile.
 void HoldKeeper::releaseIfStillHeld() {
     daemon_->heartbeat(reply([this](bool holds) {
         if (!holds) {
@@ -231,7 +232,7 @@ void HoldKeeper::stopped(Outcome outcome) {
 
 namespace {
 
-/// Whether they differ in more than the age of a heartbeat.
+/// Tells whether both are the same hold; the age of the last heartbeat does not count.
 bool isSameHolder(const std::optional<HolderReport>& a, const std::optional<HolderReport>& b) {
     if (!a || !b)
         return a.has_value() == b.has_value();

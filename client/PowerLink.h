@@ -7,15 +7,16 @@
 
 namespace velmo {
 
-/// Reaches the power daemon, by one connection after another. Everything that it calls back is
-/// called on the thread of whoever uses it.
+/// Reaches the power daemon, by one connection after another. Replies and `onLost` are called on
+/// the thread that uses the link.
 class PowerLink {
 public:
     virtual ~PowerLink() = default;
 
-    /// Returns a new connection, or null where there can be none. It does not wait: a daemon that
-    /// can't be reached is a connection that is lost. `onLost` is called once if the connection
-    /// ends by itself, never before this returns, and never after the connection has been let go.
+    /// Returns a new connection, or null if none can be made. Does not wait: if the daemon can't be
+    /// reached, the connection is lost later. `onLost` is called once if the connection ends by
+    /// itself, never before this function returns, and never after the caller has released the
+    /// connection.
     virtual std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) = 0;
 };
 

@@ -4,8 +4,8 @@ include(${CMAKE_CURRENT_LIST_DIR}/Libraries.cmake)
 
 set(velmo_every_library_suffix ${CMAKE_FIND_LIBRARY_SUFFIXES})
 if(APPLE)
-    # A root process must load nothing from a folder that a user may write: only archives, and what
-    # the system itself brings (zlib).
+    # A root process must load nothing from a folder that a user may write to, so it links archives
+    # only, and what the system itself brings (zlib).
     set(CMAKE_FIND_LIBRARY_SUFFIXES .a .tbd)
 endif()
 
@@ -16,7 +16,7 @@ velmo_find_what_power_client_needs()
 if(VELMO_BUILD_TESTS)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     find_package(GTest REQUIRED)
-    # Peers to agree with.
+    # A parser that the tests compare ours with.
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
 endif()
 

@@ -1,12 +1,13 @@
-# What other projects get: libraries, headers, and the package that find_package(Velmo) reads.
+# Installs what other projects get: libraries, headers, and the package that find_package(Velmo)
+# reads.
 
 include(CMakePackageConfigHelpers)
 set(velmo_package lib/cmake/Velmo)
 
 add_custom_target(velmo_libraries)
 
-# velmo_install(target Name HEADERS...): the target as Velmo::Name, and those of its headers that its
-# users are meant to include, by their paths below the current folder.
+# velmo_install(target Name HEADERS...): installs the target as Velmo::Name, and the headers that
+# its users are meant to include, by their paths below the current folder.
 function(velmo_install target name)
     cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "HEADERS")
     add_library(Velmo::${name} ALIAS ${target})

@@ -1,5 +1,5 @@
-# The libraries that the installed ones stand on, each as one target. Read by the build and by the
-# installed package.
+# Finds the libraries that the installed ones stand on, each as one target. The build and the
+# installed package both read this file.
 
 function(velmo_find_library target header library)
     if(TARGET ${target})
@@ -15,7 +15,8 @@ endfunction()
 
 macro(velmo_find_what_core_needs)
     if(APPLE)
-        # By name: its package knows the shared library only where both are installed.
+        # Found by name, because its package knows only the shared library if both kinds are
+        # installed.
         velmo_find_library(simdjson::simdjson simdjson.h simdjson)
         target_compile_definitions(simdjson::simdjson INTERFACE SIMDJSON_THREADS_ENABLED=1)
     else()

@@ -1,5 +1,5 @@
-# How every target of the project is compiled and linked. None of it is passed on to whoever uses
-# the library.
+# How every target of the project is compiled and linked. A project that uses the library gets none
+# of these options.
 
 add_library(velmo_flags INTERFACE)
 target_compile_options(velmo_flags INTERFACE
@@ -15,7 +15,8 @@ if(VELMO_SANITIZE)
 endif()
 
 if(VELMO_COVERAGE)
-    # Counters live in the files themselves, so that those of a killed process are there too.
+    # The counters live in the files themselves, so that the counters of a killed process are kept
+    # too.
     set(counters -fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%m%c.profraw)
     target_compile_options(velmo_flags INTERFACE
         ${counters} -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
@@ -23,7 +24,7 @@ if(VELMO_COVERAGE)
 endif()
 
 if(VELMO_FUZZ)
-    # What the fuzzer steers by; it is linked to its targets only.
+    # Adds what the fuzzer steers by. The fuzzer itself is linked to its targets only.
     target_compile_options(velmo_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
@@ -31,7 +32,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(velmo_flags INTERFACE
         -fstack-protector-strong -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)
     if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-        # Nothing of the C++ run time has to be looked up and relocated when a process starts.
+        # A process then starts without looking up and relocating the C++ run time.
         target_link_options(velmo_flags INTERFACE
             -static-libstdc++ -static-libgcc -Wl,-z,relro,-z,now)
     endif()

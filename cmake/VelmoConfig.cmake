@@ -1,4 +1,5 @@
-# find_package(Velmo COMPONENTS Core Host PowerClient): looks for what these stand on, or all three.
+# find_package(Velmo COMPONENTS Core Host PowerClient): finds what these components stand on;
+# without COMPONENTS, all three.
 include(${CMAKE_CURRENT_LIST_DIR}/Libraries.cmake)
 if(NOT Velmo_FIND_COMPONENTS)
     set(Velmo_FIND_COMPONENTS Core Host PowerClient)

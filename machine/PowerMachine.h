@@ -12,8 +12,8 @@
 
 namespace velmo {
 
-/// One entry of the system's list of power sources. What is not reported, or is of another type
-/// than stated, is absent.
+/// An entry of the system's list of power sources. A value that is not reported, or is of another
+/// type than here, is absent.
 struct PowerSource {
     std::optional<std::string> type;             ///< "Type"
     std::optional<std::int64_t> currentCapacity; ///< "Current Capacity"
@@ -26,7 +26,7 @@ struct PowerSourceSnapshot {
     std::vector<PowerSource> sources;
 };
 
-/// The lid as the power root domain tells of it.
+/// The lid as the power root domain reports it.
 struct LidState {
     bool isShut = false;      ///< "AppleClamshellState"
     bool causesSleep = false; ///< "AppleClamshellCausesSleep": shutting it puts this Mac to sleep
@@ -44,22 +44,24 @@ public:
     virtual ~PowerMachine() = default;
 
     /// Runs /usr/bin/pmset to its end and returns its standard output, ill-formed UTF-8 repaired.
-    /// Absent if it could not be started or ended with another status than 0; an empty output is
-    /// success.
+    /// Absent if the tool could not be started or ended with a status other than 0; an empty output
+    /// is success.
     virtual std::optional<std::string> runPmset(PmsetArguments arguments) = 0;
 
-    /// Returns the property "SleepDisabled" of the power root domain. Absent if there is no such
-    /// service or the property is no Boolean.
+    /// Returns the property "SleepDisabled" of the power root domain. Absent if the service is
+    /// missing or the property is not a Boolean.
     virtual std::optional<bool> sleepDisabledProperty() = 0;
 
     virtual std::optional<PowerSourceSnapshot> powerSources() = 0;
 
     virtual ThermalState thermalState() = 0;
 
-    /// Returns the state of the lid. Absent if either property is missing, as on a Mac without one.
+    /// Returns the state of the lid. Absent if either property is missing, as on a Mac without a
+    /// lid.
     virtual std::optional<LidState> lid() = 0;
 
-    /// Asks the system to sleep at once (IOPMSleepSystem). Returns whether it took the request.
+    /// Asks the system to sleep at once (IOPMSleepSystem). Returns whether the system took the
+    /// request.
     virtual bool requestSleep() = 0;
 
     virtual WallTime wallTime() = 0;

@@ -11,7 +11,8 @@ namespace {
 constexpr std::string_view mainsPower = "AC Power";
 constexpr std::string_view internalBattery = "InternalBattery";
 
-/// Truncated, then bounded to 0...100; wide because capacities may be any 64-bit numbers.
+/// Returns the percentage truncated, then bounded to 0...100. The arithmetic is wide because
+/// capacities may be any 64-bit numbers.
 int percentOf(std::int64_t current, std::int64_t maximum) {
     __extension__ using Wide = __int128;
     const Wide percent = Wide{current} * 100 / maximum;

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-/// What follows from the raw facts of a machine.
+/// Reads what follows from the raw facts of a machine.
 namespace velmo {
 
 struct PowerReading {
@@ -16,12 +16,12 @@ struct PowerReading {
 
 PowerReading readPower(PowerMachine& machine);
 
-/// Tells whether sleep is disabled by the preferences, which "pmset -g" prints. The property
-/// follows them. Absent if it can't be read.
+/// Tells whether the preferences, which "pmset -g" prints, disable sleep. The power root domain's
+/// property follows them. Absent if they can't be read.
 std::optional<bool> sleepDisabledPreference(PowerMachine& machine);
 
-/// Tells whether sleep is disabled, by the power root domain's property, and only where that can't
-/// be read by the preference. Absent if neither tells.
+/// Tells whether sleep is disabled: by the power root domain's property, or by the preferences if
+/// the property can't be read. Absent if neither can be read.
 std::optional<bool> sleepDisabledNow(PowerMachine& machine);
 
 } // namespace velmo

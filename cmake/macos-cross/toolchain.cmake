@@ -10,10 +10,11 @@ set(CMAKE_OBJC_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-cc)
 set(CMAKE_OBJCXX_COMPILER ${CMAKE_CURRENT_LIST_DIR}/zig-c++)
 set(CMAKE_AR ${CMAKE_CURRENT_LIST_DIR}/zig-ar)
 set(CMAKE_RANLIB ${CMAKE_CURRENT_LIST_DIR}/zig-ranlib)
-# CMake wants one for libraries that are loaded at run time; here there is none.
+# CMake wants this tool for libraries that are loaded at run time, and the build makes no such
+# library.
 set(CMAKE_INSTALL_NAME_TOOL true)
 
-# The compiler's own -target says all three.
+# The compiler's own -target gives all three.
 set(CMAKE_OSX_ARCHITECTURES "" CACHE STRING "" FORCE)
 set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "" FORCE)
 set(CMAKE_OSX_SYSROOT "" CACHE STRING "" FORCE)
@@ -27,13 +28,13 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_PREFIX_PATH /)
 set(CMAKE_FIND_FRAMEWORK NEVER)
 
-# As a system's folder: what it declares is not held against our warnings.
+# Included as a system folder, so that our warnings do not apply to it.
 set(CMAKE_CXX_FLAGS_INIT "-isystem ${CMAKE_CURRENT_LIST_DIR}/include")
 set(CMAKE_OBJC_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 set(CMAKE_OBJCXX_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 set(stubs ${CMAKE_CURRENT_LIST_DIR}/stubs)
-# Unlike a Mac's, this linker drops what nobody calls unless told otherwise. -S leaves out where the
-# objects lay on the machine that built.
+# Unlike a Mac's linker, this one drops unused functions unless told otherwise. -S leaves out the
+# paths of the objects on the build machine.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${stubs} -L${stubs} -Wl,--no-gc-sections -Wl,-S")
 # On a Mac Foundation brings it along.
 set(CMAKE_CXX_STANDARD_LIBRARIES_INIT -lobjc)

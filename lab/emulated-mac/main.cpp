@@ -1,6 +1,6 @@
 /// emulated-mac EXECUTABLE ARGUMENTS…: runs an arm64 executable of the Mac over shims of what it
 /// imports, on Linux on such a processor or under an emulator of one, which EMULATED_PROCESSOR
-/// names. EMULATED_MAC names the folder that holds the Mac.
+/// names. EMULATED_MAC names the folder that contains the Mac.
 
 #include "lab/emulated-mac/loader/Image.h"
 #include "lab/emulated-mac/shims/Fault.h"

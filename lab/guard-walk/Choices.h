@@ -10,23 +10,24 @@
 
 namespace velmo {
 
-/// What a run was told wherever it could go one way or another: a script is followed to its end,
-/// then the first of the options is taken. Asking for `next` after each run walks through every
-/// combination, whatever the earlier choices make of the later questions.
+/// The choices of a run, at every point where it could go one way or another. A run follows a
+/// script to its end and then takes the first option at every further question. Calling `next`
+/// after each run walks through every combination, even if later questions depend on earlier
+/// choices.
 class Choices {
 public:
     using Script = std::vector<std::uint8_t>;
 
-    /// How many things may go wrong at once; beyond that the first option is the only one.
+    /// How many things may go wrong in one run. After that, the first option is the only one.
     static constexpr int maxFaults = 2;
 
-    /// Starts over, along another script.
+    /// Starts over with another script.
     void follow(const Script& script) {
         script_ = script;
         begin();
     }
 
-    /// Returns an index into the options. The first is what happens when nothing is wrong.
+    /// Returns an index into the options. The first option stands for nothing wrong.
     std::size_t choose(std::initializer_list<std::string_view> options) {
         if (asked_.size() == script_.size())
             script_.push_back(0);
@@ -42,7 +43,7 @@ public:
 
     [[nodiscard]] const Script& script() const { return script_; }
 
-    /// Tells whether no earlier run has come by here, and something may still go wrong.
+    /// Tells whether no earlier run has reached this point, and something may still go wrong.
     [[nodiscard]] bool isNewGround() const {
         return asked_.size() >= followed_ && faults_ < maxFaults;
     }
@@ -52,7 +53,7 @@ public:
     /// Tells whether nothing went wrong.
     [[nodiscard]] bool isUneventful() const { return told_.empty(); }
 
-    /// What went wrong, in words; empty when nothing did.
+    /// Returns in words what went wrong; empty if nothing did.
     [[nodiscard]] std::string story() const {
         std::string story;
         for (const std::string_view each : told_)
@@ -60,7 +61,7 @@ public:
         return story;
     }
 
-    /// Turns to the next combination; false when this was the last.
+    /// Turns to the next combination. Returns false after the last.
     bool next() {
         while (!script_.empty() && script_.back() + 1 == asked_.back()) {
             script_.pop_back();
@@ -84,7 +85,7 @@ private:
     Script script_;
     std::size_t followed_ = 0;           ///< choices of the script that were made before this run
     std::vector<std::uint8_t> asked_;    ///< how many options each question had
-    std::vector<std::string_view> told_; ///< what was taken where something went wrong
+    std::vector<std::string_view> told_; ///< the options taken where something went wrong
     int faults_ = 0;
 };
 

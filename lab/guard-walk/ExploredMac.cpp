@@ -143,13 +143,13 @@ void ExploredMac::run(Event event, Choices& choices) {
     try {
         happen(event);
     } catch (const Killed&) {
-        trapped_ = false; // what is owed is not on the disk
+        trapped_ = false; // the sleep that the daemon owes is not on the disk
         bury();
     } catch (const Ended&) {
         checkEnd();
         bury();
     }
-    // What is owed is promised only as long as nothing else is wrong.
+    // The daemon promises the sleep that it owes only as long as nothing else is wrong.
     trapped_ = trapped_ && !isDisturbed();
     checkRest();
     checkTelling(event);
@@ -275,7 +275,7 @@ void ExploredMac::call(Event event) {
         violate("a call was answered " + std::to_string(replies) + " times");
 }
 
-/// What a client is told is how it is, and telling changes nothing.
+/// Checks that a report tells the client the truth and changes nothing.
 void ExploredMac::askAndCompare(const Connection& client, int& replies) {
     const Guard::State before = state();
     isAsking_ = true;
@@ -375,7 +375,8 @@ std::size_t ExploredMac::ask(Part part, std::initializer_list<std::string_view> 
     return *kept;
 }
 
-/// Does something to the Mac; the second option is to be killed just before, the third just after.
+/// Does something to the Mac. By the second option the daemon is killed just before, by the third
+/// just after.
 void ExploredMac::affect(std::initializer_list<std::string_view> options,
                          const std::function<void()>& effect) {
     enum : std::uint8_t { before = 1, after };
@@ -394,7 +395,7 @@ void ExploredMac::affect(std::initializer_list<std::string_view> options,
         throw Killed{};
 }
 
-/// Shows the Mac as it is if the daemon is killed now, and then goes on as if nothing had happened.
+/// Shows the Mac as it would be if the daemon were killed now, then goes on as before.
 void ExploredMac::showKilled(std::size_t question, std::uint8_t when) {
     if (!onKill_ || !choices_->isNewGround())
         return;
@@ -414,7 +415,7 @@ void ExploredMac::showKilled(std::size_t question, std::uint8_t when) {
 }
 
 std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
-    // A tool that could not be launched looks the same as one that failed.
+    // A tool that could not be started looks the same as one that failed.
     enum { works, fails, lies, worksAndFails, lands };
 
     if (isAsking_)
@@ -437,7 +438,7 @@ std::optional<std::string> ExploredMac::runPmset(PmsetArguments arguments) {
     return tool == fails || tool == worksAndFails ? std::nullopt : std::optional<std::string>("");
 }
 
-/// One value is wanted at a time; a newer one takes its place.
+/// Sets the sleep setting, now or late. A newer setting replaces one that has not landed.
 void ExploredMac::set(bool sleepDisabled, bool late) {
     late_ = sleepDisabled;
     if (!late)
@@ -502,7 +503,8 @@ std::optional<PowerDaemonRecord> ExploredMac::read() {
 }
 
 bool ExploredMac::write(const PowerDaemonRecord& record) {
-    // One that can't be read is not written over either, unless it makes no sense.
+    // Like the real store, does not overwrite a record that can't be read, unless it can't be
+    // decoded.
     if (record_ && !rotten_ && !read())
         return false;
     if (ask(Part::writing, {"", "record unwritable"}) == 1)
@@ -543,14 +545,14 @@ double ExploredMac::threshold() const {
     return state().holder ? PowerGuardPolicy::heartbeatTimeout : PowerGuardPolicy::idleExit;
 }
 
-/// Whether the record or the running daemon knows that sleep is to be enabled again.
+/// Tells whether the record or the running daemon knows that sleep is to be enabled again.
 bool ExploredMac::isRemembered() const {
     return (record_ && !rotten_ && !record_->previous)
            || (process_ && process_->guard && state().heldPrevious == false);
 }
 
-/// Whether sleep stays disabled on the daemon's behalf, and nothing knows. What pmset has been told
-/// already counts as done: where the property is missing nobody can know better.
+/// Tells whether sleep stays disabled on the daemon's behalf and nothing knows it. A setting that
+/// pmset has accepted counts as in force: without the property no program can know better.
 bool ExploredMac::isForgotten() const {
     return sleepDisabled_ && late_ != false && !before_ && !isRemembered();
 }
@@ -583,7 +585,8 @@ void ExploredMac::checkRest() {
         violate("the connections are miscounted");
 }
 
-/// Of a daemon that ends by itself where nothing has gone wrong.
+/// Checks a daemon that has ended by itself although nothing went wrong: the setting must be as
+/// before.
 void ExploredMac::checkEnd() {
     if (choices_->isUneventful() && !lasting_ && !late_ && sleepDisabled_ != before_)
         violate("the daemon ended without having put the setting back");
@@ -602,7 +605,7 @@ void ExploredMac::violate(std::string_view what) {
         violation_ = what;
 }
 
-/// Which of the two a client is makes no difference.
+/// Returns the client's part of the key, which is the same for the first client and the second.
 std::uint64_t ExploredMac::clientKey(const std::shared_ptr<Connection>& client) const {
     if (!client)
         return 0;

@@ -18,20 +18,20 @@ namespace velmo {
 
 enum class Happening : std::uint8_t {
     start,       ///< launchd starts the daemon
-    crash,       ///< it is killed between two pieces of work
+    crash,       ///< the daemon is killed between two pieces of work
     terminate,   ///< SIGTERM
     tick,        ///< the timer fires
     onThreshold, ///< the time since the last beat, or since the guard became free, is at its limit
     pastThreshold,
     atLidDelay,    ///< half a minute has passed since sleep was enabled again
     settingLands,  ///< what pmset has set late takes effect
-    recordIsLost,  ///< somebody removes the record
-    recordRots,    ///< it can be read no longer, whoever tries
+    recordIsLost,  ///< the record is removed by hand
+    recordRots,    ///< the record can't be decoded any more
     faultsAreGone, ///< what was broken for good is mended
     shutLid,
     openLid,
-    enableByHand, ///< somebody lets the Mac sleep although a client holds
-    // Of one client, `Event::client`:
+    enableByHand, ///< sleep is enabled by hand although a client holds
+    // What happens to one client, `Event::client`:
     connect,
     loseConnection,
     letGo,    ///< the last call in flight on a lost connection has ended
@@ -40,7 +40,7 @@ enum class Happening : std::uint8_t {
     heartbeat,
     release,
     report,
-    terminateWithHoldBehind, ///< SIGTERM, and a hold that is posted while it is being handled
+    terminateWithHoldBehind, ///< SIGTERM, and a hold that is posted while the signal is handled
 };
 
 struct Event {
@@ -50,24 +50,24 @@ struct Event {
     [[nodiscard]] std::string name() const;
 };
 
-/// A Mac on which the real daemon runs, from `runDaemon` down to the sessions, and on which
-/// whatever can go wrong does, as the choices say: each tool, sensor and file works or fails for
-/// the length of an event, or one of them from then on until it is mended; a setting lands late or
-/// never; and the daemon may be killed right before and right after everything that it does to the
-/// Mac. Says in `violation` what must never be.
+/// A Mac on which the real daemon runs, from `runDaemon` down to the sessions. The choices say what
+/// goes wrong. Every tool, sensor and file works or fails for the length of an event, and one of
+/// them may fail from then on until it is mended. A setting lands late or never. The daemon may be
+/// killed right before and right after everything that it does to the Mac. `violation` says which
+/// rule was broken.
 class ExploredMac final : public DaemonHost, private PowerMachine, private RecordStore {
 public:
-    /// What is broken about the Mac beyond what a daemon can stand, to see that it is noticed.
+    /// A flaw that no daemon can cope with, planted to see that the walk notices it.
     enum class Flaw : std::uint8_t { none, recordIsNotKept, propertyAlwaysEnabled };
 
-    /// What a walk looks at; both at once would be too many states.
+    /// What a walk looks at. Both aspects at once would make too many states.
     enum class Aspect : std::uint8_t {
         faults, ///< what breaks for good, settings that land late, records that are lost
         lid,
     };
 
-    /// How a Mac can get into a state out of which no program could bring it: nothing that is left
-    /// says that sleep is disabled on the daemon's behalf.
+    /// How a Mac can get into a state that no program could mend, because nothing is left to say
+    /// that sleep is disabled on the daemon's behalf.
     enum class Loss : std::uint8_t {
         none,
         record,        ///< the record was lost or rotted, and then the daemon ended
@@ -84,22 +84,22 @@ public:
 
     void run(Event event, Choices& choices);
 
-    /// Is told of a Mac on which the daemon was killed, and of the choices that lead there.
+    /// Called with a Mac on which the daemon was killed, and with the choices that lead there.
     using OnKill = std::function<void(const ExploredMac& mac, Choices::Script script)>;
 
-    /// The same for a run that goes on wherever the daemon might be killed, and shows the Mac as it
-    /// would be then: all that lives on is the Mac, so that no run of its own is needed for that.
+    /// Runs the event, and shows `onKill` the Mac at every point where the daemon might be killed,
+    /// then goes on. A kill leaves nothing but the Mac, so that it needs no run of its own.
     void run(Event event, Choices& choices, const OnKill& onKill);
 
-    /// Nothing is wrong any longer, everybody goes, and the daemon runs until it ends.
+    /// Mends everything, ends every connection, and runs the daemon until it ends.
     void settle();
 
-    /// Returns everything that what happens next can depend on.
+    /// Returns a number for the state: everything that later events can depend on.
     [[nodiscard]] std::uint64_t key() const;
 
     [[nodiscard]] const std::string& violation() const { return violation_; }
 
-    /// Returns how the Mac was lost, if it is; nothing is looked at any more.
+    /// Returns how the Mac was lost, if it was. A lost Mac is not checked any further.
     [[nodiscard]] Loss loss() const { return loss_; }
 
 private:
@@ -204,7 +204,7 @@ private:
     void checkTelling(Event event);
     void violate(std::string_view what);
 
-    const bool before_; ///< the setting before anybody held
+    const bool before_; ///< the setting before the first hold
     const Aspect aspect_;
     const Flaw flaw_;
     bool sleepDisabled_;
@@ -213,11 +213,11 @@ private:
     bool rotten_ = false;        ///< the record can't be decoded
     bool recordWasLost_ = false; ///< since it was written
     bool lidIsShut_ = false;
-    bool trapped_ = false;  ///< sleep was enabled again, and the Mac is still to look at its lid
-    bool isTold_ = false;   ///< that sleep is enabled although this holder holds
-    bool isAsking_ = false; ///< what is going on is a report
+    bool trapped_ = false;  ///< sleep is enabled again, but the Mac has yet to look at its lid
+    bool isTold_ = false;   ///< the log says that sleep is enabled although this client holds
+    bool isAsking_ = false; ///< a report is being made
     double clock_ = 1000;
-    double paused_ = 0; ///< seconds that the guard has let pass in this event
+    double paused_ = 0; ///< seconds that the guard has paused in this event
     std::unique_ptr<Process> process_;
     std::array<std::shared_ptr<Connection>, 2> clients_;
     std::uint64_t connectionsMade_ = 0;
@@ -225,7 +225,7 @@ private:
 
     Choices* choices_ = nullptr; ///< none: nothing goes wrong
     const OnKill* onKill_ = nullptr;
-    /// How each part behaves, found out when first asked for and then kept for the event.
+    /// How each part behaves: chosen when first asked for, then kept for the event.
     std::array<std::optional<std::size_t>, parts> surroundings_;
 
     struct Lasting {

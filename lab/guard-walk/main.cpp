@@ -1,9 +1,9 @@
 /// guard-walk: walks through everything that can happen to a guard and its sessions, in every
-/// order, until no new state turns up, and looks at each state whether the Mac would come out of it
-/// unharmed. Prints how much it saw and the shortest way to any harm.
+/// order, until no new state turns up, and checks for each state that the Mac comes out of it
+/// unharmed. Prints how much it saw, and the shortest way to the first harm.
 ///
 ///     guard-walk          everything
-///     guard-walk brief    without the two largest spaces, for builds in which every step is dear
+///     guard-walk brief    without the two largest spaces, for builds with slow steps
 
 #include "lab/guard-walk/ExploredMac.h"
 
@@ -31,7 +31,8 @@ public:
     Walk(bool sleepDisabled, ExploredMac::Aspect aspect, ExploredMac::Flaw flaw)
         : sleepDisabled_(sleepDisabled), aspect_(aspect), flaw_(flaw) {}
 
-    /// The first path that leads to a violation, in words; empty when there is none.
+    /// Returns in words the first path that leads to a violation; empty if the walk finds no
+    /// violation.
     std::string run() {
         visit(ExploredMac(sleepDisabled_, aspect_, flaw_), 0, {});
         for (std::size_t state = 0; state < states_.size() && finding_.empty(); ++state)
@@ -53,7 +54,7 @@ private:
     struct State {
         std::size_t parent;
         std::size_t depth;
-        Step step; ///< that led here from the parent
+        Step step; ///< from the parent to here
     };
 
     using Way = std::vector<std::size_t>; ///< states, from the second on
@@ -81,7 +82,7 @@ private:
             arrive(passed, mac);
             mac.run(event, choices, reach);
             if (!mac.violation().empty())
-                finding_.clear(); // the shorter story, without a kill on top
+                finding_.clear(); // the story without a kill is the shorter one
             reach(mac, choices.script());
         } while (finding_.empty() && choices.next());
     }
@@ -103,7 +104,7 @@ private:
             finding_ = story(states_.size() - 1) + ": " + mac.violation();
     }
 
-    /// Takes a new Mac along the way; the story of how is told where one is wanted.
+    /// Takes a new Mac along the way, and adds what happens to `story` if one is given.
     void arrive(const Way& way, ExploredMac& mac, std::string* story = nullptr) const {
         Choices choices;
         for (const std::size_t passed : way) {
@@ -160,7 +161,7 @@ constexpr std::pair<ExploredMac::Loss, const char*> losses[] = {
      "a hold was refused and could not be undone, and its setting landed afterwards"},
 };
 
-/// Of a sound Mac: whatever happens, no harm is found.
+/// Walks a sound Mac. Returns whether no harm is found, whatever happens.
 bool isSafe(bool sleepDisabled, ExploredMac::Aspect aspect) {
     Walk walk(sleepDisabled, aspect, ExploredMac::Flaw::none);
     const std::string finding = walk.run();
@@ -178,7 +179,7 @@ bool isSafe(bool sleepDisabled, ExploredMac::Aspect aspect) {
     return finding.empty();
 }
 
-/// Of a Mac that no daemon could stand: that is noticed, or the walk is blind.
+/// Walks a Mac with a flaw. Returns whether the walk notices it; a walk that does not is blind.
 bool notices(ExploredMac::Flaw flaw, const char* what) {
     const std::string finding = Walk(false, ExploredMac::Aspect::faults, flaw).run();
     std::cout << what << ": " << (finding.empty() ? "NOT NOTICED" : finding) << "\n";

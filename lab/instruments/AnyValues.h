@@ -16,8 +16,9 @@
 
 namespace velmo {
 
-/// Draws values for a property that is to be true of all of them, near the borders of their types
-/// more often than chance would. The same seed draws the same values on every system.
+/// Draws random values for a test of a property that must be true of all values. Values near the
+/// borders of their types come more often than by chance. The same seed draws the same values on
+/// every system.
 class AnyValues {
 public:
     /// `size` is the greatest number of pieces in a text or list.
@@ -82,7 +83,8 @@ void forAny(const Property& property) {
         fixed != nullptr ? std::strtoull(fixed, nullptr, 10) : std::random_device()();
     for (std::uint64_t seed = first; seed < first + 1000 && !testing::Test::HasFailure(); ++seed) {
         const testing::ScopedTrace trace(__FILE__, __LINE__, "VELMO_SEED=" + std::to_string(seed));
-        // Of the seed alone, so that a failure comes back when a run begins with it.
+        // The size follows from the seed alone, so that a failure comes back when a run begins with
+        // it.
         property(AnyValues(seed, 1 + seed % 97));
     }
 }

@@ -24,8 +24,8 @@ struct Decoded {
 template<class Decoder>
 class ByViews;
 
-/// A decoder that is asked for views, under the interface of one that is asked for frames. Views
-/// that it got from a call that failed, which must not be, are returned in place of the error.
+/// A decoder that is asked for views, under the interface of one that is asked for frames. A call
+/// that fails must yield no views; if it does, they are returned in place of the error.
 template<class Rules>
 class ByViews<FrameDecoder<Rules>> {
 public:
@@ -49,7 +49,7 @@ private:
 };
 
 /// Feeds a decoder the stream in slices that end at the given positions, in ascending order, and at
-/// its end. Stops at the first error.
+/// the end of the stream. Stops at the first error.
 template<class Decoder>
 auto decodeInSlices(ByteView stream, const std::vector<std::size_t>& cuts) {
     Decoder decoder;

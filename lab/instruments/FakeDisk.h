@@ -11,15 +11,15 @@
 
 namespace velmo {
 
-/// A disk of executables, folders and links. Adding one adds the folders above it. A path that is
-/// not on the disk can't be examined, and counts as writable by others.
+/// A disk of executables, folders and links. Adding an entry adds the folders above it. A path that
+/// is not on the disk can't be examined, and counts as writable by others.
 class FakeDisk final : public Pty::FileSystem {
 public:
     std::map<std::string, std::string, std::less<>> links;
     std::set<std::string, std::less<>> executables;
     std::set<std::string, std::less<>> folders{"/"};
     std::set<std::string, std::less<>> writable; ///< folders, by others
-    mutable int questions = 0;                   ///< that were asked so far
+    mutable int questions = 0;                   ///< asked so far
 
     void addFolder(const std::string& path) {
         for (auto slash = path.find('/', 1); slash != std::string::npos;

@@ -14,15 +14,15 @@
 #include <utility>
 #include <vector>
 
-/// A little Mac in memory. What it is made to do, and what is said of it, goes in order into
-/// `events`.
+/// A little Mac in memory. What the guard does to the Mac and what it logs goes into `events`, in
+/// order.
 namespace velmo {
 
 using Events = std::vector<std::string>;
 
 class FakeMachine : public PowerMachine {
 public:
-    /// What one kind of call of pmset does.
+    /// What a kind of pmset call does.
     enum class Pmset { works, fails, lies, worksAndFails };
 
     explicit FakeMachine(Events& events) : events_(&events) {}
@@ -78,17 +78,17 @@ public:
 
     void pause(double seconds) override { clock += seconds; }
 
-    /// Makes all calls of pmset behave alike.
+    /// Makes all kinds of pmset calls behave alike.
     void breakPmset(Pmset behaviour) { pmsetOn = pmsetOff = pmsetRead = behaviour; }
 
     bool sleepDisabled = false;
     bool propertyReadable = true;
     int blindReadings = 0;    ///< how often the property is absent before it can be read
-    double snapshotTakes = 0; ///< seconds to read the power sources, as the Mac falls asleep there
+    double snapshotTakes = 0; ///< seconds that a read of the power sources takes, sleep included
     Pmset pmsetOn = Pmset::works;   ///< disables sleep
     Pmset pmsetOff = Pmset::works;  ///< enables it
     Pmset pmsetRead = Pmset::works; ///< prints the setting
-    int readings = 1000;            ///< how often the setting is printed before that fails
+    int readings = 1000;            ///< how often pmset prints the setting before it fails
     double lateness = 0;            ///< seconds until the property follows what pmset has set
     std::optional<LidState> lidState;
     bool takesRequests = true; ///< to sleep
@@ -111,7 +111,7 @@ private:
 
     Events* events_;
     std::optional<bool> late; ///< what pmset has set and the property does not say yet
-    double due = 0;           ///< when it will
+    double due = 0;           ///< when the property will say it
 };
 
 class FakeRecords final : public RecordStore {
@@ -145,9 +145,9 @@ public:
     std::optional<PowerDaemonRecord> record;
     bool writable = true;
     bool removable = true;
-    bool damaged = false; ///< there is one, but it can't be decoded
+    bool damaged = false; ///< a record that exists can't be decoded
     std::optional<HoldEnd> lastEnd;
-    bool wroteEndOverRecord = false; ///< the last end was written while there was a record
+    bool wroteEndOverRecord = false; ///< the last end was written while a record existed
 
 private:
     Events& events_;
@@ -195,7 +195,7 @@ private:
     Events& events_;
 };
 
-/// A guard on the little Mac, with a queue of one's choice.
+/// A guard on the little Mac, with a queue of the given type.
 template<class Queue>
 struct GuardedMacOn {
     Events events;
@@ -226,7 +226,7 @@ struct GuardedMacOn {
         tick();
     }
 
-    /// What happened since the last time it was asked.
+    /// Returns the events since the last call.
     Events takeEvents() { return std::exchange(events, {}); }
 };
 

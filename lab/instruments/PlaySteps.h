@@ -6,14 +6,14 @@
 #include <string>
 #include <string_view>
 
-/// What a play prints: its words, and each fact that it has checked.
+/// Prints a play's words and the facts that it has checked.
 namespace velmo {
 
 inline void say(std::string_view text) {
     writeStandardOutput(std::string(text) + "\n");
 }
 
-/// Ends the play with an exception if the fact does not hold.
+/// Ends the play with an exception if the fact is not true.
 inline void require(bool condition, const std::string& what) {
     if (!condition)
         throw std::runtime_error(what);

@@ -12,7 +12,7 @@
 
 namespace velmo {
 
-/// A peer of a Unix-domain socket that sends whatever bytes it likes. It waits for a reply, or for
+/// A peer of a Unix-domain socket that sends whatever bytes it likes. Waits for a reply, or for
 /// room to send, no longer than 20 seconds.
 class RawClient {
 public:

@@ -7,7 +7,7 @@
 
 namespace velmo {
 
-/// A script's text without the content of its string literals, and that content.
+/// A script's text without the content of its string literals, and the content of each literal.
 struct ScriptParts {
     std::string around; ///< with the opening quote of each literal
     std::vector<std::string> literals;

@@ -15,7 +15,8 @@
 
 namespace velmo {
 
-/// A program that writes what it is told to, and remembers what was done to it.
+/// A program in a terminal session. The test decides what it writes, and reads here what was done
+/// to it.
 class FakeProgram final : public Program {
 public:
     [[nodiscard]] std::uint32_t pid() const override { return 4711; }
@@ -50,13 +51,13 @@ public:
     }
 
     std::string output;                ///< to be read
-    bool isOver = false;               ///< after that
-    std::size_t mostAtOnce = SIZE_MAX; ///< bytes that one read gets
+    bool isOver = false;               ///< ended after its output
+    std::size_t mostAtOnce = SIZE_MAX; ///< bytes that one read returns
     std::string typed;                 ///< what has arrived
-    std::size_t appetite = SIZE_MAX;   ///< bytes that it will still take
-    std::vector<PtyFrame::Size> sizes; ///< that were set
-    std::vector<int> signals;          ///< to the foreground
-    std::vector<int> endings;          ///< to everything
+    std::size_t appetite = SIZE_MAX;   ///< bytes of typing that the program still takes
+    std::vector<PtyFrame::Size> sizes; ///< set by the host
+    std::vector<int> signals;          ///< sent to the foreground
+    std::vector<int> endings;          ///< sent to all processes
     bool hasProcesses = true;          ///< in its session
     bool watchesOutput = false;
     bool watchesInput = false;
@@ -88,7 +89,7 @@ public:
     void close() override { isClosed = true; }
 
     std::string received;        ///< by the peer
-    std::size_t room = SIZE_MAX; ///< bytes that the peer will still take
+    std::size_t room = SIZE_MAX; ///< bytes that the peer still takes
     std::optional<std::uint32_t> sessionLeader;
     bool isGone = false;
     bool isClosed = false;
@@ -96,7 +97,7 @@ public:
     bool watchesRoom = false;
 };
 
-/// A session host with all that is around it, in one process and with a clock that tests move.
+/// A session host with its surroundings, in one process and with a clock that tests move.
 class SessionWorld final : public Programs, public TicketStore, public Pty::FileSystem {
 public:
     using Door = SessionHost::Door;
@@ -137,7 +138,7 @@ public:
         return "/home/me";
     }
 
-    /// Connects a peer, whose connection stays in `peers`.
+    /// Connects a peer. The connection stays in `peers`.
     PeerId connect(Door door) {
         const PeerId peer{++lastPeer};
         peers[peer] = std::make_shared<FakeConnection>();
@@ -175,13 +176,13 @@ public:
         return PtyAttach::parseTicket(files.at(reply.ticket->substr(folder().size() + 1)));
     }
 
-    /// Lets events happen until nothing is left that the host watches for.
+    /// Plays events until none is left that the host watches for.
     void settle() {
         while (stepPrograms() || stepPeers()) {
         }
     }
 
-    /// Lets time pass, with everything that falls due on the way.
+    /// Advances the clock, and runs everything that falls due on the way.
     void pass(double seconds) {
         const double end = now + seconds;
         settle();

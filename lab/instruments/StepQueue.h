@@ -7,7 +7,7 @@
 
 namespace velmo {
 
-/// Runs its work when it is told to, in the order of posting.
+/// Runs its work when the test says so, in the order of posting.
 class StepQueue final : public SerialQueue {
 public:
     void async(Work work) override { pending_.push_back(std::move(work)); }
@@ -28,8 +28,8 @@ public:
         }
     }
 
-    /// What another thread posts while the next `sync` waits: it lands behind that piece of work,
-    /// and runs before `sync` returns.
+    /// Work that another thread posts while the next `sync` waits. The queue puts it behind the
+    /// work of `sync`, and runs it before `sync` returns.
     Work behindSync;
 
 private:

@@ -9,8 +9,8 @@
 
 namespace velmo {
 
-/// A folder of its own below the system's temporary one. It is removed, with all that is in it,
-/// when the object goes.
+/// A new folder below the system's temporary one. The destructor removes it with all that it
+/// contains.
 class TemporaryFolder {
 public:
     TemporaryFolder() {

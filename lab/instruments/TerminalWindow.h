@@ -22,11 +22,11 @@
 
 namespace velmo {
 
-/// A terminal window with a program in it: a pseudo-terminal whose other side this process reads
-/// and types into. When the object goes, the window is closed and the program killed.
+/// A terminal window with a program in it: a pseudo-terminal, with this process on the other side
+/// to read and to type. The destructor closes the window and kills the program.
 class TerminalWindow {
 public:
-    /// How long the waits below take until they give up: far beyond what anything here needs.
+    /// The waits below give up after this time, which is far beyond what any of them needs.
     static constexpr std::chrono::seconds patience{30};
 
     TerminalWindow(std::vector<std::string> words, const Pty::Environment& environment,
@@ -70,7 +70,7 @@ public:
     /// Closes the window, as its user does: the program gets a hang-up.
     void close() { terminal_.reset(); }
 
-    /// Reads on until the text has been shown that no earlier wait has used up.
+    /// Reads on until the text has been shown. What earlier waits have used up does not count.
     [[nodiscard]] bool shows(std::string_view text) {
         const auto deadline = Clock::now() + patience;
         std::size_t found = 0;
@@ -82,7 +82,7 @@ public:
         return true;
     }
 
-    /// Everything that was shown so far.
+    /// Returns everything that was shown so far.
     [[nodiscard]] const std::string& shown() const { return shown_; }
 
     /// Reads to the end and returns the program's status as a shell tells it.
@@ -118,7 +118,7 @@ private:
     Descriptor terminal_;
     std::optional<pid_t> process_;
     std::string shown_;
-    std::size_t used_ = 0; ///< bytes of it that waits have used up
+    std::size_t used_ = 0; ///< bytes of `shown_` that waits have used up
 };
 
 } // namespace velmo

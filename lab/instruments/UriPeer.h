@@ -10,7 +10,8 @@
 
 namespace velmo {
 
-/// Whether another parser takes and refuses the same, and takes it apart in the same way.
+/// Tells whether another parser agrees with ours: both refuse the text, or both accept it and find
+/// the same parts.
 inline bool agreesWithAPeer(const std::string& text) {
     const auto uri = Uri::parse(text);
     UriUriA peer;

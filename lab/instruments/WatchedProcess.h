@@ -22,11 +22,11 @@ class WatchedProcess {
 public:
     using OnLine = std::function<void(const std::string& line)>;
 
-    /// How long the waits below take until they give up: far beyond what anything here needs.
+    /// The waits below give up after this time, which is far beyond what any of them needs.
     static constexpr std::chrono::seconds patience{20};
 
-    /// Starts the program. `onLine` is told every line as it is read. Throws std::system_error if
-    /// the program can't be started.
+    /// Starts the program. `onLine` is called for every line as it is read. Throws
+    /// std::system_error if the program can't be started.
     explicit WatchedProcess(const std::string& program, std::span<const std::string_view> arguments,
                             OnLine onLine = {}, ChildGroup group = ChildGroup::ofParent);
     WatchedProcess(const WatchedProcess&) = delete;
@@ -36,17 +36,17 @@ public:
     [[nodiscard]] pid_t pid() const { return pid_; }
 
     /// Reads on until a line has come that contains the text and that no earlier wait has used up.
-    /// Returns false if the output ended, or patience did, without it.
+    /// Returns false if the output or the patience ended before that.
     [[nodiscard]] bool waitForLine(std::string_view text);
 
     /// Sends the program a signal.
     void signal(int number) const;
 
-    /// Kills a program that has a group of its own, and all that it has started, and waits for its
-    /// end. launchd does so with a job that has crashed.
+    /// Kills a program that has a process group of its own, with all that it has started, and waits
+    /// for its end. launchd treats a job that has crashed in this way.
     void killGroup();
 
-    /// Closes the reading end of the output, as a reader who goes away does.
+    /// Closes the reading end of the output, as if its reader had gone.
     void closeOutput() { output_.reset(); }
 
     /// Reads to the end of the output and returns the status as a shell tells it; absent if the

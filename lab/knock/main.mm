@@ -1,5 +1,5 @@
 /// knock: makes one call to this Mac's power daemon as a client that no team has signed, and prints
-/// what came of it. Exit status 0: the daemon answered, which it must not.
+/// the outcome. Exit status 0 means that the daemon has answered, which it must not do.
 
 #include "core/power/PowerService.h"
 #include "platform/macos/NSStringText.h"

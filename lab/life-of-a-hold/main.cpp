@@ -1,7 +1,7 @@
 /// Plays one whole life of a hold on a simulated Mac, with real processes, a real socket, real
-/// signals and real files: what happens in words, and beside it the daemon's own log lines. Every
-/// step is checked; the first that fails ends the play with status 1. Only the clock of the Mac is
-/// moved where people would have to wait for a minute.
+/// signals and real files: prints what happens in words, and beside it the daemon's own log lines.
+/// Every step is checked; the first that fails ends the play with status 1. Only the Mac's clock is
+/// not real: the play moves it instead of waiting for a minute.
 
 #include "core/power/PowerService.h"
 #include "platform/client/simulated/SocketClient.h"
@@ -106,7 +106,7 @@ private:
         require(client->waitForLine("holding"), "the client holds");
     }
 
-    /// The daemon looks every 5 seconds; the play goes on meanwhile.
+    /// The daemon ticks every 5 seconds; the play goes on meanwhile.
     void daemonHasNothingToDo() {
         say("On another Mac a daemon starts and has nothing to do, and a minute passes there.");
         idleDaemon_ = startDaemon(idleMac_);
@@ -137,7 +137,7 @@ private:
         expectHeld(true);
     }
 
-    /// The answer to one call of the host.
+    /// Makes one call of the host and returns the reply's `ok`; false if no reply comes.
     bool ask(const std::function<void(VelmoPowerProtocol::Reply)>& call) {
         bool answered = false;
         call([&](bool ok) {

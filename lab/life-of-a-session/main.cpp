@@ -1,6 +1,6 @@
 /// Plays one whole life of a terminal session with real processes, real pseudo-terminals and a real
-/// shell: what happens in words, and every step checked; the first that fails ends the play with
-/// status 1.
+/// shell, and prints what happens in words. Every step is checked; the first that fails ends the
+/// play with status 1.
 
 #include "core/terminal/PtyFrame.h"
 #include "platform/posix/OwnExecutable.h"

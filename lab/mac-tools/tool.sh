@@ -1,7 +1,7 @@
 #!/bin/sh
-# Stands in for a Mac's tools on any POSIX system, under whose names it is linked to: it plays them
-# on the Mac in the folder $MAC_TOOLS as far as the scripts of packaging/macos go, and writes down
-# every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
+# Stands in for a Mac's tools on any POSIX system: links under the tools' names lead to it. Plays
+# the tools on the Mac in the folder $MAC_TOOLS as far as the scripts of packaging/macos go, and
+# writes down every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
 #
 #     root/       the file system, for DESTDIR
 #     sleep       the sleep setting, 0 or 1
@@ -14,7 +14,7 @@
 #     left        the call that many calls from now fails
 #
 # With HANGS set, the daemon ignores SIGTERM; with DEAF set, pmset changes nothing, and a reading of
-# the property takes half a second, for scripts read it again and again until it follows.
+# the property takes half a second, because scripts read it again and again until it follows.
 #
 # An executable is a text file; lines in it that begin with "# " are what codesign, otool and xattr
 # say of it: "# Identifier=", "# TeamIdentifier=", "# Loads=", "# Marked=".
@@ -39,7 +39,7 @@ last() { for word in "$@"; do :; done && echo "$word"; }
 fact() { while read -r line; do case $line in "# $1="*) echo "${line#*=}" ;; esac; done <"$2"; }
 say() { echo "VelmoPowerDaemon: $1" >>"$log"; }
 
-# What the daemon does at its start.
+# Does what the daemon does at its start.
 start_daemon() {
     echo $(($(cat "$mac/job" 2>/dev/null || echo 100) + 1)) >"$mac/job"
     cat "$mac/clock" >"$mac/started"
@@ -86,7 +86,7 @@ play_launchctl() {
     esac
 }
 
-# An end of the hold, with its reason.
+# Ends the hold, for a reason.
 end_hold() {
     rm -f "$mac/holder"
     echo 0 >"$mac/sleep"
@@ -105,7 +105,8 @@ play_pmset() {
     esac
 }
 
-# One of the forms that the requirements of packaging/macos/daemon.sh have.
+# Tells whether an executable satisfies a requirement in one of the forms of
+# packaging/macos/daemon.sh.
 satisfies() {
     identifier=$(fact Identifier "$1")
     team=$(fact TeamIdentifier "$1")
@@ -180,7 +181,7 @@ xattr)
     esac
     ;;
 plutil) sed -n -E 's/.*"previous":(true|false).*/\1/p' "$(last "$@")" | grep . ;;
-# Nobody here is root, and there may be no such group.
+# Without owner and group: the user here is not root, and the group may not exist.
 install)
     [ "$1" = -d ] && mode="-d -m $7" && shift || mode="-m $6"
     shift 6

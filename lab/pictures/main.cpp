@@ -1,5 +1,5 @@
-/// Writes a picture of each sample signature into a folder. Each signature is written as JSON and
-/// read back first, as one from the phone would be.
+/// Writes a picture of each sample signature into a folder. Every signature is first written as
+/// JSON and read back, like a signature that comes from the phone.
 
 #include "core/output/Output.h"
 #include "core/probes/SignatureRenderer.h"

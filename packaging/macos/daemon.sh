@@ -1,5 +1,5 @@
-# What the scripts of this folder share, read by them: where everything lies on a Mac, who may talk
-# to whom, and how the daemon is stopped. DESTDIR, as elsewhere, stands before every path.
+# What the scripts of this folder share: where everything lies on a Mac, which programs may talk to
+# each other, and how the daemon is stopped. DESTDIR is put before every path, as usual.
 
 label=io.velmo.host.power
 daemon=${DESTDIR:-}/Library/PrivilegedHelperTools/VelmoPowerDaemon
@@ -17,7 +17,8 @@ refuse() {
     exit 1
 }
 
-# each_file COMMAND: calls it with name, place and mode of every file that is installed.
+# each_file COMMAND: calls the command with the name, place and mode of every file that is
+# installed.
 each_file() {
     each_executable "$1"
     "$1" "$label.plist" "$plist" 644
@@ -31,7 +32,7 @@ each_executable() {
     "$1" velmo-session "$sessions" 755
 }
 
-# The same for the manual pages and the completions, which a cross build has not.
+# The same for the manual pages and the completions, which a cross build does not make.
 each_page() {
     for program in velmo-power velmo-session; do
         "$1" $program.1 "$share/man/man1/$program.1" 644
@@ -41,8 +42,8 @@ each_page() {
     done
 }
 
-# page_source FOLDER NAME PLACE: where a page comes from, beside a build's executables or among the
-# files of a package.
+# page_source FOLDER NAME PLACE: prints where a page comes from, beside a build's executables or
+# among the files of a package.
 page_source() {
     built=$1/../share/${3#"$share"/}
     if [ -e "$built" ]; then echo "$built"; else echo "$1/$2"; fi
@@ -57,7 +58,7 @@ daemon_requirement() {
     echo "$(signed_by "$1") and identifier \"VelmoPowerDaemon\""
 }
 
-# Nobody asks who velmo-session is; it must only be what the team has made.
+# No program checks the identity of velmo-session when it runs; it must only come from the team.
 session_requirement() {
     echo "$(signed_by "$1") and identifier \"VelmoSession\""
 }
@@ -70,7 +71,8 @@ is_loaded() {
     launchctl print "system/$label" >/dev/null 2>&1
 }
 
-# With SIGTERM, upon which it puts sleep back first. Fails if the daemon does not end.
+# Stops the daemon by SIGTERM, which makes it put sleep back first. Fails if the daemon does not
+# end.
 stop_daemon() {
     launchctl bootout "system/$label" 2>/dev/null || true
     seconds=0
@@ -81,14 +83,14 @@ stop_daemon() {
     done
 }
 
-# Prints 1 or 0; fails if pmset does, or does not say.
+# Prints 1 or 0; fails if pmset fails or does not print the setting.
 sleep_disabled() {
     settings=$(pmset -g) || return 1
     echo "$settings" | awk '$1 == "SleepDisabled" && NF > 1 { print $2 == "1" ? 1 : 0; said = 1; exit }
         END { exit !said }'
 }
 
-# The power service follows pmset late.
+# Looks more than once, because the power service follows pmset late.
 enable_sleep() {
     pmset -a disablesleep 0 || return 1
     for _ in 1 2 3; do

@@ -8,7 +8,7 @@ namespace velmo {
 
 void turnDisplayOffBy(const std::string& pmset) {
     std::thread([pmset] {
-        outputOf(pmset, {"displaysleepnow"}); // a display that stays lit is all that can come of it
+        outputOf(pmset, {"displaysleepnow"}); // a failure only leaves the display lit
     }).detach();
 }
 

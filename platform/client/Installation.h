@@ -8,22 +8,22 @@
 namespace velmo {
 
 /// What must be true for a hold to work, as far as it can be seen from outside without changing
-/// anything. Whatever can't be seen is absent.
+/// anything. What can't be seen is absent.
 struct Installation {
-    /// A file or folder that only root may change, as far as that is asked.
+    /// A file or folder that only the daemon's user, root on a Mac, should be able to change.
     struct Place {
         std::string path;
         bool exists = false;
         bool isLink = false;
-        bool isSafe = false; ///< belongs to whoever the daemon runs as, and nobody else may write
+        bool isSafe = false; ///< no link, owned by root or the daemon's user, others can't write
     };
 
     std::optional<Place> daemon;       ///< the executable
     std::optional<Place> propertyList; ///< launchd's
     std::optional<bool> isEnabled;     ///< launchd may start it
-    std::optional<bool> isLoaded;      ///< launchd knows it, or somebody listens
+    std::optional<bool> isLoaded;      ///< launchd knows it; on a simulated Mac, its socket exists
     /// Why the daemon's signature does not satisfy the requirement that clients make; empty if it
-    /// does. Absent where there are no signatures.
+    /// does. Absent on a simulated Mac, and if the executable is missing.
     std::optional<std::string> signatureFault;
     std::optional<Place> recordFolder;
     std::vector<std::string> logEnd; ///< the last lines of the log

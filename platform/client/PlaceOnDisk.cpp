@@ -44,7 +44,7 @@ std::vector<std::string> lastLines(const std::string& path, std::size_t count) {
     for (std::string line; std::getline(text, line);)
         lines.push_back(std::move(line));
     if (size > maxLogRead && !lines.empty())
-        lines.erase(lines.begin()); // most likely a part of one
+        lines.erase(lines.begin()); // most likely the end of a longer one
     if (lines.size() > count)
         lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(count));
     return lines;

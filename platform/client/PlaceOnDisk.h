@@ -12,11 +12,12 @@ namespace velmo {
 
 inline constexpr uid_t rootUser = 0;
 
-/// Looks at a path without following a link at its end. It is safe if it belongs to `owner`, or to
-/// root, and neither group nor others may write to it.
+/// Looks at a path without following a link at its end. The place is safe if it is not a link,
+/// belongs to `owner` or to root, and neither group nor others may write to it.
 Installation::Place placeOnDisk(const std::string& path, uid_t owner);
 
-/// Returns the last lines of a text file, of its last 4 KiB at most; none if it can't be read.
+/// Returns up to `count` lines from the end of a text file, out of its last 4 KiB. Empty if the
+/// path is a link, or not a regular file that can be read.
 std::vector<std::string> lastLines(const std::string& path, std::size_t count);
 
 } // namespace velmo

@@ -12,25 +12,26 @@
 
 namespace velmo {
 
-/// A Mac as a client reaches it: what anyone may read of it, and the way to its daemon.
+/// A Mac as a client reaches it: what any user may read of it, and the way to its daemon.
 struct PowerAccess {
     std::unique_ptr<PowerMachine> machine;
     std::unique_ptr<PowerLink> link;
-    /// Keeps an idle Mac from sleeping for as long as what it returns lives, lid open. Needs no
-    /// daemon; null where the system refuses.
+    /// Keeps an idle Mac with its lid open from sleeping for as long as the returned object lives.
+    /// Needs no daemon. Returns null if the system refuses. The function itself is empty on a
+    /// simulated Mac.
     std::function<std::shared_ptr<void>()> preventIdleSleep;
-    /// Turns the display off until somebody touches the machine. Returns before it is.
+    /// Turns the display off until the machine is touched. Returns before the display is off.
     std::function<void()> turnDisplayOff;
     /// Looks at how the daemon is installed.
     std::function<Installation()> examine;
 };
 
-/// What a connection needs of the program that it works for.
+/// What a connection needs from the program that uses it.
 struct ClientContext {
-    /// Runs the work later, on the thread that uses the connection. May be called from any thread,
-    /// but never after the connection was let go.
+    /// Runs the work later, on the thread that uses the connection. The connection calls it from
+    /// any thread, but never after it was released.
     std::function<void(std::function<void()>)> post;
-    /// Is told, on the calling thread, of what a person can mend.
+    /// Logs what a person can mend. Called on the thread that calls `PowerLink::connect`.
     std::function<void(std::string_view message)> log;
 };
 

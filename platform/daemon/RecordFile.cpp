@@ -7,10 +7,10 @@ namespace {
 constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 
-/// Bytes: many times what any record takes. A longer file is none that can be decoded.
+/// Bytes, many times what any record takes. A longer file counts as unreadable.
 constexpr std::size_t maxRecord = 65536;
 
-/// Likewise, of the last end. It is handed on to clients, in a line that has its limit.
+/// Bytes of the last end, which clients get within a line of limited length.
 constexpr std::size_t maxLastEnd = 1024;
 
 } // namespace
@@ -34,7 +34,7 @@ bool RecordFile::write(const PowerDaemonRecord& record) {
     const auto folder = Folder::make(directory_, folderMode, disk_);
     if (!folder || !owns(*folder))
         return false;
-    // A record that can't be read may be the only word of what the setting was: it stays.
+    // A record that can't be read may be the only trace of the previous setting, so it stays.
     if (folder->hasFile(name_) && !folder->read(name_, 1))
         return false;
     const auto content = encodeJson(record);

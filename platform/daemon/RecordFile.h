@@ -13,9 +13,8 @@
 
 namespace velmo {
 
-/// Keeps the record, and the end of the last hold, as files of mode 0600 in a folder of their own,
-/// of mode 0700, which must be a real folder of the expected owner before anything is written into
-/// it.
+/// Keeps the record and the end of the last hold as files of mode 0600, in a folder of their own of
+/// mode 0700. Writes nothing unless the folder is a real one, not a link, of the expected owner.
 class RecordFile final : public RecordStore {
 public:
     /// The caller keeps the disk alive as long as the store.

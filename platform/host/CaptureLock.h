@@ -7,9 +7,9 @@
 
 namespace velmo {
 
-/// An exclusive lock among all processes that use the same path, on the file of that name. Whoever
-/// captures a window takes it (core/windows/CaptureGate.h). It is free again when its owner is
-/// gone, however that ended.
+/// An exclusive lock among all processes that use the same path, on the file of that name. A
+/// process takes the lock to capture a window (core/windows/CaptureGate.h). The lock is free again
+/// when its owner is gone, however the owner ended.
 ///
 ///     CaptureLock lock(CaptureGate::lockPath(temporaryFolder));
 ///     if (CaptureGate::acquire(wait, poll, now, sleep, [&] { return lock.tryLock(); }))

@@ -11,12 +11,12 @@ std::optional<std::string> resolveOnDisk(std::string_view path);
 /// Applies the rule for allowed folders (DevTerminal.h) to paths as given.
 bool isAllowedFolder(std::string_view path, std::string_view home);
 
-/// Tells whether a safe path leads to an executable file of root's or the caller's that nobody else
-/// could have put there: neither it nor any folder above it is world-writable, along the path as
-/// given and along the resolved one.
+/// Tells whether a safe path leads to an executable file that belongs to root or the current user
+/// and that no other user could have put there. Neither the file nor any folder above it may be
+/// world-writable, along the path as given and along the resolved one.
 bool isTrustedExecutable(std::string_view path);
 
-/// Tells whether everybody may write there. What can't be examined counts as writable.
+/// Tells whether every user may write there. What can't be examined counts as writable.
 bool isWorldWritable(std::string_view path);
 
 /// Returns the path of the running program with its links resolved; absent if the file is gone.

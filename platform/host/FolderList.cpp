@@ -34,7 +34,7 @@ std::vector<Entry> listFolder(const std::string& path) {
                                                                        : ::opendir(path.c_str()));
     if (folder == nullptr)
         return entries;
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads this folder
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads `folder`
     while (const dirent* entry = ::readdir(folder.get())) {
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..")

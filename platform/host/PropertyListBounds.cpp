@@ -22,7 +22,7 @@ bool adds(std::size_t& sum, std::size_t amount, std::size_t limit) {
     return true;
 }
 
-/// Examines the XML form. Nothing in it is referred to, so that it unfolds to no more bytes than it
+/// Examines the XML form. XML has no references, so that a list unfolds to no more bytes than it
 /// has. The elements are counted, whatever their names, by readers' rules for where a tag ends.
 class Xml {
 public:
@@ -40,7 +40,7 @@ private:
     static constexpr std::string_view commentBegins = "<!--";
     static constexpr std::string_view literalBegins = "<![CDATA[";
 
-    /// Skips a text.
+    /// Skips a text, and counts what a reader may move for the entities in it.
     bool skipText() {
         const std::string_view text = rest_.substr(0, rest_.find('<'));
         const auto entities = static_cast<std::size_t>(std::ranges::count(text, '&'));
@@ -48,7 +48,7 @@ private:
         return adds(moved_, entities * text.size(), maxMovedBytes);
     }
 
-    /// Skips what '<' begins. A tag without an end stops every reader.
+    /// Skips what '<' begins. A tag without an end is accepted, because every reader stops there.
     bool skipTag() {
         if (rest_.empty())
             return true;
@@ -70,7 +70,7 @@ private:
         return true;
     }
 
-    /// Takes what stands between '<' and the next '>'.
+    /// Tells whether to accept what stands between '<' and the next '>', and counts it.
     bool admitsTag(std::string_view tag) {
         const auto doubles = std::ranges::count(tag, '"');
         const auto singles = std::ranges::count(tag, '\'');
@@ -89,7 +89,8 @@ private:
         return adds(elements_, 1, maxNodes);
     }
 
-    /// Tells whether a declaration names no encoding, or one that hides no '<' and makes up none.
+    /// Tells whether a declaration names no encoding, or one in which the byte '<' and nothing else
+    /// means '<'.
     static bool isInPlainEncoding(std::string_view declaration) {
         constexpr std::string_view word = "encoding";
         const auto at = declaration.find(word);
@@ -167,7 +168,8 @@ private:
         bool isKey = false;             ///< a text without NUL
     };
 
-    /// An object is too deep for everything while it is unfolded, so that none contains itself.
+    /// The depth of an object while it is being unfolded. Too deep for any container, so that an
+    /// object that contains itself is refused.
     static constexpr std::size_t unfinished = maxDepth + 1;
 
     /// Reads a number; absent if it has no size or lies beyond the end.
@@ -192,9 +194,8 @@ private:
 
     // Recursion is bounded by the depth. NOLINTBEGIN(misc-no-recursion)
 
-    /// Adds what an object unfolds to. Each object is looked at once; where it is referred to
-    /// again, what it unfolded to is added again. Returns false if it can't be read, or a limit is
-    /// exceeded.
+    /// Adds what an object unfolds to. An object is read once; at every further reference, what it
+    /// unfolded to is added again. Returns false if it can't be read, or a limit is exceeded.
     bool unfold(std::uint64_t index, std::size_t depth) {
         if (index >= extents_.size() || depth > maxDepth)
             return false;
@@ -222,7 +223,7 @@ private:
         case array:
         case set:
             return unfoldParts(object.content, object.count, 0, extent, depth);
-        case dictionary: // twice as many may wrap around
+        case dictionary: // twice the count could wrap around
             return object.count <= maxNodes
                    && unfoldParts(object.content, 2 * object.count, object.count, extent, depth);
         default:
@@ -243,8 +244,8 @@ private:
         return true;
     }
 
-    /// Adds the objects that a container refers to. The first ones are its keys; for one that is no
-    /// text without NUL, a reader written in C may end the whole process.
+    /// Adds the objects that a container refers to. The first `keys` of them are its keys, and must
+    /// be texts without NUL: at any other key, a reader written in C may end the whole process.
     bool unfoldParts(std::uint64_t at, std::uint64_t count, std::uint64_t keys, Extent& extent,
                      std::size_t depth) {
         std::size_t deepest = 0;

@@ -7,7 +7,8 @@
 namespace velmo::PropertyList {
 
 /// Returns the content of a regular file; absent too if it is longer than
-/// `PropertyListBounds::maxBytes`. Links are followed. A FIFO of that name makes nobody wait.
+/// `PropertyListBounds::maxBytes`. Links are followed. The call does not wait, even if the path
+/// names a FIFO.
 std::optional<std::string> readFile(const std::string& path);
 
 /// The file that describes a bundle, and the bundle that it lies in.
@@ -17,8 +18,8 @@ struct BundleFile {
 };
 
 /// Reads the file that describes a bundle: "Contents/Info.plist", or "Info.plist" where `readFile`
-/// reads nothing there. An application that was made for phones and tablets lies in a wrapper, to
-/// which "WrappedBundle" leads, and has neither itself.
+/// reads nothing there. The bundle of an application that was made for phones and tablets has
+/// neither, but a "WrappedBundle" that leads to one that has.
 std::optional<BundleFile> readInformation(const std::string& bundle);
 
 } // namespace velmo::PropertyList

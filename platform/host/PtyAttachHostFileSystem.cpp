@@ -33,7 +33,7 @@ FileInfo::Kind kindOf(mode_t mode) {
 
 #ifndef __APPLE__
 
-/// Tells whether the folder is the user's and closed to everybody else.
+/// Tells whether the folder is the user's and closed to all others.
 bool isOwnFolder(const std::string& path) {
     const auto status = DiskPath::status(path);
     return status && S_ISDIR(status->st_mode) && status->st_uid == ::getuid()
@@ -72,8 +72,8 @@ std::optional<std::string> HostFileSystem::userTempDir() {
         return std::nullopt;
     return path.data();
 #else
-    // Not TMPDIR: users share what it names. Where a log-in has set no variable, as cron's have
-    // not, the folder of the user's other log-ins is the same.
+    // TMPDIR would not do, because users share the folder that it names. A process without
+    // XDG_RUNTIME_DIR, such as a job of cron's, uses the folder that the user's log-ins have.
     const char* const named = std::getenv("XDG_RUNTIME_DIR");
     const std::string usual = "/run/user/" + std::to_string(::getuid());
     for (const std::string& folder : {std::string(named == nullptr ? "" : named), usual}) {

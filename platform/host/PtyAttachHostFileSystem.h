@@ -6,7 +6,8 @@ namespace velmo::PtyAttach {
 
 /// Does the ticket reader's file operations on the real system. The temporary folder that is the
 /// user's alone comes from confstr(_CS_DARWIN_USER_TEMP_DIR); on systems without that call it is
-/// the one that XDG_RUNTIME_DIR names, or would name, or else ".velmo" in the home folder.
+/// the one that XDG_RUNTIME_DIR names, else /run/user/UID, and ".velmo" in the home folder if
+/// neither belongs to the user alone.
 class HostFileSystem : public FileSystem {
 public:
     [[nodiscard]] std::uint32_t uid() override;

@@ -33,8 +33,8 @@ std::optional<std::string> textIn(CFTypeRef object) {
     const CFIndex length = CFStringGetLength(text);
     const CFIndex maxSize = CFStringGetMaximumSizeForEncoding(length, kCFStringEncodingUTF8);
     std::string bytes(static_cast<std::size_t>(maxSize), '\0');
-    // With no byte to stand for what can't be converted, the conversion stops there. Not the C
-    // string: that would end at a NUL, and what follows it would go unseen.
+    // Without a byte to stand for it, the conversion stops at the first character that can't be
+    // converted. A C string would end at a NUL, and what follows would go unseen.
     CFIndex used = 0;
     const CFIndex converted =
         CFStringGetBytes(text, CFRangeMake(0, length), kCFStringEncodingUTF8, UInt8{}, Boolean{},

@@ -38,17 +38,18 @@ public:
 
     [[nodiscard]] Ref get() const { return object_; }
 
-    /// Returns where a function can put the object that it hands out. Nothing may be owned yet.
+    /// Returns where a function can put the object that it hands out. Must be called while this
+    /// object owns nothing.
     [[nodiscard]] Ref* out() { return &object_; }
 
 private:
     Ref object_ = nullptr;
 };
 
-/// Tells whether the object is there and of the type.
+/// Tells whether the object is not null and is of the type.
 bool isOfType(CFTypeRef object, CFTypeID type);
 
-// Each returns nothing for null and for an object of another type.
+// These functions return nothing for null and for an object of another type.
 std::optional<bool> booleanIn(CFTypeRef object);
 std::optional<std::int64_t>
 integerIn(CFTypeRef object);                         ///< absent too for what 64 bits can't express

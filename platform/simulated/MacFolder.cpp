@@ -146,7 +146,8 @@ fs::path MacFolder::daemonLock() const {
 
 std::expected<Descriptor, std::error_code> MacFolder::serve() const {
     using namespace std::chrono_literals;
-    // For an instant a killed daemon's descriptors live on in the pmset that it was starting.
+    // The pmset that a killed daemon was starting has the daemon's descriptors for an instant
+    // longer.
     for (int tries = 0;; ++tries) {
         Descriptor right = lock(daemonLock(), LOCK_EX | LOCK_NB);
         const std::error_code error(right ? 0 : errno, std::generic_category());

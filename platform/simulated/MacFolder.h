@@ -23,8 +23,9 @@ class MacFolder {
 public:
     explicit MacFolder(const std::filesystem::path& absolutePath);
 
-    /// Returns the Mac in the folder that a person has named, whether or not one is there, or why
-    /// the name is none: it is empty, or it is relative and the current folder is gone.
+    /// Returns the Mac in the folder of this name, whether or not the folder contains one. Returns
+    /// the reason, for people, if the name is empty, if it is relative and the current folder is
+    /// gone, or if it is too long for a socket in the folder.
     static std::expected<MacFolder, std::string> named(const std::string& name);
 
     /// Makes the folder, with a Mac on mains power that trusts the current user and a link to
@@ -34,19 +35,20 @@ public:
     /// Reads the state; absent if the machine file is missing or not in order.
     [[nodiscard]] std::optional<SimulatedMac> load() const;
 
-    /// Tells people why there is no state to read, and what would do.
+    /// Returns, for people, why the state can't be read and what to do about it.
     [[nodiscard]] std::string complaint() const;
 
-    /// Tells whether there is a machine file, in order or not.
+    /// Tells whether the machine file exists, in order or not.
     [[nodiscard]] bool exists() const;
 
-    /// Returns the right to be this Mac's daemon, which lasts as long as the descriptor is open. On
-    /// a real Mac launchd starts one daemon only. `std::errc::operation_would_block`: another
-    /// process has the right.
+    /// Returns the right to be this Mac's daemon, which lasts as long as the descriptor is open.
+    /// Waits about a second for another process to give the right up, and returns
+    /// `std::errc::operation_would_block` if it does not. On a real Mac launchd starts one daemon
+    /// only.
     [[nodiscard]] std::expected<Descriptor, std::error_code> serve() const;
 
-    /// Tells whether that right still is one to this Mac: somebody may have removed the folder, and
-    /// made another Mac in its place.
+    /// Tells whether the right is still one to this Mac. The folder may have been removed since,
+    /// and another Mac made in its place.
     [[nodiscard]] bool isServedBy(const Descriptor& right) const;
 
     /// Changes the state, while other processes wait to do so. Returns false if the file could not
@@ -60,7 +62,8 @@ public:
         return root_ / "var/run/pmset.hangs";
     }
 
-    /// Returns the path of the socket in place of a Mach service: named after its last part.
+    /// Returns the path of the socket in place of a Mach service. The file is named after the last
+    /// part of the service's name.
     [[nodiscard]] std::filesystem::path socket(std::string_view service) const;
 
     /// Returns where an absolute path of a Mac lies in the folder.

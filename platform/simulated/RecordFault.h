@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
-/// Tells people what keeps a text that they have written from being a record.
+/// Tells people what keeps a text from being a record, such as a file that they have edited.
 namespace velmo {
 
 namespace detail {
 
-/// What may stand as a value of the type, in words.
+/// Returns in words what a value of the type may be.
 template<class T>
 std::string wanted() {
     if constexpr (isOptional<T>) {
@@ -37,8 +37,8 @@ std::string wanted() {
 
 } // namespace detail
 
-/// Returns which member is at fault, by its path, and what would do in its place; absent if the
-/// object is a record.
+/// Returns which member is at fault, by its path, and what it must be; absent if the object is a
+/// record.
 template<Record R>
 std::optional<std::string> faultOf(const JsonObject& object, const std::string& path = "") {
     std::optional<std::string> fault;

@@ -17,7 +17,7 @@ enum class PmsetFault {
     none,
     fails, ///< ends with status 1
     dies,  ///< is killed by a signal
-    hangs, ///< does not end before the fault is taken away
+    hangs, ///< does not end before the fault is removed
     lies,  ///< reports success and changes nothing
 };
 
@@ -34,7 +34,7 @@ inline constexpr auto rawTexts<Lid> = std::to_array<std::string_view>({"open", "
 enum class RecordFolderFault {
     none,
     readOnly, ///< nothing can be written into it
-    link,     ///< somebody has put a symbolic link in its place
+    link,     ///< a symbolic link has taken its place
 };
 
 template<>
@@ -71,19 +71,19 @@ struct SimulatedMac {
     std::optional<int> battery = 80; ///< percent; null or missing: a Mac without a battery
     ThermalState thermal = ThermalState::nominal;
     Lid lid = Lid::open;
-    bool displayIsOff = false; ///< it was turned off, and nobody has opened the lid since
-    bool asleep = false;       ///< it was asked to sleep, and nobody has opened its lid since
+    bool displayIsOff = false; ///< it was turned off, and the lid has not been opened since
+    bool asleep = false;       ///< it was asked to sleep, and its lid has not been opened since
     bool sleepDisabled = false;
     std::optional<LateSetting> late; ///< what will take the place of `sleepDisabled`
     double elapsed = 0;              ///< seconds that have passed on the Mac beyond this machine's
     double clockOffset = 0;          ///< seconds by which the Mac's clock was set forward, or back
-    std::int64_t userId = 0;         ///< real user id that the daemon believes to run under
+    std::int64_t userId = 0;         ///< real user id that the daemon believes it runs under
     std::optional<std::string> team = "VELMO12345"; ///< null or missing: the daemon is unsigned
-    std::vector<std::int64_t> trustedUsers; ///< user ids whose processes count as signed clients
+    std::vector<std::int64_t> trustedUsers; ///< user ids; their processes count as signed clients
     MacFaults faults;
 
-    /// Lets a late setting that is due by now take the place of `sleepDisabled`, which is then what
-    /// the property says.
+    /// Puts a late setting that is due by now in the place of `sleepDisabled`, which is what the
+    /// property says.
     void settle(SteadyTime now) {
         if (late && now.seconds >= late->due)
             sleepDisabled = std::exchange(late, std::nullopt)->sleepDisabled;

@@ -1,9 +1,8 @@
-/// The "pmset" of a simulated Mac. It finds its Mac by the path under which it was called,
-/// FOLDER/usr/bin/pmset, and knows the calls that the power daemon and its
-/// client make:
+/// The "pmset" of a simulated Mac. The path by which it was called, FOLDER/usr/bin/pmset, tells
+/// which Mac is meant. The calls are those that the power daemon and its client make:
 ///
 ///     pmset -g                       print the settings
-///     pmset -a disablesleep 1|0      keep the Mac from sleeping, lid closed too, or let it
+///     pmset -a disablesleep 1|0      keep the Mac awake, lid closed too, or let it sleep
 ///     pmset displaysleepnow          turn the display off
 
 #include "platform/posix/Clocks.h"
@@ -43,7 +42,7 @@ void hang(const MacFolder& folder) {
     std::filesystem::remove(folder.signOfHungPmset(), unimportant);
 }
 
-/// The layout of the real tool, of which the daemon reads one line.
+/// Prints in the layout of the real tool. The daemon reads only the line "SleepDisabled".
 int printSettings(const SimulatedMac& mac) {
     std::string text("System-wide power settings:\n SleepDisabled\t\t");
     text += mac.preference() ? '1' : '0';
@@ -60,7 +59,7 @@ int printSettings(const SimulatedMac& mac) {
 int setSleepDisabled(const MacFolder& folder, bool disabled) {
     const double now = Clocks::steadyTime().seconds;
     const bool done = folder.update([&](SimulatedMac& mac) {
-        mac.settle({now}); // what is not due by now never lands: the newest alone is wanted
+        mac.settle({now}); // a setting that is not due by now is dropped: the newest alone counts
         mac.late = {.sleepDisabled = disabled, .due = now + mac.faults.lateness / 1000};
         mac.settle({now});
     });

@@ -13,15 +13,16 @@
 
 namespace velmo {
 
-/// Asks the power daemon one thing after the other and waits for each answer, but not for ever:
-/// what is waited for is said after `untilWaitIsTold`, and a silent daemon is given up after 30.
+/// Asks the power daemon one thing after the other and waits for every answer, but not for ever.
+/// After `untilWaitIsTold` people are told of the wait; after `HoldKeeper::patience`, 30 seconds, a
+/// silent daemon is given up.
 class Conversation {
 public:
     static constexpr double untilWaitIsTold = 2.0; ///< seconds
 
     enum class Failure {
         unreachable, ///< no daemon can be reached
-        gone,        ///< it went away without an answer
+        gone,        ///< the daemon went away without an answer
         silent,
     };
 
@@ -34,11 +35,12 @@ public:
 
     Answer<bool> release();
 
-    /// `gone` may mean a daemon of before this call; the conversation goes on by a new connection.
+    /// A daemon older than this call ends the connection, which gives `gone`; the conversation goes
+    /// on by a new connection. A report that can't be decoded gives `gone` too.
     Answer<HoldReport> report();
 
 private:
-    /// Lets the call be made and waits until it sets the answer.
+    /// Makes the call and waits until its reply sets the answer.
     template<class T, class Call>
     Answer<T> ask(const Call& call);
 
@@ -50,7 +52,7 @@ private:
     bool isLost_ = false;
 };
 
-/// Says it in words.
+/// Returns the failure in words.
 std::string_view failureText(Conversation::Failure failure);
 
 } // namespace velmo

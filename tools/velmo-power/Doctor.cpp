@@ -31,7 +31,7 @@ Finding placeFinding(std::string_view name, const Installation::Place& place,
     return {.fact = what + " is in order"};
 }
 
-/// Good, bad or not to be seen.
+/// Returns a good or a bad finding, or one of kind `unknown` if `isGood` is absent.
 Finding finding(std::optional<bool> isGood, std::string good, std::string bad, std::string cure) {
     if (!isGood)
         return {.kind = Kind::unknown, .fact = "can't see whether " + good};
@@ -77,7 +77,7 @@ void addRecord(std::vector<Finding>& findings, const Installation& installation)
             placeFinding("the folder of the record", *folder, "give it to root with mode 0700"));
 }
 
-/// Who wants sleep disabled, if it is.
+/// Tells for which client sleep is disabled, if it is.
 Finding sleepFinding(PowerMachine& machine, const std::optional<HoldReport>& report) {
     const auto disabled = sleepDisabledNow(machine);
     if (!disabled || !*disabled)

@@ -10,14 +10,14 @@
 #include <string_view>
 #include <vector>
 
-/// `velmo-power doctor`: what must be true for a hold to work, in order.
+/// `velmo-power doctor`: checks, in order, what must be true for a hold to work.
 namespace velmo {
 
 struct Finding {
     enum class Kind {
         good,
         bad,     ///< a hold can't work, or sleep may stay disabled
-        unknown, ///< it can't be seen from here
+        unknown, ///< can't be seen from here
     };
 
     Kind kind = Kind::good;
@@ -25,13 +25,13 @@ struct Finding {
     std::string cure; ///< what to do about it; empty if nothing
 };
 
-/// Returns every finding, good ones too. `daemonAnswer` is the report of the daemon, or why there
-/// is none.
+/// Returns every finding, good ones too. Without a `report` of the daemon, `whyNoReport` says why
+/// it is missing.
 std::vector<Finding> diagnose(const Installation& installation, PowerMachine& machine,
                               const std::optional<HoldReport>& report,
                               std::string_view whyNoReport);
 
-/// One line a finding, its cure below it, and the end of the log.
+/// Returns a line for every finding with its cure below, then the end of the log.
 std::string findingsText(const std::vector<Finding>& findings, const Installation& installation);
 
 } // namespace velmo

@@ -30,7 +30,7 @@ namespace {
 constexpr double tickInterval = 1.0; ///< seconds
 constexpr std::chrono::milliseconds lastWords(500);
 
-/// What ends a hold without a command, and goes to the command where there is one.
+/// The signals that end a hold without a command, and that are passed on to a command.
 constexpr auto endingSignals = std::to_array({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2});
 
 std::vector<int> signalsToTake(const ProcessBirth& birth) {
@@ -44,15 +44,15 @@ std::vector<int> signalsToTake(const ProcessBirth& birth) {
     return signals;
 }
 
-/// The process in front has one thing to print, to which nothing may be added.
+/// The process in front prints a process id, to which nothing may be added.
 bool isQuiet(const HoldRequest& request) {
     return request.isQuiet || request.readyDescriptor;
 }
 
 } // namespace
 
-// A command's own output shares the terminal: no line is drawn over it, and its standard output
-// stays its own. The process in front prints a process id there.
+// A command's own output shares the terminal: no line is drawn over it, and standard output is left
+// to the command.
 HoldCommand::HoldCommand(asio::io_context& context, PowerAccess access, HoldRequest request,
                          const ProcessBirth& birth)
     : context_(context),
@@ -222,7 +222,8 @@ void HoldCommand::handleSignal(SignalPipe::News news) {
     });
 }
 
-/// Stops this process, as the signal does by default; its continuation goes on from here.
+/// Stops this process, as the signal does by default. Once continued, the process goes on from
+/// here.
 void HoldCommand::stopSelf(int signal) {
     display_.finish(lastWords);
     complaints_.finish(lastWords);
@@ -264,7 +265,7 @@ void HoldCommand::lookAtCommand() {
     }
 }
 
-/// Lets the process in front go, which has waited for the hold.
+/// Tells the process in front, which waits for the hold, that it may end.
 void HoldCommand::tellFront() {
     const bool isThere = writeAll(ready_.get(), "!");
     ready_.reset();
@@ -277,7 +278,7 @@ void HoldCommand::tellFront() {
     report([this, isThere] { return run_.frontTold(isThere, now()); });
 }
 
-// What is looked at every second. None of it waits: the setting is read by its property alone.
+// What is looked at every second, without waiting: the sleep setting is read by its property alone.
 
 void HoldCommand::tick() {
     const PowerStatus status = readStatus(*access_.machine, false);

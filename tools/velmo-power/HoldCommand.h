@@ -79,7 +79,7 @@ private:
     std::optional<pid_t> child_;
     bool processHasEnded_ = false;
     int exitStatus_ = 0;
-    int endSignal_ = 0; ///< by which this process is to end
+    int endSignal_ = 0; ///< the signal by which this process is to end, or 0
 };
 
 } // namespace velmo

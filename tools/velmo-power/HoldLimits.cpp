@@ -46,7 +46,7 @@ std::tm localTime(WallTime time) {
 } // namespace
 
 std::optional<double> parseDuration(std::string_view text) {
-    // A number alone is one of seconds.
+    // A number alone counts seconds.
     if (const auto seconds = Decimal::parseUnsigned<std::int32_t>(text))
         return *seconds > 0 && *seconds <= maxDuration ? std::optional<double>(*seconds)
                                                        : std::nullopt;
@@ -82,7 +82,7 @@ WallTime nextTimeOfDay(int minutes, WallTime now) {
         moment.tm_hour = minutes / 60;
         moment.tm_min = minutes % 60;
         moment.tm_sec = 0;
-        moment.tm_isdst = -1; // not every day has the same
+        moment.tm_isdst = -1; // mktime finds out: daylight saving differs from day to day
         return WallTime{static_cast<double>(std::mktime(&moment))};
     };
     const WallTime today = onDay(0);

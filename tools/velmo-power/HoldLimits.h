@@ -10,7 +10,7 @@
 /// When `velmo-power hold` gives a hold up by itself.
 namespace velmo {
 
-/// In any combination; whichever comes first ends the hold.
+/// The limits of one hold, in any combination; the first that is reached ends the hold.
 struct HoldLimits {
     std::optional<double> seconds;       ///< after so long
     std::optional<WallTime> until;       ///< at this moment
@@ -24,13 +24,13 @@ struct HoldLimits {
 };
 
 /// Reads "2h30m", "90s", "1d" or a plain number of seconds: whole numbers with the units d, h, m
-/// and s. Absent for anything else, for nothing, and beyond ten years.
+/// and s. Absent for anything else, for 0 and for an empty text, and beyond 3650 days.
 std::optional<double> parseDuration(std::string_view text);
 
-/// Reads "17:00" or "7:05" as minutes after midnight.
+/// Reads "17:00" or "7:05" as minutes after midnight; absent for anything else.
 std::optional<int> parseTimeOfDay(std::string_view text);
 
-/// Returns when it is that time of the day next, by the clock and the time zone of the system.
+/// Returns the next moment of that time of the day, by the clock and the time zone of the system.
 WallTime nextTimeOfDay(int minutes, WallTime now);
 
 /// Watches the limits of one hold.
@@ -39,18 +39,17 @@ public:
     struct Facts {
         SteadyTime now;
         WallTime date;
-        std::optional<bool> onMains; ///< absent counts as mains, as the daemon has it
+        std::optional<bool> onMains; ///< absent counts as mains, as in the daemon
         std::optional<bool> lidIsShut;
         bool processHasEnded = false;
     };
 
     LimitWatch(HoldLimits limits, SteadyTime begin) : limits_(limits), begin_(begin) {}
 
-    /// Returns the words for the limit that is reached; absent while there is none.
+    /// Returns in words which limit is reached; absent before that.
     std::optional<std::string> reached(const Facts& facts);
 
-    /// Returns what is waited for, as in "until 17:00 or the end of process 4711"; empty without
-    /// limits.
+    /// Returns what ends the hold, as in "until 17:00, until 4711 ends"; empty without limits.
     [[nodiscard]] std::string waitsFor(const Facts& facts) const;
 
 private:
@@ -59,13 +58,13 @@ private:
     bool lidWasShut_ = false;
 };
 
-/// "0:02:03" for 123 seconds.
+/// Returns "0:02:03" for 123 seconds.
 std::string clockText(double seconds);
 
 /// Returns whether both are on the same day, in the time zone of the system.
 bool isSameDay(WallTime a, WallTime b);
 
-/// "14:02", or with its date if that is not today's.
+/// Returns "14:02", or "2030-01-31 14:02" if the day is not that of `now`.
 std::string timeOfDayText(WallTime time, WallTime now);
 
 } // namespace velmo

@@ -20,7 +20,8 @@ std::string lossText(const HoldKeeper::Status& status) {
                                                          : holdText(status);
 }
 
-/// Without the daemon's word the setting itself tells, where it reads enabled.
+/// Tells whether the sleep setting is known to be restored, or is another client's by now. If the
+/// daemon did not answer, a setting that reads enabled counts as restored.
 bool isKnownToBeRestored(HoldKeeper::Outcome outcome, std::optional<bool> sleepDisabled) {
     return outcome == HoldKeeper::Outcome::restored || outcome == HoldKeeper::Outcome::notHeld
            || (outcome == HoldKeeper::Outcome::unknown && sleepDisabled == false);
@@ -88,7 +89,7 @@ void HoldRun::held(const HoldKeeper::Status& status, SteadyTime now) {
     proceed();
 }
 
-/// There was a hold, and there is none at the moment.
+/// Handles the loss of a hold, and every further status until the Mac is held awake again.
 void HoldRun::notHeld(const HoldKeeper::Status& status, SteadyTime now) {
     const bool isLost = state_.awakeSince.has_value();
     stopAwake(now);
@@ -114,7 +115,7 @@ void HoldRun::notHeld(const HoldKeeper::Status& status, SteadyTime now) {
         finish({.status = ExitStatus::success}, now);
 }
 
-/// There can be no hold, to begin with.
+/// Ends, or runs the command without a hold, if the first hold can't be had.
 void HoldRun::noHoldAtAll(const std::string& why, int exitStatus, SteadyTime now) {
     if (!request_.runsAnyway) {
         act(Kind::complain, why);
@@ -137,7 +138,7 @@ void HoldRun::limitReached(const std::string& why, SteadyTime now) {
     dropHold(now);
 }
 
-/// From now on without a hold, with a command that runs on.
+/// Gives up the hold while the command runs on.
 void HoldRun::dropHold(SteadyTime now) {
     state_.wantsHold = false;
     giveUp(now);
@@ -255,8 +256,9 @@ HoldRun::Actions HoldRun::signalled(Signal signal, SteadyTime now) {
     return taken();
 }
 
-/// The command gets what the terminal sends from there. A hang-up alone reaches only the session's
-/// leader, which this process may be.
+/// Passes a signal on to the command, which gets from the terminal what the terminal sends. Only a
+/// hang-up must be passed on in any case: the kernel sends it to the session's leader alone, which
+/// may be this process.
 void HoldRun::passOn(Signal signal) {
     if (runsCommand() && (!signal.fromTerminal || signal.number == SIGHUP))
         act(Kind::signalCommand, signal.number);
@@ -305,8 +307,8 @@ HoldRun::Actions HoldRun::ticked(const Facts& facts) {
     return taken();
 }
 
-/// Sleep may be enabled although the hold is in force, or because it no longer is: the daemon
-/// knows.
+/// Looks for sleep that is enabled during the hold. The hold may have ended, so the daemon is asked
+/// before people are told.
 void HoldRun::watchSetting(const Facts& facts) {
     if (facts.sleepDisabled != false || !isAwake(state_.keeper)) {
         state_.enabledIsChecked = false;

@@ -36,10 +36,10 @@ struct HoldRequest {
     bool endsCommandOnLoss = false;
     bool inBackground = false;
     bool isQuiet = false;
-    std::optional<int> readyDescriptor{}; ///< of the process in front, which waits for the hold
+    std::optional<int> readyDescriptor{}; ///< tells the process in front of the hold
     std::vector<std::string> command{};   ///< the program and its arguments; empty: none
 
-    /// Reads the options. The error is one line that says what would do.
+    /// Reads the options. The error is one line that says what is wrong and what is accepted.
     static std::expected<HoldRequest, std::string> from(const CommandLine::Line& line,
                                                         WallTime now);
 };

@@ -10,7 +10,7 @@ namespace velmo {
 
 namespace {
 
-/// To the first column, and erase to the end of the line.
+/// Goes to the first column and erases to the end of the line.
 constexpr std::string_view eraseLine = "\r\x1b[K";
 
 constexpr std::size_t usualColumns = 80;
@@ -36,7 +36,7 @@ StatusDisplay::StatusDisplay(int descriptor, bool live)
 bool StatusDisplay::isLive() const {
     if (!live_)
         return false;
-    // A terminal that is not the one that controls us has no foreground that we could be in.
+    // A terminal other than the controlling one has no foreground for this process to be in.
     const pid_t foreground = ::tcgetpgrp(descriptor_);
     return foreground < 0 || foreground == ::getpgrp();
 }
@@ -47,7 +47,7 @@ void StatusDisplay::say(std::string_view text) {
 }
 
 void StatusDisplay::showNow(std::string_view text) {
-    // A terminal that was stopped would be sent every line that it has missed.
+    // A stopped terminal would later get every line that it has missed.
     if (!isLive() || !writer_.isIdle())
         return;
     // The last column stays free: some terminals wrap as soon as it is written.

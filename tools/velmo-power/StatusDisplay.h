@@ -8,29 +8,28 @@
 
 namespace velmo {
 
-/// Shows where a hold stands. In the foreground of a terminal there is one line, which is drawn
-/// anew; every change is a line of its own. It waits for no reader: what can't be written is
-/// dropped.
+/// Shows the state of a hold. Every change is a line of its own; in the foreground of a terminal a
+/// last line is redrawn in place. Waits for no reader: what can't be written is dropped.
 class StatusDisplay {
 public:
-    /// `descriptor` is standard output or standard error; `live` asks for the line that is drawn
-    /// anew.
+    /// `descriptor` is standard output or standard error; `live` asks for the line that is redrawn.
     StatusDisplay(int descriptor, bool live);
 
-    /// Tells whether the line would be seen: a terminal that can erase shows it, and this process
-    /// is in its foreground.
+    /// Tells whether the redrawn line would be seen: on a terminal that can erase, with this
+    /// process in its foreground.
     [[nodiscard]] bool isLive() const;
 
-    /// Something happened: worth a line that stays.
+    /// Writes a line that stays.
     void say(std::string_view text);
 
-    /// How things are now, in as many columns as there are.
+    /// Redraws the line that says how things are now, cut to the columns of the terminal. Skipped
+    /// while the line would not be seen or earlier output is still to be written.
     void showNow(std::string_view text);
 
-    /// Takes the line that is drawn anew away.
+    /// Erases the redrawn line.
     void clear();
 
-    /// Waits until all is written, but not for long.
+    /// Waits until all is written, but not longer than `patience`. Returns whether all is written.
     bool finish(std::chrono::milliseconds patience) { return writer_.finish(patience); }
 
 private:

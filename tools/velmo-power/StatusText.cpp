@@ -33,7 +33,7 @@ std::string_view explained(HoldRefusal refusal) {
     return "the connection is gone";
 }
 
-/// A newer daemon may have reasons that this client does not know.
+/// Returns the reason itself if this client does not know it: a newer daemon may have others.
 std::string_view explained(std::string_view reason) {
     return fromRawText<HoldRefusal>(reason)
         .transform([](HoldRefusal refusal) { return explained(refusal); })
@@ -91,7 +91,7 @@ std::string_view endingText(std::string_view how) {
 }
 
 std::string holderText(const HolderReport& holder) {
-    // Whoever starts a program may give it any name, and a terminal obeys what it is sent.
+    // A program may have any name, and a terminal obeys the control characters in it.
     std::string text = PtyAttach::sanitizeLabel(holder.program.value_or("a client"));
     if (holder.processId)
         text += " (" + std::to_string(*holder.processId) + ")";

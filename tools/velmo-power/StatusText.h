@@ -15,7 +15,7 @@
 /// What velmo-power says to people.
 namespace velmo {
 
-/// What anyone may read of a Mac, and what its daemon tells.
+/// What any user may read of a Mac, and what its daemon tells.
 struct PowerStatus : KeepAwakePowerLine {
     std::optional<bool> sleepDisabled; ///< absent when it can't be read
     std::optional<HoldReport> holds;   ///< absent when no daemon tells
@@ -26,14 +26,14 @@ struct PowerStatus : KeepAwakePowerLine {
     bool operator==(const PowerStatus&) const = default;
 };
 
-/// Reads all but what the daemon tells. The setting is read by the property alone where `pmset -g`,
-/// which may take its time, is not wanted.
+/// Reads all but what the daemon tells. Without `mayRunPmset` the sleep setting is read by its
+/// property alone, because `pmset -g` may be slow.
 PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset);
 
 /// Returns one fact a line; `now` is for the times of day.
 std::string statusText(const PowerStatus& status, WallTime now);
 
-/// Returns where a hold stands, as a sentence without its full stop.
+/// Returns the state of a hold, as a sentence without its full stop.
 std::string holdText(const HoldKeeper::Status& status);
 
 /// Names a holder: "velmo-power (4711)".
@@ -42,13 +42,13 @@ std::string holderText(const HolderReport& holder);
 /// Says how a hold ended, from the text of a `HoldEnding` or a word of `HoldKeeper`.
 std::string_view endingText(std::string_view how);
 
-/// Returns the one line that stays current while the Mac is held awake: for how long, for whom if
-/// the hold is another's, until when, and how the Mac is.
+/// The line that stays current while the Mac is held awake: for how long, for which client if the
+/// keeper rides, until when, and the state of the Mac.
 struct HeldLine {
     double seconds = 0;
     BatteryFloor floor{};
-    std::string riding{}; ///< whose hold it is; empty for our own
-    std::string until{};  ///< what ends the hold; empty for nothing
+    std::string riding{}; ///< the holder; empty if the hold is ours
+    std::string until{};  ///< what ends the hold; empty without limits
 
     [[nodiscard]] std::string text(const PowerStatus& status) const;
 };

@@ -1,4 +1,4 @@
-/// velmo-power: keeps a Mac awake from the command line, and tells how it stands with its power.
+/// velmo-power: keeps a Mac awake from the command line, and reports the state of its power.
 
 #include "core/output/Output.h"
 #include "platform/client/PowerAccess.h"
@@ -37,7 +37,7 @@ void complain(std::string_view message) {
     writeStandardError("velmo-power: " + std::string(message) + "\n");
 }
 
-/// One command line at work on one Mac.
+/// Runs one command line on one Mac.
 class Program {
 public:
     Program(const CommandLine::Line& line, std::span<const std::string_view> arguments,

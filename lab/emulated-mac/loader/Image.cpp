@@ -12,7 +12,8 @@
 #include <stdexcept>
 #include <string>
 
-/// Of the unwinder that this program is linked with (LLVM's libunwind): one function's entry.
+/// Registers one function's entry with the unwinder that this program is linked with (LLVM's
+/// libunwind).
 extern "C" void __unw_add_dynamic_fde(std::uintptr_t entry);
 
 namespace velmo {
@@ -27,7 +28,7 @@ std::uintptr_t highest = 0;
 using Initialiser = void (*)(int count, char** arguments, char** environment, char** apple);
 using Main = int (*)(int count, char** arguments, char** environment);
 
-/// Where an import without a shim leads, if it is called.
+/// Called in place of an import without a shim.
 [[noreturn]] void callWithoutShim(const char* name) {
     endRun(std::string("a call without a shim: ") + name);
 }
@@ -102,8 +103,8 @@ void Image::bind(const MachOFile& file) {
         throw std::runtime_error("imports without a shim:" + names);
 }
 
-// Functions that the linker describes by compact encodings alone are leaves, through which nothing
-// is thrown.
+// Functions that the linker describes by compact encodings alone need no entry: they are leaves,
+// and nothing is thrown through them.
 void Image::registerUnwindTables(const MachOFile::Section& frames) {
     for (auto entry = frames.address; entry < frames.address + frames.size;) {
         const std::uint32_t length = at<std::uint32_t>(entry)[0];

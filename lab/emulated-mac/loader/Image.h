@@ -6,13 +6,13 @@
 
 namespace velmo {
 
-/// The executable in memory, at the very addresses that it was linked for: there is no slide. One a
-/// process.
+/// The executable in memory, at the very addresses that it was linked for, without a slide. A
+/// process makes one image.
 class Image {
 public:
     /// Maps the segments, binds the imports to their shims, and makes the unwind tables and the
-    /// thread-locals known. Throws if the memory is not to be had or something that is no function
-    /// has no shim.
+    /// thread-locals known. Throws if the memory can't be had, or if an import other than a
+    /// function lacks a shim.
     explicit Image(const MachOFile& file);
 
     /// Runs the initialisers and `main`, and returns its status.

@@ -9,9 +9,9 @@
 
 namespace velmo {
 
-/// A 64-bit Mach-O executable for arm64 as a file (<mach-o/loader.h>), whose pointers stand in it
-/// as addresses and whose imports are told by dyld-info opcodes. That is what the cross linker
-/// writes; chained fixups, which Apple's own linker writes, are refused.
+/// A 64-bit Mach-O executable for arm64 as a file (<mach-o/loader.h>), in the form that the cross
+/// linker writes: pointers are stored as addresses, and dyld-info opcodes name the imports. Chained
+/// fixups, which Apple's own linker writes, are refused.
 class MachOFile {
 public:
     struct Segment {
@@ -34,25 +34,25 @@ public:
         std::string_view symbol;
         std::uint64_t address = 0;
         std::int64_t addend = 0;
-        bool isLazy = false; ///< of a function, bound by its first call
+        bool isLazy = false; ///< a function, bound by its first call
     };
 
-    /// Throws std::runtime_error for a file that can't be read or is none of these.
+    /// Throws std::runtime_error for a file that can't be read or has another form.
     explicit MachOFile(const std::string& path);
 
     [[nodiscard]] const std::vector<Segment>& segments() const { return segments_; }
 
     [[nodiscard]] const std::vector<Section>& sections() const { return sections_; }
 
-    /// Of size 0 if there is none of that name.
+    /// Returns the section of this name; of size 0 if the file lacks it.
     [[nodiscard]] Section section(std::string_view name) const;
 
     [[nodiscard]] const std::uint8_t* bytesOf(const Segment& segment) const;
 
-    /// The address of `main`.
+    /// Returns the address of `main`.
     [[nodiscard]] std::uint64_t entry() const { return entry_; }
 
-    /// The symbols are good for as long as the file.
+    /// Returns every bind. The symbols live as long as this object.
     [[nodiscard]] std::vector<Bind> binds() const;
 
 private:

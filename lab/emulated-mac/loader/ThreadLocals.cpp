@@ -71,7 +71,8 @@ struct Descriptor {
     std::uint64_t offset;
 };
 
-/// What every thread starts with: "__thread_data", and zeros for "__thread_bss" behind it.
+/// The values that every thread starts with: "__thread_data", and zeros for "__thread_bss" behind
+/// it.
 MachOFile::Section data;
 MachOFile::Section zeros;
 

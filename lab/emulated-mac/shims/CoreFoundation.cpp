@@ -63,7 +63,7 @@ std::uint64_t theType() {
     return Type;
 }
 
-/// CFRelease of null crashes; `release` would let it pass.
+/// CFRelease of null crashes; `release` would accept it.
 void releaseReference(Object* object) {
     if (object == nullptr)
         misuse("CFRelease of null");
@@ -83,7 +83,7 @@ std::uint32_t numberValue(const CFNumber* object, std::int64_t type, std::int64_
     return 1;
 }
 
-/// In UTF-16 units, as CFString.h counts.
+/// Returns the length in UTF-16 units, as CFString.h counts.
 std::int64_t lengthOf(const Object* object) {
     std::int64_t units = 0;
     for (const char c : textOf(object)) {
@@ -124,7 +124,7 @@ std::int64_t bytesOf(const Object* object, Range range, std::uint32_t encoding, 
     return range.length;
 }
 
-/// Objects that a "Get" function hands out belong to their container.
+/// Returns an object that still belongs to its container, as with every "Get" function.
 Object* valueIn(const CFDictionary* object, const Object* key) {
     const auto found = object->values.find(textOf(key));
     return found == object->values.end() ? nullptr : found->second;

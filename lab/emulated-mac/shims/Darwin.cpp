@@ -17,7 +17,7 @@ struct Pair {
     int onDarwin;
 };
 
-// 1 to 34 are the same but for this pair of them.
+// The numbers 1 to 34 are the same except for 11: EAGAIN on Linux, EDEADLK on Darwin.
 constexpr auto errors = std::to_array<Pair>({
     {EAGAIN, 35},     {EDEADLK, 11},       {ENAMETOOLONG, 63}, {ENOLCK, 77},
     {ENOSYS, 78},     {ENOTEMPTY, 66},     {ELOOP, 62},        {EOVERFLOW, 84},
@@ -54,7 +54,7 @@ constexpr auto openFlags = std::to_array<Pair>({
     {O_CLOEXEC, 0x1000000},
 });
 
-/// The number itself where it is in no row.
+/// Returns the number itself if no row has it.
 int translated(std::span<const Pair> rows, int value, int Pair::* from, int Pair::* to) {
     for (const Pair& row : rows) {
         if (row.*from == value)

@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <cstring>
 
-/// How Darwin's numbers differ from Linux's, and how it passes what a "..." stands for.
+/// Translates Darwin's numbers to Linux's and back, and reads the arguments of a "..." as Darwin
+/// passes them.
 namespace velmo {
 
-/// `errno` as the executable sees it, in Darwin's numbers (XNU's <sys/errno.h>).
+/// Returns `errno` as the executable sees it, in Darwin's numbers (XNU's <sys/errno.h>).
 int* darwinErrno();
 
 int darwinErrorOf(int linuxError);
@@ -22,7 +23,7 @@ int linuxSignalOf(int darwinSignal);
 int linuxOpenFlagsOf(int darwinFlags);
 int darwinOpenFlagsOf(int linuxFlags);
 
-/// Hands on the result of a call that answers -1 for an error, and keeps the error.
+/// Passes on the result of a call that returns -1 for an error, and keeps the error.
 template<class Result>
 Result keepError(Result result) {
     if (result == Result(-1))
@@ -30,7 +31,7 @@ Result keepError(Result result) {
     return result;
 }
 
-/// A call of the C library that is the same on both systems but for the numbers of its errors.
+/// A call of the C library that is the same on both systems except for the numbers of its errors.
 template<auto Function>
 struct Translated;
 
@@ -39,8 +40,8 @@ struct Translated<Function> {
     static Result call(Arguments... arguments) { return keepError(Function(arguments...)); }
 };
 
-/// Arguments that stand for a "..." as a list of this system's. Darwin's own list is the address of
-/// the stack, where all of them lie, eight bytes each (AAPCS64, "The va_list type").
+/// The arguments of a "..." as a list of this system's. Darwin's own list is the address of the
+/// stack, where all the arguments lie, eight bytes each (AAPCS64, "The va_list type").
 class VariadicList {
 public:
     explicit VariadicList(void* stack) {
@@ -64,9 +65,9 @@ private:
 
 } // namespace velmo
 
-/// Defines the entry of a function with "...": Darwin's arm64 callers put all that it stands for on
-/// the stack ("Writing ARM64 code for Apple platforms"), so the handler gets the stack's address in
-/// the register after those of the named parameters.
+/// Defines the entry of a function with "...": Darwin's arm64 callers put all its arguments on the
+/// stack ("Writing ARM64 code for Apple platforms"), so the handler gets the stack's address in the
+/// register after those of the named parameters.
 #define VELMO_VARIADIC(entry, firstFree, handler)                                                  \
     extern "C" void entry();                                                                       \
     asm(".globl " #entry "\n" #entry ":\n mov x" #firstFree ", sp\n b " #handler "\n")

@@ -84,7 +84,8 @@ void after(std::uint64_t fromNow, Queue* queue, Block* block) {
     }).detach();
 }
 
-/// <dispatch/time.h>: with DISPATCH_TIME_NOW, nanoseconds from now by a clock that stops in sleep.
+/// Returns, with DISPATCH_TIME_NOW, nanoseconds from now by a clock that stops in sleep
+/// (<dispatch/time.h>).
 std::uint64_t timeFromNow(std::uint64_t when, std::int64_t nanoseconds) {
     if (when != 0)
         endRun("a time that is not told from now");
@@ -130,7 +131,8 @@ void fire(Source* source) {
     }
 }
 
-/// A source begins suspended, and is kept until it is cancelled, which the executables never do.
+/// Resumes a source, which begins suspended. The source is kept until it is cancelled, which the
+/// executables never do.
 void resume(Source* source) {
     if (source->isa != &sourceClass.object || source->isResumed)
         misuse("dispatch_resume of what is not suspended");
@@ -146,8 +148,8 @@ void resume(Source* source) {
     }
 }
 
-/// The main thread ends, and other threads serve the main queue. It has one from here on: what the
-/// main thread had autoreleased stays in its pools.
+/// Ends the main thread; another thread serves the main queue from here on. What the main thread
+/// had autoreleased stays in its pools.
 [[noreturn]] void park() {
     note("dispatch_main");
     while (true)

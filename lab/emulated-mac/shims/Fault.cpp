@@ -8,7 +8,7 @@ namespace velmo {
 
 void note(std::string_view text) {
     const std::string line = "· " + std::string(text) + "\n";
-    // One call a line, so that lines of several threads stay whole.
+    // A line is written by one call, so that lines of several threads stay whole.
     static_cast<void>(!::write(STDERR_FILENO, line.data(), line.size()));
 }
 

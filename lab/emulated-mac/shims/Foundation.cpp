@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t utf8Encoding = 4; // NSUTF8StringEncoding
 
-/// Rejects what is no UTF-8: the initialiser then answers nil, and the object is let go of.
+/// Tells whether the text is UTF-8. If not, the initialiser returns nil and releases the object.
 bool isUtf8(std::string_view text) {
     for (std::size_t i = 0; i < text.size();) {
         const auto first = static_cast<unsigned char>(text[i]);
@@ -42,7 +42,8 @@ Object* initWithBytes(NSString* self, Selector /*selector*/, const char* bytes,
     return self;
 }
 
-/// "The lifetime of the pointer is that of the string", a constant one's for ever.
+/// Returns a pointer that lives as long as the string, as the documentation says: for ever if the
+/// string is constant.
 const char* utf8Of(const Object* self, Selector /*selector*/) {
     if (self->isa == &constantString.object)
         return static_cast<const ConstantString*>(self)->text;
@@ -52,7 +53,7 @@ const char* utf8Of(const Object* self, Selector /*selector*/) {
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wformat-nonliteral"
 
-/// "String Format Specifiers": those of printf, and %@.
+/// Formats by "String Format Specifiers": those of printf, and %@.
 extern "C" Object* emulatedFormat(Object* /*self*/, Selector /*selector*/, const Object* format,
                                   void* stack) {
     const std::string pattern = textOf(format);
@@ -94,8 +95,8 @@ FrameworkClass nsProcessInfo("NSProcessInfo", &nsObject.object, sizeof(Object),
 
 Object sharedProcessInfo{&nsProcessInfo.object};
 
-/// The documentation calls the one object shared, not whether a getter hands it out autoreleased:
-/// a caller has to be ready for that.
+/// Returns the one shared object. The documentation does not say whether it comes autoreleased: a
+/// caller has to be ready for that.
 Object* processInfo(Object* /*self*/, Selector /*selector*/) {
     static const Object* const made = [] {
         makeImmortal(&sharedProcessInfo);

@@ -26,14 +26,14 @@ CFDictionary* matching(const char* name) {
     return dictionary;
 }
 
-/// Takes one reference to the dictionary over, as IOKitLib.h says.
+/// Takes over one reference to the dictionary, as IOKitLib.h says.
 std::uint32_t matchingService(std::uint32_t /*port*/, CFDictionary* wanted) {
     const std::string name = textOf(wanted->values.at("IOProviderClass"));
     release(wanted);
     return name == "IOPMrootDomain" ? rootDomainPort : 0;
 }
 
-/// "Create": the caller owns it.
+/// Returns an object that the caller owns, as with every "Create" function.
 Object* property(std::uint32_t entry, const Object* key, const void* /*allocator*/,
                  std::uint32_t /*options*/) {
     struct Row {
@@ -107,7 +107,7 @@ std::int32_t releaseAssertion(std::uint32_t assertion) {
     return 0;
 }
 
-// The blob and the list are of no form that IOPowerSources.h tells: they are only handed on.
+// IOPowerSources.h tells no form for the blob and the list: callers only hand them on.
 
 CFDictionary* copySources() {
     auto* const blob = makeDictionary();

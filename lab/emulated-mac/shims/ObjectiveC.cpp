@@ -27,7 +27,7 @@ _Unwind_Reason_Code __gxx_personality_v0(int version, _Unwind_Action actions,
                                          _Unwind_Exception* exception, _Unwind_Context* context);
 }
 
-// Finds the method with every argument register kept, and jumps there. A message to nil answers 0
+// Finds the method with every argument register kept, and jumps there. A message to nil returns 0
 // in every register of a result (objc-msg-arm64.s).
 asm(R"(
 .macro KEEP
@@ -95,7 +95,8 @@ struct Life {
     std::map<const void*, Association> associations;
 };
 
-/// The runtime's side tables. One lock guards them all; nothing is called with it held.
+/// The runtime's side tables. A single lock guards all of them; no function of the program is
+/// called while it is held.
 struct Tables {
     std::mutex mutex;
     std::unordered_map<const Object*, Life> objects;
@@ -111,7 +112,7 @@ Tables& tables() {
     return made;
 }
 
-// The classes of blocks, of which only the addresses are looked at.
+// The classes of blocks. Only their addresses are looked at.
 void* stackBlock[32];
 void* globalBlock[32];
 void* heapBlock[32];
@@ -154,8 +155,8 @@ void construct(const Class* isa, Object* object) {
     callOwn(isa, ".cxx_construct", object);
 }
 
-/// objc_destructInstance: first the instance variables, then the associations, then what refers to
-/// it weakly.
+/// Does what objc_destructInstance does: ends the instance variables, then the associations, then
+/// the weak references to the object.
 void destroy(Object* object, Selector /*dealloc*/) {
     for (const Class* isa = object->isa; isa != nullptr; isa = isa->superclass)
         callOwn(isa, ".cxx_destruct", object);
@@ -307,7 +308,7 @@ void releaseBlock(Block* block) {
 
 namespace {
 
-/// Block_private.h: of the fields that an executable may have captured, those that it does have.
+/// The kinds of captured fields (Block_private.h) that the executables have.
 enum FieldKind : std::int32_t { objectField = 3, blockField = 7 };
 
 void requireKnownField(std::int32_t kind) {
@@ -384,7 +385,7 @@ namespace {
 enum AssociationPolicy : std::uintptr_t { assign = 0, keepBit = 1 };
 
 void setAssociatedObject(Object* object, const void* key, Object* value, std::uintptr_t policy) {
-    // To copy is to retain for everything but a block on the stack, and retaining that copies it.
+    // Copying means retaining, except for a block on the stack; `retain` copies such a block.
     const bool isKept = (policy & keepBit) != 0;
     Object* const kept = isKept ? retain(value) : value;
     Association before{};
@@ -405,8 +406,8 @@ void setAssociatedObject(Object* object, const void* key, Object* value, std::ui
 } // namespace
 
 // Autorelease pools: NSObject.mm. The runtime can hand a returned object over without a pool if the
-// caller's next instruction says that it takes it. That is no promise, so here each object goes
-// into a pool.
+// caller's next instruction takes the object. The runtime does not promise it, so here every object
+// goes into a pool.
 
 namespace {
 
@@ -462,7 +463,7 @@ Object* autorelease(Object* object) {
         }
         note("NO POOL: an object of class " + name + " is autoreleased without one");
     }
-    // A thread without any gets one that is emptied when the thread ends.
+    // A thread without a pool gets one that is emptied when the thread ends.
     if (pools.empty())
         pools.push_back({Pool::Kind::lastResort, {}});
     pools.back().objects.push_back(object);
@@ -495,7 +496,7 @@ void* findMethod(const Class* isa, std::string_view selector) {
         const MethodList* const methods = isa->facts().methods;
         if (methods == nullptr)
             continue;
-        // objc-runtime-new.h: the top bit tells of a form that the cross linker does not write.
+        // The top bit marks a form that the cross linker does not write (objc-runtime-new.h).
         if ((methods->entrySizeAndFlags & 0xFFFC) != sizeof(Method)
             || (methods->entrySizeAndFlags >> 31) != 0)
             endRun("methods in relative form");
@@ -534,8 +535,8 @@ extern "C" void* objectiveCSuperImplementation(const Super* super, Selector sele
     return found(super->currentClass->superclass, super->receiver, selector);
 }
 
-// Exceptions: objc-exception.mm. They are C++ exceptions that hold an object, which lives as long
-// as they do.
+// Exceptions: objc-exception.mm. An exception is a C++ exception that contains an object, which
+// lives as long as the exception.
 
 namespace {
 
@@ -569,7 +570,7 @@ void throwException(const std::string& name, const std::string& reason) {
     abi::__cxa_throw(thrown, const_cast<std::type_info*>(&typeid(NSException*)), releaseThrown);
 }
 
-// What is left.
+// The ledger: what is still alive.
 
 namespace {
 

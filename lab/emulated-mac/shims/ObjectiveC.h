@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-/// The Objective-C runtime as far as the executables need it. What lies in the executable is laid
-/// out as objc4's objc-runtime-new.h tells; framework classes take the same form, so that one
-/// look-up serves both. Blocks are as libclosure's Block_private.h has them.
+/// The Objective-C runtime as far as the executables need it. Data in the executable is laid out as
+/// in objc4's objc-runtime-new.h; framework classes take the same form, so that one look-up serves
+/// both. Blocks are laid out as in libclosure's Block_private.h.
 namespace velmo {
 
 using Selector = const char*;
@@ -88,8 +88,8 @@ struct Block {
     void* invoke;
     const Descriptor* descriptor;
 
-    /// Calls a block whose arguments are objects and whole numbers. A narrow one is handed over
-    /// widened, as Apple's calling convention wants it from the caller.
+    /// Calls a block with objects and whole numbers as arguments. A narrow number is widened, as
+    /// Apple's calling convention demands of the caller.
     template<class... Arguments>
     void operator()(Arguments... arguments) {
         reinterpret_cast<void (*)(Block*, Arguments...)>(invoke)(this, arguments...);
@@ -110,7 +110,7 @@ private:
     ClassFacts metaFacts_;
 };
 
-/// For a row of a table of shims.
+/// Returns the address of the class, for a row of a table of shims.
 template<FrameworkClass& Of>
 void* classAddress() {
     return &Of.object;
@@ -124,8 +124,7 @@ void* metaclassAddress() {
 extern FrameworkClass nsObject;
 extern FrameworkClass nsException;
 
-/// The two methods that every object of the type T, which derives from Object, begins and ends
-/// with.
+/// The two methods that construct and destruct the C++ part of an object. T derives from Object.
 template<class T>
 Method constructing() {
     return {".cxx_construct", "", reinterpret_cast<void*>(+[](Object* self) {
@@ -142,7 +141,7 @@ Method destructing() {
             reinterpret_cast<void*>(+[](Object* self) { static_cast<T*>(self)->~T(); })};
 }
 
-/// A row of a class's table of methods.
+/// Returns a row for a class's table of methods.
 template<auto Function>
 Method method(Selector name) {
     return {name, "", reinterpret_cast<void*>(Function)};
@@ -150,7 +149,7 @@ Method method(Selector name) {
 
 Object* allocate(Class* isa);
 
-/// An object that was not allocated, and is never counted.
+/// Registers an object that was not allocated: its references are never counted.
 void makeImmortal(const Object* object);
 
 /// Makes the objects and blocks immortal that the compiler has put into the executable.
@@ -161,7 +160,7 @@ T* allocate(FrameworkClass& of) {
     return static_cast<T*>(allocate(&of.object));
 }
 
-/// Each takes null too. A block is copied and let go of like any other object.
+/// These functions accept null too. A block is copied and released like any other object.
 Object* retain(Object* object);
 void release(Object* object);
 Object* autorelease(Object* object);
@@ -205,15 +204,16 @@ public:
 
     void set(Object* object);
 
-    /// The object, retained, or null if it is gone.
+    /// Returns the object, retained, or null if it is gone.
     [[nodiscard]] Object* retained();
 
 private:
     Object* object_ = nullptr;
 };
 
-/// A pool of autoreleased objects. The system's own threads have one of last resort, emptied when
-/// they have nothing to do: what ends up there is released late, and is counted as such.
+/// A pool of autoreleased objects. The system's own threads have one of last resort, which is
+/// emptied when they are idle: an object that ends up there is released late, and is counted as
+/// such.
 class Pool {
 public:
     enum class Kind { explicitly, lastResort };
@@ -230,31 +230,31 @@ private:
 /// Returns null if neither the class nor any above it has the method.
 void* findMethod(const Class* isa, std::string_view selector);
 
-/// What a message leads to; ends the run if that is nothing.
+/// Returns the function that a message leads to. Ends the run if the message leads to none.
 void* implementation(Object* receiver, Selector selector);
 
-/// Sends a message whose arguments and result are objects and whole numbers.
+/// Sends a message with objects and whole numbers as its arguments and its result.
 template<class Result, class... Arguments>
 Result send(Object* receiver, Selector selector, Arguments... arguments) {
     return reinterpret_cast<Result (*)(Object*, Selector, Arguments...)>(
         implementation(receiver, selector))(receiver, selector, arguments...);
 }
 
-/// Answers messages to objects of this class for which it has no method: gets the message's first
-/// words as they are in the registers.
+/// Handles messages to objects of a class that has no method for them. The function gets the
+/// message's first words as they are in the registers.
 using Forward = std::uint64_t (*)(Object* self, Selector selector, std::uint64_t, std::uint64_t,
                                   std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t);
 void forwardMessagesTo(const FrameworkClass& of, Forward forward);
 
 [[noreturn]] void throwException(const std::string& name, const std::string& reason);
 
-/// What is alive, in one line: objects by class, heap blocks, weak references, associations, and
-/// how many objects were autoreleased where no pool of the program's own was.
+/// Returns what is alive, in one line: objects by class, heap blocks, weak references,
+/// associations, and how many objects were autoreleased outside the program's own pools.
 std::string objectLedger();
 
 [[nodiscard]] bool isAnythingAlive();
 
-/// The object's class.
+/// Returns the name of the object's class.
 std::string nameOf(const Object* object);
 
 } // namespace velmo

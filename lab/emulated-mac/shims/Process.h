@@ -4,21 +4,22 @@
 #include <functional>
 #include <string>
 
-/// The process itself: what runs, who runs it, its signals, its end.
+/// The process itself: its program, its user, its signals, its end.
 namespace velmo {
 
 /// Names the file that the process runs.
 void setExecutable(std::string path);
 
-/// The user that the process believes to be run by: EMULATED_UID, else 501, a Mac's first person.
+/// Returns the user that the process believes it runs as: EMULATED_UID, else 501, a Mac's first
+/// user.
 std::uint32_t emulatedUser();
 
 /// Calls back, on a thread of the system's own, for each signal of this number (Darwin's), whether
 /// or not the process ignores it, as a kqueue's EVFILT_SIGNAL does.
 void watchSignal(int signal, std::function<void()> handler);
 
-/// From now on notes for each SIGUSR2 what is alive. Of the executables only `velmo-power hold` has
-/// a use of its own for that signal: it ends.
+/// From now on notes at every SIGUSR2 what is alive. Only `velmo-power hold` has a use of its own
+/// for that signal: it ends.
 void watchForLedgerRequests();
 
 /// Ends the process as `exit` does after `main` has returned: what was registered with atexit is

@@ -22,7 +22,8 @@ Identity ownIdentity() {
 
 namespace {
 
-/// Words and marks are tokens as they stand; a quoted text begins with a quote.
+/// Splits a requirement into tokens. Words and marks are tokens as they stand; the token of a
+/// quoted text begins with a quote.
 std::optional<std::vector<std::string>> tokensOf(std::string_view text) {
     std::vector<std::string> tokens;
     for (std::size_t i = 0; i < text.size();) {
@@ -51,7 +52,8 @@ std::optional<std::vector<std::string>> tokensOf(std::string_view text) {
     return tokens;
 }
 
-/// Evaluates while it reads. Absent is malformed.
+/// Evaluates a requirement while it reads it. An absent result means that the requirement is
+/// malformed.
 class Requirement {
 public:
     Requirement(std::vector<std::string> tokens, const Identity& identity)
@@ -138,7 +140,8 @@ namespace {
 
 constexpr std::uint32_t signingInformation = 1 << 1; // kSecCSSigningInformation
 
-/// Both kinds of code are opaque; here each is an object without content.
+/// Returns the process's own code. Both kinds of code are opaque, and are objects without content
+/// here.
 std::int32_t copySelf(std::uint32_t /*flags*/, Object** code) {
     *code = makeDictionary();
     return 0;
@@ -149,7 +152,8 @@ std::int32_t copyStaticCode(const Object* /*code*/, std::uint32_t /*flags*/, Obj
     return 0;
 }
 
-/// The team is among what the flag asks for. Keys of what the signature does not tell are missing.
+/// Returns what the flag asks for, which includes the team. A fact that the signature does not tell
+/// has no key.
 std::int32_t copyInformation(const Object* /*code*/, std::uint32_t flags, Object** information) {
     auto* const made = makeDictionary();
     const Identity self = ownIdentity();

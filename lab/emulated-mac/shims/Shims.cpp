@@ -25,8 +25,8 @@ constexpr auto unwind = std::to_array<Shim>({
     endRun("a call of dyld_stub_binder or longjmp");
 }
 
-// Functions whose address the executables hold without calling them here: every import is bound
-// before the start, and PNG is not decoded.
+// Functions that the executables refer to but do not call here: every import is bound before the
+// start, and PNG is not decoded.
 constexpr auto uncalled = std::to_array<Shim>({
     {"_longjmp", address<notToBeCalled>},
     {"dyld_stub_binder", address<notToBeCalled>},

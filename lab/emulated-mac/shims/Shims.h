@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-/// What stands in for the imports, by the name that the linker knows. Each table lists the shims of
-/// one library or framework, each with its function or variable.
+/// Stands in for the imports, by the names that the linker knows. A table lists the shims of one
+/// library or framework; a row names an import and its function or variable.
 namespace velmo {
 
 struct Shim {
@@ -12,7 +12,7 @@ struct Shim {
     void* (*address)();
 };
 
-/// The address of a function or variable, for a row of a table.
+/// Returns the address of a function or variable, for a row of a table.
 template<auto Symbol>
 void* address() {
     return (void*)Symbol; // NOLINT: a function or a variable, const or not

@@ -41,7 +41,7 @@ struct Watch {
     std::uint32_t events = 0; ///< epoll's
     void* readUser = nullptr;
     void* writeUser = nullptr;
-    std::uintptr_t process = 0; ///< behind the descriptor, which is then one of this shim's own
+    std::uintptr_t process = 0; ///< that a descriptor of this shim's own stands for
 };
 
 struct Queues {
@@ -58,7 +58,7 @@ int makeQueue() {
     return keepError(::epoll_create1(0));
 }
 
-/// Any process may be waited for, and its end is told once.
+/// Watches for the end of any process, which is reported once.
 int watchProcess(int queue, const Event& event) {
     if ((event.flags & add) == 0 || event.filterFlags != exits)
         endRun("an event of a process that is not its end");
@@ -161,8 +161,8 @@ bool isQueue(int file) {
            == "anon_inode:[eventpoll]";
 }
 
-/// A queue knows no request at all (XNU's kern_event.c, kqueue_ioctl): it can't be made
-/// non-blocking.
+/// Handles FIONBIO alone. A queue accepts no request at all (XNU's kern_event.c, kqueue_ioctl): it
+/// can't be made non-blocking.
 extern "C" int emulatedDeviceControl(int file, std::uint64_t request, int** rest) {
     if (request != darwinNonBlocking)
         endRun("a request of ioctl that has no case");

@@ -41,8 +41,8 @@ struct DarwinStat {
 
 static_assert(sizeof(DarwinStat) == 144);
 
-/// What belongs to the user who runs the emulator belongs to the one whom the process believes to
-/// be.
+/// Returns the owner as the process sees it: files of the user that runs the emulator belong to the
+/// user that the process believes it runs as.
 std::uint32_t emulatedOwner(uid_t owner) {
     return owner == ::getuid() ? emulatedUser() : owner;
 }
@@ -135,7 +135,7 @@ struct DarwinEntry {
     std::array<char, 1024> name;
 };
 
-/// A folder's entry is good until the next is read.
+/// A folder's entry is valid until the next one is read.
 struct DarwinFolder {
     DIR* folder;
     DarwinEntry entry;

@@ -46,7 +46,8 @@ std::uint32_t emulatedUser() {
                 : firstPerson;
 }
 
-// Children. The attributes are opaque on a Mac, one pointer each; what is set is kept behind it.
+// Children. The attributes are opaque on a Mac, and one pointer in size; what is set is kept behind
+// that pointer.
 
 namespace {
 
@@ -125,8 +126,8 @@ void setUpSignals(const SpawnAttributes& attributes) {
         ::pthread_sigmask(SIG_SETMASK, &mask, nullptr);
 }
 
-/// posix_spawn(2): with the flag that closes, a descriptor survives only if an action names it as
-/// its target; one that is duplicated onto itself counts.
+/// Does the actions. With the flag that closes descriptors, a descriptor survives only if an action
+/// names it as its target; one that is duplicated onto itself counts (posix_spawn(2)).
 void setUpDescriptors(const SpawnAttributes& attributes, const SpawnActions& actions) {
     constexpr int highest = 1024;
     for (const SpawnAction& action : actions) {
@@ -157,14 +158,14 @@ void setUpDescriptors(const SpawnAttributes& attributes, const SpawnActions& act
     ::_exit(127);
 }
 
-/// A real child: a program of this machine's, run under its own name.
+/// Starts a real child: a program of this machine, run under its own name.
 int spawn(pid_t* child, const char* program, SpawnActions* const* actions,
           SpawnAttributes* const* attributes, char* const* arguments, char* const* environment) {
     std::string words;
     for (char* const* word = arguments; *word != nullptr; ++word)
         words += std::string(word == arguments ? "" : " ") + *word;
     note("runs " + words);
-    // High, out of the way of the descriptors that the actions name.
+    // The pipe is moved to high numbers, out of the way of the descriptors that the actions name.
     std::array<int, 2> errorPipe{};
     if (::pipe2(errorPipe.data(), O_CLOEXEC) != 0)
         return darwinErrorOf(errno);
@@ -183,13 +184,13 @@ int spawn(pid_t* child, const char* program, SpawnActions* const* actions,
     return error == 0 ? 0 : darwinErrorOf(error);
 }
 
-/// The status of a child that a signal ended tells the signal by its Linux number; those that the
-/// executables send or ask about are the same on both systems.
+/// Waits for a child. If a signal ended the child, the status has the signal's Linux number; the
+/// signals that the executables send or ask about are the same on both systems.
 pid_t waitFor(pid_t child, int* status, int options) {
     return keepError(::waitpid(child, status, options));
 }
 
-/// The child has this thread alone, as on a Mac.
+/// Forks. The child has this thread alone, as on a Mac.
 pid_t split() {
     note("forks");
     return keepError(::fork());
@@ -202,7 +203,7 @@ bool isForTheMac(const std::string& path) {
     return std::string_view(magic.data(), magic.size()) == "\xCF\xFA\xED\xFE";
 }
 
-/// An executable of the Mac's runs as this process does.
+/// Runs another program in this process. An executable of the Mac is emulated again.
 int become(const char* program, char* const* arguments) {
     const std::string place = placeOf(program);
     if (!isForTheMac(place))
@@ -226,7 +227,8 @@ pid_t leadSession() {
     return keepError(::setsid());
 }
 
-/// dyld(3): the path that the process was started by; -1 and the size if there is no room.
+/// Gives the path that the process was started by (dyld(3)). Returns -1 and gives the size needed
+/// if the room is too small.
 int ownPath(char* to, std::uint32_t* size) {
     const auto needed = static_cast<std::uint32_t>(executable().size()) + 1;
     if (*size < needed) {
@@ -238,7 +240,7 @@ int ownPath(char* to, std::uint32_t* size) {
     return 0;
 }
 
-/// Hands on a path, null for an error, and keeps the error.
+/// Passes on a path, or null for an error, and keeps the error.
 char* pathOrError(char* path) {
     if (path == nullptr)
         *darwinErrno() = darwinErrorOf(errno);
@@ -275,7 +277,7 @@ int registerAtExit(void (*function)(void*), void* argument, void* /*image*/) {
     return 0;
 }
 
-/// `_exit`: nothing is called, nothing flushed.
+/// Does what `_exit` does: calls and flushes nothing.
 [[noreturn]] void exitAtOnce(int status) {
     note("_exit(" + std::to_string(status) + "), alive:" + objectLedger());
     ::_exit(status);
@@ -290,14 +292,15 @@ std::uint32_t user() {
     return emulatedUser();
 }
 
-/// No library lies where the executables would load one: that is how a Mac without it answers.
+/// Returns null, as a Mac without the library does: no library lies where the executables would
+/// load one.
 void* openLibrary(const char* path, int /*mode*/) {
     note(std::string("dlopen ") + (path == nullptr ? "(this)" : path) + ": not there");
     return nullptr;
 }
 
-/// <libproc.h>: the path of a process's executable. Of an emulated process that is the word behind
-/// the emulator's.
+/// Gives the path of a process's executable (<libproc.h>). In an emulated process's command line
+/// the path is the word behind the emulator's.
 int pathOf(int process, char* to, std::uint32_t size) {
     std::ifstream words("/proc/" + std::to_string(process) + "/cmdline");
     for (std::string before, word; std::getline(words, word, '\0'); before = word) {
@@ -348,7 +351,7 @@ void exitAfterMain(int status) {
         last.function(last.argument);
     }
     std::fflush(nullptr);
-    // What the program let go of may be in the hands of the system's threads for a moment.
+    // The system's threads may keep what the program has released for a moment longer.
     for (int i = 0; i < 100 && isAnythingAlive(); ++i)
         ::usleep(10'000);
     note("main returned " + std::to_string(status) + ", alive:" + objectLedger());

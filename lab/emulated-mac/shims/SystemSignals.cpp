@@ -24,7 +24,7 @@ namespace {
 
 constexpr int signalCount = 32;
 
-/// The part of Darwin's siginfo_t that tells of a sender.
+/// The part of Darwin's siginfo_t that tells about the sender.
 struct DarwinInfo {
     int signal;
     int error;
@@ -52,8 +52,9 @@ Handler plain(void (*handler)(int)) {
     return reinterpret_cast<Handler>(reinterpret_cast<void*>(handler));
 }
 
-/// Linux drops an ignored signal before anybody sees it, so one that is watched always has a
-/// handler of ours, and what the process asked for is kept here, by Darwin's number.
+/// The watched signals, and the dispositions that the process asked for, by Darwin's numbers. Linux
+/// drops an ignored signal before any watcher sees it, so a watched signal always has a handler of
+/// ours.
 struct Table {
     std::mutex mutex;
     std::map<int, std::vector<std::function<void()>>> watchers;
@@ -149,7 +150,8 @@ constexpr std::uint32_t bitOf(int signal) {
     return 1U << (signal - 1);
 }
 
-/// To block is 1, to unblock 2, to set 3: one more than here.
+/// Changes the mask. Darwin's numbers for block, unblock and set are 1, 2 and 3, one more than
+/// Linux's.
 int setMask(int how, const std::uint32_t* wanted, std::uint32_t* before) {
     sigset_t set;
     sigset_t old;

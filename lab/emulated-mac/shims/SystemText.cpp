@@ -47,7 +47,7 @@ VELMO_VARIADIC(variadicPrintIn, 4, emulatedPrintIn);
 
 static_assert(_IOFBF == 0 && _IOLBF == 1 && _IONBF == 2, "as in Apple's <stdio.h>");
 
-/// Characters by the bits of <runetype.h>, for ASCII: the only locale here is "C".
+/// The kinds of ASCII characters, by the bits of <runetype.h>: the only locale here is "C".
 struct RuneLocale {
     static constexpr std::size_t typesOffset = 60;
 
@@ -89,7 +89,7 @@ struct RuneLocale {
 
 RuneLocale runes;
 
-/// Of the "C" locale: each byte is a character, and there is no state between them.
+/// Converts by the "C" locale: every byte is a character, without state between them.
 int toWide(wchar_t* to, const char* from, std::size_t size, void* /*locale*/) {
     if (from == nullptr || size == 0)
         return 0;

@@ -18,9 +18,9 @@ namespace velmo {
 
 namespace {
 
-// A mutex or condition variable of Darwin's is a signature and room, which is not enough for ours:
-// ours is kept behind the first word of the room. One that a constant initialised gets its own when
-// it is first used (libpthread's pthread_impl.h).
+// A mutex or condition variable of Darwin's is a signature and some room, too little for one of
+// this system's: a pointer to the native one is kept in the first word of the room. An object that
+// a constant initialised gets its native one at its first use (libpthread's pthread_impl.h).
 
 struct Opaque {
     std::int64_t signature;
@@ -127,8 +127,8 @@ int setValue(std::uint64_t key, const void* value) {
     return darwinErrorOf(::pthread_setspecific(static_cast<pthread_key_t>(key), value));
 }
 
-/// What the executable's thread-locals want done when their thread ends, last first (dyld's
-/// threadLocalVariables.c).
+/// The destructors of the executable's thread-locals, called when their thread ends, last first
+/// (dyld's threadLocalVariables.c).
 class ThreadEnd {
 public:
     ThreadEnd() = default;
@@ -171,7 +171,8 @@ std::uint32_t threadNumber(pthread_t /*thread*/) {
     return static_cast<std::uint32_t>(::gettid());
 }
 
-/// Darwin's <time.h>. What EMULATED_MAC's "elapsed" adds passes on every clock but the date's.
+/// Darwin's <time.h>. The seconds of EMULATED_MAC's fact "elapsed" are added to every clock but the
+/// date's.
 enum DarwinClock { realTime = 0, monotonicRaw = 4, monotonic = 6, uptimeRaw = 8 };
 
 int readClock(int clock, timespec* time) {

@@ -21,7 +21,7 @@ struct WorkQueue::State {
     bool isServed = false;
     std::thread::id thread;
 
-    /// Null when the queue is over and empty.
+    /// Waits for the next work. Returns null when the queue has ended and is empty.
     Work next(std::optional<Pool>& pool) {
         std::unique_lock lock(mutex);
         if (work.empty()) {
@@ -77,7 +77,7 @@ void WorkQueue::sync(const Work& work) {
     std::promise<void> reached;
     std::promise<void> done;
     async([&] {
-        // The caller may be gone as soon as it is done.
+        // The caller may be gone as soon as the work is done.
         auto whenDone = done.get_future();
         reached.set_value();
         whenDone.wait();

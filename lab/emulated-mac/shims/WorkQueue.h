@@ -7,7 +7,8 @@ namespace velmo {
 
 /// A serial queue of the system's own: one thread that runs one piece of work after the other, with
 /// an autorelease pool of last resort that is emptied when there is nothing left to do (libdispatch
-/// does the same on its worker threads). The thread goes with the last reference, once idle.
+/// does the same on its worker threads). The thread ends once the last reference is gone and the
+/// queue is idle.
 class WorkQueue {
 public:
     using Work = std::function<void()>;
@@ -19,8 +20,8 @@ public:
 
     void async(Work work);
 
-    /// Runs the work on the calling thread, when all that was queued before has been done. Ends the
-    /// run if the calling thread is the queue's: that would wait for itself for ever.
+    /// Runs the work on the calling thread, once all work queued before is done. Ends the run if
+    /// the calling thread is the queue's, which would wait for itself for ever.
     void sync(const Work& work);
 
 private:

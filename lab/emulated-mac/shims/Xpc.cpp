@@ -51,7 +51,7 @@ Object* interfaceWith(Object* /*self*/, Selector /*selector*/, const Protocol* p
     return autorelease(made);
 }
 
-/// A call of ours that waits for its reply.
+/// A call by this process that waits for its reply.
 struct Outstanding {
     Block* reply;
     Block* failed;
@@ -60,9 +60,9 @@ struct Outstanding {
 
 enum class State { suspended, resumed, invalidated };
 
-/// Everything but what is set before it is resumed belongs to its queue, on which the handlers, the
-/// replies and the exported object are called. It is kept by the system from being resumed until it
-/// is invalidated.
+/// A connection. The handlers, the replies and the exported object are called on `queue`, which
+/// alone touches everything that is not set before the connection is resumed. The system keeps a
+/// connection from its resumption until its invalidation.
 struct Connection : Object {
     std::optional<std::string> service; ///< absent at the listener's end
     bool isSystemWide = false;
@@ -81,8 +81,9 @@ struct Connection : Object {
 
     Connection() = default;
 
-    /// "The connection must be invalidated before it is deallocated", and what was never resumed
-    /// can't be let go of either; a listener's that it did not accept is the system's business.
+    /// "The connection must be invalidated before it is deallocated", and one that was never
+    /// resumed can't be released either. A listener's connection that was not accepted is exempt:
+    /// the system ends it.
     ~Connection() {
         if (state != State::invalidated && service)
             misuse("a connection is deallocated that is not invalidated");
@@ -122,12 +123,12 @@ void failOutstanding(Connection* connection, ErrorCode code) {
 }
 
 void closeSocket(Connection* connection) {
-    // The reader closes it: shut, it ends its wait.
+    // Only shut down, which ends the reader's wait. The reader then closes the socket.
     if (const int socket = std::exchange(connection->socket, -1); socket >= 0)
         ::shutdown(socket, SHUT_RDWR);
 }
 
-/// Once. What the handlers keep goes with them.
+/// Invalidates the connection once, and releases the handlers with all that they keep.
 void invalidateNow(Connection* connection) {
     if (connection->state.exchange(State::invalidated) == State::invalidated)
         return;
@@ -140,8 +141,8 @@ void invalidateNow(Connection* connection) {
     release(connection); // the system's reference
 }
 
-/// The other side is gone. A service's name leads to its next process, so a connection by name is
-/// only interrupted: its next message connects anew.
+/// Handles the loss of the other side. A connection by name is only interrupted, because the
+/// service's name leads to its next process: the next message connects anew.
 void peerIsGone(Connection* connection) {
     if (connection->state == State::invalidated)
         return;
@@ -217,8 +218,8 @@ void takeReply(Connection* connection, const Words& words) {
     releaseBlock(call.failed);
 }
 
-/// Every message is held against the requirement: one that does not satisfy it invalidates the
-/// connection.
+/// Handles a message. The peer must satisfy the requirement at every message; if not, the
+/// connection is invalidated.
 void takeMessage(Connection* connection, const Words& words) {
     if (connection->state != State::resumed || words.empty())
         return;
@@ -238,7 +239,7 @@ void takeMessage(Connection* connection, const Words& words) {
     }
 }
 
-/// Waits for messages; with the socket it ends, and hands on that it did.
+/// Waits for messages until the socket ends, then passes the end on.
 void read(Connection* connection, int socket) {
     while (auto words = receiveWords(socket)) {
         post(connection,
@@ -290,10 +291,10 @@ void call(Connection* connection, const Outstanding& outstanding, Words words) {
         return;
     }
     words[1] = std::to_string(number);
-    sendWords(connection->socket, words); // if it fails, the reader learns it too
+    sendWords(connection->socket, words); // the reader notices a failure too
 }
 
-/// A message to a proxy.
+/// Sends the message that the proxy has got to the other side.
 std::uint64_t forward(Object* self, Selector selector, std::uint64_t a, std::uint64_t b,
                       std::uint64_t c, std::uint64_t d, std::uint64_t e, std::uint64_t f) {
     auto* const proxy = static_cast<Proxy*>(self);
@@ -338,14 +339,15 @@ Object* initWithService(Connection* self, Selector /*selector*/, const Object* n
     return self;
 }
 
-/// Of the peer; 0 while there is none.
+/// Returns the peer's process id; 0 without a peer.
 std::int32_t peerProcess(Connection* self, Selector /*selector*/) {
     ucred peer{};
     socklen_t size = sizeof peer;
     return ::getsockopt(self->socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
-/// Of the peer: whom it believes to be run by can't be seen from here, so the real one counts.
+/// Returns the peer's user. The user that the peer believes it runs as can't be seen from here, so
+/// the real one counts.
 std::uint32_t peerUser(Connection* self, Selector /*selector*/) {
     ucred peer{};
     socklen_t size = sizeof peer;
@@ -357,8 +359,8 @@ void setMember(Connection* self, Selector /*selector*/, T* value) {
     (self->*Member).set(value);
 }
 
-/// "If the requirement is malformed, an exception is thrown"; to call it twice is an error.
-/// EMULATED_REQUIREMENTS=malformed makes this Mac understand none.
+/// Sets the requirement. "If the requirement is malformed, an exception is thrown"; a second call
+/// is an error. EMULATED_REQUIREMENTS=malformed makes every requirement malformed.
 void setRequirement(Connection* self, Selector /*selector*/, const Object* text) {
     if (self->requirement)
         misuse("a connection gets a second requirement");
@@ -396,7 +398,7 @@ FrameworkClass connectionClass(
      method<setMember<&Connection::invalidationHandler, Block>>("setInvalidationHandler:"),
      method<setMember<&Connection::remoteInterface, Interface>>("setRemoteObjectInterface:")});
 
-// The listener. launchd holds the service's port: EMULATED_SERVICE names the service that this
+// The listener. launchd keeps the service's port: EMULATED_SERVICE names the service that this
 // process was started for, EMULATED_PORT the descriptor of its socket.
 
 struct Listener : Object {
@@ -416,7 +418,8 @@ void setDelegate(Listener* self, Selector /*selector*/, Object* delegate) {
 
 constexpr Selector acceptSelector = "listener:shouldAcceptNewConnection:";
 
-/// Asks the delegate. A connection that is refused, or has no delegate to ask, is closed.
+/// Offers a connection to the delegate. A connection that the delegate refuses is closed, as is one
+/// without a delegate.
 void offer(Listener* listener, int socket) {
     auto* const connection = allocate<Connection>(connectionClass);
     connection->socket = socket;

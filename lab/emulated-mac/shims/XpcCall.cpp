@@ -18,7 +18,7 @@ class Encodings {
 public:
     explicit Encodings(std::string_view text) : text_(text) {}
 
-    /// Empty at the end.
+    /// Returns the next encoding; empty at the end.
     std::string next() {
         const std::size_t begin = at_;
         if (at_ == text_.size())

@@ -6,16 +6,16 @@
 #include <string_view>
 #include <vector>
 
-/// How the emulated XPC goes between processes: over a Unix socket that keeps messages apart, each
-/// a list of words with a NUL between them. The first message of each side is
+/// The emulated XPC between processes: messages over a Unix socket that keeps them apart. A message
+/// is a list of words with a NUL between them. The first message of each side is
 ///
 ///     identity TEAM IDENTIFIER
 ///
-/// which stands for what the kernel tells of a peer. Then come
+/// which stands for what the kernel tells about a peer. Then come
 ///
 ///     call NUMBER SELECTOR ARGUMENT...
 ///     reply NUMBER ARGUMENT...
-///     lost NUMBER                         (the reply block was let go of without a call)
+///     lost NUMBER                         (the reply block was released without a call)
 ///
 /// An argument is "q" and a number, "B" and 0 or 1, "@" and a text, or "-" for nil.
 namespace velmo {
@@ -28,7 +28,7 @@ bool sendWords(int socket, const Words& words);
 /// Waits for the next message; absent when the peer is gone.
 std::optional<Words> receiveWords(int socket);
 
-/// Connects to the socket; -1 if nobody listens.
+/// Connects to the socket. Returns -1 if no process listens there.
 int connectTo(const std::string& path);
 
 } // namespace velmo

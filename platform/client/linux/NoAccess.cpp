@@ -2,7 +2,7 @@
 
 namespace velmo {
 
-// By value, for a connection keeps the context. NOLINTNEXTLINE(performance-unnecessary-value-param)
+// By value: a connection keeps the context. NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::optional<PowerAccess> accessThisMac(ClientContext /*context*/) {
     return std::nullopt;
 }

@@ -6,7 +6,7 @@ namespace velmo {
 
 namespace {
 
-/// An assertion in force. Its end releases it, and so does the end of the process.
+/// An assertion in force, which the destructor releases. The end of the process releases it too.
 class Assertion {
 public:
     explicit Assertion(IOPMAssertionID number) : number_(number) {}

@@ -4,8 +4,8 @@
 
 namespace velmo {
 
-/// Keeps an idle Mac from sleeping for as long as what it returns lives
-/// (kIOPMAssertionTypePreventUserIdleSystemSleep, IOPMLib.h); null where the system refuses.
+/// Keeps an idle Mac from sleeping for as long as the returned object lives
+/// (kIOPMAssertionTypePreventUserIdleSystemSleep, IOPMLib.h). Returns null if the system refuses.
 std::shared_ptr<void> preventIdleSleep();
 
 } // namespace velmo

@@ -15,8 +15,8 @@ constexpr std::string_view propertyLists = "/Library/LaunchDaemons/";
 constexpr std::string_view logFolder = "/var/log/";
 constexpr std::size_t logLines = 5;
 
-/// A line of "launchctl print-disabled system" reads `"label" => disabled`; older ones end in
-/// "true".
+/// A line of "launchctl print-disabled system" reads `"label" => disabled`; older systems end the
+/// line in "true".
 std::optional<bool> isEnabled(const std::string& launchctl) {
     const auto list = outputOf(launchctl, {"print-disabled", "system"});
     if (!list)

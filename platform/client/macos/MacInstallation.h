@@ -7,8 +7,8 @@
 
 namespace velmo {
 
-/// Looks at how the daemon is installed on this Mac, with launchctl and codesign. `root` stands
-/// before every path; it is empty but in a test.
+/// Looks at how the daemon is installed on this Mac, with launchctl and codesign. `root` is put
+/// before every path, and is empty except in tests.
 Installation examineMac(const std::optional<std::string>& daemonRequirement,
                         const std::string& root = {});
 

@@ -9,13 +9,13 @@
 
 namespace velmo {
 
-/// Returns a connection to the power daemon of this Mac, which its first call makes: launchd starts
-/// the daemon then if need be. A daemon that does not satisfy the code-signing requirement is not
-/// talked to. Null if the requirement is malformed.
+/// Returns a connection to the power daemon of this Mac. The first call connects, and launchd then
+/// starts the daemon if need be. A daemon that does not satisfy the code-signing requirement gets
+/// no call. Returns null if the requirement is malformed.
 ///
 /// `onLost` is called once, when no daemon can be reached or the connection ends by itself; calls
-/// without a reply by then never get one. Letting go of the client ends the connection too, and
-/// nothing is called any more. Replies and `onLost` come through `context.post`.
+/// without a reply by then never get one. Releasing the returned object ends the connection too,
+/// and nothing is called after that. Replies and `onLost` come through `context.post`.
 std::shared_ptr<VelmoPowerProtocol> connectToPowerDaemon(const std::string& requirement,
                                                          ClientContext context,
                                                          std::function<void()> onLost);

@@ -14,8 +14,9 @@ namespace velmo {
 
 namespace {
 
-/// The only part of a client that the connection's queue touches. The client shuts it when it goes:
-/// replies and errors still come after that, when the thread that they were for may be gone.
+/// The only part of a client that the connection's queue touches. The client's destructor shuts it,
+/// because replies and errors still come after that, when the thread that they were for may be
+/// gone.
 class Letterbox {
 public:
     using Piece = std::function<void()>;
@@ -38,11 +39,12 @@ private:
     std::function<void(Piece)> post_;
 };
 
-/// Replies and errors come on the connection's own queue, where nothing of this object is touched:
-/// they are posted, and dropped if the client is gone by then.
+/// The client's side of an XPC connection. Replies and errors come on the connection's own queue,
+/// which touches nothing of this object: they are posted to the client's thread, and dropped if the
+/// client is gone by then.
 class XpcPowerClient final : public VelmoPowerProtocol,
                              public std::enable_shared_from_this<XpcPowerClient> {
-    /// Returns a callback for the connection's queue, which posts the call of this one.
+    /// Returns a function for the connection's queue, which posts a call of `callback`.
     template<class Callback>
     auto posted(Callback callback) {
         return [self = weak_from_this(), letterbox = letterbox_,
@@ -79,7 +81,8 @@ public:
         connection_.invalidationHandler = ^{
           lost();
         };
-        // Also when it is of no use: the system wants a connection resumed before it is let go.
+        // Even if the requirement is malformed: the system wants a connection resumed before it is
+        // released.
         [connection_ resume];
         return required;
     }
@@ -130,8 +133,8 @@ private:
         return textIn((__bridge CFTypeRef)text).value_or(std::string());
     }
 
-    /// Returns the daemon's proxy. Each call through it ends in its reply or in `failed`, never in
-    /// both.
+    /// Returns the daemon's proxy. A call through the proxy ends in its reply or in `failed`, never
+    /// in both.
     id<VelmoPowerProtocol> daemon(std::function<void()> failed) {
         return [connection_ remoteObjectProxyWithErrorHandler:^(NSError* /*error*/) {
           failed();

@@ -30,7 +30,8 @@ private:
     std::filesystem::path socket_;
 };
 
-/// There is no launchd, nothing is signed, and the log goes where its reader wants it.
+/// Leaves out what a simulated Mac lacks: launchd, code signatures and a log file. The daemon there
+/// logs to its standard error.
 Installation examine(const MacFolder& mac) {
     std::error_code error;
     return {.isLoaded = std::filesystem::exists(mac.socket(powerDaemonMachService), error),

@@ -10,8 +10,9 @@
 
 namespace velmo {
 
-/// Returns the simulated Mac that lives in a folder, or one line that says what is wrong with it
-/// and what would do. Its link works, and calls back, on the thread that runs the context.
+/// Returns the simulated Mac that lives in a folder, or one line that says what is wrong with the
+/// folder and what to do instead. The link works and calls back on the thread that runs the
+/// context.
 std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& context,
                                                            const std::filesystem::path& folder);
 

@@ -24,8 +24,8 @@ std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
     client->onLost_ = std::move(onLost);
     client->socket_.async_connect(
         *address, [client](const std::error_code& error) { client->connected(error); });
-    // Reads and writes under way keep the client itself alive; what the caller gets is a handle
-    // whose end closes the connection and lets them finish.
+    // Reads and writes under way keep the client itself alive. The caller gets a handle: its end
+    // closes the connection and lets them finish.
     return {client.get(), [client](SocketClient* /*owned by client*/) { client->close(); }};
 }
 

@@ -20,10 +20,10 @@ namespace velmo {
 class SocketClient final : public VelmoPowerProtocol,
                            public std::enable_shared_from_this<SocketClient> {
 public:
-    /// Begins to connect to the socket; null if its path is too long for one. `onLost` is called
-    /// once, when nobody listens there or the daemon ends the connection; calls without a reply by
-    /// then never get one. Letting go of the
-    /// client ends the connection too, and nothing is called any more.
+    /// Begins to connect to the socket. Returns null if the path is too long for a socket address.
+    /// `onLost` is called once, when no daemon listens there or the daemon ends the connection;
+    /// calls without a reply by then never get one. Releasing the returned object ends the
+    /// connection too, and nothing is called after that.
     static std::shared_ptr<SocketClient> connect(asio::io_context& context,
                                                  const std::filesystem::path& socket,
                                                  std::function<void()> onLost);

@@ -17,7 +17,8 @@ void DispatchQueue::async(Work work) {
 }
 
 void DispatchQueue::sync(const Work& work) {
-    // The reference is good for as long as the call waits; the block would copy the work itself.
+    // A pointer, because the block would copy the work itself. The work lives for as long as the
+    // call waits.
     const Work* const borrowed = &work;
     dispatch_sync(queue_, ^{
       @autoreleasepool {

@@ -13,7 +13,7 @@
 
 namespace velmo {
 
-/// Runs the daemon on the Mac itself. It is allocated once and never destroyed.
+/// Runs the daemon on the Mac itself. Allocated once and never destroyed.
 class MacHost final : public DaemonHost {
 public:
     MacHost();

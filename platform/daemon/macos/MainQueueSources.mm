@@ -29,7 +29,7 @@ dispatch_source_t repeatOnMainQueue(double seconds, std::function<void()> handle
 }
 
 dispatch_source_t signalOnMainQueue(int signal, std::function<void()> handler) {
-    // A source watches beside the disposition, which would still end the process.
+    // A source does not replace the signal's disposition, which would still end the process.
     static_cast<void>(std::signal(signal, SIG_IGN));
     const dispatch_source_t source =
         dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<std::uintptr_t>(signal), 0,

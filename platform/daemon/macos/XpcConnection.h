@@ -13,14 +13,15 @@
 
 namespace velmo {
 
-/// One client's XPC connection. It refers to the NSXPCConnection weakly and is kept by it, so that
-/// both end together: the system keeps a resumed connection until it is invalidated.
+/// The XPC connection of one client. The NSXPCConnection owns this object, which refers back
+/// weakly, so that both end together: the system keeps a resumed connection until it is
+/// invalidated.
 class XpcConnection final : public ClientConnection {
 public:
     using Log = std::function<void(std::string_view message)>;
 
-    /// Makes the connection's one object; `log` is told why a requirement is refused, and `places`
-    /// of the client's calls and its end.
+    /// Makes the connection's one object. `log` gets the reason if a requirement is malformed;
+    /// `places` is told of the client's calls and of the connection's end.
     static std::shared_ptr<XpcConnection> of(NSXPCConnection* connection, ClientId id, Log log,
                                              std::shared_ptr<ConnectionPlaces> places);
 
@@ -34,7 +35,7 @@ public:
     void onInvalidation(std::function<void()> handler) override;
     void resume() override;
 
-    /// Ends the connection; its invalidation handler follows.
+    /// Ends the connection; the system then calls the invalidation handler.
     void invalidate();
 
 private:

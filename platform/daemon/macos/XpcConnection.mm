@@ -16,7 +16,7 @@ std::shared_ptr<XpcConnection> XpcConnection::of(NSXPCConnection* connection, Cl
     static const char keeper = 0;
     const std::shared_ptr<XpcConnection> made(
         new XpcConnection(connection, id, std::move(log), std::move(places)));
-    // A block is an object that keeps what it names.
+    // The block is an object and owns what it captures, so that the connection keeps `made` alive.
     objc_setAssociatedObject(
         connection, &keeper,
         ^{

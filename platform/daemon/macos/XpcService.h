@@ -17,7 +17,7 @@
 
 namespace velmo {
 
-/// Serves the guard's clients on a listener, as long as it lives.
+/// Serves the guard's clients on a listener, as long as this object lives.
 class XpcService {
 public:
     XpcService(NSXPCListener* listener, std::shared_ptr<Guard> guard, XpcConnection::Log log);

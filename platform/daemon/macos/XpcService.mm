@@ -27,7 +27,7 @@
 
 - (BOOL)listener:(NSXPCListener*)listener
     shouldAcceptNewConnection:(NSXPCConnection*)newConnection {
-    // The system's threads empty their own pools when they have nothing to do.
+    // The system's threads empty their own pools only when they are idle.
     @autoreleasepool {
         const velmo::ClientId client{++_lastClient};
         const velmo::UserId user{newConnection.effectiveUserIdentifier};

@@ -6,8 +6,9 @@
 #include <functional>
 #include <memory>
 
-/// The exported object of one connection, which hands every call on to the session. `onCalled` is
-/// told of each first: the system lets no call through that fails the code-signing requirement.
+/// The exported object of one connection, which passes every call on to the session. `onCalled` is
+/// called before every call. A call proves that the client satisfies the code-signing requirement,
+/// because the system drops the calls of any other.
 @interface VelmoPowerSession : NSObject <VelmoPowerProtocol>
 
 - (instancetype)initWithSession:(std::shared_ptr<velmo::VelmoPowerProtocol>)session

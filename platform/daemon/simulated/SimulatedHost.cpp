@@ -74,7 +74,7 @@ void SimulatedHost::onTermination(std::function<void()> handler) {
                                                            int /*signal*/) { handler(); });
 }
 
-/// Restores nothing: the setting that it would restore is that of another Mac.
+/// Ends without a restore: the sleep setting in the folder is that of another Mac.
 void SimulatedHost::endIfReplaced() {
     if (folder_.isServedBy(right_))
         return;

@@ -17,12 +17,12 @@
 
 namespace velmo {
 
-/// Runs the daemon on a Mac that lives in a folder. It is made once and never destroyed. As on a
-/// Mac, its clients are served beside the main thread, which may wait for the guard's queue.
+/// Runs the daemon on a Mac that lives in a folder. Made once and never destroyed. As on a Mac,
+/// clients are served beside the main thread, which may wait for the guard's queue.
 class SimulatedHost final : public DaemonHost {
 public:
-    /// `right` is the one to serve the Mac (`MacFolder::serve`). When somebody has put another Mac
-    /// in its place, the process ends before it does anything to that one.
+    /// `right` is the right to serve the Mac (`MacFolder::serve`). Once the folder is gone or
+    /// contains another Mac, the process ends before it does anything there.
     SimulatedHost(const MacFolder& folder, Descriptor right);
 
     RecordStore& recordStore(std::string_view directory, std::string_view name) override;

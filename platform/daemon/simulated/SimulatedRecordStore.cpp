@@ -35,7 +35,7 @@ SimulatedRecordStore::SimulatedRecordStore(MacFolder folder, std::string_view di
     : folder_(std::move(folder)),
       beforeEffect_(std::move(beforeEffect)),
       directory_(folder_.inside(directory)),
-      // Root owns this folder on a Mac; here whoever runs the simulation does.
+      // On a Mac root owns this folder; here the user that the daemon runs as does.
       file_(directory_.string(), name, ::getuid()) {
 }
 

@@ -23,7 +23,8 @@ namespace {
 
 using Socket = asio::local::stream_protocol::socket;
 
-/// One client's connection. It keeps itself alive while a read, a call or a write is under way.
+/// The connection of one client, which keeps itself alive while a read, a call or a write is under
+/// way.
 class SocketConnection final : public ClientConnection,
                                public std::enable_shared_from_this<SocketConnection> {
 public:
@@ -51,8 +52,8 @@ public:
         return process_.and_then(programNameOf);
     }
 
-    /// A socket knows no signatures: the peer's user, seen to when the connection is resumed,
-    /// stands for one.
+    /// Returns true for any requirement: a socket shows no signature. The peer's user stands for
+    /// one, and is checked when the connection is resumed.
     bool requireCodeSignature(const std::string& /*requirement*/) override { return true; }
 
     void exportSession(std::shared_ptr<VelmoPowerProtocol> session) override {
@@ -169,8 +170,8 @@ SocketService::SocketService(asio::io_context& context, MacFolder folder, std::s
 std::error_code SocketService::listen(std::string_view service, std::shared_ptr<Guard> guard) {
     guard_ = std::move(guard);
     const auto path = folder_.socket(service);
-    // Renamed once it listens: whoever finds the name can connect, and a daemon that is gone leaves
-    // nothing in the way.
+    // Renamed once it listens, so that a client that finds the name can connect, and so that the
+    // socket of a daemon that is gone is replaced.
     const auto unready = std::filesystem::path(path).replace_extension(".new");
     try {
         std::filesystem::remove(unready);
@@ -192,7 +193,7 @@ void SocketService::acceptNext() {
             acceptNext();
             return;
         }
-        // Mostly a lack of descriptors, which asking again at once would not mend.
+        // Mostly a lack of descriptors, which an immediate retry would not mend.
         acceptPause_.expires_after(std::chrono::milliseconds(100));
         acceptPause_.async_wait([this](const std::error_code& /*aborted*/) { acceptNext(); });
     });

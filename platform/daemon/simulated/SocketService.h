@@ -17,11 +17,12 @@
 namespace velmo {
 
 /// Serves the guard's clients on a Unix-domain socket, in place of a Mac's Mach service. A peer
-/// whose user the machine file trusts counts as signed the way the requirement wants; any other is
-/// dropped without a word, as XPC does it.
+/// counts as signed the way the requirement wants if the machine file trusts its user; any other is
+/// dropped without a reply, as XPC does.
 ///
-/// Peers can't harm each other: a client's next call is read only after its last one was answered,
-/// a line that is too long or not a call ends its connection, and so does one connection too many.
+/// Peers can't harm each other. A client's next call is read only after the reply to the last one.
+/// A line that is too long or not a call ends the connection. A connection beyond the limit is
+/// dropped.
 class SocketService {
 public:
     /// Far fewer than the descriptors that a process may have: pmset and the record need some too.
@@ -31,7 +32,7 @@ public:
     SocketService(asio::io_context& context, MacFolder folder, std::size_t places = maxConnections);
 
     /// Takes the socket over from a daemon that is gone, and serves the guard's clients on it from
-    /// then on. Returns why it can't, if so.
+    /// then on. Returns the error if the socket can't be made.
     [[nodiscard]] std::error_code listen(std::string_view service, std::shared_ptr<Guard> guard);
 
 private:
@@ -46,8 +47,8 @@ private:
     std::shared_ptr<Guard> guard_;
     std::uint64_t lastClient_ = 0;
     std::size_t places_;
-    /// How many connections there are. A connection that outlives the service still counts itself
-    /// out, on whichever thread lets go of it last.
+    /// The number of connections. A connection that outlives the service still counts itself out,
+    /// on whichever thread releases it last.
     std::shared_ptr<std::atomic<std::size_t>> taken_ =
         std::make_shared<std::atomic<std::size_t>>(std::size_t{0});
 };

@@ -10,8 +10,8 @@
 
 namespace velmo {
 
-/// Runs the work on a thread of its own, so that a pmset that takes its time never keeps the main
-/// loop from its timer, its signals and its sockets.
+/// Runs the work on a thread of its own, so that a slow pmset never keeps the main loop from its
+/// timer, its signals and its sockets.
 class ThreadQueue final : public SerialQueue {
 public:
     void async(Work work) override { asio::post(thread_, std::move(work)); }

@@ -30,10 +30,10 @@ using Memory = std::unique_ptr<void, FreeMemory>;
 List listFrom(std::string_view bytes) {
     if (!PropertyListBounds::admits(bytes))
         return nullptr;
-    // libplist does not know the mark.
+    // libplist does not know the byte order mark.
     if (bytes.starts_with(PropertyListBounds::byteOrderMark))
         bytes.remove_prefix(PropertyListBounds::byteOrderMark.size());
-    // Newer libraries try other forms too if the form is left to them.
+    // Newer versions of libplist try other forms too if they are left to find out the form.
     const bool isBinary =
         plist_is_binary(bytes.data(), static_cast<std::uint32_t>(bytes.size())) != 0;
     const auto read = isBinary ? plist_from_bin : plist_from_xml;
@@ -101,7 +101,8 @@ std::optional<Value> valueOf(plist_t node, std::size_t depth) {
     case PLIST_BOOLEAN:
         return Value(scalarIn(node, plist_get_bool_val) != 0);
     case PLIST_UINT:
-        // libplist hands out the bits alone: -1 can't be told from 2^64 - 1, which nobody writes.
+        // libplist hands out the bits alone: -1 can't be told from 2^64 - 1, which lists do not
+        // use.
         return Value(static_cast<std::int64_t>(scalarIn(node, plist_get_uint_val)));
     case PLIST_REAL:
         return Value(scalarIn(node, plist_get_real_val));

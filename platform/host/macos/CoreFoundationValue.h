@@ -9,8 +9,8 @@
 namespace velmo {
 
 /// Returns a whole property list as a value. Dates, and texts that `textIn` can't read, become
-/// values without a kind; members whose key is such a text are left out. Absent for null, and for a
-/// list that is deeper than `PropertyListBounds::maxDepth`.
+/// values without a kind; a member with such a text as its key is left out. Absent for null, and
+/// for a list that is deeper than `PropertyListBounds::maxDepth`.
 std::optional<Value> valueIn(CFTypeRef object);
 
 } // namespace velmo

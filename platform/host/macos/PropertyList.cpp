@@ -28,7 +28,7 @@ std::optional<Value> parse(std::string_view bytes) {
 }
 
 Inventory::BundleInformation bundle(const std::string& path) {
-    // The service reads the file again, but would wait for a FIFO and read anything.
+    // Checked first: CFBundle, which reads the file again, would wait for a FIFO and read anything.
     const auto file = readInformation(path);
     if (!file || !PropertyListBounds::admits(file->content))
         return {};

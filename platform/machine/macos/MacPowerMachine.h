@@ -7,7 +7,8 @@ namespace velmo {
 /// Where every Mac has the tool that changes the sleep setting.
 inline constexpr const char* pmsetPath = "/usr/bin/pmset";
 
-/// The Mac that this process runs on. It has no state, and only `runPmset({"-a", ...})` needs root.
+/// The Mac that this process runs on. The object is stateless; only `runPmset({"-a", ...})` needs
+/// root.
 class MacPowerMachine final : public PowerMachine {
 public:
     std::optional<std::string> runPmset(PmsetArguments arguments) override;

@@ -9,8 +9,8 @@
 namespace velmo {
 
 /// A simulated Mac as the daemon and its clients see it. Every fact is read from the machine file
-/// when it is asked for; while a person is in the middle of saving the file, the last good state
-/// stands.
+/// when it is asked for. While the file can't be read, as in the middle of a save, the last good
+/// state stands.
 class SimulatedPowerMachine final : public PowerMachine {
 public:
     /// `beforeEffect` is called before anything is done to the Mac.
