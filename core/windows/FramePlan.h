@@ -33,7 +33,8 @@ using Step = std::variant<Position, Size>;
 std::vector<Step> steps(const std::optional<WindowBounds>& current, const WindowBounds& target,
                         bool resizable);
 
-/// Applications round frames to grids of their own, so that each number may differ by this much.
+/// Applications round frames to grids of their own, so that each number may be off by up to this
+/// much.
 inline constexpr double tolerance = 40; ///< points
 
 /// Tells whether the bounds that were read back are within `tolerance` of the target's. The size is
