@@ -5,7 +5,7 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The first byte says how long the pieces are.
+/// The first byte gives the length of the pieces.
 void checkBase64Texts(Input input) {
     const std::size_t length = std::size_t{1} + input.byte() % 16;
     const ByteView bytes = input.restBytes();

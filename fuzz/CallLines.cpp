@@ -5,7 +5,7 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// A call and an answer, for whichever of them the line is.
+/// The input is a line, which is read both as a call and as a reply.
 void checkCallLines(Input input) {
     const std::string_view line = input.rest();
     requireRecord<ReplyLine>(line);

@@ -7,8 +7,9 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// Reads pairs of typed bytes and of the time that passes before them, in units of 100 ms. The same
-/// must reach the program whether the bytes come one by one or all at once.
+/// The input is runs of typed bytes, each with the time that passes before the run, in units of 100
+/// ms. The same bytes must reach the program if a run comes byte by byte and if it comes all at
+/// once.
 void checkDetachKeys(Input input) {
     PtyAttach::DetachKey oneByOne;
     PtyAttach::DetachKey atOnce;

@@ -7,7 +7,7 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// A path as an address and back; the same bytes as an address.
+/// The input is read twice: as a path, which is turned into an address and back, and as an address.
 void checkFileUrls(Input input) {
     const std::string text(input.rest());
     const auto written = FileUrl{.path = text}.text();

@@ -6,9 +6,10 @@
 
 namespace velmo::Fuzz {
 
-/// Decodes the stream byte by byte, and demands that it be cut anywhere with the same outcome, with
-/// frames that own their payloads and with views: the first byte says how long the slices are.
-/// `told` makes something comparable of a frame.
+/// Decodes the rest of the input byte by byte and returns the outcome, which must be the same when
+/// the stream is cut into slices, with frames that own their payloads and with views. The first
+/// byte of the input gives the length of the slices. `told` turns a frame into something
+/// comparable.
 template<class Decoder, class Tell>
 auto requireSlicingIsIgnored(Input& input, ByteView& stream, const Tell& told) {
     const std::size_t length = std::size_t{1} + input.byte();
@@ -25,7 +26,7 @@ auto requireSlicingIsIgnored(Input& input, ByteView& stream, const Tell& told) {
             && viewed.position == sliced.position
             && std::ranges::equal(viewed.frames, sliced.frames, {}, told, told));
 
-    // What stands before the byte that is in error is decoded in one piece too.
+    // The bytes before the one in error are decoded in one piece too.
     const std::size_t sound = finest.position - (finest.error ? 1 : 0);
     Decoder decoder;
     const auto whole = decoder.feed(stream.first(sound));

@@ -14,7 +14,7 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// A real must stay one: 2.0 is no integer.
+/// Writes a real in scientific form, so that it stays a real: 2.0 must not become an integer.
 void writeReal(JsonWriter& writer, double value) {
     std::array<char, 32> digits{};
     const auto end =
@@ -134,7 +134,7 @@ std::string respelt(const JsonObject& object) {
 
 } // namespace velmo::Fuzz
 
-/// The fuzzer's own name for what it calls.
+/// Runs one input. The fuzzer prescribes the name of this function.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     velmo::Fuzz::Target::any().run({data, size});
     return 0;

@@ -12,15 +12,15 @@
 #include <utility>
 #include <vector>
 
-/// What the fuzz targets share. A target is one source file with one `Target`: it hands any bytes
-/// at all to one parser and demands what must hold of every answer.
+/// What the fuzz targets share. A target is one source file with one `Target`, which hands
+/// arbitrary bytes to one parser and checks what must be true of every result.
 namespace velmo::Fuzz {
 
-/// Ends the process, which is a finding, unless the condition holds.
+/// Ends the process, which is a finding, unless the condition is true.
 void require(bool holds, std::source_location at = std::source_location::current());
 
-/// The bytes of one run, taken off from the front. Texts are lines, so that seeds can be read and
-/// written by hand; what is gone reads as 0 and "".
+/// The bytes of one run, which are read from the front. Texts are lines, so that seeds can be read
+/// and written by hand. At the end of the input a byte reads as 0 and a text as "".
 class Input {
 public:
     explicit Input(ByteView bytes) : bytes_(bytes) {}
@@ -35,14 +35,14 @@ public:
     ByteView restBytes();
     std::string_view rest();
 
-    /// The rest, one word a line.
+    /// Returns the rest, one word a line.
     std::vector<std::string> words();
 
 private:
     ByteView bytes_;
 };
 
-/// A source file's check, known under the file's name from before `main` on.
+/// A source file's check, registered under the file's name before `main` runs.
 class Target {
 public:
     using Check = void (*)(Input input); ///< called once for every input
@@ -55,10 +55,10 @@ public:
 
     void run(ByteView bytes) const { check_(Input(bytes)); }
 
-    /// Returns null where there is none of that name.
+    /// Returns the target of that name, or null if the name is unknown.
     static const Target* find(std::string_view name);
 
-    /// Returns any of them: the fuzzer's programs have one each.
+    /// Returns one of the targets; a program of the fuzzer has only one.
     static const Target& any() { return *first; }
 
 private:
@@ -68,13 +68,14 @@ private:
     static const Target* first;
 };
 
-/// The same document spelt otherwise: members in reverse order, no blanks, no needless escape,
-/// reals in scientific form.
+/// Returns the same document spelt differently: members in reverse order, no blanks, no needless
+/// escapes, reals in scientific form.
 std::string respelt(const JsonValue& value);
 std::string respelt(const JsonObject& object);
 
-/// Of a parser of JSON: how a document is spelt must not change what is made of it. `limit` is the
-/// number of bytes beyond which the parser refuses any text.
+/// Requires that a parser of JSON refuses a text that is not JSON, and that the spelling of a
+/// document does not change the result. `limit` is the number of bytes beyond which the parser
+/// refuses any text.
 template<class Parse>
 void requireSpellingIsIgnored(std::string_view json, const Parse& parse,
                               std::size_t limit = std::string_view::npos) {
@@ -87,7 +88,8 @@ void requireSpellingIsIgnored(std::string_view json, const Parse& parse,
     require(other.size() > limit || parse(json) == parse(other));
 }
 
-/// Of a record that is read back as it was written.
+/// Requires that a record is read back as it was written, and that the spelling of its JSON does
+/// not change it.
 template<Record R>
 void requireRecord(std::string_view json) {
     const auto decode = [](std::string_view text) { return decodeRecord<R>(text); };

@@ -11,7 +11,8 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// Of every value one reader answers, or none for null and for an integer beyond 64 bits.
+/// Checks a value and everything in it: an integer is also a number, a number is finite, a text is
+/// valid UTF-8, and the members of an object have distinct names and are found by them.
 // NOLINTNEXTLINE(misc-no-recursion): the reader bounds the nesting.
 void requireWhole(const JsonValue& value) {
     require(!value.integer() || value.number());
@@ -32,7 +33,8 @@ void requireWhole(const JsonValue& value) {
     require(std::ranges::adjacent_find(names) == names.end());
 }
 
-/// The reader itself, and the writer: a text written twice over is the same, members in order.
+/// Checks the reader and the writer. A document that is written two more times is the same text
+/// again, because every writing reverses its members.
 void checkJson(Input input) {
     const std::string_view text = input.rest();
     const auto written = encodeJson(text).value();

@@ -5,7 +5,7 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The member's text as the outline gives it; absent when a long one is no JSON.
+/// Returns the member's text as the outline gives it; absent if a long text is not valid JSON.
 std::optional<std::string> whole(const JsonOutline& outline, std::string_view name) {
     const auto left = outline.longText(name);
     std::string text(outline.object().member(name).and_then(&JsonValue::text).value_or(""));
@@ -18,7 +18,8 @@ std::optional<std::string> whole(const JsonOutline& outline, std::string_view na
     return text;
 }
 
-/// An outline takes the very objects that a document takes, and finds the same in them.
+/// An outline accepts exactly the objects that a document accepts, and finds the same texts in
+/// them.
 void checkJsonOutlines(Input input) {
     const std::string json = lengthened(input.rest());
     const auto document = JsonDocument::parse(json);

@@ -18,7 +18,7 @@ std::optional<OpenRequest> parse(std::span<const std::string> words) {
                      [](std::string_view path) { return std::optional(std::string(path)); });
 }
 
-/// The options that ask for the request.
+/// Returns the options that ask for the request.
 std::vector<std::string> optionsOf(const OpenRequest& request) {
     std::vector<std::string> words{"--app", std::string(rawText(request.app))};
     const auto add = [&](std::string_view name, const std::optional<std::string>& value) {
@@ -48,7 +48,7 @@ void requireLimits(const OpenRequest& request) {
     const auto script = openScript(request);
     require(script.has_value() == (request.app != App::ghostty));
     if (script) {
-        // Whatever is asked for, it stands inside a literal, and that says the command exactly.
+        // Whatever the request asks for stands inside a literal, which is exactly the command.
         const bool program = request.app == App::iterm && request.exec;
         const std::string command = program ? itermCommand(request) : shellCommand(request);
         for (const std::string& literal : readScript(*script).literals)

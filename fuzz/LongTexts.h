@@ -7,9 +7,9 @@
 
 namespace velmo::Fuzz {
 
-/// The text with control characters, which no JSON text may hold, replaced by letters, for the
-/// fuzzer's own inputs are short: U+0001 by as many as make a text too long for an outline, U+0002
-/// by a few less than one piece of it has.
+/// Returns the text with two control characters, which a JSON text must not contain, replaced by
+/// many letters, because the fuzzer's own inputs are short. U+0001 stands for one letter more than
+/// an outline keeps inline, U+0002 for a few letters less than a piece of a long text has.
 inline std::string lengthened(std::string_view text) {
     std::string longer;
     for (const char c : text) {

@@ -34,7 +34,8 @@ void checkNowPlayingLines(Input input) {
         requireLimits(*fromMusic);
     if (fromSpotify)
         requireLimits(*fromSpotify);
-    // A line with a title is a track to both; only Music can do without, if a stream has one.
+    // Both accept a line in which the track has a title. Only Music accepts a line without it, if
+    // the stream has a title.
     require(!fromSpotify || fromMusic);
 }
 

@@ -74,7 +74,8 @@ void requireRow(const Value& entry) {
         require(std::isfinite(side));
 }
 
-/// Whatever is in the list, everything that reads one keeps its own promises.
+/// The results of every reader of property lists keep within their limits, whatever the list
+/// contains.
 void checkPropertyLists(Input input) {
     const std::string_view bytes = input.rest();
     const auto list = PropertyList::parse(bytes);

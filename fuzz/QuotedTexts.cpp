@@ -7,8 +7,8 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The word that a POSIX shell makes of single-quoted stretches and escaped characters; absent when
-/// anything else stands in the text.
+/// Returns the word that a POSIX shell makes of single-quoted parts and escaped characters; absent
+/// if the text contains anything else.
 std::optional<std::string> shellWord(std::string_view text) {
     std::string word;
     while (!text.empty()) {

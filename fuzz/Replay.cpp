@@ -1,4 +1,4 @@
-/// Stands in for the fuzzer where there is none: fuzz_replay TARGET FOLDER hands each file of the
+/// Replaces the fuzzer in builds without it: fuzz_replay TARGET FOLDER hands each file of the
 /// folder to the target, once. A finding ends the process.
 
 #include "fuzz/Fuzz.h"

@@ -7,9 +7,10 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// Reads what peers send to a session host. Each turn is a byte that says who speaks and how much
-/// follows; a peer is a stranger at one of the two doors, a window or a bridge. Whatever they say,
-/// a window that behaves sees the whole output, and nobody is left once they have gone.
+/// The input is what peers send to a session host, in turns: a byte, which gives the peer and the
+/// number of bytes, and then those bytes. The peers are a window, a bridge and a stranger at each
+/// of the two doors. Whatever they send, a window that behaves sees the whole output, and the host
+/// is idle some time after every program has ended.
 void checkSessionPeers(Input input) {
     SessionWorld world;
     const std::string id = world.startShell();

@@ -9,8 +9,8 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The input is the words of a request to kill an application. What is accepted matches the process
-/// that it names, and is read again as the same request.
+/// The input is the words of a request to kill an application. An accepted request matches the
+/// process that it names, and is read again as the same request.
 void checkTargetRequests(Input input) {
     const auto request = TargetRequest::parse(input.words());
     if (!request)

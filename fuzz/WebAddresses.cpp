@@ -11,7 +11,7 @@ namespace {
 
 void checkWebAddresses(Input input) {
     const std::string text(input.rest());
-    // For the peer a NUL ends a text.
+    // For the peer, a NUL ends the text.
     require(text.contains('\0') || agreesWithAPeer(text));
     const auto url = WebURL::parse(text);
     if (url) {

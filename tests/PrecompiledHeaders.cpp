@@ -1,1 +1,1 @@
-// Nothing but what CMake puts before it: the headers that all tests share.
+// Left empty: CMake includes the headers that all tests share before it.

@@ -13,8 +13,8 @@ namespace velmo {
 
 using Strings = std::vector<std::string>;
 
-/// What stands between blanks and line feeds: a command line, or a table of short texts. No word
-/// can be empty or hold either.
+/// Returns the words between blanks and line feeds, for a command line or a table of short texts. A
+/// word can be neither empty nor contain a blank or a line feed.
 inline Strings words(std::string_view text) {
     const auto pieces = Text::pieces(text, [](char32_t c) { return c == U' ' || c == U'\n'; });
     return {pieces.begin(), pieces.end()};
@@ -27,12 +27,13 @@ inline std::string times(std::size_t count, std::string_view text) {
     return result;
 }
 
-/// With its first `from` replaced; what is not there is a fault of the test.
+/// Returns the text with its first `from` replaced by `to`. A text without `from` is an error of
+/// the test.
 inline std::string changed(std::string text, std::string_view from, std::string_view to) {
     return text.replace(text.find(from), from.size(), to);
 }
 
-/// The frame once for each text, which takes the place of its "#".
+/// Returns the frame once for each text, with the text in place of its "#".
 inline Strings each(const std::string& frame, const Strings& texts) {
     Strings result;
     for (const std::string& text : texts)
@@ -45,7 +46,7 @@ inline Strings joined(Strings all, const Strings& more) {
     return all;
 }
 
-/// Whether the rule answers with a boolean or with a value or none.
+/// Expects the rule to accept and to refuse these texts. A rule returns a boolean or an optional.
 template<class Rule>
 void expectVerdicts(const Rule& rule, const Strings& accepted, const Strings& refused) {
     for (const std::string& text : accepted)

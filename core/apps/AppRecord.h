@@ -9,7 +9,7 @@ namespace velmo {
 /// An installed application, as the list shows it.
 struct AppRecord {
     std::string name;     ///< the name that people see
-    std::string path;     ///< of the bundle, below the folder as the scan was given it
+    std::string path;     ///< of the bundle, below the folder as it was given to the scan
     std::string bundleId; ///< empty when unknown
     std::string version;  ///< empty when unknown
 

@@ -71,7 +71,7 @@ std::vector<AudioOutput> list(std::span<const RawAudioDevice> devices,
                            .name = std::string(name),
                            .transport = std::string(transport(device.transportType)),
                            .isDefault = defaultID == device.deviceID};
-        // Inserted behind its equals, so that they stay in the order of the devices.
+        // Inserted after its equals, so that they stay in the order of the devices.
         outputs.insert(std::ranges::upper_bound(outputs, output, before), std::move(output));
     }
     return outputs;

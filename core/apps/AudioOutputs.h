@@ -53,8 +53,8 @@ constexpr std::uint32_t fourCC(std::string_view text) {
 std::string_view transport(std::uint32_t code);
 
 /// Tells whether the text is 1 to `maxIDLength` bytes of printable ASCII and begins with neither a
-/// space nor "-". The phone sends the identifier back, and it becomes an argument of a command: it
-/// must never be read as an option.
+/// space nor "-". The phone sends the identifier back, and the host makes it an argument of a
+/// command, which must never read it as an option.
 bool isValidID(std::string_view id);
 
 /// Reads the arguments of the command that switches the output: a valid identifier alone, which is
@@ -69,8 +69,8 @@ std::vector<AudioOutput> list(std::span<const RawAudioDevice> devices,
                               std::optional<std::uint32_t> defaultID,
                               const NameComparison& byValue);
 
-/// Returns the first visible device with output channels whose uid, without white space around it,
-/// is exactly this one.
+/// Returns the first visible device with output channels that has exactly this uid, apart from
+/// white space around the device's own.
 std::optional<RawAudioDevice> target(std::string_view uid, std::span<const RawAudioDevice> devices);
 
 } // namespace AudioOutputs

@@ -17,13 +17,13 @@ struct AudioState {
     /// Makes a state of a volume in percent, which is clamped to 0...100.
     static AudioState fromVolume(std::int64_t volume, bool muted);
 
-    /// Makes a state of the audio layer's volume, 0.0 to 1.0, to which a number outside is clamped.
-    /// It is rounded to whole percents, a half up, in single precision as the audio layer itself
-    /// computes. Absent if the number is not finite.
+    /// Makes a state of the audio layer's volume, which is clamped to 0.0...1.0 and rounded to
+    /// whole percents, a half up, in single precision as the audio layer itself computes. Absent if
+    /// the volume is not finite.
     static std::optional<AudioState> fromScalar(float scalar, bool muted);
 
     /// Makes a state of AppleScript's "output volume", in percent, and "output muted". Absent
-    /// without a volume, which some devices don't have; without "muted" the sound is on.
+    /// without a volume, which some devices lack; without "muted" the sound is on.
     static std::optional<AudioState> fromAppleScript(std::optional<std::int64_t> volume,
                                                      std::optional<bool> muted);
 

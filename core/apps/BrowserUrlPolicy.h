@@ -9,20 +9,19 @@
 #include <string>
 #include <string_view>
 
-/// Tells the phone which page the front browser shows: which browser to ask, with which script, and
-/// how much of its answer the phone may learn.
+/// Decides how the phone learns which page the front browser shows: which browser is asked, with
+/// which script, and how much of the result the phone may be told.
 ///
 /// List the windows on screen from front to back, pick the browser with `front`, run its `script`
 /// and hand the two texts that it returns to `report`. If the system refuses to run the script
 /// because the user has not permitted it, send `Report::automation` instead.
 namespace velmo::BrowserUrlPolicy {
 
-/// A browser that is supported. The texts belong to the table below, or the caller keeps them
-/// alive.
+/// A supported browser. The texts belong to the table below, or the caller keeps them alive.
 struct Browser {
     std::string_view key;    ///< the short name that the phone knows
     std::string_view bundle; ///< bundle identifier
-    bool scriptable = false; ///< it understands what `script` asks
+    bool scriptable = false; ///< understands the AppleScript of `script`
 
     bool operator==(const Browser&) const = default;
 };
@@ -43,7 +42,7 @@ struct Window {
 
 inline constexpr std::size_t urlMax = 2048; ///< bytes of UTF-8
 
-/// The record for the phone. What is not known, or must not be told, is absent.
+/// The record for the phone. A member that is unknown, or must not be told, is absent.
 struct Report {
     std::optional<std::string> browser;    ///< `Browser::key`
     std::optional<bool> private_;          ///< whether the front window is a private one
@@ -70,21 +69,21 @@ struct Report {
 /// Returns the row of the table with this bundle identifier, in any letter case.
 std::optional<Browser> browser(std::optional<std::string_view> bundle);
 
-/// Returns the browser whose window is frontmost. Windows of other applications, and those on
-/// another layer than 0, are passed over even if they lie in front of it.
+/// Returns the browser with the frontmost window. Windows of other applications, and windows on
+/// another layer than 0, are skipped even if they lie in front.
 std::optional<Browser> front(std::span<const Window> windows);
 
-/// Returns the AppleScript that asks the browser for the mode and the address of its front window;
-/// it returns a list of the two texts. Absent if the browser is not scriptable, or if its
-/// identifier is made of anything but ASCII letters, digits and dots: it stands inside a literal of
-/// the script, which a quote would end.
+/// Returns an AppleScript that asks the browser for the mode and the address of its front window
+/// and returns a list of the two texts. Absent if the browser is not scriptable, or if its
+/// identifier contains anything but ASCII letters, digits and dots: the script has the identifier
+/// in a literal, which a quote would end.
 std::optional<std::string> script(const Browser& browser);
 
-/// Returns the report of what the script returned. Only a window of mode "normal" has its address
-/// reported, if that is valid UTF-8 of at most `urlMax` bytes, begins with "http://" or "https://",
-/// and contains neither spaces nor control characters. User names and passwords in the address are
-/// not removed. The mode "none" stands for a browser without a window; of a mode that is not known,
-/// or absent, only the browser is reported.
+/// Returns the report about the two texts that the script returned. Only a window of mode "normal"
+/// has its address reported, and only if the address is valid UTF-8 of at most `urlMax` bytes,
+/// begins with "http://" or "https://", and contains neither spaces nor control characters. User
+/// names and passwords in the address are not removed. The mode "none" stands for a browser without
+/// a window. With an unknown or absent mode, only the browser is reported.
 Report report(const Browser& browser, std::optional<std::string_view> mode,
               std::optional<std::string_view> url);
 

@@ -28,7 +28,7 @@ struct DockAutohideRequest {
     bool operator==(const DockAutohideRequest&) const = default;
 };
 
-/// Whether the Dock hides itself, after a request was carried out.
+/// Tells the phone whether the Dock hides itself, after a request was carried out.
 struct DockAutohideReport {
     bool autohide = false;
     std::string method; ///< how the caller read or set it, for finding faults

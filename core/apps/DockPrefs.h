@@ -9,7 +9,7 @@
 
 namespace velmo {
 
-/// An application in the Dock. Its texts come from preferences that any program may write: show
+/// An application in the Dock. The texts come from preferences that any program may write: show
 /// them, but don't rely on them.
 struct DockTile {
     std::string bundleId; ///< empty if the tile has none
@@ -38,7 +38,7 @@ struct DockFolder {
 struct DockPrefs {
     std::vector<DockTile> apps; ///< the pinned applications, in the Dock's order
     std::vector<DockTile>
-        recents; ///< recently used applications; none if the Dock does not show them
+        recents; ///< recently used applications; empty if the Dock does not show them
     std::vector<DockFolder> others;  ///< the folders, in the Dock's order
     std::int64_t modCount = 0;       ///< grows with every change of the Dock; 0 if unknown
     std::optional<bool> trashFull;   ///< absent if unknown

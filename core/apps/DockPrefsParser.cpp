@@ -16,7 +16,7 @@ constexpr std::size_t maxText = 1024; ///< user-perceived characters
 constexpr std::string_view fileTile = "file-tile";
 constexpr std::string_view directoryTile = "directory-tile";
 
-/// Returns the text without white space around it, or "" if it is none or too long.
+/// Returns the text without white space around it, or "" if the value is not a text or is too long.
 std::string text(const Value& value) {
     const std::string_view kept = Text::trimmed(value.text().value_or(""), Text::isBlankOrNewline);
     return Text::hasMoreCharactersThan(kept, maxText) ? std::string() : std::string(kept);
@@ -29,7 +29,7 @@ struct Tile {
     std::string label;
 };
 
-/// Returns those of the first `maxTiles` entries that have the form of a tile, whatever its type.
+/// Returns the tiles, of any type, among the first `maxTiles` entries; other entries are left out.
 std::vector<Tile> tiles(const Value& value) {
     std::vector<Tile> result;
     const auto entries = value.elements();

@@ -10,13 +10,14 @@
 #include <string>
 #include <string_view>
 
-/// Decides whether a process may be killed at the phone's request: never one whose end would log
-/// the user out, freeze the screen or stop the host, and never another one than the phone saw.
+/// Decides whether a process may be killed at the phone's request: never if its end would log the
+/// user out, freeze the screen or stop the host, and never if it is not the process that the phone
+/// saw.
 namespace velmo::ForceQuitPolicy {
 
 enum class Verdict {
     terminate,
-    relaunch, ///< end it in a way that starts it again
+    relaunch, ///< end the process in a way that starts it again
     refuse,
 };
 using enum Verdict;
@@ -62,11 +63,11 @@ inline constexpr auto protectedNames = std::to_array<std::string_view>({
 inline constexpr auto systemPaths =
     std::to_array<std::string_view>({"/system/", "/usr/", "/bin/", "/sbin/"});
 
-/// Tells whether the path lies below one of the system's own folders, `systemPaths`. A path that is
-/// absent or relative does not.
+/// Tells whether the path lies below one of the system's own folders, `systemPaths`. Returns false
+/// for an absent or relative path.
 bool isSystemPath(std::optional<std::string_view> path);
 
-/// What is known of the process that would be killed. An empty text counts as absent.
+/// The facts about the process that would be killed. An empty text counts as absent.
 struct Process {
     std::int32_t pid = 0;
     std::optional<std::string> bundleId;
@@ -74,10 +75,11 @@ struct Process {
     std::optional<std::string> executablePath;
 };
 
-/// Decides what is done with the process. The kernel, launchd, the host's own processes
-/// (`ownPids`), the product's other applications and the protected parts of the system are refused.
-/// Only what lies in a folder of the system is protected: an application elsewhere that uses a
-/// protected identifier or name is terminated. The Finder at `finderPath` is relaunched.
+/// Returns what to do with the process. The kernel, launchd, the host's own processes (`ownPids`),
+/// the product's other applications and the protected parts of the system are refused. A protected
+/// name counts only in a folder of the system, a protected identifier there and if no path is
+/// known: an application elsewhere that uses one is terminated. The Finder at `finderPath` is
+/// relaunched.
 Verdict verdict(const Process& process, std::span<const std::int32_t> ownPids);
 
 /// Tells whether the running application is the expected one. `expected` is compared with its
@@ -87,9 +89,9 @@ bool identityMatches(std::string_view expected, std::optional<std::string_view> 
                      std::optional<std::string_view> bundlePath);
 
 /// Tells whether the process started at the expected time, ASCII digits with perhaps leading zeros.
-/// Both are in one unit, whichever the host has chosen for what it tells the phone.
-/// An absent or empty expectation matches every process; any other matches no process whose start
-/// time is absent or not above 0.
+/// Both times are in the unit that the host has chosen for the times that it sends to the phone. An
+/// absent or empty expectation matches every process; any other matches only a process with a start
+/// time above 0.
 bool startMatches(std::optional<std::string_view> expected, std::optional<std::int64_t> actual);
 
 } // namespace velmo::ForceQuitPolicy

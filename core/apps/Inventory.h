@@ -16,14 +16,14 @@
 /// Lists the installed applications.
 namespace velmo::Inventory {
 
-/// What a folder contains under one name.
+/// An entry of a folder.
 struct Entry {
     std::string name;
     bool isDirectory = false; ///< also for a link to a directory
 };
 
-/// What the property list in a bundle says of it. A key that is missing, or whose value is no text,
-/// is absent.
+/// The facts in a bundle's property list. A member is absent if its key is missing or has a value
+/// that is not a text.
 struct BundleInformation {
     std::optional<std::string> displayName; ///< "CFBundleDisplayName"
     std::optional<std::string> name;        ///< "CFBundleName"
@@ -33,22 +33,22 @@ struct BundleInformation {
     bool operator==(const BundleInformation&) const = default;
 };
 
-/// The questions of a scan that only the platform can answer.
+/// The functions of the platform that a scan calls.
 struct Services {
-    /// Returns what lies directly in a folder, in any order, without "." and ".."; nothing if the
+    /// Returns the entries directly in a folder, in any order, without "." and ".."; empty if the
     /// folder can't be listed. This is `listFolder` of platform/host.
     std::function<std::vector<Entry>(const std::string& path)> entries;
 
-    /// Returns what the bundle at the path says of itself: all absent if there is no bundle or its
-    /// property list is damaged. This is `PropertyList::bundle` of platform/host.
+    /// Reads the property list of the bundle at the path. All members are absent if the bundle is
+    /// missing or its property list is damaged. This is `PropertyList::bundle` of platform/host.
     std::function<BundleInformation(const std::string& path)> bundle;
 
     /// Compares names with `DigitOrder::byCharacter`. This is `localisedComparison` of
     /// platform/host.
     NameComparison byCharacter;
 
-    /// Is told after each application how many have been found so far; may be left empty. A scan of
-    /// files that the system has not read before takes long enough to show this.
+    /// Called after each application with the number found so far; may be left empty. A scan of
+    /// files that the system has not read before takes long enough to show its progress.
     std::function<void(std::size_t found)> progress = {};
 };
 
@@ -56,10 +56,11 @@ struct Services {
 std::array<FileUrl, 3> defaultDirectories(std::string_view home);
 
 /// Returns the applications in the directories and in the folders directly below them, ordered by
-/// name, and those of one name by the bytes of their paths. An application is what has a name that
-/// ends in ".app", in lower case; a name that begins with "." is left out. A path that is reached
-/// in several ways is listed once, as it was reached first; paths are compared with "." and ".."
-/// removed, without resolving links. Reads much of the disk, on the calling thread.
+/// name, and those of one name by the bytes of their paths. An entry with a name that ends in
+/// ".app", in lower case, is an application. Entries with a name that begins with "." are left out,
+/// folders too. A path that is reached in several ways is listed once, as it was reached first;
+/// paths are compared with "." and ".." removed, without resolving links. The scan reads much of
+/// the disk, on the calling thread.
 std::vector<AppRecord> scan(std::span<const FileUrl> directories, const Services& services);
 
 } // namespace velmo::Inventory

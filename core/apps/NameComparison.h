@@ -7,7 +7,8 @@
 namespace velmo {
 
 /// Compares two names in the order of the user's language, which only the platform knows. Letter
-/// case is ignored: names that differ in nothing else are equivalent. Any bytes may be compared.
+/// case is ignored: names that differ only in letter case are equivalent. Any bytes may be
+/// compared.
 using NameComparison = std::function<std::weak_ordering(std::string_view, std::string_view)>;
 
 /// How digits inside names are compared.

@@ -7,7 +7,7 @@
 
 namespace velmo {
 
-/// What a music player is playing, or has paused.
+/// The track or stream that a music player is playing or has paused.
 struct NowPlayingInfo {
     std::string title;  ///< not empty in what a parser returns
     std::string artist; ///< may be empty
@@ -20,7 +20,7 @@ struct NowPlayingInfo {
     std::optional<double> position;        ///< seconds from the start
     std::optional<std::string> artworkUrl; ///< an "https://" address (Spotify)
     std::optional<std::string>
-        artworkKey; ///< tells apart the artwork that Music itself must be asked for
+        artworkKey; ///< differs for different artwork, which Music itself must be asked for
 
     static constexpr auto fields = std::tuple{
         field("title", &NowPlayingInfo::title),

@@ -71,7 +71,8 @@ std::string_view takeDigits(std::string_view& text) {
     return digits;
 }
 
-/// Whom a track is by, with the title of its stream, if it has one, taken into account.
+/// The title, artist and station of a track, with the title of its stream, if it has one, taken
+/// into account.
 struct Credits {
     std::string_view title;
     std::string_view artist;

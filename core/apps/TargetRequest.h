@@ -23,7 +23,7 @@ struct TargetRequest {
     std::int32_t pid = 0;
     std::string appId; ///< bundle identifier or bundle path
     /// The start time that the phone saw, 1 to 20 digits in the host's own unit; a request without
-    /// one leaves the argument out, and is taken for any process of that number and identity.
+    /// one leaves the argument out, and means any process of that number and identity.
     std::optional<std::string> started;
 
     /// Reads two or three arguments: the process identifier (`Args::pid`), the identity, and

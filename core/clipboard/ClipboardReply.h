@@ -11,8 +11,7 @@
 
 namespace velmo {
 
-/// What the phone is told of the clipboard. `text` and `png` are private to the user: never log
-/// them.
+/// Describes the clipboard to the phone. `text` and `png` are private to the user: never log them.
 struct ClipboardReply {
     std::optional<std::string> kind; ///< "text", "image", "empty", "too-large"
     std::optional<std::string> text;
@@ -21,11 +20,10 @@ struct ClipboardReply {
     std::optional<std::int64_t> changeCount;
     std::optional<std::vector<std::string>> types; ///< as `reporting` cuts them
 
-    /// Returns the reply for private content, of which nothing else is told, not even the change
-    /// count.
+    /// Returns the reply for private content, which tells nothing else, not even the change count.
     static ClipboardReply ofConcealed();
 
-    // These check no limits: whoever reads the clipboard asks `PasteboardPolicy` first.
+    // These functions check no limits: the caller asks `PasteboardPolicy` first.
     static ClipboardReply ofEmpty(std::int64_t changeCount);
     static ClipboardReply ofTooLarge(std::int64_t changeCount);
     static ClipboardReply ofText(std::string_view text, std::int64_t changeCount);

@@ -8,7 +8,7 @@
 
 namespace velmo {
 
-/// What the phone is told whenever the clipboard has changed.
+/// Tells the phone that the clipboard has changed.
 struct ClipboardWatchLine {
     std::int64_t changeCount = 0;
     std::string kind; ///< `PasteboardPolicy::watchKind`

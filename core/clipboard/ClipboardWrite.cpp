@@ -12,7 +12,7 @@ namespace velmo {
 
 namespace {
 
-/// The members of a write. If a text is long, it is empty here and read from the outline instead.
+/// The members of a write. A long text is empty here and is read from the outline instead.
 struct Body {
     std::optional<std::string> text;
     std::optional<std::string> png;
@@ -36,7 +36,8 @@ std::optional<std::string> wholeText(std::string text,
     return text;
 }
 
-/// Does the same for the base64 of an image, and returns the image.
+/// Returns the image of a write, or nothing if it may not be written. `inOutline` is the base64
+/// itself if it is long.
 std::optional<Bytes> image(std::string_view base64, const std::optional<JsonLongText>& inOutline) {
     Base64::Decoder decoder(inOutline ? inOutline->spelledLength() : base64.size());
     const auto append = [&](std::string_view piece) { return decoder.append(piece); };

@@ -8,14 +8,14 @@
 
 namespace velmo {
 
-/// What the phone asks the host to put on the clipboard.
+/// Asks the host to put a text or an image on the clipboard.
 struct ClipboardWrite {
     struct Text {
         std::string text;
         bool operator==(const Text&) const = default;
     };
 
-    /// A text to be marked as private, so that other applications don't keep it.
+    /// A text that is marked as private, so that other applications don't keep it.
     struct ConcealedText {
         std::string text;
         bool operator==(const ConcealedText&) const = default;
@@ -31,12 +31,11 @@ struct ClipboardWrite {
     Content content;
 
     /// Reads {"text":"...","concealed":true} or {"png":"base64"} within the limits of
-    /// `PasteboardPolicy`; absent if the body is neither, or both. The text is not empty and
-    /// contains no NUL; it is not trimmed. Beside an image "concealed" has no effect, but must be a
-    /// boolean all the same. Unknown members are ignored.
-    /// A long text or image takes no second copy of itself. What stands in a member that is ignored
-    /// takes fifteen times its length for as long as the body is read, and up to forty times if
-    /// there are numbers beyond 64 bits or beyond double.
+    /// `PasteboardPolicy`; absent if the body is neither, or both. The text must not be empty or
+    /// contain NUL, and is not trimmed. Beside an image "concealed" has no effect, but must still
+    /// be a boolean. Unknown members are ignored. A long text or image is not copied a second time.
+    /// While the body is read, the value of an ignored member takes fifteen times its length in
+    /// memory, and up to forty times if it has numbers beyond 64 bits or beyond double.
     static std::optional<ClipboardWrite> parse(ByteView body);
 
     bool operator==(const ClipboardWrite&) const = default;

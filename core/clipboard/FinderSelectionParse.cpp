@@ -19,8 +19,8 @@ struct Line {
     std::string path;
 };
 
-/// Removes a number and the colon behind it from the front of the text, and returns the number;
-/// absent if there is none.
+/// Removes everything up to the first colon, and that colon, from the front of the text. Returns
+/// the removed number; absent if the text has no colon or anything but a number stood before it.
 std::optional<std::uint64_t> takeNumber(std::string_view& text) {
     const std::size_t colon = text.find(':');
     if (colon == std::string_view::npos)

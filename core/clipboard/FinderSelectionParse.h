@@ -13,7 +13,7 @@
 #include <vector>
 
 /// Cleans and bounds the Finder's selection for the phone, and later checks that files which the
-/// phone names by path are still the ones that it was shown.
+/// phone names by path are still the ones that the phone was shown.
 namespace velmo::FinderSelectionParse {
 
 inline constexpr std::size_t maxItems = 200; ///< selected files, and lines of a check
@@ -27,7 +27,7 @@ struct Selection {
     bool operator==(const Selection&) const = default;
 };
 
-/// What the phone is told instead of a selection if the Finder refuses to be automated.
+/// Sent to the phone instead of a selection if the Finder refuses to be automated.
 struct Permission {
     std::string permission = "automation";
 
@@ -44,7 +44,7 @@ std::optional<std::string> clean(std::optional<std::string_view> path);
 /// and repetitions, are left out.
 Selection selection(std::optional<std::string_view> folder, std::span<const std::string> items);
 
-/// What identifies a file as long as it exists, whatever its name.
+/// Identifies a file as long as it exists, whatever its name.
 struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -52,8 +52,9 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
-/// Returns the identity of whatever is at the path, of a symbolic link itself; absent if nothing is
-/// there. It is `lstatIdentity` of platform/host, for the making of the lines and for their check.
+/// Returns the identity of the file at the path, without following a symbolic link; absent if
+/// nothing is at the path. This is `lstatIdentity` of platform/host, both when the lines are made
+/// and when they are checked.
 using Lstat = std::function<std::optional<FileIdentity>(std::string_view path)>;
 
 /// Every file is still the same. The paths are in the order of the lines.
@@ -75,8 +76,8 @@ struct Changed {
 using Check = std::variant<Ok, Bad, Changed>;
 
 /// Checks 1 to `maxItems` lines "device:inode:path", the numbers in decimal, the path in the form
-/// that `clean` returns. The first line with a fault decides. A file may be replaced right after
-/// the check, so whoever opens it does so without following links, and compares again.
+/// that `clean` returns. The first line with an error decides. A file may be replaced right after
+/// the check, so that a program that opens it does so without following links, and compares again.
 Check identityPaths(std::span<const std::string> lines, const Lstat& lstat);
 
 } // namespace velmo::FinderSelectionParse

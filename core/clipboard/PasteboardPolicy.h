@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-/// Decides what of the clipboard the phone may be told and what it may put there, by the type
+/// Decides which clipboard content the phone may be told and which it may put there, by the type
 /// identifiers that the pasteboard lists and by the bytes of a text or an image.
 namespace velmo::PasteboardPolicy {
 
@@ -35,8 +35,7 @@ inline constexpr std::string_view tiffType = "public.tiff";
 inline constexpr auto pngMagic =
     std::to_array<std::uint8_t>({0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A});
 
-/// With these types other applications mark content as private or transient. Letter case makes no
-/// difference.
+/// The types by which other applications mark content as private or transient, in any letter case.
 inline constexpr auto concealedTypes = std::to_array<std::string_view>({
     "org.nspasteboard.ConcealedType",
     "org.nspasteboard.TransientType",
@@ -54,17 +53,17 @@ using Types = std::span<const std::string>;
 /// Tells whether one of the types is in `concealedTypes`.
 bool isPrivate(Types types);
 
-/// Returns what to report: a text, wherever it stands in the list, before an image, and PNG before
-/// TIFF; `none` if the content is private or of no such type.
+/// Returns which content to report. A text, wherever it stands in the list, comes before an image,
+/// and PNG before TIFF; `none` if the content is private or of another type.
 Content pick(Types types);
 
 /// Returns the kind of content for a `ClipboardWatchLine`: "concealed", "text", "image" or "empty".
 std::string_view watchKind(Types types);
 
-/// Tells whether a text may be reported or written: at most `textMaxBytes`, and not empty.
+/// Tells whether a text may be reported or written: 1 to `textMaxBytes` bytes.
 bool textFits(std::string_view text);
 
-/// Tells whether the data begin with the PNG signature and go on behind it.
+/// Tells whether the data begin with the PNG signature and continue after it.
 bool isPNG(ByteView data);
 
 struct PngSize {
@@ -74,11 +73,11 @@ struct PngSize {
     bool operator==(const PngSize&) const = default;
 };
 
-/// Returns the size that the image's first chunk gives; absent if the data end before it does, or
-/// if it is not the header. Checksums are not verified.
+/// Returns the size in the image's first chunk; absent if the data end before the size does, or if
+/// that chunk is not the header. Checksums are not verified.
 std::optional<PngSize> pngSize(ByteView data);
 
-/// Tells whether the image has a size, each side of 1 to `pngMaxSide` and at most `pngMaxPixels`.
+/// Tells whether the image has a size with sides of 1 to `pngMaxSide` and at most `pngMaxPixels`.
 bool pngDimensionsOK(ByteView data);
 
 } // namespace velmo::PasteboardPolicy

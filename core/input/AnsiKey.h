@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-/// The keys that may be asked for by name. Each stands for its place on a US keyboard.
+/// The keys that may be asked for by name. A key stands for its place on a US keyboard.
 namespace velmo {
 
 struct AnsiKey {
@@ -120,7 +120,7 @@ constexpr bool hasKey(AnsiKeys keys, std::string_view name) {
     return findKey(keys, name) != nullptr;
 }
 
-/// Tells whether one of the keys has this code; it may be any number.
+/// Tells whether one of the keys has the code, which may be any number.
 constexpr bool hasKeyCode(AnsiKeys keys, std::int64_t code) {
     return std::ranges::find(keys, code, &AnsiKey::code) != keys.end();
 }

@@ -9,12 +9,12 @@ namespace velmo::EventFlags {
 
 namespace {
 
-/// Besides the arrows and the function keys.
+/// The keys that carry `secondaryFn`, besides the arrows and the function keys.
 constexpr auto keysWithFn =
     std::to_array({ansiKeyCode("home"), ansiKeyCode("end"), ansiKeyCode("pageup"),
                    ansiKeyCode("pagedown"), ansiKeyCode("delete")});
 
-/// The digits of the numeric keypad and what stands around them; 95 is the comma of a Japanese one.
+/// The digits of the numeric keypad and the keys around them; 95 is the comma of a Japanese keypad.
 constexpr auto keypad = std::to_array<std::uint16_t>(
     {65, 67, 69, 71, 75, 76, 78, 81, 82, 83, 84, 85, 86, 87, 88, 89, 91, 92, 95});
 static_assert(std::ranges::none_of(keypad, [](std::uint16_t code) {

@@ -26,7 +26,7 @@ struct NoAction {
     bool operator==(const NoAction&) const = default;
 };
 
-/// How a gesture is carried out; a hot key is pressed.
+/// How a gesture is carried out. A `HotKey` is pressed.
 using GestureAction = std::variant<SymbolicHotKeys::HotKey, OpenAction, PressClockAction, NoAction>;
 
 } // namespace velmo

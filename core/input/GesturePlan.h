@@ -8,9 +8,9 @@
 #include <functional>
 #include <string_view>
 
-/// Decides how a gesture is carried out: by the keyboard shortcut of the function that it asks for,
-/// as `SymbolicHotKeys::resolve` finds it. If there is none, an application is opened, and if that
-/// is not installed either, the gesture's last resort is taken.
+/// Decides how a gesture is carried out. The first choice is the keyboard shortcut of the function
+/// that the gesture asks for, as `SymbolicHotKeys::resolve` finds it. Without a shortcut an
+/// application is opened, and if that is not installed, the gesture's last resort is taken.
 ///
 /// | gesture                          | application                 | last resort            |
 /// |----------------------------------|-----------------------------|------------------------|
@@ -20,7 +20,7 @@
 /// | notificationCenter               |                             | the clock is clicked   |
 /// | apps                             | `appsApps`, `launchpadApps` | "/Applications" opened |
 ///
-/// Only `apps` prefers the application to its shortcuts, of which it has two: its own, then search.
+/// Only `apps` prefers the applications to shortcuts, and has two of these: its own, then search.
 namespace velmo::GesturePlan {
 
 inline constexpr auto missionControlApps =
@@ -32,8 +32,8 @@ inline constexpr auto appsApps = std::to_array<std::string_view>({"/System/Appli
 /// Tells whether anything is at a path.
 using Exists = std::function<bool(std::string_view path)>;
 
-/// Returns how to carry the gesture out. `hotKeys` are the user's shortcut preferences; null if
-/// there are none.
+/// Returns how to carry the gesture out. `hotKeys` are the user's shortcut preferences, or null if
+/// they are missing.
 GestureAction action(Gesture gesture, const Value::Dictionary* hotKeys, const Exists& exists);
 
 } // namespace velmo::GesturePlan

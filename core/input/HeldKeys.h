@@ -11,13 +11,15 @@
 
 namespace velmo {
 
-/// The keys that one phone has pressed and not released yet. It is kept from one request to the
-/// next, so that a later release, or the end of the connection, releases exactly what was pressed.
-/// It posts no events itself: `KeyPhase` plans them, and the owner posts the plan.
+/// The keys that one phone has pressed and not released yet. The object is kept from one request to
+/// the next, so that a later release, or the end of the connection, releases exactly the keys that
+/// were pressed. The object itself posts no events: `KeyPhase` plans them, and the owner posts the
+/// plan.
 ///
-/// Each modifier belongs to the press that put it down. A later press that needs it too leaves it
-/// alone, both when it is pressed and when it is released. `HotkeyPlan` plans presses and releases
-/// and keeps the book; whoever plans for himself records what `KeyPhase::fresh` returns.
+/// A modifier belongs to the press that put it down. A later press that needs the same modifier
+/// leaves it alone, both when the press begins and when it is released. `HotkeyPlan` plans presses
+/// and releases and records them here; a caller that plans without it records the modifiers that
+/// `KeyPhase::fresh` returns.
 class HeldKeys {
 public:
     struct Press {
@@ -49,17 +51,18 @@ public:
     /// Removes and returns the press of a hot key; absent if it is not recorded.
     std::optional<Press> take(const Hotkey& hotkey);
 
-    /// Removes and returns the most recent press; absent if there is none.
+    /// Removes and returns the most recent press; absent if no press is recorded.
     std::optional<Press> takeLast();
 
-    /// Removes and returns all presses, the most recent one first. The book is empty then, and
-    /// can't tell any more what stays down after each: to plan the releases, use `takeRelease`.
+    /// Removes and returns all presses, the most recent one first. Nothing is recorded afterwards,
+    /// so that `modifiers` can't tell any more what stays down after each release: to plan the
+    /// releases, use `takeRelease`.
     std::vector<Press> takeAll();
 
-    /// Removes and returns the most recent press whose key has one of the names, whatever its
-    /// modifiers are, or the most recent of all if there is no name; absent if there is no such
-    /// press. Called until then it hands out what "release-all" asks for, where the names are those
-    /// that `InputDaemonWire::releaseKeys` returns.
+    /// Removes and returns the most recent press of a key with one of the names, whatever its
+    /// modifiers are; without names, the most recent press of all. Absent if no such press is
+    /// recorded. For "release-all", the caller passes the names that `InputDaemonWire::releaseKeys`
+    /// returns and repeats the call until the result is absent.
     std::optional<Release> takeRelease(std::span<const std::string> keys = {});
 
     /// Returns the modifiers of all presses together, those of the oldest press first, each once.

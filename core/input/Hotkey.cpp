@@ -29,7 +29,8 @@ static_assert(std::ranges::all_of(Hotkey::keys, [](const AnsiKey& key) {
            && std::ranges::count(Hotkey::keys, key.code, &AnsiKey::code) == 1;
 }));
 
-/// Returns nothing if a word names no modifier, or names one for the second time.
+/// Returns the modifiers that the words name, or nothing if a word names no modifier or names one
+/// for the second time.
 std::optional<std::vector<HotkeyModifier>> distinctModifiers(Words words) {
     std::vector<HotkeyModifier> modifiers;
     for (const std::string& word : words) {
@@ -41,8 +42,8 @@ std::optional<std::vector<HotkeyModifier>> distinctModifiers(Words words) {
     return modifiers;
 }
 
-/// Reads modifiers that are to be pressed without a key: at most four, since each may occur once
-/// and fn is refused, which can't be pressed without a key.
+/// Reads modifiers that are to be pressed without a key. At most four are accepted: a modifier may
+/// occur once, and fn is refused, because it can't be pressed without a key.
 std::optional<Hotkey> modifierOnly(Words words) {
     auto modifiers = distinctModifiers(words);
     if (!modifiers || std::ranges::find(*modifiers, HotkeyModifier::fn) != modifiers->end())

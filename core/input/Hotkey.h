@@ -56,7 +56,7 @@ struct Hotkey {
 
     [[nodiscard]] bool isModifierOnly() const { return key.empty(); }
 
-    /// Tells whether the key is a letter, a digit or punctuation, whose place depends on the
+    /// Tells whether the key is a letter, a digit or punctuation, so that its place depends on the
     /// keyboard layout.
     [[nodiscard]] bool typesCharacter() const;
 
@@ -64,10 +64,10 @@ struct Hotkey {
     /// In another layout a key that `typesCharacter` may lie elsewhere: `HotkeyPlan` finds it.
     [[nodiscard]] std::optional<std::uint16_t> ansiCode() const;
 
-    /// Returns the modifiers to press: those of the hot key, and then `layoutExtra`, without which
-    /// the keyboard layout does not give the character (`LayoutKeySearch::Match::extra`). One that
-    /// is in both occurs twice. A bare key of game mode is pressed without any, since it stands for
-    /// a place on the keyboard, not for a character.
+    /// Returns the modifiers to press: those of the hot key, then `layoutExtra`, which the keyboard
+    /// layout needs to give the character (`LayoutKeySearch::Match::extra`). A modifier that is in
+    /// both occurs twice. A bare key of game mode is pressed without modifiers, because it stands
+    /// for a place on the keyboard, not for a character.
     [[nodiscard]] std::vector<HotkeyModifier>
     pressModifiers(std::span<const HotkeyModifier> layoutExtra) const;
 

@@ -15,7 +15,7 @@ template<>
 inline constexpr auto rawTexts<HotkeyModifier> =
     std::to_array<std::string_view>({"cmd", "ctrl", "alt", "shift", "fn"});
 
-/// Returns the modifier's virtual key code; of two keys, that of the left one.
+/// Returns the modifier's virtual key code; for a modifier with two keys, that of the left one.
 constexpr std::uint16_t keyCode(HotkeyModifier modifier) {
     constexpr auto codes = std::to_array<std::uint16_t>({55, 59, 58, 56, 63});
     static_assert(codes.size() == allCases<HotkeyModifier>.size());

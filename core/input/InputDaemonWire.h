@@ -36,8 +36,9 @@ inline constexpr auto verbs = std::to_array<std::string_view>(
 struct Request {
     std::int64_t id = 0; ///< 1...2^53-1
 
-    /// The verb and its arguments, which `parse` does not check. Absent if the request is invalid
-    /// but has an identifier: the daemon must respond to it with an error.
+    /// The verb and its arguments; `parse` checks their number and sizes, not their content. Absent
+    /// if the request is invalid but has an identifier: the daemon must respond to it with an
+    /// error.
     std::optional<std::vector<std::string>> argv;
 
     static constexpr auto fields =
@@ -46,15 +47,15 @@ struct Request {
 };
 
 /// Reads a request line, a JSON object; absent if its identifier can't be read. A valid request has
-/// no third member, and in "argv" 1 to 4 texts of at most 16384 bytes, of which the first is a
-/// verb.
+/// no third member; its "argv" contains 1 to 4 texts of at most 16384 bytes each, and the first is
+/// a verb.
 std::optional<Request> parse(std::string_view line);
 
 /// Returns the line of a request as the host writes it, or nothing if `parse` would not read it
-/// back. What the arguments of a verb may be is for the daemon to judge.
+/// back. The daemon judges whether the arguments suit the verb.
 std::optional<std::string> request(std::int64_t id, std::vector<std::string> argv);
 
-/// What the daemon writes once, before it reads requests.
+/// The line that the daemon writes once, before it reads requests.
 struct Ready {
     int protocol = protocolVersion;
     std::vector<std::string> verbs;
@@ -65,11 +66,12 @@ struct Ready {
     bool operator==(const Ready&) const = default;
 };
 
-/// Returns the line of this daemon.
+/// Returns the `Ready` line of this daemon.
 std::string ready();
 
-/// Reads the daemon's first line. A protocol other than `protocolVersion` is read too: the host
-/// must not talk to such a daemon. So are verbs and members that a newer daemon has besides.
+/// Reads the daemon's first line. A protocol other than `protocolVersion` is accepted too, but the
+/// host must not talk to such a daemon. Verbs and members that a newer daemon adds are accepted as
+/// well.
 std::optional<Ready> parseReady(std::string_view line);
 
 struct Response {
@@ -83,8 +85,8 @@ struct Response {
     bool operator==(const Response&) const = default;
 };
 
-/// Reads the daemon's response to a request. Members that a newer daemon has besides are ignored;
-/// a line that is none, or that names no request, is refused.
+/// Reads the daemon's response to a request. Members that a newer daemon adds are ignored. A line
+/// that is not a response, or that names no request, is refused.
 std::optional<Response> parseResponse(std::string_view line);
 
 /// Returns the response to a request. A code of 0 means success; the error text is then left out.
@@ -92,14 +94,15 @@ std::optional<Response> parseResponse(std::string_view line);
 std::string response(std::int64_t id, std::int32_t code,
                      const std::optional<std::string>& error = std::nullopt);
 
-/// Tells whether the input daemon performs the command. It does not lock the Mac, let it sleep,
-/// shut it down or restart it.
+/// Tells whether the input daemon performs the command. The daemon does not lock the Mac, put it to
+/// sleep, shut it down or restart it.
 bool serves(const ControlCommand& command);
 
-/// Returns the keys that a release-all request names, in its order, in lower case, without those
-/// that are not in `Hotkey::keys`. If none remains, every pressed key is to be released, because a
-/// key that stays down is worse than one released too early. Absent if the request is invalid: it
-/// has more than one argument, or one that is no JSON array of at most 16 texts in 1024 bytes.
+/// Returns the keys that a release-all request names, in its order and in lower case, without those
+/// that are not in `Hotkey::keys`. If no key remains, every pressed key is to be released, because
+/// a key that stays down is worse than one released too early. Absent if the request is invalid,
+/// which means that it has more than one argument, or one that is not a JSON array of at most 16
+/// texts in 1024 bytes.
 std::optional<std::vector<std::string>> releaseKeys(std::span<const std::string> argv);
 
 /// Returns a record, or a map from text, as one line of JSON with sorted keys and plain slashes,

@@ -28,7 +28,7 @@ constexpr NameTable memberTable(memberNames);
 /// The positions of the names in the table.
 enum Member : std::uint8_t { type, dx, dy, steps, button, down, text, target, key };
 
-/// A line of JSON, of which every member is looked at once.
+/// A line of JSON, read so that every member is looked at once.
 class Line {
 public:
     explicit Line(std::string_view line)
@@ -45,7 +45,7 @@ private:
     std::optional<JsonDocument> document_;
 };
 
-/// The one message that may have no other member.
+/// A gesture, the only message in which unknown members are refused.
 struct GestureLine {
     Gesture gesture{};
 
@@ -76,7 +76,7 @@ Decoded decodeZoom(const Line& line) {
 }
 
 Decoded decodeButton(const Line& line) {
-    // What is no text reads as "", which is neither.
+    // A value that is not a text reads as "", which names neither button.
     const bool isRight = line[button].text() == "right";
     if ((!isRight && line[button].text() != "left") || line[down].kind() != JsonKind::boolean)
         return std::nullopt;

@@ -11,28 +11,28 @@
 
 namespace velmo {
 
-/// One line of the phone's continuous input of pointer and keyboard.
+/// A line of the phone's continuous input of pointer and keyboard.
 ///
-/// A line is a JSON object whose member "type" names the message. Unknown members are ignored,
+/// The line is a JSON object; its member "type" names the message. Unknown members are ignored,
 /// except in a gesture, where they are refused.
 struct InputMessage {
-    /// Moves the pointer. While a button is down that is a drag (`HeldButtons::dragged`).
+    /// Moves the pointer. While a button is down, the move is a drag (`HeldButtons::dragged`).
     struct Move {            // "move"
         std::int64_t dx = 0; ///< points to the right, -2048 to 2048
         std::int64_t dy = 0; ///< points down, -2048 to 2048
         bool operator==(const Move&) const = default;
     };
 
-    /// Moves what is below the pointer, as a finger on a screen does: a positive `dy` shows what
-    /// stands above. A scroll event in pixels takes `dy` as its wheel 1 and `dx` as its wheel 2,
-    /// with the same signs.
+    /// Moves the content under the pointer, as a finger on a screen does: a positive `dy` shows
+    /// what stands above. A scroll event in pixels takes `dy` as its wheel 1 and `dx` as its wheel
+    /// 2, with the same signs.
     struct Scroll {          // "scroll"
         std::int64_t dx = 0; ///< points to the right, -2048 to 2048
         std::int64_t dy = 0; ///< points down, -2048 to 2048
         bool operator==(const Scroll&) const = default;
     };
 
-    /// Each step is a tap of cmd+= or cmd+-, by which applications zoom.
+    /// Zooms: every step is a tap of cmd+= or cmd+-, by which applications zoom.
     struct Zoom {               // "zoom"
         std::int64_t steps = 0; ///< -8 to 8, but not 0: positive enlarges, negative makes smaller
         bool operator==(const Zoom&) const = default;
@@ -45,29 +45,30 @@ struct InputMessage {
         bool operator==(const Button&) const = default;
     };
 
-    /// Unlike that of a `TypeTextRequest`, the text may contain control characters, and be longer:
-    /// `TypeTextRequest::ofText` makes of it what may be typed.
+    /// Types a text. Unlike the text of a `TypeTextRequest`, it may contain control characters and
+    /// be longer: `TypeTextRequest::ofText` turns it into requests that may be typed.
     struct Text {           // "text"
         std::string text;   ///< 1 to 1024 UTF-16 units
         std::string target; ///< 1 to 16 digits without a leading zero
         bool operator==(const Text&) const = default;
     };
 
-    /// As with a text, `FocusTracker::accepts` is asked for the target before the key is pressed: a
-    /// Return or a Backspace does harm too where the focus has moved to. `hotkeyOf` gives its key.
+    /// Taps a key. As with a text, the host first asks `FocusTracker::accepts` about the target,
+    /// because a Return or a Backspace does harm too if the focus has moved elsewhere. `hotkeyOf`
+    /// returns the key.
     struct Key {            // "key"
         std::string name;   ///< one of `keys`, which are not the names of `Hotkey::keys`
         std::string target; ///< as in `Text`
         bool operator==(const Key&) const = default;
     };
 
-    /// Asks for nothing, and tells that the phone is still there. When the pings stay away or the
-    /// connection ends, the host lets go of everything, as after a `Release`.
+    /// Shows that the phone is still there. When the pings stay away or the connection ends, the
+    /// host releases everything, as after a `Release`.
     struct Ping { // "ping"
         bool operator==(const Ping&) const = default;
     };
 
-    /// Asks the host to let go of every button and key that the phone holds: `HeldButtons::takeAll`
+    /// Asks the host to release every button and key that the phone holds: `HeldButtons::takeAll`
     /// and `HotkeyPlan::releases` without names.
     struct Release { // "release"
         bool operator==(const Release&) const = default;
@@ -90,8 +91,8 @@ struct InputMessage {
 
     Content content;
 
-    /// Returns the message of a line, or nothing if it is not one whole message within the limits
-    /// above. Every number is an integer and every flag a boolean.
+    /// Returns the message of a line, or nothing if the line is not one whole message within the
+    /// limits above. Every number must be an integer and every flag a boolean.
     static std::optional<InputMessage> decode(std::string_view line);
 
     bool operator==(const InputMessage&) const = default;

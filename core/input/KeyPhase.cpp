@@ -37,7 +37,7 @@ std::vector<Step> steps(Phase phase, std::span<const HotkeyModifier> modifiers,
     if (key)
         post(*key, false);
     for (const HotkeyModifier modifier : own | std::views::reverse) {
-        // Its first release ends a modifier, even one that was listed twice.
+        // The first release ends a modifier, even one that is listed twice.
         std::erase(held, modifier);
         post(keyCode(modifier), false);
     }

@@ -18,7 +18,7 @@ enum class Phase {
 };
 using enum Phase;
 
-/// One event to post.
+/// An event to post.
 struct Step {
     std::uint16_t code = 0; ///< virtual key code
     bool down = false;
@@ -40,8 +40,8 @@ std::vector<Step> steps(Phase phase, std::span<const HotkeyModifier> modifiers,
                         std::optional<std::uint16_t> key,
                         std::span<const HotkeyModifier> alreadyHeld);
 
-/// Returns those of `modifiers` that are not in `alreadyHeld`, in their order: the ones that a
-/// press puts down itself, which its `HeldKeys::Press` must remember.
+/// Returns the members of `modifiers` that are not in `alreadyHeld`, in their order. A press puts
+/// these down itself, and its `HeldKeys::Press` must record them.
 std::vector<HotkeyModifier> fresh(std::span<const HotkeyModifier> modifiers,
                                   std::span<const HotkeyModifier> alreadyHeld);
 

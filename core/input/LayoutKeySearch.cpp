@@ -18,8 +18,8 @@ std::vector<HotkeyModifier> extraModifiers(LayoutState state,
     return extra;
 }
 
-/// Returns the form in which characters are compared. It is composed, because a layout may give
-/// "é" as one scalar or as two.
+/// Returns the form in which characters are compared. Accents are composed, because a layout may
+/// give "é" as one scalar or as two.
 std::string comparable(std::string_view character, bool caseMatters) {
     return Text::composed(caseMatters ? std::string(character) : Text::lowercased(character));
 }

@@ -29,22 +29,22 @@ struct CodeRange {
     std::uint16_t end = 0;
 };
 
-/// The keys of the typing block, of any keyboard that has more of them than a US one too.
+/// The keys of the typing block, including those of a keyboard that has more of them than a US one.
 inline constexpr CodeRange typingBlock{.first = 0, .end = 51};
 
-/// Every key, the numeric keypad included. There most layouts give digits and signs without shift,
-/// but who asks for cmd+2 means the typing block, which is therefore searched first.
+/// Every key, including the numeric keypad. Most layouts give digits and signs without shift there,
+/// but a request for cmd+2 means the typing block, which is therefore searched first.
 inline constexpr CodeRange everyKey{.first = 0, .end = 128};
 
 /// Returns the text that a key gives in a state of the current layout; absent or empty if it gives
 /// none.
 using Translate = std::function<std::optional<std::string>(std::uint16_t code, LayoutState state)>;
 
-/// Returns the first key that gives the character, or nothing if none does. States whose modifiers
-/// the user asked for anyway are searched before the others, each group in the order of
-/// `LayoutState::searchOrder`; in each state, lower codes come before higher ones. A state with
-/// shift must give the character exactly. In the others letter case is ignored, so that "A" finds
-/// the key that gives "a".
+/// Returns the first key that gives the character, or nothing if no key does. The states that need
+/// no modifier beyond those that the user asked for are searched before the others, and each group
+/// in the order of `LayoutState::searchOrder`; in a state, lower codes come before higher ones. A
+/// state with shift must give the character exactly. In the others letter case is ignored, so that
+/// "A" finds the key that gives "a".
 std::optional<Match> find(std::string_view character, std::span<const HotkeyModifier> userModifiers,
                           CodeRange codes, const Translate& translate);
 

@@ -8,7 +8,8 @@
 #include <optional>
 #include <string_view>
 
-/// The keys of `InputMessage`, whose names are a web page's, as those of `Hotkey`.
+/// Maps the keys of `InputMessage`, which have the names that a web page gives them, to those of
+/// `Hotkey`.
 namespace velmo {
 
 struct MessageKey {

@@ -12,12 +12,12 @@
 #include <string_view>
 
 /// The keyboard shortcuts that the user's preferences assign to functions of the desktop. The
-/// preferences are a dictionary whose keys are the decimal texts of the shortcuts' numbers:
+/// preferences are a dictionary; its keys are the numbers of the shortcuts as decimal texts:
 ///
 ///     "32": {"enabled": true, "value": {"type": "standard", "parameters": [65535, 126, 8650752]}}
 ///
-/// The parameters are a character, which nobody reads here, a virtual key code and a mask of
-/// `EventFlags`.
+/// The parameters are three numbers: a character, which is ignored, a virtual key code and a mask
+/// of `EventFlags`.
 namespace velmo::SymbolicHotKeys {
 
 /// A key to press and the modifiers to press it with.
@@ -65,7 +65,7 @@ inline constexpr Default defaults[] = {
     {.number = Number::spaceNext, .hotKey = controlAnd("right")},
 };
 
-/// The shortcuts that count only if the preferences switch them on. They have no default.
+/// The shortcuts without a default, which count only if the preferences switch them on.
 inline constexpr int explicitOnly[] = {Number::lookUp};
 
 /// The virtual key codes of the function keys, the only ones that are a shortcut without a
@@ -80,14 +80,14 @@ inline constexpr auto function = [] {
 inline constexpr std::string_view domainMember = "AppleSymbolicHotKeys";
 
 /// Returns the entries in the domain's property list, for `resolve` and `GesturePlan::action`; null
-/// if it has none. The property list itself is no such dictionary: with it every shortcut would be
-/// taken for the default.
+/// if they are missing. Do not pass the property list itself to these functions: every shortcut
+/// would then be taken for the default.
 const Value::Dictionary* entriesOf(const Value& domain);
 
-/// Returns the shortcut to press. It is the default of that number, if there is one, where the
-/// preferences have no readable entry for it or are missing (null). It is absent where the user
-/// switched the shortcut off or chose something that can't be pressed, such as a letter without
-/// modifiers.
+/// Returns the shortcut to press. If the preferences are missing (null) or have no readable entry
+/// for the number, returns its default, or nothing for a number without one. Returns nothing if the
+/// user switched the shortcut off or chose something that can't be pressed, such as a letter
+/// without modifiers.
 std::optional<HotKey> resolve(int number, const Value::Dictionary* preferences);
 
 /// Returns `Value::number` of a value that may be missing (null).

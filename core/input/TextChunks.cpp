@@ -8,7 +8,7 @@ namespace velmo::TextChunks {
 namespace {
 
 /// Tells whether the first chunk is `limit` ASCII bytes, as in most texts, so that no character
-/// boundaries need to be looked up. The byte behind them is looked at too: if it is not ASCII, it
+/// boundaries need to be looked up. The byte after them is looked at too: if it is not ASCII, it
 /// may begin a combining character, which belongs to the last letter. Between ASCII bytes, CR LF is
 /// the only pair that is one character.
 bool beginsWithAWholeAsciiChunk(std::string_view text) {

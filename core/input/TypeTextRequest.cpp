@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t maxTypeTextJson = 8192; // bytes
 constexpr std::size_t maxTypeText = 500;      // UTF-16 units
 
-/// It is enough to look at bytes: in UTF-8, one below 128 is always a character of its own.
+/// Looking at bytes is enough: in UTF-8, a byte below 128 is always a character of its own.
 bool isForbidden(char c) {
     const auto byte = static_cast<unsigned char>(c);
     return (byte < 0x20 && c != '\t' && c != '\n' && c != '\r') || byte == 0x7F;

@@ -19,10 +19,10 @@ struct TypeTextRequest {
     /// boolean, and false if it is missing. Any other member is refused.
     static std::optional<TypeTextRequest> parse(std::string_view json);
 
-    /// Returns the requests that type a text of any length and content one after the other. The
-    /// characters that `parse` refuses are left out, and U+FFFD stands for ill-formed UTF-8. No
-    /// user-perceived character is cut apart but one that is itself longer than a request may be.
-    /// There is none for a text of which nothing remains, and `enter` is false in all.
+    /// Returns the requests that, one after the other, type a text of any length and content.
+    /// Characters that `parse` refuses are left out, and U+FFFD replaces ill-formed UTF-8. A
+    /// user-perceived character is cut apart only if it is itself longer than a request may be.
+    /// `enter` is false in all requests. Returns no requests if nothing of the text remains.
     static std::vector<TypeTextRequest> ofText(std::string_view text);
 
     static constexpr auto fields = std::tuple{field("text", &TypeTextRequest::text),

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t maxAddress = 2048; // bytes
 constexpr std::size_t maxBundleId = 200; // characters
 
-/// An empty user name counts as one: "https://@host" is refused.
+/// An empty user name counts as a user name: "https://@host" is refused.
 bool isPlainWebAddress(const Uri& uri) {
     const std::string scheme = Text::lowercased(uri.scheme);
     return (scheme == "http" || scheme == "https") && !uri.host.empty() && !uri.userInfo;

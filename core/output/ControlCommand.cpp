@@ -10,7 +10,7 @@ constexpr std::int64_t maxPercent = 100;
 
 constexpr std::string_view unmute = "try\nset volume output muted false\nend try\n";
 constexpr std::string_view setVolume = "set volume output volume ";
-// One step is 6 on AppleScript's scale of 0 to 100.
+// A step is 6 on AppleScript's scale of 0 to 100.
 constexpr std::string_view raised = "((output volume of (get volume settings)) + 6)";
 constexpr std::string_view lowered = "((output volume of (get volume settings)) - 6)";
 constexpr std::string_view toggleMute =

@@ -7,8 +7,7 @@
 #include <string>
 #include <string_view>
 
-/// Prints records, and lists of records, as every program of the host does: each as one line of
-/// JSON.
+/// Prints records, and lists of records, as one line of JSON, as every program of the host does.
 namespace velmo::Output {
 
 /// Writes a whole line, line feed included, in one write. For standard output this is

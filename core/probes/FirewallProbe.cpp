@@ -33,7 +33,8 @@ std::array<std::vector<std::string>, 3> invocations(std::string_view appPath) {
 }
 
 std::string clean(std::string_view output) {
-    // Repaired first: the cut must not divide an ill-formed sequence into two characters.
+    // The output is repaired first, because the cut must not divide an ill-formed sequence into two
+    // characters.
     const std::string valid = Text::repaired(output);
     return std::string(Text::prefix(Text::trimmed(valid, Text::isBlankOrNewline), maxOutput));
 }

@@ -28,8 +28,8 @@ struct Report {
 };
 
 /// Tells whether the path is absolute, has at most 1024 user-perceived characters of valid UTF-8,
-/// and contains neither a step to the parent folder ("..") nor an ASCII control character. Whether
-/// anything lies there is not checked.
+/// and contains neither a step to the parent folder ("..") nor an ASCII control character. The path
+/// need not exist.
 bool validAppPath(std::string_view path);
 
 /// Returns the path of the application, which must be the only argument; absent for wrong usage.

@@ -22,7 +22,7 @@ GazeIdle::GazeIdle(double secondsSinceKey, double secondsSincePointer, bool isLo
 double GazeIdle::clean(double seconds) {
     if (!std::isfinite(seconds) || seconds < 0)
         return maxIdle;
-    // Limited before it is multiplied, because the product could be infinite.
+    // The seconds are limited before they are multiplied, because the product could be infinite.
     const double milliseconds = std::min(seconds, maxIdle) * millisecondsInASecond;
     return std::round(milliseconds) / millisecondsInASecond;
 }

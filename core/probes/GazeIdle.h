@@ -4,7 +4,7 @@
 
 namespace velmo {
 
-/// Reports whether somebody is at the Mac: how long its input devices have been idle, and whether
+/// Reports whether a person is at the Mac: how long its input devices have been idle, and whether
 /// the screen can be seen at all.
 struct GazeIdle {
     double key;     ///< seconds since the last keyboard event
@@ -16,8 +16,8 @@ struct GazeIdle {
     GazeIdle(double secondsSinceKey, double secondsSincePointer, bool isLocked, bool isAsleep);
 
     /// Rounds an idle time to whole milliseconds, half a millisecond up, and limits it to a day. A
-    /// number that is no duration (negative, infinite or "not a number") becomes a day, which means
-    /// that no activity is known.
+    /// negative, infinite or "not a number" time becomes a day, which means that no activity is
+    /// known.
     static double clean(double seconds);
 
     static constexpr auto fields =

@@ -12,7 +12,7 @@ namespace {
 constexpr double radius = InkPlane::penWidth / 2;
 
 /// Across the edge of a stroke the ink fades over the width of one pixel, half of it outside. At
-/// this distance from the stroke there is none left.
+/// this distance from the stroke the ink ends.
 constexpr double reach = radius + 0.5;
 
 constexpr std::uint8_t opaque = std::numeric_limits<std::uint8_t>::max();
@@ -33,8 +33,8 @@ Indices pixelsBetween(double low, double high, std::size_t count) {
             .end = static_cast<std::size_t>(std::clamp(std::ceil(high), 0.0, max))};
 }
 
-// They take values, unlike std::max and std::min, so that compilers can vectorise the loop in
-// `cover`.
+// These functions take values, unlike std::max and std::min, so that compilers can vectorise the
+// loop in `cover`.
 constexpr float larger(float a, float b) {
     return a < b ? b : a;
 }
@@ -71,8 +71,8 @@ public:
         return pixelsBetween(std::min(start, end) - reach, std::max(start, end) + reach, width);
     }
 
-    /// Raises the coverage of the pixels of one row to what this segment covers of them, where it
-    /// is not higher already. The centre of the first pixel is at `at`.
+    /// Raises the coverage of the pixels of one row to the share that this segment covers, where
+    /// the coverage is not higher already. The centre of the first pixel is at `at`.
     void cover(PenPoint at, std::span<std::uint8_t> pixels) const {
         const PenPoint offset{.x = at.x - from_.x, .y = at.y - from_.y};
         // In and near the picture single precision is finer than any shade of ink.
@@ -146,9 +146,9 @@ void InkPlane::cover(PenPoint from, PenPoint to) {
     }
 }
 
-/// Lays the finished stroke over the ink that is there, of which only the part that the stroke does
-/// not cover still shows ("source over"). It is done once per stroke, so that a stroke which
-/// crosses itself is not darker there.
+/// Lays the finished stroke over the earlier ink, which still shows only where the stroke does not
+/// cover it ("source over"). Called once per stroke, so that a stroke which crosses itself is not
+/// darker there.
 void InkPlane::composite() {
     for (std::size_t y = 0; y < height_; ++y) {
         const auto [begin, end] = std::exchange(touched_[y], {});

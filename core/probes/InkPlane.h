@@ -31,8 +31,8 @@ public:
     InkPlane(std::size_t width, std::size_t height);
 
     /// Draws straight lines from point to point, with round ends and joins, over the ink that is
-    /// there already. One point makes a dot. A stroke is not darker where it crosses itself. Points
-    /// may lie outside the picture, within `maxCoordinate`.
+    /// there already. A single point makes a dot. A stroke is not darker where it crosses itself.
+    /// Points may lie outside the picture, within `maxCoordinate`.
     void draw(std::span<const PenPoint> stroke);
 
     /// Returns the opacities of a row's pixels, valid until the next stroke is drawn.
@@ -40,8 +40,8 @@ public:
         return std::span(ink_).subspan(y * width_, width_);
     }
 
-    /// Returns true only if there is no ink on the row. A row that a stroke merely came close to
-    /// may be without ink and still not count as blank.
+    /// Tells whether every stroke stayed clear of the row. A blank row has no ink, but a row that a
+    /// stroke merely came close to may have no ink and still not be blank.
     [[nodiscard]] bool isBlank(std::size_t y) const { return !inked_[y]; }
 
 private:

@@ -22,7 +22,8 @@ void appendTo(png_structp png, png_bytep data, std::size_t length) {
     } catch (const std::exception&) {
         appended = false;
     }
-    // Outside the handler, because png_error leaves by longjmp, which must not skip its end.
+    // Called outside the handler, because png_error leaves by longjmp, which must not skip the
+    // handler's end.
     if (!appended)
         png_error(png, "");
 }
@@ -49,8 +50,8 @@ public:
     ~Encoder() { png_destroy_write_struct(&png_, &info_); }
 
     /// Appends the picture to the file and tells whether that succeeded. When the library fails it
-    /// jumps (longjmp) to this function, whose variables need no destructor. `blank` is a row of
-    /// zeros.
+    /// jumps (longjmp) to this function, in which no variable may need a destructor. `blank` is a
+    /// row of zeros.
     bool write(Bytes& file, std::size_t width, std::size_t height, const Row& row,
                const Bytes& blank) {
         if (info_ == nullptr || setjmp(png_jmpbuf(png_)) != 0)
@@ -60,9 +61,9 @@ public:
                      bitsPerSample, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_sRGB(png_, info_, PNG_sRGB_INTENT_PERCEPTUAL);
-        // Transparency is one long run of zeros, and the "up" filter turns what a row repeats of
-        // the row above into another. To search for other matches takes most of the time and finds
-        // few.
+        // Transparency is one long run of zeros, and the "up" filter turns the parts that a row
+        // repeats from the row above into such runs. A search for other matches takes most of the
+        // time and finds few.
         png_set_compression_strategy(png_, Z_RLE);
         png_set_filter(png_, PNG_FILTER_TYPE_DEFAULT, PNG_FILTER_NONE | PNG_FILTER_UP);
         png_write_info(png_, info_);

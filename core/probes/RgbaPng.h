@@ -13,8 +13,9 @@ namespace velmo::RgbaPng {
 /// fully transparent. The bytes must live until the next row is asked for.
 using Row = std::function<ByteView(std::size_t y)>;
 
-/// Returns a PNG file in the sRGB colour space, without a time or the name of an author in it. It
-/// is tuned for speed with drawings that are mostly transparent. Absent if memory runs out.
+/// Returns a PNG file in the sRGB colour space, without a time or the name of an author in it. The
+/// encoding is tuned for speed with drawings that are mostly transparent. Absent if memory runs
+/// out.
 std::optional<Bytes> encode(std::size_t width, std::size_t height, const Row& row);
 
 } // namespace velmo::RgbaPng

@@ -10,11 +10,11 @@
 #include <span>
 #include <string_view>
 
-/// Decides what on the screen must be neither shown to the phone nor clicked by it. Which windows
-/// are private is decided by `WindowPrivacy`.
+/// Decides which parts of the screen must be neither shown to the phone nor clicked by it.
+/// `WindowPrivacy` decides which windows are private.
 namespace velmo::ScreenPrivacy {
 
-/// The applications whose windows are authentication prompts, in lower case.
+/// The applications with windows that are authentication prompts, in lower case.
 inline constexpr auto authBundleIds = std::to_array<std::string_view>(
     {PasswordPrompts::securityAgent, PasswordPrompts::localAuthentication});
 
@@ -27,8 +27,8 @@ std::set<std::uint32_t> privateIDs(std::span<const ScreenWindowRow> rows);
 bool authPromptOnScreen(std::span<const ScreenWindowRow> rows);
 
 /// Tells whether a click at the point could reach a private window. The frontmost visible window
-/// there that is private or shared decides. A window that is not shared hides nothing, because it
-/// may be an overlay that passes clicks on to the window below.
+/// there that is private or shared decides. A window that is neither private nor shared hides
+/// nothing, because it may be an overlay that passes clicks on to the window below.
 bool protectedAt(const ScreenPoint& point, std::span<const ScreenWindowRow> rows);
 
 } // namespace velmo::ScreenPrivacy

@@ -17,8 +17,8 @@ bool isSmallLetter(char c) {
     return c >= 'a' && c <= 'z';
 }
 
-/// Overwrites the bytes with zeros at the end of its life. It writes through volatile, because a
-/// compiler may leave out a plain write to memory that nobody reads again.
+/// Overwrites the bytes with zeros at the end of its life. The writes go through volatile, because
+/// a compiler may leave out a plain write to memory that is never read again.
 class WipeAtEnd {
 public:
     explicit WipeAtEnd(std::span<std::uint8_t> bytes) : bytes_(bytes) {}
@@ -35,7 +35,7 @@ private:
     std::span<std::uint8_t> bytes_;
 };
 
-/// Removes one LF or CR LF. A CR alone is no line ending.
+/// Removes one LF or CR LF. A CR alone does not count as a line ending.
 std::string_view withoutLineEnding(std::string_view text) {
     if (text.ends_with('\n'))
         text.remove_suffix(text.ends_with("\r\n") ? 2 : 1);

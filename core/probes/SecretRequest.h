@@ -11,8 +11,8 @@
 
 namespace velmo {
 
-/// Tells what is to be done with one of the host's own secrets. The keychain keeps all of them
-/// under one service name, and each under an account name of its own.
+/// Asks for one of the host's own secrets to be read, set or deleted. The keychain keeps all
+/// secrets under one service name, and each under an account name of its own.
 struct SecretRequest {
     enum class Verb { get, set, delete_ };
 
@@ -34,7 +34,7 @@ struct SecretRequest {
     /// control characters. Nothing else is removed, neither blanks nor a byte-order mark.
     ///
     /// In either case `raw` is overwritten with zeros, so that the returned text is the only copy.
-    /// It must not appear in a log or an error text.
+    /// The secret must not appear in a log or an error text.
     static std::optional<std::string> value(std::span<std::uint8_t> raw);
 
     bool operator==(const SecretRequest&) const = default;

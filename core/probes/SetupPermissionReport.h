@@ -11,8 +11,8 @@
 
 namespace velmo {
 
-/// Reports which of the system's privacy permissions the host has; it is shown while the host is
-/// set up. The caller asks the system, and adds one entry to `automation` for each row of
+/// Reports which of the system's privacy permissions the host has. The report is shown while the
+/// host is set up. The caller asks the system, and adds one entry to `automation` for each row of
 /// `targets`.
 struct SetupPermissionReport {
     /// Tells whether the host may send Apple events to an application.
@@ -38,9 +38,9 @@ struct SetupPermissionReport {
     bool screenRecording = false;
     std::map<std::string, Automation> automation;
 
-    /// Interprets the status that `AEDeterminePermissionToAutomateTarget` returns. One that is
-    /// neither the grant nor one of the two refusals is `notRunning`: it does not tell what the
-    /// user decided.
+    /// Interprets the status that `AEDeterminePermissionToAutomateTarget` returns. A status that is
+    /// neither the grant nor one of the two refusals is `notRunning`: such a status does not tell
+    /// what the user decided.
     static Automation automationForStatus(std::int32_t status);
 
     struct Arguments {

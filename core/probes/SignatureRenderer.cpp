@@ -34,8 +34,8 @@ bool isPoint(const SignatureBody::Point& point) {
     return point.size() == 2 && std::isfinite(point[0]) && std::isfinite(point[1]);
 }
 
-/// Returns nothing for a stroke with anything in it that is no point: what was meant in between is
-/// not known.
+/// Returns an empty list if any point of the stroke is invalid: the part of the stroke at that
+/// point is unknown.
 std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
     std::vector<PenPoint> points;
     for (const SignatureBody::Point& point : stroke) {
@@ -49,8 +49,8 @@ std::vector<PenPoint> penPoints(const SignatureBody::Stroke& stroke) {
 
 using Pixel = std::array<std::uint8_t, 4>;
 
-/// Returns the pixel for each opacity. Its colour is that of the ink, whatever the opacity; a fully
-/// transparent pixel is all zero.
+/// Returns the pixel for each opacity. The pixel has the colour of the ink, whatever its opacity; a
+/// fully transparent pixel is all zero.
 constexpr std::array<Pixel, 256> pixelsOf(const Color& ink) {
     std::array<Pixel, 256> pixels{};
     for (std::size_t alpha = 1; alpha < pixels.size(); ++alpha)

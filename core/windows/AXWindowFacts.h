@@ -8,8 +8,8 @@
 
 namespace velmo {
 
-/// Describes a window as accessibility reports it. A member is absent if the application does not
-/// report it.
+/// Describes a window as accessibility reports it. Members that the application does not report are
+/// absent.
 struct AXWindowFacts {
     std::optional<std::uint32_t> windowId; ///< the window's number in the window list
     std::optional<std::string> title;

@@ -9,7 +9,7 @@
 
 namespace velmo {
 
-/// Names the application whose window is to be arranged. The members mean what those of
+/// Names the application that has the window to be arranged. The members mean what those of
 /// `TargetRequest` mean.
 struct AppTarget {
     std::int32_t pid = 0;
@@ -21,12 +21,13 @@ struct AppTarget {
     /// that contains an ASCII control character.
     static std::optional<AppTarget> parse(std::span<const std::string> arguments);
 
-    /// Returns the text by which the phone names the start of a process in its requests: the digits
-    /// of a time above 0, else "-". `parse` reads it back. It goes into `WindowRecord::started`.
+    /// Returns the text for `WindowRecord::started`, by which the phone names the start of a
+    /// process in its requests: the digits of a time above 0, else "-". `parse` reads the text
+    /// back.
     ///
     /// A start time is only ever compared with itself, by `ForceQuitPolicy::startMatches`, so that
-    /// its unit is the host's to choose, once for all: microseconds since 1970, as the system's
-    /// process list has it, tell apart what whole seconds might not.
+    /// the host may choose the unit, once for all. Microseconds since 1970, as in the system's
+    /// process list, distinguish processes that started within the same second.
     static std::string startedText(std::optional<std::int64_t> startTime);
 
     static constexpr auto fields = targetFields<AppTarget>();

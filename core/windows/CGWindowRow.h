@@ -22,7 +22,8 @@ struct CGWindowRow {
 
     /// Reads an entry of the window list. Returns nothing unless it has a window number of
     /// 1...2^32-1, a process identifier of 1...2^31-1 and four finite numbers as bounds; booleans
-    /// are no numbers here. Any other member keeps its default if it is missing or of another kind.
+    /// do not count as numbers here. Any other member keeps its default if it is missing or of
+    /// another kind.
     static std::optional<CGWindowRow> parse(const Value& entry);
 
     static constexpr auto fields = std::tuple{

@@ -18,16 +18,16 @@ struct ClickCounter {
         bool operator==(const Press&) const = default;
     };
 
-    /// Seconds; limit of the time between two presses of a series. On a Mac the user's own is
-    /// NSEvent.doubleClickInterval, which is 0.5 unless it was changed.
+    /// Seconds; limit of the time between two presses of a series. On a Mac the user's own limit is
+    /// NSEvent.doubleClickInterval, which is 0.5 unless the user changed it.
     double interval = 0;
     double slop = 0; ///< points; limit of their distance along each axis; 4 is usual
     std::optional<Press> last;
 
-    /// Returns the count of this press, which is the click state of its event and of those that
-    /// follow until the button is up again: one more than that of the last press if both are of the
-    /// same button and within `interval` and `slop`, limits included, and otherwise 1. A press
-    /// whose time lies before that of the last one counts as close in time.
+    /// Returns the count of this press, which is the click state of its event and of the events
+    /// that follow until the button is up again. The count is one more than that of the last press
+    /// if both are of the same button and within `interval` and `slop`, limits included, and
+    /// otherwise 1. A press with a time before that of the last press counts as close in time.
     std::int64_t press(bool right, const ScreenPoint& at, double time);
 
     bool operator==(const ClickCounter&) const = default;

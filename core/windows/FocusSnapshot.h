@@ -10,7 +10,7 @@ namespace velmo {
 /// Describes what has the keyboard focus at one moment.
 struct FocusSnapshot {
     std::string identity;  ///< of the focused element; compared byte by byte
-    bool editable = false; ///< this and the next are `TypingSafety::focusFlags`
+    bool editable = false; ///< with `password`, from `TypingSafety::focusFlags`
     bool password = false;
     std::int32_t pid = 0; ///< of the focused application
 

@@ -33,11 +33,13 @@ using Step = std::variant<Position, Size>;
 std::vector<Step> steps(const std::optional<WindowBounds>& current, const WindowBounds& target,
                         bool resizable);
 
-/// Applications round frames to grids of their own, so that each number may end this far off.
+/// Applications round frames to grids of their own, so that each number may be off by up to this
+/// much.
 inline constexpr double tolerance = 40; ///< points
 
 /// Tells whether the bounds that were read back are within `tolerance` of the target's. The size is
-/// compared only if the window can be resized. Bounds that could not be read (absent) are not.
+/// compared only if the window can be resized. Returns false for bounds that could not be read
+/// (absent).
 bool landed(const std::optional<WindowBounds>& bounds, const WindowBounds& target, bool resizable);
 
 } // namespace velmo::FramePlan

@@ -36,8 +36,8 @@ struct MosaicHotkey {
         {.name = "ctrl", .mask = 4096},
     };
 
-    /// Letters, digits and a few other keys, with the codes of `Hotkey::ansiKeyCodes`. Here the
-    /// Return key is called "return", there "enter".
+    /// Letters, digits and a few other keys, with the codes of `Hotkey::ansiKeyCodes`. The Return
+    /// key is called "return" here, but "enter" there.
     static constexpr auto keyCodes = [] {
         constexpr auto others = std::to_array<std::string_view>(
             {"enter", "tab", "space", "left", "right", "down", "up"});

@@ -8,7 +8,8 @@
 namespace velmo::ScreenGeometry {
 
 /// A rectangle by its bottom left corner, in points; y grows upwards from the bottom of the primary
-/// display. It is a type of its own so that nobody passes a `WindowBounds` by mistake.
+/// display. The type is distinct from `WindowBounds`, so that passing one by mistake does not
+/// compile.
 struct BottomLeftRect {
     double x = 0;
     double y = 0;

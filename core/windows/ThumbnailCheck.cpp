@@ -14,14 +14,14 @@ namespace {
 constexpr std::int64_t bytesPerPixel = 4;
 constexpr std::int64_t samplesPerSide = 128;
 constexpr int maxDifference = 3;         ///< between channels of the same colour
-constexpr int minLuminance = 56;         ///< of a sample that is not dark
+constexpr int minLuminance = 56;         ///< of a sample that is not dark, 0...255
 constexpr double titleBarHeight = 40;    ///< points
 constexpr std::int64_t maxTitlePart = 4; ///< a title bar is at most a fourth of a capture
 
 using Pixel = std::span<const std::uint8_t, bytesPerPixel>;
 
-/// Tells whether the bytes are enough for all the pixels. It divides, because products of such
-/// numbers may lie beyond 64 bits.
+/// Tells whether the bytes are enough for all the pixels. The numbers are divided, because their
+/// products may lie beyond 64 bits.
 bool containsItsPixels(const Capture& capture) {
     if (capture.width < 1 || capture.height < 1
         || capture.bytesPerRow / bytesPerPixel < capture.width)

@@ -17,7 +17,7 @@ bool keep(const CGWindowRow& row, std::int32_t ownPid, std::optional<std::string
           bool isRegularApp) {
     if (row.layer != ordinaryLayer || row.pid == ownPid || !isRegularApp)
         return false;
-    // Written so that "not a number" fails.
+    // Written so that an opacity or a side that is "not a number" is refused.
     if (!(row.alpha > maxInvisibleAlpha && row.bounds.width >= minSide
           && row.bounds.height >= minSide))
         return false;

@@ -7,11 +7,11 @@
 #include <optional>
 #include <string_view>
 
-/// Decides which windows the phone is told of at all. Whether their content may be shown is decided
-/// by `WindowPrivacy`: windows of password managers are listed too.
+/// Decides which windows are listed for the phone at all. `WindowPrivacy` decides whether their
+/// content may be shown: windows of password managers are listed too.
 namespace velmo::WindowFilter {
 
-/// Names of owners whose windows are never listed.
+/// Names of owners of windows that are never listed.
 inline constexpr auto systemOwners = std::to_array<std::string_view>({
     "Window Server",
     "Dock",

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// Makes of the platform's window list what the phone is told of it.
+/// Turns the platform's window list into the list for the phone.
 namespace velmo::WindowList {
 
 /// What the platform tells of the process that a window belongs to.
@@ -23,8 +23,8 @@ struct Owner {
 using OwnerOf = std::function<Owner(std::int32_t pid)>;
 
 /// Returns the records of the rows that `WindowFilter::keep` keeps, in the order of the list, which
-/// is from front to back. The first of the frontmost process that is on screen is the front window.
-/// `minimized` is false in all: only accessibility tells, so the caller sets it.
+/// is from front to back. The front window is the first one on screen of the frontmost process.
+/// `minimized` is false in all records: only accessibility knows it, so that the caller sets it.
 std::vector<WindowRecord> records(std::span<const CGWindowRow> rows, std::int32_t ownPid,
                                   std::optional<std::int32_t> frontmostPid, const OwnerOf& ownerOf);
 

@@ -67,7 +67,7 @@ Index closest(Facts facts, const Indices& candidates, const WindowBounds& bounds
     return best;
 }
 
-/// Does what `match` does after the number, among the candidates only.
+/// Finds a window among the candidates as `match` does if no window has the number.
 Index byTitleOrPlace(Facts facts, const Indices& candidates,
                      const std::optional<std::string>& title, const WindowBounds& bounds) {
     if (title) {

@@ -15,13 +15,13 @@
 /// title counts as absent.
 namespace velmo::WindowMatcher {
 
-/// Bounds with at most this `WindowBounds::distance` can be those of the same window.
+/// Bounds that are at most this `WindowBounds::distance` apart can be those of the same window.
 inline constexpr double maxDistance = 24; ///< points
 
-/// Returns the first row that belongs to the frontmost process and is on screen. The rows are those
-/// that `WindowFilter::keep` keeps, in the order of the window list, from front to back: of the
-/// whole list the first may be a menu or a shadow, which the phone is never told of.
-/// `WindowList::records` sees to both.
+/// Returns the first row that belongs to the frontmost process and is on screen. The rows must be
+/// those that `WindowFilter::keep` keeps, in the order of the window list, from front to back: the
+/// first row of the whole list may be a menu or a shadow, which the phone's list never contains.
+/// `WindowList::records` passes such rows.
 std::optional<std::size_t> frontIndex(std::span<const CGWindowRow> rows,
                                       std::optional<std::int32_t> frontmostPid);
 
@@ -29,9 +29,9 @@ std::optional<std::size_t> frontIndex(std::span<const CGWindowRow> rows,
 ///
 /// A window with the target's number wins. Otherwise a target on screen is found as by `match`, and
 /// only if it has bounds. A target that is not on screen is first looked for among the minimized
-/// windows without a number: the only one with its title wins and, if the target has bounds, so
-/// does the only one at all unless both have a title. Then it is found as by `match` among all
-/// windows without a number.
+/// windows without a number. The only one with the target's title wins. If the target has bounds,
+/// the only one at all wins too, unless both have a title; otherwise the target is found as by
+/// `match` among all windows without a number.
 std::optional<std::size_t> resolve(const WindowTarget& target,
                                    std::span<const AXWindowFacts> facts);
 

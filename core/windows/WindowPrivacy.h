@@ -47,8 +47,8 @@ inline constexpr auto privateTitleMarkers = std::to_array<std::string_view>({
     "finestra privata",
 });
 
-/// Tells whether the identifier, in any letter case, is one of `sensitiveBundleIds`. An absent one
-/// is not.
+/// Tells whether the identifier, in any letter case, is one of `sensitiveBundleIds`. Returns false
+/// for an absent identifier.
 bool isSensitiveApp(std::optional<std::string_view> bundleId);
 
 /// Tells whether the title contains one of `privateTitleMarkers`, in any letter case and with

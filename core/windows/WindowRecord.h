@@ -7,7 +7,7 @@
 
 namespace velmo {
 
-/// Describes a window to the phone, which shows a list of them.
+/// Describes a window to the phone, which shows a list of windows.
 struct WindowRecord {
     std::uint32_t id = 0; ///< window number
     std::int32_t pid = 0; ///< of the owner

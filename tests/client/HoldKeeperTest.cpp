@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A daemon that answers when the test says so.
+/// A daemon that replies when the test tells it to.
 class FakeDaemon final : public VelmoPowerProtocol {
 public:
     explicit FakeDaemon(std::vector<std::string>& calls) : calls_(calls) {}
@@ -222,7 +222,7 @@ TEST_F(HoldKeeperTest, RidesOnTheHoldOfAnotherAndTakesOver) {
     pass(2);
     daemon->onReport("{}");
     pass(2);
-    daemon->onReport(heldBy(8)); // another one that rode was faster
+    daemon->onReport(heldBy(8)); // another client that rode was faster
     pass(2);
     daemon->onReport(freeAfter(HoldEnding::clientGone));
     daemon->onHold(false, "busy");
@@ -271,7 +271,7 @@ TEST_F(HoldKeeperTest, WhoeverDoubtsTheHoldIsAnsweredAtOnce) {
     EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
     daemon->onReply(true);
     pass(9);
-    EXPECT_THAT(takeCalls(), IsEmpty()); // there is one chain of heartbeats only
+    EXPECT_THAT(takeCalls(), IsEmpty()); // only one chain of heartbeats runs
     pass(1);
     EXPECT_THAT(takeCalls(), ElementsAre("heartbeat"));
 }

@@ -35,7 +35,8 @@ protected:
         takeEvents();
     }
 
-    /// Once for all times that pmset is asked for a setting that may still come.
+    /// Returns the events, with a repeated one only once, because pmset is asked several times for
+    /// a setting that may still come.
     Events takeDistinctEvents() {
         Events taken = takeEvents();
         const auto rest = std::ranges::unique(taken);
@@ -130,7 +131,7 @@ TEST_F(GuardTest, ASettingThatCannotBeReadBackIsNotBelievedToHaveChanged) {
     EXPECT_FALSE(guard->revert(RevertReason::released));
     EXPECT_EQ(guard->state().heldPrevious, false);
 
-    // One that is missing for a moment is looked for again.
+    // A setting that is missing for a moment is looked for again.
     machine.propertyReadable = true;
     machine.blindReadings = 1;
     EXPECT_TRUE(guard->revert(RevertReason::released));
@@ -186,7 +187,7 @@ TEST_F(GuardTest, WaitsForASettingThatLandsLate) {
         EXPECT_EQ(machine.sleepDisabledProperty(), false);
         expectFree();
     }
-    // What pmset prints are the preferences: it decides at once.
+    // pmset prints the preferences, which decide at once.
     machine = FakeMachine(events);
     machine.lateness = 10;
     machine.propertyReadable = false;
@@ -318,7 +319,7 @@ TEST_F(GuardTest, AHoldThatTakesOverARestoreWhichHadItsEffectDisablesSleepAnew) 
     EXPECT_EQ(guard->hold(second, 20), granted);
     EXPECT_THAT(takeEvents(), ElementsAre(on, disabledLog));
     EXPECT_TRUE(machine.sleepDisabled);
-    machine.sleepDisabled = false; // by hand: whoever did it may mean it
+    machine.sleepDisabled = false; // by hand, and perhaps on purpose
     EXPECT_EQ(guard->hold(second, 30), granted);
     EXPECT_THAT(takeEvents(), IsEmpty());
 
@@ -409,14 +410,14 @@ TEST_F(GuardTest, HowTheLastHoldEndedIsWrittenDownOnceSleepIsEnabledAgain) {
     EXPECT_EQ(records.lastEnd, hot);
     EXPECT_FALSE(records.wroteEndOverRecord);
 
-    // Not while the next one is in force.
+    // The end is not written while the next hold is in force.
     holdFirst();
     guard->release(first);
     holdFirst();
     queue.runAll();
     EXPECT_EQ(records.lastEnd, hot);
 
-    machine.pmsetOff = Pmset::fails; // the next start is to know that it was no crash
+    machine.pmsetOff = Pmset::fails; // the next start must know that this was not a crash
     guard->stop();
     EXPECT_EQ(records.lastEnd, (HoldEnd{.how = "stopping", .at = machine.date}));
     EXPECT_TRUE(records.wroteEndOverRecord);
@@ -506,7 +507,7 @@ TEST_F(GuardTest, AfterTheLastRestoreNothingTakesEffect) {
     Guard::HoldResult inFront;
     queue.async([&] { inFront = guard->hold(first, 20); });
     queue.behindSync = [&] {
-        EXPECT_THAT(exits, ElementsAre(0)); // on a Mac nothing comes after it
+        EXPECT_THAT(exits, ElementsAre(0)); // on a Mac nothing runs after it
         EXPECT_EQ(guard->hold(second, 20), refused(HoldRefusal::gone));
     };
     guard->stop();

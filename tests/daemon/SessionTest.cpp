@@ -41,7 +41,7 @@ protected:
         return decodeRecord<HoldReport>(reply()).value();
     }
 
-    /// The one reply to the call before it; more than one, or none, shows in the text.
+    /// Returns the reply to the last call. The text shows if the call had several replies or none.
     std::string reply() {
         queue.runAll();
         std::string all;
@@ -92,7 +92,7 @@ TEST_F(SessionTest, EveryCallIsAnsweredOnceFromTheQueue) {
     EXPECT_EQ(hold(*other->session), "busy");
     EXPECT_EQ(heartbeat(*holder->session), "ok");
     EXPECT_EQ(heartbeat(*other->session), "no");
-    EXPECT_EQ(release(*other->session), "ok"); // anyone may end the hold
+    EXPECT_EQ(release(*other->session), "ok"); // any client may end the hold
     EXPECT_EQ(heartbeat(*holder->session), "no");
     EXPECT_EQ(release(*holder->session), "ok"); // nothing left to restore
     EXPECT_EQ(hold(*other->session), "ok");
@@ -135,7 +135,7 @@ TEST_F(SessionTest, TellsWhoHoldsAndChangesNothingByIt) {
     EXPECT_EQ(hold(*holder->session, 5), "ok");
     machine.date += 1000;
     machine.clock += 12;
-    EXPECT_EQ(hold(*holder->session, 30), "ok"); // renewed: it began when it began
+    EXPECT_EQ(hold(*holder->session, 30), "ok"); // renewed: the hold keeps its beginning
     machine.clock += 7;
     const Guard::State before = guard->state();
     takeEvents();

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Takes down in which order the start-up asks for what.
+/// Records the order of the calls of the start-up.
 class FakeHost final : public DaemonHost {
 public:
     RecordStore& recordStore(std::string_view directory, std::string_view name) override {

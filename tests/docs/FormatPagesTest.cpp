@@ -30,7 +30,7 @@
 namespace velmo {
 namespace {
 
-/// The bodies of a page's blocks of one kind: ```hex or ```json.
+/// Returns the bodies of a page's blocks of one kind: ```hex or ```json.
 std::vector<std::string> blocks(const std::string& page, const std::string& kind) {
     std::ifstream file(VELMO_FORMAT_PAGES "/" + page + ".md");
     std::vector<std::string> found;
@@ -47,7 +47,7 @@ std::vector<std::string> blocks(const std::string& page, const std::string& kind
     return found;
 }
 
-/// The bytes before the comment on each line, which three blanks set off.
+/// Returns the bytes on each line; three blanks separate them from the line's comment.
 Bytes bytesIn(const std::string& block) {
     Bytes bytes;
     std::istringstream lines(block);
@@ -120,7 +120,7 @@ std::string contentOf(const std::string& page) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The words in quotes between two passages of a page.
+/// Returns the words in quotes between two passages of a page.
 std::vector<std::string> wordsBetween(const std::string& page, const std::string& from,
                                       const std::string& to) {
     const std::string whole = contentOf(page);
@@ -133,7 +133,7 @@ std::vector<std::string> wordsBetween(const std::string& page, const std::string
     return words;
 }
 
-/// The words in the first column of the table with this heading, with or without quotes.
+/// Returns the words in the first column of the table with this heading, without their quotes.
 std::vector<std::string> rowsBelow(const std::string& page, const std::string& heading) {
     std::istringstream lines(contentOf(page));
     std::string line;

@@ -70,7 +70,8 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
             EXPECT_EQ(client.call(heartbeatCall), R"({"ok":false})");
         EXPECT_EQ(crowd.back().call(holdCall), R"({"ok":false,"reason":"busy"})");
     }
-    // Calls that are sent ahead are answered one by one; their answers wait for nobody's memory.
+    // Calls that are sent ahead are answered one by one, so that waiting replies do not fill the
+    // daemon's memory.
     std::string many;
     for (int i = 0; i < 1000; ++i)
         many.append(heartbeatCall).append("\n");

@@ -60,7 +60,7 @@ protected:
         return run("velmo-power", words);
     }
 
-    /// The status that velmo-mac ends with when it is given these words.
+    /// Runs velmo-mac with these words and returns its exit status.
     [[nodiscard]] std::optional<int> velmoMac(const std::string& line) const {
         return run("velmo-mac", Text::pieces(line, Text::isBlank))->waitForEnd();
     }
@@ -69,7 +69,7 @@ protected:
 
     [[nodiscard]] bool sleepDisabled() const { return mac.load().value().sleepDisabled; }
 
-    /// Memory of the daemon in KiB; 0 where the system has no /proc.
+    /// Returns the memory of the daemon in KiB; 0 on a system without /proc.
     [[nodiscard]] long residentMemory() const {
         std::ifstream status("/proc/" + std::to_string(daemon->pid()) + "/status");
         for (std::string word; status >> word;) {

@@ -8,7 +8,8 @@
 namespace velmo {
 namespace {
 
-/// This process and its children in a world of their own, in which they may mount what they like.
+/// Moves this process and its children into namespaces of their own, in which they may mount any
+/// file system.
 class PrivateMounts {
 public:
     PrivateMounts() {

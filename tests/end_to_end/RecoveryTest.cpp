@@ -10,11 +10,11 @@
 namespace velmo {
 namespace {
 
-/// What is left of a daemon that was killed, damaged or denied its disk, and what the next one
-/// makes of it.
+/// Tests what the next daemon makes of the files that a killed daemon left, damaged and unfinished
+/// ones among them.
 class RecoveryTest : public DaemonTest {
 protected:
-    /// A hold is in force and its daemon gone.
+    /// Leaves a hold in force and its daemon killed.
     void leaveAHoldBehind() {
         startDaemon();
         ASSERT_EQ(connect().call(holdCall), held);
@@ -88,7 +88,8 @@ TEST_F(RecoveryTest, ADamagedRecordDoesNoHarm) {
     for (const std::string& text : damaged) {
         putRecord(text);
         startDaemon();
-        // It is either still a record, of the same setting, or not touched, and neither is the Mac.
+        // Either the text still is a record of the same setting, or the daemon touches neither the
+        // file nor the Mac.
         if (sleepDisabled())
             ASSERT_EQ(recordText(), text);
         else

@@ -87,8 +87,9 @@ protected:
             JsonDocument::parse(reply).value().object()->text("ticket").value_or("none"));
     }
 
-    /// The descriptors that the host has open, where the system tells. The connection of a call is
-    /// among them: once the call is answered, the host has closed those that ended before.
+    /// Returns the number of descriptors that the host has open, on systems that tell. The number
+    /// includes the connection of a call, which is made first: once it is answered, the host has
+    /// closed the connections that ended before.
     [[nodiscard]] std::ptrdiff_t openDescriptors() const {
         const Descriptor socket = LocalSocket::connect((folder / "control.sock").string());
         EXPECT_TRUE(call(socket, "{\"call\":\"list\"}\n").contains("true"));
@@ -120,7 +121,8 @@ TEST_F(SessionTest, OfManyThatRaceWithOneTicketOneGetsIn) {
         all.push_back(std::make_unique<WatchedProcess>(
             program, std::vector<std::string_view>{"pty-attach", "--ticket-file", ticket}));
     EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains(R"("viewers":1)"); }));
-    // A loser ends at once; the one that got in stays until the session ends.
+    // An attach client without the ticket ends at once; the one that read the ticket stays until
+    // the terminal session ends.
     EXPECT_EQ(output({"end", "sh"}), "");
     std::map<std::optional<int>, int> outcomes;
     for (const auto& racer : all)
@@ -181,7 +183,7 @@ TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
     EXPECT_EQ(window->waitForEnd(), 128 + SIGHUP)
         << "but without a window there is nothing to view";
 
-    // A view that nobody types into has only its output to tell it so.
+    // A viewer without any typing learns only from its output that the window is gone.
     const std::string fifo = (home / "fifo").string();
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     const auto typist = open({"attach", "sh"});

@@ -9,7 +9,7 @@
 namespace velmo {
 namespace {
 
-/// Its power sources are what it was given.
+/// A machine with fixed power sources.
 struct FixedMachine final : FakeMachine {
     FixedMachine() : FakeMachine(events) {}
 

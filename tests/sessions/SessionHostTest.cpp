@@ -20,7 +20,7 @@ using testing::IsEmpty;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
-/// What a viewer has been shown and told.
+/// The output and the messages that a viewer was sent.
 struct Seen {
     std::string output;
     std::vector<std::string> messages;
@@ -44,7 +44,7 @@ protected:
         return peer;
     }
 
-    /// Sends a control message as it stands.
+    /// Sends a control message unchanged.
     void tell(PeerId peer, std::string_view message) {
         const char length = static_cast<char>(message.size());
         world.receive(peer, std::string({6, 0, 0, 0, length}).append(message));
@@ -59,7 +59,7 @@ protected:
         world.settle();
     }
 
-    /// Everything that a window was sent.
+    /// Returns everything that a window was sent.
     Seen seen(PeerId peer) {
         Seen result;
         PtyAttach::Decoder decoder;
@@ -251,7 +251,7 @@ TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
     EXPECT_THAT(world.program().sizes, ElementsAre(PtyFrame::Size{100, 30}, PtyFrame::Size{100, 29},
                                                    PtyFrame::Size{100, 30}))
         << "changed, and changed twice for programs that fill the screen";
-    write("after \033[6n"); // before it has been shown what was before
+    write("after \033[6n"); // before it was shown the earlier output
     world.peers[peer]->room = SIZE_MAX;
     world.settle();
     type(peer, "ls\r");
@@ -444,7 +444,7 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
 TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
     const std::string id = world.startShell();
     for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
-        world.host.gone(attach(id)); // who watched is no stranger
+        world.host.gone(attach(id)); // a viewer is not a stranger
     const PeerId good = attach(id);
     const PeerId window = attach(id);
     const PeerId bridge = stream(id);
@@ -549,9 +549,9 @@ TEST_F(SessionHostTest, NobodyWatchesASessionFromWithinIt) {
     EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
 }
 
-/// Every order of these events, four deep: whatever happens, frames stay whole, the one who leads
-/// sees every byte, and nobody is kept for nothing.
-/// A shell, the windows that watch it one after the other or at once, and what may happen to them.
+/// A shell, the windows that watch it one after the other or at once, and the events that may
+/// happen to them. The first test tries every order, four deep. Whatever happens, frames stay
+/// whole, the window that leads sees every byte, and the host keeps no peer without a reason.
 class Scene {
 public:
     enum Event {
@@ -627,13 +627,14 @@ public:
             shown_ = read();
     }
 
-    /// Tells whether anybody watches by the window that came last, or was turned to.
+    /// Tells whether the current window, which came last or was turned to, is connected.
     [[nodiscard]] bool isWatched() const { return !windows_.empty() && !window().isClosed; }
 
-    /// Tells whether the program has written what nobody has read yet.
+    /// Tells whether the program has written output that the host has not read yet.
     [[nodiscard]] bool isWriting() const { return !world_.program().output.empty(); }
 
-    /// Returns all that can be seen of the host from outside, amounts only as far as they matter.
+    /// Returns everything that can be seen of the host from outside, amounts only as far as they
+    /// matter.
     [[nodiscard]] std::vector<int> seen() const {
         const auto amount = [](std::uint64_t bytes) {
             return int{bytes > 0} + int{bytes > Viewer::window} + int{bytes > OutputLog::kept};
@@ -651,8 +652,8 @@ public:
         return seen;
     }
 
-    /// Everybody reads, and then the program ends: tells whether nobody was stuck, each window got
-    /// whole frames, and nothing is left in the host.
+    /// Lets every window read, and then the program end. Tells whether no peer was stuck, each
+    /// window got whole frames, and nothing is left in the host.
     [[nodiscard]] bool endsWell() {
         world_.program().appetite = SIZE_MAX;
         for (const PeerId each : windows_)
@@ -712,8 +713,9 @@ TEST(SessionHostWalk, NoOrderOfEventsBreaksAStreamOrLeavesAPeerBehind) {
     }
 }
 
-/// With one window at a time there are so few states that all are reached, and left again. A
-/// sanitizer makes that ten times as long, and looks at the first of them.
+/// With one window at a time the states are so few that the test reaches all of them and leaves
+/// them again. With a sanitizer that takes ten times as long, so that only the first states are
+/// tried.
 TEST(SessionHostWalk, EveryStateOfOneWindowEndsWell) {
     using Path = std::vector<int>;
     std::set<std::vector<int>> known;

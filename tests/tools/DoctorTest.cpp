@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
 
-/// A Mac's folders and tools below another root; what the tools say is in files beside them.
+/// A Mac's folders and tools below another root; files beside the tools contain what these report.
 class DoctorTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -45,7 +45,7 @@ protected:
         fs::permissions(root.path() / path, fs::perms::owner_all);
     }
 
-    /// Without the findings that are the machine's.
+    /// Returns the findings about the Mac below `root`, as `velmo-power` prints them.
     std::string examined(const std::optional<std::string>& requirement = "anchor apple") {
         const Installation installation = examineMac(requirement, root.path().string());
         return findingsText(diagnose(installation, machine, report, "it is silent"), installation);
@@ -68,7 +68,7 @@ TEST_F(DoctorTest, FindsNothingWhereAllIsWell) {
 TEST_F(DoctorTest, NamesEachFaultWithItsCure) {
     struct Case {
         std::string file;
-        std::string text; ///< what is written into it; empty: it is removed
+        std::string text; ///< the file's new content; empty: it is removed
         std::string_view fault;
     };
 

@@ -74,7 +74,7 @@ TEST(HoldLimits, WhicheverComesFirstEndsTheHold) {
     EXPECT_EQ(reached([](auto& f) { f.onMains.reset(); }), "nothing");
     EXPECT_EQ(reached([](auto& f) { f.lidIsShut.reset(); }), "nothing");
 
-    // The lid is waited for twice: until it shuts, and until it opens.
+    // The limit waits for the lid twice: until it shuts, and until it opens.
     LimitWatch lid({.untilLidOpens = true}, {100});
     EXPECT_EQ(lid.reached(quiet), std::nullopt);
     EXPECT_EQ(lid.waitsFor(quiet), "until the lid shuts and opens");

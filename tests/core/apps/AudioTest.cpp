@@ -34,7 +34,7 @@ TEST(AudioOutputs, AnIdentifierIsPrintableAsciiAndIsNeverTakenForAnOption) {
     EXPECT_FALSE(parseSetArgs({}) || parseSetArgs(words("-x")) || parseSetArgs(words("a a")));
 }
 
-/// Orders by length alone, as no other order does.
+/// Orders by length alone, unlike any other order, so that the test sees which order was used.
 std::weak_ordering shorterFirst(std::string_view a, std::string_view b) {
     return a.size() <=> b.size();
 }

@@ -9,7 +9,7 @@ namespace {
 using Array = Value::Array;
 using Dictionary = Value::Dictionary;
 
-/// A member without a kind is as good as missing.
+/// A tile of the preferences. A member that is `Value()` stands for a missing one.
 struct Tile {
     Value type = "file-tile";
     Value url = "/A/N.app";

@@ -8,8 +8,7 @@ namespace {
 using namespace ForceQuitPolicy;
 
 /// Expects the verdict on a process, given by its bundle identifier, bundle path and executable
-/// path:
-/// "-" stands for an absent one, "." for an empty one.
+/// path. "-" stands for an absent text, "." for an empty one.
 void expectVerdict(Verdict expected, const std::string& process, std::int32_t pid = 9) {
     const std::int32_t ownPids[] = {43, 44};
     const auto text = [all = words(process)](std::size_t i) {

@@ -12,7 +12,7 @@ using Folders = std::map<std::string, std::string>; ///< names by path; "/" ends
 using Bundles = std::map<std::string, Inventory::BundleInformation>; ///< by path
 
 /// Scans directories on a disk and returns the records as "name|path|bundleId|version". The scan
-/// may list none but the given folders.
+/// may list only the given folders.
 Strings scan(const Folders& folders, std::vector<FileUrl> directories, Bundles bundles = {}) {
     const auto entries = [&](const std::string& path) {
         std::vector<Inventory::Entry> found;

@@ -57,7 +57,7 @@ TEST(NowPlayingParse, ReadsALineOfMusic) {
 }
 
 TEST(NowPlayingParse, CreditsAStreamToItsArtistAndItsStation) {
-    // Track, artist and stream; title, artist and station.
+    // Given: track, artist and stream. Expected: title, artist and station.
     const std::pair<std::string, std::string> cases[] = {
         {"X^^^^^B \u2013 S", "S|B|X"}, {"X^A^^^^B - S", "S|B|X"}, {"S^^^^^B - S", "S|B|-"},
         {"B^^^^^B - S", "S|B|-"},      {"X^A^^^^S", "S|A|X"},     {"X^^^^^S", "S|X|-"},

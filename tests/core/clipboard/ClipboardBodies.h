@@ -9,7 +9,7 @@ namespace velmo {
 
 inline constexpr std::size_t mebibyte = 1048576;
 
-/// The head of a PNG image of 16384 times 3906 pixels, and bytes of no meaning behind it.
+/// Returns the head of a PNG image of 16384 times 3906 pixels, followed by meaningless bytes.
 inline Bytes image(std::size_t length) {
     using namespace std::string_view_literals;
     constexpr std::string_view head = "\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\x40\0\0\0\x0F\x42"sv;

@@ -6,16 +6,16 @@
 
 namespace {
 
-/// Before each block stands its size.
+/// The room before each block, which contains the block's size.
 constexpr std::size_t header = alignof(std::max_align_t);
 
-// Of what this program has allocated with `new` anywhere.
+// The bytes that this program has allocated with `new` anywhere.
 std::size_t liveBytes = 0;
 std::size_t maxLiveBytes = 0;
 
 } // namespace
 
-// Every form: a sanitizer's own do not call one another.
+// Every form is replaced, because a sanitizer's own forms do not call one another.
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     auto* block = static_cast<std::size_t*>(std::malloc(header + size));
     if (block == nullptr)
@@ -72,8 +72,8 @@ void operator delete[](void* pointer, const std::nothrow_t& /*tag*/) noexcept {
 namespace velmo {
 namespace {
 
-/// The largest number of bytes that were allocated at once while it was parsed, beyond those
-/// before.
+/// Parses the body and returns the largest number of bytes that were allocated at once meanwhile,
+/// without those that were allocated before.
 std::size_t heapToParse(std::string_view body) {
     const std::size_t before = liveBytes;
     maxLiveBytes = before;

@@ -23,7 +23,7 @@ Value choice(Value parameters, Value type = "standard") {
     return Dictionary{{"parameters", std::move(parameters)}, {"type", std::move(type)}};
 }
 
-/// A shortcut that can be pressed, if it counts.
+/// Returns the entry of a shortcut that can be pressed if the entry counts.
 Value entry(Value enabled, Value type = "standard") {
     return Dictionary{{"enabled", std::move(enabled)},
                       {"value", choice(Array{65535, 5, 0x100000}, std::move(type))}};
@@ -110,7 +110,8 @@ const std::string launchpadApp = "/System/Applications/Launchpad.app";
 const std::string appsApp = "/System/Applications/Apps.app";
 const Strings allApps{missionControlApp, launchpadApp, appsApp};
 
-/// "126:a40000" for a hot key, a path and its arguments, "clock" or "nothing".
+/// Returns the planned action: "126:a40000" for a hot key, a path and its arguments, "clock" or
+/// "nothing".
 std::string planned(Gesture gesture, const Dictionary* preferences, const Strings& installed) {
     const auto action = GesturePlan::action(gesture, preferences, [&](std::string_view path) {
         EXPECT_NE(path, "/Applications");

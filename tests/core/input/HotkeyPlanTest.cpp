@@ -15,7 +15,8 @@ using enum HotkeyModifier;
 using HotkeyPlan::Chord;
 using Modifiers = std::vector<HotkeyModifier>;
 
-/// " +21:cs" is key 21 going down while cmd and shift are down, by their first letters.
+/// Returns the steps as text: " +21:cs" is key 21 going down while cmd and shift are down, which
+/// are named by their first letters.
 std::string spelt(const std::vector<KeyPhase::Step>& steps) {
     std::string text;
     for (const KeyPhase::Step& step : steps) {
@@ -38,11 +39,11 @@ TEST(KeyPhase, ATapIsAPressAndItsRelease) {
     expect({fn, alt, cmd}, 8, {shift, alt}, " +63:saf +55:safc +8:safc", " -8:safc -55:saf -63:sa");
     expect({shift}, {}, {}, " +56:s", " -56:");
     expect({cmd}, {}, {cmd}, "", "");
-    // A modifier that was listed twice goes down twice and is up after its first release.
+    // A modifier that is listed twice goes down twice and is up after its first release.
     expect({shift, shift}, 7, {}, " +56:s +56:ss +7:ss", " -7:ss -56: -56:");
 }
 
-/// What each key gives in the states none, shift, option, both.
+/// The text that each key gives in the states none, shift, option, both.
 using FewKeys = std::map<std::uint16_t, std::array<std::string, 4>>;
 
 std::optional<std::string> given(const FewKeys& keys, std::uint16_t code, LayoutState state) {
@@ -52,7 +53,8 @@ std::optional<std::string> given(const FewKeys& keys, std::uint16_t code, Layout
     return key->second.at(static_cast<std::size_t>(state.rawValue));
 }
 
-/// Of a French keyboard. 81 and 84 are on the numeric keypad, and the only key for "=" is there.
+/// Translates keys of a French keyboard. 81 and 84 are on the numeric keypad, which has the only
+/// key for "=".
 std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*command*/) {
     static const FewKeys keys{
         {0, {"q", "Q"}},  {6, {"w", "W"}},  {8, {"c", "C"}},  {9, {"v", "V"}},
@@ -61,7 +63,7 @@ std::optional<std::string> french(std::uint16_t code, LayoutState state, bool /*
     return given(keys, code, state);
 }
 
-/// Of a US keyboard.
+/// Translates keys of a US keyboard.
 std::optional<std::string> american(std::uint16_t code, LayoutState state, bool /*command*/) {
     static const FewKeys keys{{0, {"a", "A"}}, {13, {"w", "W"}}, {19, {"2", "@"}}};
     return given(keys, code, state);
@@ -91,8 +93,8 @@ TEST(HotkeyPlan, PressesTheKeyThatTheLayoutHasForTheCharacter) {
         EXPECT_EQ(HotkeyPlan::chord(hotkey, french), chord) << hotkey.key << hotkey.game;
 }
 
-/// What the typing keys give, in the order of `usPlain`: a blank for what is not ASCII. All give
-/// what a US keyboard does while Command is down.
+/// The characters that the typing keys give, in the order of those of `us`: a blank for a character
+/// that is not ASCII. While Command is down, all layouts give the characters of a US keyboard.
 struct ScriptLayout {
     std::string_view name;
     std::string_view plain;
@@ -152,7 +154,7 @@ TEST(HotkeyPlan, FindsAHotKeyWithCmdWhereTheLayoutHasItWithCommand) {
             << key;
 }
 
-/// A keyboard, French at first, and an owner who carries requests out.
+/// A keyboard, French at first, on which requests are carried out.
 struct Desk {
     HotkeyPlan::Translate layout = french;
     HeldKeys held;
@@ -215,7 +217,8 @@ TEST(HotkeyPlan, LetsGoOfTheKeysOfAnotherLayoutBeforeItPressesAgain) {
     EXPECT_EQ(desk.releaseAll("[]"), " -19:c -0:c -55:");
 }
 
-/// Makes requests and changes the layout in every order, `more` of them.
+/// Makes `more` requests and changes of the layout in every order, and expects that "release-all"
+/// leaves no key down after any of them.
 void expectNothingLeftDown(const Desk& desk, int more) {
     Desk lost = desk;
     lost.releaseAll("[]");

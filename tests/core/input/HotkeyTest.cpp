@@ -9,7 +9,8 @@ namespace {
 using enum HotkeyModifier;
 using Modifiers = std::vector<HotkeyModifier>;
 
-/// "cmd+shift+k", "shift+" for a modifier alone, "none" for no hot key.
+/// Returns the hot key as text: "cmd+shift+k", "shift+" for a modifier alone, "none" if it is
+/// absent.
 std::string spelt(const std::optional<Hotkey>& hotkey) {
     if (!hotkey)
         return "none";
@@ -19,7 +20,7 @@ std::string spelt(const std::optional<Hotkey>& hotkey) {
     return text + hotkey->key;
 }
 
-/// The keys by their codes, from 0 on; "_" is no key.
+/// The keys by their codes, from 0 on; "_" stands for a code without a key.
 const Strings keyboard = words(R"(
     a s d f h g z x c v _ b q w e r y t 1 2 3 4 6 5 = 9 7 - 8 0 ] o u [ i p enter l j ' k ; \
     , / n m . tab space ` backspace _ escape _ cmd shift _ alt ctrl _ _ _ fn

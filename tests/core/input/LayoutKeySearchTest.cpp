@@ -12,7 +12,8 @@ using LayoutKeySearch::CodeRange;
 using LayoutKeySearch::Match;
 using Modifiers = std::vector<HotkeyModifier>;
 
-/// What each key gives in the states none, shift, option, both; "" and missing keys give nothing.
+/// The text that each key gives in the states none, shift, option, both; "" and missing keys give
+/// nothing.
 using Layout = std::map<std::uint16_t, std::array<std::string, 4>>;
 
 const Layout layout = {
@@ -41,19 +42,19 @@ TEST(LayoutKeySearch, FindsTheKeyAndWhatElseMustBePressed) {
     const auto expect = [](std::string_view character, const Modifiers& user, const Match& match) {
         EXPECT_EQ(find(character, user), match) << character << ", " << user.size();
     };
-    // Letter case is ignored, but not with shift; composed or not is all the same.
+    // Letter case is ignored, but not with shift. Composed and decomposed accents are equal.
     expect("A", {}, {.code = 0});
     expect("\u00C5", {}, {.code = 0, .extra = {alt}});
     expect("\u0130", {}, {.code = 3});
     expect("\u00C9", {}, {.code = 4});
     expect("E\u0301", {shift}, {.code = 4});
-    // States that need nothing more come first, and then each in the order of search.
+    // States that need no further modifier come first, and each group is in the order of search.
     expect("a", {shift, alt}, {.code = 0});
     expect("@", {alt}, {.code = 5});
     expect("q", {}, {.code = 6, .extra = {shift}});
     expect("q", {alt}, {.code = 5});
     expect("q", {cmd, ctrl, fn}, {.code = 6, .extra = {shift}});
-    // What the user presses anyway is not extra.
+    // A modifier that the user asked for is not extra.
     expect("\u00E5", {alt, cmd}, {.code = 0});
     expect("X", {}, {.code = 5, .extra = {shift, alt}});
     expect("X", {alt}, {.code = 5, .extra = {shift}});

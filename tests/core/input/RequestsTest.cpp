@@ -104,7 +104,7 @@ TEST(MouseClickRequest, PlansDownAndUpForEachClick) {
         EXPECT_TRUE(MouseClickRequest{.count = count}.steps().empty());
 }
 
-/// Every byte at the end of a text, which is accepted only if the byte is one of these.
+/// Tries every byte at the end of a text, which must be accepted only if the byte is one of these.
 template<class Rule>
 void expectAccepted(const Rule& rule, const std::string& before, std::string_view bytes) {
     for (int byte = 0; byte < 256; ++byte) {

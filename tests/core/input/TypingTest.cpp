@@ -8,8 +8,8 @@ namespace {
 const std::string family = "👨‍👩‍👧";    // one character of 8 units
 const std::string tall = "e" + times(24, "\u0301"); // one character of 25 units
 
-/// Each row is the chunks of a text, with blanks between them. "+" stands for 18 letters, "^" for
-/// CR LF.
+/// Expects a text to be cut into chunks. A row is the chunks of a text, with blanks between them.
+/// "+" stands for 18 letters, "^" for CR LF.
 void expectChunks(const Strings& rows) {
     for (const std::string& row : rows) {
         const std::string spelt = Text::replacedAll(row, "+", times(18, "x"));
@@ -24,7 +24,7 @@ void expectChunks(const Strings& rows) {
 TEST(TextChunks, FillsEachChunkWithWholeCharacters) {
     expectChunks({"", "a", "+xx", "+xx +xx yyyyy", family + family + " " + family, tall + " b",
                   "a " + tall});
-    // 19, 20 and 21 letters, the last of which an accent joins
+    // 19, 20 and 21 letters, with an accent on the last one
     expectChunks({"+x\u0301", "+x x\u0301", "+xx x\u0301", "+x\u0301 y", "+x x\u0301y"});
     // 18 to 21 letters and a character of two units
     expectChunks({"+^", "+^ y", "+x ^", "+x ^y", "+xx ^", "+xx ^y", "+xx x^y"});

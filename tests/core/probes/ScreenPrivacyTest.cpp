@@ -11,8 +11,8 @@ namespace velmo {
 namespace {
 
 /// Returns a window for each letter: (p)lain, (u)nshared, of a (s)ensitive application, with a
-/// private (t)itle and unshared, or (a)sking for a password. That of a capital letter is
-/// transparent; those after a dot lie beside 0, 0.
+/// private (t)itle and unshared, or (a)sking for a password. The window of a capital letter is
+/// transparent; the windows after a dot lie beside 0, 0.
 std::vector<ScreenWindowRow> windows(std::string_view letters) {
     const std::map<char, ScreenWindowRow> kinds = {
         {'p', {.id = 1, .sharingState = 1}},

@@ -30,7 +30,7 @@ TEST(SecretRequest, ReadsAVerbAndAnAccount) {
         EXPECT_FALSE(SecretRequest::parse(refused)) << testing::PrintToString(refused);
 }
 
-/// Returns the value, and checks that nothing of the raw bytes is left.
+/// Returns the value, and checks that the raw bytes were overwritten.
 std::optional<std::string> valueOf(std::string_view text) {
     const ByteView given = bytesOf(text);
     Bytes raw(given.begin(), given.end());

@@ -60,7 +60,7 @@ TEST(SignatureRenderer, PutsEveryPointWhereThePenWas) {
         {.stroke = {{1, 0}}, .inked = {{1598, 0}, {1599, 1}}, .blank = {{1596, 1}, {1599, 3}}},
         {.stroke = {{0, 1}}, .inked = {{0, 599}}, .blank = {{0, 597}, {2, 599}}},
         {.stroke = {{1, 1}}, .inked = {{1599, 599}, {1598, 599}}, .blank = {{1599, 597}}},
-        // What is outside is cut off, but not what of it reaches inside.
+        // The part of a stroke outside the picture is cut off, but the part inside is drawn.
         {.stroke = {{-5, 0.5}, {6, 0.5}}, .inked = {{0, 300}, {1599, 300}}, .blank = {{0, 304}}},
         {.stroke = {{-1e308, -1e308}, {1e308, 1e308}}, .inked = {{0, 1}, {1598, 599}}},
         {.stroke = {{2, 2}}, .blank = {{1599, 599}, {0, 300}}},

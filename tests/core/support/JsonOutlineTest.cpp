@@ -9,7 +9,7 @@ using namespace std::string_literals;
 
 const std::string quoted = '"' + std::string(JsonOutline::maxInline + 1, 'x') + '"';
 
-/// The member "a", however it was read; absent if the whole is refused.
+/// Returns the text of the member "a", whether inline or long; absent if the document is refused.
 std::optional<std::string> memberA(std::string_view json) {
     const auto outline = JsonOutline::parse(json, {"a", "b"});
     const auto held = outline ? outline->object().member("a") : std::nullopt;
@@ -76,7 +76,7 @@ TEST(JsonOutline, EndsWhenTheReaderHasEnough) {
     EXPECT_LT(taken, 100000U);
 }
 
-/// What may and may not be parted, at every place around the end of the first piece.
+/// Puts texts that may and may not be cut at every place around the end of the first piece.
 TEST(JsonOutline, ReadsAndRefusesAsADocumentDoesWhereverAPieceEnds) {
     Strings parts{"\\\\",
                   "\\\"",
@@ -92,7 +92,7 @@ TEST(JsonOutline, ReadsAndRefusesAsADocumentDoesWhereverAPieceEnds) {
                   "\U00010000",
                   "😀",
                   "\\uD83D\\uDE00\\uD83D\\uDE00",
-                  // no JSON
+                  // not valid JSON
                   "\\uD83D",
                   "\\uDE00",
                   "\\x",

@@ -16,7 +16,8 @@ const std::string flags = "🇩🇪🇫🇷";
 const std::string family = "👨‍👩‍👧";
 const std::string accented = "e\u0301";
 
-/// Decodes by arithmetic alone what begins with these bytes; absent unless it is well-formed.
+/// Decodes the sequence at the front of the text by arithmetic alone; absent unless the sequence is
+/// well-formed.
 std::optional<std::pair<char32_t, std::size_t>> decoded(std::string_view text) {
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const std::size_t ones = static_cast<std::size_t>(std::countl_one(byte(0)));
@@ -73,7 +74,8 @@ TEST(Text, RepairsEachMaximalIllFormedSequenceOnce) {
     };
     for (const auto& [text, repaired] : cases)
         EXPECT_EQ(Text::repaired(text), repaired) << testing::PrintToString(text);
-    // What stands before the end of the text is one sequence, however little is missing.
+    // A sequence that the end of the text cuts short becomes one character, however little is
+    // missing.
     for (const std::string& whole : {"\u0080"s, "\u07FF"s, "\u0800"s, "\uD7FF"s, "\uE000"s,
                                      "\uFFFF"s, "\U00010000"s, "\U0010FFFF"s}) {
         EXPECT_EQ(Text::repaired(whole), whole);
@@ -175,7 +177,7 @@ TEST(Text, FindsExactTextsInATable) {
 }
 
 TEST(Text, CharactersEndWhereTheLibraryEndsThem) {
-    // One scalar at least of every class, and a consonant and a virama.
+    // At least one scalar of every class, and a consonant and a virama.
     const std::u32string_view scalars = U"a\r\n\u00AD\u0301\u1100\u1161\u11A8\uAC00\uAC01\U0001F1E6"
                                         U"\u0903\u0600\u200D\u2764\u0915\u094D";
     const std::size_t count = scalars.size();

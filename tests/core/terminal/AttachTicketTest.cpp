@@ -20,7 +20,7 @@ const Ticket ticket{.endpoint = privateFolder + "/attach.sock", .token = token, 
 const std::string good = R"({"v":1,"endpoint":")" + ticket.endpoint + R"(","token":")" + token
                          + R"(","session":")" + session + "\"}";
 
-/// One folder (descriptor 10) with one file (11), both as they should be until a test changes that.
+/// A folder (descriptor 10) with one file (11), both valid until a test changes that.
 class Fake final : public FileSystem {
 public:
     std::optional<std::string> temporary = "/var/T/";
@@ -77,7 +77,8 @@ public:
 
 using Outcome = std::expected<Ticket, TicketError>;
 
-/// Reads the ticket, after which nothing may be open, and the file gone if the ticket was read.
+/// Reads the ticket and checks that no descriptor is open afterwards, and that the file is gone if
+/// the ticket was read.
 Outcome read(Fake& files) {
     auto result = readTicket(given + name, files);
     EXPECT_TRUE(files.descriptors.empty());
@@ -154,8 +155,9 @@ TEST(AttachTicket, PathsAreJudgedBeforeTheDisk) {
         EXPECT_EQ(readTicket(path, files), std::unexpected(TicketError::basename)) << path;
 }
 
-/// Walks every byte of a text that the rule accepts. In its form "h" is a lower-case hexadecimal
-/// digit, "T" what a token is made of, and anything else itself.
+/// Tries every byte in every place of a text that the rule accepts. In the form, "h" stands for a
+/// lower-case hexadecimal digit, "T" for a character of a token, and any other character for
+/// itself.
 void expectForm(bool (*rule)(std::string_view), const std::string& text, const std::string& form) {
     for (std::size_t i = 0; i < form.size() * 256; ++i) {
         const char expected = form[i / 256];

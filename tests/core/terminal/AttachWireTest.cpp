@@ -15,13 +15,13 @@ Bytes controlBytes(std::string_view json) {
     return frame(FrameType::control, bytesOf(json)).value();
 }
 
-/// The JSON of a control frame; its header must be right.
+/// Returns the JSON of a control frame and checks the frame's header.
 std::string jsonOf(const Bytes& frame) {
     EXPECT_EQ(Decoder().feed(frame).value().size(), 1U);
     return std::string(textOf(ByteView(frame).subspan(headerBytes)));
 }
 
-/// What is in a frame; of a control frame its member "a".
+/// Returns the content of a frame; of a control frame, its member "a".
 std::string told(const Frame& frame) {
     if (const auto* const raw = std::get_if<Bytes>(&frame))
         return "data " + std::string(textOf(*raw));

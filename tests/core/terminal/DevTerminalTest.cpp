@@ -103,7 +103,7 @@ TEST(DevTerminal, TellsTtysAndTheFilesOfAttachClients) {
 const OpenRequest typed{
     .cwd = "/it's \"x\"", .command = Tool{"codex"}, .toolPath = "/opt/bin/codex"};
 
-/// What a launcher must write, from a file.
+/// Returns the text that a launcher must write, from a file.
 std::string expected(const std::string& file) {
     std::ifstream stream(VELMO_SCRIPTS "/" + file);
     return {std::istreambuf_iterator<char>(stream), {}};
@@ -143,7 +143,7 @@ TEST(DevTerminalScripts, AreWhatTheFilesSayByteForByte) {
     expectRefused(terminalFocusScript, {"", "/dev/tty1"});
     expectRefused(itermFocusScript, {"", "/dev/tty1"});
     EXPECT_FALSE(openScript({.app = App::ghostty, .command = Tool{"codex"}}));
-    // What looks like a mark of ours in a folder's name is only text.
+    // A placeholder of ours in a folder's name is only text.
     request = {.cwd = "{command}", .command = Tool{"codex"}};
     EXPECT_TRUE(openScript(request)->contains("do script \"cd '{command}' && codex\"\n"));
 }
@@ -153,13 +153,13 @@ bool isAllowed(const std::string& path) {
 }
 
 TEST(AllowedFolder, LiesStrictlyInsideHome) {
-    // Denied are also the names that a disk without letter case takes for the same: ſ, Kelvin sign.
+    // Names that a disk without letter case takes for a denied one are denied too: ſ, Kelvin sign.
     expectVerdicts(isAllowed, words(R"(/Users/me/dev /Users/me/dev/app/ /users/ME/dev/app
                        /Users/me/dev/library /Users/me/.github /Users/me/.npm-global/x)"),
                    joined({"", "/Users/me/\xFF"}, words(R"(
                        /Users/me /Users/me/ /Users/meagain/dev /Users / Users/me/dev /Users/me/dev/..
                        /Users/me/./dev /Users/me/dev/../../x /Users/me/.ſsh /Users/me/.docKer)")));
-    // Lower case of another length; bytes that would be repaired alike; homes that are none.
+    // Lower case of another length; bytes that would be repaired alike; invalid homes.
     EXPECT_TRUE(isAllowedResolvedFolder("/Users/\u0130/ı/app", "/Users/i\u0307/ı"));
     EXPECT_TRUE(isAllowedResolvedFolder("/a/b", "/a/"));
     EXPECT_FALSE(isAllowedResolvedFolder("/Users/\xFE/dev", "/Users/\xFF"));

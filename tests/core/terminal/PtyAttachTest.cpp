@@ -46,8 +46,8 @@ TEST(AttachLabels, AreCutBetweenCharacters) {
 }
 
 TEST(DetachKey, FollowsWhatIsTypedAndWhen) {
-    // Words are typed ("]" is the escape), "tick", or milliseconds that pass. A result is what is
-    // forwarded, with "!" if the user detached, or "-" for nothing.
+    // A step is a word to type ("]" is the escape), "tick", or the milliseconds that pass. A result
+    // is the forwarded text, with "!" if the user detached, or "-" for nothing.
     const struct {
         const char* steps;
         const char* results;

@@ -75,7 +75,7 @@ TEST_F(PtyTest, AdmitsAClosedSetOfPrograms) {
                     "/opt/tools/opencode", "/opt/tools/agy"},
                    {"/bin/missing -l", "/opt/scripts/claude", "/opt/tools2/agy"});
     disk.questions = 0;
-    // What the words give away is refused before the disk is asked.
+    // A request that is invalid by its words alone is refused before the disk is asked.
     expectCommands({}, {"/bin/zsh", "/bin/zsh -i", "/opt/zsh -l", "/bin/zsh/ -l", "zsh -l",
                         "/opt/homebrew/Cellar/tmux/3.4/bin/tmux new-session", "/bin/rm -l",
                         "/opt/tools/../../bin/zsh -l", "/opt/tools/claude --print", "/opt/tools/rm",
@@ -158,7 +158,7 @@ TEST_F(PtyTest, RunsNothingThatOthersCouldHavePutThere) {
             disk.addProgram(root + folder + "/claude");
         expectCommands({root + "x/claude"}, {root + "/claude", root + "/ab/T/claude"});
     }
-    // A good path to a bad file, and a bad path to a good one.
+    // A valid path to an invalid file, and an invalid path to a valid one.
     disk.link("/opt/tools/codex", "/tmp/claude");
     disk.link("/tmp/opencode", "/opt/tools/opencode");
     expectCommands({}, {"/opt/tools/codex", "/tmp/opencode"});

@@ -52,7 +52,7 @@ TEST(PtyWords, SshArguments) {
                     "-v -- host", "--", ""});
 }
 
-/// A rule on a tool and its arguments as one on a command line.
+/// Turns a rule about a tool and its arguments into a rule about a command line.
 auto onLines(bool (*rule)(std::string_view tool, Pty::Words arguments)) {
     return [rule](const std::string& line) {
         const Strings all = words(line);
@@ -75,7 +75,7 @@ TEST(PtyWords, AgentFlags) {
                     "claude --model --continue", "claude --sandbox read-only", "claude x",
                     bypass + " --sandbox read-only", bypass + " --ask-for-approval untrusted",
                     "codex --sandbox danger", "opencode --continue", "ssh", "zsh", "Claude"});
-    // The padding of a list of values is no value.
+    // The "" that pads a list of values does not count as a value.
     EXPECT_FALSE(Pty::isAgentFlags("claude", Strings{"--permission-mode", ""}));
     EXPECT_FALSE(Pty::isAgentFlags("", Strings{}));
 }

@@ -22,7 +22,7 @@ struct Case {
     std::string_view shown;
 };
 
-// Every one is cut everywhere: what is shown must not depend on how the output was read.
+// Every output is cut in every place: the replay must not depend on how the output was read.
 TEST(ReplayFilter, ShowsWhatOnlyShowsAndNothingThatATerminalAnswers) {
     const Case cases[] = {
         {"plain \t text\r\n", "plain \t text\r\n"},

@@ -14,8 +14,8 @@ inline Bytes joined(std::initializer_list<ByteView> parts) {
     return all;
 }
 
-/// Expects each stream to be faulty with its last byte and not before. Frames that come before the
-/// fault in the same call are lost, and what follows is not decoded.
+/// Expects an error at the last byte of each stream and not before. Frames that come before the
+/// error in the same call are lost, and the bytes after it are not decoded.
 template<class Decoder>
 void expectFaults(typename Decoder::Error error, const Bytes& good,
                   const std::vector<Bytes>& streams) {

@@ -12,7 +12,7 @@ namespace {
 const FocusSnapshot input{.identity = "field", .editable = true, .pid = 9};
 const FocusSnapshot secret{.identity = "field", .editable = true, .password = true, .pid = 9};
 
-/// Each differs from the input in one member.
+/// Snapshots that differ from `input` in one member each.
 const FocusSnapshot others[] = {secret,
                                 {.identity = "Field", .editable = true, .pid = 9},
                                 {.identity = "field", .editable = false, .pid = 9},

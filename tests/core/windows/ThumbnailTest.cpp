@@ -46,7 +46,7 @@ constexpr Pixel grey{100, 100, 100, 255};
 constexpr Pixel white{255, 255, 255, 255};
 constexpr Pixel clear{0, 0, 0, 0};
 
-/// A picture of one colour. Each row but the last is padded with other pixels.
+/// A picture of one colour. All rows but the last are padded with other pixels.
 struct Picture {
     Picture(int columns, int rows, Pixel fill = grey)
         : width(columns),
@@ -76,7 +76,7 @@ TEST(ThumbnailCheck, OneColourIsBlank) {
     // Transparent pixels are skipped, even the first one; alpha is not compared.
     EXPECT_TRUE(isBlank(Picture(10, 10).set(0, 0, clear).set(1, 0, {99, 99, 99, 1})));
     EXPECT_TRUE(isBlank(Picture(2, 2, clear)) && isBlankBody(Picture(2, 2, clear), 0));
-    // Each pixel is compared with the first one, not with its neighbour.
+    // A pixel is compared with the first one, not with its neighbour.
     EXPECT_FALSE(
         isBlank(Picture(3, 1).set(1, 0, {103, 100, 100, 9}).set(2, 0, {106, 100, 100, 9})));
 }
@@ -134,7 +134,7 @@ TEST(ThumbnailCheck, ATitleBarIsAQuarterOfTheCaptureAtMost) {
 }
 
 TEST(CaptureGate, TriesUntilTheWaitIsOverAndOnceMore) {
-    /// Returns when it tries, if the clock runs only while somebody sleeps.
+    /// Returns the times of the attempts, by a clock that advances only during a sleep.
     const auto tries = [](double freeAt, double wait, double poll) {
         double now = 0;
         std::vector<double> times;

@@ -15,7 +15,7 @@ namespace {
 using namespace std::literals;
 using Dictionary = Value::Dictionary;
 
-/// The least that makes a row, with one member replaced.
+/// Returns the fewest members that make a row, with one of them replaced.
 Dictionary entry(const std::string& name = "", const Value& value = {}) {
     Dictionary bounds{{"X", -1}, {"Y", 2.5}, {"Width", 800}, {"Height", 600}};
     Dictionary all{{"kCGWindowNumber", 7}, {"kCGWindowOwnerPID", 9}};

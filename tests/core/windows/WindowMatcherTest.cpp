@@ -11,7 +11,7 @@ using Title = std::optional<std::string>;
 using Facts = std::vector<AXWindowFacts>;
 using Index = std::optional<std::size_t>;
 
-/// A window at x, or at an unknown place.
+/// Returns a window at x, or at an unknown place.
 AXWindowFacts at(std::optional<double> x, Title title = {}, bool isMinimized = false) {
     const auto bounds = x.transform([](double left) { return WindowBounds{.x = left}; });
     return {.title = title, .bounds = bounds, .minimized = isMinimized};
@@ -50,16 +50,16 @@ TEST(WindowMatcher, FindsAWindowOnScreen) {
 
 TEST(WindowMatcher, FindsAWindowThatIsNotOnScreen) {
     EXPECT_EQ(resolved(false, "a", {minimized(0, "a"), numbered(7, at(900))}), 1);
-    // The only minimized one with the title.
+    // The only minimized window with the title is found.
     EXPECT_EQ(resolved(false, "a", {minimized(0, "b"), minimized({}, "a"), at(0, "a")}), 1);
     EXPECT_EQ(resolved(false, "a", {minimized(0, "b"), minimized(0, "a")}, false), 1);
-    // The only minimized one.
+    // The only minimized window is found.
     EXPECT_EQ(resolved(false, "", {at(0), minimized({}, "b")}), 1);
     EXPECT_EQ(resolved(false, "a", {at(0), minimized(900, "")}), 1);
     EXPECT_EQ(resolved(false, {}, {minimized(0)}, false), std::nullopt);
     EXPECT_EQ(resolved(false, {}, {at(0), numbered(8, minimized(900)), minimized(900)}), 2);
     EXPECT_EQ(resolved(false, "a", {at(900), minimized(10, "b"), at(5, "c")}), 2);
-    // Any without a number.
+    // Any window without a number may be found.
     EXPECT_EQ(resolved(false, {}, {minimized(20), minimized(9), numbered(8, at(0)), at(1)}), 3);
     EXPECT_EQ(resolved(false, "a", {minimized(900, "a"), minimized(20, "a"), at(0, "b")}), 1);
 }

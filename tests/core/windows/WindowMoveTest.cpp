@@ -95,7 +95,8 @@ TEST(WindowMove, TouchesNothingThatItMayNotMove) {
         {Refusal::noWindow, [](Mac&, auto& asked) { asked.windowId = 8; }},
         {Refusal::noWindow, [](Mac& mac, auto&) { mac.rows.erase(mac.rows.begin()); }},
         {Refusal::noWindow, [](Mac& mac, auto&) { mac.facts.clear(); }},
-        // Closed after it was listed; another of the same title, in the same place, is left.
+        // The window was closed after it was listed; another one of the same title is in the same
+        // place.
         {Refusal::noWindow,
          [](Mac& mac, auto&) {
              mac.rows[0].onScreen = true;

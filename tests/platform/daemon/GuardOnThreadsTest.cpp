@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 class GuardOnThreads : public testing::Test, protected GuardedMacOn<ThreadQueue> {
 protected:
-    /// Lets four clients call at once, each on a thread of its own and with a tick in between.
+    /// Makes four clients call at once, each on a thread of its own and with a tick in between.
     void run(const std::function<void(FakeConnection&)>& atTheEnd) {
         std::vector<std::thread> clients;
         for (std::uint64_t id = 1; id <= 4; ++id) {

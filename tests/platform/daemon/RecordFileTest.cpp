@@ -120,7 +120,7 @@ TEST_F(RecordFileTest, ACutOrOversizedRecordIsNotRead) {
     EXPECT_EQ(records.read(), record);
     put(whole + std::string(65537 - whole.size(), ' '));
     EXPECT_FALSE(records.read());
-    EXPECT_TRUE(records.write(older)); // it is none of ours, and would stay for ever
+    EXPECT_TRUE(records.write(older)); // it is not ours, and would stay for ever
     EXPECT_EQ(records.read(), older);
 }
 
@@ -130,8 +130,8 @@ RecordFile storeIn(const fs::path& folder, Disk& disk = Disk::ofThisMachine()) {
 
 using MaybeRecord = std::optional<PowerDaemonRecord>;
 
-/// Lets one call of a write fail, or that one and all after it as a kill or a power cut does, and
-/// then writes again. Returns false if the write has no call of that number.
+/// Makes one call of a write fail, or that call and all later ones as after a kill or a power cut,
+/// and then writes again. Returns false if the write has fewer calls.
 bool tryWithAFailure(std::size_t failing, bool isCut, const MaybeRecord& before) {
     PowerCutDisk disk;
     const fs::path folder = disk.path() / "velmo";
@@ -149,7 +149,7 @@ bool tryWithAFailure(std::size_t failing, bool isCut, const MaybeRecord& before)
         expectOldOrNew(disk.path());
         disk.cutPower(expectOldOrNew);
     } else {
-        // There is nothing that an earlier crash has left and that needs to be removed.
+        // A failing "remove" does not matter, because no earlier crash has left a file to remove.
         EXPECT_EQ(written, disk.calls[failing] == "remove");
         const bool isRenamed = failing > 0 && disk.calls[failing - 1] == "rename";
         const MaybeRecord old = isRenamed ? MaybeRecord() : before;

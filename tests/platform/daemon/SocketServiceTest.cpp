@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view heartbeat = R"({"call":"heartbeat"})";
 constexpr std::string_view no = R"({"ok":false})";
 
-/// The service with two places, its clients and the guard, step by step on one thread.
+/// A service with two places, its clients and the guard, run step by step on one thread.
 class SocketServiceTest : public testing::Test {
 protected:
     SocketServiceTest() {
@@ -32,7 +32,7 @@ protected:
         while (context.poll() > 0);
     }
 
-    /// "" if the service ends the connection instead of a reply.
+    /// Returns the reply, or "" if the service ends the connection instead.
     std::string call(const RawClient& client, std::string_view line) {
         EXPECT_TRUE(client.send(std::string(line) + "\n"));
         settle();
@@ -67,7 +67,8 @@ TEST_F(SocketServiceTest, TellsWhichProcessHolds) {
 }
 
 TEST_F(SocketServiceTest, TheLongestReportFitsIntoALine) {
-    // Names of bytes that take six each, and an end as long as its file may be.
+    // The name of the program and the end are of bytes that take six characters each in JSON, and
+    // as long as the system and the end's file allow.
     const HoldEnd end{.how = std::string(1024, '\1'), .at = -1.0 / 3};
     const ReplyLine longest{
         .ok = false,

@@ -51,7 +51,7 @@ protected:
         ::chmod(file.c_str(), 0600);
     }
 
-    /// Puts the ticket aside and returns where it was.
+    /// Moves the ticket aside and returns its former place.
     [[nodiscard]] const fs::path& freed() const {
         fs::rename(file, aside);
         return file;
@@ -137,7 +137,7 @@ TEST_F(AttachTicketOnDisk, OfAHundredProcessesExactlyOneGetsIt) {
 TEST_F(AttachTicketOnDisk, TheHostFileSystemTellsTheTruth) {
     HostFileSystem host;
     EXPECT_EQ(host.uid(), ::getuid());
-    // The Mac has a call for this; other systems have the variable.
+    // The Mac has a call for the temporary folder; other systems have this variable.
     ::setenv("XDG_RUNTIME_DIR", root.c_str(), 1);
     const auto told = host.userTempDir().value();
     EXPECT_EQ(expectedFolder(host), (fs::canonical(told) / "velmo-term").string());

@@ -12,7 +12,8 @@ namespace fs = std::filesystem;
 
 class CaptureLockTest : public testing::Test {
 protected:
-    /// A lock is its object's alone, so that another object does for another process.
+    /// Tells whether the lock is free. The lock belongs to one object, so that another object can
+    /// stand for another process.
     [[nodiscard]] bool isFree() const { return CaptureLock(path).tryLock(); }
 
     TemporaryFolder temporary;

@@ -32,7 +32,7 @@ TEST_F(DevTerminalOnDisk, ResolvesAsFarAsThePathExists) {
 }
 
 TEST_F(DevTerminalOnDisk, TrustsExecutablesThatNobodyElseCouldReplace) {
-    // The folder of temporary folders is everybody's.
+    // Every user may write to the folder of temporary folders.
     ASSERT_TRUE(DevTerminal::isWorldWritable(root.parent_path().string()));
     fs::copy_file("/bin/sh", root / "program");
     expectVerdicts(DevTerminal::isTrustedExecutable, {"/bin/sh"},

@@ -8,8 +8,8 @@
 
 namespace velmo {
 
-/// A home folder on the real disk with links, files and folders in it, and `root / "link"`, which
-/// leads to it.
+/// A home folder on the real disk with links, files and folders in it, and `root / "link"`, a link
+/// to the home folder.
 class HomeOnDisk : public testing::Test {
 protected:
     HomeOnDisk() {

@@ -9,21 +9,21 @@
 #include <array>
 #include <fstream>
 
-/// Texts from a phone end up in lines that a shell or AppleScript reads. Whatever is in them, they
-/// must come out of it as they went in, and nothing around them may change.
+/// Tests texts from a phone in lines that a shell or AppleScript reads. Whatever such a text
+/// contains, the reader must get it back unchanged, and the rest of the line must not change.
 namespace velmo {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace DevTerminal;
 
-/// What means something to a shell or to AppleScript.
+/// Texts that mean something to a shell or to AppleScript.
 const Strings hostile = joined(
     words(R"-(' " \ ` ${HOME} !! * ? [a] {a,b} ~ # ; & | < > ( ) = %s -n a / é '\'' {tty})-"),
     {"", " ", "\t", "\n", "\r", "\x01", "\x7F", "\u2028", "\U0001F44D", "$(exit 1)", "{command}",
      "\" & (do shell script \"id\") & \""});
 
-/// Every pair of them.
+/// Returns every pair of hostile texts, joined.
 Strings hostileTexts() {
     Strings texts;
     for (const std::string& first : hostile) {

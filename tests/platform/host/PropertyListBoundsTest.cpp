@@ -26,8 +26,8 @@ std::string number(std::size_t value) {
     return std::string(textOf(bytes));
 }
 
-/// A list in the binary form: the objects, one after another, where each begins, and the trailer
-/// for numbers of objects of one byte each.
+/// Returns a list in the binary form: the objects one after another, the table of their offsets,
+/// and a trailer that says that references have one byte.
 std::string binary(const std::string& objects, const std::vector<std::size_t>& offsets,
                    std::size_t offsetSize = 1) {
     const std::string body = "bplist00" + objects;
@@ -38,7 +38,7 @@ std::string binary(const std::string& objects, const std::vector<std::size_t>& o
            + '\x01' + number(offsets.size()) + number(0) + number(body.size());
 }
 
-/// The objects of which the first refers to all others.
+/// Returns a list of these objects, with the first one as its root.
 std::string listOf(const std::vector<std::string>& objects) {
     std::string all;
     std::vector<std::size_t> offsets;
@@ -49,12 +49,13 @@ std::string listOf(const std::vector<std::string>& objects) {
     return binary(all, offsets, 4);
 }
 
-/// A dictionary of one member with this key.
+/// Returns a dictionary of one member with this key.
 std::string keyed(const std::string& key) {
     return listOf({"\xD1\x01\x02", key, "\x09"});
 }
 
-/// Arrays, each of which holds the next one this often, and the last one this object.
+/// Returns nested arrays: an array contains the next one `often` times, and the last array contains
+/// this object.
 std::string tower(std::size_t height, std::size_t often, const std::string& object) {
     std::vector<std::string> objects;
     while (objects.size() < height) {
@@ -65,14 +66,14 @@ std::string tower(std::size_t height, std::size_t often, const std::string& obje
     return listOf(objects);
 }
 
-/// A text or data of this kind and so many units of which each is `unit`.
+/// Returns a text or data of this kind, made of `count` times `unit`.
 std::string content(char kind, std::size_t count, const std::string& unit) {
     Bytes size;
     BigEndian::append(size, count, 4);
     return kind + "\x12"s + std::string(textOf(size)) + repeat(unit, count);
 }
 
-/// A dictionary of 100 keys of 65535 bytes, which overlap.
+/// Returns a dictionary of 100 keys of 65535 bytes, which overlap.
 std::string overlappingKeys() {
     std::string objects = "\xDF\x10\x64";
     std::vector<std::size_t> offsets{8};
@@ -91,8 +92,8 @@ std::string changed(std::string bytes, std::size_t fromEnd, char byte) {
 
 TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
     const std::string sound = keyed("\x52kk");
-    // The key is the last byte of all, which is the low byte of the table's offset too: a text of
-    // one character, which is not there.
+    // The key begins at the very last byte, which is also the low byte of the table's offset: a
+    // text of one character that lies beyond the end.
     const std::string keyBeyond =
         binary("\xD1\x01\x02\x09" + std::string(0x51 - 12, '\x09'), {8, 0x51 + 3 + 31, 11});
     const std::string wrapping = "\x13\x80"s + std::string(7, '\0'); // 2^63

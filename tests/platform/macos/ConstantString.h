@@ -1,6 +1,7 @@
 #pragma once
 
-/// Included before all else: the compiler's constant strings are the Mac's own.
+/// Replaces the compiler's constant strings, which only the Mac has. Included before every other
+/// header.
 namespace velmo::fake {
 const void* constantString(const char* text);
 }

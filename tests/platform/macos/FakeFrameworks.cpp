@@ -62,7 +62,7 @@ Object* find(const Dictionary& objects, std::string_view key) {
 
 } // namespace
 
-/// In place of the compiler's constant strings.
+/// Returns the object that replaces a constant string of the compiler.
 CFTypeRef constantString(const char* text) {
     return get<CFTypeRef>(mac->text(text));
 }
@@ -125,7 +125,7 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) {
     return length * 3;
 }
 
-/// Always of the whole text. The conversion stops at a surrogate.
+/// Converts the whole text, whatever the range. The conversion stops at a surrogate.
 CFIndex CFStringGetBytes(CFStringRef string, CFRange, CFStringEncoding, UInt8, Boolean,
                          UInt8* buffer, CFIndex size, CFIndex* usedSize) {
     std::string_view text = valueOf<std::string>(string);
@@ -142,7 +142,7 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
     return velmo::Text::isValidUtf8(text) ? create<CFStringRef>(mac->text(text)) : nullptr;
 }
 
-/// Without regard to case, which must be asked for as the locale must. By value means here that the
+/// Compares without regard to case; the flags must ask for that and for the locale. By value, the
 /// shorter text comes first.
 CFComparisonResult CFStringCompare(CFStringRef first, CFStringRef second,
                                    CFStringCompareFlags options) {
@@ -207,7 +207,7 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef dictionary) {
     return static_cast<CFIndex>(valueOf<Dictionary>(dictionary).size());
 }
 
-/// The keys are objects that live as long as the fake.
+/// Returns keys that live as long as the fake.
 void CFDictionaryGetKeysAndValues(CFDictionaryRef dictionary, const void** keys,
                                   const void** values) {
     for (const auto& [key, value] : valueOf<Dictionary>(dictionary)) {

@@ -15,7 +15,8 @@
 #include <vector>
 
 /// CoreFoundation, IOKit and Security as far as the plain C++ of the `macos` folders calls them,
-/// over objects in memory. Whatever they hand out under the Create rule must come back.
+/// over objects in memory. Every reference that they hand out under the Create rule must be given
+/// back.
 namespace velmo::fake {
 
 struct Object;
@@ -24,13 +25,13 @@ using Dictionary = std::map<std::string, Object*, std::less<>>;
 
 struct Other {};
 
-/// Texts are UTF-8, in which a surrogate is written as any other character is.
+/// An object of the frameworks. Texts are UTF-8, with a surrogate encoded like any other character.
 struct Object {
     std::variant<Other, bool, std::int64_t, double, std::string, Bytes, Array, Dictionary> value;
     int owed = 0; ///< references handed out and not given back
 };
 
-/// What the frameworks return; a null object is returned as null.
+/// The values that the frameworks return; a null object is returned as null.
 struct Mac {
     bool hasRootDomain = true;
     std::map<std::string, Object*> rootDomain; ///< its properties
@@ -60,11 +61,12 @@ struct Mac {
 
     Object* number(std::int64_t value) { return make(value); }
 
-    /// References and services that were not given back, or more often than they were handed out.
+    /// Returns how many references and services were not given back, or given back more often than
+    /// they were handed out.
     [[nodiscard]] int owed() const;
 };
 
-/// The one that the frameworks' functions find.
+/// The Mac that the frameworks' functions find.
 extern Mac* mac;
 
 } // namespace velmo::fake

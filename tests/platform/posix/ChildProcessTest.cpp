@@ -40,7 +40,8 @@ TEST(ChildProcess, ReturnsTheOutputOfWhatSucceeded) {
 }
 
 TEST(ChildProcess, WhatTakesTooLongIsKilledAndHasFailed) {
-    // The second ends its output first; what the third has started keeps it open.
+    // The second closes its output first; a program that the third has started keeps the output
+    // open.
     for (const char* const script :
          {"sleep 1000", "exec >&-; exec sleep 1000", "sleep 3 & echo out"})
         EXPECT_FALSE(shell(script, std::chrono::milliseconds(100))) << script;

@@ -13,9 +13,9 @@
 
 namespace velmo {
 
-/// A disk that loses what was not synchronised when the power is cut. It works on real files, and
-/// keeps a log beside them of what each call has changed, in a file's content or a folder's names,
-/// and whether the drive has it for sure.
+/// A disk that loses unsynchronised changes when the power is cut. The calls work on real files; a
+/// log beside them keeps what each call has changed, in a file's content or a folder's names, and
+/// whether the change is certain to be on the drive.
 class PowerCutDisk final : public Disk {
 public:
     using Path = std::filesystem::path;
@@ -23,17 +23,17 @@ public:
 
     [[nodiscard]] const Path& path() const { return path_; }
 
-    /// Lets those of the calls from now on fail that have these numbers, `first` and `last`
-    /// included. They do nothing, except that half of a write is done. Without a `last` the power
-    /// is gone, or the process.
+    /// Makes the calls with the numbers `first` to `last` fail, both included, counted from now on.
+    /// A failing call does nothing, except that half of a write is done. Without a `last` every
+    /// later call fails, as after a power cut or a kill.
     void fail(std::size_t first, std::size_t last = never) {
         calls.clear();
         firstFailing_ = first;
         lastFailing_ = last;
     }
 
-    /// Cuts the power, and hands to `look` every disk that there may be afterwards: each change
-    /// that is not synchronised may be lost or not, and a write may be lost by half.
+    /// Cuts the power, and calls `look` with every state in which the disk may be afterwards: a
+    /// change that is not synchronised may be lost or not, and half of a write may be lost.
     template<class Look>
     void cutPower(const Look& look) const {
         std::size_t ways = 1;
@@ -99,10 +99,10 @@ public:
 private:
     static constexpr int isFolder = 0;
     static constexpr int isGone = -1;
-    using Names = std::map<Path, int>; ///< what has the name: a file's number or one of these
+    using Names = std::map<Path, int>; ///< by name: a file's number or one of the two above
 
     struct Change {
-        Path name; ///< what has another meaning now; empty for a write
+        Path name; ///< the name that has another meaning now; empty for a write
         Path from; ///< the name that a rename takes away
         int file = isGone;
         std::string written;
@@ -134,7 +134,7 @@ private:
         apply(change, names_);
     }
 
-    /// What lies in a folder that was lost is lost with it.
+    /// Writes the files that are left. The files in a lost folder are lost with it.
     void writeOut(const Path& left, std::size_t way) const {
         Names names;
         std::map<int, std::string> contents;

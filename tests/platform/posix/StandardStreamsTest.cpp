@@ -14,8 +14,8 @@
 namespace velmo {
 namespace {
 
-/// Runs the work in a process whose standard output is a pipe that never makes a writer wait, and
-/// returns what came out of it, read meanwhile or afterwards.
+/// Runs the work in a process with a pipe as standard output that never makes a writer wait, and
+/// returns the output, read meanwhile or afterwards.
 std::string writtenBy(const std::function<void()>& work, bool readsAfterwards) {
     auto pipe = makePipe();
     ::fcntl(pipe->writeEnd.get(), F_SETFL, O_NONBLOCK);

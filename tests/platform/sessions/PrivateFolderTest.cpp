@@ -38,7 +38,7 @@ protected:
         return status.st_mode & 07777;
     }
 
-    /// Returns why the folder is none to serve in.
+    /// Returns why the host can't serve in the folder; "" if it can.
     [[nodiscard]] static std::string fault() {
         const auto made = PrivateFolder::make();
         return made ? "" : made.error();

@@ -38,7 +38,7 @@ TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {
     const std::string text(std::istreambuf_iterator<char>(stream), {});
     EXPECT_TRUE(text.contains("\n  \"battery\": 80,\n")) << text;
 
-    // Half saved: the last good state stands.
+    // While the file is only half saved, the last good state counts.
     EXPECT_EQ(machine.sleepDisabledProperty(), false);
     std::ofstream(file) << text.substr(0, text.size() / 2);
     EXPECT_TRUE(folder.exists() && !folder.load());

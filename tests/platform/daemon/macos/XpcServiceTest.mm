@@ -13,10 +13,11 @@ namespace {
 
 using testing::Contains;
 
-/// Whatever this test is signed with satisfies it, and only its text goes over a real connection.
+/// A requirement that this test satisfies, whatever its code signature; only the text goes over a
+/// real connection.
 constexpr const char* anySignature = "anchor apple or !anchor apple";
 
-/// Replies come straight from the connection's queue.
+/// Returns a context that delivers replies directly on the connection's queue.
 ClientContext atOnce() {
     return {.post = [](const std::function<void()>& piece) { piece(); },
             .log = [](std::string_view message) { ADD_FAILURE() << message; }};
@@ -30,8 +31,8 @@ struct LabelledQueue final : SerialQueue {
     DispatchQueue queue{"velmo.test"};
 };
 
-/// Service and clients in one process, over an anonymous listener. What a late invalidation may
-/// touch is never destroyed.
+/// Service and clients in one process, over an anonymous listener. Objects that a late invalidation
+/// may touch are never destroyed.
 class XpcServiceTest : public testing::Test {
 protected:
     using Client = std::shared_ptr<VelmoPowerProtocol>;

@@ -21,7 +21,7 @@ inline std::string xmlList(std::string_view content) {
            + std::string(content) + "</plist>\n";
 }
 
-/// The same list in the binary form, as libplist writes it.
+/// Returns the same list in the binary form, as libplist writes it.
 inline std::string binaryList(std::string_view content) {
     const std::string xml = xmlList(content);
     plist_t list = nullptr;

@@ -14,7 +14,7 @@
 namespace velmo {
 namespace {
 
-/// Tells whether this process has asked the system to be woken when anything can be written to.
+/// Tells whether this process has asked the system to be woken when a descriptor can be written to.
 bool asksForRoom() {
     for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
         std::ifstream info(descriptor.path());
@@ -49,7 +49,8 @@ protected:
         watched_->watch(true, false);
     }
 
-    /// Returns what the last read says: 0 at the end of the stream.
+    /// Reads until nothing is left and returns the result of the last read: 0 at the end of the
+    /// stream.
     static ssize_t takeAll(int socket) {
         std::array<char, 4096> room{};
         ssize_t count = 0;

@@ -1,5 +1,5 @@
 #pragma once
 
-/// The Mac's ports, which every other system lacks.
+/// The Mac's ports, which other systems lack.
 using mach_port_t = unsigned int;
 using kern_return_t = int;
