@@ -307,7 +307,8 @@ class Others(ScriptsTest):
         self.assertGreater(len(commands), 30)
         scripts = "\n".join(
             re.sub(r"^\s*#.*", "", path.read_text(), flags=re.M)
-            for folder in (SCRIPTS, ROOT / "scripts") for path in folder.iterdir() if path.suffix in ("", ".sh"))
+            for folder in (SCRIPTS, ROOT / "scripts") for path in folder.iterdir()
+            if path.is_file() and path.suffix in ("", ".sh"))
         makefile = (ROOT / "Makefile").read_text()
         power = (ROOT / "tools/velmo-power/main.cpp").read_text()
         # Of any system, and what asks a person for a password.

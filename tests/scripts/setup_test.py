@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Runs scripts/setup on systems made of stand-ins, of which something is missing."""
+"""Runs scripts/setup on systems made of stand-ins that lack something and in clones, and the hook that it
+installs there."""
 
 import os
 import pathlib
@@ -10,6 +11,7 @@ import tempfile
 import unittest
 
 SETUP = pathlib.Path(__file__).resolve().parent.parent.parent / "scripts/setup"
+HOOK = SETUP.parent / "hooks/commit-msg"
 REAL = "bash cat dirname env grep sed sort true xargs".split()
 # Knows std::expected, and finds every header but one.
 COMPILER = """case "$*$(cat)" in *'<version>') echo '#define __cpp_lib_expected 202202L';;
@@ -66,6 +68,22 @@ CASES = [
     ("other system, for a Mac", OTHER, "build macos", "", 1, r"Missing: apt-get\. .*"),
 ]
 
+# What a folder is, how it became so, where in it the project lies, and the hooks that git uses then.
+CLONES = [
+    ("a clone", "git init -q .", ".", "scripts/hooks"),
+    ("a clone with a hook", "git init -q .; touch .git/hooks/pre-push; chmod +x .git/hooks/pre-push", ".", ""),
+    ("a clone with a folder for hooks", "git init -q .; git config core.hooksPath mine", ".", "mine"),
+    ("a part of another clone", "git init -q .; mkdir part", "part", ""),
+    ("no clone", "", ".", ""),
+]
+
+# A message, and whether it is refused.
+MESSAGES = [
+    ("s" * 72, False), ("s" * 73, True), ("\u00fc" * 72, False), ("\u00fc" * 73, True),
+    ("Short\n\n" + "body " * 20, False), ("\n# " + "of git " * 12 + "\nShort", False), ("", False),
+    ("\n" + "s" * 73 + "\n# of git", True), ("fixup! squash! " + "s" * 72, False), ("fixup! " + "s" * 73, True),
+]
+
 
 class Setup(unittest.TestCase):
     def test_the_last_line_says_what_is_missing(self):
@@ -81,6 +99,31 @@ class Setup(unittest.TestCase):
                                       stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
                 self.assertEqual(done.returncode, status, done.stdout)
                 self.assertRegex((done.stdout.splitlines() or [""])[-1], f"^{last}$")
+
+    def test_a_clone_uses_the_hooks_of_the_project_unless_it_has_some(self):
+        for name, make, part, used in CLONES:
+            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                environment = os.environ | {"HOME": folder, "GIT_CEILING_DIRECTORIES": os.path.dirname(folder)}
+                for outer in [each for each in environment if each.startswith("GIT_") and "CEILING" not in each]:
+                    del environment[outer] # where a hook runs the tests
+                subprocess.run(make, shell=True, check=True, cwd=folder, env=environment)
+                scripts = pathlib.Path(folder, part, "scripts")
+                scripts.mkdir()
+                shutil.copy(SETUP, scripts)
+                for _ in range(2):
+                    done = subprocess.run([scripts / "setup"], env=environment, stdout=subprocess.PIPE,
+                                          stderr=subprocess.STDOUT)
+                    self.assertEqual((done.returncode, done.stdout), (0, b""))
+                found = subprocess.run(["git", "config", "core.hooksPath"], cwd=folder, env=environment,
+                                       stdout=subprocess.PIPE, text=True)
+                self.assertEqual(found.stdout.strip(), used)
+
+    def test_a_subject_that_is_too_long_is_refused(self):
+        for message, is_refused in MESSAGES:
+            with self.subTest(message), tempfile.NamedTemporaryFile() as file:
+                pathlib.Path(file.name).write_text(message, encoding="utf-8")
+                done = subprocess.run([HOOK, file.name], stderr=subprocess.PIPE)
+                self.assertEqual((done.returncode, done.stderr != b""), (int(is_refused), is_refused))
 
 
 if __name__ == "__main__":
