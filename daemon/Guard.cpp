@@ -84,8 +84,8 @@ void Guard::tick() {
 void Guard::stop() {
     isStopping_ = true;
     queue().sync([this] {
-        // A failed restore leaves its record for the next start, which launchd's next client
-        // brings.
+        // A failed restore leaves its record for the next start, which the next client brings about
+        // by launchd.
         revert(RevertReason::stopping);
         saveLastEnd();
         services_.exitProcess(0);
@@ -101,8 +101,8 @@ void Guard::checkHolder() {
         noticeEnabledSleep();
 }
 
-/// Whoever enables sleep during a hold may mean it: it is told, not fought. Only the property is
-/// looked at, for pmset may hang.
+/// Logs that another program has enabled sleep during the hold. The guard leaves sleep enabled,
+/// because that program may have meant it. Reads only the property, because pmset may hang.
 void Guard::noticeEnabledSleep() {
     if (state_.enablingIsLogged || services_.machine.sleepDisabledProperty() != false)
         return;
@@ -133,8 +133,8 @@ void Guard::checkFree() {
         services_.exitProcess(0);
 }
 
-// A lid that was shut during a hold makes nobody look again once sleep is allowed: the Mac would
-// stay awake in its bag.
+/// Asks the Mac to sleep if its lid was shut during the hold. The system looks at the lid only when
+/// it moves, so the Mac would otherwise stay awake in its bag.
 void Guard::checkLid() {
     PowerMachine& machine = services_.machine;
     if (!state_.sleepOwedSince || machine.steadyTime() - *state_.sleepOwedSince < lidDelay)
@@ -162,8 +162,8 @@ void Guard::recover() {
     recallLastEnd(left);
 }
 
-/// A hold whose record was left behind, and that has not ended as far as an earlier run can tell,
-/// ended with that run.
+/// Tells the ledger how the last hold of an earlier run ended. A hold that left its record behind,
+/// and no later end, was cut short by a crash of that run.
 void Guard::recallLastEnd(const std::optional<PowerDaemonRecord>& left) {
     savedEnd_ = services_.records.readLastEnd();
     if (savedEnd_)
@@ -187,7 +187,7 @@ Guard::HoldResult Guard::hold(ClientId who, BatteryFloor floor) {
         return std::unexpected(PowerGuardPolicy::holdRefusal(*danger));
     }
 
-    // What decides whether anything is run is a setting that is still to be restored, not a holder.
+    // A setting that is still to be restored decides whether pmset is run, and not a holder.
     if (!state_.heldPrevious)
         state_.heldPrevious = recordedPrevious();
     HoldResult begun;
@@ -253,14 +253,14 @@ bool Guard::release(std::optional<ClientId> who) {
 }
 
 HoldReport Guard::report(ClientId who) {
-    HoldReport report{
-        .holder = ledger_.holder(),
-        .pending = !state_.holder && previousToRestore() == false,
-        // Not by pmset, which may hang: nobody who only asks may keep the guard from its work.
-        .sleepDisabled = services_.machine.sleepDisabledProperty(),
-        .recordIsUnreadable = services_.records.isUnreadable(),
-        .ownEnd = ledger_.lastEndOf(who),
-        .lastEnd = ledger_.lastEnd()};
+    HoldReport report{.holder = ledger_.holder(),
+                      .pending = !state_.holder && previousToRestore() == false,
+                      // Not by pmset, which may hang: a client that only asks must not keep the
+                      // guard from its work.
+                      .sleepDisabled = services_.machine.sleepDisabledProperty(),
+                      .recordIsUnreadable = services_.records.isUnreadable(),
+                      .ownEnd = ledger_.lastEndOf(who),
+                      .lastEnd = ledger_.lastEnd()};
     if (report.holder) {
         report.holder->batteryFloor = state_.floor.percent();
         report.holder->heartbeatAge = services_.machine.steadyTime() - state_.lastBeat;
@@ -299,34 +299,40 @@ bool Guard::restore(RevertReason reason) {
     return true;
 }
 
-// pmset reports success even where the setting did not take, so both are read back.
+// pmset reports success even if the setting did not change, so the setting is read back.
 
 bool Guard::disableSleep() {
-    return services_.machine.runPmset({"-a", "disablesleep", "1"}) && becomes(true);
+    return writeSetting(true) && becomes(true);
 }
 
 bool Guard::enableSleep() {
-    return services_.machine.runPmset({"-a", "disablesleep", "0"}) && becomes(false);
+    return writeSetting(false) && becomes(false);
 }
 
-/// After a hold that could not be begun. What can't be undone either stays recorded, and the tick
-/// tries again.
+/// Returns whether pmset ran and reported success.
+bool Guard::writeSetting(bool sleepDisabled) {
+    return services_.machine.runPmset({"-a", "disablesleep", sleepDisabled ? "1" : "0"})
+        .has_value();
+}
+
+/// Enables sleep again after a hold that could not begin. If that fails too, the record stays and
+/// the tick tries again.
 void Guard::undoDisableSleep() {
     PowerMachine& machine = services_.machine;
-    const bool isUndone = machine.runPmset({"-a", "disablesleep", "0"}).has_value();
+    const bool isUndone = writeSetting(false);
     if (isUndone && machine.sleepDisabledProperty())
         becomes(false);
     if (machine.sleepDisabledProperty() == true)
         return;
-    // The property may still be late. The preference, which pmset has written, is not.
+    // The property may still be late; the preference, which pmset writes itself, never is.
     if (!isUndone && sleepDisabledPreference(machine) == true)
         return;
     services_.records.remove();
     state_.heldPrevious.reset();
 }
 
-/// Whether the setting has this value now or takes it soon. pmset only writes preferences and posts
-/// a notification, upon which another process sets the property; its own "-g" reads the
+/// Returns whether the setting has this value now or takes it soon. pmset only writes preferences
+/// and posts a notification, upon which another process sets the property; "pmset -g" reads the
 /// preferences.
 bool Guard::becomes(bool sleepDisabled) {
     PowerMachine& machine = services_.machine;
@@ -342,8 +348,8 @@ bool Guard::becomes(bool sleepDisabled) {
     }
 }
 
-/// Behind what is being done, so that no answer waits for it, and not while there is anything to
-/// put back: a drive that hangs must not come between.
+/// Posted to the queue, so that the caller's reply does not wait for the disk. Skipped while a hold
+/// is in force or a restore is pending, because a drive that hangs must not delay a restore.
 void Guard::saveLastEndLater() {
     queue().async([guard = shared_from_this()] {
         if (!guard->state_.holder && !guard->previousToRestore())
@@ -358,8 +364,8 @@ void Guard::saveLastEnd() {
     services_.records.writeLastEnd(*savedEnd_);
 }
 
-/// The setting to put back; absent when nothing is to be restored. What the guard remembers counts
-/// more than the record, which somebody may have damaged meanwhile.
+/// Returns the setting to restore; absent if there is nothing to do. What the guard remembers
+/// counts more than the record, which another program may have damaged meanwhile.
 std::optional<bool> Guard::previousToRestore() {
     return state_.heldPrevious ? state_.heldPrevious : recordedPrevious();
 }

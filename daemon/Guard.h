@@ -24,12 +24,12 @@ namespace velmo {
 /// Owns the system-wide disable-sleep setting on behalf of one client at a time, and puts it back
 /// when the hold ends for whatever reason.
 ///
-/// The guard is free (no holder, nothing to restore), held (the record is on disk), or pending:
-/// sleep could not be enabled again, there is no holder, `heldPrevious` is set, and every tick
-/// tries once more. The record is on disk before the setting is touched, so that after a crash at
-/// any point the next start knows what to undo.
+/// The guard is free (without a holder and a setting to restore), held (the record is on disk), or
+/// pending: the hold has ended, sleep could not be enabled again, `heldPrevious` is set, and every
+/// tick tries once more. The record is on disk before the setting is touched, so that after a crash
+/// at any point the next start knows what to undo.
 ///
-/// All state lives on one serial queue; there are no locks. `tick`, `stop` and `acceptConnection`
+/// All state lives on one serial queue, without locks. `tick`, `stop` and `acceptConnection`
 /// may be called from anywhere. Everything else runs on the queue.
 class Guard : public std::enable_shared_from_this<Guard> {
 public:
@@ -49,10 +49,11 @@ public:
         BatteryFloor floor;   ///< the holder's
         SteadyTime lastBeat;  ///< the holder's last hold or heartbeat
         SteadyTime idleSince; ///< when the guard last became free
-        /// Since when the Mac may sleep again without having looked at its lid; absent when there
-        /// is no need to look.
+        /// When the Mac was allowed to sleep again; absent once it has looked at its lid, or need
+        /// not.
         std::optional<SteadyTime> sleepOwedSince;
-        bool enablingIsLogged = false; ///< that somebody enabled sleep during this hold
+        bool enablingIsLogged =
+            false;           ///< the log has a line that sleep was enabled during this hold
         int connections = 0; ///< open client connections; counted, but no rule looks at it
 
         bool operator==(const State&) const = default;
@@ -60,12 +61,10 @@ public:
 
     using HoldResult = std::expected<void, HoldRefusal>;
 
-    /// pmset ends before the setting has changed: how long the guard waits for it, and between two
-    /// looks, in seconds.
-    static constexpr double maxLateness = 2.0;
-    static constexpr double latenessStep = 0.02;
-    static constexpr double preferenceStep =
-        0.5; ///< the same where pmset has to be run for each look
+    // pmset ends before the setting has changed, so the guard looks at the setting again and again.
+    static constexpr double maxLateness = 2.0;    ///< seconds until the setting counts as unchanged
+    static constexpr double latenessStep = 0.02;  ///< seconds between two looks at the property
+    static constexpr double preferenceStep = 0.5; ///< seconds between two looks that run pmset
 
     /// How long after a hold the Mac is asked to look at its lid, in seconds: a client that takes
     /// over from another must find it awake.
@@ -101,11 +100,12 @@ public:
     /// Returns whether the client holds; if so its hold is good for another 35 s.
     bool heartbeat(ClientId who);
 
-    /// Ends the hold for the client, whoever holds. Without a client it counts as another than the
-    /// holder. Returns the same as `revert`.
+    /// Ends the hold in force, which may be another client's. An absent client, which has gone
+    /// since its call, counts as another than the holder. Returns the same as `revert`.
     bool release(std::optional<ClientId> who);
 
-    /// Tells about the holds, for the client. It reads, runs nothing and decides nothing.
+    /// Returns the report about the holds for the client. Reads the setting and the records, and
+    /// runs no program.
     HoldReport report(ClientId who);
 
     /// Ends the hold, if there is one, and restores the setting. Returns true when nothing is left
@@ -122,6 +122,7 @@ private:
     HoldResult takeOverRestore();
     void logDisabledSleep() const;
     bool disableSleep();
+    bool writeSetting(bool sleepDisabled);
     bool enableSleep();
     void undoDisableSleep();
     bool becomes(bool sleepDisabled);
@@ -141,7 +142,8 @@ private:
     const std::optional<std::string> requirement_;
     State state_;
     HoldLedger ledger_;
-    std::optional<HoldEnd> savedEnd_; ///< what was last read or written, well or not
+    std::optional<HoldEnd>
+        savedEnd_; ///< the end that was last read, or written with or without success
     std::atomic<bool> tickIsOutstanding_ = false;
     std::atomic<bool> isStopping_ = false;
 };
