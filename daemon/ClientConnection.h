@@ -10,8 +10,8 @@
 
 namespace velmo {
 
-/// Names a client to the guard. One connection gets the number and none gets it again, unlike an
-/// address, which may return with another client behind it.
+/// Names a client to the guard. Every connection gets a number of its own, which is not used again,
+/// unlike an address, which may return with another client behind it.
 enum class ClientId : std::uint64_t {};
 
 /// A connection that a client has opened and that does nothing until it is resumed.
@@ -22,7 +22,7 @@ public:
     /// Returns the number that the guard knows the client by.
     [[nodiscard]] virtual ClientId id() const = 0;
 
-    // Who the peer is, for people to read. Nothing is decided by it: the number may belong to
+    // The peer's process, for people to read. No rule depends on it: the number may belong to
     // another process by now, and any program may have any name.
 
     /// Returns the peer's process id; absent where the system does not tell.
@@ -38,7 +38,7 @@ public:
     /// Lets the session answer the client's calls.
     virtual void exportSession(std::shared_ptr<VelmoPowerProtocol> session) = 0;
 
-    /// Has the handler called once, on any thread, when the connection is gone for good.
+    /// Sets the handler that is called once, on any thread, when the connection is gone for good.
     virtual void onInvalidation(std::function<void()> handler) = 0;
 
     /// Lets calls come in. Until then the connection does nothing.

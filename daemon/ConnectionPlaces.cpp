@@ -21,7 +21,7 @@ bool ConnectionPlaces::take(ClientId client, UserId user, std::function<void()> 
         }
         places_.emplace(client, Place{.user = user, .hasCalled = false, .drop = std::move(drop)});
     }
-    // It may call `leave` at once.
+    // Called without the lock, because the handler may call `leave` at once.
     if (dropOldest)
         dropOldest();
     return true;

@@ -14,8 +14,8 @@ enum class UserId : std::uint32_t {};
 
 /// Bounds how many connections each user may have open. The system checks a peer's signature for
 /// each of its messages, not when it connects, so any process may open connections and keep silent:
-/// those are the first to go. Whoever made an admitted call has shown a signature and keeps its
-/// place. Any member may be called on any thread.
+/// those connections are dropped first. A client that made an admitted call has shown its signature
+/// and keeps its place. Any member may be called on any thread.
 class ConnectionPlaces {
 public:
     /// Far more than a user's programs need.
@@ -25,8 +25,8 @@ public:
         : placesOfEachUser_(placesOfEachUser) {}
 
     /// Gives a new connection a place. If its user has none left, the oldest connection of that
-    /// user that never made an admitted call is dropped, by its `drop`; returns false if there is
-    /// none such. Numbers of clients must grow with each connection.
+    /// user that never made an admitted call is dropped, by its `drop`; returns false if all of
+    /// them did. Numbers of clients must grow with each connection.
     [[nodiscard]] bool take(ClientId client, UserId user, std::function<void()> drop);
 
     /// Notes that the system has admitted a call of the client.

@@ -9,33 +9,33 @@
 
 namespace velmo {
 
-/// Remembers whose hold it is and how holds ended, for whoever asks the daemon about it. The guard
-/// writes into it as things happen, and no rule of the guard looks into it.
+/// Remembers the holder and how holds ended, for the clients' reports. The guard writes into the
+/// ledger as things happen, and no rule of the guard reads it.
 class HoldLedger {
 public:
-    /// A client has come. What it is called may be absent.
+    /// Adds a client. What the system does not tell of its process is absent.
     void connected(ClientId who, std::optional<std::int64_t> processId,
                    std::optional<std::string> program);
 
-    /// It has gone: how its holds ended is of no use to anybody any more.
+    /// Forgets a client that is gone, and how its holds ended.
     void disconnected(ClientId who);
 
-    /// A hold was granted. One that its holder renews goes on.
+    /// Notes that a hold was granted. A renewed hold keeps its date.
     void began(ClientId who, WallTime now);
 
-    /// The hold in force, if there is one, has ended.
+    /// Notes that the hold in force, if any, has ended.
     void ended(HoldEnding how, WallTime now);
 
-    /// A hold of an earlier run of the daemon has ended.
+    /// Notes how the last hold of an earlier run of the daemon ended.
     void endedEarlier(const HoldEnd& end) { lastEnd_ = end; }
 
-    /// Returns who holds, without what the guard itself knows: floor, age, and who is asking.
+    /// Returns the holder, without what the guard itself knows: floor, age, and which client asks.
     [[nodiscard]] std::optional<HolderReport> holder() const;
 
     /// Returns how the last hold of that client ended.
     [[nodiscard]] std::optional<HoldEnd> lastEndOf(ClientId who) const;
 
-    /// Returns how the last hold of anybody ended.
+    /// Returns how the last hold of any client ended.
     [[nodiscard]] const std::optional<HoldEnd>& lastEnd() const { return lastEnd_; }
 
 private:
@@ -50,7 +50,7 @@ private:
         WallTime since;
     };
 
-    std::map<ClientId, Client> clients_; ///< those that are connected
+    std::map<ClientId, Client> clients_; ///< the connected ones
     std::optional<Hold> hold_;
     std::optional<HoldEnd> lastEnd_;
 };

@@ -12,32 +12,33 @@ namespace velmo {
 inline constexpr std::string_view powerRecordName = "power-daemon.json";
 inline constexpr std::string_view lastHoldEndName = "power-daemon-last.json";
 
-/// Keeps the daemon's one persistent fact, and a note for people. Called on the guard's queue only.
+/// Keeps the one fact that the daemon must not forget, and a note for people. The guard calls it on
+/// its queue only.
 class RecordStore {
 public:
     virtual ~RecordStore() = default;
 
-    /// Reads the record; absent if there is none or it can't be read or decoded.
+    /// Reads the record; absent if it is missing or can't be read or decoded.
     virtual std::optional<PowerDaemonRecord> read() = 0;
 
-    /// Replaces the record. Returns true only if it is on disk, whole, to survive a crash and a
-    /// power cut; otherwise the previous record, or none, is as it was. A file that is there but
-    /// can't be read is not written over: it may be the only word of what the setting was. (One
-    /// that can be read and makes no sense is.)
+    /// Replaces the record. Returns true only once the whole record is on disk, where it survives a
+    /// crash and a power cut; otherwise the previous state of the disk remains. A file that can't
+    /// be read is not overwritten, because it may be the only trace of the previous setting. A file
+    /// that can be read but not decoded is overwritten.
     virtual bool write(const PowerDaemonRecord& record) = 0;
 
-    /// Removes the record. Errors are ignored: the guard's tick tries again while one stays.
+    /// Removes the record. Errors are ignored: the guard's tick tries again while a record remains.
     virtual void remove() = 0;
 
-    /// Tells whether there is a record that can't be read or decoded.
+    /// Tells whether a record exists that can't be read or decoded.
     virtual bool isUnreadable() = 0;
 
     // How the last hold ended. Nothing depends on it.
 
-    /// Reads it; absent if there is none or it can't be read or decoded.
+    /// Reads the end; absent if it is missing or can't be read or decoded.
     virtual std::optional<HoldEnd> readLastEnd() = 0;
 
-    /// Replaces it if that can be done.
+    /// Replaces the end. An error is ignored.
     virtual void writeLastEnd(const HoldEnd& end) = 0;
 };
 

@@ -11,7 +11,7 @@ class Guard;
 
 /// Serves one accepted connection. Calls may come on any thread; each is answered exactly once,
 /// from the guard's queue, or at once with "gone" if the session has outlived its guard or its
-/// connection. It keeps neither alive.
+/// connection. A session keeps neither alive.
 class Session final : public VelmoPowerProtocol {
 public:
     Session(std::weak_ptr<Guard> owner, std::weak_ptr<ClientConnection> connection);

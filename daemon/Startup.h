@@ -9,11 +9,11 @@ namespace velmo {
 
 inline constexpr double tickInterval = 5.0; ///< seconds
 
-/// Returns a message as it stands in the log: "VelmoPowerDaemon: ", the message, a line feed. It
-/// gives no level and no time; launchd's own log adds those.
+/// Returns a message as it stands in the log: "VelmoPowerDaemon: ", the message, a line feed. The
+/// line has no level and no time, which launchd's own log adds.
 std::string logLine(std::string_view message);
 
-/// Lives the life of the daemon, from its first step to its main loop.
+/// Runs the daemon, from its first step to its main loop.
 void runDaemon(DaemonHost& host);
 
 } // namespace velmo

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// What the power daemon tells about its holds, in one JSON line: who holds and why an earlier hold
-/// ended. It informs people; no rule looks at it.
+/// What the power daemon tells about its holds, in one JSON line: the holder, and how an earlier
+/// hold ended. The report informs people; rules don't read it.
 namespace velmo {
 
 /// How a hold ended. The text stands in a `HoldReport`.
@@ -45,7 +45,7 @@ struct HolderReport {
     double since = 0;                      ///< when the hold began, in seconds since 1970
     std::int64_t batteryFloor = 0;         ///< percent
     double heartbeatAge = 0;               ///< seconds since its last hold or heartbeat
-    bool isCaller = false;                 ///< whether it is the connection that asks
+    bool isCaller = false;                 ///< the holder is the connection that asks
 
     static constexpr auto fields = std::tuple{field("processId", &HolderReport::processId),
                                               field("program", &HolderReport::program),
@@ -57,12 +57,12 @@ struct HolderReport {
 };
 
 struct HoldReport {
-    std::optional<HolderReport> holder; ///< absent: nobody holds
+    std::optional<HolderReport> holder; ///< absent without a hold
     bool pending = false;               ///< sleep could not be enabled again yet
     std::optional<bool> sleepDisabled;  ///< the setting as read; absent where it can't be read
-    bool recordIsUnreadable = false;    ///< there is a record that can't be read or decoded
+    bool recordIsUnreadable = false;    ///< a record exists that can't be read or decoded
     std::optional<HoldEnd> ownEnd;      ///< of the last hold of the connection that asks
-    std::optional<HoldEnd> lastEnd;     ///< of the last hold of anybody; outlives the daemon
+    std::optional<HoldEnd> lastEnd;     ///< of the last hold of any client; outlives the daemon
 
     static constexpr auto fields =
         std::tuple{field("holder", &HoldReport::holder),

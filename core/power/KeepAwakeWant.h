@@ -19,7 +19,7 @@ struct KeepAwakeWant {
     std::string why; ///< for people, in a list of what keeps the Mac awake
 
     /// Reads one JSON object. A member that is missing or of another kind keeps its default;
-    /// members that are no field are ignored. Absent for any other text.
+    /// other members are ignored. Absent for any other text.
     static std::optional<KeepAwakeWant> parse(std::string_view text);
 
     /// Tells whether the system must stay awake, as it must for a display or with a closed lid.

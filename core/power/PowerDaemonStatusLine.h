@@ -8,7 +8,7 @@
 
 namespace velmo {
 
-/// Whether the power daemon is installed, as the host reports it to the phone.
+/// Reports to the phone whether the power daemon is installed.
 struct PowerDaemonStatusLine {
     std::string status; ///< "enabled", "requiresApproval", "notRegistered", "notFound"
     std::optional<std::string> reason; ///< "plist-missing" or "unknown"; only with "notFound"

@@ -18,8 +18,8 @@ inline constexpr std::string_view powerDaemonPlistName = "io.velmo.host.power.pl
 inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
 
 /// Returns the code-signing requirement for a client of the daemon: it is signed by the given team,
-/// under Apple's anchor, as the host application or its helper. Absent if the team is absent or is
-/// no team identifier, 1 to 16 letters and digits.
+/// under Apple's anchor, as the host application or its helper. Absent unless the
+/// team is a team identifier: 1 to 16 letters and digits.
 std::optional<std::string> powerClientRequirement(const std::optional<std::string>& team);
 
 /// Returns the code-signing requirement for the daemon, which clients demand; absent likewise.

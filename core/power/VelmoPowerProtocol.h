@@ -11,9 +11,9 @@ namespace velmo {
 /// "holdWithBatteryFloor:reply:", "heartbeatWithReply:", "releaseWithReply:" and
 /// "reportWithReply:".
 ///
-/// Each call is answered exactly once, from a thread of the callee's choosing; over a transport a
-/// call whose connection is lost is not answered. Replies own what they capture and may outlive the
-/// caller.
+/// The callee answers each call exactly once, from a thread of its choosing; over a transport a
+/// lost connection loses the answers to its calls. Replies own what they capture and may outlive
+/// the caller.
 class VelmoPowerProtocol {
 public:
     using HoldReply = std::function<void(bool ok, std::string_view reason)>;
@@ -27,16 +27,15 @@ public:
     /// `HoldRefusal`; a newer daemon may have others.
     virtual void hold(std::int64_t batteryFloor, HoldReply reply) = 0;
 
-    /// Due within every 35 s. False: this client does not hold.
+    /// Keeps the client's hold, for 35 s from now. Answers false if this client does not hold.
     virtual void heartbeat(Reply reply) = 0;
 
-    /// Ends the current hold, whoever holds. False: sleep could not be enabled again yet.
+    /// Ends the hold in force, which may be another client's. Answers false if sleep could not be
+    /// enabled again yet.
     virtual void release(Reply reply) = 0;
 
-    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" where the daemon or the
-    /// connection is going away. A daemon of before this call does not answer it, and the
-    /// connection ends: whoever has something to lose with its connection, a holder above all, does
-    /// not call it on that one.
+    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" if the daemon or the
+    /// connection is going away.
     virtual void report(ReportReply reply) = 0;
 };
 

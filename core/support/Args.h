@@ -17,9 +17,9 @@ std::optional<std::int32_t> pid(std::optional<std::string_view> text);
 /// platform/posix.
 using IsDirectory = std::function<bool(std::string_view path)>;
 
-/// Reads the path of an application bundle: a directory whose name ends in ".app", in small letters
-/// and without a slash behind it. A path with NUL in it, or that is not UTF-8, is refused before
-/// the disk is asked.
+/// Reads the path of an application bundle: a directory with a name that ends in ".app", in small
+/// letters and without a slash behind it. A path with NUL in it, or that is not UTF-8, is refused
+/// before the disk is asked.
 std::optional<FileUrl> appPath(std::optional<std::string_view> text,
                                const IsDirectory& isDirectory);
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
-/// Judges bytes as ASCII: what identifiers, addresses and option values may be made of. There is no
-/// locale, and no byte of a longer UTF-8 sequence passes any test.
+/// Judges bytes as ASCII: what identifiers, addresses and option values may be made of. Independent
+/// of any locale; a byte of a longer UTF-8 sequence fails every test.
 namespace velmo::Ascii {
 
 constexpr bool isDigit(char c) {

@@ -16,7 +16,7 @@ constexpr char padding = '=';
 constexpr std::size_t groupCharacters = 4;
 constexpr std::size_t groupBytes = 3;
 
-/// Set in the sum of a group when one of its characters is none of the alphabet.
+/// Set in the sum of a group if one of its characters is not in the alphabet.
 constexpr std::uint32_t foreign = 1U << 24U;
 
 using Table = std::array<std::uint32_t, 256>;

@@ -14,8 +14,8 @@ namespace velmo::Base64 {
 std::string encode(ByteView bytes);
 
 /// Decodes strictly, so that each sequence of bytes has one spelling. Absent for any other
-/// character, for missing or misplaced padding, and for left-over bits that are not zero. "" is no
-/// bytes.
+/// character, for missing or misplaced padding, and for left-over bits that are not zero. ""
+/// decodes to zero bytes.
 std::optional<Bytes> decode(std::string_view text);
 
 /// Decodes in the same way a text that comes in pieces, which may be cut anywhere.
@@ -27,7 +27,7 @@ public:
     /// Takes the next piece; false when the text can't be decoded, whatever else comes.
     [[nodiscard]] bool append(std::string_view piece);
 
-    /// Returns what was decoded. It is called once, after the last piece.
+    /// Returns what was decoded. To be called once, after the last piece.
     [[nodiscard]] std::optional<Bytes> finish();
 
 private:

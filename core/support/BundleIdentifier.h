@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// Judges identifiers of application bundles, which the platform compares without regard to letter
-/// case. They are taken as they come: any bytes, of any length.
+/// case. An identifier may be any bytes, of any length.
 namespace velmo::BundleIdentifier {
 
 /// How the identifiers of the product's own applications begin. The final dot belongs to it.

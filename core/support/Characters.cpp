@@ -88,7 +88,7 @@ Characters::Characters(std::string_view text) : rest_(text) {
 void Characters::next() {
     Before before;
     int last = other;
-    std::size_t base = 0;   // where the last scalar stands that is no mark
+    std::size_t base = 0;   // where the last scalar that is not a mark stands
     std::size_t length = 0; // of the character, bytes
     std::size_t units = 0;
     while (length < rest_.size()) {

@@ -27,8 +27,8 @@ private:
     /// Reads the scalar that a text begins with.
     void read(std::string_view text);
 
-    /// Tells whether the library joins the scalar that was read to the last one before it that is
-    /// no mark, which stands at `base`.
+    /// Tells whether the library joins the scalar that was read to the last scalar before it that
+    /// is not a mark, which stands at `base`.
     [[nodiscard]] bool libraryJoins(std::string_view fromBase) const;
 
     std::string_view rest_; ///< begins behind the current character

@@ -42,7 +42,7 @@ std::optional<Integer> parseSigned(std::string_view text, Range<Integer> range =
     return plus ? parseUnsigned<Integer>(text.substr(1), range) : parse<Integer>(text, range);
 }
 
-/// Reads digits of which the first is not "0", so that each number from 1 up has one spelling.
+/// Reads digits, the first of them not "0", so that each number from 1 up has one spelling.
 inline std::optional<std::int64_t> parsePositive(std::string_view text, std::int64_t max) {
     return text.starts_with('0') ? std::nullopt
                                  : parseUnsigned<std::int64_t>(text, {.min = 1, .max = max});

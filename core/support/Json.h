@@ -14,12 +14,12 @@
 
 /// Reads JSON that comes from anywhere.
 ///
-/// A text is either accepted whole or refused whole. It is refused for any departure from RFC 8259,
+/// A text is either accepted whole or refused whole: refused for any departure from RFC 8259,
 /// wherever in the text it occurs, and also for a byte-order mark, an encoding other than valid
 /// UTF-8, a member named twice in one object, text after the document, and nesting beyond 1024
-/// levels. A number that the grammar allows but that lies beyond 64 bits or beyond double is no
-/// fault of the text: it is a value that no reader takes. Member names and texts are compared and
-/// handed out unescaped.
+/// levels. A number that the grammar allows but that lies beyond 64 bits or beyond double does
+/// not make the text invalid: the number is a value that no reader takes. Member names and texts
+/// are compared and handed out unescaped.
 ///
 /// Values are views into their `JsonDocument` and must not outlive it.
 namespace velmo {
@@ -54,10 +54,10 @@ public:
 
     explicit JsonPlainValue(bool boolean) : kind_(JsonKind::boolean), word_(boolean ? 1 : 0) {}
 
-    /// Returns the kind, which is null for every other value and for none.
+    /// Returns the kind, which is null for a value of any other kind and for a missing one.
     [[nodiscard]] JsonKind kind() const { return kind_; }
 
-    // Each returns the value if it is of that kind, else false, 0 or "".
+    // The readers return the value if it is of that kind, else false, 0 or "".
 
     [[nodiscard]] bool boolean() const { return kind_ == JsonKind::boolean && word_ != 0; }
 
@@ -77,7 +77,7 @@ private:
     std::uint64_t word_ = 0; ///< the integer or boolean, or where the text is
 };
 
-/// One value. Every reader returns absent for a value of another kind. Nothing is converted, except
+/// A value. Every reader returns absent for a value of another kind. Nothing is converted, except
 /// that `number` reads integers too.
 class JsonValue {
 public:
@@ -93,7 +93,7 @@ public:
     /// Returns any number; it is always finite.
     [[nodiscard]] std::optional<double> number() const;
 
-    /// Returns a text. It may contain NUL, so it must never be handed on as a C string.
+    /// Returns a text, which may contain NUL and so must never be handed on as a C string.
     [[nodiscard]] std::optional<std::string_view> text() const;
     [[nodiscard]] std::optional<JsonArray> array() const;
     [[nodiscard]] std::optional<JsonObject> object() const;
@@ -121,12 +121,12 @@ class JsonObject {
 public:
     explicit JsonObject(JsonReference reference) : reference_(reference) {}
 
-    /// Returns the value of a member, or nothing if there is no such member. A member that is null
-    /// is there.
+    /// Returns the value of a member, or nothing if the object lacks the member. A member that is
+    /// null counts as there.
     [[nodiscard]] std::optional<JsonValue> member(std::string_view name) const;
 
-    // Each returns the member's value as the reader of the same name in `JsonValue` does, and
-    // nothing if there is no such member.
+    // The readers return the member's value as the reader of the same name in `JsonValue` does, and
+    // nothing if the object lacks the member.
     [[nodiscard]] std::optional<bool> boolean(std::string_view name) const;
     [[nodiscard]] std::optional<std::int64_t> integer(std::string_view name) const;
     [[nodiscard]] std::optional<std::string_view> text(std::string_view name) const;
@@ -149,7 +149,7 @@ public:
 
     /// Does the same and, where the root is an object, reads the members of these names in the walk
     /// that parsing takes anyway. `found` has a place for each name. A place stays as it is if
-    /// there is no such member, and none of them counts if the text is refused.
+    /// the member is missing, and all places are to be ignored if the text is refused.
     static std::optional<JsonDocument> parseAndFind(std::string_view text, const NameTable& names,
                                                     std::span<JsonPlainValue> found);
 

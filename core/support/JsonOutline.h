@@ -13,8 +13,8 @@
 /// Reads a JSON object without its long texts, which stay where they are until they are asked for.
 ///
 /// A `JsonDocument` takes fifteen times the memory of its text, and up to forty times while it is
-/// read if there are numbers in it beyond 64 bits or beyond double. For an object of a few members,
-/// one of which may be megabytes long, an outline takes next to none, and it accepts and refuses
+/// read if there are numbers in it beyond 64 bits or beyond double. For an object of a few members
+/// with a text of megabytes among them, an outline takes next to no memory, and accepts and refuses
 /// exactly the same objects once the long texts have been read.
 namespace velmo {
 
@@ -26,9 +26,9 @@ public:
 
     explicit JsonLongText(std::string_view spelling) : spelling_(spelling) {}
 
-    /// Hands the unescaped text over in pieces of some ten thousand bytes at most, none of which
-    /// ends within a scalar. Returns false if the sink did, or if the text is not JSON: what was
-    /// handed over is then of no use.
+    /// Hands the unescaped text over in pieces of some ten thousand bytes at most, which never
+    /// end within a scalar. Returns false if the sink did, or if the text is not JSON: the pieces
+    /// handed over are then to be discarded.
     [[nodiscard]] bool read(const Sink& sink) const;
 
     /// Returns the length in bytes as it is spelt; the unescaped text is never longer.
@@ -44,13 +44,13 @@ public:
     static constexpr std::size_t maxInline = 16384;
 
     /// Parses the object and leaves out the long texts that are values of these members of the
-    /// root. Absent if what remains is refused as `JsonDocument::parse` refuses it, or is no
-    /// object. Every long text must be read too before the whole is known to be JSON. They are
-    /// views into `json`.
+    /// root. Absent if the rest is refused as `JsonDocument::parse` refuses it, or is not an
+    /// object. The whole is known to be JSON only once every long text has been read too. Long
+    /// texts are views into `json`.
     static std::optional<JsonOutline> parse(std::string_view json,
                                             std::initializer_list<std::string_view> names);
 
-    /// Returns the object, in which a member whose text was left out reads as "".
+    /// Returns the object, in which a member reads as "" if its text was left out.
     [[nodiscard]] JsonObject object() const { return document_.object().value(); }
 
     /// Returns the text of a member; absent if it was not left out.

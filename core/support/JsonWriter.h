@@ -11,7 +11,7 @@ namespace velmo {
 
 enum class EncodingError {
     nonFiniteNumber, ///< JSON has no way to write infinity or "not a number"
-    noJsonForm,      ///< nor raw data, or a value of a kind that nobody reads
+    noJsonForm,      ///< nor raw data, or a value of a kind without a reader
 };
 
 /// How a slash is written: as "\/", which lets a line stand inside HTML, or plainly.

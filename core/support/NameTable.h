@@ -33,8 +33,8 @@ public:
         }
     }
 
-    /// Returns the position of a name, whose slot is handed in, among the names, or their number if
-    /// it is none of them.
+    /// Returns the position of a name among the names, or their number if the name is not among
+    /// them. The caller hands in the name's slot.
     [[nodiscard]] constexpr std::size_t find(std::string_view name, std::size_t slot) const {
         const std::size_t position = positions_[slot];
         return position < names_.size() && isSame(names_[position], name) ? position

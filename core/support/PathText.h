@@ -8,8 +8,8 @@
 namespace velmo::PathText {
 
 /// Tells whether the path begins with "/", is 2 to 1024 bytes of valid UTF-8 without control
-/// characters (`Text::isControl`), and has neither empty pieces nor "." nor "..". One trailing
-/// slash is accepted; "/" alone is not clean.
+/// characters (`Text::isControl`), and has neither empty pieces nor "." nor "..". A single
+/// trailing slash is accepted; "/" alone is not clean.
 bool isCleanAbsolute(std::string_view path);
 
 /// Tells the same of the path of a file, which has no trailing slash.
@@ -32,8 +32,8 @@ std::string_view withoutTrailingSlash(std::string_view path);
 /// Returns the path without any trailing slash: "" for "//".
 std::string_view withoutTrailingSlashes(std::string_view path);
 
-/// Returns what follows the last slash, which is "" after a trailing one; the whole text if there
-/// is no slash.
+/// Returns what follows the last slash, which is "" after a trailing one; the whole text if it
+/// has no slash.
 std::string_view lastComponent(std::string_view path);
 
 /// Returns what stands before the last slash, and "/" for what lies in the root. Of "/", and of a

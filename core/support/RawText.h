@@ -9,8 +9,8 @@
 /// Enumerations with a text for each case: the form in which they are written, logged and read.
 namespace velmo {
 
-/// The texts of an enumeration whose cases count up from 0, in the order of the cases. A text that
-/// is forgotten, or one too many, does not compile.
+/// The texts of an enumeration, in the order of its cases, which count up from 0. A missing text,
+/// or one too many, does not compile.
 ///
 ///     template<>
 ///     inline constexpr auto rawTexts<Verb> = std::to_array<std::string_view>({"get", "set"});
@@ -22,8 +22,8 @@ concept HasRawText = rawTexts<E>.size() > 0;
 
 namespace detail {
 
-/// Whether an enumeration has a case with this value. Compilers print a case by its name, and any
-/// other value as a cast, "(velmo::Verb)2".
+/// Returns whether an enumeration has a case with this value. Compilers print a case by its name,
+/// and any other value as a cast, "(velmo::Verb)2".
 template<auto value>
 consteval bool isCase() {
     constexpr std::string_view function = __PRETTY_FUNCTION__;

@@ -99,9 +99,9 @@ std::optional<T> decodeJsonText(std::string_view json) {
     return document ? decodeJson<T>(document->root()) : std::nullopt;
 }
 
-/// Reads a record of which every required field must be there and of its kind. An optional that is
-/// missing or null is absent, whatever its default. Members that are no field are ignored, and so
-/// are constants.
+/// Reads a record. Every required field must be there and of its kind. An optional that is missing
+/// or null is absent, whatever its default. Members that are not fields are ignored, and so are
+/// constants.
 template<Record R>
 std::optional<R> decodeRecord(const JsonObject& object);
 
@@ -111,7 +111,7 @@ std::optional<R> decodeRecord(std::string_view json) {
 }
 
 /// Reads a record and refuses everything that is not exactly one: besides what `decodeRecord`
-/// refuses, a member that is no field, a constant that is missing or different, and null.
+/// refuses, a member that is not a field, a constant that is missing or different, and null.
 template<Record R>
 std::optional<R> decodeRecordExactly(const JsonObject& object);
 
@@ -365,7 +365,7 @@ bool readField(R& record, const Field<R, M>& listed, const JsonValue& value) {
     return true;
 }
 
-/// Whether the record can do without the field; an optional is then absent.
+/// Returns whether the record can do without the field; an optional is then made absent.
 template<class R, class M>
 bool leaveOut(R& record, const Field<R, M>& listed) {
     if constexpr (isOptional<M>)

@@ -25,12 +25,12 @@ utf8proc_category_t category(char32_t scalar) {
     return utf8proc_category(asInt(scalar));
 }
 
-/// U+0130 is the one scalar whose full lower case ("i" and a combining dot above) is longer than
-/// the simple mapping that utf8proc knows.
+/// U+0130 alone has a full lower case ("i" and a combining dot above) that is longer than the
+/// simple mapping that utf8proc knows.
 constexpr char32_t capitalIWithDot = 0x0130;
 constexpr std::string_view lowercaseOfCapitalIWithDot = "i\u0307";
 
-/// Number of bytes of a scalar whose first byte is 0xC2 to 0xF4.
+/// Returns the number of bytes of a scalar by its first byte, 0xC2 to 0xF4.
 std::size_t sequenceLength(unsigned char lead) {
     if (lead < 0xE0)
         return 2;
@@ -42,7 +42,8 @@ struct ByteRange {
     unsigned char max = 0xBF;
 };
 
-/// What may follow the first byte. It shuts out overlong forms, surrogates and all above U+10FFFF.
+/// Returns the bytes that may follow the first one, which leaves out overlong forms, surrogates and
+/// scalars above U+10FFFF.
 ByteRange secondByteRange(unsigned char lead) {
     switch (lead) {
     case 0xE0:

@@ -16,7 +16,7 @@ namespace velmo::Text {
 
 inline constexpr char32_t replacementCharacter = 0xFFFD;
 
-/// One Unicode scalar and the bytes that spell it.
+/// A Unicode scalar and the bytes that spell it.
 struct Scalar {
     char32_t value;
     std::string_view bytes;
@@ -129,8 +129,8 @@ bool isSpaceOrTab(char32_t scalar);
 /// Tells whether the table has exactly this text, compared byte by byte.
 bool isOneOf(std::string_view text, std::span<const std::string_view> table);
 
-/// Returns the text with `by` in the place of every `what`, which must not be empty. It is one
-/// pass: what was put in is not searched.
+/// Returns the text with `by` in the place of every `what`, which must not be empty. The
+/// text is searched once; what was put in is not searched.
 std::string replacedAll(std::string_view text, std::string_view what, std::string_view by);
 
 using ScalarTest = bool (*)(char32_t);

@@ -12,7 +12,7 @@ struct WallTime {
     auto operator<=>(const WallTime&) const = default;
 };
 
-/// A moment of the clock that nobody sets and that goes on while the machine sleeps. Ages are
+/// A moment of the clock that can't be set and that goes on while the machine sleeps. Ages are
 /// measured by it; where it begins has no meaning.
 struct SteadyTime {
     double seconds = 0;

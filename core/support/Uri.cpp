@@ -73,8 +73,8 @@ bool isAddressVersion4(std::string_view text) {
     return true;
 }
 
-/// The number of groups between single colons, of which a version 4 address at the end counts as
-/// two; absent when they are none. No text has no groups.
+/// Returns the number of groups between single colons, where a version 4 address at the end counts
+/// as two; absent if the text is not made of groups. An empty text has 0 groups.
 std::optional<std::size_t> groupsIn(std::string_view text, bool atEnd) {
     std::size_t groups = 0;
     if (text.ends_with(':'))

@@ -18,8 +18,8 @@ struct Uri {
     std::optional<std::string_view> fragment;
 
     /// Takes an address apart. Absent for a text without an authority, and for blanks, backslashes,
-    /// anything that is not ASCII, and a "%" without two hexadecimal digits, all of which browsers
-    /// would repair.
+    /// anything that is not ASCII, and a "%" without two hexadecimal digits, although browsers
+    /// would repair all of these.
     static std::optional<Uri> parse(std::string_view text);
 
     bool operator==(const Uri&) const = default;

@@ -12,7 +12,7 @@ std::optional<T> copyOf(const Content& content) {
     return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
-/// Of a real at or beyond 2^63 there is no integer; the converse, -2^63, is one.
+/// A real at or beyond 2^63 has no integer; -2^63 has one.
 std::optional<std::int64_t> truncated(double real) {
     // Written so that "not a number" fails.
     if (!(real >= -0x1p63 && real < 0x1p63))

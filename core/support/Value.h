@@ -20,7 +20,7 @@ namespace velmo {
 enum class ValueKind { other, null, boolean, integer, real, text, data, array, dictionary };
 
 /// A value from a property list or a dictionary of the platform, such as preferences or a row of
-/// the window list. It owns all that it contains.
+/// the window list. A value owns all that it contains.
 ///
 ///     const Value entry = Value::Dictionary{{"enabled", true}, {"size", Value::Array{1, 2}}};
 ///     entry["enabled"].boolean();  // true
@@ -34,7 +34,8 @@ public:
     using Array = std::vector<Value>;
     using Dictionary = std::map<std::string, Value, std::less<>>;
 
-    /// Makes a value of a kind that nobody reads, such as a date. It keeps its place in an array.
+    /// Makes a value of a kind that has no reader, such as a date, which keeps its place in an
+    /// array.
     Value() = default;
 
     explicit Value(std::nullptr_t /*null*/) : content_(nullptr) {}
@@ -72,7 +73,8 @@ public:
     [[nodiscard]] std::optional<bool> boolean() const;
     [[nodiscard]] std::optional<std::int64_t> integer() const;
 
-    /// Returns a real or an integer, but never a boolean. It may be infinite or "not a number".
+    /// Returns a real or an integer, but never a boolean; the result may be infinite or "not a
+    /// number".
     [[nodiscard]] std::optional<double> real() const;
 
     /// Returns what the platform would read as an integer: a boolean as 1 or 0, a real without its
@@ -84,7 +86,8 @@ public:
     /// that is not finite is absent.
     [[nodiscard]] std::optional<bool> truth() const;
 
-    /// Returns a text. It may contain NUL, or bytes that are not UTF-8 if its source did not check.
+    /// Returns a text, which may contain NUL, or bytes that are not UTF-8 if its source did not
+    /// check.
     [[nodiscard]] std::optional<std::string_view> text() const;
     [[nodiscard]] std::optional<ByteView> data() const;
 
@@ -94,8 +97,8 @@ public:
     /// Returns the elements of an array, and none of anything else.
     [[nodiscard]] std::span<const Value> elements() const;
 
-    /// Returns the dictionary's value under this name. Where there is none, or this is no
-    /// dictionary, it is a value of kind `other`, of which every reader returns absent.
+    /// Returns the dictionary's value under this name. If the name is missing, or this is not a
+    /// dictionary, returns a value of kind `other`, for which every reader returns absent.
     const Value& operator[](std::string_view name) const;
 
     /// Does the same for a dictionary that may be missing (null).
