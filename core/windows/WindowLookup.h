@@ -34,8 +34,8 @@ std::optional<WindowTarget> listed(const WindowRequest& request, std::span<const
 /// to have another number is a window that is left when the target was closed after it was listed.
 std::optional<Found> find(const WindowTarget& target, std::span<const AXWindowFacts> facts);
 
-/// Does all of it, in the order of the refusals: `otherProcess`, `unmovable`, `noWindow`. Each of
-/// `process`, `windowList` and `windows` of the services is called at most once.
+/// Does all of it, in the order of the refusals: `otherProcess`, `unmovable`, `noWindow`. Calls
+/// `process`, `windowList` and `windows` of the services at most once each.
 template<class Refusal, class Services>
 std::expected<Found, Refusal> perform(const WindowRequest& request, const Services& services) {
     const std::optional<AppProcess> process = services.process(request.pid);
