@@ -1,37 +1,27 @@
 #include "core/support/Text.h"
 #include "core/windows/AppTarget.h"
-#include "core/windows/FrameArgs.h"
 #include "core/windows/FrameRequest.h"
 #include "core/windows/WindowArgs.h"
+#include "core/windows/WindowRecord.h"
+#include "core/windows/WindowRequest.h"
 #include "fuzz/Fuzz.h"
-
-#include <algorithm>
-#include <cmath>
 
 namespace velmo::Fuzz {
 
 namespace {
 
-std::string number(double value) {
-    require(value == std::trunc(value) && std::abs(value) <= FrameArgs::limit);
-    return std::to_string(static_cast<std::int64_t>(value));
-}
-
 void requireRoundTrip(const FrameRequest& request) {
-    const WindowBounds& frame = request.frame;
-    std::vector<std::string> words{std::to_string(request.pid),
-                                   request.appId,
-                                   request.started.value_or("-"),
-                                   std::to_string(request.windowId),
-                                   number(frame.x),
-                                   number(frame.y),
-                                   number(frame.width),
-                                   number(frame.height)};
+    const WindowRecord window{.id = request.windowId,
+                              .pid = request.pid,
+                              .appId = request.appId,
+                              .started = request.started.value_or("-")};
+    auto words = FrameRequest::words(window, request.frame);
+    require(words.has_value());
     if (request.auto_)
-        words.emplace_back("auto");
-    require(frame.width >= 1 && frame.height >= 1 && request.windowId >= 1);
-    require(FrameRequest::parse(words) == request);
-    require(AppTarget::parse(std::span(words).first(3)).has_value());
+        words->emplace_back("auto");
+    require(FrameRequest::parse(*words) == request);
+    require(WindowRequest::parse(WindowRequest::words(window).value()) == request.window());
+    require(request.frame.width >= 1 && request.frame.height >= 1 && request.windowId >= 1);
 }
 
 void checkWindowArguments(Input input) {

@@ -19,6 +19,10 @@ inline constexpr auto unmovableBundleIds = std::to_array<std::string_view>({
     "com.apple.coreservices.uiagent",
 });
 
+/// Tells whether the windows of an application may be arranged. Ask before a display is divided
+/// among windows: `WindowMove::perform` refuses the others, so that their parts would stay empty.
+/// `DisplayRecord::work` is what is divided.
+///
 /// Returns false for the product's own applications and for `unmovableBundleIds`, in any letter
 /// case, and true for all others, including an application without an identifier.
 bool mayArrange(std::optional<std::string_view> bundleId);

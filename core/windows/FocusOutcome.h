@@ -7,7 +7,7 @@
 
 namespace velmo {
 
-/// Reports what an attempt to raise a window achieved.
+/// Reports what attempts to raise a window achieved (`WindowRaise::perform`).
 struct FocusOutcome {
     bool raised = false;
     std::optional<bool> minimized; ///< whether it was minimized before; absent if that is not known

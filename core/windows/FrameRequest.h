@@ -2,16 +2,19 @@
 
 #include "core/windows/AppTarget.h"
 #include "core/windows/WindowBounds.h"
+#include "core/windows/WindowRecord.h"
+#include "core/windows/WindowRequest.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velmo {
 
-/// Asks for a window to be moved and, if possible, resized. The first three members name its
-/// application, as those of `AppTarget` do. `WindowMove::perform` carries the request out.
+/// Asks for a window to be moved and, if possible, resized. The first four members name the window,
+/// as those of `WindowRequest` do. `WindowMove::perform` carries the request out.
 struct FrameRequest {
     std::int32_t pid = 0;
     std::string appId;
@@ -19,15 +22,26 @@ struct FrameRequest {
     std::uint32_t windowId = 0;
     WindowBounds frame; ///< whole points
 
-    /// The ninth argument was given: an arrangement asks for the frame, not a person's hand. That
-    /// changes no check and no step; but a caller that raises a window that a person moved does not
-    /// raise this one, and tells nobody if it did not land.
+    /// The ninth argument was given: an arrangement asks for the frame, not a person's hand. The
+    /// checks and the steps are the same; but a caller that raises a window that a person moved
+    /// does not raise this one, and keeps silent if it did not land.
     bool auto_ = false;
 
-    /// Reads the three arguments of an `AppTarget`, a window number (`WindowArgs::windowId`), x and
-    /// y (`FrameArgs::coordinate`), width and height (`FrameArgs::length`), and perhaps "auto".
-    /// Returns nothing if any of them is refused.
+    /// Reads the four arguments of a `WindowRequest`, x and y (`FrameArgs::coordinate`), width and
+    /// height (`FrameArgs::length`), and perhaps "auto". Returns nothing if any of them is refused.
     static std::optional<FrameRequest> parse(std::span<const std::string> arguments);
+
+    /// Returns the arguments that ask for the frame for the window of the record, with each number
+    /// of the frame rounded to whole points: `parse` accepts them. An arrangement appends "auto".
+    /// Returns nothing if `WindowRequest::words` does, for a number beyond `FrameArgs::limit` or
+    /// "not a number", and for a width or height that is rounded to less than 1.
+    static std::optional<std::vector<std::string>> words(const WindowRecord& window,
+                                                         const WindowBounds& frame);
+
+    /// Returns the window as `WindowRaise::perform` wants it.
+    [[nodiscard]] WindowRequest window() const {
+        return {.pid = pid, .appId = appId, .started = started, .windowId = windowId};
+    }
 
     /// Returns the application as `ArrangePolicy::identityMatches` wants it.
     [[nodiscard]] AppTarget target() const {

@@ -4,7 +4,8 @@
 
 namespace velmo {
 
-/// Tells how far windows should stay from each edge of a display, in points.
+/// Tells how far from each edge of a display its shape may cover what is shown, in points: windows
+/// keep clear of these parts. `DisplayRecord::safe` says what they are measured from.
 struct SafeInsets {
     double top = 0;
     double left = 0;

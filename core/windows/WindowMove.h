@@ -2,6 +2,7 @@
 
 #include "core/support/RawText.h"
 #include "core/windows/AXWindowFacts.h"
+#include "core/windows/AppProcess.h"
 #include "core/windows/CGWindowRow.h"
 #include "core/windows/FramePlan.h"
 #include "core/windows/FrameRecord.h"
@@ -12,7 +13,6 @@
 #include <expected>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 /// Carries a `FrameRequest` out: asks all that must be asked before a window is touched, in order,
@@ -29,12 +29,7 @@ enum class Refusal {
     notLanded,    ///< its application did not leave it there; tell the phone the windows anew
 };
 
-/// What the platform tells of a running process.
-struct Process {
-    std::optional<std::string> bundleId;
-    std::optional<std::string> bundlePath;
-    std::optional<std::int64_t> startTime; ///< in the unit of `AppTarget::startedText`
-};
+using Process = AppProcess;
 
 /// What only the platform can answer and do. Windows are named by their index in the list that
 /// `windows` returned. That is asked once for each request: the caller keeps the windows themselves

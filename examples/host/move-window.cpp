@@ -2,6 +2,7 @@
 /// display. The Mac is a stub with one application; it prints the steps that it would take.
 
 #include "core/output/Output.h"
+#include "core/windows/ArrangePolicy.h"
 #include "core/windows/DisplayRecord.h"
 #include "core/windows/WindowList.h"
 #include "core/windows/WindowMove.h"
@@ -53,14 +54,12 @@ int main() {
 
     // The phone picks the front window and sends words back, which are read as strictly as any.
     const auto front = std::ranges::find(windows, true, &WindowRecord::front);
-    if (front == windows.end())
-        return 1; // the frontmost application has no window on screen
+    if (front == windows.end() || !ArrangePolicy::mayArrange(front->appId))
+        return 1; // asked before the display is divided
     const DisplayRecord display{.work = {.x = 0, .y = 25, .width = 1440, .height = 800}};
-    const auto number = [](double points) { return std::to_string(std::int64_t(points)); };
-    const auto request = FrameRequest::parse(
-        std::vector{std::to_string(front->pid), front->appId, front->started,
-                    std::to_string(front->id), number(display.work.x), number(display.work.y),
-                    number(display.work.width / 2), number(display.work.height)});
+    WindowBounds half = display.work;
+    half.width /= 2;
+    const auto request = FrameRequest::words(*front, half).and_then(FrameRequest::parse);
     if (!request)
         return 1; // such as for an application without an identifier
 

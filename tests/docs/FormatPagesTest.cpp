@@ -13,7 +13,18 @@
 #include "core/terminal/AttachTicket.h"
 #include "core/terminal/AttachWire.h"
 #include "core/terminal/PtyFrame.h"
+#include "core/windows/DisplayRecord.h"
+#include "core/windows/FocusOutcome.h"
+#include "core/windows/FocusTracker.h"
+#include "core/windows/FrameRecord.h"
+#include "core/windows/FrameRequest.h"
+#include "core/windows/MosaicEvent.h"
+#include "core/windows/MosaicHotkey.h"
+#include "core/windows/WindowMove.h"
+#include "core/windows/WindowRaise.h"
+#include "core/windows/WindowRecord.h"
 #include "platform/simulated/CallLine.h"
+#include "tests/Texts.h"
 
 #include "lab/instruments/SessionWorld.h"
 #include <gmock/gmock.h>
@@ -151,8 +162,30 @@ std::vector<std::string> rowsBelow(const std::string& page, const std::string& h
     return words;
 }
 
+/// The keys of a record's JSON form.
+template<Record R>
+std::vector<std::string_view> keysOf() {
+    return std::apply(
+        [](const auto&... listed) { return std::vector<std::string_view>{listed.name...}; },
+        R::fields);
+}
+
 TEST(FormatPages, EveryListOfWordsIsTheCodes) {
     using testing::UnorderedElementsAreArray;
+
+    Strings modifiers;
+    for (const MosaicModifier& modifier : MosaicHotkey::modifierFlags)
+        modifiers.emplace_back(modifier.name);
+    EXPECT_THAT(wordsBetween("mosaic", "| modifiers |", "\n"),
+                UnorderedElementsAreArray(modifiers));
+    EXPECT_THAT(rowsBelow("windows", "member"), UnorderedElementsAreArray(keysOf<WindowRecord>()));
+    EXPECT_THAT(rowsBelow("windows", "outcome"), UnorderedElementsAreArray(keysOf<FocusOutcome>()));
+    EXPECT_THAT(rowsBelow("frames", "member"), UnorderedElementsAreArray(keysOf<FrameRecord>()));
+    EXPECT_THAT(rowsBelow("displays", "member"),
+                UnorderedElementsAreArray(keysOf<DisplayRecord>()));
+    EXPECT_THAT(wordsBetween("displays", "| \"safe\" |", ":"),
+                UnorderedElementsAreArray(keysOf<SafeInsets>()));
+    EXPECT_THAT(rowsBelow("focus", "member"), UnorderedElementsAreArray(keysOf<FocusEvent>()));
 
     const struct {
         std::vector<std::string> words;
@@ -169,6 +202,10 @@ TEST(FormatPages, EveryListOfWordsIsTheCodes) {
         {wordsBetween("input-daemon", "}`: \"button\": ", ";"),
          rawTexts<MouseClickRequest::Button>},
         {wordsBetween("signature-body", "| \"color\" |", "\n"), rawTexts<SignatureBody::Color>},
+        {rowsBelow("windows", "refusal"), rawTexts<WindowRaise::Refusal>},
+        {rowsBelow("frames", "refusal"), rawTexts<WindowMove::Refusal>},
+        {rowsBelow("mosaic", "\"type\""), rawTexts<MosaicEventType>},
+        {wordsBetween("mosaic", "| actions |", "\n"), MosaicHotkey::ids},
     };
 
     for (const auto& [words, known] : lists)
@@ -209,6 +246,43 @@ TEST(FormatPages, TheSessionHostAnswersAsItSays) {
         world.receive(peer, call);
         const std::string behind = call.contains("stream") ? hexExample("session-control") : "";
         EXPECT_EQ(call + world.peers[peer]->received, block + behind);
+    }
+}
+
+/// What is written of a record that was read off a page.
+template<Record R>
+std::string again(const std::string& block) {
+    return encodeJson(decodeRecord<R>(block).value()).value() + '\n';
+}
+
+TEST(FormatPages, WindowsAndDisplaysAreTold) {
+    const auto windows = blocks("windows", "json");
+    ASSERT_EQ(windows.size(), 2U);
+    EXPECT_EQ(again<WindowRecord>(windows[0]), windows[0]);
+    EXPECT_EQ(again<FocusOutcome>(windows[1]), windows[1]);
+    EXPECT_EQ(again<FrameRecord>(example("frames", "json")), example("frames", "json"));
+    EXPECT_EQ(again<DisplayRecord>(example("displays", "json")), example("displays", "json"));
+
+    const auto window = decodeRecord<WindowRecord>(windows[0]).value();
+    EXPECT_EQ(WindowRequest::words(window), words(example("windows", "words")));
+    const auto frame = decodeRecord<FrameRecord>(example("frames", "json")).value();
+    const WindowBounds bounds{frame.x, frame.y, frame.width, frame.height};
+    EXPECT_EQ(FrameRequest::words(window, bounds), words(example("frames", "words")));
+}
+
+TEST(FormatPages, FocusAndMosaicEventsAreWritten) {
+    EXPECT_EQ(encodeJson(FocusTracker().observe({.editable = true}).value()).value() + '\n',
+              example("focus", "json"));
+    const auto events = blocks("mosaic", "json");
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_EQ(encodeJson(MosaicEvent::ofAction("grid")).value() + '\n', events[0]);
+    EXPECT_EQ(encodeJson(MosaicEvent::ofPause(true)).value() + '\n', events[1]);
+    const Strings lines = words(example("mosaic", "lines"));
+    EXPECT_EQ(MosaicHotkey::parseAll(lines).size(), lines.size());
+    for (const AnsiKey& key : MosaicHotkey::keyCodes) {
+        if (key.name.size() > 1) {
+            EXPECT_THAT(wordsBetween("mosaic", "| keys |", "\n"), testing::Contains(key.name));
+        }
     }
 }
 

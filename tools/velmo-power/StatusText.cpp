@@ -180,9 +180,10 @@ std::string HeldLine::text(const PowerStatus& status) const {
     if (!until.empty())
         line += ", " + until;
     line += " | ";
-    line += sourceWord(status.ac);
+    if (status.ac != false || !status.battery)
+        line += std::string(sourceWord(status.ac)) + (status.battery ? ", " : "");
     if (status.battery)
-        line += ", battery " + percent(*status.battery);
+        line += "battery " + percent(*status.battery);
     line += " (floor " + percent(floor.percent()) + ") | " + status.thermal;
     return line;
 }

@@ -57,6 +57,54 @@ TEST(FrameRequest, ReadsEightArgumentsAndPerhapsAuto) {
     }
 }
 
+TEST(FrameRequest, MakesTheWordsThatAskForAFrameInWholePoints) {
+    const double none = std::nan("");
+    const WindowRecord window{.id = 7, .pid = 501, .appId = "a.b", .started = "123"};
+    const auto other = [&](auto WindowRecord::* member, const auto& value) {
+        WindowRecord record = window;
+        record.*member = value;
+        return record;
+    };
+
+    const struct {
+        WindowRecord window;
+        WindowBounds frame;
+        std::string expected; ///< empty: no request
+    } cases[] = {
+        {window, {-10, 20, 800, 600}, "501 a.b 123 7 -10 20 800 600"},
+        {window, {-0.4, 1.6, 1.5, 0.5}, "501 a.b 123 7 0 2 2 1"},
+        {window, {-100000, 100000, 100000, 1}, "501 a.b 123 7 -100000 100000 100000 1"},
+        {other(&WindowRecord::started, "-"), {0, 0, 1, 1}, "501 a.b - 7 0 0 1 1"},
+        {other(&WindowRecord::started, ""), {0, 0, 1, 1}, ""},
+        {other(&WindowRecord::appId, ""), {0, 0, 1, 1}, ""},
+        {other(&WindowRecord::pid, 0), {0, 0, 1, 1}, ""},
+        {other(&WindowRecord::id, 0U), {0, 0, 1, 1}, ""},
+        {window, {none, 0, 1, 1}, ""},
+        {window, {0, -HUGE_VAL, 1, 1}, ""},
+        {window, {0, 100001, 1, 1}, ""},
+        {window, {0, 0, 0.4, 1}, ""},
+        {window, {0, 0, 1, none}, ""},
+    };
+
+    for (const auto& [record, frame, expected] : cases) {
+        const auto made = FrameRequest::words(record, frame);
+        EXPECT_EQ(made.value_or(Strings()), words(expected));
+        if (const auto request = made.and_then(FrameRequest::parse)) {
+            EXPECT_EQ(request->window(), WindowRequest::parse(*WindowRequest::words(record)));
+        }
+    }
+}
+
+TEST(WindowRequest, NamesAWindowByFourArguments) {
+    EXPECT_EQ(encodeJson(WindowRequest::parse(words("501 a.b 123 07")).value()),
+              R"({"appId":"a.b","pid":501,"started":"123","windowId":7})");
+    expectRefused([](const std::string& line) { return WindowRequest::parse(words(line)); },
+                  {"", "501 a.b 123", "501 a.b 123 7 8", "0 a.b 123 7", "501 a.b x 7",
+                   "501 a.b 123 0", "501 a.b 123 x"});
+    const WindowRecord nameless{.id = 7, .pid = 501, .started = "-"};
+    EXPECT_EQ(WindowRequest::words(nameless), std::nullopt);
+}
+
 TEST(ArrangePolicy, LeavesPromptsAndTheProductAloneAndWantsTheSameProcess) {
     EXPECT_TRUE(ArrangePolicy::mayArrange(std::nullopt));
     expectVerdicts(ArrangePolicy::mayArrange, {"", "io.velmo", "com.apple.passwords"},

@@ -41,8 +41,8 @@ TEST(MosaicHotkey, RefusesOtherLinesAndSkipsThem) {
 }
 
 TEST(MosaicEvent, IsWrittenForThePhone) {
-    const MosaicEvent event{.type = "a", .id = "grid", .on = false};
-    EXPECT_EQ(encodeJson(event), R"({"id":"grid","on":false,"type":"a"})");
+    EXPECT_EQ(encodeJson(MosaicEvent::ofAction("grid")), R"({"id":"grid","type":"action"})");
+    EXPECT_EQ(encodeJson(MosaicEvent::ofPause(false)), R"({"on":false,"type":"pause"})");
 }
 
 } // namespace
