@@ -244,11 +244,13 @@ void TerminalSession::signalToEnd(SteadyTime now) {
     endDue_.reset();
     if (!program_)
         return;
-    program_->signalAll(endSignals[endsTried_++]);
-    if (endsTried_ < endSignals.size())
+    program_->signalAll(endSignals[endsTried_]);
+    if (endsTried_ + 1 < endSignals.size()) {
+        ++endsTried_;
         endDue_ = SteadyTime{now.seconds + endPatience};
-    else if (endedSince_)
+    } else if (endedSince_) {
         program_.reset();
+    }
 }
 
 std::optional<SteadyTime> TerminalSession::deadline() const {

@@ -65,7 +65,8 @@ public:
     void programEnded(std::int32_t waitStatus, SteadyTime now);
 
     /// Begins to end the program and all that it has started: sends the first of `endSignals` now,
-    /// and the next one every `endPatience` while anything still runs.
+    /// and the next one every `endPatience` while anything still runs. Once all were sent, another
+    /// call sends the last one again.
     void end(SteadyTime now);
 
     /// Returns when `timePasses` is due next; absent if nothing waits for a time.
@@ -113,7 +114,7 @@ private:
     std::optional<int> exitCode_; ///< sent to viewers once the output is over
     std::optional<SteadyTime> drainUntil_;
     std::optional<SteadyTime> endedSince_;
-    std::size_t endsTried_ = 0; ///< how many of `endSignals` have been sent
+    std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
     WallTime countChanged_; ///< when the first viewer came, or the last one left
     bool hadViewers_ = false;

@@ -525,6 +525,15 @@ TEST_F(SessionHostTest, EndHangsUpThenTerminatesThenKills) {
     EXPECT_EQ(world.programs.begin()->second.use_count(), 1);
 }
 
+TEST_F(SessionHostTest, WhatOutlivesAKillIsKilledAgain) {
+    const std::string id = world.startShell();
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok);
+    world.pass(10);
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok);
+    EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok);
+    EXPECT_THAT(world.program().endings, ElementsAre(1, 15, 9, 9, 9));
+}
+
 TEST_F(SessionHostTest, WhereNothingIsLeftToEndNothingIsSignalledAndNothingKept) {
     EXPECT_TRUE(world.call({.call = SessionCall::end, .session = world.startShell()}).ok);
     world.program().hasProcesses = false;

@@ -23,10 +23,10 @@ TEST(StatusText, TellsTheFactsAndWhatIsNotKnown) {
                                       "battery  7%\nthermal  fair\nlid      shut\n"
                                       "held by  nobody\n");
     EXPECT_EQ(HeldLine({.seconds = 36061.9, .floor = 3}).text(status),
-              "awake for 10:01:01 | battery, battery 7% (floor 10%) | fair");
+              "awake for 10:01:01 | battery 7% (floor 10%) | fair");
     status.sleepDisabled = false;
     EXPECT_EQ(HeldLine({.floor = 20, .riding = "caffe (7)", .until = "until 17:00"}).text(status),
-              "held, but sleep is enabled by caffe (7), until 17:00 | battery, battery 7% (floor "
+              "held by caffe (7), but sleep is enabled, until 17:00 | battery 7% (floor "
               "20%) | fair");
 }
 
