@@ -89,7 +89,7 @@ format-check:
 
 tidy:
 	@scripts/setup build test clang
-	@scripts/build asan all
+	@scripts/build debug all
 	@scripts/tidy
 
 clean:

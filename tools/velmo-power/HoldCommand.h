@@ -56,7 +56,7 @@ private:
     HoldRun::Facts readFacts(const PowerStatus& status);
     void draw(const PowerStatus& status, const LimitWatch::Facts& facts);
 
-    [[nodiscard]] SteadyTime now() { return access_.machine->steadyTime(); }
+    [[nodiscard]] SteadyTime now() const { return access_.machine->steadyTime(); }
 
     void say(const std::string& text);
     void complain(const std::string& text);
