@@ -25,7 +25,7 @@ void offer(int descriptor, std::string_view text) {
 
 } // namespace
 
-void writeStandardOutput(std::string_view line) {
+bool writeStandardOutput(std::string_view line) {
     while (!line.empty()) {
         const ssize_t count =
             retryInterrupted([&] { return ::write(STDOUT_FILENO, line.data(), line.size()); });
@@ -34,8 +34,9 @@ void writeStandardOutput(std::string_view line) {
         else if (errno == EAGAIN) // another process has made the pipe so
             waitUntilWritable(STDOUT_FILENO, untilReady);
         else
-            return;
+            return false;
     }
+    return true;
 }
 
 void offerStandardOutput(std::string_view text) {

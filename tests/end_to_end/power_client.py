@@ -219,10 +219,13 @@ class Ends(PowerTest):
                 (["hold", "--floor", "x", "--", "true"], 125, "10 to 95"),
                 (["hold", "--floor", "20%", "true"], 0, "released"),
                 (["hold", "--nonsense", "--", "true"], 125, "unknown option '--nonsense'"),
+                (["hold", "--nonsense", "true"], 125, "unknown option '--nonsense'"),
+                (["hold", "--floor", "20", "--nonsense"], 2, "unknown option '--nonsense'"),
+                (["hold", "--"], 125, "a command is missing behind --"),
                 (["hold", "--for", "0", "true"], 125, "2h30m"),
                 (["hold", "--pid", "999999999", "true"], 125, "there is no such process"),
                 (["hold", "--or-run"], 2, "needs a COMMAND"), (["status", "x"], 2, "unexpected"),
-                (["--mac", "", "status"], 2, "an empty name names no folder; --mac"),
+                (["--mac", "", "status"], 2, "an empty name names no folder"),
                 (["--mac", "/nonexistent", "hold", "--", "true"], 125, "in /nonexistent"),
                 (["hold", "sh", "-c", "exit 9"], 9, "released"),
                 (["hold", "--no-wait", "--for", "1"], 0, "the time is over")):
@@ -259,7 +262,7 @@ class Ends(PowerTest):
         self.daemon.terminate()
         self.daemon.wait()
         for words, status in ((["hold"], 3), (["release"], 3), (["hold", "true"], 125),
-                              (["hold", "--or-run", "true"], 0), (["status"], 0)):
+                              (["hold", "--or-run", "true"], 0), (["status"], 3), ([], 3)):
             self.assertEqual(self.power(*words).returncode, status, words)
 
     def test_a_daemon_that_hangs_is_told_of_and_a_signal_ends_the_wait(self):
@@ -728,6 +731,18 @@ class Others(PowerTest):
         report = json.loads(self.power("status", "--json").stdout)
         self.assertEqual(report["holds"]["lastEnd"]["how"], "client gone")
 
+    def test_what_stays_disabled_is_told(self):
+        self.mac("set", "--sleep-disabled", "on")
+        client = self.start("hold", "--for", "1")
+        self.assertEqual(client.end(), 0)
+        self.assertIn("sleep stays disabled, as it was before this hold", client.text)
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.assertRegex(self.power("release").stdout, rb"released .*; sleep stays disabled, as it was")
+        client.end()
+        self.assertEqual(self.power("release").stdout,
+                         b"nobody held; sleep stays disabled, and not by the power daemon\n")
+
     def test_no_wait_is_refused_where_another_holds(self):
         client = self.start("hold")
         client.wait_for("holding")
@@ -758,6 +773,18 @@ class Others(PowerTest):
         watcher.end()
         for line in watcher.text.splitlines():
             json.loads(line)
+        self.assertEqual(subprocess.run(
+            ["bash", "-c", f"timeout {PATIENCE} {PROGRAMS}/velmo-power status --watch | head -1 >&2; "
+             "exit ${PIPESTATUS[0]}"], env=self.environment, stderr=subprocess.DEVNULL).returncode, 1)
+        with open("/dev/full", "w") as full:
+            self.assertEqual(subprocess.run(self.words("status"), env=self.environment, stdout=full,
+                                            stderr=subprocess.DEVNULL).returncode, 1)
+
+    def test_what_the_system_lacks_is_a_refusal_in_one_line(self):
+        for limit in range(5, 12):
+            done = subprocess.run(["bash", "-c", f"ulimit -n {limit}; exec {PROGRAMS}/velmo-power hold true"],
+                                  env=self.environment, capture_output=True)
+            self.assertIn(done.returncode, (0, 125, 126), (limit, done))
 
 
 class Pages(unittest.TestCase):

@@ -31,7 +31,6 @@ TEST(CommandLine, EverythingFromTheFirstForeignWordIsTheCommands) {
              {{"--mac", "run", "run", "run"}, {"run"}},
              {{"run", "-", "--fast"}, {"-", "--fast"}},
              {{"run", "", "--fast"}, {"", "--fast"}},
-             {{"run", "--"}, {}},
              {{"move", "a", "--mac", "m", "b"}, {"a", "b"}},
              {{"move", "--", "--mac", "-h"}, {"--mac", "-h"}}}) {
         const auto line = read(program, given);
@@ -57,6 +56,7 @@ TEST(CommandLine, RefusesInOneLineThatSaysWhatWouldDo) {
              {{"run", "-l"}, "unknown option '-l'; see tool run --help"},
              {{"run", "--floor"}, "--floor needs a value: --floor PERCENT"},
              {{"run", "--fast=1"}, "--fast takes no value"},
+             {{"run", "--"}, "a command is missing behind --; see tool run --help"},
              {{"show", "--fast"}, "unknown option '--fast'; see tool show --help"},
              {{"show", "x"}, "unexpected word 'x'; see tool show --help"},
              {{"show", "--"}, "unknown option '--'; see tool show --help"},

@@ -44,7 +44,15 @@ TEST(StatusText, TellsWhoHoldsAndWhyTheLastHoldEnded) {
     EXPECT_THAT(text, HasSubstr("record   can't be read: sleep may still be disabled."));
     for (const HoldEnding ending : allCases<HoldEnding>)
         EXPECT_NE(endingText(rawText(ending)), "") << rawText(ending);
-    EXPECT_EQ(endingText("struck by lightning"), "struck by lightning"); // of a newer daemon
+    // A newer daemon may have others, and a terminal obeys what it is sent.
+    EXPECT_EQ(endingText("\x1b[2J"), "it ended in a way that this version does not know");
+    status.holds->lastEnd->at = 1e300;
+    EXPECT_THAT(statusText(status, {.sinceEpoch = 1e9}), HasSubstr(" ended at an unknown time: "));
+    PowerStatus later = status;
+    later.holds->holder->heartbeatAge = 9;
+    EXPECT_TRUE(isSameStatus(status, later));
+    later.holds->holder->batteryFloor = 31;
+    EXPECT_FALSE(isSameStatus(status, later));
 }
 
 TEST(StatusText, TellsHowItStandsWithOnesOwnHold) {
@@ -73,7 +81,8 @@ TEST(StatusText, TellsHowItStandsWithOnesOwnHold) {
          "its hold is taken over when it ends"},
         {{.state = State::refused, .reason = "record"},
          "refused: the daemon can't write its record"},
-        {{.state = State::refused, .reason = "full moon"}, "refused: full moon"},
+        {{.state = State::refused, .reason = "full moon"},
+         "refused: for a reason that this version does not know"},
         {{.state = State::unreachable}, "the power daemon can't be reached"},
         {{.state = State::unreachable, .reason = "silent"}, "the power daemon does not answer"},
         {{.state = State::released, .reason = "released by another"},

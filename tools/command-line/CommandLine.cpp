@@ -37,6 +37,8 @@ public:
         while (!rest_.empty() && error_.empty() && !wantsHelp()) {
             const std::string_view word = take();
             if (word == endOfOptions && line_.verb->operands != Operands::none) {
+                if (rest_.empty() && line_.verb->operands == Operands::command)
+                    error_ = "a command is missing behind --; see " + seeHelp();
                 takeWords();
                 break;
             }

@@ -274,6 +274,8 @@ void HoldCommand::tellFront() {
         const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             ::dup2(null.get(), stream);
+        // A disk that this process was started on may be taken away.
+        static_cast<void>(::chdir("/") == 0);
     }
     report([this, isThere] { return run_.frontTold(isThere, now()); });
 }

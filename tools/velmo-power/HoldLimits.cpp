@@ -16,6 +16,7 @@ constexpr double minute = 60;
 constexpr double hour = 60 * minute;
 constexpr double day = 24 * hour;
 constexpr double maxDuration = 3650 * day;
+constexpr double endOfYear9999 = 253'402'300'800; ///< seconds since 1970
 
 std::optional<double> secondsPer(char unit) {
     switch (unit) {
@@ -135,6 +136,8 @@ bool isSameDay(WallTime a, WallTime b) {
 }
 
 std::string timeOfDayText(WallTime time, WallTime now) {
+    if (!(time.sinceEpoch >= 0 && time.sinceEpoch < endOfYear9999))
+        return "an unknown time";
     const std::tm moment = localTime(time);
     std::array<char, 32> text{};
     const std::size_t size = std::strftime(

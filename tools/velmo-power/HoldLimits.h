@@ -64,7 +64,8 @@ std::string clockText(double seconds);
 /// Returns whether both are on the same day, in the time zone of the system.
 bool isSameDay(WallTime a, WallTime b);
 
-/// Returns "14:02", or "2030-01-31 14:02" if the day is not that of `now`.
+/// Returns "14:02", or "2030-01-31 14:02" if the day is not that of `now`; for a time outside the
+/// years 1970 to 9999 "an unknown time".
 std::string timeOfDayText(WallTime time, WallTime now);
 
 } // namespace velmo

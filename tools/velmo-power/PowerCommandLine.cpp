@@ -58,13 +58,17 @@ constexpr auto verbs = std::to_array<Verb>({
 
 constexpr auto sections = std::to_array<Section>({
     {.heading = "Exit status:",
-     .text = "  0 done, and sleep as it was; 1 refused, or sleep may still be disabled;\n"
-             "  2 wrong usage; 3 no daemon answers. With COMMAND its own status, and 125 in\n"
-             "  place of 1, 2 and 3; 126 and 127 when it can't be run; when a signal ends it,\n"
-             "  velmo-power ends by the same."},
+     .text = "  0 done, and sleep as it was; 1 refused, or sleep may still be disabled, or\n"
+             "  standard output can't be written; 2 wrong usage; 3 no daemon answers, for\n"
+             "  status too. With COMMAND its own status, and 125 in place of 1, 2 and 3; 126\n"
+             "  and 127 if it can't be run; if a signal ends it, velmo-power ends by the same\n"
+             "  signal. A signal ends a hold without COMMAND with 0; before there is a hold,\n"
+             "  velmo-power ends by the signal."},
     {.heading = "Waiting:",
-     .text = "  What is waited for is said after 2 seconds. A daemon that does not answer for\n"
-             "  30 seconds is given up."},
+     .text = "  A wait is told after 2 seconds, and a daemon that does not answer is given up\n"
+             "  after 30. While velmo-power waits for the end of its hold, a second signal,\n"
+             "  more than a second after the first, ends it at once, with COMMAND's status if\n"
+             "  COMMAND has ended."},
 });
 
 std::string wrong(std::string_view option, std::string_view value, std::string_view wanted) {

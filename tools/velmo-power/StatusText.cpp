@@ -33,11 +33,12 @@ std::string_view explained(HoldRefusal refusal) {
     return "the connection is gone";
 }
 
-/// Returns the reason itself if this client does not know it: a newer daemon may have others.
+/// A newer daemon may have other reasons. Their text is not shown, because a terminal obeys what it
+/// is sent.
 std::string_view explained(std::string_view reason) {
     return fromRawText<HoldRefusal>(reason)
         .transform([](HoldRefusal refusal) { return explained(refusal); })
-        .value_or(reason);
+        .value_or("for a reason that this version does not know");
 }
 
 std::string percent(std::int64_t value) {
@@ -87,7 +88,7 @@ std::string_view endingText(std::string_view how) {
         return "the power daemon ended the hold";
     return fromRawText<HoldEnding>(how)
         .transform([](HoldEnding ending) { return explained(ending); })
-        .value_or(how);
+        .value_or("it ended in a way that this version does not know");
 }
 
 std::string holderText(const HolderReport& holder) {
@@ -149,6 +150,13 @@ std::string statusText(const PowerStatus& status, WallTime now) {
         line("record   ", "can't be read: sleep may still be disabled. `sudo pmset -a disablesleep "
                           "0` enables it; then remove the file");
     return text;
+}
+
+bool isSameStatus(PowerStatus a, PowerStatus b) {
+    for (PowerStatus* each : {&a, &b})
+        if (each->holds && each->holds->holder)
+            each->holds->holder->heartbeatAge = 0;
+    return a == b;
 }
 
 std::string holdText(const HoldKeeper::Status& status) {

@@ -33,6 +33,10 @@ PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset);
 /// Returns one fact a line; `now` is for the times of day.
 std::string statusText(const PowerStatus& status, WallTime now);
 
+/// Tells whether two readings say the same to people: whether they differ in more than the age of a
+/// heartbeat.
+bool isSameStatus(PowerStatus a, PowerStatus b);
+
 /// Returns the state of a hold, as a sentence without its full stop.
 std::string holdText(const HoldKeeper::Status& status);
 

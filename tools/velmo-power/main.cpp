@@ -3,6 +3,7 @@
 #include "core/output/Output.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
+#include "platform/posix/Pipe.h"
 #include "platform/posix/ProcessBirth.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
@@ -14,12 +15,16 @@
 #include "tools/velmo-power/PowerCommandLine.h"
 #include "tools/velmo-power/StatusText.h"
 
+#include "machine/PowerReadings.h"
 #include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <exception>
 #include <expected>
 #include <functional>
 #include <optional>
@@ -35,6 +40,15 @@ using namespace velmo;
 
 void complain(std::string_view message) {
     writeStandardError("velmo-power: " + std::string(message) + "\n");
+}
+
+/// Prints what was asked for. Returns the exit status, which tells of a full disk or a lost reader.
+int print(std::string_view text) {
+    if (writeStandardOutput(text))
+        return ExitStatus::success;
+    if (errno != EPIPE)
+        complain("can't write to standard output");
+    return ExitStatus::refused;
 }
 
 /// Runs one command line on one Mac.
@@ -73,7 +87,7 @@ std::string Program::folder() const {
 std::expected<PowerAccess, std::string> Program::access() {
     if (line_.has("--mac") || !folder().empty()) {
         auto mac = accessSimulatedMac(context_, folder());
-        if (!mac)
+        if (!mac && folder().empty())
             mac.error() += "; --mac FOLDER or VELMO_MAC names the Mac";
         return mac;
     }
@@ -132,17 +146,26 @@ int Program::release(PowerAccess& mac) {
         complain("sleep could not be enabled again yet; the power daemon keeps trying");
         return ExitStatus::refused;
     }
+    const bool isHeld = before && before->holder;
+    if (before && !isHeld && before->recordIsUnreadable) {
+        complain("nobody held, but the power daemon's record can't be read: sleep may still be "
+                 "disabled; velmo-power status says what to do");
+        return ExitStatus::refused;
+    }
     if (isQuiet())
         return ExitStatus::success;
+    const std::string sleep =
+        sleepDisabledNow(*mac.machine) == true ? "; sleep stays disabled" : "";
     if (!before)
-        writeStandardOutput("nobody holds any more\n");
-    else if (const auto& holder = before->holder)
-        writeStandardOutput("released the hold of " + holderText(*holder) + ", in force since "
-                            + timeOfDayText({holder->since}, mac.machine->wallTime()) + "\n");
-    else
-        writeStandardOutput(before->pending ? "nobody held; sleep is enabled again\n"
-                                            : "nobody held\n");
-    return ExitStatus::success;
+        return print("nobody holds any more" + sleep + "\n");
+    if (isHeld)
+        return print("released the hold of " + holderText(*before->holder) + ", in force since "
+                     + timeOfDayText({before->holder->since}, mac.machine->wallTime())
+                     + (sleep.empty() ? "" : sleep + ", as it was before that hold") + "\n");
+    if (before->pending)
+        return print("nobody held; sleep is enabled again\n");
+    return print("nobody held" + (sleep.empty() ? "" : sleep + ", and not by the power daemon")
+                 + "\n");
 }
 
 PowerStatus Program::readAll(PowerAccess& mac, Conversation& daemon) {
@@ -154,20 +177,25 @@ PowerStatus Program::readAll(PowerAccess& mac, Conversation& daemon) {
 
 int Program::status(PowerAccess& mac) {
     Conversation daemon(context_, *mac.link, complain);
-    std::string shown;
+    std::optional<PowerStatus> shown;
     while (true) {
         const PowerStatus status = readAll(mac, daemon);
-        std::string text;
-        if (line_.has("--json"))
-            Output::print(status, [&](std::string_view line) { text = line; });
-        else
-            text = statusText(status, mac.machine->wallTime());
-        if (text != shown)
-            writeStandardOutput((shown.empty() || line_.has("--json") ? "" : "\n") + text);
+        const int exitStatus = status.holds ? ExitStatus::success : ExitStatus::unreachable;
+        if (!shown || !isSameStatus(status, *shown)) {
+            std::string text = shown && !line_.has("--json") ? "\n" : "";
+            if (line_.has("--json"))
+                Output::print(status, [&](std::string_view line) { text += line; });
+            else
+                text += statusText(status, mac.machine->wallTime());
+            if (const int printed = print(text); printed != ExitStatus::success)
+                return printed;
+        }
         if (!line_.has("--watch"))
-            return ExitStatus::success;
-        shown = std::move(text);
+            return exitStatus;
+        shown = status;
         std::this_thread::sleep_for(std::chrono::seconds(1));
+        if (isReaderGone(STDOUT_FILENO))
+            return ExitStatus::refused;
     }
 }
 
@@ -177,18 +205,48 @@ int Program::doctor(PowerAccess& mac) {
     const auto findings =
         diagnose(installation, *mac.machine, report ? std::optional(*report) : std::nullopt,
                  report ? "" : failureText(report.error()));
-    writeStandardOutput(findingsText(findings, installation));
+    if (const int printed = print(findingsText(findings, installation));
+        printed != ExitStatus::success)
+        return printed;
     const bool isWell = std::ranges::none_of(
         findings, [](const Finding& each) { return each.kind == Finding::Kind::bad; });
     return isWell ? ExitStatus::success : ExitStatus::refused;
 }
 
-/// Wrong usage with a command looks like any other failure before the command ran.
-int usageStatus(std::span<const std::string_view> arguments) {
-    const auto has = [&](std::string_view word) {
-        return std::ranges::find(arguments, word) != arguments.end();
+bool takesValue(std::string_view word) {
+    const auto isNamed = [word](const CommandLine::Option& option) {
+        return option.name == word && !option.value.empty();
     };
-    return has(PowerVerb::hold) && has("--") ? ExitStatus::withCommand : ExitStatus::usage;
+    const auto& verb =
+        *std::ranges::find(powerCommandLine.verbs, PowerVerb::hold, &CommandLine::Verb::name);
+    return std::ranges::any_of(powerCommandLine.options, isNamed)
+           || std::ranges::any_of(verb.options, isNamed);
+}
+
+/// Tells whether a command line that can't be read asks for a hold with a command.
+bool namesCommand(std::span<const std::string_view> arguments) {
+    auto word = std::ranges::find(arguments, PowerVerb::hold);
+    while (word != arguments.end() && ++word != arguments.end()) {
+        if (*word == "--" || !word->starts_with('-'))
+            return true;
+        if (takesValue(*word) && word + 1 != arguments.end())
+            ++word;
+    }
+    return false;
+}
+
+/// Runs the program. A mistake of usage with a command looks like any other failure before the
+/// command ran.
+int run(std::span<const std::string_view> arguments, std::optional<int> readyDescriptor,
+        const ProcessBirth& birth) {
+    const auto line = CommandLine::read(powerCommandLine, arguments);
+    if (!line) {
+        complain(line.error());
+        return namesCommand(arguments) ? ExitStatus::withCommand : ExitStatus::usage;
+    }
+    if (const auto page = CommandLine::ownPage(powerCommandLine, *line))
+        return print(*page);
+    return Program(*line, arguments, birth).run(readyDescriptor);
 }
 
 } // namespace
@@ -199,14 +257,10 @@ int main(int argc, char** argv) {
     std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const auto readyDescriptor = takeReadyDescriptor(arguments);
 
-    const auto line = CommandLine::read(powerCommandLine, arguments);
-    if (!line) {
-        complain(line.error());
-        return usageStatus(arguments);
+    try {
+        return run(arguments, readyDescriptor, birth);
+    } catch (const std::exception& lack) { // of memory, descriptors or threads
+        complain(lack.what());
+        return namesCommand(arguments) ? ExitStatus::withCommand : ExitStatus::refused;
     }
-    if (const auto page = CommandLine::ownPage(powerCommandLine, *line)) {
-        writeStandardOutput(*page);
-        return ExitStatus::success;
-    }
-    return Program(*line, arguments, birth).run(readyDescriptor);
 }
