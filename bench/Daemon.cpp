@@ -1,12 +1,11 @@
 #include "bench/Suite.h"
 #include "core/power/PowerService.h"
-#include "platform/posix/ChildProcess.h"
-#include "platform/posix/OwnExecutable.h"
-#include "platform/simulated/MacFolder.h"
-
 #include "lab/instruments/RawClient.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/WatchedProcess.h"
+#include "platform/posix/ChildProcess.h"
+#include "platform/posix/OwnExecutable.h"
+#include "platform/simulated/MacFolder.h"
 
 #include <chrono>
 #include <memory>

@@ -1,6 +1,5 @@
 #include "bench/Suite.h"
 #include "daemon/Session.h"
-
 #include "lab/instruments/GuardedMac.h"
 
 #include <memory>

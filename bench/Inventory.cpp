@@ -2,12 +2,12 @@
 
 #include "bench/ColdFiles.h"
 #include "bench/Suite.h"
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/FolderList.h"
 #include "platform/host/NameOrder.h"
 #include "platform/host/PropertyList.h"
 #include "platform/host/PropertyListFile.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <plist/plist.h>
 
 #include <fstream>

@@ -1,7 +1,7 @@
 #include "bench/Suite.h"
 #include "core/probes/SignatureRenderer.h"
-
 #include "lab/instruments/SampleSignatures.h"
+
 #include <cairo/cairo.h>
 
 #include <memory>

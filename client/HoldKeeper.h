@@ -1,10 +1,9 @@
 #pragma once
 
+#include "client/PowerLink.h"
 #include "core/power/BatteryFloor.h"
 #include "core/power/HoldReport.h"
 #include "core/power/VelmoPowerProtocol.h"
-
-#include "client/PowerLink.h"
 
 #include <cstdint>
 #include <functional>

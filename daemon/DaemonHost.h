@@ -3,7 +3,6 @@
 #include "daemon/Guard.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
-
 #include "machine/PowerMachine.h"
 
 #include <functional>

@@ -8,7 +8,6 @@
 #include "daemon/HoldLedger.h"
 #include "daemon/RecordStore.h"
 #include "daemon/SerialQueue.h"
-
 #include "machine/PowerMachine.h"
 
 #include <atomic>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/DecodeInSlices.h"
 
 namespace velmo::Fuzz {

@@ -1,7 +1,6 @@
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/ScriptParts.h"
 
 namespace velmo::Fuzz {

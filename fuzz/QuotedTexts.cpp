@@ -1,6 +1,5 @@
 #include "core/terminal/DevTerminal.h"
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/ScriptParts.h"
 
 namespace velmo::Fuzz {

@@ -1,6 +1,5 @@
 #include "core/terminal/AttachWire.h"
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/SessionWorld.h"
 
 namespace velmo::Fuzz {

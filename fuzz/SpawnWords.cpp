@@ -2,7 +2,6 @@
 #include "core/terminal/DevTerminal.h"
 #include "core/terminal/PtyFrame.h"
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/FakeDisk.h"
 
 #include <algorithm>

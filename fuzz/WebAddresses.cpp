@@ -1,6 +1,5 @@
 #include "core/input/WebURL.h"
 #include "fuzz/Fuzz.h"
-
 #include "lab/instruments/UriPeer.h"
 
 #include <algorithm>

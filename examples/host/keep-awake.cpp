@@ -1,10 +1,10 @@
 /// Keeps a Mac awake for a second: keep-awake [FOLDER]. The Mac is this one, or the simulated one
 /// in the folder, which is started with its daemon as the README tells.
 
+#include "client/HoldKeeper.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
 
-#include "client/HoldKeeper.h"
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>

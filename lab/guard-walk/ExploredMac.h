@@ -1,7 +1,6 @@
 #pragma once
 
 #include "daemon/Startup.h"
-
 #include "lab/guard-walk/Choices.h"
 #include "lab/instruments/StepQueue.h"
 

@@ -2,7 +2,6 @@
 
 #include "daemon/ClientConnection.h"
 #include "daemon/Guard.h"
-
 #include "lab/instruments/StepQueue.h"
 
 #include <deque>

@@ -4,14 +4,14 @@
 /// not real: the play moves it instead of waiting for a minute.
 
 #include "core/power/PowerService.h"
+#include "lab/instruments/PlaySteps.h"
+#include "lab/instruments/WatchedProcess.h"
 #include "platform/client/simulated/SocketClient.h"
 #include "platform/posix/OwnExecutable.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
 #include "platform/simulated/MacFolder.h"
 
-#include "lab/instruments/PlaySteps.h"
-#include "lab/instruments/WatchedProcess.h"
 #include <asio/io_context.hpp>
 
 #include <chrono>

@@ -3,15 +3,14 @@
 /// play with status 1.
 
 #include "core/terminal/PtyFrame.h"
-#include "platform/posix/OwnExecutable.h"
-#include "platform/posix/Pipe.h"
-#include "platform/posix/ProcessSetup.h"
-#include "platform/posix/StandardStreams.h"
-
 #include "lab/instruments/PlaySteps.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/TerminalWindow.h"
 #include "lab/instruments/WatchedProcess.h"
+#include "platform/posix/OwnExecutable.h"
+#include "platform/posix/Pipe.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/posix/StandardStreams.h"
 
 #include <chrono>
 #include <csignal>

@@ -3,7 +3,6 @@
 
 #include "core/output/Output.h"
 #include "core/probes/SignatureRenderer.h"
-
 #include "lab/instruments/SampleSignatures.h"
 
 #include <filesystem>

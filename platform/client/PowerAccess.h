@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/client/Installation.h"
-
 #include "client/PowerLink.h"
 #include "machine/PowerMachine.h"
+#include "platform/client/Installation.h"
 
 #include <functional>
 #include <memory>

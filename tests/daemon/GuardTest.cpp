@@ -1,6 +1,7 @@
 #include "daemon/Guard.h"
 
 #include "lab/instruments/GuardedMac.h"
+
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "daemon/Session.h"
 
 #include "lab/instruments/GuardedMac.h"
+
 #include <gmock/gmock.h>
 
 namespace velmo {

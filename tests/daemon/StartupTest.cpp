@@ -2,8 +2,8 @@
 
 #include "core/power/PowerService.h"
 #include "daemon/Session.h"
-
 #include "lab/instruments/GuardedMac.h"
+
 #include <gmock/gmock.h>
 
 namespace velmo {

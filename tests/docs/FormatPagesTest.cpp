@@ -23,10 +23,10 @@
 #include "core/windows/WindowMove.h"
 #include "core/windows/WindowRaise.h"
 #include "core/windows/WindowRecord.h"
+#include "lab/instruments/SessionWorld.h"
 #include "platform/simulated/CallLine.h"
 #include "tests/Texts.h"
 
-#include "lab/instruments/SessionWorld.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

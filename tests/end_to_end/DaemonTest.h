@@ -2,12 +2,12 @@
 
 #include "core/power/PowerService.h"
 #include "core/support/Text.h"
-#include "platform/posix/ProcessSetup.h"
-#include "platform/simulated/MacFolder.h"
-
 #include "lab/instruments/RawClient.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/WatchedProcess.h"
+#include "platform/posix/ProcessSetup.h"
+#include "platform/simulated/MacFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>

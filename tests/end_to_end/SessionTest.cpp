@@ -1,13 +1,13 @@
 #include "core/terminal/PtyAttach.h"
 #include "core/terminal/PtyFrame.h"
+#include "lab/instruments/TemporaryFolder.h"
+#include "lab/instruments/TerminalWindow.h"
+#include "lab/instruments/WatchedProcess.h"
 #include "platform/posix/Pipe.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/PrivateFolder.h"
 
-#include "lab/instruments/TemporaryFolder.h"
-#include "lab/instruments/TerminalWindow.h"
-#include "lab/instruments/WatchedProcess.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

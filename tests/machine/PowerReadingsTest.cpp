@@ -1,6 +1,7 @@
 #include "machine/PowerReadings.h"
 
 #include "lab/instruments/GuardedMac.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>

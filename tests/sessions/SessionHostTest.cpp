@@ -3,9 +3,9 @@
 #include "core/support/Text.h"
 #include "core/terminal/AttachWire.h"
 #include "core/terminal/PtyFrame.h"
-
 #include "lab/instruments/AnyValues.h"
 #include "lab/instruments/SessionWorld.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

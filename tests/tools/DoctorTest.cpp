@@ -1,9 +1,9 @@
 #include "tools/velmo-power/Doctor.h"
 
-#include "platform/client/macos/MacInstallation.h"
-
 #include "lab/instruments/GuardedMac.h"
 #include "lab/instruments/TemporaryFolder.h"
+#include "platform/client/macos/MacInstallation.h"
+
 #include <gmock/gmock.h>
 #include <unistd.h>
 

@@ -1,8 +1,8 @@
 #include "tools/velmo-power/Conversation.h"
 
+#include "client/HoldKeeper.h"
 #include "platform/posix/Clocks.h"
 
-#include "client/HoldKeeper.h"
 #include <asio/steady_timer.hpp>
 
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "client/PowerLink.h"
 #include "core/power/HoldReport.h"
 
-#include "client/PowerLink.h"
 #include <asio/io_context.hpp>
 
 #include <expected>

@@ -1,8 +1,7 @@
 #include "tools/velmo-power/Doctor.h"
 
-#include "tools/velmo-power/StatusText.h"
-
 #include "machine/PowerReadings.h"
+#include "tools/velmo-power/StatusText.h"
 
 #include <array>
 #include <utility>

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "core/power/HoldReport.h"
-#include "platform/client/Installation.h"
-
 #include "machine/PowerMachine.h"
+#include "platform/client/Installation.h"
 
 #include <optional>
 #include <string>

@@ -1,5 +1,6 @@
 #include "tools/velmo-power/HoldCommand.h"
 
+#include "machine/PowerReadings.h"
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/Clocks.h"
 #include "platform/posix/Io.h"
@@ -9,7 +10,6 @@
 #include "tools/velmo-power/Conversation.h"
 #include "tools/velmo-power/ExitStatus.h"
 
-#include "machine/PowerReadings.h"
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>

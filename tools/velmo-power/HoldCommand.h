@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/HoldKeeper.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/ProcessBirth.h"
@@ -10,7 +11,6 @@
 #include "tools/velmo-power/StatusDisplay.h"
 #include "tools/velmo-power/StatusText.h"
 
-#include "client/HoldKeeper.h"
 #include <asio/io_context.hpp>
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>

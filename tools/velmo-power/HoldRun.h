@@ -1,10 +1,9 @@
 #pragma once
 
+#include "client/HoldKeeper.h"
 #include "core/support/Time.h"
 #include "tools/velmo-power/HoldLimits.h"
 #include "tools/velmo-power/PowerCommandLine.h"
-
-#include "client/HoldKeeper.h"
 
 #include <optional>
 #include <string>

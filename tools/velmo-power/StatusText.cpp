@@ -2,9 +2,8 @@
 
 #include "core/power/HoldReasons.h"
 #include "core/terminal/AttachLabels.h"
-#include "tools/velmo-power/HoldLimits.h"
-
 #include "machine/PowerReadings.h"
+#include "tools/velmo-power/HoldLimits.h"
 
 #include <array>
 #include <utility>

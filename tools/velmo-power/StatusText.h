@@ -1,11 +1,10 @@
 #pragma once
 
+#include "client/HoldKeeper.h"
 #include "core/power/BatteryFloor.h"
 #include "core/power/HoldReport.h"
 #include "core/power/KeepAwakeLines.h"
 #include "core/support/Time.h"
-
-#include "client/HoldKeeper.h"
 #include "machine/PowerMachine.h"
 
 #include <optional>

@@ -1,6 +1,7 @@
 /// velmo-power: keeps a Mac awake from the command line, and reports the state of its power.
 
 #include "core/output/Output.h"
+#include "machine/PowerReadings.h"
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
 #include "platform/posix/Pipe.h"
@@ -15,7 +16,6 @@
 #include "tools/velmo-power/PowerCommandLine.h"
 #include "tools/velmo-power/StatusText.h"
 
-#include "machine/PowerReadings.h"
 #include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
 #include <unistd.h>

@@ -4,6 +4,7 @@
 #include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <sys/mman.h>
 
 #include <algorithm>

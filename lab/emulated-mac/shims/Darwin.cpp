@@ -1,6 +1,7 @@
 #include "lab/emulated-mac/shims/Darwin.h"
 
 #include "lab/emulated-mac/shims/Fault.h"
+
 #include <fcntl.h>
 
 #include <array>

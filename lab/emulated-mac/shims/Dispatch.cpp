@@ -5,6 +5,7 @@
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"
 #include "lab/emulated-mac/shims/WorkQueue.h"
+
 #include <unistd.h>
 
 #include <array>

@@ -3,6 +3,7 @@
 #include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Foundation.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <cxxabi.h>
 #include <unwind.h>
 

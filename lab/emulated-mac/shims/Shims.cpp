@@ -1,6 +1,7 @@
 #include "lab/emulated-mac/shims/Shims.h"
 
 #include "lab/emulated-mac/shims/Fault.h"
+
 #include <unwind.h>
 
 #include <array>

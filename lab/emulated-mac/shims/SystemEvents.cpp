@@ -4,6 +4,7 @@
 #include "lab/emulated-mac/shims/Darwin.h"
 #include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>

@@ -5,6 +5,7 @@
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>

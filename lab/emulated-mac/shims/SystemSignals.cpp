@@ -5,6 +5,7 @@
 #include "lab/emulated-mac/shims/ObjectiveC.h"
 #include "lab/emulated-mac/shims/Process.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 

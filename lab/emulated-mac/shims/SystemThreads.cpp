@@ -4,6 +4,7 @@
 #include "lab/emulated-mac/shims/Fault.h"
 #include "lab/emulated-mac/shims/Machine.h"
 #include "lab/emulated-mac/shims/Shims.h"
+
 #include <pthread.h>
 #include <sys/time.h>
 #include <unistd.h>

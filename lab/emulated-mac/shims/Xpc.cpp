@@ -9,6 +9,7 @@
 #include "lab/emulated-mac/shims/WorkQueue.h"
 #include "lab/emulated-mac/shims/XpcCall.h"
 #include "lab/emulated-mac/shims/XpcWire.h"
+
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>

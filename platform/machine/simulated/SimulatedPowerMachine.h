@@ -1,8 +1,7 @@
 #pragma once
 
-#include "platform/simulated/MacFolder.h"
-
 #include "machine/PowerMachine.h"
+#include "platform/simulated/MacFolder.h"
 
 #include <functional>
 

@@ -1,8 +1,8 @@
 #include "core/probes/SignatureBody.h"
 
+#include "lab/instruments/SampleSignatures.h"
 #include "tests/Texts.h"
 
-#include "lab/instruments/SampleSignatures.h"
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include "core/probes/InkPlane.h"
 #include "core/support/BigEndian.h"
-
 #include "lab/instruments/SampleSignatures.h"
+
 #include <gmock/gmock.h>
 #include <png.h>
 

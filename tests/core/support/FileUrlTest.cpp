@@ -1,8 +1,7 @@
 #include "core/support/FileUrl.h"
 
-#include "tests/Texts.h"
-
 #include "lab/instruments/AnyValues.h"
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {

@@ -2,8 +2,8 @@
 
 #include "core/output/Output.h"
 #include "core/support/Text.h"
-
 #include "lab/instruments/AnyValues.h"
+
 #include <gmock/gmock.h>
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "core/support/Characters.h"
+#include "lab/instruments/AnyValues.h"
 #include "tests/Texts.h"
 
-#include "lab/instruments/AnyValues.h"
 #include <utf8proc.h>
 
 #include <bit>

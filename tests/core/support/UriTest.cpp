@@ -1,6 +1,5 @@
-#include "tests/Texts.h"
-
 #include "lab/instruments/UriPeer.h"
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {

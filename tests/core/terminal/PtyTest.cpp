@@ -1,8 +1,7 @@
 #include "core/terminal/Pty.h"
 
-#include "tests/Texts.h"
-
 #include "lab/instruments/FakeDisk.h"
+#include "tests/Texts.h"
 
 namespace velmo {
 namespace {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "lab/instruments/DecodeInSlices.h"
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>

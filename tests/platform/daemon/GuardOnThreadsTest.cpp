@@ -1,7 +1,7 @@
 #include "daemon/Session.h"
+#include "lab/instruments/GuardedMac.h"
 #include "platform/daemon/simulated/ThreadQueue.h"
 
-#include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
 
 #include <atomic>

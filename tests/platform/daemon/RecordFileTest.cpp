@@ -1,8 +1,8 @@
 #include "platform/daemon/RecordFile.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include "tests/platform/posix/PowerCutDisk.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,10 +1,10 @@
 #include "platform/daemon/simulated/SocketService.h"
 
-#include "platform/simulated/CallLine.h"
-
 #include "lab/instruments/GuardedMac.h"
 #include "lab/instruments/RawClient.h"
 #include "lab/instruments/TemporaryFolder.h"
+#include "platform/simulated/CallLine.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>

@@ -1,11 +1,11 @@
 #include "core/terminal/AttachTicket.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/ChildProcess.h"
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>

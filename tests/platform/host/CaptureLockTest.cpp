@@ -1,6 +1,7 @@
 #include "platform/host/CaptureLock.h"
 
 #include "lab/instruments/TemporaryFolder.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

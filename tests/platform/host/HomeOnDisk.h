@@ -1,8 +1,7 @@
 #pragma once
 
-#include "tests/Texts.h"
-
 #include "lab/instruments/TemporaryFolder.h"
+#include "tests/Texts.h"
 
 #include <fstream>
 

@@ -1,10 +1,9 @@
 #include "core/support/Text.h"
 #include "core/terminal/DevTerminal.h"
-#include "platform/posix/ChildProcess.h"
-#include "tests/Texts.h"
-
 #include "lab/instruments/ScriptParts.h"
 #include "lab/instruments/TemporaryFolder.h"
+#include "platform/posix/ChildProcess.h"
+#include "tests/Texts.h"
 
 #include <array>
 #include <fstream>

@@ -1,7 +1,7 @@
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/FinderSelectionIdentity.h"
 #include "platform/host/FolderList.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 
 #include <fstream>

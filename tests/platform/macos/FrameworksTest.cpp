@@ -1,3 +1,4 @@
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/NameOrder.h"
 #include "platform/host/PropertyList.h"
 #include "platform/machine/macos/PowerRootDomain.h"
@@ -5,7 +6,6 @@
 #include "platform/xpc/SigningTeam.h"
 #include "tests/platform/macos/FakeFrameworks.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 
 #include <fstream>

@@ -1,10 +1,10 @@
 #include "platform/posix/ChildProcess.h"
 
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Pipe.h"
 #include "platform/posix/ProgramName.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>

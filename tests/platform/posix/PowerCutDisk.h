@@ -1,9 +1,8 @@
 #pragma once
 
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Disk.h"
-
-#include "lab/instruments/TemporaryFolder.h"
 
 #include <cerrno>
 #include <fstream>

@@ -1,9 +1,9 @@
 #include "platform/sessions/PrivateFolder.h"
 
 #include "core/terminal/AttachTicket.h"
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/posix/Io.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

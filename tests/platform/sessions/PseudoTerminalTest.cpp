@@ -2,6 +2,7 @@
 
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/TerminalWindow.h"
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <termios.h>

@@ -1,10 +1,10 @@
 #include "core/power/SleepSetting.h"
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/machine/simulated/SimulatedPowerMachine.h"
 #include "platform/posix/Clocks.h"
 #include "platform/simulated/MacFolder.h"
 #include "platform/simulated/RecordFault.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 
 #include <fstream>

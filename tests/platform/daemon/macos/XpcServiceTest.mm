@@ -1,9 +1,9 @@
 #include "platform/daemon/macos/XpcService.h"
 
+#include "lab/instruments/GuardedMac.h"
 #include "platform/client/macos/PowerDaemonConnection.h"
 #include "platform/daemon/macos/DispatchQueue.h"
 
-#include "lab/instruments/GuardedMac.h"
 #include <gmock/gmock.h>
 
 #include <future>

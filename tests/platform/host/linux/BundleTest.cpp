@@ -1,8 +1,8 @@
+#include "lab/instruments/TemporaryFolder.h"
 #include "platform/host/PropertyList.h"
 #include "platform/host/PropertyListBounds.h"
 #include "tests/platform/host/linux/PropertyListFiles.h"
 
-#include "lab/instruments/TemporaryFolder.h"
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
