@@ -1,5 +1,5 @@
 #include "bench/Suite.h"
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureRenderer.h"
 #include "lab/instruments/SampleSignatures.h"
 
 #include <cairo/cairo.h>

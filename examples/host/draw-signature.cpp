@@ -1,7 +1,7 @@
 /// Draws a signature as the phone sends it, and writes it to a file: draw-signature FILE.
 
-#include "core/probes/SignatureBody.h"
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureBody.h"
+#include "core/probes/signature/SignatureRenderer.h"
 
 #include <fstream>
 #include <iostream>

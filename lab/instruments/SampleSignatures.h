@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/probes/SignatureBody.h"
+#include "core/probes/signature/SignatureBody.h"
 
 #include <array>
 #include <string_view>

@@ -2,7 +2,7 @@
 /// JSON and read back, like a signature that comes from the phone.
 
 #include "core/output/Output.h"
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureRenderer.h"
 #include "lab/instruments/SampleSignatures.h"
 
 #include <filesystem>

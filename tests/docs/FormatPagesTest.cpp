@@ -9,7 +9,7 @@
 #include "core/power/HoldReasons.h"
 #include "core/power/HoldReport.h"
 #include "core/power/PowerService.h"
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureRenderer.h"
 #include "core/terminal/AttachTicket.h"
 #include "core/terminal/AttachWire.h"
 #include "core/terminal/PtyFrame.h"

@@ -1,4 +1,4 @@
-#include "core/probes/InkPlane.h"
+#include "core/probes/signature/InkPlane.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "core/probes/RgbaPng.h"
+#include "core/probes/signature/RgbaPng.h"
 
 #include <png.h>
 #include <zlib.h>

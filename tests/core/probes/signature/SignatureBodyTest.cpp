@@ -1,4 +1,4 @@
-#include "core/probes/SignatureBody.h"
+#include "core/probes/signature/SignatureBody.h"
 
 #include "lab/instruments/SampleSignatures.h"
 #include "tests/Texts.h"

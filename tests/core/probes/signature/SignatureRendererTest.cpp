@@ -1,6 +1,6 @@
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureRenderer.h"
 
-#include "core/probes/InkPlane.h"
+#include "core/probes/signature/InkPlane.h"
 #include "core/support/BigEndian.h"
 #include "lab/instruments/SampleSignatures.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/probes/SignatureBody.h"
+#include "core/probes/signature/SignatureBody.h"
 #include "core/support/Bytes.h"
 
 #include <cstddef>

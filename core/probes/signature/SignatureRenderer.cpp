@@ -1,7 +1,7 @@
-#include "core/probes/SignatureRenderer.h"
+#include "core/probes/signature/SignatureRenderer.h"
 
-#include "core/probes/InkPlane.h"
-#include "core/probes/RgbaPng.h"
+#include "core/probes/signature/InkPlane.h"
+#include "core/probes/signature/RgbaPng.h"
 
 #include <algorithm>
 #include <array>
