@@ -36,7 +36,7 @@ auto HoldKeeper::reply(Callback callback) {
 template<class Callback>
 void HoldKeeper::askForReport(Callback callback) {
     daemon_->report(
-        reply([callback](std::string_view line) { callback(decodeRecord<HoldReport>(line)); }));
+        reply([callback](const std::optional<HoldReport>& report) { callback(report); }));
 }
 
 void HoldKeeper::newAttempt() {

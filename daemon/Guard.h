@@ -96,7 +96,8 @@ public:
     /// Takes the hold for the client, or renews it with another floor.
     HoldResult hold(ClientId who, BatteryFloor floor);
 
-    /// Returns whether the client holds; if so its hold is good for another 35 s.
+    /// Returns whether the client holds; if so its hold is good for another
+    /// `PowerGuardPolicy::heartbeatTimeout`.
     bool heartbeat(ClientId who);
 
     /// Ends the hold in force, which may be another client's. An absent client, which has gone

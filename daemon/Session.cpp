@@ -55,12 +55,11 @@ void Session::report(ReportReply reply) {
     const auto guard = owner_.lock();
     const auto connection = connection_.lock();
     if (!guard || !connection) {
-        reply("");
+        reply(std::nullopt);
         return;
     }
-    guard->queue().async([guard, who = connection->id(), reply = std::move(reply)] {
-        reply(encodeJson(guard->report(who)).value_or(""));
-    });
+    guard->queue().async(
+        [guard, who = connection->id(), reply = std::move(reply)] { reply(guard->report(who)); });
 }
 
 } // namespace velmo

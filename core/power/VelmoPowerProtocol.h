@@ -1,7 +1,10 @@
 #pragma once
 
+#include "core/power/HoldReport.h"
+
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string_view>
 
 namespace velmo {
@@ -18,7 +21,7 @@ class VelmoPowerProtocol {
 public:
     using HoldReply = std::function<void(bool ok, std::string_view reason)>;
     using Reply = std::function<void(bool ok)>;
-    using ReportReply = std::function<void(std::string_view line)>;
+    using ReportReply = std::function<void(const std::optional<HoldReport>& report)>;
 
     virtual ~VelmoPowerProtocol() = default;
 
@@ -27,15 +30,16 @@ public:
     /// `HoldRefusal`; a newer daemon may have others.
     virtual void hold(std::int64_t batteryFloor, HoldReply reply) = 0;
 
-    /// Keeps the client's hold, for 35 s from now. Answers false if this client does not hold.
+    /// Keeps the client's hold, for `PowerGuardPolicy::heartbeatTimeout` from now. Answers false if
+    /// this client does not hold.
     virtual void heartbeat(Reply reply) = 0;
 
     /// Ends the hold in force, which may be another client's. Answers false if sleep could not be
     /// enabled again yet.
     virtual void release(Reply reply) = 0;
 
-    /// Tells about the holds: the line is a `HoldReport` in JSON, or "" if the daemon or the
-    /// connection is going away.
+    /// Tells about the holds. The report is absent if the daemon or the connection is going away,
+    /// and over a transport if the daemon's answer can't be decoded.
     virtual void report(ReportReply reply) = 0;
 };
 

@@ -31,4 +31,8 @@ Bytes DetachKey::tick(std::int64_t nowMs) {
     return {escape};
 }
 
+std::optional<std::int64_t> DetachKey::deadlineMs() const {
+    return since_.transform([](std::int64_t since) { return since + timeoutMs; });
+}
+
 } // namespace velmo::PtyAttach

@@ -34,6 +34,9 @@ public:
     /// a timer, so that a lone Control-] reaches the program.
     Bytes tick(std::int64_t nowMs);
 
+    /// Returns when `tick` is due; absent if no Control-] waits.
+    [[nodiscard]] std::optional<std::int64_t> deadlineMs() const;
+
 private:
     std::optional<std::int64_t> since_; ///< when the waiting Control-] was typed
 };

@@ -279,9 +279,8 @@ void ExploredMac::call(Event event) {
 void ExploredMac::askAndCompare(const Connection& client, int& replies) {
     const Guard::State before = state();
     isAsking_ = true;
-    client.session->report([&](std::string_view line) {
+    client.session->report([&](const std::optional<HoldReport>& told) {
         ++replies;
-        const auto told = decodeRecord<HoldReport>(line);
         if (!told || told->holder.has_value() != state().holder.has_value()
             || (told->holder && told->holder->isCaller != (state().holder == client.id())))
             violate("a client is told wrong who holds");

@@ -48,15 +48,13 @@ Conversation::Answer<bool> Conversation::release() {
 }
 
 Conversation::Answer<HoldReport> Conversation::report() {
-    const auto line = ask<std::string>([](VelmoPowerProtocol& daemon, auto answer) {
-        daemon.report([answer](std::string_view text) { answer(std::string(text)); });
-    });
-    if (!line)
-        return std::unexpected(line.error());
-    auto report = decodeRecord<HoldReport>(*line);
+    auto report = ask<std::optional<HoldReport>>(
+        [](VelmoPowerProtocol& daemon, auto answer) { daemon.report(answer); });
     if (!report)
+        return std::unexpected(report.error());
+    if (!*report)
         return std::unexpected(Failure::gone);
-    return *std::move(report);
+    return **std::move(report);
 }
 
 std::string_view failureText(Conversation::Failure failure) {

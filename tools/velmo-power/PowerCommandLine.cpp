@@ -100,7 +100,9 @@ std::expected<HoldRequest, std::string> HoldRequest::from(const CommandLine::Lin
     if (const auto text = line.value("--floor")) {
         const auto percent = floorFrom(*text);
         if (!percent)
-            return std::unexpected(wrong("--floor", *text, "10 to 95 would do"));
+            return std::unexpected(wrong("--floor", *text,
+                                         std::to_string(BatteryFloor::min) + " to "
+                                             + std::to_string(BatteryFloor::max) + " would do"));
         request.floor = *percent;
     }
     if (const auto text = line.value("--for")) {

@@ -113,16 +113,12 @@ private:
 
     /// Returns the milliseconds until a typed Control-] goes to the program; -1 if none waits.
     [[nodiscard]] int timeout() const {
-        if (!escapeTypedAt_)
-            return -1;
-        return static_cast<int>(
-            std::max<std::int64_t>(*escapeTypedAt_ + DetachKey::timeoutMs - milliseconds(), 0));
+        const auto deadline = detachKey_.deadlineMs();
+        return deadline ? static_cast<int>(std::max<std::int64_t>(*deadline - milliseconds(), 0))
+                        : -1;
     }
 
     void tickDetachKey() {
-        if (!escapeTypedAt_ || timeout() > 0)
-            return;
-        escapeTypedAt_.reset();
         if (const Bytes released = detachKey_.tick(milliseconds()); !released.empty())
             tellHost(PtyAttach::data(released));
     }
@@ -157,8 +153,6 @@ private:
         }
         const ByteView keys = ByteView(typed).first(static_cast<std::size_t>(count));
         const DetachKey::Result result = detachKey_.feed(keys, milliseconds());
-        if (keys.back() == DetachKey::escape)
-            escapeTypedAt_ = milliseconds();
         if (!result.forward.empty())
             tellHost(PtyAttach::data(result.forward));
         if (result.detach) {
@@ -270,7 +264,6 @@ private:
     std::deque<Bytes> toShow_;
     std::size_t shown_ = 0; ///< bytes of the first of these
     DetachKey detachKey_;
-    std::optional<std::int64_t> escapeTypedAt_;
     bool typingIsOver_ = false;
     Labels labels_;
     std::optional<Ending> ending_;

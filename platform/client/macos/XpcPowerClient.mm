@@ -119,8 +119,9 @@ public:
     }
 
     void report(ReportReply reply) override {
-        const auto answer =
-            posted([reply = std::move(reply)](const std::string& line) { reply(line); });
+        const auto answer = posted([reply = std::move(reply)](const std::string& line) {
+            reply(velmo::decodeRecord<velmo::HoldReport>(line));
+        });
         @autoreleasepool {
             [daemon(whenLost()) reportWithReply:^(NSString* line) {
               answer(textOf(line));

@@ -48,9 +48,7 @@ void SocketClient::release(Reply reply) {
 
 void SocketClient::report(ReportReply reply) {
     call({.call = PowerCall::report, .batteryFloor = {}},
-         [reply = std::move(reply)](const ReplyLine& line) {
-             reply(line.report ? encodeJson(*line.report).value_or("") : "");
-         });
+         [reply = std::move(reply)](const ReplyLine& line) { reply(line.report); });
 }
 
 void SocketClient::call(const CallLine& line, OnReply onReply) {

@@ -42,7 +42,9 @@
 }
 
 - (void)reportWithReply:(void (^)(NSString* line))reply {
-    [self called].report([reply](std::string_view line) { reply(velmo::stringFrom(line)); });
+    [self called].report([reply](const std::optional<velmo::HoldReport>& report) {
+        reply(velmo::stringFrom(report ? velmo::encodeJson(*report).value_or("") : ""));
+    });
 }
 
 @end

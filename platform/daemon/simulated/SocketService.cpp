@@ -117,9 +117,8 @@ private:
             session_->release(reply);
             break;
         case PowerCall::report:
-            session_->report([self = shared_from_this()](std::string_view line) {
-                self->post(
-                    {.ok = !line.empty(), .reason = {}, .report = decodeRecord<HoldReport>(line)});
+            session_->report([self = shared_from_this()](const std::optional<HoldReport>& report) {
+                self->post({.ok = report.has_value(), .reason = {}, .report = report});
             });
             break;
         }

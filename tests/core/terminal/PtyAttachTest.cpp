@@ -80,5 +80,14 @@ TEST(DetachKey, FollowsWhatIsTypedAndWhen) {
     }
 }
 
+TEST(DetachKey, TellsWhenAWaitingEscapeIsDue) {
+    DetachKey key;
+    EXPECT_EQ(key.deadlineMs(), std::nullopt);
+    key.feed(bytesOf("x\x1D"), 5);
+    EXPECT_EQ(key.deadlineMs(), 1005);
+    key.tick(1005);
+    EXPECT_EQ(key.deadlineMs(), std::nullopt);
+}
+
 } // namespace
 } // namespace velmo

@@ -28,7 +28,7 @@ protected:
                     session.hold(20, [this](bool, std::string_view) { ++replies; });
                     session.heartbeat([this](bool) { ++replies; });
                     guard->tick();
-                    session.report([this](std::string_view) { ++replies; });
+                    session.report([this](const auto&) { ++replies; });
                     session.release([this](bool) { ++replies; });
                 }
                 session.hold(20, [](bool, std::string_view) {});
