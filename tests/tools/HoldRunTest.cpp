@@ -441,8 +441,12 @@ struct World {
     std::optional<HoldRun::Action> end;
 
     [[nodiscard]] auto key() const {
-        return std::tuple(run.state(), hasAsked, isReleasing, isStopped, frontIsThere, isHeld,
-                          hasRun, command, ownEnd, end.has_value());
+        const HoldRun::State& state = run.state();
+        return std::tuple(state.command, state.keeper, state.wantsHold, state.isGivingUp,
+                          state.frontWaits, state.enabledIsTold, state.enabledIsChecked,
+                          state.stopsBy, state.end, state.endsSince, state.firstAwake,
+                          state.awakeSince, state.awakeBefore, hasAsked, isReleasing, isStopped,
+                          frontIsThere, isHeld, hasRun, command, ownEnd, end.has_value());
     }
 
     void take(const HoldRun::Actions& actions, SteadyTime now) {

@@ -91,7 +91,7 @@ public:
         double awakeBefore = 0;               ///< seconds, until the hold was last lost
         std::optional<SteadyTime> lidShutSince;
 
-        auto operator<=>(const State&) const = default;
+        bool operator==(const State&) const = default;
     };
 
     /// A second signal within this time is the same one once more, as `timeout` sends it to the
