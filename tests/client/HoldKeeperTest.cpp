@@ -146,7 +146,7 @@ TEST_F(HoldKeeperTest, HoldsAndSendsHeartbeats) {
     EXPECT_THAT(said, ElementsAre("holding"));
 }
 
-TEST_F(HoldKeeperTest, AHoldThatIsLostIsAskedForAgainOrNotByHowItWasLost) {
+TEST_F(HoldKeeperTest, AsksAgainUnlessAnotherClientReleasedTheHold) {
     struct Case {
         HoldEnding ending;
         bool persist;
@@ -174,7 +174,7 @@ TEST_F(HoldKeeperTest, AHoldThatIsLostIsAskedForAgainOrNotByHowItWasLost) {
     }
 }
 
-TEST_F(HoldKeeperTest, AsksOnWhenRefusedAndDoesNotRepeatItself) {
+TEST_F(HoldKeeperTest, TellsEachRefusalOnceWhileItKeepsAsking) {
     grant();
     lose();
     daemon->onHold(false, "battery");
@@ -235,7 +235,7 @@ TEST_F(HoldKeeperTest, RidesOnTheHoldOfAnotherAndTakesOver) {
                                          "report", "hold 25"));
 }
 
-TEST_F(HoldKeeperTest, AReleaseIsMeantForWhoeverRidesToo) {
+TEST_F(HoldKeeperTest, StopsRidingWhenAnotherClientReleasesTheHold) {
     ride();
     keeper.checkNow();
     EXPECT_THAT(takeCalls(), ElementsAre("report"));
@@ -252,7 +252,7 @@ TEST_F(HoldKeeperTest, WithoutRidingBusyIsARefusal) {
     EXPECT_THAT(said, ElementsAre("refused: busy"));
 }
 
-TEST_F(HoldKeeperTest, AConnectionThatEndsOverAReportIsLostAndTheNextIsAskedForReportsToo) {
+TEST_F(HoldKeeperTest, AsksForReportsAgainAfterALostConnection) {
     grant();
     pass(10);
     daemon->onReply(false);
@@ -263,7 +263,7 @@ TEST_F(HoldKeeperTest, AConnectionThatEndsOverAReportIsLostAndTheNextIsAskedForR
     EXPECT_THAT(takeCalls(), ElementsAre("report"));
 }
 
-TEST_F(HoldKeeperTest, WhoeverDoubtsTheHoldIsAnsweredAtOnce) {
+TEST_F(HoldKeeperTest, SendsAHeartbeatAtOnceWhenAskedToCheck) {
     grant();
     pass(3);
     keeper.checkNow();
@@ -310,7 +310,7 @@ TEST_F(HoldKeeperTest, NeverReleasesTheHoldOfASuccessor) {
     EXPECT_THAT(said, ElementsAre("stopped: notHeld"));
 }
 
-TEST_F(HoldKeeperTest, ReleasesWhatItWasJustTakingOver) {
+TEST_F(HoldKeeperTest, ReleasesAHoldThatIsGrantedWhileItStops) {
     ride();
     pass(HoldKeeper::ridingInterval);
     daemon->onReport(freeAfter(HoldEnding::battery));
@@ -321,7 +321,7 @@ TEST_F(HoldKeeperTest, ReleasesWhatItWasJustTakingOver) {
     EXPECT_THAT(said, ElementsAre("stopped: restored"));
 }
 
-TEST_F(HoldKeeperTest, AHoldThatWasOnlyAskedForEndsWithItsConnection) {
+TEST_F(HoldKeeperTest, DropsTheConnectionWhenStoppedBeforeTheHoldIsGranted) {
     keeper.start();
     stop();
     EXPECT_EQ(daemon.use_count(), 1) << "the connection is let go";
@@ -329,7 +329,7 @@ TEST_F(HoldKeeperTest, AHoldThatWasOnlyAskedForEndsWithItsConnection) {
     EXPECT_THAT(said, ElementsAre("stopped: unknown"));
 }
 
-TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
+TEST_F(HoldKeeperTest, ReportsTheStateOfTheSettingWhenItStops) {
     struct Case {
         std::string_view name;
         std::optional<HoldReport> report;
@@ -361,7 +361,7 @@ TEST_F(HoldKeeperTest, TellsWhatIsKnownOfTheSettingWhenItStops) {
     EXPECT_THAT(takeCalls(), IsEmpty());
 }
 
-TEST_F(HoldKeeperTest, MayBeStoppedByWhoHearsOfItAndStartedAgain) {
+TEST_F(HoldKeeperTest, MayBeStoppedFromItsOwnCallbackAndStartedAgain) {
     struct Case {
         std::string_view stopsAt;
         int holds; ///< that were asked for by then

@@ -22,7 +22,7 @@ protected:
     std::vector<std::uint64_t> dropped;
 };
 
-TEST_F(ConnectionPlacesTest, TheOldestThatIsSilentGoesFirstAndNobodyWhoHasCalled) {
+TEST_F(ConnectionPlacesTest, DropsTheOldestSilentConnectionWhenFull) {
     for (std::uint64_t client = 1; client <= 5; ++client)
         EXPECT_TRUE(take(client));
     EXPECT_THAT(dropped, ElementsAre(1, 2));
@@ -40,7 +40,7 @@ TEST_F(ConnectionPlacesTest, TheOldestThatIsSilentGoesFirstAndNobodyWhoHasCalled
     EXPECT_THAT(dropped, ElementsAre(1, 2, 4));
 }
 
-TEST_F(ConnectionPlacesTest, AStreamOfSilentConnectionsPushesNoHonestOneOut) {
+TEST_F(ConnectionPlacesTest, KeepsAdmittedConnectionsUnderAFloodOfSilentOnes) {
     ConnectionPlaces all;
     for (std::uint64_t client = 1; client <= 400; ++client) {
         ASSERT_TRUE(all.take(ClientId{client}, UserId{501}, [] { FAIL(); }));

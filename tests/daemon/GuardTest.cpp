@@ -118,7 +118,7 @@ TEST_F(GuardTest, RefusesWithItsReasonAndLeavesNothingBehind) {
     }
 }
 
-TEST_F(GuardTest, ASettingThatCannotBeReadBackIsNotBelievedToHaveChanged) {
+TEST_F(GuardTest, RefusesAHoldIfTheSettingCannotBeReadBack) {
     machine.propertyReadable = false;
     machine.readings = 1; // before pmset has run, and none after it
     EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::pmset));
@@ -139,7 +139,7 @@ TEST_F(GuardTest, ASettingThatCannotBeReadBackIsNotBelievedToHaveChanged) {
     expectFree();
 }
 
-TEST_F(GuardTest, WhatCannotBeUndoneStaysRecordedAndIsTriedAgain) {
+TEST_F(GuardTest, KeepsTheRecordAndRetriesAnUndoThatFails) {
     machine.pmsetOn = Pmset::worksAndFails;
     machine.pmsetOff = Pmset::fails;
     EXPECT_EQ(guard->hold(first, 20), refused(HoldRefusal::pmset));
@@ -164,7 +164,7 @@ TEST_F(GuardTest, WhatCannotBeUndoneStaysRecordedAndIsTriedAgain) {
     expectFree();
 }
 
-TEST_F(GuardTest, AHoldIsNeverTooOldForItself) {
+TEST_F(GuardTest, AgesAHoldFromTheMomentItIsGranted) {
     machine.snapshotTakes = PowerGuardPolicy::heartbeatTimeout + 1;
     EXPECT_EQ(guard->hold(first, 20), granted);
     EXPECT_EQ(guard->hold(first, 40), granted);
@@ -197,7 +197,7 @@ TEST_F(GuardTest, WaitsForASettingThatLandsLate) {
     EXPECT_EQ(machine.clock, start);
 }
 
-TEST_F(GuardTest, BelievesWhatItRemembersWhereTheRecordIsLost) {
+TEST_F(GuardTest, RestoresFromMemoryIfTheRecordIsLost) {
     const std::function<void()> losses[] = {[&] { records.record.reset(); },
                                             [&] { records.damaged = true; }};
     for (const auto& lose : losses) {
@@ -218,7 +218,7 @@ TEST_F(GuardTest, ReadsTheSettingFromPmsetOnlyWhereThePropertyIsMissing) {
     EXPECT_THAT(takeEvents(), ElementsAre(off, read, removed, "sleep enabled again (released)"));
 }
 
-TEST_F(GuardTest, TheHolderMayHoldAgainAndNobodyElseEvenOnAHotMachine) {
+TEST_F(GuardTest, RefusesASecondClientAsBusy) {
     holdFirst(20);
     machine.clock += 10;
     EXPECT_EQ(guard->hold(first, 40), granted);
@@ -304,7 +304,7 @@ TEST_F(GuardTest, AHoldTakesOverWhatIsStillToBeRestored) {
     EXPECT_EQ(guard->state().heldPrevious, true);
 }
 
-TEST_F(GuardTest, AHoldThatTakesOverARestoreWhichHadItsEffectDisablesSleepAnew) {
+TEST_F(GuardTest, DisablesSleepAgainIfThePendingRestoreTookEffect) {
     holdFirst();
     machine.pmsetOff = Pmset::worksAndFails;
     EXPECT_FALSE(guard->revert(RevertReason::released));
@@ -343,7 +343,7 @@ TEST_F(GuardTest, TheTickRestoresFromARecordLeftOnDisk) {
     }
 }
 
-TEST_F(GuardTest, HeartbeatsKeepAHoldAndAMinuteAfterItsEndItExits) {
+TEST_F(GuardTest, ExitsAMinuteAfterTheLastHoldEnds) {
     holdFirst();
     for (int i = 0; i < 3; ++i) {
         tickAfter(30);
@@ -375,7 +375,7 @@ TEST_F(GuardTest, ARecordThatCannotBeDecodedIsLeftInPlace) {
     EXPECT_FALSE(guard->report(first).recordIsUnreadable);
 }
 
-TEST_F(GuardTest, WhoeverEnablesSleepDuringAHoldIsToldOfNotFought) {
+TEST_F(GuardTest, ReportsSleepThatIsEnabledDuringAHold) {
     holdFirst();
     for (int hold = 0; hold < 2; ++hold) {
         tick();
@@ -396,7 +396,7 @@ TEST_F(GuardTest, WhoeverEnablesSleepDuringAHoldIsToldOfNotFought) {
     }
 }
 
-TEST_F(GuardTest, HowTheLastHoldEndedIsWrittenDownOnceSleepIsEnabledAgain) {
+TEST_F(GuardTest, WritesTheLastEndOnceSleepIsEnabledAgain) {
     holdFirst();
     machine.pmsetOff = Pmset::fails;
     machine.thermal = ThermalState::serious;
@@ -424,7 +424,7 @@ TEST_F(GuardTest, HowTheLastHoldEndedIsWrittenDownOnceSleepIsEnabledAgain) {
     EXPECT_TRUE(records.wroteEndOverRecord);
 }
 
-TEST_F(GuardTest, AHoldThatLeftItsRecordAndNoEndWasCutShort) {
+TEST_F(GuardTest, ReportsACrashForARecordWithoutAnEnd) {
     const HoldEnd told{.how = "stopping", .at = 50};
     const HoldEnd crashed{.how = "crashed", .at = machine.date};
 
@@ -476,7 +476,7 @@ TEST_F(GuardTest, RecoversWhatACrashLeftBehind) {
     expectFree();
 }
 
-TEST_F(GuardTest, AgesAreMeasuredByTheClockThatNobodySets) {
+TEST_F(GuardTest, MeasuresAgesWithTheSteadyClock) {
     holdFirst();
     for (const double change : {-1e9, 2e9}) {
         machine.date += change;
@@ -501,7 +501,7 @@ TEST_F(GuardTest, OneTickIsOutstandingAtATime) {
     EXPECT_THAT(takeEvents(), ElementsAre(off, "could not re-enable sleep (retry); retrying"));
 }
 
-TEST_F(GuardTest, AfterTheLastRestoreNothingTakesEffect) {
+TEST_F(GuardTest, RefusesHoldsAfterTheLastRestore) {
     holdFirst();
     guard->revert(RevertReason::released);
     takeEvents();
@@ -530,7 +530,7 @@ protected:
     static constexpr const char* asked = "asking the Mac to sleep: its lid is shut";
 };
 
-TEST_F(LidTest, AShutLidIsRememberedHalfAMinuteAfterTheHold) {
+TEST_F(LidTest, AsksForSleepHalfAMinuteAfterTheHold) {
     endHold();
     tickAfter(29.9);
     EXPECT_THAT(takeEvents(), IsEmpty());
@@ -544,7 +544,7 @@ TEST_F(LidTest, AShutLidIsRememberedHalfAMinuteAfterTheHold) {
     EXPECT_THAT(takeEvents(), IsEmpty());
 }
 
-TEST_F(LidTest, NothingIsOwedWhereNobodyIsTrapped) {
+TEST_F(LidTest, AsksForNoSleepUnlessAShutLidCausesIt) {
     const std::pair<const char*, std::function<void()>> cases[] = {
         {"open", [&] { machine.lidState->isShut = false; }},
         {"on an external display", [&] { machine.lidState->causesSleep = false; }},
@@ -565,7 +565,7 @@ TEST_F(LidTest, NothingIsOwedWhereNobodyIsTrapped) {
     }
 }
 
-TEST_F(LidTest, AHoldInBetweenStartsAnew) {
+TEST_F(LidTest, StartsTheWaitAgainAfterAnotherHold) {
     endHold();
     machine.clock += 20;
     EXPECT_EQ(guard->hold(second, 20), granted);
@@ -579,7 +579,7 @@ TEST_F(LidTest, AHoldInBetweenStartsAnew) {
     EXPECT_THAT(takeEvents(), ElementsAre(asked, "sleep!"));
 }
 
-TEST_F(LidTest, OnlyWhatWasEnabledAgainIsOwed) {
+TEST_F(LidTest, AsksForNoSleepIfSleepWasDisabledBefore) {
     endHold();
     machine.sleepDisabled = true;
     endHold();

@@ -69,7 +69,7 @@ TEST_F(SessionTest, AConnectionIsPreparedBeforeItIsResumed) {
     EXPECT_EQ(guard->state().connections, 0);
 }
 
-TEST_F(SessionTest, AConnectionThatCannotBeHeldToTheRequirementIsRefused) {
+TEST_F(SessionTest, RefusesAConnectionWithoutAValidRequirement) {
     const auto connection = std::make_shared<FakeConnection>(1, events);
     connection->requirementWellFormed = false;
     EXPECT_FALSE(guard->acceptConnection(connection, Session::make));
@@ -121,7 +121,7 @@ TEST_F(SessionTest, AHoldEndsWithItsConnectionAndNoOther) {
                                           "sleep enabled again (client gone)"));
 }
 
-TEST_F(SessionTest, TheHolderIsLookedUpWhenTheLossIsHandled) {
+TEST_F(SessionTest, ALateLossDoesNotEndANewHold) {
     const auto leaving = connect(1);
     const auto other = connect(2);
     EXPECT_EQ(hold(*leaving->session), "ok");
@@ -131,7 +131,7 @@ TEST_F(SessionTest, TheHolderIsLookedUpWhenTheLossIsHandled) {
     EXPECT_EQ(guard->state().holder, ClientId{2});
 }
 
-TEST_F(SessionTest, TellsWhoHoldsAndChangesNothingByIt) {
+TEST_F(SessionTest, ReportsTheHolderWithoutChangingAnything) {
     const auto holder = connect(1);
     const auto other = connect(2);
     EXPECT_EQ(report(*other->session), (HoldReport{.sleepDisabled = false}));
@@ -187,7 +187,7 @@ TEST_F(SessionTest, TellsHowHoldsEnded) {
     }
 }
 
-TEST_F(SessionTest, HowAHoldEndedIsToldToItsClientAndForgottenWithIt) {
+TEST_F(SessionTest, ForgetsHowAHoldEndedWithItsClient) {
     const auto leaving = connect(1);
     const auto staying = connect(2);
     hold(*leaving->session);
@@ -204,7 +204,7 @@ TEST_F(SessionTest, HowAHoldEndedIsToldToItsClientAndForgottenWithIt) {
     EXPECT_EQ(report(*staying->session).lastEnd->how, "released by another");
 }
 
-TEST_F(SessionTest, OutlivingItsConnectionItCanOnlyRelease) {
+TEST_F(SessionTest, CanOnlyReleaseOnceItsConnectionIsGone) {
     auto connection = connect(1);
     const auto session = connection->session;
     EXPECT_EQ(hold(*session), "ok");
@@ -219,7 +219,7 @@ TEST_F(SessionTest, OutlivingItsConnectionItCanOnlyRelease) {
     EXPECT_FALSE(machine.sleepDisabled);
 }
 
-TEST_F(SessionTest, OutlivingItsGuardItAnswersAtOnce) {
+TEST_F(SessionTest, RepliesAtOnceOnceItsGuardIsGone) {
     const auto connection = connect(1);
     guard.reset();
     EXPECT_EQ(hold(*connection->session), "gone");

@@ -74,7 +74,7 @@ TEST(Startup, RefusesToRunForAnyoneButRoot) {
     EXPECT_THAT(host.mac.exits, ElementsAre(1));
 }
 
-TEST(Startup, UndoesAHoldLeftBehindBeforeAnyoneCanConnect) {
+TEST(Startup, RecoversBeforeItAcceptsConnections) {
     FakeHost host;
     host.mac.machine.sleepDisabled = true;
     host.mac.records.record = PowerDaemonRecord{.previous = false, .since = 1};
@@ -126,7 +126,7 @@ TEST(Startup, EndsOnSigtermEvenWhenSleepCannotBeRestored) {
     EXPECT_TRUE(host.mac.records.record); // for the next start
 }
 
-TEST(Startup, WithoutATeamItRunsAndRefusesEveryone) {
+TEST(Startup, RefusesEveryClientIfItHasNoTeam) {
     FakeHost host;
     host.team.reset();
     runDaemon(host);

@@ -170,7 +170,7 @@ std::vector<std::string_view> keysOf() {
         R::fields);
 }
 
-TEST(FormatPages, EveryListOfWordsIsTheCodes) {
+TEST(FormatPages, ListsOfWordsMatchTheCode) {
     using testing::UnorderedElementsAreArray;
 
     Strings modifiers;
@@ -237,7 +237,7 @@ TEST(FormatPages, TheDaemonsRequirementIsGiven) {
               example("power-service", "requirement"));
 }
 
-TEST(FormatPages, TheSessionHostAnswersAsItSays) {
+TEST(FormatPages, TheSessionHostRepliesAsDocumented) {
     SessionWorld world;
     const PeerId peer = world.connect(SessionHost::Door::control);
     for (const std::string& block : blocks("session-control", "json")) {

@@ -45,7 +45,7 @@ TEST_F(DaemonTest, APeerThatIsNotTrustedGetsNoSession) {
     EXPECT_THAT(daemon->lines(), testing::IsEmpty());
 }
 
-TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
+TEST_F(DaemonTest, HostilePeersDisturbNoHoldAndGrowNoMemory) {
     startDaemon();
     const RawClient holder = connect();
     EXPECT_EQ(holder.call(holdCall), held);
@@ -89,7 +89,7 @@ TEST_F(DaemonTest, NoPeerDisturbsAHoldOrGrowsMemory) {
     EXPECT_TRUE(silent);
 }
 
-TEST_F(DaemonTest, EveryFaultOfTheMacIsARefusalThatLeavesNothingBehind) {
+TEST_F(DaemonTest, RefusesAHoldForEveryFaultOfTheMac) {
     startDaemon();
 
     const std::pair<std::string, std::string> cases[] = {
@@ -130,7 +130,7 @@ TEST_F(DaemonTest, AFailedRestoreIsRetriedByTheNextStart) {
     EXPECT_FALSE(sleepDisabled());
 }
 
-TEST_F(DaemonTest, ThereIsOneToAMac) {
+TEST_F(DaemonTest, RefusesToStartTwiceOnOneMac) {
     startDaemon();
     const RawClient client = connect();
     EXPECT_EQ(client.call(holdCall), held);
@@ -142,7 +142,7 @@ TEST_F(DaemonTest, ThereIsOneToAMac) {
     EXPECT_TRUE(sleepDisabled());
 }
 
-TEST_F(DaemonTest, TheSignalsOfATerminalEndItInGoodOrderUnlessTheyWereIgnored) {
+TEST_F(DaemonTest, RestoresSleepWhenATerminalSignalEndsIt) {
     for (const int signal : {SIGINT, SIGHUP}) {
         startDaemon();
         const RawClient client = connect();
@@ -169,7 +169,7 @@ TEST_F(DaemonTest, TheSignalsOfATerminalEndItInGoodOrderUnlessTheyWereIgnored) {
     EXPECT_FALSE(sleepDisabled());
 }
 
-TEST_F(DaemonTest, OfAMacThatWasReplacedItLeavesTheNewOneAlone) {
+TEST_F(DaemonTest, LeavesAReplacedMacAlone) {
     startDaemon();
     auto leaving = std::make_unique<RawClient>(connect());
     EXPECT_EQ(leaving->call(holdCall), held);
@@ -187,7 +187,7 @@ TEST_F(DaemonTest, OfAMacThatWasReplacedItLeavesTheNewOneAlone) {
     EXPECT_EQ(holder.call(heartbeatCall), yes);
 }
 
-TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
+TEST_F(DaemonTest, ReportsAStartThatFailsInOneHelpfulLine) {
     const std::string broken = (temporary.path() / "broken").string();
     ASSERT_TRUE(MacFolder(broken).create("/nonexistent"));
     std::ofstream(broken + "/machine.json") << R"({"mains":true,"faults":{"pmset":"explodes"}})";
@@ -239,7 +239,7 @@ TEST_F(DaemonTest, WhatCannotBeDoneIsOneLineThatSaysWhatWouldDo) {
     }
 }
 
-TEST_F(DaemonTest, AFolderWhosePathIsTooLongForASocketIsNoMac) {
+TEST_F(DaemonTest, RefusesAPathTooLongForASocket) {
     const std::size_t below = socket.string().size() - root.size();
     const auto moveTo = [&](std::size_t socketPath) {
         std::string path = temporary.path() / "";
@@ -269,7 +269,7 @@ TEST_F(DaemonTest, ClosedStandardErrorDoesNotKeepItFromRestoring) {
     EXPECT_FALSE(sleepDisabled());
 }
 
-TEST_F(DaemonTest, ALogThatNobodyReadsDoesNotKeepItFromRestoring) {
+TEST_F(DaemonTest, RestoresSleepThoughItsLogIsNotRead) {
     const auto log = makePipe();
     ASSERT_TRUE(log);
     const int end = log->writeEnd.get();
@@ -324,7 +324,7 @@ TEST_F(DaemonTest, VelmoMacMakesAMacAndBreaksIt) {
     EXPECT_EQ(run("VelmoPowerDaemonSimulated", {other})->waitForEnd(), 2);
 }
 
-TEST_F(DaemonTest, AHoldThatWaitsBehindTheLastRestoreTakesNoEffect) {
+TEST_F(DaemonTest, IgnoresAHoldThatArrivesDuringTheLastRestore) {
     startDaemon();
     const RawClient holder = connect();
     ASSERT_EQ(holder.call(holdCall), held);

@@ -75,7 +75,7 @@ TEST_F(FullDiskTest, AHoldThatCannotBeRecordedIsRefusedAndLeavesNothing) {
     EXPECT_THAT(names(), testing::ElementsAre("power-daemon.json"));
 }
 
-TEST_F(FullDiskTest, ARecordThatCannotBeRemovedIsUndoneAgain) {
+TEST_F(FullDiskTest, RestoresAgainIfTheRecordCannotBeRemoved) {
     startDaemon();
     EXPECT_EQ(connect().call(holdCall), held);
     ASSERT_TRUE(mountDisk(MS_REMOUNT | MS_RDONLY));

@@ -32,7 +32,7 @@ protected:
     std::filesystem::path record = folder / "power-daemon.json";
 };
 
-TEST_F(RecoveryTest, ACrashIsToldByTheNextDaemonAndTheOneAfterIt) {
+TEST_F(RecoveryTest, ReportsACrashInTheNextTwoRuns) {
     leaveAHoldBehind();
     for (int i = 0; i < 2; ++i) {
         startDaemon();
@@ -103,7 +103,7 @@ TEST_F(RecoveryTest, ADamagedRecordDoesNoHarm) {
     EXPECT_FALSE(sleepDisabled());
 }
 
-TEST_F(RecoveryTest, AnUnfinishedRecordIsNoneAndIsClearedAway) {
+TEST_F(RecoveryTest, IgnoresAndRemovesAnUnfinishedRecord) {
     leaveAHoldBehind();
     mac.update([](SimulatedMac& state) { state.sleepDisabled = false; });
     std::filesystem::rename(record, record.string() + ".new");

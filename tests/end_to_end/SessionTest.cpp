@@ -113,7 +113,7 @@ protected:
     std::unique_ptr<WatchedProcess> host;
 };
 
-TEST_F(SessionTest, OfManyThatRaceWithOneTicketOneGetsIn) {
+TEST_F(SessionTest, ATicketAdmitsOneOfManyRacingClients) {
     const std::string ticket = ticketFor(startShell());
     constexpr int racers = 30;
     std::vector<std::unique_ptr<WatchedProcess>> all;
@@ -132,7 +132,7 @@ TEST_F(SessionTest, OfManyThatRaceWithOneTicketOneGetsIn) {
     EXPECT_FALSE(fs::exists(ticket));
 }
 
-TEST_F(SessionTest, PeersThatDieOrTalkNonsenseDisturbNobody) {
+TEST_F(SessionTest, DeadOrInvalidPeersLeaveOtherViewersAlone) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     for (const char* socket : {"attach.sock", "control.sock"}) {
@@ -172,7 +172,7 @@ TEST_F(SessionTest, TheTerminalIsRestoredHoweverTheViewEnds) {
     }
 }
 
-TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
+TEST_F(SessionTest, AnIgnoredHangUpDoesNotEndTheView) {
     const auto window =
         openProgram({"/bin/sh", "-c", "trap '' HUP; exec " + program + " attach " + startShell()});
     ASSERT_TRUE(window->shows("ready> "));
@@ -196,7 +196,7 @@ TEST_F(SessionTest, AHangUpThatIsIgnoredFromTheStartEndsNoView) {
     EXPECT_EQ(shown->waitForEnd(), 128 + SIGHUP);
 }
 
-TEST_F(SessionTest, AViewerThatWasStoppedGoesOnAsBefore) {
+TEST_F(SessionTest, AStoppedViewerSetsRawModeAgainWhenContinued) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     termios modes{};
@@ -250,7 +250,7 @@ TEST_F(SessionTest, AProgramGetsThreeDescriptorsAndItsOwnTerminal) {
     EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\nopen-")));
 }
 
-TEST_F(SessionTest, AFolderThatIsNotPrivateIsNotServedIn) {
+TEST_F(SessionTest, RefusesToServeInAFolderThatIsNotPrivate) {
     struct stat status{};
     EXPECT_EQ(::stat(folder.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0700U);
@@ -268,7 +268,7 @@ TEST_F(SessionTest, AFolderThatIsNotPrivateIsNotServedIn) {
     EXPECT_EQ(output({"list", "--json"}), "[]\n");
 }
 
-TEST_F(SessionTest, AHostThatASessionNeedsStartsByItselfAndReplacesAStaleSocket) {
+TEST_F(SessionTest, StartsAHostAndReplacesAStaleSocket) {
     host->signal(SIGKILL);
     EXPECT_EQ(host->waitForEnd(), 128 + SIGKILL);
     EXPECT_TRUE(fs::exists(folder / "control.sock"));

@@ -119,7 +119,7 @@ class Words(PowerTest):
               b"a b", b"'", b'"', b"\\", b"$HOME", b"*", b"%s", b"\n", b"\xff\xfe", b"=", b"--for=1",
               b"{}", b"//", b"hold", "ü".encode()]
 
-    def test_lists_of_words(self):
+    def test_words_reach_the_command_unchanged(self):
         chance = random.Random(SEED)
         lists = [[piece] for piece in self.PIECES]
         for _ in range(60):
@@ -146,7 +146,7 @@ class Birth(PowerTest):
     LOOK = ("grep -E '^(Sig(Ign|Blk|Cgt)|Umask)' /proc/self/status; ls /proc/self/fd; pwd; "
             "ps -o pgid=,sid=,tty= -p $$; ulimit -a; env | sort")
 
-    def test_what_it_is_born_with(self):
+    def test_the_command_inherits_what_the_client_inherited(self):
         def ignoring(*numbers):
             return lambda: [signal.signal(each, signal.SIG_IGN) for each in numbers]
 
@@ -186,13 +186,13 @@ class Birth(PowerTest):
             if name != "as it comes" or results[0] != results[1]:
                 self.assertEqual(results[1], results[0], name)
 
-    def test_processes_that_share_descriptors(self):
+    def test_the_command_inherits_shared_descriptors(self):
         script = (f"{PROGRAMS}/velmo-power hold --quiet -- sh -c 'cat \"$1\"; echo three >&3' sh "
                   "<(echo two) 3>&1")
         done = subprocess.run(["bash", "-c", script], env=self.environment, capture_output=True)
         self.assertEqual(done.stdout, b"two\nthree\n")
 
-    def test_under_make_and_xargs(self):
+    def test_the_client_runs_under_make_and_xargs(self):
         with open(self.folder.name + "/Makefile", "w") as file:
             file.write("all: a b c\na b c:\n\t@+velmo-power hold --quiet -- $(MAKE) -s leaf\n"
                        "leaf:\n\t@echo $(MAKEFLAGS) | grep -c jobserver\n")
@@ -208,7 +208,7 @@ class Birth(PowerTest):
 class Ends(PowerTest):
     """How it ends, and what its exit status means."""
 
-    def test_statuses(self):
+    def test_each_exit_status(self):
         held = "with a hold of somebody else"
         for words, status, text in (
                 (["--help"], 0, "Usage: velmo-power [VERB]"), (["hold", "-h"], 0, "--end-on-loss"),
@@ -236,14 +236,14 @@ class Ends(PowerTest):
             if status not in (0, 9):
                 self.assertRegex(done.stderr.decode(), r"\Avelmo-power: [^\n]*\n\Z", words)
 
-    def test_the_command_that_a_signal_ends_ends_us_by_it(self):
+    def test_the_client_dies_by_the_signal_that_ended_its_command(self):
         for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGSEGV, signal.SIGHUP,
                        signal.SIGPIPE, signal.SIGQUIT):
             self.assertEqual(self.power("hold", "sh", "-c", f"kill -{number} $$").returncode,
                              -number)
         self.assertFalse(self.is_held())
 
-    def test_refused(self):
+    def test_a_refused_hold_runs_no_command(self):
         for change, words, text in (
                 (["--mains", "off", "--battery", "12"], [], "battery is below the floor"),
                 (["--mains", "on", "--thermal", "serious"], [], "too hot"),
@@ -258,14 +258,14 @@ class Ends(PowerTest):
             self.assertEqual(done.returncode, 4)
             self.assertIn("running sh without a hold", done.stderr.decode())
 
-    def test_no_daemon(self):
+    def test_verbs_fail_without_a_daemon(self):
         self.daemon.terminate()
         self.daemon.wait()
         for words, status in ((["hold"], 3), (["release"], 3), (["hold", "true"], 125),
                               (["hold", "--or-run", "true"], 0), (["status"], 3), ([], 3)):
             self.assertEqual(self.power(*words).returncode, status, words)
 
-    def test_a_daemon_that_hangs_is_told_of_and_a_signal_ends_the_wait(self):
+    def test_a_signal_ends_the_wait_for_a_daemon_that_hangs(self):
         self.daemon.send_signal(signal.SIGSTOP)
         self.addCleanup(self.daemon.send_signal, signal.SIGCONT)
         client = self.start("hold", "touch", self.folder.name + "/ran")
@@ -369,7 +369,7 @@ class Signals(PowerTest):
         self.assertEqual(client.end(), 0)
         self.assertNotIn("stopped", client.text)
 
-    def test_a_signal_that_comes_twice_is_no_impatience(self):
+    def test_a_doubled_signal_does_not_end_the_release(self):
         done = subprocess.run(["timeout", "1", *self.words("hold")], env=self.environment,
                               capture_output=True, timeout=PATIENCE)
         self.assertEqual(done.returncode, 124)
@@ -421,7 +421,7 @@ class Signals(PowerTest):
         self.assertEqual(int(done.stdout.split()[1], 16), 1 << (signal.SIGCHLD - 1),
                          "the command is born with the same mask")
 
-    def test_what_was_given_up_is_not_asked_for_after_a_stop(self):
+    def test_a_released_hold_is_not_asked_for_after_a_stop(self):
         client = self.start("hold", "sleep", "30", preexec_fn=os.setpgrp)
         client.wait_for("holding")
         self.power("release")
@@ -512,7 +512,7 @@ class Streams(PowerTest):
         self.addCleanup(terminal.close)
         return terminal
 
-    def test_a_line_that_is_drawn_anew(self):
+    def test_the_status_line_is_redrawn(self):
         terminal = self.terminal("hold", "--floor", "30", "--for", "1h")
         terminal.wait_for("nominal")
         self.assertIn("\r\x1b[Kawake for 0:00:0", terminal.text())
@@ -525,7 +525,7 @@ class Streams(PowerTest):
         terminal.wait_for("released\r\n")
         self.assertEqual(terminal.end(), 0)
 
-    def test_where_no_line_is_drawn(self):
+    def test_no_status_line_on_a_dumb_terminal_or_in_the_background(self):
         for options in ({"environment": {"TERM": "dumb"}}, {"foreground": False}):
             terminal = self.terminal("hold", "--for", "2", **options)
             terminal.wait_for("is over")
@@ -538,7 +538,7 @@ class Streams(PowerTest):
         drawn = re.findall("\r\x1b\\[K(awake[^\r]*)", terminal.text())
         self.assertTrue(drawn and all(len(line) == 19 for line in drawn), drawn)
 
-    def test_nobody_who_does_not_read_keeps_it_from_its_work(self):
+    def test_unread_output_does_not_delay_the_release(self):
         terminal = self.terminal("hold")
         terminal.wait_for("awake for")
         terminal.write(b"\x13")  # Ctrl-S
@@ -560,7 +560,7 @@ class Streams(PowerTest):
         os.close(writing)
         self.assertEqual(process.wait(PATIENCE), 0)
 
-    def test_streams_that_are_closed_or_full(self):
+    def test_closed_or_full_streams_do_not_change_the_status(self):
         for streams in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-", ">/dev/full", "2>/dev/full",
                         ">/dev/full 2>&1", "| true"):
             script = f"{PROGRAMS}/velmo-power hold sh -c 'exit 6' {streams}; echo ${{PIPESTATUS[0]}}"
@@ -582,7 +582,7 @@ class Options(PowerTest):
                ["--ac-only"], ["--until-lid-opens"], ["--display-off"], ["--no-wait"], ["--or-run"],
                ["--persist"], ["--end-on-loss"], ["--background"], ["--quiet"]]
 
-    def test_each_alone_and_each_pair(self):
+    def test_each_option_and_each_pair_works(self):
         mark = self.folder.name + "/ran"
         for several in itertools.chain(([each] for each in self.OPTIONS),
                                        itertools.combinations(self.OPTIONS, 2)):
@@ -598,7 +598,7 @@ class Options(PowerTest):
                 self.assertEqual(file.read(), "x\n", options)
             os.remove(mark)
 
-    def test_what_ends_a_hold(self):
+    def test_each_limit_ends_a_hold(self):
         other = subprocess.Popen(["sleep", "100"])
         self.addCleanup(other.kill)
         for words, act, why in (
@@ -641,7 +641,7 @@ class Options(PowerTest):
         client.send(signal.SIGINT)
         self.assertEqual(client.end(), 0)
 
-    def test_in_the_background(self):
+    def test_a_background_hold_starts_ends_and_can_be_cancelled(self):
         done = self.power("hold", "--background")
         self.assertEqual(done.returncode, 0)
         self.assertTrue(self.is_held())
@@ -684,7 +684,7 @@ class Options(PowerTest):
 class Others(PowerTest):
     """Several clients, and the hold that ends."""
 
-    def test_release_ends_it_for_good(self):
+    def test_release_ends_every_riding_client(self):
         alone = self.start("hold")
         alone.wait_for("holding")
         rides = self.start("hold")
@@ -731,7 +731,7 @@ class Others(PowerTest):
         report = json.loads(self.power("status", "--json").stdout)
         self.assertEqual(report["holds"]["lastEnd"]["how"], "client gone")
 
-    def test_what_stays_disabled_is_told(self):
+    def test_sleep_that_stays_disabled_is_reported(self):
         self.mac("set", "--sleep-disabled", "on")
         client = self.start("hold", "--for", "1")
         self.assertEqual(client.end(), 0)
@@ -780,7 +780,7 @@ class Others(PowerTest):
             self.assertEqual(subprocess.run(self.words("status"), env=self.environment, stdout=full,
                                             stderr=subprocess.DEVNULL).returncode, 1)
 
-    def test_what_the_system_lacks_is_a_refusal_in_one_line(self):
+    def test_too_few_descriptors_are_refused_cleanly(self):
         for limit in range(5, 12):
             done = subprocess.run(["bash", "-c", f"ulimit -n {limit}; exec {PROGRAMS}/velmo-power hold true"],
                                   env=self.environment, capture_output=True)
@@ -798,7 +798,7 @@ class Pages(unittest.TestCase):
                   f"COMP_CWORD={len(words)}; {function}; echo \"${{COMPREPLY[@]}}\"")
         return subprocess.check_output(["bash", "-c", script]).decode().split()
 
-    def test_every_option_is_in_all_of_them(self):
+    def test_every_option_is_in_every_page_and_completion(self):
         for page in os.listdir(SHARE + "/man/man1"):
             program = page.removesuffix(".1")
             pages = {}

@@ -201,7 +201,7 @@ class RealPrograms(unittest.TestCase):
         for screen in (self.screen, second, self.attach()):
             screen.shows("<€>")
 
-    def test_binary_output_harms_nobody(self):
+    def test_binary_output_leaves_the_session_usable(self):
         second = self.attach()
         second.shows("ready>")
         # Without what makes any terminal answer: that would be typed into the shell, as anywhere.

@@ -8,7 +8,7 @@
 namespace velmo {
 namespace {
 
-TEST(Packaging, InstallsWhatSatisfiesTheVeryRequirementsOfDaemonAndClients) {
+TEST(Packaging, InstallsByTheRequirementsOfDaemonAndClients) {
     const auto printed = outputOf(
         "/bin/sh", std::to_array<std::string_view>(
                        {"-c", ". " VELMO_PACKAGING "/daemon.sh; client_requirement ABCDE12345;"

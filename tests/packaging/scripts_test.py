@@ -142,12 +142,12 @@ class Installing(ScriptsTest):
     def test_an_update_is_done_whole_or_not_at_all_whichever_step_fails(self):
         self.assertDoneWholeOrNotAtAll(lambda: self.mac().with_older(loaded=True), bin_mode=0o775, every_step=True)
 
-    def test_an_update_of_what_is_disabled_leaves_it_disabled_if_the_last_steps_fail(self):
+    def test_a_failed_update_leaves_a_disabled_service_disabled(self):
         self.assertDoneWholeOrNotAtAll(lambda: self.mac().with_older(loaded=False), bin_mode=0o775, every_step=False)
 
 
 class Others(ScriptsTest):
-    def test_what_the_other_side_would_refuse_is_not_installed(self):
+    def test_programs_with_unfit_signatures_are_not_installed(self):
         signed = {"daemon_signed": "VelmoPowerDaemon TEAM1", "client_signed": "VelmoHelper TEAM1"}
         for change, complaint in (
                 ({"daemon_signed": ""}, "VelmoPowerDaemon is not signed properly|not signed by a team"),
@@ -223,7 +223,7 @@ class Others(ScriptsTest):
         self.assertEqual(mac.run("sign", "-", "built").returncode, 0)
         self.assertEqual(mac.run("install", "built").returncode, 1)
 
-    def test_a_mac_is_verified_and_left_as_it_was(self):
+    def test_verifying_a_mac_leaves_it_unchanged(self):
         def verify(mac, *arguments, **environment):
             self.addCleanup(lambda: mac.folder.joinpath("bin/plays-velmo-power").unlink())
             mac.put("built/knock", '#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-knock"\n', 0o755)
@@ -297,7 +297,7 @@ class Others(ScriptsTest):
         for line, said in zip(shown, ("one", "two")):
             self.assertRegex(line, rf"^\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d VelmoPowerDaemon: {said}$")
 
-    def test_every_command_of_the_documents_is_one_that_is_tried(self):
+    def test_every_documented_command_is_tested(self):
         """Of the manual and the workflow: a script or verb that exists, or a Mac's tool called as a
         script of ours calls it, each of which the tests run over the stand-ins."""
         page = (ROOT / "docs/operations.md").read_text()
@@ -327,7 +327,7 @@ class Others(ScriptsTest):
                     elif words[0] not in known and " ".join(words[:3]) not in asks:
                         self.assertTrue(" ".join(words[:2]) in scripts)
 
-    def test_the_lists_say_what_the_scripts_and_the_daemon_go_by(self):
+    def test_the_lists_agree_with_scripts_and_daemon(self):
         listed = plistlib.loads((SCRIPTS / f"{LABEL}.plist").read_bytes())
         self.assertEqual(listed["Label"], LABEL)
         self.assertEqual(listed["ProgramArguments"], ["/" + DAEMON])

@@ -117,7 +117,7 @@ TEST_F(SessionHostTest, StartsWhatThePolicyAllowsAndSaysWhatItRefused) {
     EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "system");
 }
 
-TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
+TEST_F(SessionHostTest, CleansNamesAndRefusesOnesInUse) {
     SessionCallLine call = SessionWorld::startCall();
     call.name = "a\033]2;b\a\xE2\x80\xAE";
     EXPECT_TRUE(world.call(call).ok);
@@ -147,7 +147,7 @@ TEST_F(SessionHostTest, NamesAreCleanAndNameOneRunningSession) {
     EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = "bash-3"}).reason, "unknown");
 }
 
-TEST_F(SessionHostTest, AForkBombOfStartsMeetsALimit) {
+TEST_F(SessionHostTest, LimitsTheNumberOfSessions) {
     for (std::size_t i = 0; i < SessionHost::maxSessions; ++i)
         EXPECT_NE(world.startShell(), "");
     EXPECT_EQ(world.call(SessionWorld::startCall()).reason, "limit");
@@ -161,7 +161,7 @@ TEST_F(SessionHostTest, AForkBombOfStartsMeetsALimit) {
     EXPECT_LE(listed, SessionHost::maxSessions + SessionHost::maxEnded + 1);
 }
 
-TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
+TEST_F(SessionHostTest, AcceptsATicketOnceWithinHalfAMinute) {
     const std::string id = world.startShell();
     const auto ticket = world.ticketFor(id).value();
     EXPECT_EQ(ticket.endpoint, "/private/attach.sock");
@@ -197,7 +197,7 @@ TEST_F(SessionHostTest, ATicketLetsOneInOnceForHalfAMinute) {
     EXPECT_EQ(world.call({.call = SessionCall::ticket, .session = other}).reason, "limit");
 }
 
-TEST_F(SessionHostTest, WhoeverGreetsWronglyOrNotAtAllIsClosed) {
+TEST_F(SessionHostTest, ClosesAPeerWithoutAValidGreeting) {
     world.startShell();
     for (const std::string_view garbage :
          {std::string_view("\x06\0\0\0\x02{}", 7), std::string_view("\x01\0\0\0\x01x", 6),
@@ -308,7 +308,7 @@ TEST_F(SessionHostTest, AStreamCarriesFramesBothWays) {
     EXPECT_TRUE(world.peers[peer]->isClosed);
 }
 
-TEST_F(SessionHostTest, WhoTypedLastDecidesTheSizeAndAnswersQueries) {
+TEST_F(SessionHostTest, TheViewerThatTypedLastSetsSizeAndAnswersQueries) {
     const std::string id = world.startShell();
     const PeerId first = attach(id, 100, 30);
     const PeerId second = attach(id, 50, 20);
@@ -334,7 +334,7 @@ TEST_F(SessionHostTest, WhoTypedLastDecidesTheSizeAndAnswersQueries) {
         << "the same size once more asks the program to draw anew";
 }
 
-TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
+TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[?25l\033[1m\033]2;old\a first line \033[6n\r\n");
     std::string lines;
@@ -355,7 +355,7 @@ TEST_F(SessionHostTest, AReplayBeginsAtALineWithWhatOlderOutputHasSet) {
     EXPECT_TRUE(shown.isWhole);
 }
 
-TEST_F(SessionHostTest, AReplayBeginsOutsideOfWhatIsNotShown) {
+TEST_F(SessionHostTest, BeginsAReplayAfterAHiddenSequence) {
     const std::string id = world.startShell();
     std::string picture = "\033Pq";
     while (picture.size() < mebibyte / 4)
@@ -370,7 +370,7 @@ TEST_F(SessionHostTest, AReplayBeginsOutsideOfWhatIsNotShown) {
     EXPECT_GT(shown.output.size(), mebibyte / 2);
 }
 
-TEST_F(SessionHostTest, ASlowViewerSlowsTheProgramForFiveSecondsAndThenNobody) {
+TEST_F(SessionHostTest, ASlowViewerHoldsUpTheProgramForFiveSeconds) {
     const std::string id = world.startShell();
     const PeerId quick = attach(id);
     const PeerId slow = attach(id); // it leads, and is sent frames that lie in the log
@@ -441,7 +441,7 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
     EXPECT_TRUE(world.peers[one]->isClosed);
 }
 
-TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
+TEST_F(SessionHostTest, ClosesAViewerThatSendsGarbage) {
     const std::string id = world.startShell();
     for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
         world.host.gone(attach(id)); // a viewer is not a stranger
@@ -463,7 +463,7 @@ TEST_F(SessionHostTest, GarbageEndsOneViewerAndDisturbsNobody) {
     EXPECT_TRUE(world.peers[stream(id)]->received.contains("limit"));
 }
 
-TEST_F(SessionHostTest, TheExitIsToldAfterTheLastOutputAndRememberedForAMinute) {
+TEST_F(SessionHostTest, SendsTheExitAfterTheLastOutput) {
     const std::string id = world.startShell();
     const PeerId peer = attach(id);
     world.end(7 << 8); // the news is first
@@ -486,7 +486,7 @@ TEST_F(SessionHostTest, TheExitIsToldAfterTheLastOutputAndRememberedForAMinute) 
     EXPECT_FALSE(world.host.deadline()) << "nothing wakes the host";
 }
 
-TEST_F(SessionHostTest, WhatOthersKeepOpenAfterTheProgramsEndIsNotWaitedForForever) {
+TEST_F(SessionHostTest, EndsADrainAfterItsPatience) {
     const std::string id = world.startShell();
     const PeerId peer = attach(id);
     const PeerId stuck = attach(id);
@@ -500,7 +500,7 @@ TEST_F(SessionHostTest, WhatOthersKeepOpenAfterTheProgramsEndIsNotWaitedForForev
     EXPECT_TRUE(world.host.isIdle());
 }
 
-TEST_F(SessionHostTest, TheLastOutputIsNotLostOverOneWhoReadsSlowly) {
+TEST_F(SessionHostTest, SendsTheLastOutputDespiteASlowViewer) {
     const std::string id = world.startShell();
     const PeerId peer = attach(id);
     attach(id, 80, 24, 0);
@@ -525,7 +525,7 @@ TEST_F(SessionHostTest, EndHangsUpThenTerminatesThenKills) {
     EXPECT_EQ(world.programs.begin()->second.use_count(), 1);
 }
 
-TEST_F(SessionHostTest, WhatOutlivesAKillIsKilledAgain) {
+TEST_F(SessionHostTest, KillsAProgramThatSurvivesAKillAgain) {
     const std::string id = world.startShell();
     EXPECT_TRUE(world.call({.call = SessionCall::end, .session = id}).ok);
     world.pass(10);
@@ -534,7 +534,7 @@ TEST_F(SessionHostTest, WhatOutlivesAKillIsKilledAgain) {
     EXPECT_THAT(world.program().endings, ElementsAre(1, 15, 9, 9, 9));
 }
 
-TEST_F(SessionHostTest, WhereNothingIsLeftToEndNothingIsSignalledAndNothingKept) {
+TEST_F(SessionHostTest, SignalsNothingAfterTheLastProcessHasEnded) {
     EXPECT_TRUE(world.call({.call = SessionCall::end, .session = world.startShell()}).ok);
     world.program().hasProcesses = false;
     world.program().isOver = true;
@@ -544,7 +544,7 @@ TEST_F(SessionHostTest, WhereNothingIsLeftToEndNothingIsSignalledAndNothingKept)
     EXPECT_THAT(world.program().endings, ElementsAre(1)) << "the number may be another's by now";
 }
 
-TEST_F(SessionHostTest, NobodyWatchesASessionFromWithinIt) {
+TEST_F(SessionHostTest, RefusesAViewerFromWithinTheSession) {
     const std::string id = world.startShell();
     const auto ticket = world.ticketFor(id);
     const PeerId window = world.connect(Door::attach);

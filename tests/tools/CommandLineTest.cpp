@@ -22,7 +22,7 @@ constexpr Program program{.name = "tool",
                           .sections = {},
                           .version = "1"};
 
-TEST(CommandLine, EverythingFromTheFirstForeignWordIsTheCommands) {
+TEST(CommandLine, LeavesTheCommandsWordsToTheCommand) {
     for (const auto& [given, words] : std::initializer_list<std::pair<Words, Words>>{
              {{"run", "ls", "-l"}, {"ls", "-l"}},
              {{"run", "--", "ls", "--fast"}, {"ls", "--fast"}},
@@ -49,7 +49,7 @@ TEST(CommandLine, OptionsHaveTheirValues) {
     EXPECT_EQ(read(program, Words{})->verb->name, "show");
 }
 
-TEST(CommandLine, RefusesInOneLineThatSaysWhatWouldDo) {
+TEST(CommandLine, RefusesWrongWordsInOneHelpfulLine) {
     for (const auto& [given, error] : std::initializer_list<std::pair<Words, std::string_view>>{
              {{"rub"}, "unknown verb 'rub'; there are run, show and move"},
              {{"--fats"}, "unknown option '--fats'; see tool --help"},

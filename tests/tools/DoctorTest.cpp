@@ -98,7 +98,7 @@ TEST_F(DoctorTest, NamesEachFaultWithItsCure) {
     EXPECT_THAT(examined(), HasSubstr("var/db/velmo is a link"));
 }
 
-TEST_F(DoctorTest, TellsOnWhoseBehalfSleepIsDisabled) {
+TEST_F(DoctorTest, NamesTheClientForWhichSleepIsDisabled) {
     machine.sleepDisabled = true;
     EXPECT_THAT(examined(), HasSubstr("WRONG    sleep is disabled, and not by the daemon"));
     report->pending = true;

@@ -51,7 +51,7 @@ TEST(HoldLimits, TimesOfDayAreTheNextOnes) {
     ::tzset();
 }
 
-TEST(HoldLimits, WhicheverComesFirstEndsTheHold) {
+TEST(HoldLimits, TheFirstLimitReachedEndsTheHold) {
     const HoldLimits all{.seconds = 60,
                          .until = WallTime{1000},
                          .process = 7,

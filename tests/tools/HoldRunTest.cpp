@@ -100,7 +100,7 @@ private:
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(HoldRun, TheCommandGetsWhatTheTerminalDoesNotSendIt) {
+TEST(HoldRun, PassesOnSignalsThatTheTerminalDoesNotSend) {
     for (const auto& [number, fromTerminal, isPassedOn] :
          {std::tuple(SIGINT, true, false), std::tuple(SIGINT, false, true),
           std::tuple(SIGQUIT, true, false), std::tuple(SIGTERM, false, true),
@@ -130,7 +130,7 @@ TEST(HoldRun, ASignalEndsARunWithoutACommand) {
     }
 }
 
-TEST(HoldRun, ASecondSignalIsImpatienceAfterAWhile) {
+TEST(HoldRun, ASignalRepeatedAfterASecondEndsTheRun) {
     Played play(withMake);
     play.held();
     play.commandEnded({.status = 7});
@@ -178,7 +178,7 @@ TEST(HoldRun, AStopGivesTheHoldUpAndAContinuationAsksAgain) {
     }
 }
 
-TEST(HoldRun, EachLossIsAComplaint) {
+TEST(HoldRun, WarnsOfEachLoss) {
     struct Case {
         Keeper state;
         std::string_view reason;
@@ -351,7 +351,7 @@ TEST(HoldRun, LimitsEndAHoldAndTheCommandRunsOn) {
     EXPECT_EQ(actions.front().kind, Kind::complain) << "quiet or not";
 }
 
-TEST(HoldRun, EnabledSleepIsToldOnceAndOnlyAfterTheDaemonWasAsked) {
+TEST(HoldRun, WarnsOnceOfEnabledSleepAfterAskingTheDaemon) {
     Played play(alone);
     play.held();
     play.forget();
@@ -404,7 +404,7 @@ TEST(HoldRun, AWaitIsToldWhileItLasts) {
     EXPECT_THAT(front.said(), IsEmpty());
 }
 
-TEST(HoldRun, BehindAFrontThatIsGoneThereIsNoHold) {
+TEST(HoldRun, GivesUpTheHoldIfItsFrontIsGone) {
     HoldRequest behind = withMake;
     behind.readyDescriptor = 3;
     Played waiting(behind);

@@ -55,7 +55,7 @@ TEST(StatusText, TellsWhoHoldsAndWhyTheLastHoldEnded) {
     EXPECT_FALSE(isSameStatus(status, later));
 }
 
-TEST(StatusText, TellsHowItStandsWithOnesOwnHold) {
+TEST(StatusText, DescribesTheStateOfOnesOwnHold) {
     using State = HoldKeeper::State;
 
     struct Case {
@@ -92,7 +92,7 @@ TEST(StatusText, TellsHowItStandsWithOnesOwnHold) {
         EXPECT_EQ(holdText(c.status), c.text);
 }
 
-TEST(StatusText, AProgramsNameIsNoCommandToTheTerminal) {
+TEST(StatusText, RemovesTerminalSequencesFromAProgramsName) {
     EXPECT_EQ(holderText({.processId = 7, .program = "a\x1b]0;b\u202e\u009b31m\nc"}),
               "a]0;b31mc (7)");
 }

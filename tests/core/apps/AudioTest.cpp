@@ -54,7 +54,7 @@ const RawAudioDevice devices[] = {
     {.deviceID = 11, .uid = "default", .name = "The very longest", .outputChannels = 1},
 };
 
-TEST(AudioOutputs, ListsWhatCanBeChosenOnceTheDefaultFirst) {
+TEST(AudioOutputs, ListsEachOutputOnceWithTheDefaultFirst) {
     const auto ids = [](std::optional<std::uint32_t> defaultID) {
         std::string text;
         for (const AudioOutput& output : list(devices, defaultID, shorterFirst))

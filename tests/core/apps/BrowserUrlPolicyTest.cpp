@@ -25,7 +25,7 @@ TEST(BrowserUrlPolicy, TheFirstBrowserWindowOnTheNormalLayerIsTheFrontOne) {
     EXPECT_FALSE(front(std::span(windows).first(4)));
 }
 
-TEST(BrowserUrlPolicy, ScriptsOnlyWhatCannotEndTheLiteral) {
+TEST(BrowserUrlPolicy, ScriptsOnlyIdentifiersThatCannotEndTheStringLiteral) {
     EXPECT_EQ(script(browsers[1]), R"(tell application id "com.microsoft.edgemac"
     if (count of windows) is 0 then return {"none", ""}
     set w to front window

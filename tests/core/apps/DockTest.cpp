@@ -81,7 +81,7 @@ TEST(DockPrefsParser, ReadsPathsOfAddressesAndPlainOnes) {
         EXPECT_EQ(DockPrefsParser::path(text), "") << text;
 }
 
-TEST(DockPrefsParser, ReadsTheWholeAndTellsUnknownFromFalse) {
+TEST(DockPrefsParser, ReadsAllPreferencesAndKeepsUnknownApartFromFalse) {
     const Array app{Tile{.url = Value(), .bundleId = "b"}};
     const Array folder{Tile{.type = "directory-tile", .url = "/D", .label = "D"}};
     EXPECT_EQ(DockPrefsParser::parse({}, "/D/"), DockPrefs());

@@ -64,7 +64,7 @@ TEST(ForceQuitPolicy, KnowsTheFoldersOfTheSystem) {
     EXPECT_FALSE(isSystemPath(std::nullopt));
 }
 
-TEST(ForceQuitPolicy, AnIdentifierDecidesAloneWhereThereIsOne) {
+TEST(ForceQuitPolicy, ComparesThePathOnlyIfTheIdentifierIsAbsent) {
     const std::string path = "/Users/me/App.app";
     EXPECT_TRUE(identityMatches(" a.B\t", "A.b ", path));
     EXPECT_TRUE(identityMatches("/users/ME/app.app", std::nullopt, path));
@@ -82,7 +82,7 @@ TEST(ForceQuitPolicy, ARecycledProcessIdentifierIsAnotherProcess) {
     EXPECT_FALSE(startMatches("124", 123) || startMatches("+123", 123));
 }
 
-TEST(TargetRequest, NamesAProcessAndWhoItShouldBe) {
+TEST(TargetRequest, ReadsAProcessAndItsExpectedIdentity) {
     const auto parse = [](const std::string& line) { return TargetRequest::parse(words(line)); };
     const std::string longest = times(1024, "e\u0301"); // user-perceived characters are counted
     EXPECT_EQ(parse("0007 \u3000/A\tb/C.app\t"),

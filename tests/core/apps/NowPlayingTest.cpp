@@ -68,7 +68,7 @@ TEST(NowPlayingParse, CreditsAStreamToItsArtistAndItsStation) {
     }
 }
 
-TEST(NowPlayingParse, HasAKeyForArtworkOfWhichThereIsAny) {
+TEST(NowPlayingParse, HasAnArtworkKeyIfTheArtworkCountIsPositive) {
     const auto key = [](const std::string& count) {
         return music(fields("playing^T^A^^^^^^" + count + "^I")).value().artworkKey;
     };

@@ -92,7 +92,7 @@ TEST(ClipboardHeap, ALargeBodyIsNotCopied) {
     EXPECT_LT(heapToParse(body), body.size());
 }
 
-TEST(ClipboardHeap, WhatIsIgnoredTakesUpToFortyTimesItsLength) {
+TEST(ClipboardHeap, IgnoredMembersTakeAtMostFortyTimesTheirLength) {
     const struct {
         std::string ignored;
         std::size_t times;

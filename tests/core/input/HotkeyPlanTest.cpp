@@ -245,7 +245,7 @@ TEST(HotkeyPlan, NoOrderOfRequestsLeavesAKeyDown) {
     expectNothingLeftDown(Desk(), 5);
 }
 
-TEST(EventFlags, AreThoseOfAKeyboard) {
+TEST(EventFlags, MatchTheFlagsOfARealKeyboard) {
     const std::pair<KeyPhase::Step, std::uint64_t> cases[] = {
         {{.code = 12, .held = {cmd, ctrl, alt, shift}}, 0x1E0000},
         {{.code = 12, .held = {fn, shift}}, 0x820000},

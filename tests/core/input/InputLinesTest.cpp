@@ -118,7 +118,7 @@ TEST(InputDaemonWire, ReadsARequest) {
         EXPECT_EQ(InputDaemonWire::parse(request({verb}))->argv, Strings{verb});
 }
 
-TEST(InputDaemonWire, AnInvalidRequestThatNamesItselfIsOwedAnAnswer) {
+TEST(InputDaemonWire, KeepsTheIdentifierOfAnInvalidRequest) {
     const Strings longer{request(joined(full, {"x"})), request({"ping", times(16385, "x")}),
                          R"({"id":5})"};
     const Strings argv = words(R"(null "ping" {} [] ["reboot"] ["Ping"] ["ping\u0000"] ["ping",1]
@@ -128,7 +128,7 @@ TEST(InputDaemonWire, AnInvalidRequestThatNamesItselfIsOwedAnAnswer) {
             << line.substr(0, 100);
 }
 
-TEST(InputDaemonWire, WithoutAnIdentifierThereIsNoRequest) {
+TEST(InputDaemonWire, RefusesALineWithoutAValidIdentifier) {
     const auto parse = InputDaemonWire::parse;
     expectRefused(parse, {"", "{}", "[]", "5", "[" + ping + "]", R"({"argv":["ping"]})", ping + "x",
                           changed(ping, "ping", "\xFF"), ping + times(65537 - 24, " ")});
@@ -195,7 +195,7 @@ TEST(InputDaemonWire, TheHostReadsWhatTheDaemonWrites) {
                            1,"code":1,"error":5)"));
 }
 
-TEST(InputDaemonWire, ServesWhatDoesNotEndTheSession) {
+TEST(InputDaemonWire, ServesEveryCommandButLockSleepShutdownAndRestart) {
     constexpr std::string_view endings[] = {"lock", "sleep", "shutdown", "restart"};
     for (const ControlCommand::Kind kind : allCases<ControlCommand::Kind>) {
         const std::string_view word = rawText(kind);

@@ -45,7 +45,7 @@ TEST(TypeTextRequest, RefusesEverythingElse) {
                   {"", R"(\ud83d)", "\xFF", "\n", times(501, "x"), times(250, "😀") + "x"});
 }
 
-TEST(TypeTextRequest, IsMadeOfAnyTextInAsManyAsItTakes) {
+TEST(TypeTextRequest, SplitsALongTextIntoSeveralRequests) {
     const std::string tall = "e" + times(600, "\u0301"); // one character of 601 units
     const std::pair<std::string, Strings> cases[] = {
         {"", {}},
@@ -115,7 +115,7 @@ void expectAccepted(const Rule& rule, const std::string& before, std::string_vie
 
 const std::string alphanumeric = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
 
-TEST(HeldButtons, GiveBackWhatWasPressedAndDragWithTheLeftOne) {
+TEST(HeldButtons, DragWithTheLeftButtonIfBothAreHeld) {
     const HeldButtons::Press left{.right = false, .count = 2};
     const HeldButtons::Press right{.right = true, .count = 1};
     HeldButtons held;

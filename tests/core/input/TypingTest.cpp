@@ -33,7 +33,7 @@ TEST(TextChunks, FillsEachChunkWithWholeCharacters) {
     EXPECT_EQ(TextChunks::split("a\xFF"), Strings{"a\uFFFD"});
 }
 
-TEST(TypingSafety, NeverIntoAPasswordFieldAndNeverBlindly) {
+TEST(TypingSafety, RefusesPasswordFieldsAndUnknownFocus) {
     using namespace TypingSafety;
 
     const auto expect = [](Verdict verdict, Flags flags, const std::optional<Focus>& focus) {

@@ -38,7 +38,7 @@ TEST(PowerService, RequirementsNameTheTeamAndTheOtherSide) {
               signedByTeam + R"(identifier "VelmoPowerDaemon")");
 }
 
-TEST(PowerService, NothingButATeamReachesARequirement) {
+TEST(PowerService, PutsOnlyAWellFormedTeamIntoARequirement) {
     for (const auto& requirement : {powerClientRequirement, powerDaemonRequirement}) {
         EXPECT_FALSE(requirement(std::nullopt));
         expectVerdicts(requirement, {"A", "1234567890123456", "Équipe"},

@@ -35,7 +35,7 @@ std::vector<ScreenWindowRow> windows(std::string_view letters) {
     return rows;
 }
 
-TEST(ScreenPrivacy, PrivateWindowsAreTheSensitiveAndThePrivatelyTitled) {
+TEST(ScreenPrivacy, CountsWindowsAsPrivateByApplicationOrTitle) {
     EXPECT_THAT(ScreenPrivacy::privateIDs(windows("puTt.sa")), testing::ElementsAre(3, 4, 5));
 }
 

@@ -18,7 +18,7 @@ TEST(SetupPermissionReport, OnlyThreeStatusesSayWhatTheUserDecided) {
         EXPECT_EQ(verdict(status), Automation::notRunning) << status;
 }
 
-TEST(SetupPermissionReport, AsksOnlyWhenToldToByTheOneWord) {
+TEST(SetupPermissionReport, AsksOnlyWithTheOneOption) {
     using Arguments = SetupPermissionReport::Arguments;
     const auto parse = SetupPermissionReport::parseArgs;
     EXPECT_EQ(parse({}), (Arguments{.ask = false, .ok = true}));

@@ -77,7 +77,7 @@ TEST(JsonOutline, EndsWhenTheReaderHasEnough) {
 }
 
 /// Puts texts that may and may not be cut at every place around the end of the first piece.
-TEST(JsonOutline, ReadsAndRefusesAsADocumentDoesWhereverAPieceEnds) {
+TEST(JsonOutline, AgreesWithADocumentHoweverTheTextIsCut) {
     Strings parts{"\\\\",
                   "\\\"",
                   "\\/",

@@ -161,7 +161,7 @@ struct Strict {
     bool operator==(const Strict&) const = default;
 };
 
-TEST(Record, DecodesExactlyWhatHasNothingElse) {
+TEST(Record, ExactDecodingRefusesUnknownMembers) {
     constexpr std::string_view head = R"({"v":1,"type":"strict","needed":true)";
     const std::pair<std::string, Strict> accepted[] = {
         {"}", {.needed = true, .maybe = {}}},

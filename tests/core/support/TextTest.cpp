@@ -134,7 +134,7 @@ TEST(Text, ReplacesInOnePass) {
     EXPECT_EQ(Text::replacedAll("", "a", "b"), "");
 }
 
-TEST(Text, ComposesForTheComparisonsThatNeedIt) {
+TEST(Text, ComposesAccentsAndRepairsBytes) {
     EXPECT_EQ(Text::composed("Inco\u0301gnito"), "Incógnito");
     EXPECT_EQ(Text::composed("plain"), "plain");
     EXPECT_EQ(Text::composed("\xFF"), "\uFFFD");
@@ -176,7 +176,7 @@ TEST(Text, FindsExactTextsInATable) {
     EXPECT_FALSE(Text::isOneOf("A", table));
 }
 
-TEST(Text, CharactersEndWhereTheLibraryEndsThem) {
+TEST(Text, CharactersEndWhereTheUnicodeLibraryEndsThem) {
     // At least one scalar of every class, and a consonant and a virama.
     const std::u32string_view scalars = U"a\r\n\u00AD\u0301\u1100\u1161\u11A8\uAC00\uAC01\U0001F1E6"
                                         U"\u0903\u0600\u200D\u2764\u0915\u094D";
@@ -201,7 +201,7 @@ TEST(Text, CharactersEndWhereTheLibraryEndsThem) {
     }
 }
 
-TEST(Text, CharactersDivideAnyBytes) {
+TEST(Text, CharactersCoverAnyBytesCompletely) {
     forAny([](AnyValues any) {
         const std::string bytes = any.bytes();
         std::string joined;

@@ -103,7 +103,7 @@ TEST(AttachTicket, IsReadFromAPrivateFolderAndFileOnly) {
     }
 }
 
-TEST(AttachTicket, OfTwoFaultsTheEarlierCheckWinsAndTheFileStays) {
+TEST(AttachTicket, ReportsTheEarlierOfTwoFaultsAndKeepsTheFile) {
     using enum TicketError;
 
     struct Broken {

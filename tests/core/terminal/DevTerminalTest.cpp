@@ -89,7 +89,7 @@ TEST(DevTerminal, ParsesWhatToFocus) {
                {"", "--pid", "--pid 1 --pid 1", "--pid 1 --tty ttys001", "--tty /dev/ttys001"}));
 }
 
-TEST(DevTerminal, TellsTtysAndTheFilesOfAttachClients) {
+TEST(DevTerminal, RecognisesTtysAndAttachFiles) {
     expectVerdicts(isTty, {"/dev/ttys0", "/dev/ttys9999"},
                    {"", "/dev/ttys", "/dev/ttys12345", "/dev/tty1", "/dev/ttys1\n", "/dev/ttysa",
                     "x/dev/ttys1", "/dev/ttys1\""});

@@ -24,7 +24,7 @@ TEST(AttachLabels, AreFilledInOnePass) {
     EXPECT_EQ(fill(english().ended, "3"), "This session had already ended.");
 }
 
-TEST(AttachLabels, LoseEveryScalarThatATerminalObeysAndNoOther) {
+TEST(AttachLabels, LoseExactlyTheScalarsThatATerminalObeys) {
     for (char32_t c = 0; c < 0x20000; ++c) {
         if (c == 0xD800)
             c = 0xE000; // surrogates are no scalars
@@ -45,7 +45,7 @@ TEST(AttachLabels, AreCutBetweenCharacters) {
     EXPECT_EQ(titleSequence("\a" + text + "\x1B"), "\x1B]2;" + times(120, "e\u0301") + "\a");
 }
 
-TEST(DetachKey, FollowsWhatIsTypedAndWhen) {
+TEST(DetachKey, DetachesIfItsKeyFollowsTheEscapeWithinASecond) {
     // A step is a word to type ("]" is the escape), "tick", or the milliseconds that pass. A result
     // is the forwarded text, with "!" if the user detached, or "-" for nothing.
     const struct {

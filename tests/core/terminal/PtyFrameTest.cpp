@@ -96,7 +96,7 @@ TEST(PtyFrameDecoder, GivesTheSameFramesHoweverTheStreamIsCut) {
     EXPECT_EQ(decoder.buffered(), 1U);
 }
 
-TEST(PtyFrameDecoder, LooksAtAWholePayloadWhereItLies) {
+TEST(PtyFrameDecoder, ReadsAWholePayloadWithoutACopy) {
     const Bytes stream = joined({PtyFrame::data(bytesOf("ls\r")), *resize(80, 24)});
     std::vector<const std::uint8_t*> payloads;
     Decoder decoder;

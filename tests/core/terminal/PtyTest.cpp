@@ -85,7 +85,7 @@ TEST_F(PtyTest, AdmitsAClosedSetOfPrograms) {
     EXPECT_EQ(disk.questions, 0);
 }
 
-TEST_F(PtyTest, TheFileBehindANameMustBeWhatTheNameSays) {
+TEST_F(PtyTest, RefusesANameThatLeadsToAnotherProgram) {
     const auto runsAs = [this](const std::string& row) { // a command, " = " and where it leads
         const std::string command = row.substr(0, row.find(" = "));
         const std::string target = row.substr(command.size() + 3);
@@ -101,7 +101,7 @@ TEST_F(PtyTest, TheFileBehindANameMustBeWhatTheNameSays) {
                     "/usr/bin/ssh -- h = /opt/homebrew/Cellar/openssh/9/bin/sshx"});
 }
 
-TEST_F(PtyTest, TheCommandLineOriginLiftsClaudesGrammarOnly) {
+TEST_F(PtyTest, AcceptsAnyClaudeArgumentsFromTheCommandLine) {
     const auto runs = [this](const Strings& command, const char* origin = "cli") {
         const std::string options = "--cwd /Users/me/dev/app --cols 80 --rows 24 --origin ";
         return spawn(options + origin, command).has_value();
@@ -150,7 +150,7 @@ TEST_F(PtyTest, TheFixtureNeedsItsEnvironment) {
     EXPECT_FALSE(run(fixture, "/Users/me"));
 }
 
-TEST_F(PtyTest, RunsNothingThatOthersCouldHavePutThere) {
+TEST_F(PtyTest, RunsNothingFromAFolderThatOthersCanWrite) {
     for (const std::string root : {"/tmp", "/private/tmp", "/var/tmp", "/private/var/tmp",
                                    "/var/folders", "/private/var/folders"}) {
         for (const char* folder : {"", "/ab/T", "x"})
@@ -189,7 +189,7 @@ Environment environmentOf(std::string_view entries) {
     return environment;
 }
 
-TEST(PtyChildEnvironment, PassesNothingElse) {
+TEST(PtyChildEnvironment, PassesTheListedVariablesOnly) {
     const std::string always = " TERM=xterm-256color COLORTERM=truecolor";
     const std::string path = "PATH=/usr/bin:/bin:/usr/sbin:/sbin ";
     const std::string wanted = "PATH=/p HOME=/h SSH_AUTH_SOCK=/s TMPDIR=/t USER=me LOGNAME=me "
@@ -209,7 +209,7 @@ TEST(PtyChildEnvironment, PassesNothingElse) {
     }
 }
 
-TEST(PtyExitCode, OfEveryKindOfEnd) {
+TEST(PtyExitCode, FollowsFromTheWaitStatus) {
     const std::pair<std::int32_t, std::int32_t> cases[] = {
         {0, 0},      {0x0100, 1}, {0xFF00, 255}, {9, 137},    {0x8B, 139},
         {0x137F, 1}, {0xFFFF, 1}, {-1, 1},       {-256, 255}, {0x7FFFFF00, 255}};

@@ -23,7 +23,7 @@ struct Case {
 };
 
 // Every output is cut in every place: the replay must not depend on how the output was read.
-TEST(ReplayFilter, ShowsWhatOnlyShowsAndNothingThatATerminalAnswers) {
+TEST(ReplayFilter, PassesDisplaySequencesButNoQueries) {
     const Case cases[] = {
         {"plain \t text\r\n", "plain \t text\r\n"},
         {"caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"},
@@ -74,7 +74,7 @@ TEST(ReplayFilter, BoundsWhatOneSequenceMayBe) {
     EXPECT_EQ(passed("\033[" + digits + "mA\033]2;" + title + "\aB", 1000), "AB");
 }
 
-TEST(ReplayFilter, KnowsWhetherWhatFollowsBeginsANewPiece) {
+TEST(ReplayFilter, IsAtRestBetweenSequencesOnly) {
     const std::string_view pieces = "a\033[1m\xE2\x82\xAC\033]2;t\a\033Px\033\\b";
     for (std::size_t end = 1; end <= pieces.size(); ++end) {
         ReplayFilter filtered;
@@ -95,7 +95,7 @@ std::string followed(std::string_view output, std::size_t slice) {
     return modes.sequences();
 }
 
-TEST(TerminalModes, SetAnotherTerminalAsThisOneWasSet) {
+TEST(TerminalModes, GiveAnotherTerminalTheSameModes) {
     const Case cases[] = {
         {"text\r\n\033[2J\033[6n\033]52;c;?\a", ""},
         {"\033[?1049h\033[?1h\033=\033[?25l", "\033[?1049h\033[?1h\033[?25l\033="},
@@ -122,7 +122,7 @@ TEST(TerminalModes, SetAnotherTerminalAsThisOneWasSet) {
     }
 }
 
-TEST(TerminalModes, KeepLittleWhateverIsSet) {
+TEST(TerminalModes, StayBelowOneKibibyteForAnyOutput) {
     std::string output;
     for (int i = 0; i < 1000; ++i)
         output += "\033[38;2;1;2;" + std::to_string(i % 256) + "m\033[>" + std::to_string(i) + "u";

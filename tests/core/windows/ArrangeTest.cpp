@@ -105,7 +105,7 @@ TEST(WindowRequest, NamesAWindowByFourArguments) {
     EXPECT_EQ(WindowRequest::words(nameless), std::nullopt);
 }
 
-TEST(ArrangePolicy, LeavesPromptsAndTheProductAloneAndWantsTheSameProcess) {
+TEST(ArrangePolicy, RefusesSystemPromptsAndOurOwnWindows) {
     EXPECT_TRUE(ArrangePolicy::mayArrange(std::nullopt));
     expectVerdicts(ArrangePolicy::mayArrange, {"", "io.velmo", "com.apple.passwords"},
                    {"COM.APPLE.SECURITYAGENT", "com.apple.LocalAuthentication.UIAgent",
@@ -116,7 +116,7 @@ TEST(ArrangePolicy, LeavesPromptsAndTheProductAloneAndWantsTheSameProcess) {
     EXPECT_FALSE(ArrangePolicy::identityMatches(target, "a.c", "/A.app", 123));
 }
 
-TEST(AppTarget, ReadsBackTheStartThatThePhoneWasTold) {
+TEST(AppTarget, ReadsBackTheStartTimeItSentToThePhone) {
     for (const auto time : {std::optional<std::int64_t>(), {0}, {-5}, {1}, {INT64_MAX}}) {
         const auto target = AppTarget::parse(Strings{"501", "a.b", AppTarget::startedText(time)});
         ASSERT_TRUE(target);

@@ -53,7 +53,7 @@ TEST(FocusTracker, AcceptsTheCurrentNumberWhileTheFocusStays) {
     }
 }
 
-TEST(FocusTracker, AcceptsFromTheCacheWhatIsRecentAndNoPassword) {
+TEST(FocusTracker, AcceptsARecentCachedFocusUnlessItIsAPassword) {
     FocusTracker tracker = tracking(input);
     const auto accepts = [&](double age, std::string_view target = "1", std::int32_t pid = 9,
                              std::string_view identity = "field") {

@@ -40,7 +40,7 @@ TEST(CGWindowRow, ReadsWhatThePlatformTells) {
     EXPECT_EQ(CGWindowRow::parse(entry("kCGWindowOwnerPID", 2147483647.0))->pid, 2147483647);
 }
 
-TEST(CGWindowRow, IsNoneWithoutNumberOwnerAndPlace) {
+TEST(CGWindowRow, RefusesARowWithoutNumberOwnerOrBounds) {
     const std::pair<const char*, std::vector<Value>> refused[] = {
         {"kCGWindowNumber", {Value(), 0, -1, 0.9, 4294967296, "7", true, std::nan("")}},
         {"kCGWindowOwnerPID", {Value(), 0, -1, 2147483648, 4294967305, "9", true}},
@@ -92,7 +92,7 @@ TEST(WindowPrivacy, HidesHoweverNamesAndTitlesAreSpelt) {
     EXPECT_FALSE(WindowPrivacy::isPrivate({}, {}));
 }
 
-TEST(WindowList, TellsOfKeptWindowsOnlyAndOfTheFrontOneAmongThem) {
+TEST(WindowList, ListsTheKeptWindowsAndMarksTheFrontOne) {
     std::vector<CGWindowRow> rows(
         5, {.pid = 9, .owner = "App", .bounds = {0, 0, 60, 60}, .onScreen = true});
     for (std::uint32_t i = 0; i < rows.size(); ++i)

@@ -47,7 +47,7 @@ protected:
     std::atomic<int> replies = 0;
 };
 
-TEST_F(GuardOnThreads, EveryCallIsAnsweredOnceAndSleepIsEnabledWhenTheLastClientIsGone) {
+TEST_F(GuardOnThreads, EnablesSleepWhenTheLastClientIsGone) {
     run([](FakeConnection& connection) { connection.invalidate(); });
     EXPECT_EQ(guard->state().connections, 0);
 }

@@ -31,7 +31,7 @@ protected:
     RecordFile records{folder.string(), name, ::getuid()};
 };
 
-TEST_F(RecordFileTest, IsWrittenReadAndRemovedInAFolderThatItCloses) {
+TEST_F(RecordFileTest, WritesAndRemovesTheRecordInAPrivateFolder) {
     EXPECT_FALSE(records.read());
     put("damaged");
     EXPECT_TRUE(records.write(older));
@@ -77,7 +77,7 @@ TEST_F(RecordFileTest, ReadsNothingButARegularFile) {
     EXPECT_FALSE(records.read());
 }
 
-TEST_F(RecordFileTest, KeepsTheEndOfTheLastHoldBesideTheRecordAndTakesNoOther) {
+TEST_F(RecordFileTest, KeepsTheLastEndBesideTheRecord) {
     const HoldEnd end{.how = "released by another", .at = 1700000000.5};
     const fs::path endFile = folder / "power-daemon-last.json";
     records.writeLastEnd(end); // where there never was a record
@@ -162,7 +162,7 @@ bool tryWithAFailure(std::size_t failing, bool isCut, const MaybeRecord& before)
     return true;
 }
 
-TEST(RecordFileOnALossyDisk, APowerCutAtAnyMomentLeavesTheOldRecordOrTheNewAndAFailureIsReported) {
+TEST(RecordFileOnALossyDisk, APowerCutLeavesTheOldRecordOrTheNew) {
     for (const bool isCut : {true, false}) {
         for (const MaybeRecord& before : {MaybeRecord(), MaybeRecord(older)}) {
             std::size_t failing = 0;

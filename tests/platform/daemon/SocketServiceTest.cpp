@@ -83,7 +83,7 @@ TEST_F(SocketServiceTest, TheLongestReportFitsIntoALine) {
     EXPECT_LE(encodeJson(longest)->size() + 1, maxReplyLine);
 }
 
-TEST_F(SocketServiceTest, DropsWhoeverIsNotTrustedOrSendsNoCallAndKeepsNoPlaceForThem) {
+TEST_F(SocketServiceTest, DropsUntrustedPeersAndInvalidCalls) {
     for (const std::string& line :
          {std::string("{}"), std::string(R"({"call":"hold"})"), std::string(1024, ' ') + "{}"})
         EXPECT_EQ(call(connect(), line), "") << line;

@@ -71,14 +71,14 @@ protected:
     TestFiles files;
 };
 
-TEST_F(AttachTicketOnDisk, IsReadOnceAndMayBeReachedThroughALinkAbove) {
+TEST_F(AttachTicketOnDisk, IsReadOnceEvenThroughALinkedFolder) {
     fs::create_directory_symlink(root, root / "link");
     EXPECT_EQ(readTicket((root / "link" / "velmo-term" / name).string(), files), ticket);
     EXPECT_FALSE(fs::exists(file));
     EXPECT_EQ(read(), std::unexpected(TicketError::open));
 }
 
-TEST_F(AttachTicketOnDisk, NothingElseIsBelieved) {
+TEST_F(AttachTicketOnDisk, RefusesAnUnsafeFileOrFolder) {
     const struct {
         TicketError error;
         std::function<void()> plant;
@@ -107,7 +107,7 @@ TEST_F(AttachTicketOnDisk, NothingElseIsBelieved) {
     }
 }
 
-TEST_F(AttachTicketOnDisk, OfAHundredProcessesExactlyOneGetsIt) {
+TEST_F(AttachTicketOnDisk, GoesToExactlyOneOfAHundredProcesses) {
     enum Outcome : std::uint8_t { won, late, other };
 
     for (int round = 0; round < 5; ++round) {
@@ -134,7 +134,7 @@ TEST_F(AttachTicketOnDisk, OfAHundredProcessesExactlyOneGetsIt) {
     }
 }
 
-TEST_F(AttachTicketOnDisk, TheHostFileSystemTellsTheTruth) {
+TEST_F(AttachTicketOnDisk, ReportsFilesAsTheSystemDoes) {
     HostFileSystem host;
     EXPECT_EQ(host.uid(), ::getuid());
     // The Mac has a call for the temporary folder; other systems have this variable.

@@ -21,7 +21,7 @@ protected:
     std::string path = (temporary.path() / "lock").string();
 };
 
-TEST_F(CaptureLockTest, IsOneOwnersUntilItIsGivenBackOrTheOwnerIsGone) {
+TEST_F(CaptureLockTest, BelongsToOneOwnerUntilReleased) {
     {
         CaptureLock lock(path);
         EXPECT_TRUE(lock.tryLock());

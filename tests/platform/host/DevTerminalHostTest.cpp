@@ -31,7 +31,7 @@ TEST_F(DevTerminalOnDisk, ResolvesAsFarAsThePathExists) {
     EXPECT_FALSE(DevTerminal::resolveOnDisk(home.string() + '\0'));
 }
 
-TEST_F(DevTerminalOnDisk, TrustsExecutablesThatNobodyElseCouldReplace) {
+TEST_F(DevTerminalOnDisk, TrustsExecutablesThatOtherUsersCannotReplace) {
     // Every user may write to the folder of temporary folders.
     ASSERT_TRUE(DevTerminal::isWorldWritable(root.parent_path().string()));
     fs::copy_file("/bin/sh", root / "program");

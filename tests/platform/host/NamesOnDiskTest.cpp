@@ -34,7 +34,7 @@ TEST_F(NamesOnDisk, AFileIsKnownAgainUntilAnotherHasItsName) {
     EXPECT_FALSE(lstatIdentity(file + std::string("\0x", 2)));
 }
 
-TEST_F(NamesOnDisk, AFolderIsListedWithWhatLeadsToFolders) {
+TEST_F(NamesOnDisk, ListsLinksToFoldersAsFolders) {
     std::filesystem::create_directory(folder.path() / ".folder");
     std::filesystem::create_symlink(".folder", folder.path() / "way");
     std::filesystem::create_symlink("nowhere", folder.path() / "dangling");

@@ -90,7 +90,7 @@ std::string changed(std::string bytes, std::size_t fromEnd, char byte) {
     return bytes;
 }
 
-TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
+TEST(PropertyListBounds, RefuseListsThatWouldExhaustOrCrashAReader) {
     const std::string sound = keyed("\x52kk");
     // The key begins at the very last byte, which is also the low byte of the table's offset: a
     // text of one character that lies beyond the end.
@@ -146,7 +146,7 @@ TEST(PropertyListBounds, RefuseWhatWouldExhaustOrEndAReader) {
         EXPECT_EQ(PropertyListBounds::admits(bytes), isAdmitted) << what;
 }
 
-TEST(PropertyListBounds, MeasureAListUnfolded) {
+TEST(PropertyListBounds, CountAnObjectAtEveryReference) {
     // Below the root, 48 nested arrays and a chain that ends with the same 48.
     const auto chain = [](std::size_t length) {
         std::vector<std::string> objects{"\xA2\x01\x31"};

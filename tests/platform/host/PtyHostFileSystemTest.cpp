@@ -45,7 +45,7 @@ TEST_F(PtyOnDisk, KnowsWhoElseMayWrite) {
                 && host.isWorldWritable(at("~/dev/dangling")));
 }
 
-TEST_F(PtyOnDisk, HomeIsTheEnvironmentsOrTheUsers) {
+TEST_F(PtyOnDisk, TakesHomeFromTheEnvironmentElseTheUserRecord) {
     EXPECT_EQ(host.home({{"HOME", "/h"}}), "/h");
     EXPECT_EQ(host.home({{"HOME", ""}}), "");
     EXPECT_TRUE(host.home({}).value_or("/").starts_with('/'));

@@ -54,7 +54,7 @@ TEST_F(MacFrameworks, TheLidIsTwoPropertiesOrNothing) {
     EXPECT_EQ(lidInRootDomain(), std::nullopt);
 }
 
-TEST_F(MacFrameworks, ARequestToSleepIsTakenOrNot) {
+TEST_F(MacFrameworks, TellsWhetherTheSystemAcceptsASleepRequest) {
     EXPECT_TRUE(requestSystemSleep());
     mac.takesSleepRequests = false;
     EXPECT_FALSE(requestSystemSleep());

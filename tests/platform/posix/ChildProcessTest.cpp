@@ -47,7 +47,7 @@ TEST(ChildProcess, WhatTakesTooLongIsKilledAndHasFailed) {
         EXPECT_FALSE(shell(script, std::chrono::milliseconds(100))) << script;
 }
 
-TEST(ChildProcess, DoesNotHandOnWhatTheParentIgnoresBlocksOrHasOpen) {
+TEST(ChildProcess, InheritsNoSignalStateAndNoDescriptors) {
     const auto previous = std::signal(SIGTERM, SIG_IGN);
     sigset_t blocked;
     sigset_t before;

@@ -38,7 +38,7 @@ std::string writtenBy(const std::function<void()>& work, bool readsAfterwards) {
 
 const std::string longLine = std::string(4'000'000, 'x') + "\n";
 
-TEST(StandardStreams, ALineThatAPipeDoesNotTakeAtOnceArrivesWhole) {
+TEST(StandardStreams, WritesALineWholeThoughThePipeIsFull) {
     EXPECT_EQ(writtenBy(
                   [] {
                       writeStandardOutput(longLine);
@@ -48,7 +48,7 @@ TEST(StandardStreams, ALineThatAPipeDoesNotTakeAtOnceArrivesWhole) {
               longLine + "next\n");
 }
 
-TEST(StandardStreams, WhatIsOfferedNeverWaits) {
+TEST(StandardStreams, DropsOfferedOutputIfThePipeIsFull) {
     const std::string written = writtenBy(
         [] {
             offerStandardOutput(longLine);

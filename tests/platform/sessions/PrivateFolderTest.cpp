@@ -48,7 +48,7 @@ protected:
     std::string path_ = (fs::canonical(temporary_.path()) / "velmo-term").string();
 };
 
-TEST_F(PrivateFolderTest, IsTheUsersAloneHoweverItWasFound) {
+TEST_F(PrivateFolderTest, MakesTheFolderPrivateOrRefusesIt) {
     for (const mode_t before : {0U, 0777U, 0500U}) {
         ASSERT_TRUE(before == 0 || ::chmod(path_.c_str(), before) == 0);
         EXPECT_EQ(fault(), "");
@@ -63,7 +63,7 @@ TEST_F(PrivateFolderTest, IsTheUsersAloneHoweverItWasFound) {
     EXPECT_THAT(fault(), HasSubstr("can't be made"));
 }
 
-TEST_F(PrivateFolderTest, AFileIsWrittenOnceAndForTheUserAlone) {
+TEST_F(PrivateFolderTest, WritesANewFileThatOnlyTheUserCanRead) {
     auto folder = PrivateFolder::make().value();
     const mode_t mask = ::umask(0777);
     EXPECT_TRUE(folder.write("a", "text"));
@@ -79,7 +79,7 @@ TEST_F(PrivateFolderTest, AFileIsWrittenOnceAndForTheUserAlone) {
     EXPECT_FALSE(fs::exists(path_ + "/a"));
 }
 
-TEST_F(PrivateFolderTest, OneHasTheRightToServeAndIsNamed) {
+TEST_F(PrivateFolderTest, GivesTheLockToOneProcessAndNamesIt) {
     const auto folder = PrivateFolder::make().value();
     write(path_ + "/host.lock", "99999999999999999999");
     {
@@ -94,7 +94,7 @@ TEST_F(PrivateFolderTest, OneHasTheRightToServeAndIsNamed) {
     EXPECT_EQ(folder.lock().error(), 0);
 }
 
-TEST_F(PrivateFolderTest, WhatAHostHasLeftIsRemovedAndNothingElse) {
+TEST_F(PrivateFolderTest, RemovesLeftTicketsAndNoOtherFile) {
     const auto folder = PrivateFolder::make().value();
     const std::string ticket = "a-0123456789abcdef0123456789abcdef.json";
     ASSERT_TRUE(PtyAttach::isTicketName(ticket));
@@ -114,7 +114,7 @@ TEST_F(PrivateFolderTest, TheLogGoesOnWhereItEnded) {
     EXPECT_EQ(content(path_ + "/host.log"), "one\ntwo\n");
 }
 
-TEST_F(PrivateFolderTest, EverythingInItIsMarkedAsInUse) {
+TEST_F(PrivateFolderTest, TouchRenewsTheTimesOfEveryFile) {
     const auto folder = PrivateFolder::make().value();
     std::vector<std::string> all{path_};
     for (const char* name : {"host.lock", "host.log", "control.sock", "attach.sock"}) {
@@ -129,7 +129,7 @@ TEST_F(PrivateFolderTest, EverythingInItIsMarkedAsInUse) {
         EXPECT_GT(fs::last_write_time(each), old) << each;
 }
 
-TEST_F(PrivateFolderTest, SeesThatANameOrTheFolderIsAnother) {
+TEST_F(PrivateFolderTest, NoticesAReplacedFolder) {
     const auto folder = PrivateFolder::make().value();
     EXPECT_FALSE(folder.has("control.sock"));
     write(path_ + "/control.sock", "");

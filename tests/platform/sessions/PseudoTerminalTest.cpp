@@ -72,7 +72,7 @@ TEST_F(PseudoTerminalTest, TellsItsSizeIfThereIsOne) {
     EXPECT_FALSE(windowSize(-1));
 }
 
-TEST(PseudoTerminal, AProgramIsBornAsAtALogIn) {
+TEST(PseudoTerminal, StartsAProgramWithALoginNameAndDefaultSignals) {
     sigset_t blocked;
     sigset_t before;
     sigemptyset(&blocked);
@@ -104,7 +104,7 @@ TEST(PseudoTerminal, AProgramIsBornAsAtALogIn) {
     EXPECT_EQ(waitForChild(terminated->process), 128 + SIGTERM);
 }
 
-TEST(PseudoTerminal, AProgramThatCantBeRunIsNoSession) {
+TEST(PseudoTerminal, FailsIfTheProgramCannotRun) {
     rlimit openFiles{};
     ::getrlimit(RLIMIT_NOFILE, &openFiles);
     for (const auto& [folder, program] :

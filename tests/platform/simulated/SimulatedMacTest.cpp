@@ -32,7 +32,7 @@ TEST_F(SimulatedMacTest, PmsetChangesAndPrintsTheSetting) {
     EXPECT_FALSE(machine.runPmset({"-a", "disablesleep", "2"}));
 }
 
-TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {
+TEST_F(SimulatedMacTest, ReadsAMachineFileThatWasEditedByHand) {
     const auto file = folder.root() / "machine.json";
     std::ifstream stream(file);
     const std::string text(std::istreambuf_iterator<char>(stream), {});
@@ -54,7 +54,7 @@ TEST_F(SimulatedMacTest, PeopleMayEditTheMachineFile) {
     EXPECT_LT(machine.wallTime().sinceEpoch, Clocks::wallTime().sinceEpoch - 9e8);
 }
 
-TEST_F(SimulatedMacTest, OfADamagedMachineFileItSaysWhichMemberAndWhatWouldDo) {
+TEST_F(SimulatedMacTest, NamesTheWrongMemberOfADamagedMachineFile) {
     const std::string sound = *encodeJson(*folder.load());
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {R"("mains":true)", R"("mains":1)", R"("mains" must be true or false)"},

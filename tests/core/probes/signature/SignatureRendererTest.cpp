@@ -96,7 +96,7 @@ TEST(SignatureRenderer, ColoursTheInkOfAllStrokes) {
     }
 }
 
-TEST(SignatureRenderer, LeavesOutAStrokeInWhichAnythingIsNoPoint) {
+TEST(SignatureRenderer, SkipsAStrokeWithAnyInvalidPoint) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(draw({{}, {{}}, {{0.5}}, {{nan, 0.5}}, {{0.5, infinity}, {0.1, 0.1, 0.1}}}),

@@ -77,7 +77,7 @@ TEST_F(XpcServiceTest, EveryCallAndReplyGoesOver) {
     EXPECT_FALSE(ask(first, &VelmoPowerProtocol::heartbeat));
 }
 
-TEST_F(XpcServiceTest, AClientThatIsLetGoLosesItsHold) {
+TEST_F(XpcServiceTest, EndsTheHoldOfAClientThatIsDestroyed) {
     Client first = connect();
     Client second = connect();
     EXPECT_EQ(hold(first), "yes ");

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(Bundle, OfEitherFormSaysWhatItIsAndADamagedOneNothing) {
+TEST(Bundle, IsReadFromEitherForm) {
     const TemporaryFolder bundle;
     const std::string file = bundle.path() / "Contents/Info.plist";
     const auto said = [&] { return PropertyList::bundle(bundle.path()); };
@@ -45,7 +45,7 @@ TEST(Bundle, OfEitherFormSaysWhatItIsAndADamagedOneNothing) {
     EXPECT_EQ(said(), all);
 }
 
-TEST(Bundle, ThatWasMadeForPhonesLiesInAWrapper) {
+TEST(Bundle, IsReadFromTheWrapperOfAPhoneApplication) {
     std::string list = xmlList("<dict><key>CFBundleName</key><string>N</string></dict>");
     list.resize(PropertyListBounds::maxBytes, ' ');
     for (const char* const inner : {"Wrapper/Y.app", "Wrapper/Y.app/Contents"}) {

@@ -36,7 +36,7 @@ TEST(PropertyList, BothFormsAreReadTheSame) {
     EXPECT_EQ(PropertyList::parse("\xEF\xBB\xBF\n" + xmlList("<true/>")), Value(true));
 }
 
-TEST(PropertyList, WhatIsReferredToTwiceIsReadTwice) {
+TEST(PropertyList, ReadsASharedObjectAtEachReference) {
     const std::string_view objects = "bplist00\xA2\x01\x01\xD1\x02\x03\x51k\x09";
     const char offsets[] = {8, 11, 14, 16};
     const char trailer[32] = {0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 4,

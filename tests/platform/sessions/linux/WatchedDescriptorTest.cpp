@@ -78,7 +78,7 @@ protected:
     bool wantsMore_ = false;
 };
 
-TEST_F(WatchedDescriptorTest, NothingWakesUpForRoomThatNobodyWants) {
+TEST_F(WatchedDescriptorTest, DoesNotWakeForRoomThatIsNotWanted) {
     for (int time = 1; time <= 2; ++time) {
         fill();
         watched_->watch(true, true);
