@@ -177,6 +177,7 @@ int closeFolder(DarwinFolder* folder) {
 }
 
 constexpr auto shims = std::to_array<Shim>({
+    {"_chdir", address<Translated<::chdir>::call>},
     {"_closedir", address<closeFolder>},
     {"_close", address<Translated<::close>::call>},
     {"_dirfd", address<folderDescriptor>},
