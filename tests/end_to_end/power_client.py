@@ -3,17 +3,13 @@
 terminals and streams. power_client.py PROGRAMS [unittest's arguments]; the tests of one class run at
 once. The random words come from VELMO_SEED."""
 
-import fcntl
 import itertools
 import json
 import os
-import pty
 import random
 import re
 import resource
-import select
 import signal
-import struct
 import subprocess
 import sys
 import tempfile
@@ -21,20 +17,14 @@ import termios
 import time
 import unittest
 
+sys.path.insert(0, os.path.dirname(os.path.realpath(__file__)) + "/../../lab/instruments")
+from terminal import PATIENCE, Terminal, until
+
 PROGRAMS = os.path.abspath(sys.argv.pop(1))
 SHARE = PROGRAMS + "/../share"
 SEED = int(os.environ.get("VELMO_SEED", "1"))
-PATIENCE = 30  # seconds
 SHOW_WORDS = [sys.executable, "-S", "-c",
               "import os, sys; os.write(1, b'\\0'.join(map(os.fsencode, sys.argv[1:])))"]
-
-
-def until(condition, what):
-    end = time.monotonic() + PATIENCE
-    while not condition():
-        if time.monotonic() > end:
-            raise AssertionError("in vain: " + what)
-        time.sleep(0.02)
 
 
 class Client:
@@ -51,7 +41,7 @@ class Client:
         return self.text
 
     def wait_for(self, text, times=1):
-        until(lambda: self.said().count(text) >= times, f"'{text}' in '{self.text}'")
+        until(lambda: self.said().count(text) >= times, lambda: f"'{text}' in '{self.text}'")
 
     def send(self, number):
         self.process.send_signal(number)
@@ -347,13 +337,13 @@ class Signals(PowerTest):
         terminal = Terminal(self.words("hold", "--quiet", sys.executable, "-S", "-c", count),
                             self.environment)
         self.addCleanup(terminal.close)
-        terminal.wait_for("ready")
-        for times, key in enumerate((b"\x03", b"\x1c", b"\x03"), 1):
-            terminal.write(key)
-            terminal.wait_for(f"got {times}.")
+        terminal.shows("ready")
+        for times, key in enumerate(("\x03", "\x1c", "\x03"), 1):
+            terminal.type(key)
+            terminal.shows(f"got {times}.")
         time.sleep(0.3)
         self.assertNotIn("got 4", terminal.text())
-        terminal.send(signal.SIGTERM)
+        os.kill(terminal.pid, signal.SIGTERM)
         self.assertEqual(terminal.end(), 3)
 
     def test_ignored_signals_stay_ignored(self):
@@ -405,8 +395,8 @@ class Signals(PowerTest):
 
     def test_a_terminal_that_closes_ends_command_and_hold(self):
         mark = self.folder.name + "/command"
-        terminal = Terminal(self.words("hold", "sh", "-c", f"echo $$ > {mark}1; mv {mark}1 {mark}; exec sleep 30"),
-                            self.environment)
+        script = f"echo $$ > {mark}1; mv {mark}1 {mark}; exec sleep 30"
+        terminal = Terminal(self.words("hold", "sh", "-c", script), self.environment)
         until(lambda: os.path.exists(mark), "the command runs")
         os.close(terminal.descriptor)
         self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(terminal.pid, 0)[1]), -signal.SIGHUP)
@@ -442,67 +432,20 @@ class Signals(PowerTest):
         client.send(signal.SIGCONT)
 
 
-class Terminal:
-    """A velmo-power at a terminal of its own, which it is in the foreground of."""
-
-    def __init__(self, words, environment, columns=80, foreground=True):
-        self.end_status = None
-        self.pid, self.descriptor = pty.fork()
-        if self.pid == 0:
-            size = struct.pack("HHHH", 24, columns, 0, 0)
-            fcntl.ioctl(0, termios.TIOCSWINSZ, size)
-            if not foreground:
-                signal.signal(signal.SIGTTOU, signal.SIG_IGN)
-                leader = os.fork()
-                if leader == 0:
-                    os.setpgrp()
-                    time.sleep(PATIENCE)
-                    os._exit(0)
-                os.setpgid(leader, leader)
-                os.tcsetpgrp(0, leader)
-                modes = termios.tcgetattr(0)
-                modes[3] |= termios.TOSTOP
-                termios.tcsetattr(0, termios.TCSANOW, modes)
-                signal.signal(signal.SIGTTOU, signal.SIG_DFL)
-            os.execvpe(words[0], words, environment)
-        self.seen = b""
-
-    def text(self):
-        while select.select([self.descriptor], [], [], 0)[0]:
-            try:
-                part = os.read(self.descriptor, 65536)
-            except OSError:
-                break
-            if not part:
-                break
-            self.seen += part
-        return self.seen.decode(errors="replace")
-
-    def wait_for(self, text):
-        until(lambda: text in self.text(), f"'{text}' in {self.seen!r}")
-
-    def write(self, keys):
-        os.write(self.descriptor, keys)
-
-    def send(self, number):
-        os.kill(self.pid, number)
-
-    def end(self):
-        until(self.has_ended, "its end")
-        return self.end_status
-
-    def has_ended(self):
-        self.text()  # a terminal that nobody reads keeps its programs from ending
-        pid, status = os.waitpid(self.pid, os.WNOHANG)
-        if pid:
-            self.end_status = os.waitstatus_to_exitcode(status)
-        return pid != 0
-
-    def close(self):
-        if self.end_status is None:
-            os.kill(self.pid, signal.SIGKILL)
-            os.waitpid(self.pid, 0)
-        os.close(self.descriptor)
+def leave_the_foreground():
+    """Runs between fork and exec: another group takes the foreground, and others may not write."""
+    signal.signal(signal.SIGTTOU, signal.SIG_IGN)
+    leader = os.fork()
+    if leader == 0:
+        os.setpgrp()
+        time.sleep(PATIENCE)
+        os._exit(0)
+    os.setpgid(leader, leader)
+    os.tcsetpgrp(0, leader)
+    modes = termios.tcgetattr(0)
+    modes[3] |= termios.TOSTOP
+    termios.tcsetattr(0, termios.TCSANOW, modes)
+    signal.signal(signal.SIGTTOU, signal.SIG_DFL)
 
 
 class Streams(PowerTest):
@@ -514,36 +457,36 @@ class Streams(PowerTest):
 
     def test_the_status_line_is_redrawn(self):
         terminal = self.terminal("hold", "--floor", "30", "--for", "1h")
-        terminal.wait_for("nominal")
+        terminal.shows("nominal")
         self.assertIn("\r\x1b[Kawake for 0:00:0", terminal.text())
         self.assertIn(", for 0:59:5", terminal.text())
         self.assertIn(" | mains, battery 80% (floor 30%) | nominal", terminal.text())
         self.mac("set", "--sleep-disabled", "off")
-        terminal.wait_for("sleep is enabled although the hold is in force")
-        terminal.wait_for("\r\x1b[Kheld, but sleep is enabled")
-        terminal.write(b"\x03")
-        terminal.wait_for("released\r\n")
+        terminal.shows("sleep is enabled although the hold is in force")
+        terminal.shows("\r\x1b[Kheld, but sleep is enabled")
+        terminal.type("\x03")
+        terminal.shows("released\r\n")
         self.assertEqual(terminal.end(), 0)
 
     def test_no_status_line_on_a_dumb_terminal_or_in_the_background(self):
-        for options in ({"environment": {"TERM": "dumb"}}, {"foreground": False}):
+        for options in ({"environment": {"TERM": "dumb"}}, {"preexec_fn": leave_the_foreground}):
             terminal = self.terminal("hold", "--for", "2", **options)
-            terminal.wait_for("is over")
+            terminal.shows("is over")
             self.assertNotIn("awake for", terminal.text(), options)
             self.assertNotIn("\x1b", terminal.text(), options)
 
     def test_the_line_never_wraps(self):
         terminal = self.terminal("hold", "--for", "2", columns=20)
-        terminal.wait_for("is over")
+        terminal.shows("is over")
         drawn = re.findall("\r\x1b\\[K(awake[^\r]*)", terminal.text())
         self.assertTrue(drawn and all(len(line) == 19 for line in drawn), drawn)
 
     def test_unread_output_does_not_delay_the_release(self):
         terminal = self.terminal("hold")
-        terminal.wait_for("awake for")
-        terminal.write(b"\x13")  # Ctrl-S
+        terminal.shows("awake for")
+        terminal.type("\x13")  # Ctrl-S
         time.sleep(2.5)
-        terminal.send(signal.SIGTERM)
+        os.kill(terminal.pid, signal.SIGTERM)
         until(lambda: not self.is_held(), "the hold is released")
         until(terminal.has_ended, "it ends with a terminal that is stopped")
 

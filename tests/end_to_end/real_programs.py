@@ -9,11 +9,12 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
+sys.path.insert(0, os.path.dirname(os.path.realpath(__file__)) + "/../../lab/instruments")
+from terminal import until
+
 PROGRAM = os.path.abspath(sys.argv.pop(1)) + "/velmo-session"
-PATIENCE = 60  # seconds
 DETACH = ("C-]", "d")
 os.environ.pop("TMUX", None)
 
@@ -61,12 +62,8 @@ class Screen:
         return self.becomes(lambda lines: any(re.fullmatch(pattern, line) for line in lines), pattern)
 
     def becomes(self, condition, what):
-        end = time.monotonic() + PATIENCE
-        while not condition(lines := self.lines()):
-            if time.monotonic() > end:
-                raise AssertionError(f"in vain: {what}\n" + "\n".join(lines))
-            time.sleep(0.05)
-        return lines
+        return until(lambda: condition(lines := self.lines()) and lines,
+                     lambda: "\n".join([what, *self.lines()]), pause=0.05)
 
 
 @needs("tmux", "bash")
@@ -87,8 +84,7 @@ class RealPrograms(unittest.TestCase):
         self.screen.tmux("kill-server")
         with open(self.place.name + "/velmo-term/host.lock") as file:
             os.kill(int(file.read()), 15)
-        while os.path.exists(self.place.name + "/velmo-term/control.sock"):
-            time.sleep(0.05)
+        until(lambda: not os.path.exists(self.place.name + "/velmo-term/control.sock"), "the host ends")
         self.place.cleanup()
 
     def write(self, name, content):
