@@ -13,7 +13,7 @@ HoldKeeper::HoldKeeper(PowerLink& link, Timer timer, std::function<void(const St
 
 template<class Callback>
 auto HoldKeeper::current(Callback callback) {
-    return [attempt = std::weak_ptr(attempt_), callback](auto... arguments) {
+    return [attempt = std::weak_ptr(attempt_), callback](const auto&... arguments) {
         if (!attempt.expired())
             callback(arguments...);
     };
@@ -26,7 +26,7 @@ auto HoldKeeper::reply(Callback callback) {
                if (awaited_ == call)
                    giveUpWaiting();
            }));
-    return current([this, callback](auto... arguments) {
+    return current([this, callback](const auto&... arguments) {
         awaited_.reset();
         connectionAnswers_ = true;
         callback(arguments...);

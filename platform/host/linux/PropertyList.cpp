@@ -93,7 +93,8 @@ std::optional<Value> dictionaryOf(plist_t node, std::size_t depth) {
     return dictionary;
 }
 
-/// Returns nothing if anything in the value lies too deep.
+/// Returns nothing if anything in the value lies too deep, which `PropertyListBounds` has ruled out
+/// unless libplist reads a list in another way.
 std::optional<Value> valueOf(plist_t node, std::size_t depth) {
     if (depth > PropertyListBounds::maxDepth)
         return std::nullopt;
