@@ -723,6 +723,10 @@ class Others(PowerTest):
             self.assertEqual(subprocess.run(self.words("status"), env=self.environment, stdout=full,
                                             stderr=subprocess.DEVNULL).returncode, 1)
 
+
+class Limits(PowerTest):
+    """A system that lacks what is needed; the sanitizers need some of it themselves."""
+
     def test_too_few_descriptors_are_refused_cleanly(self):
         for limit in range(5, 12):
             done = subprocess.run(["bash", "-c", f"ulimit -n {limit}; exec {PROGRAMS}/velmo-power hold true"],
