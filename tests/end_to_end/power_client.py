@@ -391,7 +391,8 @@ class Signals(PowerTest):
         self.assertFalse(self.is_held())
         client.send(signal.SIGCONT)
         self.assertEqual(client.end(), 0)
-        self.assertRegex(client.text, "going on: (.*\n)*back\n")
+        self.assertIn("going on: ", client.text)
+        self.assertIn("back\n", client.text)
 
     def test_a_terminal_that_closes_ends_command_and_hold(self):
         mark = self.folder.name + "/command"
