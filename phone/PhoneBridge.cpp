@@ -44,7 +44,7 @@ HttpReply PhoneBridge::answer(const HttpRequest& request) {
         return describe(request);
     if (request.target == socketPath)
         return plain(426, "This address takes a WebSocket.");
-    return file(request.target);
+    return file(request);
 }
 
 std::expected<std::string, HttpReply> PhoneBridge::mayOpen(const HttpRequest& request) {
@@ -121,11 +121,13 @@ std::optional<HttpReply> PhoneBridge::refusal(const HttpRequest& request, bool n
     return std::nullopt;
 }
 
-HttpReply PhoneBridge::file(std::string_view path) const {
-    const auto found = std::ranges::find(services_.files, path, &PageFile::path);
+HttpReply PhoneBridge::file(const HttpRequest& request) const {
+    const auto found = std::ranges::find(services_.files, request.target, &PageFile::path);
     if (found == services_.files.end())
         return plain(404, "There is nothing at this address.");
-    return {.contentType = found->contentType, .gzipped = found->gzipped};
+    if (request.ifNoneMatch == found->tag)
+        return {.status = 304, .tag = found->tag};
+    return {.contentType = found->contentType, .gzipped = found->gzipped, .tag = found->tag};
 }
 
 HttpReply PhoneBridge::describe(const HttpRequest& request) const {

@@ -28,7 +28,7 @@ namespace velmo {
 /// page (`PhonePage`). Every request must come from the address at which the page is reached, so
 /// that a page elsewhere can neither ask for a cookie nor use one.
 ///
-///     GET   a file of the page                      200, 404
+///     GET   a file of the page                      200, 304, 404
 ///     POST  /admit   {"code":"...","name":"..."}     200, 400, 403, 429
 ///     GET   /device                                  200, 401
 ///     GET   /socket  the WebSocket                   101, 401, 403, 503
@@ -80,7 +80,7 @@ public:
 private:
     [[nodiscard]] std::optional<HttpReply> refusal(const HttpRequest& request,
                                                    bool needsOrigin) const;
-    [[nodiscard]] HttpReply file(std::string_view path) const;
+    [[nodiscard]] HttpReply file(const HttpRequest& request) const;
     [[nodiscard]] HttpReply describe(const HttpRequest& request) const;
     HttpReply letIn(const HttpRequest& request);
     [[nodiscard]] std::string_view cookieName() const;

@@ -239,7 +239,7 @@ private:
 
     static constexpr std::array<std::uint8_t, 2> fileBytes{0x1F, 0x8B};
     static constexpr std::array<PageFile, 1> files{
-        {{.path = "/", .contentType = "text/html; charset=utf-8", .gzipped = fileBytes}}};
+        {{.path = "/", .contentType = "text/html; charset=utf-8", .gzipped = fileBytes, .tag = "\"1\""}}};
 
 public:
     PhoneBridge bridge{{.sessions = *this,

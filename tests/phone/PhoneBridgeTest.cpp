@@ -98,6 +98,18 @@ TEST_F(PhoneBridgeTest, AnswersOnlyItsOwnPageUnderItsOwnName) {
     }
 }
 
+TEST_F(PhoneBridgeTest, SendsAFileOnlyToABrowserWithoutIt) {
+    HttpRequest request = PhoneWorld::request("GET", "/");
+    for (const auto& [tag, status] : std::to_array<std::pair<std::string_view, unsigned>>(
+             {{"", 200}, {"\"2\"", 200}, {"\"1\"", 304}})) {
+        request.ifNoneMatch = tag;
+        const HttpReply reply = world.bridge.answer(request);
+        EXPECT_EQ(reply.status, status) << tag;
+        EXPECT_EQ(reply.gzipped.empty(), status == 304) << tag;
+        EXPECT_EQ(reply.tag, "\"1\"") << tag;
+    }
+}
+
 TEST_F(PhoneBridgeTest, LetsADeviceInByAOneTimeCode) {
     const std::string address = world.bridge.admit(DeviceRights::view);
     const std::string_view start = "http://127.0.0.1:4711/#";
