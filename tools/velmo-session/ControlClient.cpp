@@ -24,10 +24,9 @@ constexpr std::chrono::milliseconds startStep{5};
 constexpr int stepsPerStart = 100;
 constexpr timeval replyPatience{.tv_sec = 10, .tv_usec = 0};
 
-/// Starts a host that outlives this process and its terminal. The host serves once its socket can
-/// be connected to, and ends by itself if another host was quicker.
-void startHost() {
-    const std::string program = ownExecutable().string();
+} // namespace
+
+void startSessionHost(const std::string& program) {
     const pid_t child = ::fork();
     if (child == 0) {
         // The host is a grandchild, so that no process of ours has to wait for its end.
@@ -42,8 +41,6 @@ void startHost() {
     if (child > 0)
         retryInterrupted([&] { return ::waitpid(child, nullptr, 0); });
 }
-
-} // namespace
 
 std::optional<ControlClient> ControlClient::connect() {
     const auto folder = PrivateFolder::locate();
@@ -66,7 +63,7 @@ std::optional<ControlClient> ControlClient::connectOrStart() {
     for (int step = 0; std::chrono::steady_clock::now() < deadline; ++step) {
         // A host that is just ending keeps a new one from serving, so the start is repeated.
         if (step % stepsPerStart == 0)
-            startHost();
+            startSessionHost(ownExecutable().string());
         if (auto client = connect())
             return client;
         std::this_thread::sleep_for(startStep);
