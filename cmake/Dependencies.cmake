@@ -15,7 +15,7 @@ velmo_find_what_power_client_needs()
 
 # HTTP and WebSocket of the phone's bridge, headers only, with an Asio of their own; and what a hash
 # and a QR code are made by.
-if(VELMO_BUILD_PROGRAMS)
+if(VELMO_BUILD_PROGRAMS AND VELMO_PHONE)
     find_path(BOOST_INCLUDE_DIR boost/beast/websocket.hpp REQUIRED)
     add_library(boost::beast INTERFACE IMPORTED)
     target_include_directories(boost::beast INTERFACE ${BOOST_INCLUDE_DIR})

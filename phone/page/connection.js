@@ -1,0 +1,146 @@
+// The connection to the bridge, which goes away and comes back. What is sent while it is away is
+// not sent at all, and the caller is told so.
+
+const askEvery = 2000; // milliseconds between two questions while the page is visible
+const patience = 4000; // milliseconds without an answer until the connection counts as lost
+const retries = [0, 250, 500, 1000, 2000]; // milliseconds; the last one again and again
+const revoked = 4001; // the close code for a device that is let in no more
+
+export class Connection {
+    #services;
+    #socket = null;
+    #isOpen = false;
+    #isVisible = true;
+    #failures = 0;
+    #timer = null; // of the next question or the next attempt
+    #askedAt = null; // the oldest question that has no answer yet
+
+    /**
+     * `services`: `open()` returns a new WebSocket; `now()` in milliseconds; `after(ms, work)`
+     * returns a function that cancels; `onOpen()`, `onLost()`, `onEvent(event)`, `onFrames(bytes)`,
+     * and `onRefused()` for a device that is not let in; `isLetIn()` promises whether it is.
+     */
+    constructor(services) {
+        this.#services = services;
+    }
+
+    get isOpen() {
+        return this.#isOpen;
+    }
+
+    /** Connects, or asks at once whether the connection still stands. */
+    wake() {
+        this.#isVisible = true;
+        if (this.#isOpen) {
+            this.#askedAt = null;
+            this.#ask();
+        } else if (this.#socket === null) {
+            this.#failures = 0;
+            this.#connect();
+        }
+    }
+
+    /** Asks nothing more until `wake`, since nobody looks at the page. */
+    sleep() {
+        this.#isVisible = false;
+        this.#plan(null);
+    }
+
+    /** Drops a connection that the browser knows to be gone, and connects anew. */
+    drop() {
+        this.#lose();
+    }
+
+    /** Makes a call. Returns false, and sends nothing, while the connection is away. */
+    call(call) {
+        return this.#send(JSON.stringify(call));
+    }
+
+    /** Sends frames; likewise. */
+    sendFrames(frames) {
+        return this.#isOpen && frames.every((frame) => this.#send(frame));
+    }
+
+    #send(content) {
+        if (!this.#isOpen)
+            return false;
+        this.#socket.send(content);
+        return true;
+    }
+
+    #connect() {
+        this.#plan(null);
+        const socket = this.#services.open();
+        this.#socket = socket;
+        this.#askedAt = this.#services.now();
+        socket.binaryType = "arraybuffer";
+        const ifCurrent = (work) => (event) => this.#socket === socket && work(event);
+        socket.onopen = ifCurrent(() => {
+            this.#isOpen = true;
+            this.#failures = 0;
+            this.#askedAt = null;
+            this.#services.onOpen();
+            this.#ask();
+        });
+        socket.onmessage = ifCurrent(({ data }) => {
+            this.#askedAt = null;
+            if (typeof data === "string")
+                this.#services.onEvent(JSON.parse(data));
+            else
+                this.#services.onFrames(new Uint8Array(data));
+        });
+        socket.onclose = ifCurrent(({ code }) => this.#closed(code));
+        this.#plan(patience, () => this.#lose());
+    }
+
+    async #closed(code) {
+        const wasOpen = this.#isOpen;
+        this.#forget();
+        if (wasOpen)
+            this.#services.onLost();
+        // A browser does not tell why a connection could not be opened.
+        const mayTry = code !== revoked && (wasOpen || (await this.#services.isLetIn().catch(() => true)));
+        if (!mayTry)
+            return this.#services.onRefused();
+        if (this.#socket === null)
+            this.#retry();
+    }
+
+    #ask() {
+        const now = this.#services.now();
+        if (this.#askedAt !== null && now - this.#askedAt >= patience)
+            return this.#lose();
+        this.#askedAt ??= now;
+        this.call({ call: "list" });
+        if (this.#isVisible)
+            this.#plan(askEvery, () => this.#ask());
+    }
+
+    #lose() {
+        const wasOpen = this.#isOpen;
+        const socket = this.#socket;
+        this.#forget();
+        socket?.close();
+        if (wasOpen)
+            this.#services.onLost();
+        this.#retry();
+    }
+
+    #forget() {
+        this.#plan(null);
+        this.#socket = null;
+        this.#isOpen = false;
+        this.#askedAt = null;
+    }
+
+    #retry() {
+        const pause = retries[Math.min(this.#failures++, retries.length - 1)];
+        if (this.#isVisible)
+            this.#plan(pause, () => this.#connect());
+    }
+
+    #plan(milliseconds, work) {
+        this.#timer?.();
+        this.#timer = milliseconds === null ? null : this.#services.after(milliseconds, work);
+    }
+}
