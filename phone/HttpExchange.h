@@ -44,13 +44,13 @@ struct HttpHeader {
 };
 
 /// The headers of every reply. The page runs no script but its own files, talks to nothing but this
-/// bridge, and can't be shown inside another page. Inline styles are allowed because xterm.js makes
-/// style elements for its colours and for the size of its letters; the attribute is not, since both
-/// xterm.js and the page set styles through the object model alone.
+/// bridge, and can't be shown inside another page. Inline styles are allowed because xterm.js needs
+/// them: it makes style elements for its theme and for the size of its letters, and style
+/// attributes for colours beyond the first 16. A script can't be hidden in a style.
 inline constexpr auto replyHeaders = std::to_array<HttpHeader>({
     {.name = "Content-Security-Policy",
-     .value = "default-src 'none'; script-src 'self'; style-src 'self'; "
-              "style-src-elem 'self' 'unsafe-inline'; img-src 'self'; connect-src 'self'; "
+     .value = "default-src 'none'; script-src 'self'; style-src 'self' 'unsafe-inline'; "
+              "img-src 'self'; connect-src 'self'; "
               "manifest-src 'self'; worker-src 'self'; base-uri 'none'; form-action 'none'; "
               "frame-ancestors 'none'; require-trusted-types-for 'script'"},
     {.name = "X-Content-Type-Options", .value = "nosniff"},

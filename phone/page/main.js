@@ -131,6 +131,7 @@ function giveSizeBack() {
     $("give-back").hidden = true;
     terminal.follow(sizeOf(watched.id) ?? terminal.size);
     connection.call({ call: "watch", session: watched.id });
+    terminal.focus();
 }
 
 function sizeOf(id) {
