@@ -1,8 +1,8 @@
 // The connection to the bridge, which goes away and comes back. What is sent while it is away is
 // not sent at all, and the caller is told so.
 
-const askEvery = 2000; // milliseconds between two questions while the page is visible
-const patience = 4000; // milliseconds without an answer until the connection counts as lost
+const askAfter = 2000; // milliseconds from an answer to the next question, while the page is visible
+const patience = 2900; // milliseconds without an answer until the connection counts as lost
 const retries = [0, 250, 500, 1000, 2000]; // milliseconds; the last one again and again
 const revoked = 4001; // the close code for a device that is let in no more
 
@@ -13,11 +13,11 @@ export class Connection {
     #isVisible = true;
     #failures = 0;
     #timer = null; // of the next question or the next attempt
-    #askedAt = null; // the oldest question that has no answer yet
+    #isAsking = false; // a question has no answer yet
 
     /**
-     * `services`: `open()` returns a new WebSocket; `now()` in milliseconds; `after(ms, work)`
-     * returns a function that cancels; `onOpen()`, `onLost()`, `onEvent(event)`, `onFrames(bytes)`,
+     * `services`: `open()` returns a new WebSocket; `after(milliseconds, work)` returns a function
+     * that cancels; `onOpen()`, `onLost()`, `onEvent(event)`, `onFrames(bytes)`,
      * and `onRefused()` for a device that is not let in; `isLetIn()` promises whether it is.
      */
     constructor(services) {
@@ -32,7 +32,6 @@ export class Connection {
     wake() {
         this.#isVisible = true;
         if (this.#isOpen) {
-            this.#askedAt = null;
             this.#ask();
         } else if (this.#socket === null) {
             this.#failures = 0;
@@ -72,18 +71,16 @@ export class Connection {
         this.#plan(null);
         const socket = this.#services.open();
         this.#socket = socket;
-        this.#askedAt = this.#services.now();
         socket.binaryType = "arraybuffer";
         const ifCurrent = (work) => (event) => this.#socket === socket && work(event);
         socket.onopen = ifCurrent(() => {
             this.#isOpen = true;
             this.#failures = 0;
-            this.#askedAt = null;
             this.#services.onOpen();
             this.#ask();
         });
         socket.onmessage = ifCurrent(({ data }) => {
-            this.#askedAt = null;
+            this.#answered();
             if (typeof data === "string")
                 this.#services.onEvent(JSON.parse(data));
             else
@@ -107,13 +104,17 @@ export class Connection {
     }
 
     #ask() {
-        const now = this.#services.now();
-        if (this.#askedAt !== null && now - this.#askedAt >= patience)
-            return this.#lose();
-        this.#askedAt ??= now;
+        this.#isAsking = true;
         this.call({ call: "list" });
-        if (this.#isVisible)
-            this.#plan(askEvery, () => this.#ask());
+        this.#plan(patience, () => this.#lose());
+    }
+
+    /** Whatever comes answers the question, since it shows that the connection stands. */
+    #answered() {
+        if (!this.#isAsking)
+            return;
+        this.#isAsking = false;
+        this.#plan(this.#isVisible ? askAfter : null, () => this.#ask());
     }
 
     #lose() {
@@ -130,7 +131,7 @@ export class Connection {
         this.#plan(null);
         this.#socket = null;
         this.#isOpen = false;
-        this.#askedAt = null;
+        this.#isAsking = false;
     }
 
     #retry() {

@@ -21,7 +21,6 @@ let differing = 0; // lists in a row that show another size than this page's
 
 const connection = new Connection({
     open: () => new WebSocket(`${location.protocol === "https:" ? "wss" : "ws"}://${location.host}/socket`),
-    now: () => performance.now(),
     after(milliseconds, work) {
         const timer = setTimeout(work, milliseconds);
         return () => clearTimeout(timer);
