@@ -1,0 +1,27 @@
+# What velmo-phone needs besides: HTTP and WebSocket, headers only, with an Asio of their own; QR codes; a
+# hash; and Node.js with npm, which put its page together. Without any of them it is left out.
+
+find_program(VELMO_NODE node NO_CMAKE_FIND_ROOT_PATH)
+find_program(VELMO_NPM npm NO_CMAKE_FIND_ROOT_PATH)
+find_path(BOOST_INCLUDE_DIR boost/beast/websocket.hpp)
+find_path(QRENCODE_INCLUDE_DIR qrencode.h)
+if(NOT APPLE)
+    find_package(OpenSSL COMPONENTS Crypto)
+endif()
+set(velmo_phone_is_possible OFF)
+if(VELMO_NODE AND VELMO_NPM AND BOOST_INCLUDE_DIR AND QRENCODE_INCLUDE_DIR AND (APPLE OR OPENSSL_FOUND))
+    set(velmo_phone_is_possible ${PROJECT_IS_TOP_LEVEL})
+endif()
+option(VELMO_PHONE "Build velmo-phone" ${velmo_phone_is_possible})
+
+if(NOT VELMO_PHONE)
+    message(STATUS "velmo-phone is left out: VELMO_PHONE is off, or `scripts/setup phone` has not been run")
+    return()
+endif()
+find_package(Threads REQUIRED)
+add_library(boost::beast INTERFACE IMPORTED)
+target_include_directories(boost::beast INTERFACE ${BOOST_INCLUDE_DIR})
+# The last one for Boost 1.74, which otherwise asks C++23's library for what C++20 has removed.
+target_compile_definitions(boost::beast INTERFACE
+    BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_HAS_STD_INVOKE_RESULT=1)
+target_link_libraries(boost::beast INTERFACE Threads::Threads)
