@@ -28,7 +28,7 @@ struct Device {
 };
 
 /// The devices that may come back. A device shows the cookie that it was given; the book contains
-/// the cookie's hash alone, so that a copy of the book lets nobody in.
+/// the cookie's hash alone, so that a copy of the book lets no browser in.
 class DeviceBook {
 public:
     static constexpr double life = 30.0 * 24 * 3600;     ///< seconds that a cookie is good for
@@ -58,7 +58,7 @@ public:
 
     void clear() { devices_.clear(); }
 
-    /// Returns the devices whose cookies are still good, oldest first.
+    /// Returns the devices that still have a good cookie, oldest first.
     [[nodiscard]] std::vector<Device> devices(WallTime now) const;
 
 private:

@@ -60,7 +60,7 @@ public:
     /// that refuses the request.
     std::expected<std::string, HttpReply> mayOpen(const HttpRequest& request);
 
-    /// Begins to serve a page, whose WebSocket is open by now. Returns null, and closes the
+    /// Begins to serve a page, once its WebSocket is open. Returns null, and closes the
     /// connection, if its device is let in no more or if there are too many pages.
     std::shared_ptr<PhonePage> open(const std::string& cookie,
                                     std::shared_ptr<PhoneConnection> connection);

@@ -12,7 +12,7 @@
 /// Secrets in the form in which they travel: lower-case hexadecimal digits.
 namespace velmo {
 
-/// Fills the bytes so that nobody can guess them.
+/// Fills the span with unguessable bytes.
 using FillWithRandomBytes = std::function<void(std::span<std::uint8_t>)>;
 
 /// Returns the SHA-256 of the bytes.

@@ -29,7 +29,7 @@ using Error = boost::system::error_code;
 constexpr std::chrono::seconds patience{10};
 constexpr timeval answerPatience{.tv_sec = 10, .tv_usec = 0};
 
-/// One command, its reply, and the end of the connection.
+/// A connection for one command and its reply.
 class Command : public std::enable_shared_from_this<Command> {
 public:
     explicit Command(Socket socket)

@@ -28,8 +28,8 @@ public:
     /// bridge has this right.
     [[nodiscard]] Descriptor lock() const;
 
-    /// Returns the record of the last run. An empty record if there is none, and nothing if the
-    /// file is not a record.
+    /// Returns the record of the last run, or an empty record before the first run. Absent if the
+    /// file can't be decoded.
     [[nodiscard]] std::optional<PhoneRecord> read() const;
 
     /// Tells whether the record was written.

@@ -42,7 +42,7 @@ std::optional<Socket> connectToHost(net::io_context& context) {
 
 } // namespace
 
-/// One call on a connection of its own, which ends with the reply or after the patience.
+/// A call on a connection of its own, which ends with the reply or after the patience.
 class SessionSockets::Line : public std::enable_shared_from_this<Line> {
 public:
     using Done = std::function<void(Line&, std::optional<SessionReplyLine> reply)>;
@@ -196,7 +196,7 @@ void SessionSockets::start(const PhoneCallLine& wanted, OnReply done) {
     });
 }
 
-/// Waits until a host can be connected to, or until there is no hope. A host that is just ending
+/// Waits until a host can be connected to, or until the tries are used up. A host that is just ending
 /// keeps a new one from serving, so the start is repeated.
 void SessionSockets::whenHostServes(int triesLeft, std::function<void()> then) {
     if (triesLeft == 0 || connectToHost(context_))
