@@ -1,5 +1,8 @@
 #include "platform/phone/HttpDoors.h"
 
+#include "core/support/BigEndian.h"
+#include "platform/sessions/SystemRandom.h"
+
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core.hpp>
@@ -7,6 +10,7 @@
 #include <boost/beast/websocket.hpp>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <deque>
 #include <string>
@@ -30,7 +34,15 @@ using Request = http::request<http::string_body>;
 constexpr std::size_t maxHeader = 8192; ///< bytes
 constexpr std::chrono::milliseconds acceptPause{100};
 constexpr std::chrono::seconds closePatience{1};
-constexpr int portTries = 16;
+constexpr int portTries = 64;
+constexpr unsigned firstPort = 20000;
+constexpr unsigned ports = 10000;
+
+std::uint16_t anyPort() {
+    std::array<std::uint8_t, 4> bytes{};
+    fillWithRandomBytes(bytes);
+    return static_cast<std::uint16_t>(firstPort + BigEndian::read(bytes) % ports);
+}
 
 std::string_view plain(beast::string_view text) {
     return {text.data(), text.size()};
@@ -164,7 +176,7 @@ public:
               std::pair(net::ip::address(net::ip::address_v6::loopback()), false)}) {
             Error error;
             auto door = std::make_unique<Door>(context_);
-            listen(door->acceptor, {address, doors_.empty() ? port : this->port()}, error);
+            listen(door->acceptor, {address, port}, error);
             if (!error)
                 doors_.push_back(std::move(door));
             else if (isRequired || error == net::error::address_in_use)
@@ -316,9 +328,8 @@ HttpDoors::~HttpDoors() {
 }
 
 std::optional<std::uint16_t> HttpDoors::take(std::uint16_t port) {
-    // A port that the system finds free on one address may be taken on the other.
     for (int tries = port == 0 ? portTries : 1; tries > 0; --tries) {
-        if (impl_->takeBoth(port))
+        if (impl_->takeBoth(port == 0 ? anyPort() : port))
             return impl_->port();
     }
     return std::nullopt;

@@ -24,7 +24,9 @@ public:
     HttpDoors& operator=(const HttpDoors&) = delete;
 
     /// Takes the port on both addresses, or one that is free on both if the port is 0. Returns the
-    /// port; absent if another program has taken it. A machine without ::1 does without.
+    /// port; absent if another program has taken it. A machine without ::1 does without. A free
+    /// port is from 20000 to 29999, since systems use higher ones for outgoing connections, which
+    /// would now and then keep a remembered port from being taken again.
     std::optional<std::uint16_t> take(std::uint16_t port);
 
     /// Begins to serve at the port that was taken. The bridge must outlive the doors.

@@ -196,8 +196,8 @@ void SessionSockets::start(const PhoneCallLine& wanted, OnReply done) {
     });
 }
 
-/// Waits until a host can be connected to, or until the tries are used up. A host that is just ending
-/// keeps a new one from serving, so the start is repeated.
+/// Waits until a host can be connected to, or until the tries are used up. A host that is just
+/// ending keeps a new one from serving, so the start is repeated.
 void SessionSockets::whenHostServes(int triesLeft, std::function<void()> then) {
     if (triesLeft == 0 || connectToHost(context_))
         return net::post(context_, [life = std::weak_ptr(life_), then = std::move(then)] {

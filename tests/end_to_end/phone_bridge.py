@@ -227,6 +227,7 @@ class PhoneBridge(unittest.TestCase):
         with open(self.state + "/phone.json") as file:
             self.assertNotIn(cookie.split("=")[1], file.read())
         self.phone(status=123)  # a second one
+        self.watching()  # in a session host that the bridge has started, and that outlives it
         self.stop()
         self.phone("admit", status=124)
         self.serve("--url", "https://mac.example.net")

@@ -4,6 +4,7 @@
 #include "platform/posix/OwnExecutable.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/PrivateFolder.h"
+#include "platform/sessions/PseudoTerminal.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -35,6 +36,8 @@ void startSessionHost(const std::string& program) {
         const int null = ::open("/dev/null", O_RDWR);
         for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             ::dup2(null, standard);
+        // A caller's listening socket would stay taken as long as the host lives.
+        closeDescriptorsFrom(STDERR_FILENO + 1);
         ::execl(program.c_str(), "velmo-session", "serve", "--background", nullptr);
         ::_exit(1);
     }

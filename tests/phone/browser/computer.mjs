@@ -93,7 +93,9 @@ export class Computer {
     async serve() {
         this.#bridge = spawn(join(programs, "velmo-phone"), ["--url", this.url],
             { env: this.environment, stdio: ["ignore", "pipe", "inherit"] });
-        const [line] = await once(this.#bridge.stdout.setEncoding("utf8"), "data");
+        const ended = once(this.#bridge, "exit").then(() => Promise.reject(new Error("the bridge has ended")));
+        ended.catch(() => {}); // of no interest later
+        const [line] = await Promise.race([once(this.#bridge.stdout.setEncoding("utf8"), "data"), ended]);
         this.firstAddress = line.trim();
         this.network.target = JSON.parse(this.#read("phone.json")).port;
     }

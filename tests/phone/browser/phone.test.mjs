@@ -65,6 +65,7 @@ test("a session is started, typed into and ended", async () => {
 
     await phone.page.tap("#back");
     await phone.sees("#list");
+    await phone.page.waitForSelector("#sessions .danger");
     await phone.page.tap("#sessions .danger");
     await phone.page.tap("#end-dialog .danger");
     await until(async () => /ended with status/.test(await phone.text("#sessions .facts")));
