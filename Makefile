@@ -62,7 +62,7 @@ tsan:
 # The phone's page in a real browser.
 test-phone:
 	@scripts/setup build phone browser
-	@scripts/build debug velmo-phone velmo-session
+	@scripts/build debug velmo-phone velmo-session velmo-mac VelmoPowerDaemonSimulated simulated-pmset
 	@tests/phone/browser/run build/debug/bin
 
 SECONDS ?= 60

@@ -7,8 +7,8 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The input is commands to the bridge, a line each. Each gets one line, and a code that was made
-/// on the way lets a device in.
+/// The input is commands to the bridge, a line each. Every line gets one in reply, and a code that
+/// was made on the way lets a device in.
 void checkPhoneCommands(Input input) {
     PhoneWorld world;
     world.letIn();

@@ -40,7 +40,7 @@ void checkPhonePages(Input input) {
     require(!good->closing && good->output() == output);
     require(mayUse
             || (world.sessions.program().sizes == sized && world.sessions.program().typed.empty()
-                && world.sessions.programs.size() == 1
+                && world.power.events.empty() && world.sessions.programs.size() == 1
                 && world.sessions.program().endings.empty()));
 }
 

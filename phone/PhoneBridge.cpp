@@ -77,6 +77,7 @@ std::shared_ptr<PhonePage> PhoneBridge::open(const std::string& cookie,
     }
     const PhonePage::Services services{
         .sessions = services_.sessions,
+        .awake = services_.awake,
         .steadyTime = services_.steadyTime,
         .closed = [this](PhonePage& page) { std::erase(pages_, page.shared_from_this()); }};
     pages_.push_back(std::make_shared<PhonePage>(services, *device, std::move(connection)));
@@ -87,6 +88,11 @@ std::shared_ptr<PhonePage> PhoneBridge::open(const std::string& cookie,
 
 void PhoneBridge::gone(const std::shared_ptr<PhonePage>& page) {
     std::erase(pages_, page);
+}
+
+void PhoneBridge::powerChanged() {
+    for (const auto& page : std::vector(pages_))
+        page->tellPower();
 }
 
 std::string PhoneBridge::admit(DeviceRights rights) {

@@ -37,6 +37,7 @@ public:
     /// Everything outside that the bridge uses. The references must outlive the bridge.
     struct Services {
         SessionLink& sessions;
+        AwakeSwitch* awake = nullptr; ///< null where the computer's power can't be reached
         std::span<const PageFile> files;
         FillWithRandomBytes random;
         Sha256 hash;
@@ -67,6 +68,9 @@ public:
 
     /// Reports that the connection of a page has ended by itself.
     void gone(const std::shared_ptr<PhonePage>& page);
+
+    /// Reports that the switch would tell something new.
+    void powerChanged();
 
     /// Makes a one-time code and returns the address that lets one device in with it.
     std::string admit(DeviceRights rights);

@@ -16,8 +16,11 @@ bool hasWhatItNeeds(const PhoneCallLine& line) {
     case PhoneCall::start:
         return line.cols && line.rows && *line.cols >= 1 && *line.cols <= PtyFrame::maxCols
                && *line.rows >= 1 && *line.rows <= PtyFrame::maxRows;
+    case PhoneCall::awake:
+        return line.on.has_value();
     case PhoneCall::list:
     case PhoneCall::leave:
+    case PhoneCall::power:
         break;
     }
     return true;

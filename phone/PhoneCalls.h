@@ -22,13 +22,15 @@
 ///     {"call":"leave"}                       left
 ///     {"call":"start","name":"...","folder":"...","words":["claude"],"cols":80,"rows":24}  started
 ///     {"call":"end","session":ID}            ending
+///     {"call":"power"}                       power
+///     {"call":"awake","on":true}           power
 namespace velmo {
 
-enum class PhoneCall { list, watch, shown, leave, start, end };
+enum class PhoneCall { list, watch, shown, leave, start, end, power, awake };
 
 template<>
-inline constexpr auto rawTexts<PhoneCall> =
-    std::to_array<std::string_view>({"list", "watch", "shown", "leave", "start", "end"});
+inline constexpr auto rawTexts<PhoneCall> = std::to_array<std::string_view>(
+    {"list", "watch", "shown", "leave", "start", "end", "power", "awake"});
 
 struct PhoneCallLine {
     PhoneCall call = PhoneCall::list;
@@ -39,12 +41,14 @@ struct PhoneCallLine {
     std::optional<std::vector<std::string>> words; ///< of start; absent: the log-in shell
     std::optional<std::int64_t> cols;              ///< of start
     std::optional<std::int64_t> rows;              ///< of start
+    std::optional<bool> on;                        ///< of awake
 
     static constexpr auto fields = std::tuple{
         field("call", &PhoneCallLine::call),     field("session", &PhoneCallLine::session),
         field("bytes", &PhoneCallLine::bytes),   field("name", &PhoneCallLine::name),
         field("folder", &PhoneCallLine::folder), field("words", &PhoneCallLine::words),
-        field("cols", &PhoneCallLine::cols),     field("rows", &PhoneCallLine::rows)};
+        field("cols", &PhoneCallLine::cols),     field("rows", &PhoneCallLine::rows),
+        field("on", &PhoneCallLine::on)};
     bool operator==(const PhoneCallLine&) const = default;
 };
 
@@ -57,11 +61,12 @@ enum class PhoneEvent {
     started,  ///< a session has been started
     ending,   ///< a session has been told to end
     refused,  ///< a call has had no effect
+    power,    ///< the reply to power and awake, and whenever the hold of the bridge has changed
 };
 
 template<>
 inline constexpr auto rawTexts<PhoneEvent> = std::to_array<std::string_view>(
-    {"hello", "sessions", "watching", "left", "gone", "started", "ending", "refused"});
+    {"hello", "sessions", "watching", "left", "gone", "started", "ending", "refused", "power"});
 
 /// Why the bridge itself refuses a call. All other reasons are the host's, `SessionRefusal`.
 namespace PhoneRefusal {
@@ -71,6 +76,28 @@ inline constexpr std::string_view unreachable = "unreachable"; ///< no session h
 
 } // namespace PhoneRefusal
 
+/// The computer's power, as a page shows it.
+struct PhonePowerLine {
+    std::optional<int> battery;        ///< percent; absent without a battery
+    std::optional<bool> mains;         ///< absent where the system does not tell
+    bool hasDaemon = false;            ///< a power daemon answers
+    bool keeps = false;                ///< the bridge's switch is on
+    bool isAwake = false;              ///< a hold is in force
+    std::optional<std::string> holder; ///< the program that has the hold
+    std::optional<std::string> why;    ///< why the bridge's hold has ended, or was refused
+    std::optional<double> whyAt;       ///< when, in seconds since 1970
+
+    static constexpr auto fields = std::tuple{field("battery", &PhonePowerLine::battery),
+                                              field("mains", &PhonePowerLine::mains),
+                                              field("hasDaemon", &PhonePowerLine::hasDaemon),
+                                              field("keeps", &PhonePowerLine::keeps),
+                                              field("isAwake", &PhonePowerLine::isAwake),
+                                              field("holder", &PhonePowerLine::holder),
+                                              field("why", &PhonePowerLine::why),
+                                              field("whyAt", &PhonePowerLine::whyAt)};
+    bool operator==(const PhonePowerLine&) const = default;
+};
+
 struct PhoneEventLine {
     PhoneEvent event = PhoneEvent::hello;
     std::optional<PhoneCall> call;                     ///< of refused
@@ -79,12 +106,13 @@ struct PhoneEventLine {
     std::optional<std::vector<SessionEntry>> sessions; ///< of sessions
     std::optional<std::string> device;                 ///< of hello: the device's name
     std::optional<DeviceRights> rights;                ///< of hello
+    std::optional<PhonePowerLine> power;               ///< of power
 
     static constexpr auto fields = std::tuple{
         field("event", &PhoneEventLine::event),       field("call", &PhoneEventLine::call),
         field("reason", &PhoneEventLine::reason),     field("session", &PhoneEventLine::session),
         field("sessions", &PhoneEventLine::sessions), field("device", &PhoneEventLine::device),
-        field("rights", &PhoneEventLine::rights)};
+        field("rights", &PhoneEventLine::rights),     field("power", &PhoneEventLine::power)};
     bool operator==(const PhoneEventLine&) const = default;
 };
 

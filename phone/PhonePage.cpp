@@ -81,7 +81,8 @@ void PhonePage::end(PhoneClosing why) {
 }
 
 void PhonePage::made(const PhoneCallLine& call) {
-    const bool mayView = call.call != PhoneCall::start && call.call != PhoneCall::end;
+    const bool mayView = call.call != PhoneCall::start && call.call != PhoneCall::end
+                         && call.call != PhoneCall::awake;
     if (!mayView && device_.rights == DeviceRights::view)
         return refuse(call.call, PhoneRefusal::rights);
     switch (call.call) {
@@ -98,6 +99,10 @@ void PhonePage::made(const PhoneCallLine& call) {
         return start(call);
     case PhoneCall::end:
         return endSession(*call.session);
+    case PhoneCall::power:
+        return power();
+    case PhoneCall::awake:
+        return turnAwake(*call.on);
     }
 }
 
@@ -172,6 +177,26 @@ void PhonePage::endSession(const std::string& session) {
                 return page.refuse(PhoneCall::end, reply->reason.value_or(""));
             page.tell({.event = PhoneEvent::ending, .session = session});
         }));
+}
+
+void PhonePage::power() {
+    if (services_.awake == nullptr)
+        return refuse(PhoneCall::power, PhoneRefusal::unreachable);
+    wantsPower_ = true;
+    services_.awake->describe(counted([](PhonePage& page, const PhonePowerLine& power) {
+        page.tell({.event = PhoneEvent::power, .power = power});
+    }));
+}
+
+void PhonePage::turnAwake(bool on) {
+    if (services_.awake != nullptr)
+        services_.awake->turn(on);
+    power();
+}
+
+void PhonePage::tellPower() {
+    if (connection_ && wantsPower_ && callsUnderWay_ < maxCalls)
+        power();
 }
 
 void PhonePage::typed(std::string_view frames) {

@@ -2,6 +2,7 @@
 
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
+#include "phone/AwakeSwitch.h"
 #include "phone/DeviceBook.h"
 #include "phone/PhoneCalls.h"
 #include "phone/PhoneConnection.h"
@@ -37,6 +38,7 @@ public:
 
     struct Services {
         SessionLink& sessions;
+        AwakeSwitch* awake = nullptr; ///< null where the computer's power can't be reached
         std::function<SteadyTime()> steadyTime;
         std::function<void(PhonePage&)> closed; ///< called when the page itself ends its connection
     };
@@ -49,6 +51,9 @@ public:
     // Report events of the connection.
     void received(const PhoneMessage& message);
     void sent();
+
+    /// Tells the page the computer's power, if it has asked for that before.
+    void tellPower();
 
     /// Ends the connection and everything that belongs to it.
     void end(PhoneClosing why);
@@ -67,6 +72,8 @@ private:
     void leave();
     void start(const PhoneCallLine& call);
     void endSession(const std::string& session);
+    void power();
+    void turnAwake(bool on);
     void typed(std::string_view frames);
 
     void readOutput();
@@ -106,6 +113,7 @@ private:
     std::deque<PhoneMessage> toSend_; ///< the first is being sent
     std::size_t callsUnderWay_ = 0;
     bool isListening_ = false;
+    bool wantsPower_ = false;
 };
 
 } // namespace velmo

@@ -46,6 +46,36 @@ public:
     std::optional<PhoneClosing> closing;
 };
 
+/// The computer's power, as the switch sees it.
+class FakePower final : public PhonePower {
+public:
+    void read(std::function<void(const Reading& reading)> done) override {
+        questions.push_back(std::move(done));
+    }
+
+    void keep(BatteryFloor floor,
+              std::function<void(const HoldKeeper::Status& status)> changed) override {
+        events.push_back("keep " + std::to_string(floor.percent()));
+        change = std::move(changed);
+    }
+
+    void release() override { events.emplace_back("release"); }
+
+    bool step() {
+        if (questions.empty())
+            return false;
+        const auto done = std::move(questions.front());
+        questions.pop_front();
+        done(reading);
+        return true;
+    }
+
+    Reading reading{.battery = 80, .mains = false, .report = HoldReport()};
+    std::vector<std::string> events;
+    std::function<void(const HoldKeeper::Status& status)> change;
+    std::deque<std::function<void(const Reading& reading)>> questions;
+};
+
 /// A bridge with pages, before a session host in a world of its own.
 class PhoneWorld final : public SessionLink {
 public:
@@ -124,16 +154,28 @@ public:
     void settle() {
         do
             sessions.settle();
-        while (stepLater() || stepStreams() || stepPages());
+        while (stepLater() || power.step() || stepStreams() || stepPages());
     }
 
     void pass(double seconds) {
         settle();
         sessions.pass(seconds);
         settle();
+        std::vector<std::function<void()>> due;
+        std::erase_if(timers, [&](auto& timer) {
+            const bool isDue = timer.first <= sessions.now;
+            if (isDue)
+                due.push_back(std::move(timer.second));
+            return isDue;
+        });
+        for (const auto& work : due)
+            work();
+        settle();
     }
 
     SessionWorld sessions;
+    FakePower power;
+    std::vector<std::pair<double, std::function<void()>>> timers; ///< when they are due
     bool hostServes = true;
     bool hostTakes = true; ///< what is typed
     std::vector<PhoneRecord> saved;
@@ -238,11 +280,22 @@ private:
     std::vector<Stream*> streams_;
 
     static constexpr std::array<std::uint8_t, 2> fileBytes{0x1F, 0x8B};
-    static constexpr std::array<PageFile, 1> files{
-        {{.path = "/", .contentType = "text/html; charset=utf-8", .gzipped = fileBytes, .tag = "\"1\""}}};
+    static constexpr std::array<PageFile, 1> files{{{.path = "/",
+                                                     .contentType = "text/html; charset=utf-8",
+                                                     .gzipped = fileBytes,
+                                                     .tag = "\"1\""}}};
 
 public:
+    AwakeSwitch awake{{.sessions = *this,
+                       .power = power,
+                       .wallTime = [this] { return WallTime{sessions.now + 1e9}; },
+                       .after =
+                           [this](double seconds, std::function<void()> work) {
+                               timers.emplace_back(sessions.now + seconds, std::move(work));
+                           },
+                       .changed = [this] { bridge.powerChanged(); }}};
     PhoneBridge bridge{{.sessions = *this,
+                        .awake = &awake,
                         .files = files,
                         .random =
                             [this](std::span<std::uint8_t> bytes) {

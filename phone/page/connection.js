@@ -19,6 +19,7 @@ export class Connection {
      * `services`: `open()` returns a new WebSocket; `after(milliseconds, work)` returns a function
      * that cancels; `onOpen()`, `onLost()`, `onEvent(event)`, `onFrames(bytes)`,
      * and `onRefused()` for a device that is not let in; `isLetIn()` promises whether it is.
+     * `hiddenPause()` returns the milliseconds between two questions of a hidden page, or null.
      */
     constructor(services) {
         this.#services = services;
@@ -39,10 +40,10 @@ export class Connection {
         }
     }
 
-    /** Asks nothing more until `wake`, since nobody looks at the page. */
+    /** Asks only as often as a hidden page needs until `wake`, or not at all. */
     sleep() {
         this.#isVisible = false;
-        this.#plan(null);
+        this.#plan(this.#isOpen ? this.#pause : null, () => this.#ask());
     }
 
     /** Drops a connection that the browser knows to be gone, and connects anew. */
@@ -109,12 +110,16 @@ export class Connection {
         this.#plan(patience, () => this.#lose());
     }
 
+    get #pause() {
+        return this.#isVisible ? askAfter : this.#services.hiddenPause();
+    }
+
     /** Whatever comes answers the question, since it shows that the connection stands. */
     #answered() {
         if (!this.#isAsking)
             return;
         this.#isAsking = false;
-        this.#plan(this.#isVisible ? askAfter : null, () => this.#ask());
+        this.#plan(this.#pause, () => this.#ask());
     }
 
     #lose() {
@@ -136,8 +141,9 @@ export class Connection {
 
     #retry() {
         const pause = retries[Math.min(this.#failures++, retries.length - 1)];
-        if (this.#isVisible)
-            this.#plan(pause, () => this.#connect());
+        const hidden = this.#services.hiddenPause();
+        if (this.#isVisible || hidden !== null)
+            this.#plan(this.#isVisible ? pause : hidden, () => this.#connect());
     }
 
     #plan(milliseconds, work) {

@@ -4,6 +4,7 @@ import { createHash } from "node:crypto";
 import { readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { gzipSync } from "node:zlib";
+import { iconPng } from "./icon.mjs";
 
 const [page, modules, output] = process.argv.slice(2);
 const greatestSize = 600 * 1024; // bytes of all files, uncompressed
@@ -11,7 +12,7 @@ const greatestSize = 600 * 1024; // bytes of all files, uncompressed
 const script = "text/javascript; charset=utf-8";
 const style = "text/css; charset=utf-8";
 
-// The path under which a file is served, where it is, and what it is.
+// The path under which a file is served, where it is or what it contains, and what it is.
 const files = [
     ["/", join(page, "index.html"), "text/html; charset=utf-8"],
     ["/style.css", join(page, "style.css"), style],
@@ -19,18 +20,21 @@ const files = [
     ["/xterm.js", join(modules, "@xterm/xterm/lib/xterm.mjs"), script],
     ["/fit.js", join(modules, "@xterm/addon-fit/lib/addon-fit.mjs"), script],
     ["/icon.svg", join(page, "icon.svg"), "image/svg+xml"],
+    ...[180, 192, 512].map((size) => [`/icon-${size}.png`, iconPng(size), "image/png"]),
     ["/manifest.webmanifest", join(page, "manifest.webmanifest"), "application/manifest+json"],
-    ...["admission", "connection", "frames", "gestures", "keys", "list", "main", "start", "terminal"].map(
+    ...["admission", "connection", "frames", "gestures", "keys", "list", "main", "notify", "power", "start", "terminal",
+        "worker"].map(
         (name) => [`/${name}.js`, join(page, `${name}.js`), script]),
 ];
 
 let size = 0;
 const sources = files.map(([path, place, type], index) => {
     // Source maps are not served.
-    const text = readFileSync(place, "utf8").replace(/\n\/\/# sourceMappingURL=.*\n?$/, "\n");
-    size += Buffer.byteLength(text);
-    const tag = createHash("sha256").update(text).digest("hex").slice(0, 16);
-    const bytes = gzipSync(text, { level: 9 });
+    const content = Buffer.isBuffer(place) ? place
+        : Buffer.from(readFileSync(place, "utf8").replace(/\n\/\/# sourceMappingURL=.*\n?$/, "\n"));
+    size += content.length;
+    const tag = createHash("sha256").update(content).digest("hex").slice(0, 16);
+    const bytes = gzipSync(content, { level: 9 });
     return {
         data: `constexpr std::uint8_t file${index}[] = {${[...bytes].join(",")}};`,
         row: `    {.path = "${path}", .contentType = "${type}", .gzipped = file${index}, .tag = "\\"${tag}\\""},`,

@@ -82,11 +82,19 @@ export class KeyBar {
     #buttons = new Map();
     #services;
 
-    /** `services`: `type(text)`, and `usesApplicationKeys()` as the program has asked for. */
+    /**
+     * `services`: `type(text)`; `usesApplicationKeys()` as the program has asked for; and `paste()`,
+     * for which a page needs an encrypted way, or one on the same computer.
+     */
     constructor(bar, services) {
         this.#services = services;
         for (const [label, name, typed] of keys)
             bar.append(this.#button(label, name, typed));
+        if (navigator.clipboard) {
+            const button = this.#plainButton("Paste", "Paste");
+            button.addEventListener("click", () => services.paste());
+            bar.append(button);
+        }
     }
 
     /** Returns what the keyboard's text means while a key of the bar is latched. */
@@ -97,13 +105,18 @@ export class KeyBar {
         return modified(text, control, alt);
     }
 
-    #button(label, name, typed) {
+    #plainButton(label, name) {
         const button = document.createElement("button");
         button.type = "button";
         button.textContent = label;
         button.setAttribute("aria-label", name);
         // The terminal keeps the focus, and with it the phone its keyboard.
         button.addEventListener("mousedown", (event) => event.preventDefault());
+        return button;
+    }
+
+    #button(label, name, typed) {
+        const button = this.#plainButton(label, name);
         if (typed === null)
             this.#latches(button, label === "Ctrl" ? this.#control : this.#alt);
         else

@@ -1,4 +1,5 @@
 // The list of sessions.
+import { attentionText } from "./notify.js";
 
 const units = [[86400, "d"], [3600, "h"], [60, "min"]];
 
@@ -17,10 +18,20 @@ export function factsOf(session, now) {
         facts.push(`ended with status ${session.exitCode}`);
     else {
         facts.push(`for ${ago(session.since, now)}`);
-        facts.push(session.viewers === 0 ? "nobody watches"
+        facts.push(session.viewers === 0 ? "no viewer"
             : session.viewers === 1 ? "one viewer" : `${session.viewers} viewers`);
     }
     return facts.join(" · ");
+}
+
+function asks(session) {
+    return session.attentionSince !== undefined && session.exitCode === undefined;
+}
+
+/** Returns the sessions that ask first, and those that have ended last. */
+export function inOrder(sessions) {
+    const rank = (session) => (asks(session) ? 0 : session.exitCode === undefined ? 1 : 2);
+    return [...sessions].sort((one, other) => rank(one) - rank(other));
 }
 
 function element(name, className, text) {
@@ -43,7 +54,7 @@ export class SessionList {
         this.#actions = actions;
     }
 
-    /** Shows the sessions. A row that stays keeps its elements, and so the focus. */
+    /** Shows the sessions, those that ask for a person first. A row keeps its elements, and so the focus. */
     show(sessions, now) {
         const ids = new Set(sessions.map((session) => session.id));
         for (const [id, row] of this.#rows) {
@@ -52,11 +63,18 @@ export class SessionList {
                 this.#rows.delete(id);
             }
         }
-        for (const session of sessions) {
+        let before = null;
+        for (const session of inOrder(sessions)) {
             const row = this.#rows.get(session.id) ?? this.#add(session.id);
             row.session = session;
             row.name.textContent = session.name;
             row.facts.textContent = factsOf(session, now);
+            row.attention.textContent = asks(session) ? attentionText(session) : "";
+            row.item.classList.toggle("attention", asks(session));
+            const next = before ? before.nextSibling : this.#list.firstChild;
+            if (row.item !== next)
+                this.#list.insertBefore(row.item, next);
+            before = row.item;
             row.end.hidden = session.exitCode !== undefined || !this.#actions.mayEnd();
             row.end.setAttribute("aria-label", `End ${session.name}`);
         }
@@ -67,15 +85,15 @@ export class SessionList {
         const item = document.createElement("li");
         const open = element("button", "open", "");
         const name = element("span", "name", "");
+        const attention = element("span", "attention-text", "");
         const facts = element("span", "facts", "");
         const end = element("button", "danger", "End");
-        const row = { item, name, facts, end, session: null };
+        const row = { item, name, attention, facts, end, session: null };
         open.type = end.type = "button";
-        open.append(name, facts);
+        open.append(name, attention, facts);
         open.addEventListener("click", () => this.#actions.open(row.session));
         end.addEventListener("click", () => this.#actions.end(row.session));
         item.append(open, end);
-        this.#list.append(item);
         this.#rows.set(id, row);
         return row;
     }

@@ -4,12 +4,16 @@ import { Connection } from "./connection.js";
 import { resizeFrame } from "./frames.js";
 import { KeyBar } from "./keys.js";
 import { SessionList } from "./list.js";
+import { Notifier } from "./notify.js";
+import { powerFacts, powerLabel, powerWhy } from "./power.js";
 import { refusals, startCall } from "./start.js";
 import { TerminalView, framesOf } from "./terminal.js";
 
 const $ = (id) => document.getElementById(id);
 const views = ["admission", "list", "watch"];
 const usualSize = { cols: 80, rows: 24 }; // of a session that is started from the list
+const hiddenPause = 15000; // milliseconds between two looks at the sessions of a hidden page
+const powerEvery = 30; // seconds between two questions for the power
 const listsUntilFollowing = 2; // that show another size until the page believes it
 
 let rights = "view";
@@ -17,6 +21,7 @@ let sessions = [];
 let watched = null; // the session that is shown
 let isWatching = false; // the bridge relays its frames
 let hasEnded = false;
+let powerAskedAt = 0; // seconds since 1970
 let differing = 0; // lists in a row that show another size than this page's
 
 const connection = new Connection({
@@ -26,8 +31,10 @@ const connection = new Connection({
         return () => clearTimeout(timer);
     },
     isLetIn,
+    hiddenPause: () => (notifier.isOn ? hiddenPause : null),
     onOpen() {
         showState("");
+        askForPower();
         if (watched && !hasEnded)
             connection.call({ call: "watch", session: watched.id });
     },
@@ -52,7 +59,16 @@ const terminal = new TerminalView($("terminal"), {
     selected: (text) => ($("selection").hidden = text === ""),
 });
 
-const bar = new KeyBar($("keys"), { type, usesApplicationKeys: () => terminal.usesApplicationKeys });
+const bar = new KeyBar($("keys"), {
+    type,
+    usesApplicationKeys: () => terminal.usesApplicationKeys,
+    async paste() {
+        terminal.paste(await navigator.clipboard.readText());
+        terminal.focus();
+    },
+});
+
+const notifier = new Notifier($("notify"));
 
 const list = new SessionList($("sessions"), $("no-sessions"), {
     open: watch,
@@ -68,7 +84,18 @@ const events = {
     sessions(event) {
         sessions = event.sessions;
         list.show(sessions, Date.now() / 1000);
+        notifier.show(sessions);
         followSize();
+        if (Date.now() / 1000 - powerAskedAt >= powerEvery)
+            askForPower();
+    },
+    power({ power }) {
+        $("power").hidden = false;
+        $("power").textContent = powerLabel(power);
+        $("power-facts").textContent = powerFacts(power);
+        $("power-why").textContent = powerWhy(power);
+        $("awake").setAttribute("aria-checked", String(power.keeps));
+        $("awake").disabled = rights !== "use" || !power.hasDaemon;
     },
     watching() {
         isWatching = true;
@@ -88,6 +115,8 @@ const events = {
         watch({ id: event.session, name: event.session, ...usualSize });
     },
     refused(event) {
+        if (event.call === "power")
+            return; // this computer's power can't be reached
         const reason = refusals[event.reason] ?? `Refused: ${event.reason}`;
         if (event.call === "start")
             $("start-refusal").textContent = reason;
@@ -97,6 +126,11 @@ const events = {
             events.sessions({ sessions: [] });
     },
 };
+
+function askForPower() {
+    powerAskedAt = Date.now() / 1000;
+    connection.call({ call: "power" });
+}
 
 function mayType() {
     return rights === "use" && isWatching;
@@ -249,6 +283,12 @@ function wakeOrSleep() {
 $("back").addEventListener("click", () => history.back());
 window.addEventListener("popstate", leave);
 $("give-back").addEventListener("click", giveSizeBack);
+$("power").addEventListener("click", () => {
+    askForPower();
+    $("power-dialog").showModal();
+});
+$("awake").addEventListener("click", () =>
+    connection.call({ call: "awake", on: $("awake").getAttribute("aria-checked") !== "true" }));
 $("start").addEventListener("click", askToStart);
 $("start-cancel").addEventListener("click", () => $("start-dialog").close());
 $("start-dialog").querySelector("form").addEventListener("submit", start);

@@ -22,8 +22,9 @@ const themes = {
     },
 };
 
-// What a terminal answers to a program's question comes the same way as what a person types.
-const answer = /^\x1b(\[[?>=]?[\d;]*[$]?[cnRtyu]|[P\]_])/;
+// What a terminal answers to a program's question, or says of its focus, comes the same way as what
+// a person types.
+const answer = /^\x1b(\[[?>=]?[\d;]*[$]?[cnRtyu]|\[[IO]$|[P\]_])/;
 
 export class TerminalView {
     #terminal;

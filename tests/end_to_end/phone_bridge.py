@@ -328,6 +328,37 @@ class PhoneBridge(unittest.TestCase):
         page.call(call="list")
         page.event("sessions")
 
+    def test_it_keeps_a_simulated_mac_awake_as_long_as_a_session_runs(self):
+        mac = self.place.name + "/mac"
+        self.run_program("velmo-mac", "create", mac)
+        daemon = subprocess.Popen([PROGRAMS + "/VelmoPowerDaemonSimulated", mac], stderr=subprocess.DEVNULL)
+        self.addCleanup(daemon.wait)
+        self.addCleanup(daemon.terminate)
+        self.stop()
+        self.serve("--mac", mac)
+        page = self.watching()
+
+        def is_held():
+            with open(mac + "/machine.json") as file:
+                return json.load(file)["sleepDisabled"]
+
+        def power(**wanted):
+            while True:
+                told = page.event("power")["power"]
+                if wanted.items() <= told.items():
+                    return told
+        until(lambda: page.call(call="power") or page.event("power")["power"]["hasDaemon"], "the daemon serves")
+        page.call(call="awake", on=True)
+        self.assertEqual(power(keeps=True, isAwake=True)["holder"], "velmo-phone")
+        self.assertTrue(is_held())
+        self.run_program("velmo-mac", "set", mac, "--mains", "off", "--battery", "19")
+        self.assertEqual(power(keeps=True, isAwake=False)["battery"], 19)
+        self.run_program("velmo-mac", "set", mac, "--mains", "on")
+        power(keeps=True, isAwake=True)
+        page.message(BINARY, b"\1\0\0\0\5exit\r")
+        self.assertEqual(power(keeps=False)["why"], "no session")
+        until(lambda: not is_held(), "sleep is enabled again")
+
     def test_a_device_that_may_only_view_changes_nothing_and_a_revoked_one_is_gone(self):
         page = self.watching()
         cookie = self.let_in("--view-only")

@@ -266,7 +266,7 @@ TEST_F(PhoneBridgeTest, ClosesAPageThatSendsWhatItMustNotSend) {
          {"", "{}", "[]", R"({"call":"hold"})", R"({"call":"watch"})", R"({"call":"end"})",
           R"({"call":"shown"})", R"({"call":"start"})", R"({"call":"start","cols":0,"rows":1})",
           R"({"call":"start","cols":1,"rows":501})", R"({"call":"start","cols":1001,"rows":1})",
-          R"({"call":"list","more":1})",
+          R"({"call":"awake"})", R"({"call":"list","more":1})",
           R"({"call":"list"} )"
           "x"}) {
         const auto page = world.open(cookie);
@@ -365,6 +365,74 @@ TEST_F(PhoneBridgeTest, KeepsLittleOfWhatTheHostDoesNotTake) {
     world.hostTakes = true;
     world.settle();
     EXPECT_EQ(world.sessions.program().typed.size(), 20U * 60'000);
+}
+
+TEST_F(PhoneBridgeTest, KeepsTheComputerAwakeAsLongAsASessionRuns) {
+    using State = HoldKeeper::State;
+    const auto page = watching();
+    const auto other = world.open(world.letIn(DeviceRights::view));
+    world.say(page, R"({"call":"power"})");
+    EXPECT_THAT(page->events,
+                ElementsAre(R"({"event":"power","power":{"battery":80,"hasDaemon":true,)"
+                            R"("isAwake":false,"keeps":false,"mains":false}})"));
+    world.say(other, R"({"call":"awake","on":true})");
+    EXPECT_THAT(other->events.back(), HasSubstr(R"("reason":"rights")"));
+    EXPECT_THAT(world.power.events, IsEmpty());
+
+    world.say(page, R"({"call":"awake","on":true})");
+    world.say(page, R"({"call":"awake","on":true})");
+    world.power.change({.state = State::holding});
+    world.settle();
+    EXPECT_THAT(page->events.back(), HasSubstr(R"("isAwake":true,"keeps":true)"));
+    world.pass(AwakeSwitch::lookInterval);
+    world.pass(AwakeSwitch::lookInterval);
+    EXPECT_THAT(world.power.events, ElementsAre("keep 20"));
+
+    world.power.change({.state = State::refused, .reason = "battery"});
+    world.settle();
+    EXPECT_THAT(page->events.back(),
+                HasSubstr(R"("isAwake":false,"keeps":true,"mains":false,"why":"battery")"));
+    world.sessions.program().isOver = true;
+    world.settle();
+    world.sessions.end(0);
+    world.pass(AwakeSwitch::lookInterval);
+    EXPECT_THAT(world.power.events, ElementsAre("keep 20", "release"));
+    EXPECT_THAT(page->events.back(),
+                HasSubstr(R"("keeps":false,"mains":false,"why":"no session")"));
+    world.power.change({.state = State::holding}); // too late
+    world.settle();
+    EXPECT_THAT(page->events.back(), HasSubstr(R"("isAwake":false,"keeps":false)"));
+    EXPECT_THAT(world.timers, IsEmpty());
+}
+
+TEST_F(PhoneBridgeTest, TheSwitchTurnsOffForEveryReason) {
+    struct Case {
+        std::string_view why;
+        std::function<void(const std::shared_ptr<FakePage>&)> end;
+    };
+
+    for (const auto& [why, end] : std::vector<Case>{
+             {"switched off",
+              [&](const auto& page) { world.say(page, R"({"call":"awake","on":false})"); }},
+             {"released by another",
+              [&](const auto&) {
+                  world.power.change(
+                      {.state = HoldKeeper::State::released, .reason = "released by another"});
+              }},
+             {"no session", [&](const auto&) {
+                  world.hostServes = false;
+                  world.pass(AwakeSwitch::lookInterval);
+              }}}) {
+        const auto page = watching();
+        world.power.reading.report->holder = HolderReport{.program = "velmo-phone"};
+        world.say(page, R"({"call":"awake","on":true})");
+        EXPECT_THAT(page->events.back(), HasSubstr(R"("holder":"velmo-phone","isAwake":true)"));
+        end(page);
+        world.settle();
+        EXPECT_EQ(world.power.events.back(), "release") << why;
+        EXPECT_THAT(page->events.back(), HasSubstr("\"why\":\"" + std::string(why) + '"')) << why;
+        EXPECT_THAT(page->events.back(), HasSubstr("\"keeps\":false")) << why;
+    }
 }
 
 TEST_F(PhoneBridgeTest, APageThatIsGoneLeavesItsSession) {

@@ -5,7 +5,9 @@ import { deviceName } from "../../phone/page/admission.js";
 import { Connection } from "../../phone/page/connection.js";
 import { FrameReader, dataFrames, resizeFrame } from "../../phone/page/frames.js";
 import { Latch, modified } from "../../phone/page/keys.js";
-import { ago, factsOf } from "../../phone/page/list.js";
+import { ago, factsOf, inOrder } from "../../phone/page/list.js";
+import { attentionText, newlyAsking } from "../../phone/page/notify.js";
+import { powerFacts, powerLabel, powerWhy } from "../../phone/page/power.js";
 import { startCall, wordsOf } from "../../phone/page/start.js";
 
 test("frames are read however they are cut", () => {
@@ -70,7 +72,7 @@ test("a command line is split as a shell splits it", () => {
 
 test("the list tells in words", () => {
     const session = { name: "work", program: "/bin/bash", folder: "/home/me", since: 1000, viewers: 0 };
-    assert.equal(factsOf(session, 1000 + 7300), "bash · /home/me · for 2 h · nobody watches");
+    assert.equal(factsOf(session, 1000 + 7300), "bash · /home/me · for 2 h · no viewer");
     assert.equal(factsOf({ ...session, viewers: 2 }, 1059), "bash · /home/me · for less than a minute · 2 viewers");
     assert.equal(factsOf({ ...session, exitCode: 0 }, 1059), "bash · /home/me · ended with status 0");
     assert.deepEqual([59, 60, 3599, 3600, 86400].map((age) => ago(0, age)),
@@ -81,6 +83,36 @@ test("the list tells in words", () => {
     assert.equal(deviceName(""), "browser");
 });
 
+test("a session that asks for a person comes first, and is told once", () => {
+    const sessions = [
+        { id: "a", exitCode: 0, attentionSince: 5 }, { id: "b" }, { id: "c", attentionSince: 7, notice: "Proceed?" },
+        { id: "d", attentionSince: 3 },
+    ];
+    assert.deepEqual(inOrder(sessions).map(({ id }) => id), ["c", "d", "b", "a"]);
+    assert.deepEqual(sessions.slice(2).map(attentionText), ["Proceed?", "rings"]);
+    const known = new Map([["c", 7], ["d", 2]]);
+    assert.deepEqual(newlyAsking(sessions, known).map(({ id }) => id), ["a", "d"]);
+});
+
+test("the power is told in words", () => {
+    const power = { battery: 80, mains: false, hasDaemon: true, keeps: false, isAwake: false };
+    for (const [change, label, facts, why] of [
+        [{}, "80 %", "Battery at 80 %, on battery power, may sleep.", /^$/],
+        [{ keeps: true, isAwake: true, holder: "velmo-phone" }, "80 % · awake",
+            "Battery at 80 %, on battery power, kept awake by velmo-phone.", /^$/],
+        [{ battery: undefined, mains: true, hasDaemon: false }, "power", "On mains power, no power daemon answers.", /^$/],
+        [{ keeps: true, why: "battery", whyAt: 0 }, "80 %", "Battery at 80 %, on battery power, may sleep.",
+            /^Not kept awake since .*: the battery is below 20 %\. The switch asks again\.$/],
+        [{ why: "no session", whyAt: 0 }, "80 %", "Battery at 80 %, on battery power, may sleep.",
+            /^No longer kept awake since .*: no session runs any more\.$/],
+        [{ why: "something new", whyAt: 0 }, "80 %", "Battery at 80 %, on battery power, may sleep.", /something new/],
+    ]) {
+        const changed = { ...power, ...change };
+        assert.deepEqual([powerLabel(changed), powerFacts(changed)], [label, facts]);
+        assert.match(powerWhy(changed), why);
+    }
+});
+
 /** A connection with a clock and a network of its own. */
 class World {
     now = 0;
@@ -88,6 +120,7 @@ class World {
     sockets = [];
     told = [];
     isLetIn = true;
+    hiddenPause = null;
     connection = new Connection({
         open: () => {
             const socket = { sent: [], send: (content) => socket.sent.push(content), close: () => (socket.isClosed = true) };
@@ -100,6 +133,7 @@ class World {
             return () => (this.timers = this.timers.filter((each) => each !== timer));
         },
         isLetIn: async () => this.isLetIn,
+        hiddenPause: () => this.hiddenPause,
         onOpen: () => this.told.push("open"),
         onLost: () => this.told.push("lost"),
         onRefused: () => this.told.push("refused"),
@@ -149,6 +183,14 @@ test("a connection asks every two seconds while the page is visible", async () =
     world.connection.wake();
     assert.equal(world.socket.sent.length, 7);
     assert.equal(world.sockets.length, 1);
+    world.answer();
+    world.hiddenPause = 15_000;
+    world.connection.sleep();
+    await world.pass(15_000);
+    assert.equal(world.socket.sent.length, 8);
+    world.socket.onclose({ code: 1006 });
+    await world.pass(15_000);
+    assert.equal(world.sockets.length, 2);
 });
 
 test("silence is told within five seconds, and the connection is made anew", async () => {

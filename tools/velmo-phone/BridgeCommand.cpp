@@ -1,10 +1,13 @@
 #include "tools/velmo-phone/BridgeCommand.h"
 
+#include "phone/AwakeSwitch.h"
 #include "phone/PhoneBridge.h"
 #include "phone/PhoneCommands.h"
 #include "platform/phone/CommandDoor.h"
+#include "platform/phone/HostStart.h"
 #include "platform/phone/HttpDoors.h"
 #include "platform/phone/PhoneFolder.h"
+#include "platform/phone/PowerDesk.h"
 #include "platform/phone/SessionSockets.h"
 #include "platform/phone/Sha256.h"
 #include "platform/posix/Clocks.h"
@@ -15,11 +18,12 @@
 #include "tools/velmo-phone/PageFiles.h"
 #include "tools/velmo-phone/PhoneExit.h"
 #include "tools/velmo-phone/QrText.h"
-#include "tools/velmo-session/ControlClient.h"
 #include "tools/velmo-session/SessionStart.h"
 
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <unistd.h>
 
 #include <utility>
@@ -63,7 +67,13 @@ public:
             stop_.add(signal);
     }
 
-    int run() {
+    int run(const std::string& mac) {
+        auto power = PowerDesk::open(mac, powerServices());
+        if (!power)
+            return phoneComplains(power.error(), PhoneExit::refused);
+        power_ = *std::move(power);
+        if (power_)
+            awake_.emplace(awakeServices());
         const auto port = doors_.take(record_.port);
         if (!port)
             return phoneComplains("port " + std::to_string(record_.port)
@@ -91,15 +101,45 @@ public:
 private:
     PhoneBridge::Services services() {
         return {.sessions = sessions_,
+                .awake = awake_ ? &*awake_ : nullptr,
                 .files = pageFiles(),
                 .random = fillWithRandomBytes,
                 .hash = sha256,
                 .steadyTime = Clocks::steadyTime,
                 .wallTime = Clocks::wallTime,
-                .save =
-                    [this](const PhoneRecord& record) {
-                        if (!folder_.write(record))
-                            phoneComplains("the devices can't be written down", PhoneExit::refused);
+                .save = [this](const PhoneRecord& record) {
+                    if (!folder_.write(record))
+                        phoneComplains("the devices can't be written down", PhoneExit::refused);
+                }};
+    }
+
+    PowerDesk::Services powerServices() {
+        return {
+            .post =
+                [this](std::function<void()> work) {
+                    boost::asio::post(context_, std::move(work));
+                },
+            .log = [](std::string_view message) { phoneComplains(message, PhoneExit::success); }};
+    }
+
+    AwakeSwitch::Services awakeServices() {
+        return {.sessions = sessions_,
+                .power = *power_,
+                .wallTime = Clocks::wallTime,
+                .after =
+                    [this](double seconds, std::function<void()> work) {
+                        const auto timer = std::make_shared<boost::asio::steady_timer>(
+                            context_, Clocks::duration(seconds));
+                        timer->async_wait([timer, work = std::move(work)](
+                                              const boost::system::error_code& aborted) {
+                            if (!aborted)
+                                work();
+                        });
+                    },
+                .changed =
+                    [this] {
+                        if (bridge_)
+                            bridge_->powerChanged();
                     }};
     }
 
@@ -115,8 +155,10 @@ private:
     Descriptor right_; ///< the lock that gives the right to serve
     PhoneRecord record_;
     SessionSockets sessions_;
-    HttpDoors doors_;
+    std::unique_ptr<PowerDesk> power_; ///< null if this computer is no Mac
+    std::optional<AwakeSwitch> awake_; ///< likewise
     std::optional<PhoneBridge> bridge_;
+    HttpDoors doors_;
     CommandDoor commands_;
     boost::asio::signal_set stop_;
 };
@@ -138,7 +180,7 @@ int serveBridge(const BridgeRequest& request) {
     record->port = request.port.value_or(record->port);
     if (request.outside)
         record->outside = request.outside->empty() ? std::nullopt : request.outside;
-    return Server(*std::move(folder), std::move(right), *std::move(record)).run();
+    return Server(*std::move(folder), std::move(right), *std::move(record)).run(request.mac);
 }
 
 void printAddress(const std::string& address) {

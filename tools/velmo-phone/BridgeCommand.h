@@ -10,6 +10,7 @@ namespace velmo {
 struct BridgeRequest {
     std::optional<std::uint16_t> port;
     std::optional<std::string> outside; ///< as `PhoneAddress` reads it; "" forgets it
+    std::string mac{};                  ///< the folder of a simulated Mac; "": this computer
 };
 
 /// Serves the page until a signal ends the process. Returns the exit status.

@@ -19,6 +19,9 @@ constexpr auto serveOptions = std::to_array<Option>({
      .value = "URL",
      .help = "the address from outside, as in https://NAME; remembered"},
     {.name = "--no-url", .help = "forget the address from outside"},
+    {.name = "--mac",
+     .value = "FOLDER",
+     .help = "a simulated Mac, in place of this one (or VELMO_MAC)"},
 });
 
 constexpr auto admitOptions = std::to_array<Option>({

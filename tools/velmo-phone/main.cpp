@@ -14,6 +14,7 @@
 #include "tools/velmo-phone/PhoneExit.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -49,6 +50,8 @@ int serve(const CommandLine::Line& line) {
     } else if (line.has("--no-url")) {
         request.outside = "";
     }
+    const char* const fromEnvironment = std::getenv("VELMO_MAC"); // NOLINT(concurrency-mt-unsafe)
+    request.mac = line.value("--mac").value_or(fromEnvironment == nullptr ? "" : fromEnvironment);
     return serveBridge(request);
 }
 

@@ -4,7 +4,6 @@
 #include "platform/posix/OwnExecutable.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/PrivateFolder.h"
-#include "platform/sessions/PseudoTerminal.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -25,9 +24,10 @@ constexpr std::chrono::milliseconds startStep{5};
 constexpr int stepsPerStart = 100;
 constexpr timeval replyPatience{.tv_sec = 10, .tv_usec = 0};
 
-} // namespace
-
-void startSessionHost(const std::string& program) {
+/// Starts a host that outlives this process and its terminal. The host serves once its socket can
+/// be connected to, and ends by itself if another host was quicker.
+void startHost() {
+    const std::string program = ownExecutable().string();
     const pid_t child = ::fork();
     if (child == 0) {
         // The host is a grandchild, so that no process of ours has to wait for its end.
@@ -36,14 +36,14 @@ void startSessionHost(const std::string& program) {
         const int null = ::open("/dev/null", O_RDWR);
         for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             ::dup2(null, standard);
-        // A caller's listening socket would stay taken as long as the host lives.
-        closeDescriptorsFrom(STDERR_FILENO + 1);
         ::execl(program.c_str(), "velmo-session", "serve", "--background", nullptr);
         ::_exit(1);
     }
     if (child > 0)
         retryInterrupted([&] { return ::waitpid(child, nullptr, 0); });
 }
+
+} // namespace
 
 std::optional<ControlClient> ControlClient::connect() {
     const auto folder = PrivateFolder::locate();
@@ -66,7 +66,7 @@ std::optional<ControlClient> ControlClient::connectOrStart() {
     for (int step = 0; std::chrono::steady_clock::now() < deadline; ++step) {
         // A host that is just ending keeps a new one from serving, so the start is repeated.
         if (step % stepsPerStart == 0)
-            startSessionHost(ownExecutable().string());
+            startHost();
         if (auto client = connect())
             return client;
         std::this_thread::sleep_for(startStep);

@@ -38,11 +38,6 @@ private:
     std::string received_;
 };
 
-/// Starts a session host that outlives this process and its terminal, by the velmo-session at this
-/// path. The host serves once its socket can be connected to, and ends by itself if another host
-/// was quicker.
-void startSessionHost(const std::string& program);
-
 inline constexpr std::string_view hostUnreachable = "the session host can't be reached";
 
 /// Returns the meaning of a refusal for people, such as "no such session".

@@ -1,7 +1,7 @@
 // A computer with a session host and the bridge, and a network between it and the phones.
 import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
-import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import net from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -72,6 +72,7 @@ export class Computer {
     network = new Network();
     home = mkdtempSync(join(tmpdir(), "velmo-phone-"));
     #bridge = null;
+    #daemon = null;
 
     static async start() {
         const computer = new Computer();
@@ -82,10 +83,23 @@ export class Computer {
         return computer;
     }
 
+    /** Plays a Mac with a power daemon, on which the bridge is started anew. */
+    async becomeMac() {
+        this.mac = join(this.home, "mac");
+        execFileSync(join(programs, "velmo-mac"), ["create", this.mac], { stdio: "ignore" });
+        this.#daemon = spawn(join(programs, "VelmoPowerDaemonSimulated"), [this.mac], { stdio: "ignore" });
+        await this.stopBridge();
+        await this.serve();
+    }
+
+    setMac(...words) {
+        execFileSync(join(programs, "velmo-mac"), ["set", this.mac, ...words], { stdio: "ignore" });
+    }
+
     get environment() {
         return {
             HOME: this.home, XDG_RUNTIME_DIR: join(this.home, "run"), PATH: process.env.PATH,
-            SHELL: "/bin/bash", LANG: "C.UTF-8", TERM: "xterm-256color",
+            SHELL: "/bin/bash", LANG: "C.UTF-8", TERM: "xterm-256color", ...(this.mac && { VELMO_MAC: this.mac }),
         };
     }
 
@@ -101,7 +115,7 @@ export class Computer {
     }
 
     #read(name) {
-        return execFileSync("cat", [join(this.home, ".velmo/velmo-phone", name)], { encoding: "utf8" });
+        return readFileSync(join(this.home, ".velmo/velmo-phone", name), "utf8");
     }
 
     async stopBridge() {
@@ -135,6 +149,8 @@ export class Computer {
         this.network.close();
         await this.stopBridge();
         await until(() => this.sessions().every((each) => each.exitCode !== undefined));
+        process.kill(Number(readFileSync(join(this.home, "run/velmo-term/host.lock"), "utf8")));
+        this.#daemon?.kill();
         rmSync(this.home, { recursive: true, force: true });
     }
 }

@@ -1,7 +1,15 @@
 // The page in a real browser, as a phone and as a desktop.
+import axe from "axe-core";
 import assert from "node:assert/strict";
 import { after, afterEach, before, test } from "node:test";
 import { Computer, Visitor, devices, launchBrowser, until } from "./computer.mjs";
+
+/** Returns what hinders people with a screen reader or a keyboard alone. */
+async function hindrances(visitor) {
+    await visitor.page.evaluate(axe.source);
+    const { violations } = await visitor.page.evaluate("axe.run()");
+    return violations.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+}
 
 let browser;
 let computer;
@@ -183,4 +191,107 @@ test("a device that may only view changes nothing, and a revoked one sees nothin
     const [{ name }] = JSON.parse(computer.phone("devices", "--json"));
     computer.phone("revoke", name);
     await phone.sees("#admission");
+});
+
+test("a screen reader and a keyboard alone are enough", async () => {
+    computer.startSession("reader");
+    const stranger = await open(computer.url);
+    await stranger.sees("#admission");
+    assert.deepEqual(await hindrances(stranger), []);
+    for (const scheme of ["light", "dark"]) {
+        const desktop = await open(undefined, devices.desktop);
+        await desktop.page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: scheme }]);
+        await desktop.page.waitForSelector("#sessions .open");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+        await desktop.page.focus("#start");
+        await desktop.page.keyboard.press("Enter");
+        await desktop.sees("#start-dialog");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+        await desktop.page.keyboard.press("Escape");
+        const name = await until(() => desktop.page.$$("#sessions .open").then((rows) => rows.at(-1)));
+        await name.focus();
+        await desktop.page.keyboard.press("Enter");
+        await desktop.sees("#watch");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+    }
+});
+
+test("fingers scroll, zoom, select and copy, and a paste is bracketed", async () => {
+    computer.startSession("fingers");
+    const phone = await open();
+    await phone.openSession("fingers");
+    await phone.shows("$");
+    await phone.type("seq 1 300\r");
+    await phone.shows("\n300\n");
+    const finger = await phone.page.touchscreen.touchStart(200, 300);
+    for (let y = 300; y <= 700; y += 20)
+        await finger.move(200, y);
+    await finger.end();
+    await until(async () => !(await phone.screen()).includes("\n300\n"), "it has scrolled up");
+
+    const letters = () => phone.page.$eval(".xterm-rows", (rows) => parseFloat(getComputedStyle(rows).fontSize));
+    const before = await letters();
+    const [one, other] = [await phone.page.touchscreen.touchStart(150, 400), await phone.page.touchscreen.touchStart(250, 400)];
+    await other.move(350, 400);
+    await one.end();
+    await other.end();
+    await until(async () => (await letters()) > before * 1.5, "the letters are larger");
+
+    await phone.type("clear; echo word-to-copy\r");
+    await until(async () => (await phone.screen()).startsWith("word-to-copy"));
+    const { x, y, width, height } = await phone.page.$eval(".xterm-rows > div", (row) => row.getBoundingClientRect().toJSON());
+    const press = await phone.page.touchscreen.touchStart(x + 3, y + height / 2);
+    await phone.sees("#selection");
+    await press.move(x + width - 3, y + height / 2);
+    await press.end();
+    await phone.page.tap("#copy");
+    await until(async () => (await phone.page.evaluate("navigator.clipboard.readText()")).trim() === "word-to-copy");
+    assert.equal(await phone.isVisible("#selection"), false);
+
+    await phone.page.evaluate('navigator.clipboard.writeText("pasted\\ntext")');
+    await phone.type("printf '\\033[?2004h'; cat -v\r");
+    await until(async () => (await phone.screen()).trimEnd().endsWith("cat -v"));
+    await phone.tapKey("Paste");
+    await phone.shows("^[[200~pasted");
+    await phone.tapKey("Control C");
+});
+
+test("composition types what was meant, once", async () => {
+    computer.startSession("compose");
+    const phone = await open();
+    await phone.openSession("compose");
+    await phone.shows("$");
+    await phone.type("cat\r");
+    const browserSide = await phone.page.createCDPSession();
+    for (const text of ["n", "ni", "nih"])
+        await browserSide.send("Input.imeSetComposition", { text, selectionStart: text.length, selectionEnd: text.length });
+    await browserSide.send("Input.insertText", { text: "\u4f60" });
+    await phone.type(" ");
+    await browserSide.send("Input.insertText", { text: "dictated" });
+    await phone.type("\r");
+    await until(async () => (await phone.screen()).split("\n").filter((line) => line.replace(/ +/g, " ") === "\u4f60 dictated").length === 2,
+        "the line and its echo");
+});
+
+test("a switch keeps a simulated Mac awake as long as a session runs", async () => {
+    await computer.becomeMac();
+    computer.startSession("awake");
+    const phone = await open();
+    await phone.sees("#power");
+    await until(async () => (await phone.text("#power")) === "80 %");
+    await phone.page.tap("#power");
+    await until(() => phone.page.$eval("#awake", (button) => !button.disabled));
+    assert.deepEqual(await hindrances(phone), []);
+    await phone.page.tap("#awake");
+    await until(async () => (await phone.text("#power")) === "80 % · awake");
+    assert.match(await phone.text("#power-facts"), /kept awake by velmo-phone/);
+    computer.setMac("--mains", "off", "--battery", "19");
+    await until(async () => /: the battery is below 20 %/.test(await phone.text("#power-why")));
+    computer.setMac("--mains", "on");
+    await until(async () => (await phone.text("#power")) === "19 % · awake");
+    for (const session of computer.sessions())
+        if (session.exitCode === undefined)
+            computer.session("end", session.id);
+    await until(async () => /no session runs any more/.test(await phone.text("#power-why")), "the switch turns off", 30);
+    assert.equal(await phone.text("#power"), "19 %");
 });
