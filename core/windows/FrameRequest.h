@@ -45,7 +45,7 @@ struct FrameRequest {
 
     /// Returns the application as `ArrangePolicy::identityMatches` wants it.
     [[nodiscard]] AppTarget target() const {
-        return {.pid = pid, .appId = appId, .started = started};
+        return window().target();
     }
 
     static constexpr auto fields = std::tuple_cat(

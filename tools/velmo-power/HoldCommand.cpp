@@ -283,6 +283,8 @@ void HoldCommand::tellFront() {
 // What is looked at every second, without waiting: the sleep setting is read by its property alone.
 
 void HoldCommand::tick() {
+    if (run_.state().end)
+        return;
     const PowerStatus status = readStatus(*access_.machine, false);
     const HoldRun::Facts facts = readFacts(status);
     report([this, facts] { return run_.ticked(facts); });
@@ -306,7 +308,7 @@ HoldRun::Facts HoldCommand::readFacts(const PowerStatus& status) {
 }
 
 void HoldCommand::draw(const PowerStatus& status, const LimitWatch::Facts& facts) {
-    if (!run_.state().awakeSince || run_.state().end)
+    if (!run_.state().awakeSince)
         return;
     const auto& holder = keeper_.status().holder;
     const bool rides = keeper_.status().state == HoldKeeper::State::riding;
