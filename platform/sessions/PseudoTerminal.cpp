@@ -147,7 +147,7 @@ void signalForegroundJob(int terminal, pid_t leader, int signal) {
 }
 
 bool signalSession(int terminal, pid_t leader, int signal) {
-    std::set<pid_t> groups = processGroupsOf(leader, terminal);
+    std::set<pid_t> groups = processGroupsOf(leader);
     if (const pid_t foreground = ::tcgetpgrp(terminal); foreground > 1)
         groups.insert(foreground);
     for (const pid_t group : groups)
