@@ -63,6 +63,7 @@ void unchanged(termios& /*settings*/) {
 
 TEST(SignalSenderOfMac, IsTheTerminalWhereAKeyMayHaveSentTheSignal) {
     const Change raw = [](termios& settings) { settings.c_lflag &= ~static_cast<tcflag_t>(ISIG); };
+
     struct Row {
         const char* what;
         int signal;
@@ -70,6 +71,7 @@ TEST(SignalSenderOfMac, IsTheTerminalWhereAKeyMayHaveSentTheSignal) {
         bool inBackground;
         bool isFromTerminal;
     };
+
     for (const Row& row : {Row{"Ctrl-C", SIGINT, unchanged, false, true},
                            {"Ctrl-\\", SIGQUIT, unchanged, false, true},
                            {"Ctrl-Z", SIGTSTP, unchanged, false, true},
