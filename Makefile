@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session soak test check bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
+.PHONY: run run-session soak test check bench sanitize tsan fuzz coverage mutate macos kin package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -74,6 +74,12 @@ mutate:
 # on an emulated Mac.
 macos:
 	@scripts/macos
+
+# All that a Mac's `make test` compiles, and the tests on later releases of Debian; for root there.
+kin:
+	@scripts/macos tests
+	@scripts/build-against trixie
+	@scripts/build-against sid
 
 # The Mac's installer package, of executables that are built and signed; elsewhere says what it would run.
 package:

@@ -6,7 +6,8 @@
 
 namespace velmo {
 
-/// Returns the process groups of the session with this leader, on this terminal.
-std::set<pid_t> processGroupsOf(pid_t leader, int terminal);
+/// Returns the process groups of this user's processes in the session with this leader, also after
+/// the leader's end. Empty if nothing is left of the session, or if the system lists no processes.
+std::set<pid_t> processGroupsOf(pid_t leader);
 
 } // namespace velmo

@@ -218,7 +218,7 @@ void HoldCommand::handleSignal(SignalPipe::News news) {
         return;
     }
     report([this, news] {
-        return run_.signalled({.number = news.signal, .fromTerminal = !news.fromProcess}, now());
+        return run_.signalled({.number = news.signal, .fromTerminal = news.fromTerminal}, now());
     });
 }
 

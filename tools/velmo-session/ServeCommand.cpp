@@ -34,8 +34,10 @@ constexpr std::size_t descriptors = 4096;
 
 constexpr off_t maxLog = 1 << 20; // bytes
 
-/// How often the folder is kept in use: a system that clears unused files does so after days.
-constexpr std::chrono::hours upkeepPeriod{1};
+/// How often the folder is kept in use. A system that clears unused files does so after days. A Mac
+/// may have slept through these days, and the timer stands still meanwhile, so that little of the
+/// period may be left. Asio's kqueue wakes up as often anyway.
+constexpr std::chrono::minutes upkeepPeriod{5};
 
 /// How long a host in the background stays without a session or a connection.
 constexpr std::chrono::seconds idlePatience{10};

@@ -17,6 +17,7 @@ inline constexpr std::string_view list = "list";
 inline constexpr std::string_view end = "end";
 inline constexpr std::string_view stream = "stream";
 inline constexpr std::string_view serve = "serve";
+inline constexpr std::string_view service = "service";
 inline constexpr std::string_view ptyAttach = "pty-attach";
 
 } // namespace SessionVerb

@@ -10,6 +10,7 @@
 #include "tools/velmo-session/ControlClient.h"
 #include "tools/velmo-session/ListText.h"
 #include "tools/velmo-session/ServeCommand.h"
+#include "tools/velmo-session/ServiceCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
 #include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/StartCommand.h"
@@ -80,6 +81,8 @@ int run(const CommandLine::Line& line, std::span<const std::string_view> argumen
         return attachTo(line.words.empty() ? std::nullopt : std::optional(line.words.front()));
     if (verb == SessionVerb::ptyAttach)
         return ptyAttach(arguments.subspan(1));
+    if (verb == SessionVerb::service)
+        return service(line.words.empty() ? "" : line.words.front());
     if (line.words.empty())
         return complain(std::string(verb) + " needs an id or a name", SessionExit::usage);
     return verb == SessionVerb::end ? end(line.words.front()) : stream(line.words.front());

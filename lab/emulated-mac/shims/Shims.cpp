@@ -43,7 +43,7 @@ void* findShim(std::string_view import) {
     const std::array tables = {coreFoundationShims(), dispatchShims(),   foundationShims(),
                                ioKitShims(),          objectiveCShims(), securityShims(),
                                systemEventShims(),    systemFileShims(), systemProcessShims(),
-                               systemSignalShims(),   systemTextShims(), systemThreadShims(),
+                               systemSignalShims(),   systemTerminalShims(), systemTextShims(), systemThreadShims(),
                                unwindShims(),         xpcShims(),        Shims(uncalled)};
     for (const Shims& table : tables) {
         for (const Shim& shim : table) {

@@ -30,6 +30,7 @@ Shims systemEventShims();
 Shims systemFileShims();
 Shims systemProcessShims();
 Shims systemSignalShims();
+Shims systemTerminalShims();
 Shims systemTextShims();
 Shims systemThreadShims();
 Shims unwindShims();

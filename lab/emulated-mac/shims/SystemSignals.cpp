@@ -37,7 +37,11 @@ struct DarwinInfo {
 
 static_assert(sizeof(DarwinInfo) == 104);
 
-constexpr int darwinFromUser = 0x10001; // SI_USER
+/// XNU takes the program that writes a key to a terminal's other side for the sender of the key's
+/// signal (ptcwrite in bsd/kern/tty_dev.c), and this process did not start itself.
+pid_t senderOf(const siginfo_t& info) {
+    return info.si_code == SI_KERNEL ? ::getppid() : info.si_pid;
+}
 
 using Handler = void (*)(int signal, DarwinInfo* info, void* context);
 
@@ -78,11 +82,11 @@ void arrived(int linuxSignal, siginfo_t* info, void* /*context*/) {
         static_cast<void>(::signal(linuxSignal, SIG_DFL));
         ::raise(linuxSignal);
     } else if (action.handler != plain(SIG_DFL) && action.handler != plain(SIG_IGN)) {
-        const bool hasSender = info->si_code == SI_USER || info->si_code == SI_TKILL;
+        // No code but that of a child's end comes with a signal (sendsig in bsd/dev/arm).
         DarwinInfo told{.signal = signal,
                         .error = 0,
-                        .code = hasSender ? darwinFromUser : 0,
-                        .process = info->si_pid,
+                        .code = 0,
+                        .process = senderOf(*info),
                         .user = info->si_uid,
                         .rest = {}};
         action.handler(signal, &told, nullptr);

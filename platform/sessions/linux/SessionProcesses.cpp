@@ -40,7 +40,7 @@ std::optional<Process> processIn(const std::string& folder) {
 
 } // namespace
 
-std::set<pid_t> processGroupsOf(pid_t leader, int /*terminal*/) {
+std::set<pid_t> processGroupsOf(pid_t leader) {
     std::set<pid_t> groups;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {

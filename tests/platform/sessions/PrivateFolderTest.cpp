@@ -49,7 +49,7 @@ protected:
 };
 
 TEST_F(PrivateFolderTest, MakesTheFolderPrivateOrRefusesIt) {
-    for (const mode_t before : {0U, 0777U, 0500U}) {
+    for (const mode_t before : {mode_t{0}, mode_t{0777}, mode_t{0500}}) {
         ASSERT_TRUE(before == 0 || ::chmod(path_.c_str(), before) == 0);
         EXPECT_EQ(fault(), "");
         EXPECT_EQ(modeOf(path_), 0700U);
