@@ -158,9 +158,7 @@ void Viewer::filterFrame(ByteView output) {
         tell(PtyAttach::data(shown));
 }
 
-void Viewer::stopWaitingFor(const OutputLog& log) {
-    isWaitedFor = false;
-    blockedSince.reset();
+void Viewer::keepFrame(const OutputLog& log) {
     if (headerLeft_ == 0 && position_ == frameEnd_)
         return;
     Bytes rest(header_.end() - static_cast<std::ptrdiff_t>(headerLeft_), header_.end());

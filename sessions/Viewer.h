@@ -1,7 +1,6 @@
 #pragma once
 
 #include "core/support/Bytes.h"
-#include "core/support/Time.h"
 #include "core/terminal/AttachWire.h"
 #include "core/terminal/FrameHeader.h"
 #include "core/terminal/PtyFrame.h"
@@ -12,7 +11,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <span>
@@ -48,8 +46,7 @@ using AttachDecoder = PtyAttach::Decoder;
 using StreamDecoder = PtyFrame::Decoder;
 using ViewerWire = std::variant<AttachDecoder, StreamDecoder>;
 
-/// The session's side of a viewer: how much of the output has been sent, what is left to send, and
-/// which of the viewer's inputs are not done yet.
+/// The session's side of a viewer: how much of the output has been sent, and what is left to send.
 ///
 /// Output is sent straight from the log, without a copy, behind a frame header that is kept here.
 /// A copy is made only of output that has to be filtered, or that the log may drop before the frame
@@ -99,18 +96,8 @@ public:
         return static_cast<std::size_t>(log.end() - position_);
     }
 
-    /// Lets the program go on without waiting for this viewer. The unsent rest of the frame under
-    /// way is copied, since the log may drop it.
-    void stopWaitingFor(const OutputLog& log);
-
-    // What the session keeps for each viewer.
-    std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
-    std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
-    std::deque<ViewerInput> inputs;         ///< not done yet
-    std::size_t typed = 0;                  ///< bytes of the first input that the program has got
-    bool isWaitedFor = true;                ///< the program waits if this viewer falls behind
-    std::optional<SteadyTime> blockedSince; ///< since when the program has waited for this viewer
-    bool isTold = false;                    ///< the viewer has been sent the exit code
+    /// Copies the unsent rest of the frame under way, so that the log may drop it.
+    void keepFrame(const OutputLog& log);
 
 private:
     bool sendOutput(const OutputLog& log);
