@@ -19,6 +19,15 @@ constexpr std::size_t maxBurst = OutputLog::maxRead;
 /// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
 
+/// Ends a scrolling region that was set for another size, and leaves the cursor where it is.
+constexpr std::string_view endRegion = "\0337\033[r\0338";
+
+/// Returns what scrolls all that a terminal of this height shows down to the cursor's line off its
+/// top, where the terminal keeps it, and puts the cursor there.
+std::string scrollAway(PtyFrame::Size size) {
+    return "\r" + std::string(static_cast<std::size_t>(size.rows), '\n') + "\033[H";
+}
+
 /// Sent before a replay to a terminal that shows an older state of the session.
 const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
 
@@ -50,13 +59,26 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFr
                              SteadyTime now, WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, "");
+    viewer->replay(log_, surroundings(viewer->isWindow(), size));
+    hadViewer_ = true;
     seats_.push_back({.viewer = std::move(viewer), .size = size, .activity = ++activities_});
     noteDate(date);
     applySize();
     if (log_.end() > 0)
         redraw();
     update(now);
+}
+
+/// Returns what surrounds the first replay of a viewer. The first window of a session that nothing
+/// is lost of shows the program as if it had been started there.
+Viewer::Surroundings TerminalSession::surroundings(bool isWindow,
+                                                   std::optional<PtyFrame::Size> size) const {
+    if (log_.end() == 0)
+        return {};
+    const bool isAsBefore = size == size_;
+    const bool beginsThere = isAsBefore && !hadViewer_ && log_.begin() == 0;
+    return {.before = isWindow && size && !beginsThere ? scrollAway(*size) : "",
+            .after = std::string(isAsBefore ? "" : endRegion)};
 }
 
 void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
@@ -183,7 +205,8 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     Viewer& viewer = *seat.viewer;
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
-        viewer.replay(log_, clearScreen);
+        viewer.replay(log_, {.before = clearScreen,
+                             .after = std::string(seat.size == size_ ? "" : endRegion)});
         redraw();
         progress = viewer.send(log_, answers);
     }

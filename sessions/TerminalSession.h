@@ -100,6 +100,8 @@ private:
         bool isTold = false;                    ///< the viewer has been sent the exit code
     };
 
+    [[nodiscard]] Viewer::Surroundings surroundings(bool isWindow,
+                                                    std::optional<PtyFrame::Size> size) const;
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
     bool mustWait(SteadyTime now);
@@ -131,8 +133,9 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
-    WallTime countChanged_; ///< when the first viewer came, or the last one left
-    bool hadViewers_ = false;
+    WallTime countChanged_;   ///< when the first viewer came, or the last one left
+    bool hadViewers_ = false; ///< at the last `noteDate`
+    bool hadViewer_ = false;  ///< ever
 };
 
 } // namespace velmo

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -76,9 +77,15 @@ public:
     /// Queues frames to be sent after the output frame under way and before any further one.
     void tell(ByteView frames);
 
-    /// Starts a replay: the output is sent from the log's `replayStart` on, after `first` and the
-    /// sequences that set the terminal's modes.
-    void replay(const OutputLog& log, std::string_view first);
+    /// What surrounds a replay: sequences for the viewer's terminal.
+    struct Surroundings {
+        std::string before;
+        std::string after;
+    };
+
+    /// Starts a replay: the output is sent from the log's `replayStart` on, after the sequences
+    /// that set the terminal's modes. The terminal makes no focus reports at this point.
+    void replay(const OutputLog& log, Surroundings surroundings);
 
     enum class Progress {
         done,    ///< everything has been sent
@@ -88,7 +95,9 @@ public:
     };
 
     /// Sends as much as the connection takes. `answers` is true for one viewer of a session: its
-    /// terminal gets live output unfiltered, and so answers the program's queries.
+    /// terminal gets live output unfiltered, and so answers the program's queries, and reports the
+    /// focus if the program has asked for that. The report that the terminal makes at once is
+    /// dropped by `decode`, unless it is live output that sets the mode.
     [[nodiscard]] Progress send(const OutputLog& log, bool answers);
 
     /// Returns how many bytes of the output have not been sent yet.
@@ -102,7 +111,13 @@ public:
 private:
     bool sendOutput(const OutputLog& log);
     bool sendOwn();
-    void nextFrame(const OutputLog& log, bool answers);
+    void turn(bool answers);
+    void setFocusReports(bool reports);
+    void nextFrame(const OutputLog& log);
+
+    [[nodiscard]] bool isReplay() const { return position_ < replayedUntil_; }
+
+    bool dropsFocusReport(Bytes& keys);
     void beginFrame(ByteView output);
     void filterFrame(ByteView output);
 
@@ -116,8 +131,12 @@ private:
     std::size_t headerLeft_ = 0;                            ///< bytes of the header to send
     Bytes own_;                                             ///< frames for this viewer alone
     std::size_t ownSent_ = 0;
+    std::string afterReplay_; ///< sequences to send when the replay is over
     ReplayFilter filter_;
-    bool isFiltered_ = true; ///< changes only between two pieces, when `filter_` is at rest
+    bool filters_ = true;           ///< `isFiltered_` becomes this when `filter_` is at rest
+    bool isFiltered_ = true;        ///< changes only between two pieces
+    bool reportsFocus_ = false;     ///< the viewer's terminal does
+    bool ignoresNextFocus_ = false; ///< the terminal's next focus report answers us
     bool isGone_ = false;
 };
 
