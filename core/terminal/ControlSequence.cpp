@@ -65,6 +65,13 @@ std::vector<std::int32_t> Csi::numbers() const {
     return all;
 }
 
+std::string_view takeField(std::string_view& text, char separator) {
+    const std::size_t end = text.find(separator);
+    const std::string_view field = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return field;
+}
+
 std::optional<std::string> titleOf(std::string_view osc) {
     if (!osc.starts_with("0;") && !osc.starts_with("2;"))
         return std::nullopt;

@@ -74,6 +74,9 @@ constexpr const Mode* findMode(std::int32_t number) {
     return found == modes.end() ? nullptr : found;
 }
 
+/// Removes the text up to the separator from its front, and the separator, and returns that text.
+std::string_view takeField(std::string_view& text, char separator);
+
 /// Returns the title that an OSC sets, sanitised; absent for any other OSC.
 std::optional<std::string> titleOf(std::string_view osc);
 

@@ -24,14 +24,6 @@ constexpr std::string_view stringEnd = "\033\\";
 constexpr std::string_view noRegion = "\033[r";
 constexpr std::string_view shiftIn = "\x0F";
 
-/// Removes the text up to the next ";" from its front, and returns it.
-std::string_view takeField(std::string_view& text) {
-    const std::size_t end = text.find(';');
-    const std::string_view field = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return field;
-}
-
 std::size_t indexOf(const ControlSequence::Mode& mode) {
     return static_cast<std::size_t>(&mode - ControlSequence::modes.data());
 }
@@ -118,7 +110,7 @@ void TerminalModes::setKeyboard(const Csi& csi) {
 /// number if there is none either.
 void TerminalModes::setKeyModifiers(const Csi& csi) {
     std::string_view value = csi.parameters;
-    takeField(value);
+    ControlSequence::takeField(value, ';');
     const std::int32_t number = csi.numbers().front();
     if (csi.parameters.empty())
         state_.keyModifiers.clear();
@@ -133,11 +125,12 @@ void TerminalModes::setKeyModifiers(const Csi& csi) {
 void TerminalModes::setColours(std::string_view osc) {
     if (!ControlSequence::isMarkOrColour(osc))
         return;
-    const std::string_view command = takeField(osc);
+    const std::string_view command = ControlSequence::takeField(osc, ';');
     if (command == "4") {
         while (!osc.empty()) {
-            const auto number = Decimal::parseUnsigned<std::int32_t>(takeField(osc));
-            const std::string_view colour = takeField(osc);
+            const auto number =
+                Decimal::parseUnsigned<std::int32_t>(ControlSequence::takeField(osc, ';'));
+            const std::string_view colour = ControlSequence::takeField(osc, ';');
             if (number && *number < maxPalette && !colour.empty() && colour.size() <= maxColour)
                 state_.colours["4;" + std::to_string(*number)] = colour;
         }
@@ -158,7 +151,7 @@ void TerminalModes::resetColours(std::string_view command, std::string_view numb
         std::erase_if(state_.colours,
                       [](const auto& each) { return each.first.starts_with("4;"); });
     while (!numbers.empty())
-        state_.colours.erase("4;" + std::string(takeField(numbers)));
+        state_.colours.erase("4;" + std::string(ControlSequence::takeField(numbers, ';')));
 }
 
 void TerminalModes::setStyle(const Csi& csi) {
