@@ -25,7 +25,7 @@ ByteView OutputLog::at(Position position, std::size_t max) const {
 
 OutputLog::Start OutputLog::replayStart() const {
     if (begin_ == 0)
-        return {.position = 0, .sequences = ""};
+        return {.position = 0, .sequences = "", .reportsFocus = false};
     TerminalModes modes = modes_;
     Position position = begin_;
     while (position < end_) {
@@ -38,7 +38,8 @@ OutputLog::Start OutputLog::replayStart() const {
         if (endsLine && modes.isAtRest())
             break;
     }
-    return {.position = position, .sequences = modes.sequences()};
+    return {
+        .position = position, .sequences = modes.sequences(), .reportsFocus = modes.reportsFocus()};
 }
 
 void OutputLog::clear() {

@@ -39,6 +39,7 @@ public:
     struct Start {
         Position position;
         std::string sequences; ///< set a terminal's modes as they were at the position
+        bool reportsFocus;     ///< the program had asked for focus reports before the position
     };
 
     /// Returns the program's start if all of its output is kept, or else the first beginning of a

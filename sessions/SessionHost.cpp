@@ -147,8 +147,7 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
     } else {
         auto viewer =
             std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
-        viewer->size = hello->size;
-        watch(peer, std::move(viewer), session->second);
+        watch(peer, std::move(viewer), hello->size, session->second);
     }
 }
 
@@ -159,10 +158,11 @@ void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code)
 }
 
 /// Turns a stranger into a viewer of the session.
-void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session) {
+void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer,
+                        std::optional<PtyFrame::Size> size, TerminalSession& session) {
     --strangers_;
     peers_.insert_or_assign(peer, session.identity().number);
-    session.attach(std::move(viewer), services_.steadyTime(), services_.wallTime());
+    session.attach(std::move(viewer), size, services_.steadyTime(), services_.wallTime());
     settle(session);
 }
 
@@ -374,7 +374,7 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
     const std::string rest = std::move(stranger.line); // frames sent before the reply came
     TerminalSession& session = sessions_.at(*number);
-    watch(peer, std::move(viewer), session);
+    watch(peer, std::move(viewer), std::nullopt, session);
     if (!rest.empty())
         received(peer, bytesOf(rest));
 }

@@ -111,7 +111,8 @@ private:
     void sendReply(PeerId peer, Stranger& stranger);
     Stranger* strangerOf(PeerId peer);
     void drop(PeerId peer);
-    void watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session);
+    void watch(PeerId peer, std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
+               TerminalSession& session);
     std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;

@@ -19,6 +19,15 @@ constexpr std::size_t maxBurst = OutputLog::maxRead;
 /// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
 
+/// Ends a scrolling region that was set for another size, and leaves the cursor where it is.
+constexpr std::string_view endRegion = "\0337\033[r\0338";
+
+/// Returns what scrolls all that a terminal of this height shows down to the cursor's line off its
+/// top, where the terminal keeps it, and puts the cursor there.
+std::string scrollAway(PtyFrame::Size size) {
+    return "\r" + std::string(static_cast<std::size_t>(size.rows), '\n') + "\033[H";
+}
+
 /// Sent before a replay to a terminal that shows an older state of the session.
 const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
 
@@ -39,19 +48,20 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
 std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
     if (endedSince_)
         return SessionRefusal::ended;
-    if (viewers_.size() == maxViewers)
+    if (seats_.size() == maxViewers)
         return SessionRefusal::limit;
     if (program_ && connection.leader() == program_->pid())
         return SessionRefusal::itself;
     return std::nullopt;
 }
 
-void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
+void TerminalSession::attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
+                             SteadyTime now, WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, "");
-    viewer->activity = ++activities_;
-    viewers_.push_back(std::move(viewer));
+    viewer->replay(log_, surroundings(viewer->isWindow(), size));
+    hadViewer_ = true;
+    seats_.push_back({.viewer = std::move(viewer), .size = size, .activity = ++activities_});
     noteDate(date);
     applySize();
     if (log_.end() > 0)
@@ -59,21 +69,33 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, Wal
     update(now);
 }
 
+/// Returns what surrounds the first replay of a viewer. The first window of a session that nothing
+/// is lost of shows the program as if it had been started there.
+Viewer::Surroundings TerminalSession::surroundings(bool isWindow,
+                                                   std::optional<PtyFrame::Size> size) const {
+    if (log_.end() == 0)
+        return {};
+    const bool isAsBefore = size == size_;
+    const bool beginsThere = isAsBefore && !hadViewer_ && log_.begin() == 0;
+    return {.before = isWindow && size && !beginsThere ? scrollAway(*size) : "",
+            .after = std::string(isAsBefore ? "" : endRegion)};
+}
+
 void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
-    Viewer* const viewer = find(peer);
-    if (viewer == nullptr)
+    Seat* const seat = find(peer);
+    if (seat == nullptr)
         return;
-    auto inputs = viewer->decode(bytes);
+    auto inputs = seat->viewer->decode(bytes);
     if (inputs)
-        std::ranges::move(*inputs, std::back_inserter(viewer->inputs));
+        std::ranges::move(*inputs, std::back_inserter(seat->inputs));
     else
-        leave(*viewer);
+        leave(*seat->viewer);
     update(now);
 }
 
 void TerminalSession::gone(PeerId peer, SteadyTime now) {
-    if (Viewer* const viewer = find(peer))
-        leave(*viewer);
+    if (const Seat* const seat = find(peer))
+        leave(*seat->viewer);
     update(now);
 }
 
@@ -103,14 +125,14 @@ void TerminalSession::readProgram(SteadyTime now) {
 /// Tells whether the program has to wait for a viewer that does not keep up.
 bool TerminalSession::mustWait(SteadyTime now) {
     bool waits = false;
-    for (const auto& viewer : viewers_) {
-        const std::size_t behind = viewer->behind(log_);
+    for (Seat& seat : seats_) {
+        const std::size_t behind = seat.viewer->behind(log_);
         if (behind < Viewer::caughtUp) {
-            viewer->isWaitedFor = true;
-            viewer->blockedSince.reset();
-        } else if (viewer->isWaitedFor && behind > Viewer::window) {
-            if (!viewer->blockedSince)
-                viewer->blockedSince = now;
+            seat.isWaitedFor = true;
+            seat.blockedSince.reset();
+        } else if (seat.isWaitedFor && behind > Viewer::window) {
+            if (!seat.blockedSince)
+                seat.blockedSince = now;
             waits = true;
         }
     }
@@ -119,14 +141,14 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
-    for (const auto& viewer : viewers_)
-        obey(*viewer);
+    for (Seat& seat : seats_)
+        obey(seat);
     applySize();
     if (exitCode_ && outputIsOver_)
         finish(now);
-    const Viewer* const first = leader();
-    for (const auto& viewer : viewers_)
-        show(*viewer, viewer.get() == first, now);
+    const Seat* const first = leader();
+    for (Seat& seat : seats_)
+        show(seat, &seat == first, now);
     sweep();
     // After `sweep`, so that the program does not wait for a viewer that has left.
     if (program_ && !endedSince_)
@@ -134,70 +156,75 @@ void TerminalSession::update(SteadyTime now) {
 }
 
 /// Carries out what the viewer has asked for, up to keys that the program does not read yet.
-void TerminalSession::obey(Viewer& viewer) {
-    while (!viewer.inputs.empty()) {
-        if (std::holds_alternative<viewer::Leave>(viewer.inputs.front())) {
-            viewer.inputs.clear();
-            leave(viewer);
+void TerminalSession::obey(Seat& seat) {
+    while (!seat.inputs.empty()) {
+        if (std::holds_alternative<viewer::Leave>(seat.inputs.front())) {
+            seat.inputs.clear();
+            leave(*seat.viewer);
             return;
         }
-        if (!obey(viewer, viewer.inputs.front())) {
+        if (!obey(seat, seat.inputs.front())) {
             isInputFull_ = true;
             return;
         }
-        viewer.inputs.pop_front();
-        viewer.typed = 0;
+        seat.inputs.pop_front();
+        seat.typed = 0;
     }
 }
 
 /// Returns false if part of the input remains to be done later.
-bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
+bool TerminalSession::obey(Seat& seat, const ViewerInput& input) {
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
             program_->signalForeground(signal->number);
         return true;
     }
-    viewer.activity = ++activities_;
+    seat.activity = ++activities_;
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
         if (resize->size == size_)
             redraw();
-        viewer.size = resize->size;
+        seat.size = resize->size;
         return true;
     }
-    return type(viewer, std::get<viewer::Keys>(input).bytes);
+    return type(seat, std::get<viewer::Keys>(input).bytes);
 }
 
 /// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
 /// together: while another viewer's are typed in part, these wait. Returns false if some remain.
-bool TerminalSession::type(Viewer& viewer, ByteView keys) {
+bool TerminalSession::type(Seat& seat, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
     const bool othersFirst = std::ranges::any_of(
-        viewers_, [&](const auto& other) { return other.get() != &viewer && other->typed > 0; });
+        seats_, [&](const Seat& other) { return &other != &seat && other.typed > 0; });
     if (!othersFirst)
-        viewer.typed += program_->write(keys.subspan(viewer.typed));
-    return viewer.typed == keys.size();
+        seat.typed += program_->write(keys.subspan(seat.typed));
+    return seat.typed == keys.size();
 }
 
-void TerminalSession::show(Viewer& viewer, bool answers, SteadyTime now) {
+void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
+    Viewer& viewer = *seat.viewer;
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
-        viewer.replay(log_, clearScreen);
+        viewer.replay(log_, {.before = clearScreen,
+                             .after = std::string(seat.size == size_ ? "" : endRegion)});
         redraw();
         progress = viewer.send(log_, answers);
     }
-    if (progress == Viewer::Progress::done && endedSince_ && !viewer.isTold) {
-        viewer.isTold = true;
+    if (progress == Viewer::Progress::done && endedSince_ && !seat.isTold) {
+        seat.isTold = true;
         viewer.tell(exitFrame(viewer, *exitCode_));
         progress = viewer.send(log_, answers);
     }
-    const bool isOver = progress == Viewer::Progress::done && viewer.isTold;
+    const bool isOver = progress == Viewer::Progress::done && seat.isTold;
     if (progress == Viewer::Progress::gone || isOver)
         leave(viewer);
     else
-        viewer.connection().watch(viewer.inputs.empty(), progress == Viewer::Progress::waiting);
-    if (viewer.blockedSince && now - *viewer.blockedSince >= Viewer::patience)
-        viewer.stopWaitingFor(log_);
+        viewer.connection().watch(seat.inputs.empty(), progress == Viewer::Progress::waiting);
+    if (seat.blockedSince && now - *seat.blockedSince >= Viewer::patience) {
+        seat.isWaitedFor = false;
+        seat.blockedSince.reset();
+        viewer.keepFrame(log_);
+    }
 }
 
 /// Makes a full-screen program draw anew: the size changes by a row and back, since a program is
@@ -214,7 +241,7 @@ void TerminalSession::redraw() {
 /// Applies the size of the leader: of the viewers that have told their size, the one that attached,
 /// typed or resized last.
 void TerminalSession::applySize() {
-    const Viewer* const first = leader();
+    const Seat* const first = leader();
     if (first == nullptr || !first->size || *first->size == size_ || !program_)
         return;
     size_ = *first->size;
@@ -260,8 +287,8 @@ std::optional<SteadyTime> TerminalSession::deadline() const {
             earliest = time;
     };
     consider(endDue_);
-    for (const auto& viewer : viewers_)
-        consider(viewer->blockedSince.transform(
+    for (const Seat& seat : seats_)
+        consider(seat.blockedSince.transform(
             [](SteadyTime since) { return SteadyTime{since.seconds + Viewer::patience}; }));
     return earliest;
 }
@@ -270,7 +297,7 @@ void TerminalSession::timePasses(SteadyTime now) {
     if (endDue_ && *endDue_ <= now)
         signalToEnd(now);
     if (endedSince_ && now - *endedSince_ >= memory)
-        std::ranges::for_each(viewers_, [this](const auto& viewer) { leave(*viewer); });
+        std::ranges::for_each(seats_, [this](const Seat& seat) { leave(*seat.viewer); });
     if (drainUntil_ && *drainUntil_ <= now) {
         if (mustWait(now)) { // output may lie unread until a viewer catches up
             drainUntil_ = SteadyTime{now.seconds + drainPatience};
@@ -288,35 +315,36 @@ void TerminalSession::leave(const Viewer& viewer) {
 
 void TerminalSession::sweep() {
     for (const PeerId peer : std::exchange(leaving_, {})) {
-        const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
-        if (found == viewers_.end())
+        const Seat* const seat = find(peer);
+        if (seat == nullptr)
             continue;
-        (*found)->connection().close();
-        viewers_.erase(found);
+        seat->viewer->connection().close();
+        seats_.erase(seats_.begin() + (seat - seats_.data()));
         left_.push_back(peer);
     }
     applySize();
-    if (endedSince_ && viewers_.empty())
+    if (endedSince_ && seats_.empty())
         log_.clear();
 }
 
-Viewer* TerminalSession::find(PeerId peer) const {
-    const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
-    return found == viewers_.end() ? nullptr : found->get();
+TerminalSession::Seat* TerminalSession::find(PeerId peer) {
+    const auto found =
+        std::ranges::find(seats_, peer, [](const Seat& seat) { return seat.viewer->id(); });
+    return found == seats_.end() ? nullptr : &*found;
 }
 
-Viewer* TerminalSession::leader() const {
-    const auto rank = [](const auto& viewer) {
-        return std::pair(viewer->size.has_value(), viewer->activity);
+const TerminalSession::Seat* TerminalSession::leader() const {
+    const auto rank = [](const Seat& seat) {
+        return std::pair(seat.size.has_value(), seat.activity);
     };
-    const auto found = std::ranges::max_element(viewers_, {}, rank);
-    return found == viewers_.end() ? nullptr : found->get();
+    const auto found = std::ranges::max_element(seats_, {}, rank);
+    return found == seats_.end() ? nullptr : &*found;
 }
 
 void TerminalSession::noteDate(WallTime date) {
-    if (hadViewers_ != viewers_.empty())
+    if (hadViewers_ != seats_.empty())
         return;
-    hadViewers_ = !viewers_.empty();
+    hadViewers_ = !seats_.empty();
     countChanged_ = date;
 }
 
@@ -328,7 +356,7 @@ SessionEntry TerminalSession::entry() const {
                        .cols = size_.cols,
                        .rows = size_.rows,
                        .since = identity_.since.sinceEpoch,
-                       .viewers = static_cast<int>(viewers_.size()),
+                       .viewers = static_cast<int>(seats_.size()),
                        .bytesOut = log_.end(),
                        .exitCode = endedSince_ ? exitCode_ : std::nullopt};
     (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;

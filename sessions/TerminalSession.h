@@ -11,6 +11,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,10 +51,12 @@ public:
     /// Returns why the peer of this connection may not join; absent if it may.
     [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
 
-    /// Shows the session to a viewer: a replay first, then all further output.
-    void attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date);
+    /// Shows the session to a viewer: a replay first, then all further output. The size is that of
+    /// the viewer's window, absent if the viewer has not told it yet.
+    void attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size, SteadyTime now,
+                WallTime date);
 
-    [[nodiscard]] std::size_t viewerCount() const { return viewers_.size(); }
+    [[nodiscard]] std::size_t viewerCount() const { return seats_.size(); }
 
     // Report events of a viewer or of the program.
     void received(PeerId peer, ByteView bytes, SteadyTime now);
@@ -85,26 +88,40 @@ public:
     void noteDate(WallTime date);
 
 private:
+    /// A viewer, and what the session keeps for it.
+    struct Seat {
+        std::unique_ptr<Viewer> viewer;
+        std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
+        std::uint64_t activity = 0;         ///< greater than a viewer's that was active before
+        std::deque<ViewerInput> inputs;     ///< not done yet
+        std::size_t typed = 0;              ///< bytes of the first input that the program has got
+        bool isWaitedFor = true;            ///< the program waits if this viewer falls behind
+        std::optional<SteadyTime> blockedSince; ///< since when the program has waited for it
+        bool isTold = false;                    ///< the viewer has been sent the exit code
+    };
+
+    [[nodiscard]] Viewer::Surroundings surroundings(bool isWindow,
+                                                    std::optional<PtyFrame::Size> size) const;
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
     bool mustWait(SteadyTime now);
-    void obey(Viewer& viewer);
-    bool obey(Viewer& viewer, const ViewerInput& input);
-    bool type(Viewer& viewer, ByteView keys);
-    void show(Viewer& viewer, bool answers, SteadyTime now);
+    void obey(Seat& seat);
+    bool obey(Seat& seat, const ViewerInput& input);
+    bool type(Seat& seat, ByteView keys);
+    void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
     void applySize();
     void finish(SteadyTime now);
     void signalToEnd(SteadyTime now);
     void leave(const Viewer& viewer);
     void sweep();
-    [[nodiscard]] Viewer* find(PeerId peer) const;
-    [[nodiscard]] Viewer* leader() const;
+    [[nodiscard]] Seat* find(PeerId peer);
+    [[nodiscard]] const Seat* leader() const;
 
     Identity identity_;
     std::shared_ptr<Program> program_;
     OutputLog log_;
-    std::vector<std::unique_ptr<Viewer>> viewers_;
+    std::vector<Seat> seats_;
     std::vector<PeerId> leaving_;
     std::vector<PeerId> left_;
     PtyFrame::Size size_;
@@ -116,8 +133,9 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
-    WallTime countChanged_; ///< when the first viewer came, or the last one left
-    bool hadViewers_ = false;
+    WallTime countChanged_;   ///< when the first viewer came, or the last one left
+    bool hadViewers_ = false; ///< at the last `noteDate`
+    bool hadViewer_ = false;  ///< ever
 };
 
 } // namespace velmo

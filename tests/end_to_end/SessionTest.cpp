@@ -152,7 +152,7 @@ TEST_F(SessionTest, DeadOrInvalidPeersLeaveOtherViewersAlone) {
 
 TEST_F(SessionTest, TheTerminalIsRestoredHoweverTheViewEnds) {
     const std::string id = startShell();
-    for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGINT, 0}) {
+    for (const int signal : {SIGTERM, SIGHUP, SIGQUIT, SIGINT, SIGUSR1, SIGUSR2, SIGALRM, 0}) {
         const auto window = open({"attach", id});
         ASSERT_TRUE(window->shows("ready> "));
         termios during{};

@@ -20,6 +20,13 @@ using testing::IsEmpty;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
+/// What puts the lines of a terminal of this height out of a replay's way.
+std::string scrolledAway(std::size_t rows) {
+    return "\r" + std::string(rows, '\n') + "\033[H";
+}
+
+const std::string endOfRegion = "\0337\033[r\0338";
+
 /// The output and the messages that a viewer was sent.
 struct Seen {
     std::string output;
@@ -261,7 +268,7 @@ TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
     world.receive(peer, PtyAttach::resize(20, 10));
     EXPECT_EQ(world.program().typed, "ls\r");
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{20, 10}));
-    EXPECT_EQ(seen(peer).output, "before\r\nafter \033[6n");
+    EXPECT_EQ(seen(peer).output, scrolledAway(30) + "before\r\n" + endOfRegion + "after \033[6n");
     EXPECT_THAT(seen(peer).messages, ElementsAre("ready"));
     auto entry = world.call({.call = SessionCall::list}).sessions->front();
     EXPECT_EQ(entry.viewers, 1);
@@ -301,10 +308,11 @@ TEST_F(SessionHostTest, AStreamCarriesFramesBothWays) {
     world.program().isOver = true;
     world.end(7 << 8);
     world.settle();
-    ASSERT_EQ(frames().size(), 3U);
+    ASSERT_EQ(frames().size(), 4U);
     EXPECT_EQ(frames()[0].kind, PtyFrame::Kind::ready);
     EXPECT_EQ(textOf(frames()[1].payload), "before");
-    EXPECT_EQ(frames()[2].payload, (Bytes{0, 0, 0, 7}));
+    EXPECT_EQ(textOf(frames()[2].payload), endOfRegion) << "the stream has told no size yet";
+    EXPECT_EQ(frames()[3].payload, (Bytes{0, 0, 0, 7}));
     EXPECT_TRUE(world.peers[peer]->isClosed);
 }
 
@@ -334,6 +342,48 @@ TEST_F(SessionHostTest, TheViewerThatTypedLastSetsSizeAndAnswersQueries) {
         << "the same size once more asks the program to draw anew";
 }
 
+TEST_F(SessionHostTest, AReplayOverwritesNothingAndEndsWithItsOwnRegionOnlyAtItsOwnSize) {
+    const std::string id = world.startShell();
+    const PeerId atStart = attach(id);
+    write("one\033[2;9r");
+    EXPECT_EQ(seen(atStart).output, "one\033[2;9r");
+    EXPECT_EQ(seen(attach(id)).output, scrolledAway(24) + "one\033[2;9r");
+    EXPECT_EQ(seen(attach(id, 80, 9)).output, scrolledAway(9) + "one\033[2;9r" + endOfRegion);
+    EXPECT_EQ(seen(attach(id, 70, 9)).output, scrolledAway(9) + "one\033[2;9r" + endOfRegion);
+
+    world.startShell();
+    world.program(2).output = "first";
+    world.settle();
+    EXPECT_EQ(seen(attach("bash-2")).output, "first") << "as if it had been started here";
+}
+
+TEST_F(SessionHostTest, OneTerminalReportsTheFocusAndItsFirstReportIsDropped) {
+    const std::string id = world.startShell();
+    const PeerId first = attach(id);
+    write("a\033[?1004hb");
+    type(first, "\033[I");
+    EXPECT_EQ(world.program().typed, "\033[I") << "the program has asked for this one";
+    world.program().typed.clear();
+    const PeerId second = attach(id);
+    EXPECT_TRUE(seen(second).output.ends_with("ab\033[?1004h"));
+    type(second, "k\033[Il");
+    type(second, "\033[O\033[I");
+    EXPECT_EQ(world.program().typed, "kl\033[O\033[I");
+    write("c\033[?1004lc");
+    EXPECT_TRUE(seen(first).output.ends_with("bcc\033[?1004l"));
+    EXPECT_TRUE(seen(second).output.ends_with("\033[?1004hc\033[?1004lc"));
+    write("\033[?1004h");
+    EXPECT_TRUE(seen(first).output.ends_with("\033[?1004l")) << "not while another answers";
+    type(first, "k");
+    write("d");
+    EXPECT_TRUE(seen(first).output.ends_with("\033[?1004l\033[?1004hd"));
+    world.program().typed.clear();
+    type(first, "\033[O");
+    EXPECT_EQ(world.program().typed, "");
+    type(first, "\033[I");
+    EXPECT_EQ(world.program().typed, "\033[I");
+}
+
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[?25l\033[1m\033]2;old\a first line \033[6n\r\n");
@@ -346,7 +396,7 @@ TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
     world.settle();
     write("\033]52;c;?\a> ");
     const Seen shown = seen(attach(id));
-    const std::string set = "\033[?1049h\033[?25l\033[1m\033]2;old\a";
+    const std::string set = scrolledAway(24) + "\033[?1049h\033[?25l\033[1m\033]2;old\a";
     ASSERT_TRUE(shown.output.starts_with(set + "line "));
     EXPECT_TRUE(shown.output.ends_with("\r\n> "));
     EXPECT_FALSE(shown.output.contains("\033[5n")) << "it was answered when it was new";
@@ -366,7 +416,8 @@ TEST_F(SessionHostTest, BeginsAReplayAfterAHiddenSequence) {
         lines += "line\r\n";
     write(lines); // what is kept begins within the picture
     const Seen shown = seen(attach(id));
-    EXPECT_TRUE(shown.output.starts_with("line\r\n")) << shown.output.substr(0, 40);
+    EXPECT_TRUE(shown.output.starts_with(scrolledAway(24) + "line\r\n"))
+        << shown.output.substr(0, 40);
     EXPECT_GT(shown.output.size(), mebibyte / 2);
 }
 

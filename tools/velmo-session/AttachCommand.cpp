@@ -1,6 +1,8 @@
 #include "tools/velmo-session/AttachCommand.h"
 
 #include "core/terminal/PtyAttach.h"
+#include "core/terminal/SpelledDetachKey.h"
+#include "core/terminal/TerminalModes.h"
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
@@ -73,6 +75,9 @@ public:
     }
 
     void tellHost(ByteView frames) { toHost_.insert(toHost_.end(), frames.begin(), frames.end()); }
+
+    /// Returns what puts the user's terminal back as far as a program's output has set it.
+    [[nodiscard]] std::string undo() const { return shownModes_.undo(); }
 
     Ending run() {
         while (!ending_ || !toShow_.empty())
@@ -190,10 +195,12 @@ private:
             return;
         }
         for (Frame& frame : *frames) {
-            if (auto* const output = std::get_if<Bytes>(&frame))
+            if (auto* const output = std::get_if<Bytes>(&frame)) {
+                shownModes_.follow(*output);
                 toShow_.push_back(std::move(*output));
-            else
-                obey(message(std::get<ControlObject>(frame).object()));
+                continue;
+            }
+            obey(message(std::get<ControlObject>(frame).object()));
         }
         flushToDisplay();
     }
@@ -263,7 +270,8 @@ private:
     Bytes toHost_;
     std::deque<Bytes> toShow_;
     std::size_t shown_ = 0; ///< bytes of the first of these
-    DetachKey detachKey_;
+    SpelledDetachKey detachKey_;
+    TerminalModes shownModes_; ///< of the user's terminal, as far as its output was ours
     bool typingIsOver_ = false;
     Labels labels_;
     std::optional<Ending> ending_;
@@ -278,7 +286,7 @@ int attach(const std::string& ticketFile) {
         return complain(message(ticket.error()), SessionExit::refused);
     Descriptor host = LocalSocket::connect(ticket->endpoint);
     std::vector<int> caught = endingSignals();
-    caught.insert(caught.end(), {SIGQUIT, SIGWINCH, SIGCONT});
+    caught.insert(caught.end(), {SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGWINCH, SIGCONT});
     SignalPipe signals(caught);
     if (!host || signals.descriptor() < 0)
         return complain(english().hostGone, SessionExit::hostGone);
@@ -290,7 +298,7 @@ int attach(const std::string& ticketFile) {
         view.tellHost(hello(ticket->token, size.cols, size.rows).value()); // a token is short
         ending = view.run();
         if (::isatty(STDOUT_FILENO) == 1)
-            offerStandardOutput(reset);
+            offerStandardOutput(view.undo() + std::string(reset));
     }
     if (!ending.text.empty())
         writeStandardError(ending.text + "\n");
