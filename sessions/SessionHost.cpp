@@ -115,40 +115,49 @@ void SessionHost::settle(TerminalSession& session) {
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
-    if (stranger.door == Door::attach) {
-        greet(peer, stranger, bytes);
-        return;
-    }
     stranger.line.append(textOf(bytes));
-    takeCalls(peer);
+    if (stranger.door == Door::attach)
+        takeGreeting(peer, stranger);
+    else
+        takeCalls(peer);
 }
 
-void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
-    // A client sends nothing more until its greeting is answered, so a second frame is an error.
-    auto frames = stranger.greeting.feed(bytes);
-    if (frames && frames->empty())
+/// Reads the first frame once it is whole. What stands behind it, such as keys that were typed
+/// early, is for the viewer that the peer becomes.
+void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
+    const ByteView received = bytesOf(stranger.line);
+    if (received.size() < FrameHeader::bytes)
         return;
-    const auto* const control = frames && frames->size() == 1
-                                    ? std::get_if<PtyAttach::ControlObject>(&frames->front())
-                                    : nullptr;
-    const auto message =
-        control == nullptr ? std::nullopt : PtyAttach::clientMessage(control->object());
+    const FrameHeader header = FrameHeader::read(received);
+    const std::size_t length = FrameHeader::bytes + header.length;
+    const bool canBeHello = header.type == std::to_underlying(PtyAttach::FrameType::control)
+                            && header.length <= PtyAttach::maxControl;
+    if (canBeHello && received.size() < length)
+        return;
+    const auto object = canBeHello ? PtyAttach::ControlObject::parse(textOf(
+                                         received.subspan(FrameHeader::bytes, header.length)))
+                                   : std::nullopt;
+    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
     const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
     if (hello == nullptr) {
         refuse(peer, stranger, "bad-hello");
         return;
     }
-    const auto number = redeem(hello->token);
+    stranger.line.erase(0, length);
+    greet(peer, stranger, *hello);
+}
+
+void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello) {
+    const auto number = redeem(hello.token);
     const auto session = number ? sessions_.find(*number) : sessions_.end();
     if (session == sessions_.end()) {
         refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
     } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
         refuse(peer, stranger, rawText(*refusal));
     } else {
-        auto viewer =
-            std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
-        viewer->size = hello->size;
-        watch(peer, std::move(viewer), session->second);
+        auto viewer = std::make_unique<Viewer>(peer, stranger.connection, AttachDecoder());
+        viewer->size = hello.size;
+        watch(peer, stranger, std::move(viewer), session->second);
     }
 }
 
@@ -158,12 +167,16 @@ void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code)
     sendReply(peer, stranger);
 }
 
-/// Turns a stranger into a viewer of the session.
-void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer, TerminalSession& session) {
+/// Turns a stranger into a viewer of the session, which gets what the stranger has sent too early.
+void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
+                        TerminalSession& session) {
+    const std::string early = std::move(stranger.line);
     --strangers_;
     peers_.insert_or_assign(peer, session.identity().number);
     session.attach(std::move(viewer), services_.steadyTime(), services_.wallTime());
     settle(session);
+    if (!early.empty())
+        received(peer, bytesOf(early));
 }
 
 /// Answers the calls that have arrived whole, one by one: the next call is read only after the
@@ -372,11 +385,7 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
     }
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
-    const std::string rest = std::move(stranger.line); // frames sent before the reply came
-    TerminalSession& session = sessions_.at(*number);
-    watch(peer, std::move(viewer), session);
-    if (!rest.empty())
-        received(peer, bytesOf(rest));
+    watch(peer, stranger, std::move(viewer), sessions_.at(*number));
 }
 
 SessionHost::Reply SessionHost::end(const SessionCallLine& call) {

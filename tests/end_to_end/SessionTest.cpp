@@ -196,6 +196,21 @@ TEST_F(SessionTest, AnIgnoredHangUpDoesNotEndTheView) {
     EXPECT_EQ(shown->waitForEnd(), 128 + SIGHUP);
 }
 
+TEST_F(SessionTest, KeysTypedBeforeTheHostAnswersReachTheProgram) {
+    const std::string ticket = ticketFor(startShell());
+    host->signal(SIGSTOP);
+    const auto window = open({"pty-attach", "--ticket-file", ticket});
+    termios modes{};
+    EXPECT_TRUE(becomes(
+        [&] { return ::tcgetattr(window->get(), &modes) == 0 && (modes.c_lflag & ICANON) == 0; }));
+    for (const int rows : {20, 21, 22, 23})
+        window->resize({.cols = 80, .rows = rows});
+    window->type("echo early-$((1))\r");
+    EXPECT_TRUE(becomes([&] { return !fs::exists(ticket); }));
+    host->signal(SIGCONT);
+    EXPECT_TRUE(window->shows("\nearly-1"));
+}
+
 TEST_F(SessionTest, AStoppedViewerSetsRawModeAgainWhenContinued) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));

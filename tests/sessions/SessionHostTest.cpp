@@ -244,6 +244,34 @@ TEST_F(SessionHostTest, ClosesAPeerWithoutAValidGreeting) {
     EXPECT_EQ(std::ranges::count(world.peers[slow]->received, '\n'), 2);
 }
 
+TEST_F(SessionHostTest, WhatStandsBehindAGreetingIsTheViewersWhereverItIsCut) {
+    const std::string id = world.startShell();
+    Bytes behind = PtyAttach::resize(70, 20);
+    for (const Bytes& frame : {PtyAttach::data(bytesOf("ls\r")), PtyAttach::resize(60, 10)})
+        behind.insert(behind.end(), frame.begin(), frame.end());
+    const std::size_t greeting =
+        PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value().size();
+    for (std::size_t cut = 1; cut <= greeting + behind.size(); ++cut) {
+        world.program().typed.clear();
+        Bytes sent = PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value();
+        sent.insert(sent.end(), behind.begin(), behind.end());
+        const PeerId peer = world.connect(Door::attach);
+        world.receive(peer, ByteView(sent).first(cut));
+        world.receive(peer, ByteView(sent).subspan(cut));
+        EXPECT_THAT(seen(peer).messages, ElementsAre("ready")) << cut;
+        EXPECT_EQ(world.program().typed, "ls\r") << cut;
+        EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{60, 10})) << cut;
+        world.receive(peer, ByteView(PtyAttach::detachFrame));
+    }
+    const PeerId wild = world.connect(Door::attach);
+    Bytes sent = PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value();
+    sent.push_back(0xFF);
+    sent.resize(sent.size() + PtyAttach::headerBytes);
+    world.receive(wild, ByteView(sent));
+    EXPECT_TRUE(world.peers[wild]->isClosed);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
+}
+
 TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
     const std::string id = world.startShell();
     write("before\r\n");
