@@ -34,9 +34,10 @@ protected:
         prepareProcess();
         fs::create_directory(home);
         std::ofstream(home / ".profile") << "PS1='ready> '\n";
-        ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
         ::setenv("HOME", home.c_str(), 1);
+        folder = PrivateFolder::locate().value();
         serve();
+        folder = fs::canonical(folder);
     }
 
     void serve() {
@@ -52,9 +53,7 @@ protected:
     [[nodiscard]] std::unique_ptr<TerminalWindow>
     openProgram(std::vector<std::string> words) const {
         return std::make_unique<TerminalWindow>(
-            words, Pty::Environment{{"XDG_RUNTIME_DIR", temporary.path().string()},
-                                    {"HOME", home.string()},
-                                    {"PATH", "/usr/bin:/bin"}});
+            words, Pty::Environment{{"HOME", home.string()}, {"PATH", "/usr/bin:/bin"}});
     }
 
     [[nodiscard]] std::string output(std::vector<std::string_view> words) const {
@@ -106,9 +105,9 @@ protected:
         return condition();
     }
 
-    std::string program = VELMO_PROGRAMS "/velmo-session";
+    std::string program = VELMO_SESSION;
     TemporaryFolder temporary;
-    fs::path folder = fs::canonical(temporary.path()) / "velmo-term";
+    fs::path folder; ///< the private one
     fs::path home = temporary.path() / "home";
     std::unique_ptr<WatchedProcess> host;
 };
@@ -259,7 +258,7 @@ TEST_F(SessionTest, AProgramGetsThreeDescriptorsAndItsOwnTerminal) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     window->type("for f in 3 4 5 6 7 8 9 10 11 12; do (: <&$f) 2>/dev/null && echo open-$f; done; "
-                 "ps -o sid= -p $$ | tr -d ' '; echo me-$$ $XDG_RUNTIME_DIR end\r");
+                 "ps -o sid= -p $$ | tr -d ' '; echo me-$$ end\r");
     EXPECT_TRUE(window->shows("\nme-"));
     EXPECT_TRUE(window->shows(" end"));
     EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\nopen-")));
@@ -292,12 +291,57 @@ TEST_F(SessionTest, StartsAHostAndReplacesAStaleSocket) {
     ASSERT_TRUE(window->shows("ready> "));
     pid_t served = 0;
     std::ifstream(folder / "host.lock") >> served;
-    EXPECT_GT(served, 0);
+    ASSERT_GT(served, 0);
     EXPECT_NE(served, host->pid());
     window->type("exit 3\r");
     EXPECT_EQ(window->waitForEnd(), 3);
     ::kill(served, SIGTERM);
     EXPECT_TRUE(becomes([&] { return !fs::exists(folder / "control.sock"); }));
+}
+
+TEST_F(SessionTest, AHostWhoseFolderIsGoneServesInANewOneUnlessAnotherHostDoes) {
+    const std::string id = startShell();
+    fs::remove_all(folder);
+    EXPECT_EQ(output({"list", "--json"}), "[]\n");
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("serving in " + folder.string() + " anew"));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
+    EXPECT_TRUE(open({"attach", id})->shows("ready> "));
+
+    fs::remove_all(folder);
+    WatchedProcess second(program, std::vector<std::string_view>{"serve"});
+    EXPECT_TRUE(second.waitForLine("serving in"));
+    const std::string other = startShell();
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("serves already: process " + std::to_string(second.pid())));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(other));
+    second.signal(SIGTERM);
+    EXPECT_EQ(second.waitForEnd(), 0);
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("anew"));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
+
+    fs::remove_all(folder);
+    WatchedProcess third(program, std::vector<std::string_view>{"serve"});
+    EXPECT_TRUE(third.waitForLine("serving in"));
+    host->signal(SIGTERM);
+    EXPECT_EQ(host->waitForEnd(), 0);
+    EXPECT_TRUE(fs::exists(folder / "control.sock")) << "which the other host has made";
+}
+
+TEST_F(SessionTest, StartSaysAtOnceWhyNoHostCanServe) {
+    host.reset();
+    const auto start = [&](const std::string& reason) {
+        const auto window = open({"start", "--", "/bin/sh"});
+        EXPECT_TRUE(window->shows("velmo-session: ") && window->shows(reason)) << window->shown();
+        EXPECT_EQ(window->waitForEnd(), hostGone);
+    };
+    fs::remove_all(folder);
+    std::ofstream(folder) << "a file in the folder's place";
+    start("can't be made");
+    fs::remove(folder);
+    fs::create_directories(folder / "host.lock");
+    start("host.lock can't be made");
 }
 
 } // namespace

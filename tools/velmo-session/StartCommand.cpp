@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <expected>
 #include <filesystem>
 #include <string_view>
 #include <utility>
@@ -124,15 +125,17 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
     return complain(PtyAttach::sanitizeLabel(what + refusalText(reply)), SessionExit::refused);
 }
 
-std::optional<SessionReplyLine> askToStart(const SessionCallLine& call) {
+/// Returns the reply. The error says for people why there is none.
+std::expected<SessionReplyLine, std::string> askToStart(const SessionCallLine& call) {
     // An idle host may end just before it reads the call, so the call is made twice.
     for (int tries = 0; tries < 2; ++tries) {
         auto host = ControlClient::connectOrStart();
-        auto reply = host ? host->call(call) : std::nullopt;
-        if (reply)
-            return reply;
+        if (!host)
+            return std::unexpected(host.error());
+        if (auto reply = host->call(call))
+            return *std::move(reply);
     }
-    return std::nullopt;
+    return std::unexpected(std::string(hostUnreachable));
 }
 
 int attachById(const std::string& session) {
@@ -168,7 +171,7 @@ int start(const StartRequest& request) {
                      SessionExit::success);
     }
     if (!reply)
-        return complain(hostUnreachable, SessionExit::hostGone);
+        return complain(reply.error(), SessionExit::hostGone);
     if (!reply->ok || !reply->session)
         return refused(request, folder, command.front(), *reply);
     if (!request.isDetached)
