@@ -39,7 +39,7 @@ enum class SessionRefusal {
     system,   ///< the system could not start the program or write the ticket
     unknown,  ///< there is no such session
     ended,    ///< the session has ended
-    itself,   ///< the session would be shown in itself, without end
+    itself,   ///< the session would be shown in itself, straight or through others, without end
 };
 
 template<>

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <set>
 #include <utility>
 
 namespace velmo {
@@ -152,13 +153,54 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client
     const auto session = number ? sessions_.find(*number) : sessions_.end();
     if (session == sessions_.end()) {
         refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
-    } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
-        refuse(peer, stranger, rawText(*refusal));
-    } else {
-        auto viewer = std::make_unique<Viewer>(peer, stranger.connection, AttachDecoder());
-        viewer->size = hello.size;
-        watch(peer, stranger, std::move(viewer), session->second);
+        return;
     }
+    auto viewer = viewerFor(peer, stranger, AttachDecoder());
+    viewer->size = hello.size;
+    if (const auto refusal = refusalToJoin(*viewer, session->second))
+        refuse(peer, stranger, rawText(*refusal));
+    else
+        watch(peer, stranger, std::move(viewer), session->second);
+}
+
+std::unique_ptr<Viewer> SessionHost::viewerFor(PeerId peer, const Stranger& stranger,
+                                               ViewerWire wire) const {
+    auto viewer = std::make_unique<Viewer>(peer, stranger.connection, std::move(wire));
+    const auto ancestry = stranger.connection->ancestry();
+    for (const auto& [number, session] : sessions_) {
+        if (session.process() && std::ranges::find(ancestry, *session.process()) != ancestry.end())
+            viewer->runsIn.push_back(number);
+    }
+    return viewer;
+}
+
+/// Returns why the viewer may not watch the session; absent if it may. Its output may not flow back
+/// into it, straight or through other sessions.
+std::optional<SessionRefusal> SessionHost::refusalToJoin(const Viewer& viewer,
+                                                         const TerminalSession& session) const {
+    if (const auto refusal = session.refusal())
+        return refusal;
+    const SessionNumber shown = session.identity().number;
+    const bool isCircle = std::ranges::any_of(
+        viewer.runsIn, [&](SessionNumber outer) { return isShownIn(outer, shown); });
+    return isCircle ? std::optional(SessionRefusal::itself) : std::nullopt;
+}
+
+/// Tells whether the output of `shown` reaches the other session, which it does if both are one.
+bool SessionHost::isShownIn(SessionNumber shown, SessionNumber session) const {
+    std::set<SessionNumber> reached{shown};
+    std::vector<SessionNumber> next{shown};
+    while (!next.empty()) {
+        const auto found = sessions_.find(next.back());
+        next.pop_back();
+        if (found == sessions_.end())
+            continue;
+        for (const SessionNumber outer : found->second.shownIn()) {
+            if (reached.insert(outer).second)
+                next.push_back(outer);
+        }
+    }
+    return reached.contains(session);
 }
 
 void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code) {
@@ -377,13 +419,15 @@ std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
 
 void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
     const auto number = find(call);
-    const auto refusal = number ? sessions_.at(*number).refusalOf(*stranger.connection)
-                                : std::optional(number.error());
-    if (refusal) {
+    if (!number) {
+        answer(peer, stranger, std::unexpected(number.error()));
+        return;
+    }
+    auto viewer = viewerFor(peer, stranger, StreamDecoder());
+    if (const auto refusal = refusalToJoin(*viewer, sessions_.at(*number))) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
-    auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
     watch(peer, stranger, std::move(viewer), sessions_.at(*number));
 }

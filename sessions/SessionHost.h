@@ -114,6 +114,10 @@ private:
     void drop(PeerId peer);
     void watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
                TerminalSession& session);
+    std::unique_ptr<Viewer> viewerFor(PeerId peer, const Stranger& stranger, ViewerWire wire) const;
+    std::optional<SessionRefusal> refusalToJoin(const Viewer& viewer,
+                                                const TerminalSession& session) const;
+    bool isShownIn(SessionNumber shown, SessionNumber session) const;
     std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;

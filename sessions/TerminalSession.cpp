@@ -36,18 +36,27 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     program_->watch(true, false);
 }
 
-std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+std::optional<SessionRefusal> TerminalSession::refusal() const {
     if (endedSince_)
         return SessionRefusal::ended;
     if (viewers_.size() == maxViewers)
         return SessionRefusal::limit;
-    if (program_ && connection.leader() == program_->pid())
-        return SessionRefusal::itself;
     return std::nullopt;
 }
 
+std::optional<std::uint32_t> TerminalSession::process() const {
+    return program_ ? std::optional(program_->pid()) : std::nullopt;
+}
+
+std::set<SessionNumber> TerminalSession::shownIn() const {
+    std::set<SessionNumber> all;
+    for (const auto& viewer : viewers_)
+        all.insert(viewer->runsIn.begin(), viewer->runsIn.end());
+    return all;
+}
+
 void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
-    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
+    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
     viewer->replay(log_, "");
     viewer->activity = ++activities_;

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,8 +48,14 @@ public:
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
-    /// Returns why the peer of this connection may not join; absent if it may.
-    [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
+    /// Returns why no further viewer may join; absent if one may.
+    [[nodiscard]] std::optional<SessionRefusal> refusal() const;
+
+    /// Returns the process id of the program; absent once its terminal is closed.
+    [[nodiscard]] std::optional<std::uint32_t> process() const;
+
+    /// Returns the sessions in which this one is shown: those that its viewers run in.
+    [[nodiscard]] std::set<SessionNumber> shownIn() const;
 
     /// Shows the session to a viewer: a replay first, then all further output.
     void attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date);

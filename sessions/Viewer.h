@@ -8,6 +8,7 @@
 #include "core/terminal/ReplayFilter.h"
 #include "sessions/Connection.h"
 #include "sessions/OutputLog.h"
+#include "sessions/Program.h"
 
 #include <array>
 #include <cstddef>
@@ -104,6 +105,7 @@ public:
     void stopWaitingFor(const OutputLog& log);
 
     // What the session keeps for each viewer.
+    std::vector<SessionNumber> runsIn;      ///< the sessions that the peer runs in
     std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
     std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
     std::deque<ViewerInput> inputs;         ///< not done yet

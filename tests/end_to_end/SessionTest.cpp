@@ -207,7 +207,7 @@ TEST_F(SessionTest, KeysTypedBeforeTheHostAnswersReachTheProgram) {
     window->type("echo early-$((1))\r");
     EXPECT_TRUE(becomes([&] { return !fs::exists(ticket); }));
     host->signal(SIGCONT);
-    EXPECT_TRUE(window->shows("\nearly-1"));
+    EXPECT_TRUE(window->shows("early-1"));
 }
 
 TEST_F(SessionTest, AStoppedViewerSetsRawModeAgainWhenContinued) {
@@ -262,6 +262,44 @@ TEST_F(SessionTest, AProgramGetsThreeDescriptorsAndItsOwnTerminal) {
     EXPECT_TRUE(window->shows("\nme-"));
     EXPECT_TRUE(window->shows(" end"));
     EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\nopen-")));
+}
+
+TEST_F(SessionTest, ASessionIsNotShownInItselfByAProcessInASessionOfItsOwn) {
+    const auto window = open({"start", "--name", "outer", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("setsid -w sh -c '" + program + " attach outer; echo status-$?'\r");
+    EXPECT_TRUE(window->shows("(itself)"));
+    EXPECT_TRUE(window->shows("\nstatus-" + std::to_string(refused)));
+    window->type(program + " list --json\r");
+    EXPECT_TRUE(window->shows(R"("name":"outer")")) << "a session finds its own host";
+}
+
+TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
+    const struct {
+        std::string words;
+        std::string reason;
+        int status;
+    } cases[] = {
+        {"attach sh </dev/null >log", "there is no terminal to show a session in", refused},
+        {"start </dev/null >log", "there is no terminal to show a session in", refused},
+        {"list >/dev/full", "standard output can't be written", 125},
+        {"list --json >/dev/full", "standard output can't be written", 125},
+        {"--help >/dev/full", "standard output can't be written", 125},
+        {"start --detached -- vi notes",
+         "these may, where the system or Homebrew has installed "
+         "them: bash, zsh",
+         refused},
+        {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},
+        {"attach nobody", "there is no such session", refused},
+    };
+
+    for (const auto& c : cases) {
+        const auto window = openProgram(
+            {"/bin/sh", "-c", "cd; exec 2>&1 3>&1; " + program + " " + c.words + " 2>&3"});
+        EXPECT_TRUE(window->shows(c.reason)) << c.words << "\n" << window->shown();
+        EXPECT_EQ(window->waitForEnd(), c.status) << c.words;
+    }
+    EXPECT_EQ(output({"list", "--json"}), "[]\n") << "nothing was started";
 }
 
 TEST_F(SessionTest, RefusesToServeInAFolderThatIsNotPrivate) {

@@ -172,7 +172,7 @@ TEST_F(SessionHostTest, AcceptsATicketOnceWithinHalfAMinute) {
         return world.peers[peer]->received.substr(PtyAttach::headerBytes);
     };
     EXPECT_EQ(greet(std::string(43, 'A')), R"({"code":"bad-token","t":"error"})");
-    EXPECT_EQ(greet(ticket.token), R"({"name":"bash","t":"ready"})");
+    EXPECT_THAT(greet(ticket.token), testing::StartsWith(R"({"labels":{"detached":"Detached.)"));
     EXPECT_EQ(greet(ticket.token), R"({"code":"bad-token","t":"error"})");
     EXPECT_THAT(world.files, IsEmpty()) << "the file goes with the token";
 
@@ -578,12 +578,35 @@ TEST_F(SessionHostTest, RefusesAViewerFromWithinTheSession) {
     const PeerId window = world.connect(Door::attach);
     const PeerId bridge = world.connect(Door::control);
     for (const PeerId peer : {window, bridge})
-        world.peers[peer]->sessionLeader = world.program().pid();
+        world.peers[peer]->ancestors = {99, world.program().pid(), 1};
     world.receive(window, PtyAttach::hello(ticket.value().token, 80, 24).value());
     EXPECT_THAT(seen(window).messages, ElementsAre("error"));
     world.receive(bridge, R"({"call":"stream","session":")" + id + "\"}\n");
     EXPECT_EQ(world.peers[bridge]->received, "{\"ok\":false,\"reason\":\"itself\"}\n");
     EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
+}
+
+TEST_F(SessionHostTest, RefusesACircleThroughOtherSessions) {
+    std::vector<std::string> ids;
+    for (int i = 0; i < 4; ++i)
+        ids.push_back(world.startShell());
+    const auto show = [&](std::size_t shown, std::size_t inside) {
+        const PeerId peer = world.connect(Door::control);
+        world.peers[peer]->ancestors = {99, world.program(inside + 1).pid()};
+        world.receive(peer, R"({"call":"stream","session":")" + ids.at(shown) + "\"}\n");
+        return std::pair(peer, world.peers[peer]->received.contains("itself"));
+    };
+    EXPECT_FALSE(show(0, 1).second);
+    EXPECT_FALSE(show(0, 1).second) << "twice is no circle";
+    EXPECT_FALSE(show(0, 2).second) << "nor are two ways from one session";
+    const PeerId second = show(1, 3).first;
+    EXPECT_FALSE(show(2, 3).second) << "that meet again";
+    EXPECT_TRUE(show(1, 0).second);
+    EXPECT_TRUE(show(3, 0).second);
+    world.host.gone(second);
+    EXPECT_TRUE(show(3, 0).second) << "by the other way";
+    EXPECT_TRUE(show(3, 2).second);
+    EXPECT_FALSE(show(3, 1).second);
 }
 
 /// A shell, the windows that watch it one after the other or at once, and the events that may

@@ -135,36 +135,4 @@ std::optional<SessionReplyLine> ControlClient::call(const SessionCallLine& call)
     return reply;
 }
 
-std::string refusalText(const SessionReplyLine& reply) {
-    const std::string reason = reply.reason.value_or("");
-    const auto refusal = fromRawText<SessionRefusal>(reason);
-    if (!refusal)
-        return "refused: " + reason; // a reason that only a newer host has
-    switch (*refusal) {
-    case SessionRefusal::call:
-        return "the host does not know this call";
-    case SessionRefusal::words:
-        return "the program may not be started with these arguments";
-    case SessionRefusal::folder:
-        return "no session may work in this folder";
-    case SessionRefusal::program:
-        return "this program may not run in a session";
-    case SessionRefusal::name:
-        return "a session of this name runs already";
-    case SessionRefusal::misnamed:
-        return "no session can have this name";
-    case SessionRefusal::limit:
-        return "there are as many as there may be";
-    case SessionRefusal::system:
-        return "the system could not start it";
-    case SessionRefusal::itself:
-        return "a session can't be shown in itself";
-    case SessionRefusal::unknown:
-        return "there is no such session";
-    case SessionRefusal::ended:
-        break;
-    }
-    return "the session has ended";
-}
-
 } // namespace velmo

@@ -41,7 +41,4 @@ private:
     std::string received_;
 };
 
-/// Returns the meaning of a refusal for people, such as "no such session".
-std::string refusalText(const SessionReplyLine& reply);
-
 } // namespace velmo

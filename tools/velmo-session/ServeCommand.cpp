@@ -255,6 +255,10 @@ private:
         folder_ = *std::move(folder);
         right_ = *std::move(right);
         log_.moveTo(folder_.openLog());
+        for (const auto& [door, name] : sockets) {
+            if (!open(door))
+                log_(std::string(name) + " can't be bound");
+        }
         log_("serving in " + folder_.folder() + " anew");
         return true;
     }

@@ -1,6 +1,9 @@
 #include "tools/velmo-session/SessionCommandLine.h"
 
+#include "tools/velmo-session/Refusals.h"
+
 #include <array>
+#include <string>
 
 namespace velmo {
 
@@ -62,12 +65,20 @@ constexpr auto verbs = std::to_array<Verb>({
      .options = attachOptions},
 });
 
-constexpr auto sections = std::to_array<Section>({
-    {.heading = "Exit status:",
-     .text = "  0 done, or detached; the program's own code when it ends while attached;\n"
-             "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
-             "  128+N after signal N."},
-});
+const std::string programs = "  A session runs one of these, where the system or Homebrew has "
+                             "installed it:\n  "
+                             + permittedPrograms()
+                             + ".\n"
+                               "  Any other program is started from a shell in a session.";
+
+const std::array sections{
+    Section{.heading = "Programs:", .text = programs},
+    Section{.heading = "Exit status:",
+            .text = "  0 done, or detached; the program's own code when it ends while attached;\n"
+                    "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
+                    "  125 standard output can't be written;\n"
+                    "  128+N after signal N."},
+};
 
 } // namespace
 

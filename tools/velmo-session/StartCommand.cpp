@@ -10,6 +10,7 @@
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/TerminalSize.h"
 
@@ -73,7 +74,8 @@ std::string lookedUp(const std::string& name) {
 }
 
 /// Returns the command line in the policy's form. The program is an absolute path. A shell without
-/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session".
+/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session". The target of ssh
+/// gets its "--".
 std::vector<std::string> commandOf(const StartRequest& request) {
     std::vector<std::string> command = request.program;
     if (command.empty())
@@ -82,6 +84,8 @@ std::vector<std::string> commandOf(const StartRequest& request) {
     const std::string_view tool = PathText::lastComponent(command.front());
     if (command.size() == 1 && Text::isOneOf(tool, Pty::shells))
         command.emplace_back(tool == "tmux" ? "new-session" : "-l");
+    if (tool == "ssh" && command.size() > 1 && std::ranges::find(command, "--") == command.end())
+        command.insert(command.end() - 1, "--");
     return command;
 }
 
@@ -122,7 +126,8 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
         what = request.name.value_or("") + ": ";
     else if (reply.reason != rawText(SessionRefusal::limit))
         what = program + ": ";
-    return complain(PtyAttach::sanitizeLabel(what + refusalText(reply)), SessionExit::refused);
+    return complain(PtyAttach::sanitizeLabel(what) + refusalText(SessionCall::start, reply),
+                    SessionExit::refused);
 }
 
 /// Returns the reply. The error says for people why there is none.
@@ -138,20 +143,31 @@ std::expected<SessionReplyLine, std::string> askToStart(const SessionCallLine& c
     return std::unexpected(std::string(hostUnreachable));
 }
 
+/// Tells whether a session can be shown here, and otherwise says what to do.
+bool canShow() {
+    const bool hasTerminal = ::isatty(STDIN_FILENO) == 1 || ::isatty(STDOUT_FILENO) == 1;
+    if (!hasTerminal)
+        complain(
+            "there is no terminal to show a session in; \"velmo-session start --detached\" and "
+            "\"velmo-session stream\" need none",
+            SessionExit::refused);
+    return hasTerminal;
+}
+
 int attachById(const std::string& session) {
     const auto reply = ControlClient::ask({.call = SessionCall::ticket, .session = session});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
-    if (reply->reason == rawText(SessionRefusal::ended))
-        return complain(PtyAttach::english().ended, SessionExit::refused);
     if (!reply->ok || !reply->ticket)
-        return complain(refusalText(*reply), SessionExit::refused);
+        return complain(refusalText(SessionCall::ticket, *reply), SessionExit::refused);
     return attach(*reply->ticket);
 }
 
 } // namespace
 
 int start(const StartRequest& request) {
+    if (!request.isDetached && !canShow())
+        return SessionExit::refused;
     const std::vector<std::string> command = commandOf(request);
     std::string folder = absolute(request.folder.value_or("."));
     SessionCallLine call{.call = SessionCall::start,
@@ -176,11 +192,13 @@ int start(const StartRequest& request) {
         return refused(request, folder, command.front(), *reply);
     if (!request.isDetached)
         return attachById(*reply->session);
-    writeStandardOutput(*reply->session + "\n");
-    return SessionExit::success;
+    return writeStandardOutput(*reply->session + "\n") ? SessionExit::success
+                                                       : SessionExit::unwritten;
 }
 
 int attachTo(const std::optional<std::string>& session) {
+    if (!canShow())
+        return SessionExit::refused;
     if (session)
         return attachById(*session);
     const auto reply = ControlClient::ask({.call = SessionCall::list});

@@ -9,6 +9,7 @@
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
 #include "tools/velmo-session/ListText.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/ServeCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
 #include "tools/velmo-session/SessionExit.h"
@@ -30,6 +31,13 @@ std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_v
     return line.value(name).transform([](std::string_view value) { return std::string(value); });
 }
 
+/// Returns the exit status.
+int print(std::string_view text) {
+    return writeStandardOutput(text)
+               ? SessionExit::success
+               : complain("standard output can't be written", SessionExit::unwritten);
+}
+
 /// Prints the sessions. If no host serves, the list is empty, which is not an error.
 int list(bool json) {
     auto host = ControlClient::connect();
@@ -38,18 +46,19 @@ int list(bool json) {
         return complain("the session host gives no answer", SessionExit::hostGone);
     const auto sessions =
         reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
-    if (json)
-        Output::print(sessions, writeStandardOutput);
-    else
-        writeStandardOutput(listText(sessions, Clocks::wallTime()));
-    return SessionExit::success;
+    if (!json)
+        return print(listText(sessions, Clocks::wallTime()));
+    int status = SessionExit::success;
+    Output::print(sessions, [&status](std::string_view line) { status = print(line); });
+    return status;
 }
 
 int end(const std::string& session) {
     const auto reply = ControlClient::ask({.call = SessionCall::end, .session = session});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
-    return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
+    return reply->ok ? SessionExit::success
+                     : complain(refusalText(SessionCall::end, *reply), SessionExit::refused);
 }
 
 /// Runs the attach client. The arguments are the same in every program that contains the client.
@@ -61,8 +70,7 @@ int ptyAttach(std::span<const std::string_view> arguments) {
                         SessionExit::usage);
     if (const auto* const ticket = std::get_if<PtyAttach::TicketArguments>(&*parsed))
         return attach(ticket->path);
-    writeStandardOutput(std::string(PtyAttach::probeReply) + "\n");
-    return SessionExit::success;
+    return print(std::string(PtyAttach::probeReply) + "\n");
 }
 
 int run(const CommandLine::Line& line, std::span<const std::string_view> arguments) {
@@ -93,9 +101,7 @@ int main(int argc, char** argv) {
     const auto line = CommandLine::read(sessionCommandLine, arguments);
     if (!line)
         return complain(line.error(), SessionExit::usage);
-    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line)) {
-        writeStandardOutput(*page);
-        return SessionExit::success;
-    }
+    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line))
+        return print(*page);
     return run(*line, arguments);
 }
