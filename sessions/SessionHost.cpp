@@ -149,14 +149,15 @@ void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
 }
 
 void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello) {
-    const auto number = redeem(hello.token);
-    const auto session = number ? sessions_.find(*number) : sessions_.end();
+    const auto ticket = redeem(hello.token);
+    const auto session = ticket ? sessions_.find(ticket->session) : sessions_.end();
     if (session == sessions_.end()) {
-        refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
+        refuse(peer, stranger, ticket ? rawText(SessionRefusal::ended) : "bad-token");
         return;
     }
     auto viewer = viewerFor(peer, stranger, AttachDecoder());
     viewer->size = hello.size;
+    viewer->mayType = !ticket->isViewOnly;
     if (const auto refusal = refusalToJoin(*viewer, session->second))
         refuse(peer, stranger, rawText(*refusal));
     else
@@ -402,19 +403,20 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
         return std::unexpected(SessionRefusal::system);
     tickets_.emplace(ticket.token, Ticket{.session = *session,
                                           .file = file,
+                                          .isViewOnly = call.viewOnly.value_or(false),
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
 
-/// Returns the session of the ticket with this token, and voids the ticket: a second client with
-/// the token gets nothing, as does one that comes after the ticket's expiry.
-std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
+/// Returns the ticket with this token, and voids it: a second client with the token gets nothing,
+/// as does one that comes after the ticket's expiry.
+std::optional<SessionHost::Ticket> SessionHost::redeem(const std::string& token) {
     expireTickets(services_.steadyTime());
     auto ticket = tickets_.extract(token);
     if (ticket.empty())
         return std::nullopt;
     services_.tickets.remove(ticket.mapped().file);
-    return ticket.mapped().session;
+    return std::move(ticket.mapped());
 }
 
 void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
@@ -424,6 +426,7 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
         return;
     }
     auto viewer = viewerFor(peer, stranger, StreamDecoder());
+    viewer->mayType = !call.viewOnly.value_or(false);
     if (const auto refusal = refusalToJoin(*viewer, sessions_.at(*number))) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;

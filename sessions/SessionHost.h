@@ -79,6 +79,7 @@ private:
     struct Ticket {
         SessionNumber session;
         std::string file;
+        bool isViewOnly;
         SteadyTime expiry;
     };
 
@@ -122,7 +123,7 @@ private:
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;
     bool isNameTaken(std::string_view name) const;
-    std::optional<SessionNumber> redeem(const std::string& token);
+    std::optional<Ticket> redeem(const std::string& token);
     void settle(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);

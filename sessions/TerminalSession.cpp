@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace velmo {
@@ -32,6 +33,7 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
 }
@@ -60,6 +62,7 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, Wal
                                     : PtyFrame::ready(program_->pid()));
     viewer->replay(log_, "");
     viewer->activity = ++activities_;
+    attend();
     viewers_.push_back(std::move(viewer));
     noteDate(date);
     applySize();
@@ -100,8 +103,14 @@ void TerminalSession::programEnded(std::int32_t waitStatus, SteadyTime now) {
 void TerminalSession::readProgram(SteadyTime now) {
     std::size_t burst = 0;
     while (program_ && !outputIsOver_ && burst < maxBurst && !mustWait(now)) {
-        const Program::Output output = program_->read(log_.room());
+        const std::span<std::uint8_t> room = log_.room();
+        const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        if (auto notice = noticeReader_.read(room.first(output.bytes))) {
+            isAttentionNew_ = true;
+            if (!notice->empty())
+                notice_ = *std::move(notice);
+        }
         burst += output.bytes;
         outputIsOver_ = output.isOver;
         if (output.bytes < littleOutput)
@@ -147,6 +156,7 @@ void TerminalSession::obey(Viewer& viewer) {
     while (!viewer.inputs.empty()) {
         if (std::holds_alternative<viewer::Leave>(viewer.inputs.front())) {
             viewer.inputs.clear();
+            attend();
             leave(viewer);
             return;
         }
@@ -161,12 +171,17 @@ void TerminalSession::obey(Viewer& viewer) {
 
 /// Returns false if part of the input remains to be done later.
 bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
+    if (!viewer.mayType) {
+        look(viewer, input);
+        return true;
+    }
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
             program_->signalForeground(signal->number);
         return true;
     }
     viewer.activity = ++activities_;
+    attend();
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
         if (resize->size == size_)
             redraw();
@@ -174,6 +189,24 @@ bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
         return true;
     }
     return type(viewer, std::get<viewer::Keys>(input).bytes);
+}
+
+/// Does what a viewer that may not type may ask for: a viewer that tells the same size twice wants
+/// the screen drawn anew.
+void TerminalSession::look(Viewer& viewer, const ViewerInput& input) {
+    const auto* const resize = std::get_if<viewer::Resize>(&input);
+    if (resize == nullptr)
+        return;
+    if (viewer.size == resize->size)
+        redraw();
+    viewer.size = resize->size;
+}
+
+/// Notes that somebody looks at the session.
+void TerminalSession::attend() {
+    isAttentionNew_ = false;
+    attentionSince_.reset();
+    notice_.clear();
 }
 
 /// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
@@ -314,15 +347,20 @@ Viewer* TerminalSession::find(PeerId peer) const {
     return found == viewers_.end() ? nullptr : found->get();
 }
 
+/// Returns the viewer that decides the size and answers queries; null if none may.
 Viewer* TerminalSession::leader() const {
     const auto rank = [](const auto& viewer) {
-        return std::pair(viewer->size.has_value(), viewer->activity);
+        return std::tuple(viewer->mayType, viewer->size.has_value(), viewer->activity);
     };
     const auto found = std::ranges::max_element(viewers_, {}, rank);
-    return found == viewers_.end() ? nullptr : found->get();
+    return found == viewers_.end() || !(*found)->mayType ? nullptr : found->get();
 }
 
 void TerminalSession::noteDate(WallTime date) {
+    if (std::exchange(dated_, log_.end()) != log_.end())
+        lastOutput_ = date;
+    if (std::exchange(isAttentionNew_, false))
+        attentionSince_ = date;
     if (hadViewers_ != viewers_.empty())
         return;
     hadViewers_ = !viewers_.empty();
@@ -339,7 +377,13 @@ SessionEntry TerminalSession::entry() const {
                        .since = identity_.since.sinceEpoch,
                        .viewers = static_cast<int>(viewers_.size()),
                        .bytesOut = log_.end(),
+                       .idleSince = lastOutput_.sinceEpoch,
                        .exitCode = endedSince_ ? exitCode_ : std::nullopt};
+    if (attentionSince_) {
+        entry.attentionSince = attentionSince_->sinceEpoch;
+        if (!notice_.empty())
+            entry.notice = notice_;
+    }
     (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;
     return entry;
 }

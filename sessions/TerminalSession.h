@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
 #include "core/terminal/SpawnRequest.h"
+#include "sessions/NoticeReader.h"
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
@@ -88,7 +89,8 @@ public:
 
     [[nodiscard]] SessionEntry entry() const;
 
-    /// Takes the date for `entry` if, since the last call, the first viewer came or the last left.
+    /// Takes the date for `entry` of what has happened since the last call: the first viewer came
+    /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
 
 private:
@@ -97,6 +99,7 @@ private:
     bool mustWait(SteadyTime now);
     void obey(Viewer& viewer);
     bool obey(Viewer& viewer, const ViewerInput& input);
+    void look(Viewer& viewer, const ViewerInput& input);
     bool type(Viewer& viewer, ByteView keys);
     void show(Viewer& viewer, bool answers, SteadyTime now);
     void redraw();
@@ -107,6 +110,7 @@ private:
     void sweep();
     [[nodiscard]] Viewer* find(PeerId peer) const;
     [[nodiscard]] Viewer* leader() const;
+    void attend();
 
     Identity identity_;
     std::shared_ptr<Program> program_;
@@ -123,6 +127,12 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
+    NoticeReader noticeReader_;
+    bool isAttentionNew_ = false; ///< since the last date
+    std::optional<WallTime> attentionSince_;
+    std::string notice_;            ///< empty after bells alone
+    OutputLog::Position dated_ = 0; ///< the output's end at the last date
+    WallTime lastOutput_;
     WallTime countChanged_; ///< when the first viewer came, or the last one left
     bool hadViewers_ = false;
 };

@@ -107,6 +107,7 @@ public:
     // What the session keeps for each viewer.
     std::vector<SessionNumber> runsIn;      ///< the sessions that the peer runs in
     std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
+    bool mayType = true;                    ///< and decide the size, and answer queries
     std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
     std::deque<ViewerInput> inputs;         ///< not done yet
     std::size_t typed = 0;                  ///< bytes of the first input that the program has got

@@ -274,6 +274,24 @@ TEST_F(SessionTest, ASessionIsNotShownInItselfByAProcessInASessionOfItsOwn) {
     EXPECT_TRUE(window->shows(R"("name":"outer")")) << "a session finds its own host";
 }
 
+TEST_F(SessionTest, AWatchedListShowsWhatAsksForAPerson) {
+    const std::string id = startShell();
+    WatchedProcess watch(program, std::vector<std::string_view>{"list", "--watch", "--json"});
+    EXPECT_TRUE(watch.waitForLine(R"("viewers":0)"));
+    const auto viewer = open({"attach", "--view-only", id});
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(viewer->shows("ready> "));
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("printf '\\033]9;look-%s\\a' here\r");
+    EXPECT_TRUE(watch.waitForLine(R"("notice":"look-here")"));
+    EXPECT_THAT(output({"list"}), HasSubstr(": look-here\n"));
+    viewer->type("exit\r"); // which reaches nothing
+    window->type("echo still-$((1))\r");
+    EXPECT_TRUE(viewer->shows("\nstill-1"));
+    EXPECT_TRUE(watch.waitForLine(R"("viewers":2)"));
+    EXPECT_THAT(output({"list"}), testing::Not(HasSubstr("look-here"))) << "he has looked";
+}
+
 TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
     const struct {
         std::string words;

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <set>
 
 namespace velmo {
@@ -29,6 +30,17 @@ struct Seen {
 
 class SessionHostTest : public testing::Test {
 protected:
+    /// Attaches a window that may look only.
+    PeerId attachToView(const std::string& session, int cols, int rows) {
+        const auto reply =
+            world.call({.call = SessionCall::ticket, .session = session, .viewOnly = true});
+        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
+        const PeerId peer = world.connect(Door::attach);
+        const auto ticket = PtyAttach::parseTicket(world.files.at(file));
+        world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
+        return peer;
+    }
+
     PeerId attach(const std::string& session, int cols = 80, int rows = 24,
                   std::size_t room = SIZE_MAX) {
         const auto ticket = world.ticketFor(session);
@@ -360,6 +372,87 @@ TEST_F(SessionHostTest, TheViewerThatTypedLastSetsSizeAndAnswersQueries) {
     EXPECT_THAT(world.program().sizes,
                 ElementsAre(PtyFrame::Size{100, 29}, PtyFrame::Size{100, 30}))
         << "the same size once more asks the program to draw anew";
+}
+
+TEST_F(SessionHostTest, AViewerThatMayOnlyLookChangesNothing) {
+    const std::string id = world.startShell();
+    const PeerId window = attachToView(id, 20, 10);
+    const PeerId bridge = world.connect(Door::control);
+    world.receive(bridge, R"({"call":"stream","session":")" + id + "\",\"viewOnly\":true}\n");
+    type(window, "no");
+    world.receive(window, PtyAttach::resize(30, 10));
+    world.receive(bridge, PtyFrame::resize(40, 10).value());
+    world.receive(bridge, PtyFrame::data(bytesOf("no")));
+    const Bytes interrupt{2};
+    world.receive(bridge, PtyFrame::encode(PtyFrame::Kind::signal, interrupt).value());
+    EXPECT_EQ(world.program().typed, "");
+    EXPECT_THAT(world.program().signals, IsEmpty());
+    EXPECT_THAT(world.program().sizes, IsEmpty());
+    write("a\033[c");
+    EXPECT_EQ(seen(window).output, "a") << "none of them answers";
+    const PeerId typist = attach(id, 100, 30);
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+    world.program().sizes.clear();
+    world.receive(window, PtyAttach::resize(50, 10));
+    EXPECT_THAT(world.program().sizes, IsEmpty());
+    world.receive(window, PtyAttach::resize(50, 10));
+    EXPECT_THAT(world.program().sizes,
+                ElementsAre(PtyFrame::Size{100, 29}, PtyFrame::Size{100, 30}))
+        << "the same size once more asks the program to draw anew";
+    write("b\033[c");
+    EXPECT_EQ(seen(typist).output, "ab\033[c");
+    EXPECT_EQ(seen(window).output, "ab");
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 3);
+    world.receive(window, ByteView(PtyAttach::detachFrame));
+    EXPECT_TRUE(world.peers[window]->isClosed);
+    world.host.gone(typist);
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+}
+
+TEST_F(SessionHostTest, TellsWhatAsksForAPersonUntilOneLooks) {
+    const std::string id = world.startShell();
+    const auto entry = [&] { return world.call({.call = SessionCall::list}).sessions->front(); };
+    EXPECT_EQ(entry().idleSince, world.now + 1e9);
+    EXPECT_FALSE(entry().attentionSince);
+    world.pass(5);
+    write("\033]9;tests pas");
+    world.pass(5);
+    write("sed\a");
+    const double rung = world.now + 1e9;
+    world.pass(5);
+    EXPECT_EQ(entry().attentionSince, rung);
+    EXPECT_EQ(entry().notice, "tests passed");
+    EXPECT_EQ(entry().idleSince, rung);
+    write("\a");
+    EXPECT_EQ(entry().attentionSince, world.now + 1e9);
+    EXPECT_EQ(entry().notice, "tests passed") << "a bell does not hide it";
+
+    const PeerId peer = attach(id);
+    const PeerId viewer = attachToView(id, 80, 24);
+    EXPECT_FALSE(entry().attentionSince);
+    EXPECT_FALSE(entry().notice);
+    const std::vector<std::function<void()>> looks = {
+        [&] { type(peer, "x"); },
+        [&] { world.receive(peer, PtyAttach::resize(9, 9)); },
+        [&] { attachToView(id, 80, 24); },
+        [&] { world.receive(peer, ByteView(PtyAttach::detachFrame)); },
+        [&] { world.receive(viewer, ByteView(PtyAttach::detachFrame)); },
+    };
+    for (std::size_t i = 0; i < looks.size(); ++i) {
+        write("\a");
+        EXPECT_EQ(entry().attentionSince, world.now + 1e9) << i;
+        EXPECT_FALSE(entry().notice) << i;
+        if (i == 1) {
+            type(viewer, "x");
+            EXPECT_TRUE(entry().attentionSince) << "which may not type";
+        }
+        looks[i]();
+        EXPECT_FALSE(entry().attentionSince) << i;
+    }
+    const PeerId lost = attach(id);
+    write("\a");
+    world.host.gone(lost);
+    EXPECT_TRUE(entry().attentionSince) << "a lost connection does not look";
 }
 
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {

@@ -22,8 +22,13 @@ constexpr auto startOptions = std::to_array<Option>({
     {.name = "--detached", .help = "print its id instead of attaching"},
 });
 
+constexpr auto viewOptions = std::to_array<Option>({
+    {.name = "--view-only", .help = "look, and type nothing"},
+});
+
 constexpr auto listOptions = std::to_array<Option>({
     {.name = "--json", .help = "as one JSON line"},
+    {.name = "--watch", .help = "again whenever something changes, until Ctrl-C"},
 });
 
 constexpr auto serveOptions = std::to_array<Option>({
@@ -43,6 +48,7 @@ constexpr auto verbs = std::to_array<Verb>({
      .operandNames = "[[--] PROGRAM [ARGUMENT...]]"},
     {.name = SessionVerb::attach,
      .help = "continue a session in this terminal; Control-] and then d detaches",
+     .options = viewOptions,
      .operands = Operands::words,
      .operandNames = "[ID|NAME]",
      .maxWords = 1},
@@ -54,6 +60,7 @@ constexpr auto verbs = std::to_array<Verb>({
      .maxWords = 1},
     {.name = SessionVerb::stream,
      .help = "continue a session over standard input and output, in frames",
+     .options = viewOptions,
      .operands = Operands::words,
      .operandNames = "ID|NAME",
      .maxWords = 1},

@@ -6,10 +6,10 @@
 #include "core/terminal/Pty.h"
 #include "platform/host/PtyHostFileSystem.h"
 #include "platform/posix/DiskPath.h"
-#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
+#include "tools/velmo-session/Print.h"
 #include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/TerminalSize.h"
@@ -154,8 +154,9 @@ bool canShow() {
     return hasTerminal;
 }
 
-int attachById(const std::string& session) {
-    const auto reply = ControlClient::ask({.call = SessionCall::ticket, .session = session});
+int attachById(const std::string& session, bool isViewOnly = false) {
+    const auto reply = ControlClient::ask(
+        {.call = SessionCall::ticket, .session = session, .viewOnly = isViewOnly});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok || !reply->ticket)
@@ -192,15 +193,14 @@ int start(const StartRequest& request) {
         return refused(request, folder, command.front(), *reply);
     if (!request.isDetached)
         return attachById(*reply->session);
-    return writeStandardOutput(*reply->session + "\n") ? SessionExit::success
-                                                       : SessionExit::unwritten;
+    return print(*reply->session + "\n");
 }
 
-int attachTo(const std::optional<std::string>& session) {
+int attachTo(const AttachRequest& request) {
     if (!canShow())
         return SessionExit::refused;
-    if (session)
-        return attachById(*session);
+    if (request.session)
+        return attachById(*request.session, request.isViewOnly);
     const auto reply = ControlClient::ask({.call = SessionCall::list});
     if (!reply || !reply->sessions)
         return complain(hostUnreachable, SessionExit::hostGone);
@@ -210,7 +210,7 @@ int attachTo(const std::optional<std::string>& session) {
         return complain(running.empty() ? "there is no session"
                                         : "there are several sessions; name one of them",
                         SessionExit::refused);
-    return attachById(running.front().id);
+    return attachById(running.front().id, request.isViewOnly);
 }
 
 } // namespace velmo

@@ -52,10 +52,11 @@ std::optional<ByteView> relay(int from, int to, std::vector<std::uint8_t>& room)
 
 } // namespace
 
-int stream(const std::string& session) {
+int stream(const std::string& session, bool isViewOnly) {
     auto host = ControlClient::connect();
     const auto reply =
-        host ? host->call({.call = SessionCall::stream, .session = session}) : std::nullopt;
+        host ? host->call({.call = SessionCall::stream, .session = session, .viewOnly = isViewOnly})
+             : std::nullopt;
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok)

@@ -1,14 +1,12 @@
 /// velmo-session: terminal sessions that go on when their window closes.
 
-#include "core/output/Output.h"
 #include "core/terminal/PtyAttach.h"
-#include "platform/posix/Clocks.h"
 #include "platform/posix/ProcessSetup.h"
-#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ListText.h"
+#include "tools/velmo-session/ListCommand.h"
+#include "tools/velmo-session/Print.h"
 #include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/ServeCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
@@ -29,28 +27,6 @@ using namespace velmo;
 
 std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_view name) {
     return line.value(name).transform([](std::string_view value) { return std::string(value); });
-}
-
-/// Returns the exit status.
-int print(std::string_view text) {
-    return writeStandardOutput(text)
-               ? SessionExit::success
-               : complain("standard output can't be written", SessionExit::unwritten);
-}
-
-/// Prints the sessions. If no host serves, the list is empty, which is not an error.
-int list(bool json) {
-    auto host = ControlClient::connect();
-    auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
-    if (host && !reply)
-        return complain("the session host gives no answer", SessionExit::hostGone);
-    const auto sessions =
-        reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
-    if (!json)
-        return print(listText(sessions, Clocks::wallTime()));
-    int status = SessionExit::success;
-    Output::print(sessions, [&status](std::string_view line) { status = print(line); });
-    return status;
 }
 
 int end(const std::string& session) {
@@ -83,14 +59,17 @@ int run(const CommandLine::Line& line, std::span<const std::string_view> argumen
                       .isDetached = line.has("--detached"),
                       .program = line.words});
     if (verb == SessionVerb::list)
-        return list(line.has("--json"));
+        return list({.isJson = line.has("--json"), .isWatched = line.has("--watch")});
     if (verb == SessionVerb::attach)
-        return attachTo(line.words.empty() ? std::nullopt : std::optional(line.words.front()));
+        return attachTo(
+            {.session = line.words.empty() ? std::nullopt : std::optional(line.words.front()),
+             .isViewOnly = line.has("--view-only")});
     if (verb == SessionVerb::ptyAttach)
         return ptyAttach(arguments.subspan(1));
     if (line.words.empty())
         return complain(std::string(verb) + " needs an id or a name", SessionExit::usage);
-    return verb == SessionVerb::end ? end(line.words.front()) : stream(line.words.front());
+    return verb == SessionVerb::end ? end(line.words.front())
+                                    : stream(line.words.front(), line.has("--view-only"));
 }
 
 } // namespace
