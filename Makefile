@@ -11,7 +11,7 @@ run:
 # Plays one whole life of a terminal session.
 run-session:
 	@scripts/setup build
-	@scripts/build release life-of-a-session velmo-session
+	@scripts/build release life-of-a-session
 	@build/release/bin/life-of-a-session
 
 MINUTES ?= 10
@@ -37,7 +37,7 @@ check:
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
 	@scripts/setup build bench
-	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac velmo-session
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md

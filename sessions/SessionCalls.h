@@ -15,7 +15,7 @@
 ///
 ///     {"call":"start","environment":["HOME=..."],"name":"...","words":["--cwd",...,"--",...]}
 ///     {"call":"list"}
-///     {"call":"ticket","session":SESSION}
+///     {"call":"ticket","session":SESSION,"viewOnly":true}
 ///     {"call":"stream","session":SESSION}    from the reply on, PtyFrame.h both ways
 ///     {"call":"end","session":SESSION}
 namespace velmo {
@@ -39,7 +39,7 @@ enum class SessionRefusal {
     system,   ///< the system could not start the program or write the ticket
     unknown,  ///< there is no such session
     ended,    ///< the session has ended
-    itself,   ///< the session would be shown in itself, without end
+    itself,   ///< the session would be shown in itself, straight or through others, without end
 };
 
 template<>
@@ -54,14 +54,17 @@ inline constexpr std::size_t maxSessionLine = std::size_t{1} << 20;
 struct SessionCallLine {
     SessionCall call = SessionCall::list;
     std::optional<std::string> session;                  ///< of ticket, stream and end
+    std::optional<bool> viewOnly;                        ///< of ticket and stream: may not type
     std::optional<std::string> name;                     ///< of start
     std::optional<std::vector<std::string>> words;       ///< of start: what `Pty::parseSpawn` reads
     std::optional<std::vector<std::string>> environment; ///< of start: the caller's, "KEY=VALUE"
 
-    static constexpr auto fields = std::tuple{
-        field("call", &SessionCallLine::call), field("session", &SessionCallLine::session),
-        field("name", &SessionCallLine::name), field("words", &SessionCallLine::words),
-        field("environment", &SessionCallLine::environment)};
+    static constexpr auto fields = std::tuple{field("call", &SessionCallLine::call),
+                                              field("session", &SessionCallLine::session),
+                                              field("viewOnly", &SessionCallLine::viewOnly),
+                                              field("name", &SessionCallLine::name),
+                                              field("words", &SessionCallLine::words),
+                                              field("environment", &SessionCallLine::environment)};
     bool operator==(const SessionCallLine&) const = default;
 };
 
@@ -75,10 +78,13 @@ struct SessionEntry {
     int rows = 0;
     double since = 0; ///< seconds since 1970, like the other times
     int viewers = 0;
-    std::optional<double> attachedSince; ///< absent without viewers
-    std::optional<double> detachedSince; ///< absent with viewers
-    std::uint64_t bytesOut = 0;          ///< that the program wrote
-    std::optional<int> exitCode;         ///< absent until the session has ended
+    std::optional<double> attachedSince;  ///< absent without viewers
+    std::optional<double> detachedSince;  ///< absent with viewers
+    std::uint64_t bytesOut = 0;           ///< that the program wrote
+    double idleSince = 0;                 ///< when the program wrote last, or started
+    std::optional<double> attentionSince; ///< of the last bell or notice that no viewer has seen
+    std::optional<std::string> notice;    ///< the last notice's text; absent after bells alone
+    std::optional<int> exitCode;          ///< absent until the session has ended
 
     static constexpr auto fields = std::tuple{
         field("id", &SessionEntry::id),
@@ -92,6 +98,9 @@ struct SessionEntry {
         field("attachedSince", &SessionEntry::attachedSince),
         field("detachedSince", &SessionEntry::detachedSince),
         field("bytesOut", &SessionEntry::bytesOut),
+        field("idleSince", &SessionEntry::idleSince),
+        field("attentionSince", &SessionEntry::attentionSince),
+        field("notice", &SessionEntry::notice),
         field("exitCode", &SessionEntry::exitCode),
     };
     bool operator==(const SessionEntry&) const = default;

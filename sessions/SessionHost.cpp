@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <set>
 #include <utility>
 
 namespace velmo {
@@ -115,40 +116,93 @@ void SessionHost::settle(TerminalSession& session) {
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
-    if (stranger.door == Door::attach) {
-        greet(peer, stranger, bytes);
-        return;
-    }
     stranger.line.append(textOf(bytes));
-    takeCalls(peer);
+    if (stranger.door == Door::attach)
+        takeGreeting(peer, stranger);
+    else
+        takeCalls(peer);
 }
 
-void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
-    // A client sends nothing more until its greeting is answered, so a second frame is an error.
-    auto frames = stranger.greeting.feed(bytes);
-    if (frames && frames->empty())
+/// Reads the first frame once it is whole. What stands behind it, such as keys that were typed
+/// early, is for the viewer that the peer becomes.
+void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
+    const ByteView received = bytesOf(stranger.line);
+    if (received.size() < FrameHeader::bytes)
         return;
-    const auto* const control = frames && frames->size() == 1
-                                    ? std::get_if<PtyAttach::ControlObject>(&frames->front())
-                                    : nullptr;
-    const auto message =
-        control == nullptr ? std::nullopt : PtyAttach::clientMessage(control->object());
+    const FrameHeader header = FrameHeader::read(received);
+    const std::size_t length = FrameHeader::bytes + header.length;
+    const bool canBeHello = header.type == std::to_underlying(PtyAttach::FrameType::control)
+                            && header.length <= PtyAttach::maxControl;
+    if (canBeHello && received.size() < length)
+        return;
+    const auto object = canBeHello ? PtyAttach::ControlObject::parse(textOf(
+                                         received.subspan(FrameHeader::bytes, header.length)))
+                                   : std::nullopt;
+    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
     const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
     if (hello == nullptr) {
         refuse(peer, stranger, "bad-hello");
         return;
     }
-    const auto number = redeem(hello->token);
-    const auto session = number ? sessions_.find(*number) : sessions_.end();
+    stranger.line.erase(0, length);
+    greet(peer, stranger, *hello);
+}
+
+void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello) {
+    const auto ticket = redeem(hello.token);
+    const auto session = ticket ? sessions_.find(ticket->session) : sessions_.end();
     if (session == sessions_.end()) {
-        refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
-    } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
-        refuse(peer, stranger, rawText(*refusal));
-    } else {
-        auto viewer =
-            std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
-        watch(peer, std::move(viewer), hello->size, session->second);
+        refuse(peer, stranger, ticket ? rawText(SessionRefusal::ended) : "bad-token");
+        return;
     }
+    TerminalSession::Admission admission{
+        .size = hello.size, .mayType = !ticket->isViewOnly, .runsIn = sessionsAround(stranger)};
+    if (const auto refusal = refusalToJoin(admission.runsIn, session->second)) {
+        refuse(peer, stranger, rawText(*refusal));
+        return;
+    }
+    watch(peer, stranger, std::make_unique<Viewer>(peer, stranger.connection, AttachDecoder()),
+          std::move(admission), session->second);
+}
+
+/// Returns the sessions that the stranger's process runs in.
+std::vector<SessionNumber> SessionHost::sessionsAround(const Stranger& stranger) const {
+    const auto ancestry = stranger.connection->ancestry();
+    std::vector<SessionNumber> around;
+    for (const auto& [number, session] : sessions_) {
+        if (session.process() && std::ranges::find(ancestry, *session.process()) != ancestry.end())
+            around.push_back(number);
+    }
+    return around;
+}
+
+/// Returns why a viewer that runs in these sessions may not watch the session; absent if it may.
+/// The session's output may not flow back into the session, straight or through others.
+std::optional<SessionRefusal> SessionHost::refusalToJoin(const std::vector<SessionNumber>& runsIn,
+                                                         const TerminalSession& session) const {
+    if (const auto refusal = session.refusal())
+        return refusal;
+    const SessionNumber shown = session.identity().number;
+    const bool isCircle =
+        std::ranges::any_of(runsIn, [&](SessionNumber outer) { return isShownIn(outer, shown); });
+    return isCircle ? std::optional(SessionRefusal::itself) : std::nullopt;
+}
+
+/// Tells whether the output of `shown` reaches the other session, which it does if both are one.
+bool SessionHost::isShownIn(SessionNumber shown, SessionNumber session) const {
+    std::set<SessionNumber> reached{shown};
+    std::vector<SessionNumber> next{shown};
+    while (!next.empty()) {
+        const auto found = sessions_.find(next.back());
+        next.pop_back();
+        if (found == sessions_.end())
+            continue;
+        for (const SessionNumber outer : found->second.shownIn()) {
+            if (reached.insert(outer).second)
+                next.push_back(outer);
+        }
+    }
+    return reached.contains(session);
 }
 
 void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code) {
@@ -157,13 +211,17 @@ void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code)
     sendReply(peer, stranger);
 }
 
-/// Turns a stranger into a viewer of the session.
-void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer,
-                        std::optional<PtyFrame::Size> size, TerminalSession& session) {
+/// Turns a stranger into a viewer of the session, which gets what the stranger has sent too early.
+void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
+                        TerminalSession::Admission admission, TerminalSession& session) {
+    const std::string early = std::move(stranger.line);
     --strangers_;
     peers_.insert_or_assign(peer, session.identity().number);
-    session.attach(std::move(viewer), size, services_.steadyTime(), services_.wallTime());
+    session.attach(std::move(viewer), std::move(admission), services_.steadyTime(),
+                   services_.wallTime());
     settle(session);
+    if (!early.empty())
+        received(peer, bytesOf(early));
 }
 
 /// Answers the calls that have arrived whole, one by one: the next call is read only after the
@@ -347,36 +405,38 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
         return std::unexpected(SessionRefusal::system);
     tickets_.emplace(ticket.token, Ticket{.session = *session,
                                           .file = file,
+                                          .isViewOnly = call.viewOnly.value_or(false),
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
 
-/// Returns the session of the ticket with this token, and voids the ticket: a second client with
-/// the token gets nothing, as does one that comes after the ticket's expiry.
-std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
+/// Returns the ticket with this token, and voids it: a second client with the token gets nothing,
+/// as does one that comes after the ticket's expiry.
+std::optional<SessionHost::Ticket> SessionHost::redeem(const std::string& token) {
     expireTickets(services_.steadyTime());
     auto ticket = tickets_.extract(token);
     if (ticket.empty())
         return std::nullopt;
     services_.tickets.remove(ticket.mapped().file);
-    return ticket.mapped().session;
+    return std::move(ticket.mapped());
 }
 
 void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
     const auto number = find(call);
-    const auto refusal = number ? sessions_.at(*number).refusalOf(*stranger.connection)
-                                : std::optional(number.error());
-    if (refusal) {
+    if (!number) {
+        answer(peer, stranger, std::unexpected(number.error()));
+        return;
+    }
+    TerminalSession& session = sessions_.at(*number);
+    TerminalSession::Admission admission{.mayType = !call.viewOnly.value_or(false),
+                                         .runsIn = sessionsAround(stranger)};
+    if (const auto refusal = refusalToJoin(admission.runsIn, session)) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
-    const std::string rest = std::move(stranger.line); // frames sent before the reply came
-    TerminalSession& session = sessions_.at(*number);
-    watch(peer, std::move(viewer), std::nullopt, session);
-    if (!rest.empty())
-        received(peer, bytesOf(rest));
+    watch(peer, stranger, std::move(viewer), std::move(admission), session);
 }
 
 SessionHost::Reply SessionHost::end(const SessionCallLine& call) {

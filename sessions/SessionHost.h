@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
 #include "core/terminal/Pty.h"
+#include "sessions/AttachMessages.h"
 #include "sessions/Connection.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
@@ -78,6 +79,7 @@ private:
     struct Ticket {
         SessionNumber session;
         std::string file;
+        bool isViewOnly;
         SteadyTime expiry;
     };
 
@@ -86,8 +88,7 @@ private:
         std::shared_ptr<Connection> connection;
         Door door;
         SteadyTime since;
-        AttachDecoder greeting; ///< on the attach socket: reads the first frame
-        std::string line;       ///< on the control socket: received, not yet read as a call
+        std::string line;       ///< received, and not yet read as a greeting or a call
         std::string reply;      ///< what is left to send
         bool isClosing = false; ///< the connection closes once the reply is sent
     };
@@ -97,7 +98,8 @@ private:
     using Sessions = std::map<SessionNumber, TerminalSession>;
 
     void receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes);
-    void greet(PeerId peer, Stranger& stranger, ByteView bytes);
+    void takeGreeting(PeerId peer, Stranger& stranger);
+    void greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello);
     void refuse(PeerId peer, Stranger& stranger, std::string_view code);
     void takeCalls(PeerId peer);
     void take(PeerId peer, Stranger& stranger, std::string_view line);
@@ -111,13 +113,17 @@ private:
     void sendReply(PeerId peer, Stranger& stranger);
     Stranger* strangerOf(PeerId peer);
     void drop(PeerId peer);
-    void watch(PeerId peer, std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
-               TerminalSession& session);
+    void watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
+               TerminalSession::Admission admission, TerminalSession& session);
+    std::vector<SessionNumber> sessionsAround(const Stranger& stranger) const;
+    std::optional<SessionRefusal> refusalToJoin(const std::vector<SessionNumber>& runsIn,
+                                                const TerminalSession& session) const;
+    bool isShownIn(SessionNumber shown, SessionNumber session) const;
     std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;
     bool isNameTaken(std::string_view name) const;
-    std::optional<SessionNumber> redeem(const std::string& token);
+    std::optional<Ticket> redeem(const std::string& token);
     void settle(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);

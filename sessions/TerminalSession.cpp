@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace velmo {
@@ -41,27 +42,40 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
 }
 
-std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+std::optional<SessionRefusal> TerminalSession::refusal() const {
     if (endedSince_)
         return SessionRefusal::ended;
     if (seats_.size() == maxViewers)
         return SessionRefusal::limit;
-    if (program_ && connection.leader() == program_->pid())
-        return SessionRefusal::itself;
     return std::nullopt;
 }
 
-void TerminalSession::attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
-                             SteadyTime now, WallTime date) {
-    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
+std::optional<std::uint32_t> TerminalSession::process() const {
+    return program_ ? std::optional(program_->pid()) : std::nullopt;
+}
+
+std::set<SessionNumber> TerminalSession::shownIn() const {
+    std::set<SessionNumber> all;
+    for (const Seat& seat : seats_)
+        all.insert(seat.admission.runsIn.begin(), seat.admission.runsIn.end());
+    return all;
+}
+
+void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission, SteadyTime now,
+                             WallTime date) {
+    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, surroundings(viewer->isWindow(), size));
+    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size));
     hadViewer_ = true;
-    seats_.push_back({.viewer = std::move(viewer), .size = size, .activity = ++activities_});
+    attend();
+    seats_.push_back({.viewer = std::move(viewer),
+                      .admission = std::move(admission),
+                      .activity = ++activities_});
     noteDate(date);
     applySize();
     if (log_.end() > 0)
@@ -113,8 +127,14 @@ void TerminalSession::programEnded(std::int32_t waitStatus, SteadyTime now) {
 void TerminalSession::readProgram(SteadyTime now) {
     std::size_t burst = 0;
     while (program_ && !outputIsOver_ && burst < maxBurst && !mustWait(now)) {
-        const Program::Output output = program_->read(log_.room());
+        const std::span<std::uint8_t> room = log_.room();
+        const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        if (auto notice = noticeReader_.read(room.first(output.bytes))) {
+            isAttentionNew_ = true;
+            if (!notice->empty())
+                notice_ = *std::move(notice);
+        }
         burst += output.bytes;
         outputIsOver_ = output.isOver;
         if (output.bytes < littleOutput)
@@ -160,6 +180,7 @@ void TerminalSession::obey(Seat& seat) {
     while (!seat.inputs.empty()) {
         if (std::holds_alternative<viewer::Leave>(seat.inputs.front())) {
             seat.inputs.clear();
+            attend();
             leave(*seat.viewer);
             return;
         }
@@ -174,19 +195,42 @@ void TerminalSession::obey(Seat& seat) {
 
 /// Returns false if part of the input remains to be done later.
 bool TerminalSession::obey(Seat& seat, const ViewerInput& input) {
+    if (!seat.admission.mayType) {
+        look(seat, input);
+        return true;
+    }
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
             program_->signalForeground(signal->number);
         return true;
     }
     seat.activity = ++activities_;
+    attend();
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
         if (resize->size == size_)
             redraw();
-        seat.size = resize->size;
+        seat.admission.size = resize->size;
         return true;
     }
     return type(seat, std::get<viewer::Keys>(input).bytes);
+}
+
+/// Does what a viewer that may not type may ask for: a viewer that tells the same size twice wants
+/// the screen drawn anew.
+void TerminalSession::look(Seat& seat, const ViewerInput& input) {
+    const auto* const resize = std::get_if<viewer::Resize>(&input);
+    if (resize == nullptr)
+        return;
+    if (seat.admission.size == resize->size)
+        redraw();
+    seat.admission.size = resize->size;
+}
+
+/// Notes that somebody looks at the session.
+void TerminalSession::attend() {
+    isAttentionNew_ = false;
+    attentionSince_.reset();
+    notice_.clear();
 }
 
 /// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
@@ -206,7 +250,7 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
         viewer.replay(log_, {.before = clearScreen,
-                             .after = std::string(seat.size == size_ ? "" : endRegion)});
+                             .after = std::string(seat.admission.size == size_ ? "" : endRegion)});
         redraw();
         progress = viewer.send(log_, answers);
     }
@@ -242,9 +286,9 @@ void TerminalSession::redraw() {
 /// typed or resized last.
 void TerminalSession::applySize() {
     const Seat* const first = leader();
-    if (first == nullptr || !first->size || *first->size == size_ || !program_)
+    if (first == nullptr || !first->admission.size || *first->admission.size == size_ || !program_)
         return;
-    size_ = *first->size;
+    size_ = *first->admission.size;
     program_->setSize(size_);
 }
 
@@ -333,15 +377,20 @@ TerminalSession::Seat* TerminalSession::find(PeerId peer) {
     return found == seats_.end() ? nullptr : &*found;
 }
 
+/// Returns the viewer that decides the size and answers queries; null if none may.
 const TerminalSession::Seat* TerminalSession::leader() const {
     const auto rank = [](const Seat& seat) {
-        return std::pair(seat.size.has_value(), seat.activity);
+        return std::tuple(seat.admission.mayType, seat.admission.size.has_value(), seat.activity);
     };
     const auto found = std::ranges::max_element(seats_, {}, rank);
-    return found == seats_.end() ? nullptr : &*found;
+    return found == seats_.end() || !found->admission.mayType ? nullptr : &*found;
 }
 
 void TerminalSession::noteDate(WallTime date) {
+    if (std::exchange(dated_, log_.end()) != log_.end())
+        lastOutput_ = date;
+    if (std::exchange(isAttentionNew_, false))
+        attentionSince_ = date;
     if (hadViewers_ != seats_.empty())
         return;
     hadViewers_ = !seats_.empty();
@@ -358,7 +407,13 @@ SessionEntry TerminalSession::entry() const {
                        .since = identity_.since.sinceEpoch,
                        .viewers = static_cast<int>(seats_.size()),
                        .bytesOut = log_.end(),
+                       .idleSince = lastOutput_.sinceEpoch,
                        .exitCode = endedSince_ ? exitCode_ : std::nullopt};
+    if (attentionSince_) {
+        entry.attentionSince = attentionSince_->sinceEpoch;
+        if (!notice_.empty())
+            entry.notice = notice_;
+    }
     (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;
     return entry;
 }

@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
 #include "core/terminal/SpawnRequest.h"
+#include "sessions/NoticeReader.h"
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
@@ -14,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,13 +50,24 @@ public:
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
-    /// Returns why the peer of this connection may not join; absent if it may.
-    [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
+    /// Returns why no further viewer may join; absent if one may.
+    [[nodiscard]] std::optional<SessionRefusal> refusal() const;
 
-    /// Shows the session to a viewer: a replay first, then all further output. The size is that of
-    /// the viewer's window, absent if the viewer has not told it yet.
-    void attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size, SteadyTime now,
-                WallTime date);
+    /// Returns the process id of the program; absent once its terminal is closed.
+    [[nodiscard]] std::optional<std::uint32_t> process() const;
+
+    /// Returns the sessions in which this one is shown: those that its viewers run in.
+    [[nodiscard]] std::set<SessionNumber> shownIn() const;
+
+    /// What a viewer is admitted with.
+    struct Admission {
+        std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
+        bool mayType = true;                ///< and decide the size, and answer queries
+        std::vector<SessionNumber> runsIn;  ///< the sessions that the viewer's process runs in
+    };
+
+    /// Shows the session to a viewer: a replay first, then all further output.
+    void attach(std::unique_ptr<Viewer> viewer, Admission admission, SteadyTime now, WallTime date);
 
     [[nodiscard]] std::size_t viewerCount() const { return seats_.size(); }
 
@@ -84,18 +97,19 @@ public:
 
     [[nodiscard]] SessionEntry entry() const;
 
-    /// Takes the date for `entry` if, since the last call, the first viewer came or the last left.
+    /// Takes the date for `entry` of what has happened since the last call: the first viewer came
+    /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
 
 private:
     /// A viewer, and what the session keeps for it.
     struct Seat {
         std::unique_ptr<Viewer> viewer;
-        std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
-        std::uint64_t activity = 0;         ///< greater than a viewer's that was active before
-        std::deque<ViewerInput> inputs;     ///< not done yet
-        std::size_t typed = 0;              ///< bytes of the first input that the program has got
-        bool isWaitedFor = true;            ///< the program waits if this viewer falls behind
+        Admission admission;
+        std::uint64_t activity = 0;     ///< greater than a viewer's that was active before
+        std::deque<ViewerInput> inputs; ///< not done yet
+        std::size_t typed = 0;          ///< bytes of the first input that the program has got
+        bool isWaitedFor = true;        ///< the program waits if this viewer falls behind
         std::optional<SteadyTime> blockedSince; ///< since when the program has waited for it
         bool isTold = false;                    ///< the viewer has been sent the exit code
     };
@@ -107,6 +121,7 @@ private:
     bool mustWait(SteadyTime now);
     void obey(Seat& seat);
     bool obey(Seat& seat, const ViewerInput& input);
+    void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
     void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
@@ -117,6 +132,7 @@ private:
     void sweep();
     [[nodiscard]] Seat* find(PeerId peer);
     [[nodiscard]] const Seat* leader() const;
+    void attend();
 
     Identity identity_;
     std::shared_ptr<Program> program_;
@@ -133,6 +149,12 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
+    NoticeReader noticeReader_;
+    bool isAttentionNew_ = false; ///< since the last date
+    std::optional<WallTime> attentionSince_;
+    std::string notice_;            ///< empty after bells alone
+    OutputLog::Position dated_ = 0; ///< the output's end at the last date
+    WallTime lastOutput_;
     WallTime countChanged_;   ///< when the first viewer came, or the last one left
     bool hadViewers_ = false; ///< at the last `noteDate`
     bool hadViewer_ = false;  ///< ever

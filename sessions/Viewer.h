@@ -7,6 +7,7 @@
 #include "core/terminal/ReplayFilter.h"
 #include "sessions/Connection.h"
 #include "sessions/OutputLog.h"
+#include "sessions/Program.h"
 
 #include <array>
 #include <cstddef>

@@ -37,15 +37,14 @@ protected:
         fs::permissions(tool, fs::perms::owner_all);
         std::ofstream(temporary.path() / "fails") << "nothing";
         ::setenv("HOME", temporary.path().c_str(), 1);
-        ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
         ::setenv("PATH", (temporary.path().string() + ":/usr/bin:/bin").c_str(), 1);
     }
 
     [[nodiscard]] static int run(const std::string& what) {
         const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
         const std::vector<std::string_view> arguments{"service", what};
-        const auto child = startChild(VELMO_PROGRAMS "/velmo-session", arguments,
-                                      {null.get(), null.get(), null.get()});
+        const auto child =
+            startChild(VELMO_SESSION, arguments, {null.get(), null.get(), null.get()});
         return child ? waitForChild(*child).value_or(-1) : -1;
     }
 

@@ -89,7 +89,7 @@ class RealTerminals(unittest.TestCase):
         self.addCleanup(self.place.cleanup)
         self.addCleanup(self.end_host)
         self.file = lambda name: f"{self.place.name}/{name}"
-        self.environment = {"XDG_RUNTIME_DIR": self.place.name, "HOME": self.place.name, "LANG": "C.UTF-8",
+        self.environment = {"HOME": self.place.name, "LANG": "C.UTF-8",
                             "PATH": os.environ["PATH"], "SHELL": "/bin/bash", "TERM": "xterm-256color"}
         subprocess.run([PROGRAM, "start", "--detached", "--name", "work", "--", "bash"],
                        env=self.environment, cwd=self.place.name, check=True, capture_output=True)

@@ -1,6 +1,9 @@
 #include "tools/velmo-session/SessionCommandLine.h"
 
+#include "tools/velmo-session/Refusals.h"
+
 #include <array>
+#include <string>
 
 namespace velmo {
 
@@ -19,8 +22,13 @@ constexpr auto startOptions = std::to_array<Option>({
     {.name = "--detached", .help = "print its id instead of attaching"},
 });
 
+constexpr auto viewOptions = std::to_array<Option>({
+    {.name = "--view-only", .help = "look, and type nothing"},
+});
+
 constexpr auto listOptions = std::to_array<Option>({
     {.name = "--json", .help = "as one JSON line"},
+    {.name = "--watch", .help = "again whenever something changes, until Ctrl-C"},
 });
 
 constexpr auto serveOptions = std::to_array<Option>({
@@ -40,6 +48,7 @@ constexpr auto verbs = std::to_array<Verb>({
      .operandNames = "[[--] PROGRAM [ARGUMENT...]]"},
     {.name = SessionVerb::attach,
      .help = "continue a session in this terminal; Control-] and then d detaches",
+     .options = viewOptions,
      .operands = Operands::words,
      .operandNames = "[ID|NAME]",
      .maxWords = 1},
@@ -51,6 +60,7 @@ constexpr auto verbs = std::to_array<Verb>({
      .maxWords = 1},
     {.name = SessionVerb::stream,
      .help = "continue a session over standard input and output, in frames",
+     .options = viewOptions,
      .operands = Operands::words,
      .operandNames = "ID|NAME",
      .maxWords = 1},
@@ -67,12 +77,20 @@ constexpr auto verbs = std::to_array<Verb>({
      .options = attachOptions},
 });
 
-constexpr auto sections = std::to_array<Section>({
-    {.heading = "Exit status:",
-     .text = "  0 done, or detached; the program's own code when it ends while attached;\n"
-             "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
-             "  128+N after signal N."},
-});
+const std::string programs = "  A session runs one of these, where the system or Homebrew has "
+                             "installed it:\n  "
+                             + permittedPrograms()
+                             + ".\n"
+                               "  Any other program is started from a shell in a session.";
+
+const std::array sections{
+    Section{.heading = "Programs:", .text = programs},
+    Section{.heading = "Exit status:",
+            .text = "  0 done, or detached; the program's own code when it ends while attached;\n"
+                    "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
+                    "  125 standard output can't be written;\n"
+                    "  128+N after signal N."},
+};
 
 } // namespace
 

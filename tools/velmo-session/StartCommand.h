@@ -17,8 +17,13 @@ struct StartRequest {
 /// Starts a session, and a host if none serves, and attaches to it. Returns the exit status.
 int start(const StartRequest& request);
 
-/// Attaches to the session with this id or name; if absent, to the running session if exactly one
-/// runs. Returns the exit status.
-int attachTo(const std::optional<std::string>& session);
+/// The request of `velmo-session attach`.
+struct AttachRequest {
+    std::optional<std::string> session; ///< id or name; absent: the one that runs, if only one does
+    bool isViewOnly = false;
+};
+
+/// Attaches to a session. Returns the exit status.
+int attachTo(const AttachRequest& request);
 
 } // namespace velmo

@@ -1,14 +1,13 @@
 /// velmo-session: terminal sessions that go on when their window closes.
 
-#include "core/output/Output.h"
 #include "core/terminal/PtyAttach.h"
-#include "platform/posix/Clocks.h"
 #include "platform/posix/ProcessSetup.h"
-#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ListText.h"
+#include "tools/velmo-session/ListCommand.h"
+#include "tools/velmo-session/Print.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/ServeCommand.h"
 #include "tools/velmo-session/ServiceCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
@@ -31,26 +30,12 @@ std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_v
     return line.value(name).transform([](std::string_view value) { return std::string(value); });
 }
 
-/// Prints the sessions. If no host serves, the list is empty, which is not an error.
-int list(bool json) {
-    auto host = ControlClient::connect();
-    auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
-    if (host && !reply)
-        return complain("the session host gives no answer", SessionExit::hostGone);
-    const auto sessions =
-        reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
-    if (json)
-        Output::print(sessions, writeStandardOutput);
-    else
-        writeStandardOutput(listText(sessions, Clocks::wallTime()));
-    return SessionExit::success;
-}
-
 int end(const std::string& session) {
     const auto reply = ControlClient::ask({.call = SessionCall::end, .session = session});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
-    return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
+    return reply->ok ? SessionExit::success
+                     : complain(refusalText(SessionCall::end, *reply), SessionExit::refused);
 }
 
 /// Runs the attach client. The arguments are the same in every program that contains the client.
@@ -62,8 +47,7 @@ int ptyAttach(std::span<const std::string_view> arguments) {
                         SessionExit::usage);
     if (const auto* const ticket = std::get_if<PtyAttach::TicketArguments>(&*parsed))
         return attach(ticket->path);
-    writeStandardOutput(std::string(PtyAttach::probeReply) + "\n");
-    return SessionExit::success;
+    return print(std::string(PtyAttach::probeReply) + "\n");
 }
 
 int run(const CommandLine::Line& line, std::span<const std::string_view> arguments) {
@@ -76,16 +60,19 @@ int run(const CommandLine::Line& line, std::span<const std::string_view> argumen
                       .isDetached = line.has("--detached"),
                       .program = line.words});
     if (verb == SessionVerb::list)
-        return list(line.has("--json"));
+        return list({.isJson = line.has("--json"), .isWatched = line.has("--watch")});
     if (verb == SessionVerb::attach)
-        return attachTo(line.words.empty() ? std::nullopt : std::optional(line.words.front()));
+        return attachTo(
+            {.session = line.words.empty() ? std::nullopt : std::optional(line.words.front()),
+             .isViewOnly = line.has("--view-only")});
     if (verb == SessionVerb::ptyAttach)
         return ptyAttach(arguments.subspan(1));
     if (verb == SessionVerb::service)
         return service(line.words.empty() ? "" : line.words.front());
     if (line.words.empty())
         return complain(std::string(verb) + " needs an id or a name", SessionExit::usage);
-    return verb == SessionVerb::end ? end(line.words.front()) : stream(line.words.front());
+    return verb == SessionVerb::end ? end(line.words.front())
+                                    : stream(line.words.front(), line.has("--view-only"));
 }
 
 } // namespace
@@ -96,9 +83,7 @@ int main(int argc, char** argv) {
     const auto line = CommandLine::read(sessionCommandLine, arguments);
     if (!line)
         return complain(line.error(), SessionExit::usage);
-    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line)) {
-        writeStandardOutput(*page);
-        return SessionExit::success;
-    }
+    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line))
+        return print(*page);
     return run(*line, arguments);
 }

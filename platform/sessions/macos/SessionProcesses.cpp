@@ -41,6 +41,23 @@ std::set<pid_t> processGroupsOf(pid_t leader) {
     return groups;
 }
 
+std::vector<pid_t> ancestryOf(pid_t process) {
+    std::vector<pid_t> ancestry;
+    while (process > 0 && ancestry.size() < maxAncestry) {
+        ancestry.push_back(process);
+        if (const pid_t leader = ::getsid(process); leader > 0)
+            ancestry.push_back(leader);
+        std::array<int, 4> query{CTL_KERN, KERN_PROC, KERN_PROC_PID, process};
+        kinfo_proc found{};
+        std::size_t size = sizeof found;
+        if (::sysctl(query.data(), query.size(), &found, &size, nullptr, 0) != 0
+            || size != sizeof found)
+            break;
+        process = found.kp_eproc.e_ppid;
+    }
+    return ancestry;
+}
+
 void closeDescriptorsFrom(int first) {
     const int end = ::getdtablesize();
     for (int descriptor = first; descriptor < end; ++descriptor)

@@ -10,7 +10,8 @@
 #include <span>
 #include <vector>
 
-/// What the system lists: as many as fit, of those that the query asks for.
+/// What the system lists: as many as fit, of those that the query asks for. Nothing for a process
+/// that is not listed.
 static std::vector<kinfo_proc> listed; // NOLINT: `sysctl` has no other way to learn it
 static bool fails = false;             // NOLINT
 
@@ -18,12 +19,18 @@ int sysctl(int* name, unsigned count, void* old, std::size_t* oldSize, void* /*w
            std::size_t /*wantedSize*/) {
     const std::vector<int> query(name, name + count);
     const auto user = static_cast<int>(::geteuid());
-    if (fails || query != std::vector{CTL_KERN, KERN_PROC, KERN_PROC_UID, user})
+    std::vector<kinfo_proc> found;
+    for (const kinfo_proc& each : listed) {
+        if (query == std::vector{CTL_KERN, KERN_PROC, KERN_PROC_UID, user}
+            || query == std::vector{CTL_KERN, KERN_PROC, KERN_PROC_PID, each.kp_proc.p_pid})
+            found.push_back(each);
+    }
+    if (fails)
         return -1;
-    std::size_t told = listed.size();
+    std::size_t told = found.size();
     if (old != nullptr) {
         told = std::min(told, *oldSize / sizeof(kinfo_proc));
-        std::ranges::copy(std::span(listed).first(told), static_cast<kinfo_proc*>(old));
+        std::ranges::copy(std::span(found).first(told), static_cast<kinfo_proc*>(old));
     }
     *oldSize = told * sizeof(kinfo_proc);
     return 0;
@@ -33,6 +40,7 @@ namespace velmo {
 namespace {
 
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::UnorderedElementsAre;
 
 /// A real session: its leader, and members with or without a group of their own.
@@ -64,8 +72,9 @@ protected:
         return process;
     }
 
-    static void list(pid_t process, pid_t group) {
-        listed.push_back({.kp_proc = {.p_pid = process}, .kp_eproc = {.e_pgid = group}});
+    static void list(pid_t process, pid_t group, pid_t parent = 1) {
+        listed.push_back(
+            {.kp_proc = {.p_pid = process}, .kp_eproc = {.e_ppid = parent, .e_pgid = group}});
     }
 
     std::vector<pid_t> started_;
@@ -91,6 +100,16 @@ TEST_F(SessionProcessesOfMac, AreNoneWhereNothingIsLeft) {
     list(leader, leader);
     fails = true;
     EXPECT_THAT(processGroupsOf(leader), IsEmpty()) << "the system lists nothing";
+}
+
+TEST_F(SessionProcessesOfMac, AncestryNamesParentsAndTheLeadersOfTheirSessions) {
+    const pid_t leader = start(true);
+    const pid_t ours = start(false);
+    list(ours, ours, leader);
+    list(leader, leader, 70'001);
+    EXPECT_THAT(ancestryOf(ours), IsSupersetOf({ours, ::getsid(0), leader, 70'001}));
+    list(70'001, 70'001, ours); // as a reused number may make a circle
+    EXPECT_LE(ancestryOf(ours).size(), maxAncestry + 1);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "core/terminal/AttachTicket.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketAddress.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,7 +22,11 @@ using testing::UnorderedElementsAre;
 
 class PrivateFolderTest : public testing::Test {
 protected:
-    PrivateFolderTest() { ::setenv("XDG_RUNTIME_DIR", temporary_.path().c_str(), 1); }
+    PrivateFolderTest() {
+        ::setenv("HOME", temporary_.path().c_str(), 1);
+        fs::create_directories(fs::path(PrivateFolder::locate().value()).parent_path());
+        path_ = PrivateFolder::locate().value();
+    }
 
     [[nodiscard]] static std::string content(const std::string& path) {
         std::ifstream file(path);
@@ -45,7 +50,7 @@ protected:
     }
 
     TemporaryFolder temporary_;
-    std::string path_ = (fs::canonical(temporary_.path()) / "velmo-term").string();
+    std::string path_;
 };
 
 TEST_F(PrivateFolderTest, MakesTheFolderPrivateOrRefusesIt) {
@@ -92,6 +97,37 @@ TEST_F(PrivateFolderTest, GivesTheLockToOneProcessAndNamesIt) {
     EXPECT_TRUE(again);
     write(path_ + "/host.lock", "nonsense");
     EXPECT_EQ(folder.lock().error(), 0);
+    fs::remove(path_ + "/host.lock");
+    fs::create_directory(path_ + "/host.lock");
+    EXPECT_EQ(folder.lock().error(), PrivateFolder::noLock);
+}
+
+TEST_F(PrivateFolderTest, ARightEndsWithTheFolderOrItsLock) {
+    const auto folder = PrivateFolder::make().value();
+    const auto right = folder.lock().value();
+    EXPECT_TRUE(folder.isServedBy(right));
+    fs::rename(path_ + "/host.lock", path_ + "/aside");
+    EXPECT_FALSE(folder.isServedBy(right));
+    const auto second = folder.lock().value();
+    EXPECT_FALSE(folder.isServedBy(right)) << "the lock is another's";
+    EXPECT_TRUE(folder.isServedBy(second));
+    fs::remove_all(path_);
+    EXPECT_FALSE(folder.isServedBy(second));
+    const auto anew = PrivateFolder::make().value();
+    const auto third = anew.lock().value();
+    EXPECT_FALSE(folder.isServedBy(third)) << "the folder that is open is another one";
+    EXPECT_TRUE(anew.isServedBy(third));
+    EXPECT_EQ(folder.lock().error(), PrivateFolder::noLock) << "there is no folder any more";
+}
+
+TEST_F(PrivateFolderTest, RefusesAPathThatIsTooLongForASocket) {
+    const std::size_t rest = maxSocketPath - path_.size() - std::string("/control.sock.new").size();
+    const fs::path home = temporary_.path() / std::string(rest - 1, 'h');
+    ::setenv("HOME", home.c_str(), 1);
+    EXPECT_EQ(fault(), "");
+    ::setenv("HOME", (home.string() + "h").c_str(), 1);
+    EXPECT_THAT(fault(), HasSubstr("too long for the path of a socket"));
+    EXPECT_FALSE(fs::exists(home.string() + "h"));
 }
 
 TEST_F(PrivateFolderTest, RemovesLeftTicketsAndNoOtherFile) {

@@ -8,6 +8,7 @@
 
 constexpr int CTL_KERN = 1;
 constexpr int KERN_PROC = 14;
+constexpr int KERN_PROC_PID = 1;
 constexpr int KERN_PROC_UID = 5;
 
 struct extern_proc {
@@ -15,6 +16,7 @@ struct extern_proc {
 };
 
 struct eproc {
+    pid_t e_ppid;
     pid_t e_pgid;
 };
 
