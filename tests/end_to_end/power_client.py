@@ -10,6 +10,7 @@ import random
 import re
 import resource
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -202,7 +203,7 @@ class Ends(PowerTest):
         held = "with a hold of somebody else"
         for words, status, text in (
                 (["--help"], 0, "Usage: velmo-power [VERB]"), (["hold", "-h"], 0, "--end-on-loss"),
-                (["--version"], 0, "velmo-power "), ([], 0, "held by  nobody"),
+                (["--version"], 0, "velmo-power "), ([], 0, "mac      simulated, in /"),
                 (["nonsense"], 2, "unknown verb 'nonsense'; there are hold, release, status and doctor"),
                 (["hold", "--floor"], 2, "--floor needs a value"),
                 (["hold", "--floor", "5"], 2, "--floor 5: 10 to 95 would do"),
@@ -224,7 +225,9 @@ class Ends(PowerTest):
             self.assertEqual(done.returncode, status, (words, lines))
             self.assertIn(text, lines, words)
             if status not in (0, 9):
-                self.assertRegex(done.stderr.decode(), r"\Avelmo-power: [^\n]*\n\Z", words)
+                self.assertRegex(done.stderr.decode(),
+                                 r"\A(velmo-power: this Mac is simulated, in .*\n)?velmo-power: [^\n]*\n\Z",
+                                 words)
 
     def test_the_client_dies_by_the_signal_that_ended_its_command(self):
         for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGSEGV, signal.SIGHUP,
@@ -705,6 +708,50 @@ class Others(PowerTest):
         self.assertEqual([client.end() for client in clients], [0] * count)
         self.assertFalse(self.is_held())
 
+    def test_the_status_tells_what_the_holder_runs(self):
+        for words, command in ((["sh", "-c", "sleep 60"], "sh -c sleep 60"), (["--background"], None)):
+            holder = self.start("hold", "--floor", "30", *words)
+            until(lambda: b"floor 30%" in self.power("status").stdout, "the status tells of the hold")
+            status = self.power("status").stdout.decode()
+            self.assertEqual(re.findall(r"floor 30%(?:, for (.*))?\n", status), [command or ""])
+            self.assertEqual(json.loads(self.power("status", "--json").stdout).get("command"), command)
+            self.power("release")
+            holder.process.kill()
+            until(lambda: not self.is_held(), "the hold ends")
+
+    def test_one_client_too_many_is_told_so(self):
+        address = self.folder.name + "/var/run/power.sock"
+        others = []
+        for _ in range(256):
+            others.append(socket.socket(socket.AF_UNIX))
+            others[-1].connect(address)
+        for words, status in (("hold",), 3), (("hold", "true"), 125), (("release",), 3), (("status",), 3):
+            done = self.power(*words)
+            self.assertEqual(done.returncode, status, words)
+            self.assertEqual(done.stderr.decode().count("the power daemon has too many clients"), 1, words)
+        for other in others:
+            other.close()
+        until(lambda: self.power("release").returncode == 0, "there is room again")
+
+    def test_the_doctor_tells_a_dead_daemon_from_one_that_ended(self):
+        client = self.start("hold")
+        client.wait_for("holding")
+        self.daemon.kill()
+        self.daemon.wait()
+        client.process.kill()
+        client.process.wait()
+        start = f"-> start VelmoPowerDaemonSimulated {self.folder.name}"
+        dead = self.power("doctor").stdout.decode()
+        self.assertIn("the power daemon can't be reached\n         " + start, dead)
+        self.assertIn(f"whose record is still on disk\n         {start}, which puts sleep back\n", dead)
+        self.start_daemon()
+        self.assertFalse(self.is_held())
+        self.mac("set", "--elapse", "100")
+        self.daemon.wait(PATIENCE)
+        idle = self.power("doctor").stdout.decode()
+        self.assertIn(f"nobody offers the daemon's service\n         {start}, which ends by itself", idle)
+        self.assertEqual(idle.count("WRONG"), 1, idle)
+
     def test_the_status_is_watched(self):
         watcher = self.start("status", "--watch", "--json")
         watcher.wait_for('"holds"')
@@ -730,9 +777,17 @@ class Limits(PowerTest):
 
     def test_too_few_descriptors_are_refused_cleanly(self):
         for limit in range(5, 12):
-            done = subprocess.run(["bash", "-c", f"ulimit -n {limit}; exec {PROGRAMS}/velmo-power hold true"],
+            self.check("-n", limit)
+
+    def test_too_little_memory_and_too_few_processes_are_refused_cleanly(self):
+        for limit in (("-v", 20000), ("-v", 24000), ("-v", 30000), ("-u", 2)):  # kilobytes; root has any number
+            self.check(*limit)
+
+    def check(self, *limit):
+        for words, statuses in (("hold true", (0, 125, 126)), ("status", (0, 1, 3))):
+            done = subprocess.run(["bash", "-c", f"ulimit {limit[0]} {limit[1]}; exec {PROGRAMS}/velmo-power {words}"],
                                   env=self.environment, capture_output=True)
-            self.assertIn(done.returncode, (0, 125, 126), (limit, done))
+            self.assertIn(done.returncode, statuses, (limit, done))
 
 
 class Pages(unittest.TestCase):

@@ -77,11 +77,16 @@ struct Line {
     [[nodiscard]] std::optional<std::string_view> value(std::string_view option) const;
 };
 
-/// Reads the arguments, without the program's own name. The error is a line that says what is wrong
-/// and what would be right, without the program's name. "-h" means "--help". Reading stops at
+/// The first mistake in a command line.
+struct Mistake {
+    std::string text;          ///< what is wrong and what would be right, without the program's name
+    bool namesCommand = false; ///< the line, as far as it can be read, asks for a command
+};
+
+/// Reads the arguments, without the program's own name. "-h" means "--help". Reading stops at
 /// "--help" and "--version", so that a mistake behind them does not matter.
-std::expected<Line, std::string> read(const Program& program,
-                                      std::span<const std::string_view> arguments);
+std::expected<Line, Mistake> read(const Program& program,
+                                  std::span<const std::string_view> arguments);
 
 /// Returns the help of the program, or of the verb if the program has several.
 std::string helpText(const Program& program, const Verb* verb = nullptr);
