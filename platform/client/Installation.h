@@ -22,7 +22,7 @@ struct Installation {
     std::optional<Place> daemon;       ///< the executable
     std::optional<Place> propertyList; ///< launchd's
     std::optional<bool> isEnabled;     ///< launchd may start it
-    std::optional<bool> isLoaded;      ///< launchd knows it; on a simulated Mac, its socket exists
+    std::optional<bool> isLoaded;      ///< launchd knows it
     /// Why the daemon's signature does not satisfy the requirement that clients make; empty if it
     /// does. Absent on a simulated Mac, and if the executable is missing.
     std::optional<std::string> signatureFault;

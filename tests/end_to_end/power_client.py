@@ -749,7 +749,7 @@ class Others(PowerTest):
         self.mac("set", "--elapse", "100")
         self.daemon.wait(PATIENCE)
         idle = self.power("doctor").stdout.decode()
-        self.assertIn(f"nobody offers the daemon's service\n         {start}, which ends by itself", idle)
+        self.assertIn(f"the power daemon can't be reached\n         {start}, which ends by itself", idle)
         self.assertEqual(idle.count("WRONG"), 1, idle)
 
     def test_the_status_is_watched(self):

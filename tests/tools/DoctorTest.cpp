@@ -129,23 +129,24 @@ TEST_F(DoctorTest, NamesTheCuresOfASimulatedMac) {
     machine.propertyReadable = false;
     report = std::unexpected(Conversation::Failure::unreachable);
     Installation mac{.simulatedMac = "/m",
-                     .isLoaded = false,
                      .recordFolder = Installation::Place{.path = "/m/var/db/velmo", .exists = true},
                      .hasRecord = true};
     const auto examine = [&] { return findingsText(diagnose(mac, machine, report), mac); };
     const std::string ended = examine();
-    EXPECT_THAT(ended, testing::StartsWith("mac      simulated, in /m\nWRONG"));
-    EXPECT_THAT(ended, HasSubstr("service\n         -> start VelmoPowerDaemonSimulated /m, which "
-                                 "ends by itself after a minute without a hold\n"));
+    EXPECT_THAT(ended, testing::StartsWith(
+                           "mac      simulated, in /m\n"
+                           "WRONG    the power daemon can't be reached\n"
+                           "         -> start VelmoPowerDaemonSimulated /m, which ends by itself "
+                           "after a minute without a hold\n"));
     EXPECT_THAT(ended, HasSubstr("on disk\n         -> start VelmoPowerDaemonSimulated /m, which"));
     EXPECT_THAT(ended, HasSubstr("         -> velmo-mac set /m --property-unreadable off\n"));
-    mac.isLoaded = true; // its socket is left
-    const std::string killed = examine();
-    EXPECT_THAT(killed, HasSubstr("reached\n         -> start VelmoPowerDaemonSimulated /m;"));
+    report = std::unexpected(Conversation::Failure::silent);
+    const std::string hung = examine();
+    EXPECT_THAT(hung, HasSubstr("answer\n         -> look at what it says where it was started\n"));
     report = HoldReport{.recordIsUnreadable = true};
     const std::string damaged = examine();
     EXPECT_THAT(damaged, HasSubstr("off, then rm /m/var/db/velmo/power-daemon.json\n"));
-    for (const std::string& text : {ended, killed, damaged})
+    for (const std::string& text : {ended, hung, damaged})
         EXPECT_THAT(text, Not(testing::AnyOf(HasSubstr("sudo"), HasSubstr(" /var"),
                                              HasSubstr("its log"), HasSubstr("packaging"))));
 }

@@ -16,8 +16,8 @@ using Kind = Finding::Kind;
 /// What mends each fault, on the Mac that was examined.
 struct Cures {
     std::string install = "install it with packaging/macos/install";
-    std::string noService = install;
-    std::string noAnswer = "look at its log";
+    std::string unreachable = "look at its log";
+    std::string noAnswer = unreachable;
     std::string noProperty = "pmset -g is asked in its place, which is slower";
     std::string noPmset = "try `pmset -g` by hand";
     std::string recordFolder = "give it to root with mode 0700";
@@ -36,8 +36,8 @@ Cures curesOfSimulatedMac(const Installation& installation) {
         return "velmo-mac set " + folder + " " + std::string(change);
     };
     return {.install = start,
-            .noService = start + ", which ends by itself after a minute without a hold",
-            .noAnswer = start + "; if it runs, it says what is wrong where it was started",
+            .unreachable = start + ", which ends by itself after a minute without a hold",
+            .noAnswer = "look at what it says where it was started",
             .noProperty = set("--property-unreadable off"),
             .noPmset = set("--pmset none"),
             .recordFolder = "give it to yourself with mode 0700",
@@ -90,8 +90,9 @@ void addInstallation(std::vector<Finding>& findings, const Installation& install
                     "launchd is told not to start the daemon",
                     "allow it in System Settings, Login Items, or run `sudo launchctl enable "
                     "system/io.velmo.host.power`"));
-    findings.push_back(finding(installation.isLoaded, "the daemon can be called",
-                               "nobody offers the daemon's service", cures.noService));
+    if (installation.simulatedMac.empty())
+        findings.push_back(finding(installation.isLoaded, "the daemon can be called",
+                                   "nobody offers the daemon's service", cures.install));
     if (const auto& fault = installation.signatureFault)
         findings.push_back(finding(fault->empty(), "the daemon's signature is what clients ask for",
                                    *fault,
@@ -146,12 +147,14 @@ std::vector<Finding> diagnose(const Installation& installation, PowerMachine& ma
     const Cures cures = curesOf(installation);
     std::vector<Finding> findings;
     addInstallation(findings, installation, cures);
-    // A simulated Mac without the service has no daemon, which the finding above says with its cure.
-    const bool isStopped = !installation.simulatedMac.empty() && installation.isLoaded == false;
-    if (!isStopped)
-        findings.push_back(
-            finding(report.has_value(), "the daemon answers",
-                    report ? "" : std::string(failureText(report.error())), cures.noAnswer));
+    if (report)
+        findings.push_back({.fact = "the daemon answers"});
+    else
+        findings.push_back({.kind = Kind::bad,
+                            .fact = std::string(failureText(report.error())),
+                            .cure = report.error() == Conversation::Failure::unreachable
+                                        ? cures.unreachable
+                                        : cures.noAnswer});
     addMachine(findings, machine, cures);
     addRecord(findings, installation, cures);
     if (report)

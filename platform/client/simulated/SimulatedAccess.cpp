@@ -44,7 +44,6 @@ private:
 Installation examine(const MacFolder& mac) {
     const auto folder = mac.inside(powerRecordDirectory);
     return {.simulatedMac = mac.root().string(),
-            .isLoaded = isOnDisk(mac.socket(powerDaemonMachService).string()),
             .recordFolder = placeOnDisk(folder.string(), ::geteuid()),
             .hasRecord = isOnDisk((folder / powerRecordName).string())};
 }
