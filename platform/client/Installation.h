@@ -27,7 +27,7 @@ struct Installation {
     /// does. Absent on a simulated Mac, and if the executable is missing.
     std::optional<std::string> signatureFault;
     std::optional<Place> recordFolder;
-    std::optional<bool> hasRecord; ///< the record of a hold is on disk; absent without permission
+    std::optional<bool> hasRecord;   ///< the record of a hold is on disk; absent without permission
     std::vector<std::string> logEnd; ///< the last lines of the log
     std::string logPath;
 };

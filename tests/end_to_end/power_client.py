@@ -793,13 +793,8 @@ class Limits(PowerTest):
 class Pages(unittest.TestCase):
     """Manual pages and completions, which are made of what the help is made of."""
 
-    def complete(self, program, *words):
-        function = "_" + program.replace("-", "_")
-        quoted = " ".join(f"'{word}'" for word in (program, *words))
-        script = (f"_command_offset() {{ COMPREPLY=(command $1); }}; source {SHARE}"
-                  f"/bash-completion/completions/{program}; COMP_WORDS=({quoted}); "
-                  f"COMP_CWORD={len(words)}; {function}; echo \"${{COMPREPLY[@]}}\"")
-        return subprocess.check_output(["bash", "-c", script]).decode().split()
+    SECTIONS = ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS", "ENVIRONMENT", "FILES", "EXAMPLES",
+                "SEE ALSO"]
 
     def test_every_option_is_in_every_page_and_completion(self):
         for page in os.listdir(SHARE + "/man/man1"):
@@ -820,17 +815,146 @@ class Pages(unittest.TestCase):
             options = set(re.findall(r"^  (--[a-z-]+)", top, re.M))
             for verb in verbs:
                 options |= set(re.findall(r"^  (--[a-z-]+)", helps(verb, "--help"), re.M))
-            self.assertGreater(len(options), 2, program)
+            self.assertGreater(len(options), 1, program)
             for place, text in pages.items():
                 for word in [*verbs, *options]:
                     self.assertIn(word, text, place)
 
+    def test_a_manual_page_has_every_section_and_status(self):
+        sources = os.path.dirname(os.path.realpath(__file__)) + "/../../tools"
+        statuses = {"velmo-power": "velmo-power/ExitStatus.h", "velmo-session": "velmo-session/SessionExit.h"}
+        for page in os.listdir(SHARE + "/man/man1"):
+            program = page.removesuffix(".1")
+            with open(f"{SHARE}/man/man1/{page}") as file:
+                text = file.read()
+            self.assertEqual(re.findall(r"^\.SH (.*)", text, re.M), self.SECTIONS, page)
+            numbers = {"0", "1", "2"}
+            if program in statuses:
+                with open(f"{sources}/{statuses[program]}") as file:
+                    numbers = set(re.findall(r"constexpr int \w+ = (\d+);", file.read())) - {"128"}
+            told = text.partition(".SH EXIT STATUS")[2].partition(".SH ENVIRONMENT")[0]
+            self.assertEqual(set(re.findall(r"^\.B (\d+)$", told, re.M)), numbers, page)
+            self.assertIn("\n.B \\-h, \\-\\-help\n", text)
+        self.assertIn("\n.B velmo\\-power [OPTION...]\n",
+                      open(SHARE + "/man/man1/velmo-power.1").read())
+
+
+class Completions(unittest.TestCase):
+    """The completions, in each shell itself."""
+
+    # What each shell offers; of a path its last part.
+    OFFERED = [("velmo-power ho", {"hold"}),
+               ("velmo-power --j", {"--json"}),
+               ("velmo-power status --w", {"--watch"}),
+               ("velmo-power hold --fl", {"--floor"}),
+               ("velmo-power hold --w", set()),
+               ("velmo-power --mac ho hold --fl", {"--floor"}),
+               ("velmo-power --mac FOLDER/some", {"some folder"}),
+               ("velmo-power hold --floor ", set()),
+               ("velmo-power hold our-to", {"our-tool"}),
+               ("velmo-power hold --quiet --floor 30 our-to", {"our-tool"}),
+               ("velmo-power hold -- our-to", {"our-tool"}),
+               ("velmo-power hold -- our-tool FOLDER/some", {"some folder", "somefile"}),
+               ("velmo-power hold our-tool FOLDER/some", {"some folder", "somefile"}),
+               ("velmo-power hold -- our-tool --fl", set()),
+               ("velmo-power hold our-tool --fl", set()),
+               ("velmo-power hold --quiet -- our-tool -- --fl", set()),
+               ("velmo-power release some", set()),
+               ("velmo-mac set --thermal ", {"nominal", "fair", "serious", "critical"}),
+               ("velmo-mac set --battery 1", set()),
+               ("velmo-mac show FOLDER/some", {"some folder"}),
+               ("VelmoPowerDaemonSimulated FOLDER/some", {"some folder"}),
+               ("VelmoPowerDaemonSimulated --ver", {"--version"}),
+               ("velmo-session at", {"attach"}),
+               ("velmo-session start our-to", {"our-tool"}),
+               ("velmo-session pty-attach --ticket-file FOLDER/somef", {"somefile"})]
+
+    ZSH = """
+fpath=($SHARE/zsh/site-functions $fpath)
+autoload -Uz compinit
+compinit -u -D
+compadd() {
+    local -a offered
+    [[ " $*" == *" -"[OAD]" "* ]] || { builtin compadd -O offered "$@"; print -rl -- $offered >>$FOUND }
+    builtin compadd "$@"
+}
+show() { _main_complete }
+zle -C show complete-word show
+zle-line-init() { zle show; BUFFER=exit; zle accept-line }
+zle -N zle-line-init
+print -z -- $LINE
+"""
+
+    BASH = """
+PS1='ready> '
+source "$SHARE/bash-completion/completions/$PROGRAM"
+wrapped=_${PROGRAM//-/_}
+wrapper() { $wrapped "$@"; printf '%s\n' "${COMPREPLY[@]}" >"$FOUND"; }
+complete -F wrapper "$PROGRAM"
+"""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="vp")
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        os.mkdir(self.folder + "/some folder")
+        for name in ("somefile", "our-tool"):
+            open(f"{self.folder}/{name}", "w").close()
+        os.chmod(self.folder + "/our-tool", 0o755)
+        self.found = self.folder + "/found"
+
+    def environment(self, line):
+        return {"PATH": f"{self.folder}:{PROGRAMS}:{os.environ['PATH']}", "HOME": self.folder, "TERM": "xterm",
+                "ZDOTDIR": self.folder, "LC_ALL": "C.UTF-8", "SHARE": os.path.realpath(SHARE), "LINE": line,
+                "FOUND": self.found, "PROGRAM": line.partition(" ")[0]}
+
+    def write(self, name, text):
+        with open(f"{self.folder}/{name}", "w") as file:
+            file.write(text)
+
+    def run_in_terminal(self, line, words, typed=None):
+        """Returns what the shell that the words start has written into the file for what it found."""
+        open(self.found, "w").close()
+        shell = Terminal(words, self.environment(line))
+        self.addCleanup(shell.close)
+        if typed:
+            shell.shows("ready> ")
+            shell.type(typed)
+        self.assertEqual(shell.end(), 0, line)
+        with open(self.found) as file:
+            return file.read().splitlines()
+
+    def zsh(self, line):
+        self.write(".zshrc", self.ZSH)
+        return self.run_in_terminal(line, ["zsh", "-i"])
+
+    def bash(self, line):
+        self.write("rc", self.BASH)
+        return self.run_in_terminal(line, ["bash", "--rcfile", self.folder + "/rc", "-i"],
+                                    line + "\t\x15exit\n")  # Control-U removes the line
+
+    def fish(self, line):
+        script = 'source "$SHARE/fish/vendor_completions.d/$PROGRAM.fish"; complete --do-complete="$LINE"'
+        done = subprocess.run(["fish", "--no-config", "-c", script], env=self.environment(line),
+                              capture_output=True, check=True)
+        self.assertEqual(done.stderr, b"", line)
+        return [offered.partition("\t")[0] for offered in done.stdout.decode().splitlines()]
+
+    def check(self, complete):
+        for line, offered in self.OFFERED:
+            found = complete(line.replace("FOLDER", self.folder))
+            names = {os.path.basename(each.rstrip("/ ")).replace("\\ ", " ") for each in found if each}
+            self.assertEqual(names, offered, line)
+        self.assertNotIn("--floor", complete("velmo-power hold -- --fl"))
+
     def test_bash_completes(self):
-        self.assertEqual(self.complete("velmo-power", "ho"), ["hold"])
-        self.assertEqual(self.complete("velmo-power", "hold", "--fl"), ["--floor"])
-        self.assertEqual(self.complete("velmo-power", "--mac", "x", "status", "--w"), ["--watch"])
-        self.assertEqual(self.complete("velmo-power", "hold", "--for", "1h", "ma"), ["command", "4"])
-        self.assertEqual(self.complete("velmo-power", "hold", "--", "make", "--h"), ["command", "3"])
+        self.check(self.bash)
+
+    def test_zsh_completes(self):
+        self.check(self.zsh)
+
+    def test_fish_completes(self):
+        self.check(self.fish)
 
 
 def run_at_once(subject):

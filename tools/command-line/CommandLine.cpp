@@ -27,7 +27,8 @@ std::string quoted(std::string_view word) {
     return "'" + std::string(word) + "'";
 }
 
-/// Reads a command line word by word. After a mistake reads on, to learn whether there is a command.
+/// Reads a command line word by word. After a mistake reads on, to learn whether there is a
+/// command.
 class Reader {
 public:
     Reader(const Program& program, std::span<const std::string_view> arguments)
@@ -42,7 +43,7 @@ public:
             }
             if (word.size() > 1 && word.starts_with('-'))
                 takeOption(word);
-            else if (!line_.namesVerb && !program_.verbs.front().name.empty())
+            else if (!line_.namesVerb && program_.hasVerbs())
                 takeVerb(word);
             else
                 takeOperand(word);
@@ -110,12 +111,11 @@ private:
     }
 
     [[nodiscard]] const Option* known(std::string_view name) const {
-        for (const Option* common : {&helpOption, &versionOption}) {
-            if (common->name == name)
-                return common;
+        for (const auto& options : {std::span<const Option>(ownOptions), program_.options}) {
+            if (const Option* const option = optionNamed(options, name))
+                return option;
         }
-        const Option* const option = optionNamed(program_.options, name);
-        return option ? option : optionNamed(line_.verb->options, name);
+        return optionNamed(line_.verb->options, name);
     }
 
     [[nodiscard]] std::string verbNames() const {

@@ -158,10 +158,9 @@ std::vector<Finding> diagnose(const Installation& installation, PowerMachine& ma
     addMachine(findings, machine, cures);
     addRecord(findings, installation, cures);
     if (report)
-        findings.push_back(finding(!report->recordIsUnreadable,
-                                   "there is no record that can't be read",
-                                   "the daemon's record can't be read; sleep may still be disabled",
-                                   cures.badRecord));
+        findings.push_back(finding(
+            !report->recordIsUnreadable, "there is no record that can't be read",
+            "the daemon's record can't be read; sleep may still be disabled", cures.badRecord));
     findings.push_back(sleepFinding(machine, installation, report, cures));
     return findings;
 }

@@ -23,8 +23,8 @@ struct Finding {
     std::string cure; ///< what to do about it; empty if nothing
 };
 
-/// Returns every finding, good ones too. `report` is the daemon's answer. The cures are those of the
-/// Mac that was examined: a simulated Mac has others than a real one.
+/// Returns every finding, good ones too. `report` is the daemon's answer. The cures are those of
+/// the Mac that was examined: a simulated Mac has others than a real one.
 std::vector<Finding> diagnose(const Installation& installation, PowerMachine& machine,
                               const Conversation::Answer<HoldReport>& report);
 

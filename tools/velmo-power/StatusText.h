@@ -33,11 +33,14 @@ struct PowerStatus {
     /// What the holder runs, as `commandText` has it; absent where it can't be read.
     std::optional<std::string> command;
 
-    static constexpr auto fields = std::tuple{
-        constant("type", "power"), field("ac", &PowerStatus::ac),
-        field("battery", &PowerStatus::battery), field("thermal", &PowerStatus::thermal),
-        field("lid", &PowerStatus::lid), field("sleepDisabled", &PowerStatus::sleepDisabled),
-        field("holds", &PowerStatus::holds), field("command", &PowerStatus::command)};
+    static constexpr auto fields = std::tuple{constant("type", "power"),
+                                              field("ac", &PowerStatus::ac),
+                                              field("battery", &PowerStatus::battery),
+                                              field("thermal", &PowerStatus::thermal),
+                                              field("lid", &PowerStatus::lid),
+                                              field("sleepDisabled", &PowerStatus::sleepDisabled),
+                                              field("holds", &PowerStatus::holds),
+                                              field("command", &PowerStatus::command)};
     bool operator==(const PowerStatus&) const = default;
 };
 
@@ -52,8 +55,9 @@ std::string statusText(const PowerStatus& status, WallTime now, std::string_view
 /// Says that a Mac is simulated, and where: "simulated, in /tmp/mac".
 std::string simulatedText(std::string_view folder);
 
-/// Returns the command in the words by which a velmo-power was started, for people: in one line without
-/// control characters, cut to `maxCommandText`. Absent if they ask for no hold with a command.
+/// Returns the command in the words by which a velmo-power was started, for people: in one line
+/// without control characters, cut to `maxCommandText`. Absent if they ask for no hold with a
+/// command.
 std::optional<std::string> commandText(std::span<const std::string> arguments);
 
 inline constexpr std::size_t maxCommandText = 60; ///< user-perceived characters

@@ -50,9 +50,9 @@ Installation examine(const MacFolder& mac) {
 
 } // namespace
 
-std::expected<PowerAccess, std::string> accessSimulatedMac(
-    asio::io_context& context, const std::filesystem::path& folder,
-    std::function<void(std::string_view)> log) {
+std::expected<PowerAccess, std::string>
+accessSimulatedMac(asio::io_context& context, const std::filesystem::path& folder,
+                   std::function<void(std::string_view)> log) {
     const auto mac = MacFolder::named(folder);
     if (!mac)
         return std::unexpected(mac.error());
