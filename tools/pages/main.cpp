@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 constexpr std::array programs{&macCommandLine, &powerCommandLine, &sessionCommandLine,
                               &daemonCommandLine};
 
-/// Writes a page whose template may be missing or may name other marks than there are.
+/// Writes one page. Returns false, and says so, if its template is missing or has other marks.
 bool writePage(const fs::path& from, const fs::path& to, const Pages::Marks& marks) {
     std::ifstream stream(from, std::ios::binary);
     const std::string text(std::istreambuf_iterator<char>(stream), {});
