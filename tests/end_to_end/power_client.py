@@ -859,6 +859,7 @@ class Completions(unittest.TestCase):
                ("velmo-power hold -- our-tool --fl", set()),
                ("velmo-power hold our-tool --fl", set()),
                ("velmo-power hold --quiet -- our-tool -- --fl", set()),
+               ("velmo-power hold -- --floor our-tool FOLDER/some", {"some folder", "somefile"}),
                ("velmo-power release some", set()),
                ("velmo-mac set --thermal ", {"nominal", "fair", "serious", "critical"}),
                ("velmo-mac set --battery 1", set()),
