@@ -1,5 +1,6 @@
-#include "fuzz/Fuzz.h"
 #include "platform/posix/ProcessArguments.h"
+
+#include "fuzz/Fuzz.h"
 
 #include <cstring>
 
