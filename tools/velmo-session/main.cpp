@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const auto line = CommandLine::read(sessionCommandLine, arguments);
     if (!line)
-        return complain(line.error(), SessionExit::usage);
+        return complain(line.error().text, SessionExit::usage);
     if (const auto page = CommandLine::ownPage(sessionCommandLine, *line))
         return print(*page);
     return run(*line, arguments);
