@@ -223,6 +223,13 @@ int become(const char* program, char* const* arguments) {
     return keepError(::execvp(words.front(), words.data()));
 }
 
+int becomeIn(const char* program, char* const* arguments, char* const* environment) {
+    const std::string place = placeOf(program);
+    if (isForTheMac(place))
+        endRun("execve of an executable of the Mac");
+    return keepError(::execve(place.c_str(), arguments, environment));
+}
+
 /// setsid(2).
 pid_t leadSession() {
     return keepError(::setsid());
@@ -326,6 +333,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_getcwd", address<currentFolder>},
     {"_getenv", address<::getenv>},
     {"_getuid", address<user>},
+    {"_execve", address<becomeIn>},
     {"_execvp", address<become>},
     {"_fork", address<split>},
     {"_posix_spawn_file_actions_adddup2", address<addDuplicate>},

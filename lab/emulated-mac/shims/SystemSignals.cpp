@@ -178,16 +178,22 @@ int sendSignal(pid_t process, int signal) {
     return keepError(::kill(process, linuxSignalOf(signal)));
 }
 
+int sendToGroup(pid_t group, int signal) {
+    return keepError(::killpg(group, linuxSignalOf(signal)));
+}
+
 int raiseSignal(int signal) {
     return keepError(::raise(linuxSignalOf(signal)));
 }
 
 constexpr auto shims = std::to_array<Shim>({
     {"_kill", address<sendSignal>},
+    {"_killpg", address<sendToGroup>},
     {"_pthread_sigmask", address<setMask>},
     {"_raise", address<raiseSignal>},
     {"_sigaction", address<setAction>},
     {"_signal", address<setSignal>},
+    {"_sigprocmask", address<setMask>},
 });
 
 } // namespace
