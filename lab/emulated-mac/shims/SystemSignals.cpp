@@ -66,8 +66,20 @@ struct Table {
     std::array<DarwinAction, signalCount> actions{};
 };
 
+/// A process is born with its signals ignored or at their default.
+Table* readTable() {
+    auto* const made = new Table;
+    for (int signal = 1; signal < signalCount; ++signal) {
+        struct sigaction action{};
+        if (::sigaction(linuxSignalOf(signal), nullptr, &action) == 0
+            && action.sa_handler == SIG_IGN)
+            made->actions.at(static_cast<std::size_t>(signal)).handler = plain(SIG_IGN);
+    }
+    return made;
+}
+
 Table& table() {
-    static auto& made = *new Table;
+    static auto& made = *readTable();
     return made;
 }
 
