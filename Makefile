@@ -75,9 +75,13 @@ mutate:
 macos:
 	@scripts/macos
 
-# All that a Mac's `make test` compiles, and the tests on later releases of Debian; for root there.
+# All that a Mac's `make test` compiles, velmo-power's tests over the Mac's executable, and all tests
+# on later releases of Debian; for root there.
 kin:
 	@scripts/macos tests
+	@scripts/setup build test
+	@scripts/build debug VelmoPowerDaemonSimulated simulated-pmset velmo-mac velmo-power
+	@lab/emulated-mac/power-client build/emulated-mac/emulated-mac build/macos-cross/bin build/debug/bin
 	@scripts/build-against trixie
 	@scripts/build-against sid
 

@@ -186,10 +186,19 @@ int spawn(pid_t* child, const char* program, SpawnActions* const* actions,
     return error == 0 ? 0 : darwinErrorOf(error);
 }
 
-/// Waits for a child. If a signal ended the child, the status has the signal's Linux number; the
-/// signals that the executables send or ask about are the same on both systems.
+/// Waits for a child. The status has the same form on both systems, but for the signals' numbers.
 pid_t waitFor(pid_t child, int* status, int options) {
-    return keepError(::waitpid(child, status, options));
+    constexpr int stopped = 0x7F;
+    constexpr int coreDumped = 0x80;
+    int seen = 0;
+    const pid_t found = keepError(::waitpid(child, &seen, options));
+    if (found > 0 && WIFSTOPPED(seen))
+        seen = darwinSignalOf(WSTOPSIG(seen)) << 8 | stopped;
+    else if (found > 0 && WIFSIGNALED(seen))
+        seen = darwinSignalOf(WTERMSIG(seen)) | (seen & coreDumped);
+    if (found > 0 && status != nullptr)
+        *status = seen;
+    return found;
 }
 
 /// Forks. The child has this thread alone, as on a Mac.
@@ -222,6 +231,13 @@ int become(const char* program, char* const* arguments) {
         words.push_back(*word);
     words.push_back(nullptr);
     return keepError(::execvp(words.front(), words.data()));
+}
+
+int becomeIn(const char* program, char* const* arguments, char* const* environment) {
+    const std::string place = placeOf(program);
+    if (isForTheMac(place))
+        endRun("execve of an executable of the Mac");
+    return keepError(::execve(place.c_str(), arguments, environment));
 }
 
 /// setsid(2).
@@ -378,6 +394,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_getcwd", address<currentFolder>},
     {"_getenv", address<::getenv>},
     {"_getuid", address<user>},
+    {"_execve", address<becomeIn>},
     {"_execvp", address<become>},
     {"_fork", address<split>},
     {"_posix_spawn_file_actions_adddup2", address<addDuplicate>},

@@ -66,8 +66,20 @@ struct Table {
     std::array<DarwinAction, signalCount> actions{};
 };
 
+/// A process is born with its signals ignored or at their default.
+Table* readTable() {
+    auto* const made = new Table;
+    for (int signal = 1; signal < signalCount; ++signal) {
+        struct sigaction action{};
+        if (::sigaction(linuxSignalOf(signal), nullptr, &action) == 0
+            && action.sa_handler == SIG_IGN)
+            made->actions.at(static_cast<std::size_t>(signal)).handler = plain(SIG_IGN);
+    }
+    return made;
+}
+
 Table& table() {
-    static auto& made = *new Table;
+    static auto& made = *readTable();
     return made;
 }
 
@@ -178,16 +190,22 @@ int sendSignal(pid_t process, int signal) {
     return keepError(::kill(process, linuxSignalOf(signal)));
 }
 
+int sendToGroup(pid_t group, int signal) {
+    return keepError(::killpg(group, linuxSignalOf(signal)));
+}
+
 int raiseSignal(int signal) {
     return keepError(::raise(linuxSignalOf(signal)));
 }
 
 constexpr auto shims = std::to_array<Shim>({
     {"_kill", address<sendSignal>},
+    {"_killpg", address<sendToGroup>},
     {"_pthread_sigmask", address<setMask>},
     {"_raise", address<raiseSignal>},
     {"_sigaction", address<setAction>},
     {"_signal", address<setSignal>},
+    {"_sigprocmask", address<setMask>},
 });
 
 } // namespace

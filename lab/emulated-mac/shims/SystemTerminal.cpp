@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 
 namespace velmo {
@@ -114,6 +116,14 @@ bool isCount(const Key& key) {
     return key.onLinux == VMIN || key.onLinux == VTIME;
 }
 
+tcflag_t linuxFlags(std::span<const Flag> rows, std::uint64_t flags, tcflag_t before) {
+    for (const Flag& row : rows) {
+        before &= ~row.onLinux;
+        before |= (flags & row.onDarwin) == row.onDarwin ? row.onLinux : 0;
+    }
+    return before;
+}
+
 int settings(int terminal, DarwinTermios* to) {
     termios read{};
     if (keepError(::tcgetattr(terminal, &read)) != 0)
@@ -134,9 +144,60 @@ int settings(int terminal, DarwinTermios* to) {
     return 0;
 }
 
+/// TCSANOW, TCSADRAIN and TCSAFLUSH have the same numbers; flags that have no row stay.
+int changeSettings(int terminal, int when, const DarwinTermios* from) {
+    termios wanted{};
+    if (keepError(::tcgetattr(terminal, &wanted)) != 0)
+        return -1;
+    wanted.c_iflag = linuxFlags(inputFlags, from->input, wanted.c_iflag);
+    wanted.c_oflag = linuxFlags(outputFlags, from->output, wanted.c_oflag);
+    wanted.c_lflag = linuxFlags(localFlags, from->local, wanted.c_lflag);
+    for (const Key& key : keys) {
+        const std::uint8_t value = from->keys.at(key.onDarwin);
+        wanted.c_cc[key.onLinux] = isCount(key) || value != darwinNoKey ? value : _POSIX_VDISABLE;
+    }
+    return keepError(::tcsetattr(terminal, when, &wanted));
+}
+
+/// cfmakeraw(3), as Libc's gen/termios.c has it.
+void makeRaw(DarwinTermios* to) {
+    constexpr std::uint64_t rawInput = 0x2 | 0x8 | 0x20 | 0x40 | 0x80 | 0x100 | 0x200;
+    constexpr std::uint64_t rawLocal = 0x8 | 0x10 | 0x80 | 0x100 | 0x400;
+    to->input &= ~rawInput;
+    to->output &= ~std::uint64_t{1};
+    to->local &= ~rawLocal;
+    to->keys.at(16) = 1;
+    to->keys.at(17) = 0;
+}
+
+int openTerminal(int flags) {
+    return keepError(::posix_openpt(linuxOpenFlagsOf(flags)));
+}
+
+char* nameOrError(char* name) {
+    if (name == nullptr)
+        *darwinErrno() = darwinErrorOf(errno);
+    return name;
+}
+
+char* otherSide(int terminal) {
+    return nameOrError(::ptsname(terminal));
+}
+
+char* nameOf(int terminal) {
+    return nameOrError(::ttyname(terminal));
+}
+
 constexpr auto shims = std::to_array<Shim>({
+    {"_cfmakeraw", address<makeRaw>},
     {"_getpgrp", address<::getpgrp>},
+    {"_grantpt", address<Translated<::grantpt>::call>},
+    {"_posix_openpt", address<openTerminal>},
+    {"_ptsname", address<otherSide>},
     {"_tcgetattr", address<settings>},
+    {"_tcsetattr", address<changeSettings>},
+    {"_ttyname", address<nameOf>},
+    {"_unlockpt", address<Translated<::unlockpt>::call>},
     {"_tcgetpgrp", address<Translated<::tcgetpgrp>::call>},
 });
 
