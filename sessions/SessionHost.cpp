@@ -30,6 +30,12 @@ Pty::Environment environmentOf(const SessionCallLine& call) {
     return environment;
 }
 
+std::optional<std::size_t> linesOf(const SessionCallLine& call) {
+    return call.lines.transform([](std::int64_t lines) {
+        return static_cast<std::size_t>(std::max<std::int64_t>(lines, 0));
+    });
+}
+
 SteadyTime after(SteadyTime moment, double seconds) {
     return {moment.seconds + seconds};
 }
@@ -113,9 +119,15 @@ void SessionHost::settle(TerminalSession& session) {
     for (const PeerId peer : session.takeLeft())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
+    if (session.endedSince())
+        tellWaiters(session);
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
+    if (stranger.waitsFor) { // a peer that waits has nothing to say
+        drop(peer);
+        return;
+    }
     stranger.line.append(textOf(bytes));
     if (stranger.door == Door::attach)
         takeGreeting(peer, stranger);
@@ -158,6 +170,7 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client
     auto viewer = viewerFor(peer, stranger, AttachDecoder());
     viewer->size = hello.size;
     viewer->mayType = !ticket->isViewOnly;
+    viewer->lines = ticket->lines;
     if (const auto refusal = refusalToJoin(*viewer, session->second))
         refuse(peer, stranger, rawText(*refusal));
     else
@@ -226,7 +239,7 @@ void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer>
 /// reply to the last has been sent.
 void SessionHost::takeCalls(PeerId peer) {
     while (Stranger* const stranger = strangerOf(peer)) {
-        if (!stranger->reply.empty())
+        if (!stranger->reply.empty() || stranger->waitsFor)
             return;
         const std::size_t end = stranger->line.find('\n');
         const bool isWhole = end != std::string::npos;
@@ -251,6 +264,8 @@ void SessionHost::take(PeerId peer, Stranger& stranger, std::string_view line) {
         answer(peer, stranger, std::unexpected(SessionRefusal::call));
     else if (call->call == SessionCall::stream)
         stream(peer, stranger, *call);
+    else if (call->call == SessionCall::wait)
+        wait(peer, stranger, *call);
     else
         answer(peer, stranger, perform(*call));
 }
@@ -263,9 +278,14 @@ SessionHost::Reply SessionHost::perform(const SessionCallLine& call) {
         return list();
     case SessionCall::ticket:
         return ticket(call);
+    case SessionCall::send:
+        return send(call);
+    case SessionCall::detach:
+        return detach(call);
     case SessionCall::end:
         return end(call);
     case SessionCall::stream:
+    case SessionCall::wait:
         break;
     }
     return std::unexpected(SessionRefusal::call);
@@ -374,16 +394,26 @@ SessionHost::Reply SessionHost::list() const {
 std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCallLine& call) const {
     if (!call.session)
         return std::unexpected(SessionRefusal::call);
+    const auto number = named(*call.session);
+    if (!number)
+        return std::unexpected(SessionRefusal::unknown);
+    if (sessions_.at(*number).endedSince())
+        return std::unexpected(SessionRefusal::ended);
+    return *number;
+}
+
+/// Returns the session with this id or name that runs, or else the one that was started last.
+std::optional<SessionNumber> SessionHost::named(const std::string& session) const {
     std::optional<SessionNumber> ended;
-    for (const auto& [number, session] : sessions_) {
-        const auto& identity = session.identity();
-        if (identity.id != *call.session && identity.name != *call.session)
+    for (const auto& [number, each] : sessions_) {
+        const auto& identity = each.identity();
+        if (identity.id != session && identity.name != session)
             continue;
-        if (!session.endedSince())
+        if (!each.endedSince())
             return number; // no two that run have the same name
         ended = number;
     }
-    return std::unexpected(ended ? SessionRefusal::ended : SessionRefusal::unknown);
+    return ended;
 }
 
 SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
@@ -404,6 +434,7 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
     tickets_.emplace(ticket.token, Ticket{.session = *session,
                                           .file = file,
                                           .isViewOnly = call.viewOnly.value_or(false),
+                                          .lines = linesOf(call),
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
@@ -427,12 +458,67 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
     }
     auto viewer = viewerFor(peer, stranger, StreamDecoder());
     viewer->mayType = !call.viewOnly.value_or(false);
+    viewer->lines = linesOf(call);
     if (const auto refusal = refusalToJoin(*viewer, sessions_.at(*number))) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
     watch(peer, stranger, std::move(viewer), sessions_.at(*number));
+}
+
+SessionHost::Reply SessionHost::send(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    if (!call.keys || call.keys->size() > maxSent)
+        return std::unexpected(SessionRefusal::call);
+    bool isSent = false;
+    withSession(*session, [&](TerminalSession& each) {
+        isSent = each.send(bytesOf(*call.keys), services_.steadyTime());
+    });
+    if (!isSent)
+        return std::unexpected(SessionRefusal::limit);
+    return SessionReplyLine{.ok = true};
+}
+
+SessionHost::Reply SessionHost::detach(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    withSession(*session, [&](TerminalSession& each) { each.detach(services_.steadyTime()); });
+    return SessionReplyLine{.ok = true};
+}
+
+/// Answers at once if the session has ended, and otherwise when it ends.
+void SessionHost::wait(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
+    const auto number = call.session ? named(*call.session) : std::nullopt;
+    if (!number) {
+        answer(peer, stranger,
+               std::unexpected(call.session ? SessionRefusal::unknown : SessionRefusal::call));
+        return;
+    }
+    stranger.waitsFor = *number;
+    stranger.connection->watch(true, false); // tells that the peer is gone
+    if (const TerminalSession& session = sessions_.at(*number); session.endedSince())
+        tellWaiters(session);
+}
+
+void SessionHost::tellWaiters(const TerminalSession& session) {
+    std::vector<PeerId> waiters;
+    for (const auto& [id, peer] : peers_) {
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && stranger->waitsFor == session.identity().number)
+            waiters.push_back(id);
+    }
+    for (const PeerId waiter : waiters) {
+        Stranger& stranger = *strangerOf(waiter);
+        stranger.waitsFor.reset();
+        stranger.since = services_.steadyTime();
+        stranger.isClosing = true;
+        answer(waiter, stranger,
+               SessionReplyLine{.ok = true, .exitCode = session.entry().exitCode});
+    }
 }
 
 SessionHost::Reply SessionHost::end(const SessionCallLine& call) {
@@ -457,7 +543,8 @@ std::optional<SteadyTime> SessionHost::deadline() const {
     for (const auto& [token, ticket] : tickets_)
         consider(ticket.expiry);
     for (const auto& [id, peer] : peers_) {
-        if (const auto* const stranger = std::get_if<Stranger>(&peer))
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && !stranger->waitsFor)
             consider(after(stranger->since, strangerPatience));
     }
     return earliest;
@@ -474,7 +561,7 @@ void SessionHost::timePasses() {
     std::vector<PeerId> silent;
     for (const auto& [id, peer] : peers_) {
         const auto* const stranger = std::get_if<Stranger>(&peer);
-        if (stranger != nullptr && now - stranger->since >= strangerPatience)
+        if (stranger != nullptr && !stranger->waitsFor && now - stranger->since >= strangerPatience)
             silent.push_back(id);
     }
     std::ranges::for_each(silent, [this](PeerId peer) { drop(peer); });

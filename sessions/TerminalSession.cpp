@@ -60,7 +60,7 @@ std::set<SessionNumber> TerminalSession::shownIn() const {
 void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, "");
+    viewer->replay(log_, "", viewer->lines);
     viewer->activity = ++activities_;
     attend();
     viewers_.push_back(std::move(viewer));
@@ -137,6 +137,7 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
+    typeSent();
     for (const auto& viewer : viewers_)
         obey(*viewer);
     applySize();
@@ -214,11 +215,47 @@ void TerminalSession::attend() {
 bool TerminalSession::type(Viewer& viewer, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
-    const bool othersFirst = std::ranges::any_of(
-        viewers_, [&](const auto& other) { return other.get() != &viewer && other->typed > 0; });
+    const bool othersFirst =
+        sentTyped_ > 0 || std::ranges::any_of(viewers_, [&](const auto& other) {
+            return other.get() != &viewer && other->typed > 0;
+        });
     if (!othersFirst)
         viewer.typed += program_->write(keys.subspan(viewer.typed));
     return viewer.typed == keys.size();
+}
+
+/// Types what was sent, unless a viewer's keys are typed in part.
+void TerminalSession::typeSent() {
+    if (sent_.empty())
+        return;
+    const bool othersFirst =
+        std::ranges::any_of(viewers_, [](const auto& viewer) { return viewer->typed > 0; });
+    if (program_ && !exitCode_ && !othersFirst)
+        sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
+    if (program_ && !exitCode_ && sentTyped_ < sent_.size()) {
+        isInputFull_ = true;
+        return;
+    }
+    sent_.clear();
+    sentTyped_ = 0;
+}
+
+bool TerminalSession::send(ByteView keys, SteadyTime now) {
+    if (!sent_.empty())
+        return false;
+    sent_.assign(keys.begin(), keys.end());
+    update(now);
+    return true;
+}
+
+void TerminalSession::detach(SteadyTime now) {
+    for (const auto& viewer : viewers_) {
+        if (viewer->isWindow())
+            viewer->tell(PtyAttach::errorFrame("detached"));
+        static_cast<void>(viewer->send(log_, false));
+        leave(*viewer);
+    }
+    update(now);
 }
 
 void TerminalSession::show(Viewer& viewer, bool answers, SteadyTime now) {

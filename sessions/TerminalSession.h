@@ -72,6 +72,13 @@ public:
     void programReadable(SteadyTime now);
     void programEnded(std::int32_t waitStatus, SteadyTime now);
 
+    /// Types keys that come from no viewer. Returns false, and types none of them, while the
+    /// program has not read those of an earlier call.
+    [[nodiscard]] bool send(ByteView keys, SteadyTime now);
+
+    /// Makes every viewer leave, and tells windows that they were detached.
+    void detach(SteadyTime now);
+
     /// Begins to end the program and all that it has started: sends the first of `endSignals` now,
     /// and the next one every `endPatience` while anything still runs. Once all were sent, another
     /// call sends the last one again.
@@ -101,6 +108,7 @@ private:
     bool obey(Viewer& viewer, const ViewerInput& input);
     void look(Viewer& viewer, const ViewerInput& input);
     bool type(Viewer& viewer, ByteView keys);
+    void typeSent();
     void show(Viewer& viewer, bool answers, SteadyTime now);
     void redraw();
     void applySize();
@@ -121,6 +129,8 @@ private:
     PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
+    Bytes sent_;                  ///< keys from no viewer that the program has not got yet
+    std::size_t sentTyped_ = 0;   ///< bytes of these that it has got
     bool isInputFull_ = false;    ///< keys of a viewer wait for the program
     std::optional<int> exitCode_; ///< sent to viewers once the output is over
     std::optional<SteadyTime> drainUntil_;

@@ -70,8 +70,9 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(const OutputLog& log, std::string_view first) {
-    const OutputLog::Start start = log.replayStart();
+void Viewer::replay(const OutputLog& log, std::string_view first,
+                    std::optional<std::size_t> lastLines) {
+    const OutputLog::Start start = log.replayStart(lastLines);
     const std::string before = std::string(first) + start.sequences;
     if (!before.empty())
         tell(PtyAttach::data(bytesOf(before)));

@@ -80,9 +80,10 @@ public:
     /// Queues frames to be sent after the output frame under way and before any further one.
     void tell(ByteView frames);
 
-    /// Starts a replay: the output is sent from the log's `replayStart` on, after `first` and the
-    /// sequences that set the terminal's modes.
-    void replay(const OutputLog& log, std::string_view first);
+    /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on, after
+    /// `first` and the sequences that set the terminal's modes.
+    void replay(const OutputLog& log, std::string_view first,
+                std::optional<std::size_t> lastLines = {});
 
     enum class Progress {
         done,    ///< everything has been sent
@@ -107,6 +108,7 @@ public:
     // What the session keeps for each viewer.
     std::vector<SessionNumber> runsIn;      ///< the sessions that the peer runs in
     std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
+    std::optional<std::size_t> lines;       ///< of the first replay; absent: all that is kept
     bool mayType = true;                    ///< and decide the size, and answer queries
     std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
     std::deque<ViewerInput> inputs;         ///< not done yet

@@ -310,12 +310,18 @@ std::string zshCompletion(const Program& program) {
     return script + "    esac ;;\nesac\n";
 }
 
+/// Returns the option as fish's `complete` wants it: by its long name, or by its letter.
+std::string fishName(std::string_view option) {
+    const bool isLong = option.starts_with("--");
+    return isLong ? " -l " + std::string(option.substr(2)) : " -s " + std::string(option.substr(1));
+}
+
 std::string fishCompletion(const Program& program) {
     const std::string start = "complete -c " + std::string(program.name);
     std::string script = start + " -f\n";
     const auto option = [&](const Option& each, const std::string& condition) {
-        script += start + condition + " -l " + std::string(each.name.substr(2))
-                  + (each.value.empty() ? "" : " -r -F") + " -d " + singleQuoted(each.help) + "\n";
+        script += start + condition + fishName(each.name) + (each.value.empty() ? "" : " -r -F")
+                  + " -d " + singleQuoted(each.help) + "\n";
     };
     for (const Option& each : program.options)
         option(each, "");
