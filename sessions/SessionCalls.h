@@ -59,6 +59,7 @@ struct SessionCallLine {
     std::optional<std::string> session; ///< of all but start and list
     std::optional<bool> viewOnly;       ///< of ticket and stream: may not type
     std::optional<std::int64_t> lines; ///< of ticket and stream: the replay is no longer than these
+    std::optional<std::string> agent;  ///< of ticket and stream: the viewer's SSH_AUTH_SOCK
     std::optional<std::string> keys;   ///< of send
     std::optional<std::string> name;   ///< of start
     std::optional<std::vector<std::string>> words;       ///< of start: what `Pty::parseSpawn` reads
@@ -68,6 +69,7 @@ struct SessionCallLine {
                                               field("session", &SessionCallLine::session),
                                               field("viewOnly", &SessionCallLine::viewOnly),
                                               field("lines", &SessionCallLine::lines),
+                                              field("agent", &SessionCallLine::agent),
                                               field("keys", &SessionCallLine::keys),
                                               field("name", &SessionCallLine::name),
                                               field("words", &SessionCallLine::words),

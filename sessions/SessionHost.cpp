@@ -18,6 +18,12 @@ namespace {
 
 constexpr std::size_t tokenBytes = 32;
 constexpr std::size_t maxNameBytes = 256;
+constexpr const char* agentVariable = "SSH_AUTH_SOCK";
+
+/// Returns the name of the session's link to an SSH agent.
+std::string agentLinkOf(const std::string& id) {
+    return std::string(agentLinkPrefix) + id;
+}
 
 /// Reads the entries of an environment, and leaves out an entry without "=".
 Pty::Environment environmentOf(const SessionCallLine& call) {
@@ -119,8 +125,11 @@ void SessionHost::settle(TerminalSession& session) {
     for (const PeerId peer : session.takeLeft())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
-    if (session.endedSince())
-        tellWaiters(session);
+    if (!session.endedSince())
+        return;
+    tellWaiters(session);
+    if (linked_.erase(session.identity().number) > 0)
+        services_.tickets.remove(agentLinkOf(session.identity().id));
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
@@ -171,10 +180,12 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client
     viewer->size = hello.size;
     viewer->mayType = !ticket->isViewOnly;
     viewer->lines = ticket->lines;
-    if (const auto refusal = refusalToJoin(*viewer, session->second))
+    if (const auto refusal = refusalToJoin(*viewer, session->second)) {
         refuse(peer, stranger, rawText(*refusal));
-    else
-        watch(peer, stranger, std::move(viewer), session->second);
+        return;
+    }
+    useAgentOf(*viewer, session->second, ticket->agent);
+    watch(peer, stranger, std::move(viewer), session->second);
 }
 
 std::unique_ptr<Viewer> SessionHost::viewerFor(PeerId peer, const Stranger& stranger,
@@ -188,8 +199,8 @@ std::unique_ptr<Viewer> SessionHost::viewerFor(PeerId peer, const Stranger& stra
     return viewer;
 }
 
-/// Returns why the viewer may not watch the session; absent if it may. Its output may not flow back
-/// into it, straight or through other sessions.
+/// Returns why the viewer may not watch the session; absent if the viewer may. A session's output
+/// may not flow back into the session, straight or through others.
 std::optional<SessionRefusal> SessionHost::refusalToJoin(const Viewer& viewer,
                                                          const TerminalSession& session) const {
     if (const auto refusal = session.refusal())
@@ -336,7 +347,7 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         sessions_, [](const auto& session) { return !session.second.endedSince(); });
     if (std::cmp_greater_equal(running, maxSessions))
         return std::unexpected(SessionRefusal::limit);
-    const Pty::Environment environment = environmentOf(call);
+    Pty::Environment environment = environmentOf(call);
     auto request = Pty::parseSpawn(*call.words, environment, services_.files);
     if (!request)
         return std::unexpected(refusalOf(*call.words, environment, services_.files));
@@ -345,10 +356,18 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         return std::unexpected(name.error());
 
     const SessionNumber number{++lastSession_};
-    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
-    if (!program)
-        return std::unexpected(SessionRefusal::system);
     const std::string id = "s_" + randomHex(8);
+    const auto agent = environment.find(agentVariable);
+    const bool isLinked = agent != environment.end() && pointAgentLink(id, agent->second);
+    if (isLinked)
+        agent->second = PathText::join(services_.tickets.folder(), agentLinkOf(id));
+    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
+    if (!program) {
+        services_.tickets.remove(agentLinkOf(id));
+        return std::unexpected(SessionRefusal::system);
+    }
+    if (isLinked)
+        linked_.insert(number);
     services_.log("session " + id + " started: " + request->program);
     sessions_.emplace(number, TerminalSession({.number = number,
                                                .id = id,
@@ -357,6 +376,22 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
                                                .since = services_.wallTime()},
                                               std::move(program)));
     return SessionReplyLine{.ok = true, .session = id};
+}
+
+/// Points the session's link at the agent's socket. Returns false for a path that can't be one's.
+bool SessionHost::pointAgentLink(const std::string& id, const std::string& agent) {
+    const std::string name = agentLinkOf(id);
+    return Pty::isCleanAbsolutePath(agent)
+           && agent != PathText::join(services_.tickets.folder(), name)
+           && services_.tickets.link(name, agent);
+}
+
+/// Lets the session's programs use the SSH agent of a viewer that may type.
+void SessionHost::useAgentOf(const Viewer& viewer, const TerminalSession& session,
+                             const std::optional<std::string>& agent) {
+    const auto& identity = session.identity();
+    if (agent && viewer.mayType && linked_.contains(identity.number))
+        pointAgentLink(identity.id, *agent);
 }
 
 std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,
@@ -435,6 +470,7 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
                                           .file = file,
                                           .isViewOnly = call.viewOnly.value_or(false),
                                           .lines = linesOf(call),
+                                          .agent = call.agent,
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
@@ -463,6 +499,7 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
+    useAgentOf(*viewer, sessions_.at(*number), call.agent);
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
     watch(peer, stranger, std::move(viewer), sessions_.at(*number));
 }

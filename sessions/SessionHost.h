@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -83,6 +84,7 @@ private:
         std::string file;
         bool isViewOnly;
         std::optional<std::size_t> lines;
+        std::optional<std::string> agent;
         SteadyTime expiry;
     };
 
@@ -133,6 +135,9 @@ private:
                                                        std::string_view program) const;
     bool isNameTaken(std::string_view name) const;
     std::optional<Ticket> redeem(const std::string& token);
+    bool pointAgentLink(const std::string& id, const std::string& agent);
+    void useAgentOf(const Viewer& viewer, const TerminalSession& session,
+                    const std::optional<std::string>& agent);
     void settle(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);
@@ -148,6 +153,7 @@ private:
     Sessions sessions_;
     std::map<PeerId, Peer> peers_;
     std::map<std::string, Ticket> tickets_; ///< by token
+    std::set<SessionNumber> linked_;        ///< the sessions with a link to an SSH agent
     std::size_t strangers_ = 0;
     std::uint64_t lastSession_ = 0;
 };

@@ -203,7 +203,7 @@ void TerminalSession::look(Viewer& viewer, const ViewerInput& input) {
     viewer.size = resize->size;
 }
 
-/// Notes that somebody looks at the session.
+/// Notes that a person looks at the session.
 void TerminalSession::attend() {
     isAttentionNew_ = false;
     attentionSince_.reset();

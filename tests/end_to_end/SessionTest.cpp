@@ -333,6 +333,19 @@ TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
     EXPECT_EQ(late.waitForEnd(), 7);
 }
 
+TEST_F(SessionTest, TheSshAgentOfASessionIsThatOfTheLastViewer) {
+    const auto openWith = [&](const std::string& agent, const std::string& words) {
+        auto window = openProgram(
+            {"/bin/sh", "-c", "SSH_AUTH_SOCK=" + agent + " exec " + program + " " + words});
+        EXPECT_TRUE(window->shows("ready> "));
+        window->type("readlink $SSH_AUTH_SOCK\r");
+        EXPECT_TRUE(window->shows("\n" + agent + "\r"));
+        return window;
+    };
+    const auto first = openWith("/first", "start -- /bin/sh");
+    const auto second = openWith("/second", "attach sh");
+}
+
 TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
     const struct {
         std::string words;

@@ -571,6 +571,52 @@ TEST_F(SessionHostTest, ARepeatIsCutToTheLastLines) {
     }
 }
 
+TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
+    SessionCallLine call = SessionWorld::startCall();
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    const std::string id = world.call(call).session.value();
+    const std::string link = "ssh-" + id;
+    EXPECT_EQ(world.lastEnvironment.at("SSH_AUTH_SOCK"), "/private/" + link);
+    const auto attachWith = [&](const std::string& agent, bool isViewOnly) {
+        const auto reply = world.call(
+            {.call = SessionCall::ticket, .session = id, .viewOnly = isViewOnly, .agent = agent});
+        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
+        const std::string token = PtyAttach::parseTicket(world.files.at(file)).value().token;
+        world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
+    };
+
+    const struct {
+        std::string agent;
+        bool isViewOnly;
+        std::string target;
+    } cases[] = {
+        {"/tmp/second", false, "/tmp/second"}, {"/tmp/third", true, "/tmp/second"},
+        {"relative", false, "/tmp/second"},    {"/private/" + link, false, "/tmp/second"},
+        {"/tmp/fourth", false, "/tmp/fourth"},
+    };
+
+    for (const auto& [agent, isViewOnly, target] : cases) {
+        attachWith(agent, isViewOnly);
+        EXPECT_EQ(world.files.at(link), target) << agent;
+    }
+    const PeerId bridge = world.connect(Door::control);
+    world.receive(bridge, R"({"agent":"/tmp/fifth","call":"stream","session":")" + id + "\"}\n");
+    EXPECT_EQ(world.files.at(link), "/tmp/fifth");
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_FALSE(world.files.contains(link));
+
+    for (const char* given : {"LANG=C", "SSH_AUTH_SOCK=relative"}) {
+        call.environment = {given};
+        const auto without = world.call(call).session.value();
+        EXPECT_FALSE(world.files.contains("ssh-" + without)) << given;
+    }
+    world.startFails = true;
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    EXPECT_EQ(world.call(call).reason, "system");
+    EXPECT_THAT(world.files, IsEmpty());
+}
+
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[?25l\033[1m\033]2;old\a first line \033[6n\r\n");

@@ -113,6 +113,21 @@ const std::array sections{
                     "  122 wrong usage; 123 refused; 124 the host is gone or can't be reached;\n"
                     "  125 standard output can't be written;\n"
                     "  128+N after signal N."},
+    Section{.heading = "Files:",
+            .text =
+                "  ~/.velmo/velmo-term on Linux, velmo-term in the user's temporary folder on a\n"
+                "  Mac: the host's sockets, its lock, and host.log."},
+    Section{
+        .heading = "Environment:",
+        .text =
+            "  HOME finds that folder on Linux, SHELL is the shell of a start without PROGRAM,\n"
+            "  and PATH finds PROGRAM. A session gets HOME, USER, LOGNAME, SHELL, PATH, LANG,\n"
+            "  SSH_AUTH_SOCK, TMPDIR and LC_*, and no other variable."},
+    Section{.heading = "Examples:",
+            .text = "  velmo-session start -A work          attach to work, or start it\n"
+                    "  velmo-session attach --view-only work\n"
+                    "  velmo-session send work make Enter && velmo-session wait work\n"
+                    "  velmo-session list --watch"},
 };
 
 } // namespace

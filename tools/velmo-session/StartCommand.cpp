@@ -154,11 +154,19 @@ bool canShow() {
     return hasTerminal;
 }
 
+/// Returns the socket of the caller's SSH agent.
+std::optional<std::string> agentOfCaller() {
+    std::string agent = variable("SSH_AUTH_SOCK");
+    const bool isGiven = !agent.empty() && Text::isValidUtf8(agent);
+    return isGiven ? std::optional(std::move(agent)) : std::nullopt;
+}
+
 int attachById(const AttachRequest& request) {
     const auto reply = ControlClient::ask({.call = SessionCall::ticket,
                                            .session = request.session,
                                            .viewOnly = request.isViewOnly,
-                                           .lines = request.lines});
+                                           .lines = request.lines,
+                                           .agent = agentOfCaller()});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok || !reply->ticket)
