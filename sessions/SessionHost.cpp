@@ -18,6 +18,12 @@ namespace {
 
 constexpr std::size_t tokenBytes = 32;
 constexpr std::size_t maxNameBytes = 256;
+constexpr const char* agentVariable = "SSH_AUTH_SOCK";
+
+/// Returns the name of the session's link to an SSH agent.
+std::string agentLinkOf(const std::string& id) {
+    return std::string(agentLinkPrefix) + id;
+}
 
 /// Reads the entries of an environment, and leaves out an entry without "=".
 Pty::Environment environmentOf(const SessionCallLine& call) {
@@ -28,6 +34,12 @@ Pty::Environment environmentOf(const SessionCallLine& call) {
             environment.insert_or_assign(entry.substr(0, end), entry.substr(end + 1));
     }
     return environment;
+}
+
+std::optional<std::size_t> linesOf(const SessionCallLine& call) {
+    return call.lines.transform([](std::int64_t lines) {
+        return static_cast<std::size_t>(std::max<std::int64_t>(lines, 0));
+    });
 }
 
 SteadyTime after(SteadyTime moment, double seconds) {
@@ -113,9 +125,18 @@ void SessionHost::settle(TerminalSession& session) {
     for (const PeerId peer : session.takeLeft())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
+    if (!session.endedSince())
+        return;
+    tellWaiters(session);
+    if (linked_.erase(session.identity().number) > 0)
+        services_.tickets.remove(agentLinkOf(session.identity().id));
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
+    if (stranger.waitsFor) { // a peer that waits has nothing to say
+        drop(peer);
+        return;
+    }
     stranger.line.append(textOf(bytes));
     if (stranger.door == Door::attach)
         takeGreeting(peer, stranger);
@@ -155,12 +176,16 @@ void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client
         refuse(peer, stranger, ticket ? rawText(SessionRefusal::ended) : "bad-token");
         return;
     }
-    TerminalSession::Admission admission{
-        .size = hello.size, .mayType = !ticket->isViewOnly, .runsIn = sessionsAround(stranger)};
+    TerminalSession::Admission admission{.size = hello.size,
+                                         .lines = ticket->lines,
+                                         .mayType = !ticket->isViewOnly,
+                                         .runsIn = sessionsAround(stranger)};
     if (const auto refusal = refusalToJoin(admission.runsIn, session->second)) {
         refuse(peer, stranger, rawText(*refusal));
         return;
     }
+    if (admission.mayType)
+        useAgent(ticket->agent, session->second);
     watch(peer, stranger, std::make_unique<Viewer>(peer, stranger.connection, AttachDecoder()),
           std::move(admission), session->second);
 }
@@ -228,7 +253,7 @@ void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer>
 /// reply to the last has been sent.
 void SessionHost::takeCalls(PeerId peer) {
     while (Stranger* const stranger = strangerOf(peer)) {
-        if (!stranger->reply.empty())
+        if (!stranger->reply.empty() || stranger->waitsFor)
             return;
         const std::size_t end = stranger->line.find('\n');
         const bool isWhole = end != std::string::npos;
@@ -253,6 +278,8 @@ void SessionHost::take(PeerId peer, Stranger& stranger, std::string_view line) {
         answer(peer, stranger, std::unexpected(SessionRefusal::call));
     else if (call->call == SessionCall::stream)
         stream(peer, stranger, *call);
+    else if (call->call == SessionCall::wait)
+        wait(peer, stranger, *call);
     else
         answer(peer, stranger, perform(*call));
 }
@@ -265,9 +292,14 @@ SessionHost::Reply SessionHost::perform(const SessionCallLine& call) {
         return list();
     case SessionCall::ticket:
         return ticket(call);
+    case SessionCall::send:
+        return send(call);
+    case SessionCall::detach:
+        return detach(call);
     case SessionCall::end:
         return end(call);
     case SessionCall::stream:
+    case SessionCall::wait:
         break;
     }
     return std::unexpected(SessionRefusal::call);
@@ -318,7 +350,7 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         sessions_, [](const auto& session) { return !session.second.endedSince(); });
     if (std::cmp_greater_equal(running, maxSessions))
         return std::unexpected(SessionRefusal::limit);
-    const Pty::Environment environment = environmentOf(call);
+    Pty::Environment environment = environmentOf(call);
     auto request = Pty::parseSpawn(*call.words, environment, services_.files);
     if (!request)
         return std::unexpected(refusalOf(*call.words, environment, services_.files));
@@ -327,10 +359,18 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         return std::unexpected(name.error());
 
     const SessionNumber number{++lastSession_};
-    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
-    if (!program)
-        return std::unexpected(SessionRefusal::system);
     const std::string id = "s_" + randomHex(8);
+    const auto agent = environment.find(agentVariable);
+    const bool isLinked = agent != environment.end() && pointAgentLink(id, agent->second);
+    if (isLinked)
+        agent->second = PathText::join(services_.tickets.folder(), agentLinkOf(id));
+    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
+    if (!program) {
+        services_.tickets.remove(agentLinkOf(id));
+        return std::unexpected(SessionRefusal::system);
+    }
+    if (isLinked)
+        linked_.insert(number);
     services_.log("session " + id + " started: " + request->program);
     sessions_.emplace(number, TerminalSession({.number = number,
                                                .id = id,
@@ -339,6 +379,22 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
                                                .since = services_.wallTime()},
                                               std::move(program)));
     return SessionReplyLine{.ok = true, .session = id};
+}
+
+/// Points the session's link at the agent's socket. Returns false for a path that can't be one's.
+bool SessionHost::pointAgentLink(const std::string& id, const std::string& agent) {
+    const std::string name = agentLinkOf(id);
+    return Pty::isCleanAbsolutePath(agent)
+           && agent != PathText::join(services_.tickets.folder(), name)
+           && services_.tickets.link(name, agent);
+}
+
+/// Lets the session's programs use the SSH agent of a viewer that may type.
+void SessionHost::useAgent(const std::optional<std::string>& agent,
+                           const TerminalSession& session) {
+    const auto& identity = session.identity();
+    if (agent && linked_.contains(identity.number))
+        pointAgentLink(identity.id, *agent);
 }
 
 std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,
@@ -376,16 +432,26 @@ SessionHost::Reply SessionHost::list() const {
 std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCallLine& call) const {
     if (!call.session)
         return std::unexpected(SessionRefusal::call);
+    const auto number = named(*call.session);
+    if (!number)
+        return std::unexpected(SessionRefusal::unknown);
+    if (sessions_.at(*number).endedSince())
+        return std::unexpected(SessionRefusal::ended);
+    return *number;
+}
+
+/// Returns the session with this id or name that runs, or else the one that was started last.
+std::optional<SessionNumber> SessionHost::named(const std::string& session) const {
     std::optional<SessionNumber> ended;
-    for (const auto& [number, session] : sessions_) {
-        const auto& identity = session.identity();
-        if (identity.id != *call.session && identity.name != *call.session)
+    for (const auto& [number, each] : sessions_) {
+        const auto& identity = each.identity();
+        if (identity.id != session && identity.name != session)
             continue;
-        if (!session.endedSince())
+        if (!each.endedSince())
             return number; // no two that run have the same name
         ended = number;
     }
-    return std::unexpected(ended ? SessionRefusal::ended : SessionRefusal::unknown);
+    return ended;
 }
 
 SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
@@ -406,6 +472,8 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
     tickets_.emplace(ticket.token, Ticket{.session = *session,
                                           .file = file,
                                           .isViewOnly = call.viewOnly.value_or(false),
+                                          .lines = linesOf(call),
+                                          .agent = call.agent,
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
@@ -428,15 +496,72 @@ void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine&
         return;
     }
     TerminalSession& session = sessions_.at(*number);
-    TerminalSession::Admission admission{.mayType = !call.viewOnly.value_or(false),
+    TerminalSession::Admission admission{.lines = linesOf(call),
+                                         .mayType = !call.viewOnly.value_or(false),
                                          .runsIn = sessionsAround(stranger)};
     if (const auto refusal = refusalToJoin(admission.runsIn, session)) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
+    if (admission.mayType)
+        useAgent(call.agent, session);
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
     watch(peer, stranger, std::move(viewer), std::move(admission), session);
+}
+
+SessionHost::Reply SessionHost::send(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    if (!call.keys || call.keys->size() > maxSent)
+        return std::unexpected(SessionRefusal::call);
+    bool isSent = false;
+    withSession(*session, [&](TerminalSession& each) {
+        isSent = each.send(bytesOf(*call.keys), services_.steadyTime());
+    });
+    if (!isSent)
+        return std::unexpected(SessionRefusal::limit);
+    return SessionReplyLine{.ok = true};
+}
+
+SessionHost::Reply SessionHost::detach(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    withSession(*session, [&](TerminalSession& each) { each.detach(services_.steadyTime()); });
+    return SessionReplyLine{.ok = true};
+}
+
+/// Answers at once if the session has ended, and otherwise when it ends.
+void SessionHost::wait(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
+    const auto number = call.session ? named(*call.session) : std::nullopt;
+    if (!number) {
+        answer(peer, stranger,
+               std::unexpected(call.session ? SessionRefusal::unknown : SessionRefusal::call));
+        return;
+    }
+    stranger.waitsFor = *number;
+    stranger.connection->watch(true, false); // tells that the peer is gone
+    if (const TerminalSession& session = sessions_.at(*number); session.endedSince())
+        tellWaiters(session);
+}
+
+void SessionHost::tellWaiters(const TerminalSession& session) {
+    std::vector<PeerId> waiters;
+    for (const auto& [id, peer] : peers_) {
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && stranger->waitsFor == session.identity().number)
+            waiters.push_back(id);
+    }
+    for (const PeerId waiter : waiters) {
+        Stranger& stranger = *strangerOf(waiter);
+        stranger.waitsFor.reset();
+        stranger.since = services_.steadyTime();
+        stranger.isClosing = true;
+        answer(waiter, stranger,
+               SessionReplyLine{.ok = true, .exitCode = session.entry().exitCode});
+    }
 }
 
 SessionHost::Reply SessionHost::end(const SessionCallLine& call) {
@@ -461,7 +586,8 @@ std::optional<SteadyTime> SessionHost::deadline() const {
     for (const auto& [token, ticket] : tickets_)
         consider(ticket.expiry);
     for (const auto& [id, peer] : peers_) {
-        if (const auto* const stranger = std::get_if<Stranger>(&peer))
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && !stranger->waitsFor)
             consider(after(stranger->since, strangerPatience));
     }
     return earliest;
@@ -478,7 +604,7 @@ void SessionHost::timePasses() {
     std::vector<PeerId> silent;
     for (const auto& [id, peer] : peers_) {
         const auto* const stranger = std::get_if<Stranger>(&peer);
-        if (stranger != nullptr && now - stranger->since >= strangerPatience)
+        if (stranger != nullptr && !stranger->waitsFor && now - stranger->since >= strangerPatience)
             silent.push_back(id);
     }
     std::ranges::for_each(silent, [this](PeerId peer) { drop(peer); });

@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -49,6 +50,8 @@ public:
     static constexpr std::size_t maxTickets = 64;
     static constexpr std::size_t maxStrangers = 64; ///< connections that watch no session
 
+    static constexpr std::size_t maxSent = std::size_t{1} << 16; ///< bytes of keys in one call
+
     static constexpr double ticketLife = 30.0;       ///< seconds until a ticket expires
     static constexpr double strangerPatience = 10.0; ///< seconds for a greeting, or for each call
 
@@ -80,6 +83,8 @@ private:
         SessionNumber session;
         std::string file;
         bool isViewOnly;
+        std::optional<std::size_t> lines;
+        std::optional<std::string> agent;
         SteadyTime expiry;
     };
 
@@ -88,9 +93,10 @@ private:
         std::shared_ptr<Connection> connection;
         Door door;
         SteadyTime since;
-        std::string line;       ///< received, and not yet read as a greeting or a call
-        std::string reply;      ///< what is left to send
-        bool isClosing = false; ///< the connection closes once the reply is sent
+        std::string line;  ///< received, and not yet read as a greeting or a call
+        std::string reply; ///< what is left to send
+        std::optional<SessionNumber> waitsFor; ///< whose end is the reply to the last call
+        bool isClosing = false;                ///< the connection closes once the reply is sent
     };
 
     using Peer = std::variant<Stranger, SessionNumber>; ///< a viewer is known by its session
@@ -107,7 +113,11 @@ private:
     Reply start(const SessionCallLine& call);
     Reply list() const;
     Reply ticket(const SessionCallLine& call);
+    Reply send(const SessionCallLine& call);
+    Reply detach(const SessionCallLine& call);
     Reply end(const SessionCallLine& call);
+    void wait(PeerId peer, Stranger& stranger, const SessionCallLine& call);
+    void tellWaiters(const TerminalSession& session);
     void stream(PeerId peer, Stranger& stranger, const SessionCallLine& call);
     void answer(PeerId peer, Stranger& stranger, const Reply& reply);
     void sendReply(PeerId peer, Stranger& stranger);
@@ -119,11 +129,14 @@ private:
     std::optional<SessionRefusal> refusalToJoin(const std::vector<SessionNumber>& runsIn,
                                                 const TerminalSession& session) const;
     bool isShownIn(SessionNumber shown, SessionNumber session) const;
+    std::optional<SessionNumber> named(const std::string& session) const;
     std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;
     bool isNameTaken(std::string_view name) const;
     std::optional<Ticket> redeem(const std::string& token);
+    bool pointAgentLink(const std::string& id, const std::string& agent);
+    void useAgent(const std::optional<std::string>& agent, const TerminalSession& session);
     void settle(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);
@@ -139,6 +152,7 @@ private:
     Sessions sessions_;
     std::map<PeerId, Peer> peers_;
     std::map<std::string, Ticket> tickets_; ///< by token
+    std::set<SessionNumber> linked_;        ///< the sessions with a link to an SSH agent
     std::size_t strangers_ = 0;
     std::uint64_t lastSession_ = 0;
 };

@@ -70,7 +70,7 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission
                              WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size));
+    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size), admission.lines);
     hadViewer_ = true;
     attend();
     seats_.push_back({.viewer = std::move(viewer),
@@ -161,6 +161,7 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
+    typeSent();
     for (Seat& seat : seats_)
         obey(seat);
     applySize();
@@ -226,7 +227,7 @@ void TerminalSession::look(Seat& seat, const ViewerInput& input) {
     seat.admission.size = resize->size;
 }
 
-/// Notes that somebody looks at the session.
+/// Notes that a person looks at the session.
 void TerminalSession::attend() {
     isAttentionNew_ = false;
     attentionSince_.reset();
@@ -238,11 +239,46 @@ void TerminalSession::attend() {
 bool TerminalSession::type(Seat& seat, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
-    const bool othersFirst = std::ranges::any_of(
-        seats_, [&](const Seat& other) { return &other != &seat && other.typed > 0; });
+    const bool othersFirst = sentTyped_ > 0 || std::ranges::any_of(seats_, [&](const Seat& other) {
+                                 return &other != &seat && other.typed > 0;
+                             });
     if (!othersFirst)
         seat.typed += program_->write(keys.subspan(seat.typed));
     return seat.typed == keys.size();
+}
+
+/// Types what was sent, unless a viewer's keys are typed in part.
+void TerminalSession::typeSent() {
+    if (sent_.empty())
+        return;
+    const bool othersFirst =
+        std::ranges::any_of(seats_, [](const Seat& seat) { return seat.typed > 0; });
+    if (program_ && !exitCode_ && !othersFirst)
+        sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
+    if (program_ && !exitCode_ && sentTyped_ < sent_.size()) {
+        isInputFull_ = true;
+        return;
+    }
+    sent_.clear();
+    sentTyped_ = 0;
+}
+
+bool TerminalSession::send(ByteView keys, SteadyTime now) {
+    if (!sent_.empty())
+        return false;
+    sent_.assign(keys.begin(), keys.end());
+    update(now);
+    return true;
+}
+
+void TerminalSession::detach(SteadyTime now) {
+    for (const Seat& seat : seats_) {
+        if (seat.viewer->isWindow())
+            seat.viewer->tell(PtyAttach::errorFrame("detached"));
+        static_cast<void>(seat.viewer->send(log_, false));
+        leave(*seat.viewer);
+    }
+    update(now);
 }
 
 void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {

@@ -62,6 +62,7 @@ public:
     /// What a viewer is admitted with.
     struct Admission {
         std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
+        std::optional<std::size_t> lines;   ///< of the first replay; absent: all that is kept
         bool mayType = true;                ///< and decide the size, and answer queries
         std::vector<SessionNumber> runsIn;  ///< the sessions that the viewer's process runs in
     };
@@ -79,6 +80,13 @@ public:
     void gone(PeerId peer, SteadyTime now);
     void programReadable(SteadyTime now);
     void programEnded(std::int32_t waitStatus, SteadyTime now);
+
+    /// Types keys that come from no viewer. Returns false, and types none of them, while the
+    /// program has not read those of an earlier call.
+    [[nodiscard]] bool send(ByteView keys, SteadyTime now);
+
+    /// Makes every viewer leave, and tells windows that they were detached.
+    void detach(SteadyTime now);
 
     /// Begins to end the program and all that it has started: sends the first of `endSignals` now,
     /// and the next one every `endPatience` while anything still runs. Once all were sent, another
@@ -123,6 +131,7 @@ private:
     bool obey(Seat& seat, const ViewerInput& input);
     void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
+    void typeSent();
     void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
     void applySize();
@@ -143,6 +152,8 @@ private:
     PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
+    Bytes sent_;                  ///< keys from no viewer that the program has not got yet
+    std::size_t sentTyped_ = 0;   ///< bytes of these that it has got
     bool isInputFull_ = false;    ///< keys of a viewer wait for the program
     std::optional<int> exitCode_; ///< sent to viewers once the output is over
     std::optional<SteadyTime> drainUntil_;

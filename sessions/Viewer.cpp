@@ -90,8 +90,9 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(const OutputLog& log, Surroundings surroundings) {
-    const OutputLog::Start start = log.replayStart();
+void Viewer::replay(const OutputLog& log, Surroundings surroundings,
+                    std::optional<std::size_t> lastLines) {
+    const OutputLog::Start start = log.replayStart(lastLines);
     const std::string before = surroundings.before + start.sequences;
     afterReplay_ = std::move(surroundings.after);
     if (!before.empty())

@@ -84,9 +84,11 @@ public:
         std::string after;
     };
 
-    /// Starts a replay: the output is sent from the log's `replayStart` on, after the sequences
-    /// that set the terminal's modes. The terminal makes no focus reports at this point.
-    void replay(const OutputLog& log, Surroundings surroundings);
+    /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on,
+    /// after the sequences that set the terminal's modes. The terminal makes no focus reports at
+    /// this point.
+    void replay(const OutputLog& log, Surroundings surroundings,
+                std::optional<std::size_t> lastLines = {});
 
     enum class Progress {
         done,    ///< everything has been sent

@@ -124,6 +124,12 @@ public:
         return !diskIsFull && files.emplace(name, content).second;
     }
 
+    [[nodiscard]] bool link(const std::string& name, const std::string& target) override {
+        if (!diskIsFull)
+            files[name] = target;
+        return !diskIsFull;
+    }
+
     void remove(const std::string& name) override { files.erase(name); }
 
     // A disk with shells and one home.
@@ -214,7 +220,7 @@ public:
     bool diskIsFull = false;
     std::map<SessionNumber, std::shared_ptr<FakeProgram>> programs;
     std::map<PeerId, std::shared_ptr<FakeConnection>> peers;
-    std::map<std::string, std::string> files; ///< tickets, by name
+    std::map<std::string, std::string> files; ///< tickets, and targets of links, by name
     SpawnRequest lastRequest;
     Pty::Environment lastEnvironment;
     std::uint64_t lastPeer = 0;

@@ -78,6 +78,13 @@ bool PrivateFolder::write(const std::string& name, std::string_view content) {
     return written;
 }
 
+bool PrivateFolder::link(const std::string& name, const std::string& target) {
+    const std::string unready = name + ".new";
+    remove(unready);
+    return ::symlinkat(target.c_str(), descriptor_.get(), unready.c_str()) == 0
+           && ::renameat(descriptor_.get(), unready.c_str(), descriptor_.get(), name.c_str()) == 0;
+}
+
 void PrivateFolder::remove(const std::string& name) {
     ::unlinkat(descriptor_.get(), name.c_str(), 0);
 }
@@ -107,8 +114,9 @@ void PrivateFolder::removeTickets() const {
     std::error_code error;
     std::vector<std::string> tickets;
     for (const auto& entry : std::filesystem::directory_iterator(path_, error)) {
-        if (PtyAttach::isTicketName(entry.path().filename().string()))
-            tickets.push_back(entry.path().filename().string());
+        const std::string name = entry.path().filename().string();
+        if (PtyAttach::isTicketName(name) || name.starts_with(agentLinkPrefix))
+            tickets.push_back(name);
     }
     for (const std::string& ticket : tickets)
         ::unlinkat(descriptor_.get(), ticket.c_str(), 0);

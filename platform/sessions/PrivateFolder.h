@@ -33,6 +33,7 @@ public:
     [[nodiscard]] std::string folder() const override { return path_; }
 
     [[nodiscard]] bool write(const std::string& name, std::string_view content) override;
+    [[nodiscard]] bool link(const std::string& name, const std::string& target) override;
     void remove(const std::string& name) override;
 
     /// Takes the right to serve, which lasts until the descriptor is closed. The error is the
@@ -44,7 +45,7 @@ public:
     /// the one that its lock gives: no other process can take the right to serve there meanwhile.
     [[nodiscard]] bool isServedBy(const Descriptor& right) const;
 
-    /// Removes the tickets that an earlier host may have left.
+    /// Removes the tickets and the links to SSH agents that an earlier host may have left.
     void removeTickets() const;
 
     /// Opens the log for appending.

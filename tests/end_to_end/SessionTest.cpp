@@ -292,6 +292,60 @@ TEST_F(SessionTest, AWatchedListShowsWhatAsksForAPerson) {
     EXPECT_THAT(output({"list"}), testing::Not(HasSubstr("look-here"))) << "he has looked";
 }
 
+TEST_F(SessionTest, AttachesToTheSessionOfANameOrCreatesIt) {
+    const std::vector<std::string_view> detached{"start",      "-A", "work",
+                                                 "--detached", "--", "/bin/sh"};
+    const std::string id = output(detached);
+    EXPECT_TRUE(id.starts_with("s_"));
+    EXPECT_EQ(output(detached), id);
+    const auto window = open({"start", "--attach-or-create", "work", "--detach-key", "C-a"});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("\x1D"
+                 "d\r");
+    EXPECT_TRUE(window->shows("not found")) << "Control-] is an ordinary key";
+    window->type("\x01"
+                 "d");
+    EXPECT_TRUE(window->shows("velmo-session attach work"));
+    EXPECT_EQ(window->waitForEnd(), 0);
+    EXPECT_EQ(output({"end", "work"}), "");
+    EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains("exitCode"); }));
+    EXPECT_NE(output(detached), id);
+    for (const char* key : {"C-m", "C-i", "C-[", "a", "", "C-", "C-1", "M-a", "^aa"})
+        EXPECT_EQ(open({"attach", "--detach-key", key})->waitForEnd(), 122) << key;
+}
+
+TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
+    const std::string id = startShell();
+    WatchedProcess waiting(program, std::vector<std::string_view>{"wait", id});
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(window->shows("ready> "));
+    EXPECT_EQ(output({"send", "sh", "echo", "Space", "sent-$((1))", "Enter"}), "");
+    EXPECT_TRUE(window->shows("\nsent-1"));
+    EXPECT_EQ(output({"detach", "sh"}), "");
+    EXPECT_TRUE(window->shows("Detached."));
+    EXPECT_EQ(window->waitForEnd(), 0);
+    const auto again = open({"attach", "--lines", "1", "sh"});
+    ASSERT_TRUE(again->shows("ready> "));
+    EXPECT_THAT(again->shown(), testing::Not(HasSubstr("sent-1")));
+    EXPECT_EQ(output({"send", "sh", "--", "exit 7", "\r"}), "");
+    EXPECT_EQ(waiting.waitForEnd(), 7);
+    WatchedProcess late(program, std::vector<std::string_view>{"wait", id});
+    EXPECT_EQ(late.waitForEnd(), 7);
+}
+
+TEST_F(SessionTest, TheSshAgentOfASessionIsThatOfTheLastViewer) {
+    const auto openWith = [&](const std::string& agent, const std::string& words) {
+        auto window = openProgram(
+            {"/bin/sh", "-c", "SSH_AUTH_SOCK=" + agent + " exec " + program + " " + words});
+        EXPECT_TRUE(window->shows("ready> "));
+        window->type("readlink $SSH_AUTH_SOCK\r");
+        EXPECT_TRUE(window->shows("\n" + agent + "\r"));
+        return window;
+    };
+    const auto first = openWith("/first", "start -- /bin/sh");
+    const auto second = openWith("/second", "attach sh");
+}
+
 TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
     const struct {
         std::string words;
@@ -307,6 +361,11 @@ TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
          "these may, where the system or Homebrew has installed "
          "them: bash, zsh",
          refused},
+        {"attach --lines x", "--lines takes a number", 122},
+        {"wait", "wait needs an id or a name", 122},
+        {"wait nobody", "there is no such session", refused},
+        {"send nobody Enter", "there is no such session", refused},
+        {"start -A a --name b", "leave out --name", 122},
         {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},
         {"attach nobody", "there is no such session", refused},
     };
@@ -318,6 +377,11 @@ TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
         EXPECT_EQ(window->waitForEnd(), c.status) << c.words;
     }
     EXPECT_EQ(output({"list", "--json"}), "[]\n") << "nothing was started";
+    if (fs::exists("/usr/bin/ssh")) {
+        EXPECT_TRUE(
+            output({"start", "--detached", "--", "ssh", "-p", "1", "localhost"}).starts_with("s_"))
+            << "the target gets its --";
+    }
 }
 
 TEST_F(SessionTest, RefusesToServeInAFolderThatIsNotPrivate) {

@@ -45,6 +45,8 @@ TEST(NoticeReader, FindsBellsAndNoticesWhereverTheOutputIsCut) {
         {"\033]9;a\xE2\x80\xAE\x01z\a", "az"},
         {"\033]9;gone\x18 \033]9;gone\x1A", std::nullopt},
         {"\033Pq\a\033]9;hidden\a\033\\\033_x\a\033\\\033^\a\033\\\033X\a\033\\", "hidden"},
+        {"\033]9;gone\x18\a", ""},
+        {"\033]9;gone\x1A\033\\", std::nullopt},
         {"\033P\a\a\x18\033P\a\033\\", std::nullopt},
         {"\033\033]9;x\a", "x"},
         {"\033P\033\033]9;x\a", "x"},

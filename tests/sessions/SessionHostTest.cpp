@@ -449,10 +449,11 @@ TEST_F(SessionHostTest, AViewerThatMayOnlyLookChangesNothing) {
     EXPECT_THAT(world.program().sizes,
                 ElementsAre(PtyFrame::Size{100, 29}, PtyFrame::Size{100, 30}))
         << "the same size once more asks the program to draw anew";
+    attachToView(id, 10, 10);
     write("b\033[c");
     EXPECT_EQ(seen(typist).output, scrolledAway(30) + "a" + endOfRegion + "b\033[c");
     EXPECT_EQ(seen(window).output, "ab");
-    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 3);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 4);
     world.receive(window, ByteView(PtyAttach::detachFrame));
     EXPECT_TRUE(world.peers[window]->isClosed);
     world.host.gone(typist);
@@ -473,6 +474,13 @@ TEST_F(SessionHostTest, TellsWhatAsksForAPersonUntilOneLooks) {
     EXPECT_EQ(entry().attentionSince, rung);
     EXPECT_EQ(entry().notice, "tests passed");
     EXPECT_EQ(entry().idleSince, rung);
+    write("more");
+    EXPECT_EQ(entry().attentionSince, rung);
+    EXPECT_EQ(entry().idleSince, world.now + 1e9);
+    const double wrote = world.now + 1e9;
+    world.pass(5);
+    world.host.programReady(SessionNumber{1});
+    EXPECT_EQ(entry().idleSince, wrote);
     write("\a");
     EXPECT_EQ(entry().attentionSince, world.now + 1e9);
     EXPECT_EQ(entry().notice, "tests passed") << "a bell does not hide it";
@@ -503,6 +511,160 @@ TEST_F(SessionHostTest, TellsWhatAsksForAPersonUntilOneLooks) {
     write("\a");
     world.host.gone(lost);
     EXPECT_TRUE(entry().attentionSince) << "a lost connection does not look";
+}
+
+TEST_F(SessionHostTest, TypesWhatIsSentInOrderWithTheKeysOfViewers) {
+    const std::string id = world.startShell();
+    const auto send = [&](const std::string& keys) {
+        return world.call({.call = SessionCall::send, .session = id, .keys = keys});
+    };
+    const PeerId peer = attach(id);
+    world.program().appetite = 2;
+    type(peer, "abc");
+    EXPECT_TRUE(send("XYZ").ok);
+    EXPECT_EQ(send("no").reason, "limit");
+    world.program().appetite = 2;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcX") << "the keys of a frame stay together";
+    type(peer, "d");
+    world.program().appetite = SIZE_MAX;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcXYZd");
+    EXPECT_TRUE(send("").ok);
+    EXPECT_EQ(send(std::string(SessionHost::maxSent + 1, 'x')).reason, "call");
+    EXPECT_TRUE(send(std::string(SessionHost::maxSent, 'x')).ok);
+    EXPECT_EQ(world.call({.call = SessionCall::send, .session = id}).reason, "call");
+    world.program().appetite = 0;
+    EXPECT_TRUE(send("never read").ok);
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_EQ(send("x").reason, "ended");
+    world.pass(2 * TerminalSession::memory);
+    EXPECT_TRUE(world.host.isIdle());
+}
+
+TEST_F(SessionHostTest, AWaitIsAnsweredWhenTheSessionEnds) {
+    const std::string id = world.startShell();
+    const auto wait = [&](const std::string& session) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, R"({"call":"wait","session":")" + session + "\"}\n");
+        return peer;
+    };
+    const PeerId waiter = wait("bash");
+    const PeerId talker = wait(id);
+    const PeerId lost = wait(id);
+    world.pass(10 * SessionHost::strangerPatience);
+    for (const PeerId peer : {waiter, talker, lost})
+        EXPECT_FALSE(world.peers[peer]->isClosed || !world.peers[peer]->received.empty());
+    world.host.gone(lost);
+    world.receive(talker, "{\"call\":\"list\"}\n");
+    EXPECT_TRUE(world.peers[talker]->isClosed);
+    world.end(7 << 8);
+    EXPECT_EQ(world.peers[waiter]->received, "") << "output may follow";
+    world.program().isOver = true;
+    world.settle();
+    for (const PeerId peer : {waiter, wait(id)}) {
+        EXPECT_EQ(world.peers[peer]->received, "{\"exitCode\":7,\"ok\":true}\n");
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    }
+    EXPECT_TRUE(world.peers[wait("other")]->received.contains("unknown"));
+    EXPECT_EQ(world.call({.call = SessionCall::wait}).reason, "call");
+}
+
+TEST_F(SessionHostTest, DetachesEveryViewerOfASession) {
+    const std::string id = world.startShell();
+    const PeerId window = attach(id);
+    const PeerId stuck = attach(id, 80, 24, 0);
+    const PeerId bridge = stream(id);
+    EXPECT_TRUE(world.call({.call = SessionCall::detach, .session = id}).ok);
+    EXPECT_TRUE(world.peers[window]->received.ends_with(R"({"code":"detached","t":"error"})"));
+    for (const PeerId peer : {window, stuck, bridge})
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 0);
+    EXPECT_EQ(world.call({.call = SessionCall::detach, .session = "x"}).reason, "unknown");
+}
+
+TEST_F(SessionHostTest, ARepeatIsCutToTheLastLines) {
+    const std::string id = world.startShell();
+    write("\033[1mone\r\ntwo\r\n\033]2;a\nb\athree\r\n> ");
+
+    const struct {
+        std::int64_t lines;
+        std::string_view shown;
+    } cases[] = {
+        {0, "> "},
+        {1, "> "},
+        {3, "three\r\n> "},
+        {4, "two\r\n"},
+        {5, "\033[1mone\r\n"},
+        {1000000, "\033[1mone\r\n"},
+        {-1, "> "},
+    };
+
+    for (const auto& [lines, shown] : cases) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, R"({"call":"stream","session":")" + id
+                                + "\",\"lines\":" + std::to_string(lines) + "}\n");
+        const std::string& all = world.peers[peer]->received;
+        std::string output;
+        const auto frames =
+            PtyFrame::Decoder().feed(bytesOf(std::string_view(all).substr(all.find('\n') + 1)));
+        for (const auto& frame : frames.value()) {
+            if (frame.kind == PtyFrame::Kind::data)
+                output += textOf(frame.payload);
+        }
+        EXPECT_TRUE(output.contains(shown)) << lines << testing::PrintToString(output);
+        EXPECT_EQ(output.contains("two"), shown.contains("o")) << lines;
+        EXPECT_TRUE(output.ends_with("> ")) << lines;
+        EXPECT_TRUE(output.contains("\033[1m")) << lines;
+        world.host.gone(peer);
+    }
+}
+
+TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
+    SessionCallLine call = SessionWorld::startCall();
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    const std::string id = world.call(call).session.value();
+    const std::string link = "ssh-" + id;
+    EXPECT_EQ(world.lastEnvironment.at("SSH_AUTH_SOCK"), "/private/" + link);
+    const auto attachWith = [&](const std::string& agent, bool isViewOnly) {
+        const auto reply = world.call(
+            {.call = SessionCall::ticket, .session = id, .viewOnly = isViewOnly, .agent = agent});
+        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
+        const std::string token = PtyAttach::parseTicket(world.files.at(file)).value().token;
+        world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
+    };
+
+    const struct {
+        std::string agent;
+        bool isViewOnly;
+        std::string target;
+    } cases[] = {
+        {"/tmp/second", false, "/tmp/second"}, {"/tmp/third", true, "/tmp/second"},
+        {"relative", false, "/tmp/second"},    {"/private/" + link, false, "/tmp/second"},
+        {"/tmp/fourth", false, "/tmp/fourth"},
+    };
+
+    for (const auto& [agent, isViewOnly, target] : cases) {
+        attachWith(agent, isViewOnly);
+        EXPECT_EQ(world.files.at(link), target) << agent;
+    }
+    const PeerId bridge = world.connect(Door::control);
+    world.receive(bridge, R"({"agent":"/tmp/fifth","call":"stream","session":")" + id + "\"}\n");
+    EXPECT_EQ(world.files.at(link), "/tmp/fifth");
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_FALSE(world.files.contains(link));
+
+    for (const char* given : {"LANG=C", "SSH_AUTH_SOCK=relative"}) {
+        call.environment = {given};
+        const auto without = world.call(call).session.value();
+        EXPECT_FALSE(world.files.contains("ssh-" + without)) << given;
+    }
+    world.startFails = true;
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    EXPECT_EQ(world.call(call).reason, "system");
+    EXPECT_THAT(world.files, IsEmpty());
 }
 
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {

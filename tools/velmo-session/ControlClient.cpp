@@ -30,6 +30,11 @@ constexpr timeval replyPatience{.tv_sec = 10, .tv_usec = 0};
 
 using Clock = std::chrono::steady_clock;
 
+/// Sets how long a read waits; 0: without end.
+bool limitWaits(int socket, const timeval& patience) {
+    return ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience) == 0;
+}
+
 /// Reads what arrives by then, up to the end.
 std::string readUntil(Clock::time_point deadline, int descriptor) {
     std::string text;
@@ -89,9 +94,7 @@ std::optional<ControlClient> ControlClient::connect() {
     Descriptor socket =
         LocalSocket::connect(*folder + "/" + std::string(PrivateFolder::controlSocket));
     // The time limit keeps a host that does not answer, such as a stopped one, from blocking us.
-    if (!socket
-        || ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &replyPatience, sizeof replyPatience)
-               != 0)
+    if (!socket || !limitWaits(socket.get(), replyPatience))
         return std::nullopt;
     return ControlClient(std::move(socket));
 }
@@ -115,6 +118,11 @@ std::expected<ControlClient, std::string> ControlClient::connectOrStart() {
 std::optional<SessionReplyLine> ControlClient::ask(const SessionCallLine& call) {
     auto host = connect();
     return host ? host->call(call) : std::nullopt;
+}
+
+std::optional<SessionReplyLine> ControlClient::callAndWait(const SessionCallLine& call) {
+    constexpr timeval forEver{};
+    return limitWaits(get(), forEver) ? this->call(call) : std::nullopt;
 }
 
 std::optional<SessionReplyLine> ControlClient::call(const SessionCallLine& call) {

@@ -28,6 +28,9 @@ public:
     /// Returns the reply, or nothing if the host goes away first or takes too long.
     [[nodiscard]] std::optional<SessionReplyLine> call(const SessionCallLine& call);
 
+    /// Does the same for a call that the host answers only when a session ends.
+    [[nodiscard]] std::optional<SessionReplyLine> callAndWait(const SessionCallLine& call);
+
     /// Returns the connection's descriptor. The bytes that arrived behind the last reply have been
     /// read from it already and are in `rest`.
     [[nodiscard]] int get() const { return socket_.get(); }

@@ -17,6 +17,8 @@ std::string limitText(SessionCall call) {
     if (call == SessionCall::stream)
         return std::to_string(TerminalSession::maxViewers)
                + " viewers watch the session already, the most there may be";
+    if (call == SessionCall::send)
+        return "the program has not read what was sent before";
     return std::to_string(SessionHost::maxTickets)
            + " tickets wait for their viewers, the most there may be";
 }

@@ -154,14 +154,40 @@ bool canShow() {
     return hasTerminal;
 }
 
-int attachById(const std::string& session, bool isViewOnly = false) {
-    const auto reply = ControlClient::ask(
-        {.call = SessionCall::ticket, .session = session, .viewOnly = isViewOnly});
+/// Returns the socket of the caller's SSH agent.
+std::optional<std::string> agentOfCaller() {
+    std::string agent = variable("SSH_AUTH_SOCK");
+    const bool isGiven = !agent.empty() && Text::isValidUtf8(agent);
+    return isGiven ? std::optional(std::move(agent)) : std::nullopt;
+}
+
+int attachById(const AttachRequest& request) {
+    const auto reply = ControlClient::ask({.call = SessionCall::ticket,
+                                           .session = request.session,
+                                           .viewOnly = request.isViewOnly,
+                                           .lines = request.lines,
+                                           .agent = agentOfCaller()});
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok || !reply->ticket)
         return complain(refusalText(SessionCall::ticket, *reply), SessionExit::refused);
-    return attach(*reply->ticket);
+    return attach(*reply->ticket, request.detachChoice);
+}
+
+std::optional<std::string> idOfRunning(const std::string& name) {
+    const auto reply = ControlClient::ask({.call = SessionCall::list});
+    if (!reply || !reply->sessions)
+        return std::nullopt;
+    for (const SessionEntry& entry : *reply->sessions) {
+        if (!entry.exitCode && entry.name == PtyAttach::sanitizeTitle(name))
+            return entry.id;
+    }
+    return std::nullopt;
+}
+
+int show(const StartRequest& request, const std::string& id) {
+    return request.isDetached ? print(id + "\n")
+                              : attachById({.session = id, .detachChoice = request.detachChoice});
 }
 
 } // namespace
@@ -169,6 +195,10 @@ int attachById(const std::string& session, bool isViewOnly = false) {
 int start(const StartRequest& request) {
     if (!request.isDetached && !canShow())
         return SessionExit::refused;
+    if (request.attachesIfNameRuns) {
+        if (const auto id = idOfRunning(request.name.value_or("")))
+            return show(request, *id);
+    }
     const std::vector<std::string> command = commandOf(request);
     std::string folder = absolute(request.folder.value_or("."));
     SessionCallLine call{.call = SessionCall::start,
@@ -189,18 +219,20 @@ int start(const StartRequest& request) {
     }
     if (!reply)
         return complain(reply.error(), SessionExit::hostGone);
-    if (!reply->ok || !reply->session)
-        return refused(request, folder, command.front(), *reply);
-    if (!request.isDetached)
-        return attachById(*reply->session);
-    return print(*reply->session + "\n");
+    if (reply->ok && reply->session)
+        return show(request, *reply->session);
+    if (request.attachesIfNameRuns && reply->reason == rawText(SessionRefusal::name)) {
+        if (const auto id = idOfRunning(request.name.value_or(""))) // another start was quicker
+            return show(request, *id);
+    }
+    return refused(request, folder, command.front(), *reply);
 }
 
 int attachTo(const AttachRequest& request) {
     if (!canShow())
         return SessionExit::refused;
     if (request.session)
-        return attachById(*request.session, request.isViewOnly);
+        return attachById(request);
     const auto reply = ControlClient::ask({.call = SessionCall::list});
     if (!reply || !reply->sessions)
         return complain(hostUnreachable, SessionExit::hostGone);
@@ -210,7 +242,9 @@ int attachTo(const AttachRequest& request) {
         return complain(running.empty() ? "there is no session"
                                         : "there are several sessions; name one of them",
                         SessionExit::refused);
-    return attachById(running.front().id, request.isViewOnly);
+    AttachRequest only = request;
+    only.session = running.front().id;
+    return attachById(only);
 }
 
 } // namespace velmo

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tools/velmo-session/DetachChoice.h"
+
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,7 +13,9 @@ namespace velmo {
 struct StartRequest {
     std::optional<std::string> folder; ///< absent: the caller's, or home where that is not allowed
     std::optional<std::string> name;
+    bool attachesIfNameRuns = false; ///< to the running session of this name, if there is one
     bool isDetached = false;
+    DetachChoice detachChoice;
     std::vector<std::string> program; ///< with its arguments; empty: the user's log-in shell
 };
 
@@ -21,6 +26,8 @@ int start(const StartRequest& request);
 struct AttachRequest {
     std::optional<std::string> session; ///< id or name; absent: the one that runs, if only one does
     bool isViewOnly = false;
+    std::optional<std::int64_t> lines; ///< of what was shown before; absent: all that is kept
+    DetachChoice detachChoice;
 };
 
 /// Attaches to a session. Returns the exit status.

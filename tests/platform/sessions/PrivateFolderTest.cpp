@@ -82,6 +82,11 @@ TEST_F(PrivateFolderTest, WritesANewFileThatOnlyTheUserCanRead) {
     EXPECT_FALSE(fs::exists(path_ + "/aside"));
     folder.remove("a");
     EXPECT_FALSE(fs::exists(path_ + "/a"));
+    write(path_ + "/ssh-s.new", "of a host that was killed");
+    for (const char* target : {"/one", "/two"}) {
+        EXPECT_TRUE(folder.link("ssh-s", target));
+        EXPECT_EQ(fs::read_symlink(path_ + "/ssh-s"), target);
+    }
 }
 
 TEST_F(PrivateFolderTest, GivesTheLockToOneProcessAndNamesIt) {
@@ -134,7 +139,8 @@ TEST_F(PrivateFolderTest, RemovesLeftTicketsAndNoOtherFile) {
     const auto folder = PrivateFolder::make().value();
     const std::string ticket = "a-0123456789abcdef0123456789abcdef.json";
     ASSERT_TRUE(PtyAttach::isTicketName(ticket));
-    for (const std::string& name : {ticket, std::string("host.log"), std::string("a-b.json")})
+    for (const std::string& name :
+         {ticket, std::string("host.log"), std::string("a-b.json"), std::string("ssh-s_0")})
         write(path_ + "/" + name, "");
     folder.removeTickets();
     std::vector<std::string> left;
