@@ -541,7 +541,7 @@ void SessionHost::wait(PeerId peer, Stranger& stranger, const SessionCallLine& c
                std::unexpected(call.session ? SessionRefusal::unknown : SessionRefusal::call));
         return;
     }
-    stranger.waitsFor = *number;
+    stranger.waitsFor = number;
     stranger.connection->watch(true, false); // tells that the peer is gone
     if (const TerminalSession& session = sessions_.at(*number); session.endedSince())
         tellWaiters(session);
