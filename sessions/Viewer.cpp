@@ -9,7 +9,7 @@ namespace velmo {
 
 namespace {
 
-/// How much output is filtered at once. It may become many times as long: a reset has two bytes.
+/// How much output is filtered at once: a reset of two bytes becomes many times as long.
 constexpr std::size_t maxFiltered = std::size_t{1} << 14;
 
 /// Returns false for a frame that a client must not send.

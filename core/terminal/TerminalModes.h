@@ -31,9 +31,9 @@ public:
     [[nodiscard]] std::string sequences() const;
 
     /// Returns the sequences that bring a terminal from this state back to its state after a reset.
-    /// They leave the title alone, and what `PtyAttach::reset` sets in any case: the attributes,
-    /// the keypad and the last of the keyboard enhancements. The cursor stays where it is on the
-    /// main screen, or goes to the last line where that is not possible.
+    /// The sequences leave the title alone, and what `PtyAttach::reset` sets in any case: the
+    /// attributes, the keypad and the last of the keyboard enhancements. The cursor stays where it
+    /// is on the main screen, or goes to the last line where that is not possible.
     [[nodiscard]] std::string undo() const;
 
     /// Returns whether the program has asked for focus reports.
