@@ -870,6 +870,8 @@ class Completions(unittest.TestCase):
                ("VelmoPowerDaemonSimulated --ver", {"--version"}),
                ("velmo-session at", {"attach"}),
                ("velmo-session start our-to", {"our-tool"}),
+               ("velmo-session start -A some our-to", {"our-tool"}),
+               ("velmo-session attach --detach", {"--detach-key"}),
                ("velmo-session pty-attach --ticket-file FOLDER/somef", {"somefile"})]
 
     ZSH = """

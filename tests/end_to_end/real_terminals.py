@@ -95,9 +95,9 @@ class RealTerminals(unittest.TestCase):
                        env=self.environment, cwd=self.place.name, check=True, capture_output=True)
 
     def end_host(self):
-        with open(self.file("velmo-term/host.lock")) as file:
+        with open(self.file(".velmo/velmo-term/host.lock")) as file:
             os.kill(int(file.read()), 15)
-        until(lambda: not os.path.exists(self.file("velmo-term/control.sock")), "the host ends")
+        until(lambda: not os.path.exists(self.file(".velmo/velmo-term/control.sock")), "the host ends")
 
     def open(self, terminal, script):
         opened = terminal(self, script)

@@ -21,12 +21,14 @@ std::string functionName(const Program& program) {
     return name;
 }
 
-/// Returns the text in single quotes, as all three shells read it if it has no backslash.
+/// Returns the text in single quotes, as bash and zsh read it.
 std::string singleQuoted(std::string_view text) {
-    std::string result;
-    for (const char c : text)
-        result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return "'" + result + "'";
+    return "'" + Text::replacedAll(text, "'", "'\\''") + "'";
+}
+
+/// Returns the text in single quotes, as fish reads it.
+std::string fishQuoted(std::string_view text) {
+    return "'" + Text::replacedAll(Text::replacedAll(text, "\\", "\\\\"), "'", "\\'") + "'";
 }
 
 std::vector<Option> commonOptions(const Program& program) {
@@ -44,6 +46,10 @@ std::vector<Option> allOptions(const Program& program, const Verb& verb) {
 
 bool takesValue(const Option& option) {
     return !option.value.empty();
+}
+
+bool isLong(const Option& option) {
+    return option.name.starts_with("--");
 }
 
 std::string joined(
@@ -135,12 +141,16 @@ Marks bashMarks(const Program& program) {
 
 namespace {
 
-/// Returns an argument for `_arguments`: 'name=[explanation]:value:action'.
+/// Returns an argument for `_arguments`: 'name=[explanation]:value:action', with a plus sign in the
+/// place of the equals sign behind an option of one letter.
 std::string zshOption(const Option& option) {
     std::string help(option.help);
     std::erase_if(help, [](char c) { return c == '[' || c == ']'; });
-    std::string text =
-        std::string(option.name) + (takesValue(option) ? "=" : "") + "[" + help + "]";
+    std::string text = std::string(option.name)
+                       + (!takesValue(option) ? ""
+                          : isLong(option)    ? "="
+                                              : "+")
+                       + "[" + help + "]";
     if (!takesValue(option))
         return singleQuoted(text);
     text += ":" + Text::replacedAll(option.value, ":", "\\:") + ":";
@@ -189,14 +199,15 @@ Marks zshMarks(const Program& program) {
 namespace {
 
 std::string fishOption(const std::string& start, const Option& option) {
-    std::string line = start + " -l " + std::string(option.name.substr(2));
+    std::string line = start + (isLong(option) ? " -l " : " -s ")
+                       + std::string(option.name.substr(isLong(option) ? 2 : 1));
     if (option.value == "FOLDER")
         line += " -x -a '(__fish_complete_directories)'";
     else if (option.value == "FILE")
         line += " -r -F";
     else if (takesValue(option))
-        line += " -x -a " + singleQuoted(alternatives(option.value));
-    return line + " -d " + singleQuoted(option.help) + "\n";
+        line += " -x -a " + fishQuoted(alternatives(option.value));
+    return line + " -d " + fishQuoted(option.help) + "\n";
 }
 
 } // namespace
@@ -218,7 +229,7 @@ Marks fishMarks(const Program& program) {
     for (const Verb& verb : program.verbs) {
         if (!verb.name.empty())
             tables += start + " -n \"_" + function + "_is_at ''\" -a " + std::string(verb.name)
-                      + " -d " + singleQuoted(verb.help) + "\n";
+                      + " -d " + fishQuoted(verb.help) + "\n";
         for (const Option& option : verb.options)
             tables += fishOption(at(verb), option);
         if (operandKind(verb) == "folder")

@@ -15,7 +15,7 @@ using CommandLine::Section;
 using CommandLine::Verb;
 
 constexpr std::string_view detachKeyHelp =
-    "detach with this key and d, not Control-]: C-a, or C-\\";
+    "detach with this key and d, not Control-]; for example C-a";
 
 constexpr auto startOptions = std::to_array<Option>({
     {.name = "--cwd",

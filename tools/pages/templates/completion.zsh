@@ -22,7 +22,7 @@
             return
         elif [[ $word == --*=* ]]; then
             continue
-        elif [[ -n ${(M)arguments:#$word=*} ]]; then
+        elif [[ -n ${(M)arguments:#(${word}=|${word}+)*} ]]; then
             ((++i))
         elif [[ $word == -* ]]; then
             continue
