@@ -48,7 +48,7 @@ std::optional<NoticeReader::Notice> NoticeReader::read(ByteView bytes) {
             rest = afterText(rest);
         if (rest.empty())
             return std::exchange(found_, std::nullopt);
-        take(rest.front());
+        consume(rest.front());
         rest.remove_prefix(1);
     }
 }
@@ -61,7 +61,7 @@ std::string_view NoticeReader::afterText(std::string_view output) {
     return output.substr(text);
 }
 
-void NoticeReader::take(char byte) {
+void NoticeReader::consume(char byte) {
     switch (state_) {
     case State::ground: // an ESC
         state_ = State::escape;

@@ -28,7 +28,7 @@ private:
     enum class State : std::uint8_t { ground, escape, osc, oscEscape, string, stringEscape };
 
     std::string_view afterText(std::string_view output);
-    void take(char byte);
+    void consume(char byte);
     void takeInEscape(char byte);
     void takeInOsc(char byte);
     void finishOsc();

@@ -83,13 +83,14 @@ void SessionHost::writable(PeerId peer) {
                   [&](TerminalSession& session) { session.writable(services_.steadyTime()); });
 }
 
-void SessionHost::gone(PeerId peer) {
+void SessionHost::connectionLost(PeerId peer) {
     if (strangerOf(peer) != nullptr) {
         drop(peer);
         return;
     }
-    withSessionOf(peer,
-                  [&](TerminalSession& session) { session.gone(peer, services_.steadyTime()); });
+    withSessionOf(peer, [&](TerminalSession& session) {
+        session.connectionLost(peer, services_.steadyTime());
+    });
 }
 
 void SessionHost::programReady(SessionNumber session) {
@@ -116,13 +117,13 @@ void SessionHost::withSession(SessionNumber number, const Action& action) {
     if (found == sessions_.end())
         return;
     action(found->second);
-    settle(found->second);
+    forgetDismissed(found->second);
 }
 
 /// Forgets the viewers that have left, and has the session note the time if its first viewer came
 /// or its last one left.
-void SessionHost::settle(TerminalSession& session) {
-    for (const PeerId peer : session.takeLeft())
+void SessionHost::forgetDismissed(TerminalSession& session) {
+    for (const PeerId peer : session.takeDismissed())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
     if (!session.endedSince())
@@ -244,7 +245,7 @@ void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer>
     peers_.insert_or_assign(peer, session.identity().number);
     session.attach(std::move(viewer), std::move(admission), services_.steadyTime(),
                    services_.wallTime());
-    settle(session);
+    forgetDismissed(session);
     if (!early.empty())
         received(peer, bytesOf(early));
 }
@@ -267,11 +268,11 @@ void SessionHost::takeCalls(PeerId peer) {
         const std::string line = stranger->line.substr(0, end);
         stranger->line.erase(0, end + 1);
         stranger->since = services_.steadyTime();
-        take(peer, *stranger, line);
+        handleCall(peer, *stranger, line);
     }
 }
 
-void SessionHost::take(PeerId peer, Stranger& stranger, std::string_view line) {
+void SessionHost::handleCall(PeerId peer, Stranger& stranger, std::string_view line) {
     const auto call = decodeRecord<SessionCallLine>(line);
     stranger.isClosing = !call;
     if (!call)
@@ -598,7 +599,7 @@ void SessionHost::timePasses() {
     expireTickets(now);
     for (auto& [number, session] : sessions_) {
         session.timePasses(now);
-        settle(session);
+        forgetDismissed(session);
     }
     forgetEnded(now);
     std::vector<PeerId> silent;

@@ -65,7 +65,7 @@ public:
     // ignored.
     void received(PeerId peer, ByteView bytes);
     void writable(PeerId peer);
-    void gone(PeerId peer);
+    void connectionLost(PeerId peer);
 
     // Report events of a program. An unknown session is ignored.
     void programReady(SessionNumber session); ///< with output, or with room for input
@@ -108,7 +108,7 @@ private:
     void greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello);
     void refuse(PeerId peer, Stranger& stranger, std::string_view code);
     void takeCalls(PeerId peer);
-    void take(PeerId peer, Stranger& stranger, std::string_view line);
+    void handleCall(PeerId peer, Stranger& stranger, std::string_view line);
     Reply perform(const SessionCallLine& call);
     Reply start(const SessionCallLine& call);
     Reply list() const;
@@ -137,7 +137,7 @@ private:
     std::optional<Ticket> redeem(const std::string& token);
     bool pointAgentLink(const std::string& id, const std::string& agent);
     void useAgent(const std::optional<std::string>& agent, const TerminalSession& session);
-    void settle(TerminalSession& session);
+    void forgetDismissed(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);
     std::string randomHex(std::size_t bytes) const;

@@ -103,13 +103,13 @@ void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
     if (inputs)
         std::ranges::move(*inputs, std::back_inserter(seat->inputs));
     else
-        leave(*seat->viewer);
+        dismiss(*seat->viewer);
     update(now);
 }
 
-void TerminalSession::gone(PeerId peer, SteadyTime now) {
+void TerminalSession::connectionLost(PeerId peer, SteadyTime now) {
     if (const Seat* const seat = find(peer))
-        leave(*seat->viewer);
+        dismiss(*seat->viewer);
     update(now);
 }
 
@@ -163,7 +163,7 @@ void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
     typeSent();
     for (Seat& seat : seats_)
-        obey(seat);
+        carryOut(seat);
     applySize();
     if (exitCode_ && outputIsOver_)
         finish(now);
@@ -177,15 +177,15 @@ void TerminalSession::update(SteadyTime now) {
 }
 
 /// Carries out what the viewer has asked for, up to keys that the program does not read yet.
-void TerminalSession::obey(Seat& seat) {
+void TerminalSession::carryOut(Seat& seat) {
     while (!seat.inputs.empty()) {
         if (std::holds_alternative<viewer::Leave>(seat.inputs.front())) {
             seat.inputs.clear();
             attend();
-            leave(*seat.viewer);
+            dismiss(*seat.viewer);
             return;
         }
-        if (!obey(seat, seat.inputs.front())) {
+        if (!carryOut(seat, seat.inputs.front())) {
             isInputFull_ = true;
             return;
         }
@@ -195,7 +195,7 @@ void TerminalSession::obey(Seat& seat) {
 }
 
 /// Returns false if part of the input remains to be done later.
-bool TerminalSession::obey(Seat& seat, const ViewerInput& input) {
+bool TerminalSession::carryOut(Seat& seat, const ViewerInput& input) {
     if (!seat.admission.mayType) {
         look(seat, input);
         return true;
@@ -276,7 +276,7 @@ void TerminalSession::detach(SteadyTime now) {
         if (seat.viewer->isWindow())
             seat.viewer->tell(PtyAttach::errorFrame("detached"));
         static_cast<void>(seat.viewer->send(log_, false));
-        leave(*seat.viewer);
+        dismiss(*seat.viewer);
     }
     update(now);
 }
@@ -297,7 +297,7 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     }
     const bool isOver = progress == Viewer::Progress::done && seat.isTold;
     if (progress == Viewer::Progress::gone || isOver)
-        leave(viewer);
+        dismiss(viewer);
     else
         viewer.connection().watch(seat.inputs.empty(), progress == Viewer::Progress::waiting);
     if (seat.blockedSince && now - *seat.blockedSince >= Viewer::patience) {
@@ -377,7 +377,7 @@ void TerminalSession::timePasses(SteadyTime now) {
     if (endDue_ && *endDue_ <= now)
         signalToEnd(now);
     if (endedSince_ && now - *endedSince_ >= memory)
-        std::ranges::for_each(seats_, [this](const Seat& seat) { leave(*seat.viewer); });
+        std::ranges::for_each(seats_, [this](const Seat& seat) { dismiss(*seat.viewer); });
     if (drainUntil_ && *drainUntil_ <= now) {
         if (mustWait(now)) { // output may lie unread until a viewer catches up
             drainUntil_ = SteadyTime{now.seconds + drainPatience};
@@ -389,18 +389,18 @@ void TerminalSession::timePasses(SteadyTime now) {
     update(now);
 }
 
-void TerminalSession::leave(const Viewer& viewer) {
-    leaving_.push_back(viewer.id());
+void TerminalSession::dismiss(const Viewer& viewer) {
+    toDismiss_.push_back(viewer.id());
 }
 
 void TerminalSession::sweep() {
-    for (const PeerId peer : std::exchange(leaving_, {})) {
+    for (const PeerId peer : std::exchange(toDismiss_, {})) {
         const Seat* const seat = find(peer);
         if (seat == nullptr)
             continue;
         seat->viewer->connection().close();
         seats_.erase(seats_.begin() + (seat - seats_.data()));
-        left_.push_back(peer);
+        dismissed_.push_back(peer);
     }
     applySize();
     if (endedSince_ && seats_.empty())

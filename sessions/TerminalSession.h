@@ -77,7 +77,7 @@ public:
 
     void writable(SteadyTime now) { update(now); }
 
-    void gone(PeerId peer, SteadyTime now);
+    void connectionLost(PeerId peer, SteadyTime now);
     void programReadable(SteadyTime now);
     void programEnded(std::int32_t waitStatus, SteadyTime now);
 
@@ -98,7 +98,7 @@ public:
     void timePasses(SteadyTime now);
 
     /// Returns the viewers that have left since the last call; their connections are closed.
-    [[nodiscard]] std::vector<PeerId> takeLeft() { return std::exchange(left_, {}); }
+    [[nodiscard]] std::vector<PeerId> takeDismissed() { return std::exchange(dismissed_, {}); }
 
     /// Returns when the session ended; absent while it runs.
     [[nodiscard]] std::optional<SteadyTime> endedSince() const { return endedSince_; }
@@ -127,8 +127,8 @@ private:
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
     bool mustWait(SteadyTime now);
-    void obey(Seat& seat);
-    bool obey(Seat& seat, const ViewerInput& input);
+    void carryOut(Seat& seat);
+    bool carryOut(Seat& seat, const ViewerInput& input);
     void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
     void typeSent();
@@ -137,7 +137,7 @@ private:
     void applySize();
     void finish(SteadyTime now);
     void signalToEnd(SteadyTime now);
-    void leave(const Viewer& viewer);
+    void dismiss(const Viewer& viewer);
     void sweep();
     [[nodiscard]] Seat* find(PeerId peer);
     [[nodiscard]] const Seat* leader() const;
@@ -147,8 +147,8 @@ private:
     std::shared_ptr<Program> program_;
     OutputLog log_;
     std::vector<Seat> seats_;
-    std::vector<PeerId> leaving_;
-    std::vector<PeerId> left_;
+    std::vector<PeerId> toDismiss_;
+    std::vector<PeerId> dismissed_;
     PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;

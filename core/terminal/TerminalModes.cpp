@@ -36,10 +36,10 @@ std::size_t indexOf(std::int32_t knownMode) {
 
 void TerminalModes::follow(ByteView output) {
     reader_.readSequences(output,
-                          [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
+                          [this](const SequenceReader::Sequence& sequence) { apply(sequence); });
 }
 
-void TerminalModes::obey(const SequenceReader::Sequence& sequence) {
+void TerminalModes::apply(const SequenceReader::Sequence& sequence) {
     if (sequence.kind == SequenceReader::Kind::escape) {
         obeyEscape(sequence.text);
     } else if (sequence.kind == SequenceReader::Kind::osc) {

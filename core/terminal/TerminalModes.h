@@ -40,7 +40,7 @@ public:
     [[nodiscard]] bool reportsFocus() const;
 
 private:
-    void obey(const SequenceReader::Sequence& sequence);
+    void apply(const SequenceReader::Sequence& sequence);
     void obeyEscape(std::string_view escape);
     void obeyCsi(const ControlSequence::Csi& csi);
     void setModes(const ControlSequence::Csi& csi);

@@ -168,7 +168,7 @@ public:
         const PeerId peer = connect(Door::control);
         receive(peer, encodeJson(call).value() + "\n");
         const std::string reply = peers[peer]->received;
-        host.gone(peer);
+        host.connectionLost(peer);
         return decodeRecord<SessionReplyLine>(reply).value_or(SessionReplyLine{});
     }
 

@@ -99,7 +99,7 @@ void SessionDoors::acceptAll(SessionHost::Door door) {
         if (count > 0)
             host_.received(peer, ByteView(room).first(static_cast<std::size_t>(count)));
         else if (count == 0 || errno != EAGAIN)
-            host_.gone(peer);
+            host_.connectionLost(peer);
         afterwards_();
     };
     const auto send = [this, peer] {

@@ -367,7 +367,7 @@ TEST_F(SessionHostTest, TheViewerThatTypedLastSetsSizeAndAnswersQueries) {
     write("\x82");
     type(second, "k");
     write("\xAC\033[c");
-    world.host.gone(second);
+    world.host.connectionLost(second);
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
     write("\033[c");
     EXPECT_EQ(seen(first).output, "ab\033[c\xE2\x82\xAC\033[c");
@@ -456,7 +456,7 @@ TEST_F(SessionHostTest, AViewerThatMayOnlyLookChangesNothing) {
     EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 4);
     world.receive(window, ByteView(PtyAttach::detachFrame));
     EXPECT_TRUE(world.peers[window]->isClosed);
-    world.host.gone(typist);
+    world.host.connectionLost(typist);
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
 }
 
@@ -509,7 +509,7 @@ TEST_F(SessionHostTest, TellsWhatAsksForAPersonUntilOneLooks) {
     }
     const PeerId lost = attach(id);
     write("\a");
-    world.host.gone(lost);
+    world.host.connectionLost(lost);
     EXPECT_TRUE(entry().attentionSince) << "a lost connection does not look";
 }
 
@@ -556,7 +556,7 @@ TEST_F(SessionHostTest, AWaitIsAnsweredWhenTheSessionEnds) {
     world.pass(10 * SessionHost::strangerPatience);
     for (const PeerId peer : {waiter, talker, lost})
         EXPECT_FALSE(world.peers[peer]->isClosed || !world.peers[peer]->received.empty());
-    world.host.gone(lost);
+    world.host.connectionLost(lost);
     world.receive(talker, "{\"call\":\"list\"}\n");
     EXPECT_TRUE(world.peers[talker]->isClosed);
     world.end(7 << 8);
@@ -617,7 +617,7 @@ TEST_F(SessionHostTest, ARepeatIsCutToTheLastLines) {
         EXPECT_EQ(output.contains("two"), shown.contains("o")) << lines;
         EXPECT_TRUE(output.ends_with("> " + endOfRegion)) << lines;
         EXPECT_TRUE(output.contains("\033[1m")) << lines;
-        world.host.gone(peer);
+        world.host.connectionLost(peer);
     }
 }
 
@@ -778,7 +778,7 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
 TEST_F(SessionHostTest, ClosesAViewerThatSendsGarbage) {
     const std::string id = world.startShell();
     for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
-        world.host.gone(attach(id)); // a viewer is not a stranger
+        world.host.connectionLost(attach(id)); // a viewer is not a stranger
     const PeerId good = attach(id);
     const PeerId window = attach(id);
     const PeerId bridge = stream(id);
@@ -909,7 +909,7 @@ TEST_F(SessionHostTest, RefusesACircleThroughOtherSessions) {
     EXPECT_FALSE(show(2, 3).second) << "that meet again";
     EXPECT_TRUE(show(1, 0).second);
     EXPECT_TRUE(show(3, 0).second);
-    world.host.gone(second);
+    world.host.connectionLost(second);
     EXPECT_TRUE(show(3, 0).second) << "by the other way";
     EXPECT_TRUE(show(3, 2).second);
     EXPECT_FALSE(show(3, 1).second);
@@ -975,7 +975,7 @@ public:
             break;
         case vanish:
             if (isWatched())
-                world_.host.gone(windows_[current_]);
+                world_.host.connectionLost(windows_[current_]);
             break;
         case endProgram:
             program.isOver = true;
