@@ -146,13 +146,10 @@ namespace {
 std::string zshOption(const Option& option) {
     std::string help(option.help);
     std::erase_if(help, [](char c) { return c == '[' || c == ']'; });
-    std::string text = std::string(option.name)
-                       + (!takesValue(option) ? ""
-                          : isLong(option)    ? "="
-                                              : "+")
-                       + "[" + help + "]";
+    const std::string name(option.name);
     if (!takesValue(option))
-        return singleQuoted(text);
+        return singleQuoted(name + "[" + help + "]");
+    std::string text = name + (isLong(option) ? "=" : "+") + "[" + help + "]";
     text += ":" + Text::replacedAll(option.value, ":", "\\:") + ":";
     if (option.value == "FOLDER")
         text += "_files -/";
@@ -224,16 +221,19 @@ Marks fishMarks(const Program& program) {
     };
     std::vector<Option> valued = commonOptions(program);
     std::string tables;
+    const std::string anywhere = start + " -n _" + function + "_takes_ours";
     for (const Option& option : valued)
-        tables += fishOption(start + " -n _" + function + "_takes_ours", option);
+        tables += fishOption(anywhere, option);
     for (const Verb& verb : program.verbs) {
         if (!verb.name.empty())
-            tables += start + " -n \"_" + function + "_is_at ''\" -a " + std::string(verb.name)
-                      + " -d " + fishQuoted(verb.help) + "\n";
+            tables.append(start)
+                .append(" -n \"_" + function + "_is_at ''\" -a ")
+                .append(verb.name)
+                .append(" -d " + fishQuoted(verb.help) + "\n");
         for (const Option& option : verb.options)
             tables += fishOption(at(verb), option);
         if (operandKind(verb) == "folder")
-            tables += at(verb) + " -a '(__fish_complete_directories)'\n";
+            tables.append(at(verb)).append(" -a '(__fish_complete_directories)'\n");
         valued.insert(valued.end(), verb.options.begin(), verb.options.end());
     }
     return {
