@@ -329,8 +329,8 @@ int pathOf(int process, char* to, std::uint32_t size) {
     return length < 0 ? 0 : static_cast<int>(length);
 }
 
-/// Returns the words by which a process was started. In an emulated process's command line these
-/// are the words behind the emulator's.
+} // namespace
+
 std::vector<std::string> wordsOf(int process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
     std::vector<std::string> words;
@@ -342,6 +342,8 @@ std::vector<std::string> wordsOf(int process) {
     }
     return words;
 }
+
+namespace {
 
 /// PROC_PIDT_SHORTBSDINFO of proc_pidinfo(3): fills in the user, which is the emulated one of every
 /// process.
@@ -357,27 +359,6 @@ int processFacts(int process, int flavour, std::uint64_t /*argument*/, void* to,
     const std::uint32_t owner = emulatedUser();
     std::memcpy(static_cast<char*>(to) + user, &owner, sizeof owner);
     return length;
-}
-
-/// CTL_KERN, KERN_PROCARGS2 of sysctl(3).
-int systemControl(const int* name, unsigned count, void* to, std::size_t* size, void* /*wanted*/,
-                  std::size_t /*wantedSize*/) {
-    constexpr int kernel = 1;
-    constexpr int processArguments = 49;
-    if (count != 3 || name[0] != kernel || name[1] != processArguments)
-        misuse("sysctl of a name that no shim has");
-    const auto words = wordsOf(name[2]);
-    const int number = static_cast<int>(words.size());
-    std::string bytes(sizeof number, '\0');
-    std::memcpy(bytes.data(), &number, sizeof number);
-    bytes += words.empty() ? "" : words.front();
-    bytes.append(4, '\0');
-    for (const std::string& word : words)
-        bytes.append(word).push_back('\0');
-    if (to != nullptr)
-        bytes.copy(static_cast<char*>(to), *size);
-    *size = bytes.size();
-    return 0;
 }
 
 std::uintptr_t stackGuard = 0x00A5C3F00FB4D296;
@@ -410,7 +391,6 @@ constexpr auto shims = std::to_array<Shim>({
     {"_proc_pidpath", address<pathOf>},
     {"_realpath$DARWIN_EXTSN", address<wholePath>},
     {"_setsid", address<leadSession>},
-    {"_sysctl", address<systemControl>},
     {"_waitpid", address<waitFor>},
 });
 

@@ -19,6 +19,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,16 +28,32 @@ namespace velmo {
 
 namespace {
 
-// sysctl: the list of a user's processes.
+// sysctl: processes, and the words by which one was started.
 
 constexpr std::size_t processSize = 648; // sizeof(kinfo_proc)
 constexpr std::size_t numberAt = 40;     // kp_proc.p_pid
+constexpr std::size_t parentAt = 560;    // kp_eproc.e_ppid
 constexpr std::size_t groupAt = 564;     // kp_eproc.e_pgid
 
 struct Process {
     pid_t number;
+    pid_t parent;
     pid_t group;
 };
+
+/// Reads /proc/PID/stat: the number, the name in brackets, a letter, the parent and the group.
+/// Returns nothing if there is no such process.
+std::optional<Process> processOf(pid_t number) {
+    std::ifstream file("/proc/" + std::to_string(number) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    Process process{.number = number, .parent = 0, .group = 0};
+    const std::size_t name = line.rfind(')');
+    if (name == std::string::npos
+        || std::sscanf(line.c_str() + name + 1, " %*c %d %d", &process.parent, &process.group) != 2)
+        return std::nullopt;
+    return process;
+}
 
 /// The processes that run as this one does. XNU lists none that has ended.
 std::vector<Process> processesOfUser() {
@@ -48,21 +66,15 @@ std::vector<Process> processesOfUser() {
         if (std::sscanf(path.c_str(), "/proc/%d", &number) != 1
             || ::stat(path.c_str(), &status) != 0 || status.st_uid != ::getuid())
             continue;
-        if (const pid_t group = ::getpgid(number); group >= 0)
-            found.push_back({number, group});
+        if (const auto process = processOf(number))
+            found.push_back(*process);
     }
     return found;
 }
 
 /// The size is that of what was given; without room it is that of all, and a little more
 /// (sysctl_prochandle in XNU's kern_sysctl.c).
-int systemControl(const int* name, std::uint32_t count, char* to, std::size_t* size,
-                  const void* wanted, std::size_t /*wantedSize*/) {
-    constexpr std::array ofUser{1, 14, 5}; // CTL_KERN, KERN_PROC, KERN_PROC_UID
-    if (count != 4 || !std::equal(ofUser.begin(), ofUser.end(), name) || wanted != nullptr
-        || name[3] != static_cast<int>(emulatedUser()))
-        endRun("a sysctl that has no case");
-    const std::vector<Process> processes = processesOfUser();
+int giveProcesses(const std::vector<Process>& processes, char* to, std::size_t* size) {
     if (to == nullptr) {
         *size = (processes.size() + 5) * processSize;
         return 0;
@@ -72,6 +84,7 @@ int systemControl(const int* name, std::uint32_t count, char* to, std::size_t* s
         char* const place = to + i * processSize;
         std::memset(place, 0, processSize);
         std::memcpy(place + numberAt, &processes[i].number, sizeof(pid_t));
+        std::memcpy(place + parentAt, &processes[i].parent, sizeof(pid_t));
         std::memcpy(place + groupAt, &processes[i].group, sizeof(pid_t));
     }
     *size = fitting * processSize;
@@ -79,6 +92,39 @@ int systemControl(const int* name, std::uint32_t count, char* to, std::size_t* s
         return 0;
     *darwinErrno() = darwinErrorOf(ENOMEM);
     return -1;
+}
+
+/// Gives the number of words, the program's path, and the words (sysctl_procargsx in XNU's
+/// kern_sysctl.c).
+int giveWords(pid_t process, char* to, std::size_t* size) {
+    const auto words = wordsOf(process);
+    const int number = static_cast<int>(words.size());
+    std::string bytes(sizeof number, '\0');
+    std::memcpy(bytes.data(), &number, sizeof number);
+    bytes += words.empty() ? "" : words.front();
+    bytes.append(4, '\0');
+    for (const std::string& word : words)
+        bytes.append(word).push_back('\0');
+    if (to != nullptr)
+        bytes.copy(to, *size);
+    *size = bytes.size();
+    return 0;
+}
+
+int systemControl(const int* name, std::uint32_t count, char* to, std::size_t* size,
+                  const void* wanted, std::size_t /*wantedSize*/) {
+    const std::vector<int> query(name, name + count);
+    if (wanted != nullptr)
+        endRun("a sysctl that sets");
+    if (query == std::vector{1, 14, 5, static_cast<int>(emulatedUser())}) // KERN_PROC_UID
+        return giveProcesses(processesOfUser(), to, size);
+    if (count == 4 && query == std::vector{1, 14, 1, query.back()}) { // KERN_PROC_PID
+        const auto process = processOf(query.back());
+        return giveProcesses(process ? std::vector{*process} : std::vector<Process>(), to, size);
+    }
+    if (count == 3 && query == std::vector{1, 49, query.back()}) // KERN_PROCARGS2
+        return giveWords(query.back(), to, size);
+    endRun("a sysctl that has no case");
 }
 
 // The user.
