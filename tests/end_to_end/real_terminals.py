@@ -128,7 +128,7 @@ class RealTerminals(unittest.TestCase):
         signal: that answer comes after all others."""
         with open(self.file("program"), "w") as file:
             file.write("stty raw -echo\n"
-                       "(trap \"printf '\\033[5n'\" USR1; echo $BASHPID >pid; while :; do sleep 0.1; done) &\n"
+                       "(trap \"printf '\\033[5n'\" USR1; echo $BASHPID >pid; while kill -0 $$; do sleep 0.1; done) &\n"
                        f"printf '{QUERIES}'\n"
                        "printf '\\033[>4;2m\\033[4 q\\033[3;9r\\033[4h'\n"
                        "touch asked; cat >typed\n")
