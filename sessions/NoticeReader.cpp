@@ -22,7 +22,7 @@ bool isCommand(std::string_view text) {
     return !first.empty() && first.size() <= 2 && std::ranges::all_of(first, Ascii::isDigit);
 }
 
-/// Returns the text of a notice; empty if the OSC is none.
+/// Returns the text of the notice that an OSC sends; empty for any other OSC.
 std::string textOfOsc(std::string_view osc) {
     constexpr std::string_view plain = "9;";
     constexpr std::string_view titled = "777;notify;";

@@ -95,7 +95,7 @@ private:
         SteadyTime since;
         std::string line;  ///< received, and not yet read as a greeting or a call
         std::string reply; ///< what is left to send
-        std::optional<SessionNumber> waitsFor; ///< whose end is the reply to the last call
+        std::optional<SessionNumber> waitsFor; ///< the last call is answered when this session ends
         bool isClosing = false;                ///< the connection closes once the reply is sent
     };
 

@@ -106,8 +106,8 @@ void TerminalModes::setKeyboard(const Csi& csi) {
     }
 }
 
-/// Obeys CSI > number ; value m. Without a value the terminal uses its own again, and for every
-/// number if there is none either.
+/// Obeys CSI > number ; value m. Without a value the terminal uses its own again; without
+/// a number too, the terminal does so for every number.
 void TerminalModes::setKeyModifiers(const Csi& csi) {
     std::string_view value = csi.parameters;
     ControlSequence::takeField(value, ';');

@@ -32,8 +32,8 @@ inline constexpr auto rawTexts<PowerCall> =
 inline constexpr std::size_t maxCallLine = 1024;
 inline constexpr std::size_t maxReplyLine = 8192;
 
-/// The `reason` in the line for a client for which there is no place. No `HoldRefusal` has this
-/// text.
+/// The `reason` in the line for a client that comes when all places are taken. The texts of
+/// `HoldRefusal` differ from this one.
 inline constexpr std::string_view tooManyClients = "too many clients";
 
 struct CallLine {

@@ -65,7 +65,7 @@ std::optional<std::string> faultOf(const JsonObject& object, const std::string& 
 }
 
 /// Returns the name, as it is spelt, of the first member that an object of the text names twice;
-/// absent if there is none. The text may be any.
+/// absent if every object names its members once. The text may be any.
 std::optional<std::string> nameGivenTwice(std::string_view json);
 
 /// Does the same as `faultOf` above for a whole text.

@@ -41,7 +41,7 @@ std::optional<char> controlled(char key) {
                                         : std::nullopt;
 }
 
-/// Returns what a key's name types; absent for a word that is no key.
+/// Returns what a key's name types; absent for any other word.
 std::optional<std::string> keyNamed(std::string_view word) {
     if (const auto* const found = std::ranges::find(namedKeys, word, &NamedKey::name);
         found != namedKeys.end())

@@ -240,8 +240,8 @@ private:
         folder_.touch();
     }
 
-    /// Takes the right to serve where the folder's path leads now. Returns false if there is no
-    /// folder to serve in, or another host serves there.
+    /// Takes the right to serve where the folder's path leads now. Returns false if
+    /// the folder can't be made, or another host serves there.
     bool serveInNewFolder() {
         log_("the folder or its lock is gone");
         auto folder = PrivateFolder::make();

@@ -130,7 +130,7 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
                     SessionExit::refused);
 }
 
-/// Returns the reply. The error says for people why there is none.
+/// Returns the reply, or in words for people why the host has not replied.
 std::expected<SessionReplyLine, std::string> askToStart(const SessionCallLine& call) {
     // An idle host may end just before it reads the call, so the call is made twice.
     for (int tries = 0; tries < 2; ++tries) {
