@@ -33,7 +33,7 @@ std::expected<Sessions, int> sessionsOfHost() {
     return reply ? reply->sessions.value_or(Sessions()) : Sessions();
 }
 
-std::string textOf(const Sessions& sessions, bool isJson) {
+std::string listing(const Sessions& sessions, bool isJson) {
     if (!isJson)
         return listText(sessions, Clocks::wallTime());
     std::string text;
@@ -52,9 +52,9 @@ int watch(bool isJson) {
             return sessions.error();
         int status = SessionExit::success;
         if (isScreen)
-            status = print(std::string(clearScreen) + textOf(*sessions, isJson));
+            status = print(std::string(clearScreen) + listing(*sessions, isJson));
         else if (sessions != last)
-            status = print(textOf(*sessions, isJson));
+            status = print(listing(*sessions, isJson));
         if (status != SessionExit::success)
             return status;
         last = *std::move(sessions);
@@ -68,7 +68,7 @@ int list(const ListRequest& request) {
     if (request.isWatched)
         return watch(request.isJson);
     const auto sessions = sessionsOfHost();
-    return sessions ? print(textOf(*sessions, request.isJson)) : sessions.error();
+    return sessions ? print(listing(*sessions, request.isJson)) : sessions.error();
 }
 
 } // namespace velmo
