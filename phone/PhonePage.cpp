@@ -120,7 +120,7 @@ void PhonePage::list() {
 
 void PhonePage::watch(const std::string& session) {
     leave();
-    services_.sessions.watch(session,
+    services_.sessions.watch(session, device_.rights == DeviceRights::view,
                              counted([number = watching_, session](PhonePage& page, auto stream) {
                                  if (page.watching_ != number)
                                      return; // the page has changed its mind meanwhile

@@ -48,8 +48,8 @@ public:
     /// Starts what the page asks for in a new session, and a session host if none serves.
     virtual void start(const PhoneCallLine& wanted, OnReply done) = 0;
 
-    /// Joins a session.
-    virtual void watch(const std::string& session, OnStream done) = 0;
+    /// Joins a session; with `viewOnly` the host takes nothing of the stream's frames.
+    virtual void watch(const std::string& session, bool viewOnly, OnStream done) = 0;
 };
 
 } // namespace velmo

@@ -23,9 +23,10 @@ ByteView OutputLog::at(Position position, std::size_t max) const {
     return {memory_.get() + offset, std::min({max, left, capacity - offset})};
 }
 
-OutputLog::Start OutputLog::replayStart() const {
-    if (begin_ == 0)
-        return {.position = 0, .sequences = ""};
+OutputLog::Start OutputLog::replayStart(std::optional<std::size_t> lines) const {
+    const Position earliest = lines ? beginningOfLast(*lines) : begin_;
+    if (earliest == 0)
+        return {.position = 0, .sequences = "", .reportsFocus = false};
     TerminalModes modes = modes_;
     Position position = begin_;
     while (position < end_) {
@@ -35,10 +36,23 @@ OutputLog::Start OutputLog::replayStart() const {
         const std::size_t length = endsLine ? line + 1 : piece.size();
         modes.follow(piece.first(length));
         position += length;
-        if (endsLine && modes.isAtRest())
+        if (endsLine && position >= earliest && modes.isAtRest())
             break;
     }
-    return {.position = position, .sequences = modes.sequences()};
+    return {
+        .position = position, .sequences = modes.sequences(), .reportsFocus = modes.reportsFocus()};
+}
+
+/// Returns the position behind the line feed before so many lines; the first that is kept if there
+/// are fewer.
+OutputLog::Position OutputLog::beginningOfLast(std::size_t lines) const {
+    for (Position position = end_; position > begin_; --position) {
+        const bool isLineFeed =
+            memory_[static_cast<std::size_t>((position - 1) % capacity)] == '\n';
+        if (isLineFeed && lines-- <= 1)
+            return position;
+    }
+    return begin_;
 }
 
 void OutputLog::clear() {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -39,16 +40,20 @@ public:
     struct Start {
         Position position;
         std::string sequences; ///< set a terminal's modes as they were at the position
+        bool reportsFocus;     ///< the program had asked for focus reports before the position
     };
 
     /// Returns the program's start if all of its output is kept, or else the first beginning of a
-    /// line outside of any control sequence.
-    [[nodiscard]] Start replayStart() const;
+    /// line outside of any control sequence. With a number of lines, a replay begins no earlier
+    /// than at the first of so many last lines, the unfinished one included.
+    [[nodiscard]] Start replayStart(std::optional<std::size_t> lines = {}) const;
 
     /// Drops all output and frees the memory.
     void clear();
 
 private:
+    [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
+
     static constexpr std::size_t capacity = kept + maxRead;
 
     std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output

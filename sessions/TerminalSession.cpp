@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace velmo {
@@ -18,6 +19,15 @@ constexpr std::size_t maxBurst = OutputLog::maxRead;
 /// A read of fewer bytes than this has most likely got everything. Another read would only cost
 /// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
+
+/// Ends a scrolling region that was set for another size, and leaves the cursor where it is.
+constexpr std::string_view endRegion = "\0337\033[r\0338";
+
+/// Returns what scrolls all that a terminal of this height shows down to the cursor's line off its
+/// top, where the terminal keeps it, and puts the cursor there.
+std::string scrollAway(PtyFrame::Size size) {
+    return "\r" + std::string(static_cast<std::size_t>(size.rows), '\n') + "\033[H";
+}
 
 /// Sent before a replay to a terminal that shows an older state of the session.
 const std::string clearScreen = std::string(PtyAttach::reset) + "\033[2J\033[H";
@@ -32,26 +42,40 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
 }
 
-std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+std::optional<SessionRefusal> TerminalSession::refusal() const {
     if (endedSince_)
         return SessionRefusal::ended;
-    if (viewers_.size() == maxViewers)
+    if (seats_.size() == maxViewers)
         return SessionRefusal::limit;
-    if (program_ && connection.leader() == program_->pid())
-        return SessionRefusal::itself;
     return std::nullopt;
 }
 
-void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, WallTime date) {
-    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
+std::optional<std::uint32_t> TerminalSession::process() const {
+    return program_ ? std::optional(program_->pid()) : std::nullopt;
+}
+
+std::set<SessionNumber> TerminalSession::shownIn() const {
+    std::set<SessionNumber> all;
+    for (const Seat& seat : seats_)
+        all.insert(seat.admission.runsIn.begin(), seat.admission.runsIn.end());
+    return all;
+}
+
+void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission, SteadyTime now,
+                             WallTime date) {
+    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, "");
-    viewer->activity = ++activities_;
-    viewers_.push_back(std::move(viewer));
+    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size), admission.lines);
+    hadViewer_ = true;
+    attend();
+    seats_.push_back({.viewer = std::move(viewer),
+                      .admission = std::move(admission),
+                      .activity = ++activities_});
     noteDate(date);
     applySize();
     if (log_.end() > 0)
@@ -59,21 +83,33 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, SteadyTime now, Wal
     update(now);
 }
 
+/// Returns what surrounds the first replay of a viewer. The first window of a session that nothing
+/// is lost of shows the program as if it had been started there.
+Viewer::Surroundings TerminalSession::surroundings(bool isWindow,
+                                                   std::optional<PtyFrame::Size> size) const {
+    if (log_.end() == 0)
+        return {};
+    const bool isAsBefore = size == size_;
+    const bool beginsThere = isAsBefore && !hadViewer_ && log_.begin() == 0;
+    return {.before = isWindow && size && !beginsThere ? scrollAway(*size) : "",
+            .after = std::string(isAsBefore ? "" : endRegion)};
+}
+
 void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
-    Viewer* const viewer = find(peer);
-    if (viewer == nullptr)
+    Seat* const seat = find(peer);
+    if (seat == nullptr)
         return;
-    auto inputs = viewer->decode(bytes);
+    auto inputs = seat->viewer->decode(bytes);
     if (inputs)
-        std::ranges::move(*inputs, std::back_inserter(viewer->inputs));
+        std::ranges::move(*inputs, std::back_inserter(seat->inputs));
     else
-        leave(*viewer);
+        dismiss(*seat->viewer);
     update(now);
 }
 
-void TerminalSession::gone(PeerId peer, SteadyTime now) {
-    if (Viewer* const viewer = find(peer))
-        leave(*viewer);
+void TerminalSession::connectionLost(PeerId peer, SteadyTime now) {
+    if (const Seat* const seat = find(peer))
+        dismiss(*seat->viewer);
     update(now);
 }
 
@@ -91,8 +127,14 @@ void TerminalSession::programEnded(std::int32_t waitStatus, SteadyTime now) {
 void TerminalSession::readProgram(SteadyTime now) {
     std::size_t burst = 0;
     while (program_ && !outputIsOver_ && burst < maxBurst && !mustWait(now)) {
-        const Program::Output output = program_->read(log_.room());
+        const std::span<std::uint8_t> room = log_.room();
+        const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        if (auto notice = noticeReader_.read(room.first(output.bytes))) {
+            isAttentionNew_ = true;
+            if (!notice->empty())
+                notice_ = *std::move(notice);
+        }
         burst += output.bytes;
         outputIsOver_ = output.isOver;
         if (output.bytes < littleOutput)
@@ -103,14 +145,14 @@ void TerminalSession::readProgram(SteadyTime now) {
 /// Tells whether the program has to wait for a viewer that does not keep up.
 bool TerminalSession::mustWait(SteadyTime now) {
     bool waits = false;
-    for (const auto& viewer : viewers_) {
-        const std::size_t behind = viewer->behind(log_);
+    for (Seat& seat : seats_) {
+        const std::size_t behind = seat.viewer->behind(log_);
         if (behind < Viewer::caughtUp) {
-            viewer->isWaitedFor = true;
-            viewer->blockedSince.reset();
-        } else if (viewer->isWaitedFor && behind > Viewer::window) {
-            if (!viewer->blockedSince)
-                viewer->blockedSince = now;
+            seat.isWaitedFor = true;
+            seat.blockedSince.reset();
+        } else if (seat.isWaitedFor && behind > Viewer::window) {
+            if (!seat.blockedSince)
+                seat.blockedSince = now;
             waits = true;
         }
     }
@@ -119,14 +161,15 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
-    for (const auto& viewer : viewers_)
-        obey(*viewer);
+    typeSent();
+    for (Seat& seat : seats_)
+        carryOut(seat);
     applySize();
     if (exitCode_ && outputIsOver_)
         finish(now);
-    const Viewer* const first = leader();
-    for (const auto& viewer : viewers_)
-        show(*viewer, viewer.get() == first, now);
+    const Seat* const first = leader();
+    for (Seat& seat : seats_)
+        show(seat, &seat == first, now);
     sweep();
     // After `sweep`, so that the program does not wait for a viewer that has left.
     if (program_ && !endedSince_)
@@ -134,70 +177,134 @@ void TerminalSession::update(SteadyTime now) {
 }
 
 /// Carries out what the viewer has asked for, up to keys that the program does not read yet.
-void TerminalSession::obey(Viewer& viewer) {
-    while (!viewer.inputs.empty()) {
-        if (std::holds_alternative<viewer::Leave>(viewer.inputs.front())) {
-            viewer.inputs.clear();
-            leave(viewer);
+void TerminalSession::carryOut(Seat& seat) {
+    while (!seat.inputs.empty()) {
+        if (std::holds_alternative<viewer::Leave>(seat.inputs.front())) {
+            seat.inputs.clear();
+            attend();
+            dismiss(*seat.viewer);
             return;
         }
-        if (!obey(viewer, viewer.inputs.front())) {
+        if (!carryOut(seat, seat.inputs.front())) {
             isInputFull_ = true;
             return;
         }
-        viewer.inputs.pop_front();
-        viewer.typed = 0;
+        seat.inputs.pop_front();
+        seat.typed = 0;
     }
 }
 
 /// Returns false if part of the input remains to be done later.
-bool TerminalSession::obey(Viewer& viewer, const ViewerInput& input) {
+bool TerminalSession::carryOut(Seat& seat, const ViewerInput& input) {
+    if (!seat.admission.mayType) {
+        look(seat, input);
+        return true;
+    }
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
             program_->signalForeground(signal->number);
         return true;
     }
-    viewer.activity = ++activities_;
+    seat.activity = ++activities_;
+    attend();
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
         if (resize->size == size_)
             redraw();
-        viewer.size = resize->size;
+        seat.admission.size = resize->size;
         return true;
     }
-    return type(viewer, std::get<viewer::Keys>(input).bytes);
+    return type(seat, std::get<viewer::Keys>(input).bytes);
+}
+
+/// Does what a viewer that may not type may ask for: a viewer that tells the same size twice wants
+/// the screen drawn anew.
+void TerminalSession::look(Seat& seat, const ViewerInput& input) {
+    const auto* const resize = std::get_if<viewer::Resize>(&input);
+    if (resize == nullptr)
+        return;
+    if (seat.admission.size == resize->size)
+        redraw();
+    seat.admission.size = resize->size;
+}
+
+/// Notes that a person looks at the session.
+void TerminalSession::attend() {
+    isAttentionNew_ = false;
+    attentionSince_.reset();
+    notice_.clear();
 }
 
 /// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
 /// together: while another viewer's are typed in part, these wait. Returns false if some remain.
-bool TerminalSession::type(Viewer& viewer, ByteView keys) {
+bool TerminalSession::type(Seat& seat, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
-    const bool othersFirst = std::ranges::any_of(
-        viewers_, [&](const auto& other) { return other.get() != &viewer && other->typed > 0; });
+    const bool othersFirst = sentTyped_ > 0 || std::ranges::any_of(seats_, [&](const Seat& other) {
+                                 return &other != &seat && other.typed > 0;
+                             });
     if (!othersFirst)
-        viewer.typed += program_->write(keys.subspan(viewer.typed));
-    return viewer.typed == keys.size();
+        seat.typed += program_->write(keys.subspan(seat.typed));
+    return seat.typed == keys.size();
 }
 
-void TerminalSession::show(Viewer& viewer, bool answers, SteadyTime now) {
+/// Types what was sent, unless a viewer's keys are typed in part.
+void TerminalSession::typeSent() {
+    if (sent_.empty())
+        return;
+    const bool othersFirst =
+        std::ranges::any_of(seats_, [](const Seat& seat) { return seat.typed > 0; });
+    if (program_ && !exitCode_ && !othersFirst)
+        sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
+    if (program_ && !exitCode_ && sentTyped_ < sent_.size()) {
+        isInputFull_ = true;
+        return;
+    }
+    sent_.clear();
+    sentTyped_ = 0;
+}
+
+bool TerminalSession::send(ByteView keys, SteadyTime now) {
+    if (!sent_.empty())
+        return false;
+    sent_.assign(keys.begin(), keys.end());
+    update(now);
+    return true;
+}
+
+void TerminalSession::detach(SteadyTime now) {
+    for (const Seat& seat : seats_) {
+        if (seat.viewer->isWindow())
+            seat.viewer->tell(PtyAttach::errorFrame("detached"));
+        static_cast<void>(seat.viewer->send(log_, false));
+        dismiss(*seat.viewer);
+    }
+    update(now);
+}
+
+void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
+    Viewer& viewer = *seat.viewer;
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
-        viewer.replay(log_, clearScreen);
+        viewer.replay(log_, {.before = clearScreen,
+                             .after = std::string(seat.admission.size == size_ ? "" : endRegion)});
         redraw();
         progress = viewer.send(log_, answers);
     }
-    if (progress == Viewer::Progress::done && endedSince_ && !viewer.isTold) {
-        viewer.isTold = true;
+    if (progress == Viewer::Progress::done && endedSince_ && !seat.isTold) {
+        seat.isTold = true;
         viewer.tell(exitFrame(viewer, *exitCode_));
         progress = viewer.send(log_, answers);
     }
-    const bool isOver = progress == Viewer::Progress::done && viewer.isTold;
+    const bool isOver = progress == Viewer::Progress::done && seat.isTold;
     if (progress == Viewer::Progress::gone || isOver)
-        leave(viewer);
+        dismiss(viewer);
     else
-        viewer.connection().watch(viewer.inputs.empty(), progress == Viewer::Progress::waiting);
-    if (viewer.blockedSince && now - *viewer.blockedSince >= Viewer::patience)
-        viewer.stopWaitingFor(log_);
+        viewer.connection().watch(seat.inputs.empty(), progress == Viewer::Progress::waiting);
+    if (seat.blockedSince && now - *seat.blockedSince >= Viewer::patience) {
+        seat.isWaitedFor = false;
+        seat.blockedSince.reset();
+        viewer.keepFrame(log_);
+    }
 }
 
 /// Makes a full-screen program draw anew: the size changes by a row and back, since a program is
@@ -214,10 +321,10 @@ void TerminalSession::redraw() {
 /// Applies the size of the leader: of the viewers that have told their size, the one that attached,
 /// typed or resized last.
 void TerminalSession::applySize() {
-    const Viewer* const first = leader();
-    if (first == nullptr || !first->size || *first->size == size_ || !program_)
+    const Seat* const first = leader();
+    if (first == nullptr || !first->admission.size || *first->admission.size == size_ || !program_)
         return;
-    size_ = *first->size;
+    size_ = *first->admission.size;
     program_->setSize(size_);
 }
 
@@ -260,8 +367,8 @@ std::optional<SteadyTime> TerminalSession::deadline() const {
             earliest = time;
     };
     consider(endDue_);
-    for (const auto& viewer : viewers_)
-        consider(viewer->blockedSince.transform(
+    for (const Seat& seat : seats_)
+        consider(seat.blockedSince.transform(
             [](SteadyTime since) { return SteadyTime{since.seconds + Viewer::patience}; }));
     return earliest;
 }
@@ -270,7 +377,7 @@ void TerminalSession::timePasses(SteadyTime now) {
     if (endDue_ && *endDue_ <= now)
         signalToEnd(now);
     if (endedSince_ && now - *endedSince_ >= memory)
-        std::ranges::for_each(viewers_, [this](const auto& viewer) { leave(*viewer); });
+        std::ranges::for_each(seats_, [this](const Seat& seat) { dismiss(*seat.viewer); });
     if (drainUntil_ && *drainUntil_ <= now) {
         if (mustWait(now)) { // output may lie unread until a viewer catches up
             drainUntil_ = SteadyTime{now.seconds + drainPatience};
@@ -282,41 +389,47 @@ void TerminalSession::timePasses(SteadyTime now) {
     update(now);
 }
 
-void TerminalSession::leave(const Viewer& viewer) {
-    leaving_.push_back(viewer.id());
+void TerminalSession::dismiss(const Viewer& viewer) {
+    toDismiss_.push_back(viewer.id());
 }
 
 void TerminalSession::sweep() {
-    for (const PeerId peer : std::exchange(leaving_, {})) {
-        const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
-        if (found == viewers_.end())
+    for (const PeerId peer : std::exchange(toDismiss_, {})) {
+        const Seat* const seat = find(peer);
+        if (seat == nullptr)
             continue;
-        (*found)->connection().close();
-        viewers_.erase(found);
-        left_.push_back(peer);
+        seat->viewer->connection().close();
+        seats_.erase(seats_.begin() + (seat - seats_.data()));
+        dismissed_.push_back(peer);
     }
     applySize();
-    if (endedSince_ && viewers_.empty())
+    if (endedSince_ && seats_.empty())
         log_.clear();
 }
 
-Viewer* TerminalSession::find(PeerId peer) const {
-    const auto found = std::ranges::find(viewers_, peer, &Viewer::id);
-    return found == viewers_.end() ? nullptr : found->get();
+TerminalSession::Seat* TerminalSession::find(PeerId peer) {
+    const auto found =
+        std::ranges::find(seats_, peer, [](const Seat& seat) { return seat.viewer->id(); });
+    return found == seats_.end() ? nullptr : &*found;
 }
 
-Viewer* TerminalSession::leader() const {
-    const auto rank = [](const auto& viewer) {
-        return std::pair(viewer->size.has_value(), viewer->activity);
+/// Returns the viewer that decides the size and answers queries; null if none may.
+const TerminalSession::Seat* TerminalSession::leader() const {
+    const auto rank = [](const Seat& seat) {
+        return std::tuple(seat.admission.mayType, seat.admission.size.has_value(), seat.activity);
     };
-    const auto found = std::ranges::max_element(viewers_, {}, rank);
-    return found == viewers_.end() ? nullptr : found->get();
+    const auto found = std::ranges::max_element(seats_, {}, rank);
+    return found == seats_.end() || !found->admission.mayType ? nullptr : &*found;
 }
 
 void TerminalSession::noteDate(WallTime date) {
-    if (hadViewers_ != viewers_.empty())
+    if (std::exchange(dated_, log_.end()) != log_.end())
+        lastOutput_ = date;
+    if (std::exchange(isAttentionNew_, false))
+        attentionSince_ = date;
+    if (hadViewers_ != seats_.empty())
         return;
-    hadViewers_ = !viewers_.empty();
+    hadViewers_ = !seats_.empty();
     countChanged_ = date;
 }
 
@@ -328,9 +441,15 @@ SessionEntry TerminalSession::entry() const {
                        .cols = size_.cols,
                        .rows = size_.rows,
                        .since = identity_.since.sinceEpoch,
-                       .viewers = static_cast<int>(viewers_.size()),
+                       .viewers = static_cast<int>(seats_.size()),
                        .bytesOut = log_.end(),
+                       .idleSince = lastOutput_.sinceEpoch,
                        .exitCode = endedSince_ ? exitCode_ : std::nullopt};
+    if (attentionSince_) {
+        entry.attentionSince = attentionSince_->sinceEpoch;
+        if (!notice_.empty())
+            entry.notice = notice_;
+    }
     (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;
     return entry;
 }

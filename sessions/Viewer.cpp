@@ -9,6 +9,9 @@ namespace velmo {
 
 namespace {
 
+/// How much output is filtered at once: a reset of two bytes becomes many times as long.
+constexpr std::size_t maxFiltered = std::size_t{1} << 14;
+
 /// Returns false for a frame that a client must not send.
 bool append(std::vector<ViewerInput>& inputs, PtyAttach::Frame frame) {
     if (auto* const keys = std::get_if<Bytes>(&frame)) {
@@ -60,38 +63,82 @@ std::optional<std::vector<ViewerInput>> Viewer::decode(ByteView bytes) {
             for (auto& frame : *frames) {
                 if (!append(asked, std::move(frame)))
                     return std::nullopt;
+                auto* const keys =
+                    asked.empty() ? nullptr : std::get_if<viewer::Keys>(&asked.back());
+                if (keys != nullptr && ignoresNextFocus_ && dropsFocusReport(keys->bytes))
+                    asked.pop_back();
             }
             return asked;
         },
         wire_);
 }
 
+/// Removes a focus report from the keys. Returns true if nothing else was typed.
+bool Viewer::dropsFocusReport(Bytes& keys) {
+    for (const std::string_view report : {"\033[I", "\033[O"}) {
+        const auto found = std::ranges::search(keys, bytesOf(report));
+        if (found.empty())
+            continue;
+        ignoresNextFocus_ = false;
+        keys.erase(found.begin(), found.end());
+        return keys.empty();
+    }
+    return false;
+}
+
 void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(const OutputLog& log, std::string_view first) {
-    const OutputLog::Start start = log.replayStart();
-    const std::string before = std::string(first) + start.sequences;
+void Viewer::replay(const OutputLog& log, Surroundings surroundings,
+                    std::optional<std::size_t> lastLines) {
+    const OutputLog::Start start = log.replayStart(lastLines);
+    const std::string before = surroundings.before + start.sequences;
+    afterReplay_ = std::move(surroundings.after);
     if (!before.empty())
         tell(PtyAttach::data(bytesOf(before)));
     position_ = start.position;
     frameEnd_ = start.position;
     replayedUntil_ = log.end();
-    filter_ = {};
+    filter_ = ReplayFilter(start.reportsFocus);
     isFiltered_ = true;
+    reportsFocus_ = false;
 }
 
 Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
     while (true) {
         if (!sendOutput(log) || !sendOwn())
             return isGone_ ? Progress::gone : Progress::waiting;
-        if (position_ == log.end())
-            return Progress::done;
         if (position_ < log.begin())
             return Progress::late;
-        nextFrame(log, answers);
+        turn(answers);
+        if (!own_.empty())
+            continue;
+        if (position_ == log.end())
+            return Progress::done;
+        nextFrame(log);
     }
+}
+
+/// Ends the replay if it is over, and changes between filtered and unfiltered. A replay is
+/// filtered, and so is live output unless the viewer answers. The change waits for the end of a
+/// piece, so that neither cuts a sequence or a character.
+void Viewer::turn(bool answers) {
+    if (!isReplay() && !afterReplay_.empty())
+        tell(PtyAttach::data(bytesOf(std::exchange(afterReplay_, {}))));
+    filters_ = isReplay() || !answers;
+    if (filter_.isAtRest())
+        isFiltered_ = filters_;
+    if (reportsFocus_ && !filter_.reportsFocus())
+        setFocusReports(false);
+    else if (!reportsFocus_ && filter_.reportsFocus() && !isFiltered_)
+        setFocusReports(true);
+}
+
+void Viewer::setFocusReports(bool reports) {
+    reportsFocus_ = reports;
+    ignoresNextFocus_ = reports;
+    tell(PtyAttach::data(bytesOf(reports ? "\033[?1004h" : "\033[?1004l")));
 }
 
 /// Sends the rest of the frame that lies in the log. Returns false if not all of it went.
@@ -123,18 +170,13 @@ bool Viewer::sendOwn() {
     return true;
 }
 
-/// Prepares the next frame of output. A replay is filtered, and so is live output unless the viewer
-/// answers. A change between filtered and unfiltered waits for the end of a piece, so that neither
-/// cuts a sequence or a character.
-void Viewer::nextFrame(const OutputLog& log, bool answers) {
-    const bool isReplay = position_ < replayedUntil_;
-    const bool filters = isReplay || !answers;
-    if (filter_.isAtRest())
-        isFiltered_ = filters;
-    const OutputLog::Position until = isReplay ? replayedUntil_ : log.end();
-    const auto most = std::min<OutputLog::Position>(PtyAttach::maxData, until - position_);
+/// Prepares the next frame of output.
+void Viewer::nextFrame(const OutputLog& log) {
+    const OutputLog::Position until = isReplay() ? replayedUntil_ : log.end();
+    const std::size_t piece = isFiltered_ ? maxFiltered : PtyAttach::maxData;
+    const auto most = std::min<OutputLog::Position>(piece, until - position_);
     ByteView output = log.at(position_, static_cast<std::size_t>(most));
-    if (isFiltered_ != filters)
+    if (isFiltered_ != filters_)
         output = output.first(filter_.lengthToRest(output));
     if (isFiltered_)
         filterFrame(output);
@@ -144,6 +186,7 @@ void Viewer::nextFrame(const OutputLog& log, bool answers) {
 
 void Viewer::beginFrame(ByteView output) {
     filter_.follow(output);
+    reportsFocus_ = filter_.reportsFocus();
     header_ = FrameHeader::of(std::to_underlying(PtyAttach::FrameType::data), output.size());
     headerLeft_ = header_.size();
     frameEnd_ = position_ + output.size();
@@ -158,9 +201,7 @@ void Viewer::filterFrame(ByteView output) {
         tell(PtyAttach::data(shown));
 }
 
-void Viewer::stopWaitingFor(const OutputLog& log) {
-    isWaitedFor = false;
-    blockedSince.reset();
+void Viewer::keepFrame(const OutputLog& log) {
     if (headerLeft_ == 0 && position_ == frameEnd_)
         return;
     Bytes rest(header_.end() - static_cast<std::ptrdiff_t>(headerLeft_), header_.end());

@@ -1,21 +1,21 @@
 #pragma once
 
 #include "core/support/Bytes.h"
-#include "core/support/Time.h"
 #include "core/terminal/AttachWire.h"
 #include "core/terminal/FrameHeader.h"
 #include "core/terminal/PtyFrame.h"
 #include "core/terminal/ReplayFilter.h"
 #include "sessions/Connection.h"
 #include "sessions/OutputLog.h"
+#include "sessions/Program.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -48,8 +48,7 @@ using AttachDecoder = PtyAttach::Decoder;
 using StreamDecoder = PtyFrame::Decoder;
 using ViewerWire = std::variant<AttachDecoder, StreamDecoder>;
 
-/// The session's side of a viewer: how much of the output has been sent, what is left to send, and
-/// which of the viewer's inputs are not done yet.
+/// The session's side of a viewer: how much of the output has been sent, and what is left to send.
 ///
 /// Output is sent straight from the log, without a copy, behind a frame header that is kept here.
 /// A copy is made only of output that has to be filtered, or that the log may drop before the frame
@@ -79,9 +78,17 @@ public:
     /// Queues frames to be sent after the output frame under way and before any further one.
     void tell(ByteView frames);
 
-    /// Starts a replay: the output is sent from the log's `replayStart` on, after `first` and the
-    /// sequences that set the terminal's modes.
-    void replay(const OutputLog& log, std::string_view first);
+    /// What surrounds a replay: sequences for the viewer's terminal.
+    struct Surroundings {
+        std::string before;
+        std::string after;
+    };
+
+    /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on,
+    /// after the sequences that set the terminal's modes. The terminal makes no focus reports at
+    /// this point.
+    void replay(const OutputLog& log, Surroundings surroundings,
+                std::optional<std::size_t> lastLines = {});
 
     enum class Progress {
         done,    ///< everything has been sent
@@ -91,7 +98,9 @@ public:
     };
 
     /// Sends as much as the connection takes. `answers` is true for one viewer of a session: its
-    /// terminal gets live output unfiltered, and so answers the program's queries.
+    /// terminal gets live output unfiltered, and so answers the program's queries, and reports the
+    /// focus if the program has asked for that. The report that the terminal makes at once is
+    /// dropped by `decode`, unless it is live output that sets the mode.
     [[nodiscard]] Progress send(const OutputLog& log, bool answers);
 
     /// Returns how many bytes of the output have not been sent yet.
@@ -99,23 +108,19 @@ public:
         return static_cast<std::size_t>(log.end() - position_);
     }
 
-    /// Lets the program go on without waiting for this viewer. The unsent rest of the frame under
-    /// way is copied, since the log may drop it.
-    void stopWaitingFor(const OutputLog& log);
-
-    // What the session keeps for each viewer.
-    std::optional<PtyFrame::Size> size;     ///< of the viewer's window, once the viewer has told it
-    std::uint64_t activity = 0;             ///< greater than a viewer's that was active before
-    std::deque<ViewerInput> inputs;         ///< not done yet
-    std::size_t typed = 0;                  ///< bytes of the first input that the program has got
-    bool isWaitedFor = true;                ///< the program waits if this viewer falls behind
-    std::optional<SteadyTime> blockedSince; ///< since when the program has waited for this viewer
-    bool isTold = false;                    ///< the viewer has been sent the exit code
+    /// Copies the unsent rest of the frame under way, so that the log may drop it.
+    void keepFrame(const OutputLog& log);
 
 private:
     bool sendOutput(const OutputLog& log);
     bool sendOwn();
-    void nextFrame(const OutputLog& log, bool answers);
+    void turn(bool answers);
+    void setFocusReports(bool reports);
+    void nextFrame(const OutputLog& log);
+
+    [[nodiscard]] bool isReplay() const { return position_ < replayedUntil_; }
+
+    bool dropsFocusReport(Bytes& keys);
     void beginFrame(ByteView output);
     void filterFrame(ByteView output);
 
@@ -129,8 +134,12 @@ private:
     std::size_t headerLeft_ = 0;                            ///< bytes of the header to send
     Bytes own_;                                             ///< frames for this viewer alone
     std::size_t ownSent_ = 0;
+    std::string afterReplay_; ///< sequences to send when the replay is over
     ReplayFilter filter_;
-    bool isFiltered_ = true; ///< changes only between two pieces, when `filter_` is at rest
+    bool filters_ = true;           ///< `isFiltered_` becomes this when `filter_` is at rest
+    bool isFiltered_ = true;        ///< changes only between two pieces
+    bool reportsFocus_ = false;     ///< the viewer's terminal does
+    bool ignoresNextFocus_ = false; ///< the terminal's next focus report answers us
     bool isGone_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "core/terminal/ControlSequence.h"
 
 #include "core/support/Decimal.h"
+#include "core/support/Text.h"
 #include "core/terminal/AttachLabels.h"
 
 namespace velmo::ControlSequence {
@@ -15,6 +16,14 @@ bool isParameter(char c) {
 
 bool isIntermediate(char c) {
     return c >= ' ' && c <= '/';
+}
+
+bool isPlain(std::string_view text) {
+    for (const Text::Scalar& scalar : Text::Scalars(text)) {
+        if (Text::isControl(scalar.value))
+            return false;
+    }
+    return Text::isValidUtf8(text);
 }
 
 /// Removes the leading characters that pass the test from the text, and returns them.
@@ -56,10 +65,27 @@ std::vector<std::int32_t> Csi::numbers() const {
     return all;
 }
 
+std::string_view takeField(std::string_view& text, char separator) {
+    const std::size_t end = text.find(separator);
+    const std::string_view field = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return field;
+}
+
 std::optional<std::string> titleOf(std::string_view osc) {
     if (!osc.starts_with("0;") && !osc.starts_with("2;"))
         return std::nullopt;
     return PtyAttach::sanitizeTitle(osc.substr(2));
+}
+
+bool isMarkOrColour(std::string_view osc) {
+    constexpr auto marks = std::to_array<std::string_view>({"7", "8", "133"});
+    constexpr auto colours =
+        std::to_array<std::string_view>({"4", "10", "11", "12", "104", "110", "111", "112"});
+    const std::string_view command = osc.substr(0, osc.find(';'));
+    return isPlain(osc)
+           && (Text::isOneOf(command, marks)
+               || (Text::isOneOf(command, colours) && !osc.contains('?')));
 }
 
 } // namespace velmo::ControlSequence

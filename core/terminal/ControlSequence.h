@@ -29,10 +29,15 @@ struct Csi {
 struct Mode {
     std::int32_t number;
     bool isUsuallySet = false; ///< in a terminal that has just been reset
+    bool isReplayed = true;    ///< a replay may set it, since no terminal answers that
 };
 
-/// The modes that a replay may set: by itself, none of them makes a terminal answer. Alternate
-/// screens come first, so that the other modes are set on the right screen.
+/// The mode in which a terminal reports that its window has got or lost the focus. Many terminals
+/// also report at once when the mode is set.
+inline constexpr std::int32_t focusReports = 1004;
+
+/// The modes that are followed. Alternate screens come first, so that the other modes are set on
+/// the right screen.
 inline constexpr auto modes = std::to_array<Mode>({
     {.number = 47},                       // alternate screen, in three forms
     {.number = 1047},                     //
@@ -43,24 +48,41 @@ inline constexpr auto modes = std::to_array<Mode>({
     {.number = 7, .isUsuallySet = true},  // wrap at the right edge
     {.number = 12},                       // blinking cursor
     {.number = 25, .isUsuallySet = true}, // cursor is shown
+    {.number = 45},                       // backspace goes back to the line above
     {.number = 66},                       // keypad of applications
-    {.number = 1000},                     // mouse: clicks,
+    {.number = 69},                       // margins at the left and right
+    {.number = 9},                        // mouse: presses,
+    {.number = 1000},                     //   clicks,
     {.number = 1002},                     //   drags,
     {.number = 1003},                     //   every movement,
     {.number = 1005},                     //   coordinates in UTF-8,
     {.number = 1006},                     //   long coordinates,
-    {.number = 1015},                     //   coordinates in decimal
-    {.number = 1004},                     // focus reports
+    {.number = 1015},                     //   coordinates in decimal,
+    {.number = 1016},                     //   coordinates in pixels
     {.number = 1007},                     // wheel as cursor keys
     {.number = 2004},                     // bracketed paste
+    {.number = focusReports, .isReplayed = false},
+    {.number = 1001, .isReplayed = false}, // mouse: highlights, which the program has to answer
+    {.number = 2026, .isReplayed = false}, // output is shown later, all at once
+    {.number = 2031, .isReplayed = false}, // reports of dark and light colours
+    {.number = 2048, .isReplayed = false}, // reports of the size
 });
 
+/// Returns null for a mode that is not followed.
 constexpr const Mode* findMode(std::int32_t number) {
     const auto* const found = std::ranges::find(modes, number, &Mode::number);
     return found == modes.end() ? nullptr : found;
 }
 
+/// Removes the text up to the separator from its front, and the separator, and returns that text.
+std::string_view takeField(std::string_view& text, char separator);
+
 /// Returns the title that an OSC sets, sanitised; absent for any other OSC.
 std::optional<std::string> titleOf(std::string_view osc);
+
+/// Returns whether the text is an OSC that only marks or colours: a link (8), the folder (7), the
+/// parts of a shell's dialogue (133), and the colours of a palette or of the screen, set (4, 10,
+/// 11, 12) or reset (104, 110, 111, 112) and not asked for.
+bool isMarkOrColour(std::string_view osc);
 
 } // namespace velmo::ControlSequence

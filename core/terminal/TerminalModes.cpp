@@ -1,5 +1,6 @@
 #include "core/terminal/TerminalModes.h"
 
+#include "core/support/Decimal.h"
 #include "core/terminal/AttachLabels.h"
 
 #include <algorithm>
@@ -13,23 +14,38 @@ using ControlSequence::Csi;
 
 constexpr std::size_t maxKeyboards = 8;
 constexpr std::size_t maxStyle = 512; ///< bytes; no program stacks up more without a reset
+constexpr std::int32_t maxKeyModifiers = 8;
+constexpr std::size_t maxColour = 32; ///< bytes: "rgb:ffff/ffff/ffff" has 18
+constexpr std::int32_t maxPalette = 256;
 
 constexpr std::string_view esc = "\033";
 constexpr std::string_view csiStart = "\033[";
+constexpr std::string_view stringEnd = "\033\\";
+constexpr std::string_view noRegion = "\033[r";
+constexpr std::string_view shiftIn = "\x0F";
+
+std::size_t indexOf(const ControlSequence::Mode& mode) {
+    return static_cast<std::size_t>(&mode - ControlSequence::modes.data());
+}
+
+std::size_t indexOf(std::int32_t knownMode) {
+    return indexOf(*ControlSequence::findMode(knownMode));
+}
 
 } // namespace
 
 void TerminalModes::follow(ByteView output) {
     reader_.readSequences(output,
-                          [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
+                          [this](const SequenceReader::Sequence& sequence) { apply(sequence); });
 }
 
-void TerminalModes::obey(const SequenceReader::Sequence& sequence) {
+void TerminalModes::apply(const SequenceReader::Sequence& sequence) {
     if (sequence.kind == SequenceReader::Kind::escape) {
         obeyEscape(sequence.text);
     } else if (sequence.kind == SequenceReader::Kind::osc) {
         if (auto title = ControlSequence::titleOf(sequence.text))
             state_.title = *std::move(title);
+        setColours(sequence.text);
     } else if (sequence.kind == SequenceReader::Kind::csi) {
         if (const auto csi = Csi::parse(sequence.text))
             obeyCsi(*csi);
@@ -54,6 +70,8 @@ void TerminalModes::obeyCsi(const Csi& csi) {
             state_.inserts = sets;
     } else if (csi.final == 'u') {
         setKeyboard(csi);
+    } else if (csi.final == 'm' && csi.marker == ">") {
+        setKeyModifiers(csi);
     } else if (csi.final == 'm' && csi.marker.empty() && csi.intermediates.empty()) {
         setStyle(csi);
     } else if (csi.final == 'r' && csi.marker.empty() && csi.intermediates.empty()) {
@@ -69,8 +87,7 @@ void TerminalModes::setModes(const Csi& csi) {
     const bool sets = csi.final == 'h';
     for (const std::int32_t number : csi.numbers()) {
         if (const auto* const mode = ControlSequence::findMode(number))
-            state_.unusual.set(static_cast<std::size_t>(mode - ControlSequence::modes.data()),
-                               sets != mode->isUsuallySet);
+            state_.unusual.set(indexOf(*mode), sets != mode->isUsuallySet);
     }
 }
 
@@ -87,6 +104,54 @@ void TerminalModes::setKeyboard(const Csi& csi) {
     } else if (csi.marker == "=" && !stack.empty()) {
         stack.back() = number;
     }
+}
+
+/// Obeys CSI > number ; value m. Without a value the terminal uses its own again; without
+/// a number too, the terminal does so for every number.
+void TerminalModes::setKeyModifiers(const Csi& csi) {
+    std::string_view value = csi.parameters;
+    ControlSequence::takeField(value, ';');
+    const std::int32_t number = csi.numbers().front();
+    if (csi.parameters.empty())
+        state_.keyModifiers.clear();
+    else if (value.empty() || value.size() > maxColour || number >= maxKeyModifiers)
+        state_.keyModifiers.erase(number);
+    else
+        state_.keyModifiers[number] = value;
+}
+
+/// Obeys OSC 4 ; number ; colour (several at once too), OSC 10, 11 and 12 ; colour, and what resets
+/// them.
+void TerminalModes::setColours(std::string_view osc) {
+    if (!ControlSequence::isMarkOrColour(osc))
+        return;
+    const std::string_view command = ControlSequence::takeField(osc, ';');
+    if (command == "4") {
+        while (!osc.empty()) {
+            const auto number =
+                Decimal::parseUnsigned<std::int32_t>(ControlSequence::takeField(osc, ';'));
+            const std::string_view colour = ControlSequence::takeField(osc, ';');
+            if (number && *number < maxPalette && !colour.empty() && colour.size() <= maxColour)
+                state_.colours["4;" + std::to_string(*number)] = colour;
+        }
+    } else if (command == "10" || command == "11" || command == "12") {
+        if (!osc.empty() && osc.size() <= maxColour && !osc.contains(';'))
+            state_.colours[std::string(command)] = osc;
+    } else {
+        resetColours(command, osc);
+    }
+}
+
+void TerminalModes::resetColours(std::string_view command, std::string_view numbers) {
+    if (command == "110" || command == "111" || command == "112")
+        state_.colours.erase(std::string(command.substr(1)));
+    if (command != "104")
+        return;
+    if (numbers.empty())
+        std::erase_if(state_.colours,
+                      [](const auto& each) { return each.first.starts_with("4;"); });
+    while (!numbers.empty())
+        state_.colours.erase("4;" + std::string(ControlSequence::takeField(numbers, ';')));
 }
 
 void TerminalModes::setStyle(const Csi& csi) {
@@ -106,8 +171,7 @@ void TerminalModes::setStyle(const Csi& csi) {
 void TerminalModes::softReset() {
     constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25});
     for (const std::int32_t number : touched)
-        state_.unusual.reset(static_cast<std::size_t>(ControlSequence::findMode(number)
-                                                      - ControlSequence::modes.data()));
+        state_.unusual.reset(indexOf(number));
     state_.inserts = false;
     state_.isKeypadOfApplication = false;
     state_.charset.clear();
@@ -123,7 +187,7 @@ std::string TerminalModes::sequences() const {
     };
     for (std::size_t i = 0; i < ControlSequence::modes.size(); ++i) {
         const ControlSequence::Mode& mode = ControlSequence::modes[i];
-        if (state_.unusual[i])
+        if (state_.unusual[i] && mode.isReplayed)
             csi("?", std::to_string(mode.number), mode.isUsuallySet ? "l" : "h");
     }
     if (state_.inserts)
@@ -132,6 +196,10 @@ std::string TerminalModes::sequences() const {
         text.append(esc).append("=");
     for (const std::int32_t flags : state_.keyboard)
         csi(">", std::to_string(flags), "u");
+    for (const auto& [number, value] : state_.keyModifiers)
+        csi(">", std::to_string(number), ";", value, "m");
+    for (const auto& [what, colour] : state_.colours)
+        text.append(esc).append("]").append(what).append(";").append(colour).append(stringEnd);
     if (!state_.charset.empty())
         text.append(esc).append(state_.charset);
     if (!state_.region.empty())
@@ -142,6 +210,52 @@ std::string TerminalModes::sequences() const {
     if (!state_.title.empty())
         text += PtyAttach::titleSequence(state_.title);
     return text;
+}
+
+std::string TerminalModes::undo() const {
+    std::string text(shiftIn);
+    const auto csi = [&](const auto&... parts) {
+        text += csiStart;
+        ((text += parts), ...);
+    };
+    const bool isOnMain = !isOnAlternateScreen();
+    if (isOnMain && !state_.region.empty())
+        text.append(esc).append("7").append(noRegion).append(esc).append("8");
+    else if (!state_.region.empty())
+        text += noRegion;
+    if (isOnMain && state_.unusual[indexOf(6)])
+        csi("?6l\033[999H"); // the mode's end has put the cursor at the top
+    // Last come the alternate screens, after what is put right on them.
+    for (std::size_t i = ControlSequence::modes.size(); i-- > 0;) {
+        const ControlSequence::Mode& mode = ControlSequence::modes[i];
+        if (state_.unusual[i] && !(isOnMain && mode.number == 6))
+            csi("?", std::to_string(mode.number), mode.isUsuallySet ? "h" : "l");
+    }
+    if (state_.inserts)
+        csi("4l");
+    if (state_.keyboard.size() > 1)
+        csi("<", std::to_string(state_.keyboard.size() - 1), "u"); // `reset` ends the last
+    for (const auto& [number, value] : state_.keyModifiers)
+        csi(">", std::to_string(number), "m");
+    if (!state_.charset.empty())
+        text.append(esc).append("(B");
+    if (!state_.cursorStyle.empty())
+        csi("0 q");
+    for (const auto& [what, colour] : state_.colours)
+        text.append(esc)
+            .append(what.starts_with("4;") ? "]10" : "]1")
+            .append(what)
+            .append(stringEnd);
+    return text;
+}
+
+bool TerminalModes::isOnAlternateScreen() const {
+    return state_.unusual[indexOf(47)] || state_.unusual[indexOf(1047)]
+           || state_.unusual[indexOf(1049)];
+}
+
+bool TerminalModes::reportsFocus() const {
+    return state_.unusual[indexOf(ControlSequence::focusReports)];
 }
 
 } // namespace velmo

@@ -93,12 +93,13 @@ public:
         call(line, std::move(done));
     }
 
-    void watch(const std::string& session, OnStream done) override {
-        later([this, session, done = std::move(done)] {
+    void watch(const std::string& session, bool viewOnly, OnStream done) override {
+        later([this, session, viewOnly, done = std::move(done)] {
             const PeerId peer = sessions.connect(SessionHost::Door::control);
             sessions.receive(
                 peer,
-                encodeJson(SessionCallLine{.call = SessionCall::stream, .session = session}).value()
+                encodeJson(SessionCallLine{
+                    .call = SessionCall::stream, .session = session, .viewOnly = viewOnly}).value()
                     + "\n");
             std::string& received = sessions.peers.at(peer)->received;
             const std::size_t end = received.find('\n');

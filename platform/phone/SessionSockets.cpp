@@ -214,7 +214,7 @@ void SessionSockets::whenHostServes(int triesLeft, std::function<void()> then) {
     });
 }
 
-void SessionSockets::watch(const std::string& session, OnStream done) {
+void SessionSockets::watch(const std::string& session, bool viewOnly, OnStream done) {
     const auto alive = [life = std::weak_ptr(life_), done = std::move(done)](auto stream) {
         if (life.lock())
             done(std::move(stream));
@@ -238,7 +238,7 @@ void SessionSockets::watch(const std::string& session, OnStream done) {
         auto [connection, rest] = line.release();
         alive(std::expected<std::unique_ptr<SessionStream>, std::string>(
             std::make_unique<Stream>(std::move(connection), std::move(rest))));
-    })->ask({.call = SessionCall::stream, .session = session});
+    })->ask({.call = SessionCall::stream, .session = session, .viewOnly = viewOnly});
 }
 
 } // namespace velmo

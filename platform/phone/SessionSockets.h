@@ -26,7 +26,7 @@ public:
 
     void call(const SessionCallLine& call, OnReply done) override;
     void start(const PhoneCallLine& wanted, OnReply done) override;
-    void watch(const std::string& session, OnStream done) override;
+    void watch(const std::string& session, bool viewOnly, OnStream done) override;
 
 private:
     class Line;

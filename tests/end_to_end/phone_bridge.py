@@ -104,7 +104,7 @@ class Peer:
 class PhoneBridge(unittest.TestCase):
     def setUp(self):
         self.place = tempfile.TemporaryDirectory(prefix="velmo-phone-")
-        self.environment = {"HOME": self.place.name, "XDG_RUNTIME_DIR": self.place.name, "LANG": "C.UTF-8",
+        self.environment = {"HOME": self.place.name, "LANG": "C.UTF-8",
                             "PATH": os.environ["PATH"], "SHELL": "/bin/bash", "TERM": "xterm-256color"}
         with open(self.place.name + "/.bash_profile", "w") as profile:
             profile.write("PS1='ready> '\n")
@@ -115,11 +115,11 @@ class PhoneBridge(unittest.TestCase):
         for session in json.loads(self.run_program("velmo-session", "list", "--json")):
             if "exitCode" not in session:
                 self.run_program("velmo-session", "end", session["id"])
-        lock = self.place.name + "/velmo-term/host.lock"
+        lock = self.place.name + "/.velmo/velmo-term/host.lock"
         if os.path.exists(lock):
             with open(lock) as file:
                 os.kill(int(file.read()), 15)
-            until(lambda: not os.path.exists(self.place.name + "/velmo-term/control.sock"), "the host ends")
+            until(lambda: not os.path.exists(self.place.name + "/.velmo/velmo-term/control.sock"), "the host ends")
         self.place.cleanup()
 
     def serve(self, *words):

@@ -1,6 +1,8 @@
 #include "tools/velmo-session/AttachCommand.h"
 
 #include "core/terminal/PtyAttach.h"
+#include "core/terminal/SpelledDetachKey.h"
+#include "core/terminal/TerminalModes.h"
 #include "platform/host/PtyAttachHostFileSystem.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Io.h"
@@ -62,17 +64,22 @@ Descriptor openDisplay() {
 /// Relays between the user's terminal and the host until one of them ends it.
 class View {
 public:
-    View(Descriptor host, SignalPipe& signals, const std::optional<RawTerminal>& terminal)
+    View(Descriptor host, SignalPipe& signals, const std::optional<RawTerminal>& terminal,
+         const DetachChoice& detachChoice)
         : host_(std::move(host)),
           display_(openDisplay()),
           signals_(signals),
           terminal_(terminal),
+          detachChoice_(detachChoice),
           room_(maxOutput) {
         const int flags = ::fcntl(host_.get(), F_GETFL);
         ::fcntl(host_.get(), F_SETFL, flags | O_NONBLOCK);
     }
 
     void tellHost(ByteView frames) { toHost_.insert(toHost_.end(), frames.begin(), frames.end()); }
+
+    /// Returns what puts the user's terminal back as far as a program's output has set it.
+    [[nodiscard]] std::string undo() const { return shownModes_.undo(); }
 
     Ending run() {
         while (!ending_ || !toShow_.empty())
@@ -120,7 +127,7 @@ private:
 
     void tickDetachKey() {
         if (const Bytes released = detachKey_.tick(milliseconds()); !released.empty())
-            tellHost(PtyAttach::data(released));
+            tellHost(PtyAttach::data(detachChoice_.swapped(released)));
     }
 
     void takeSignals() {
@@ -151,10 +158,11 @@ private:
             }
             return;
         }
-        const ByteView keys = ByteView(typed).first(static_cast<std::size_t>(count));
+        const Bytes keys =
+            detachChoice_.swapped(ByteView(typed).first(static_cast<std::size_t>(count)));
         const DetachKey::Result result = detachKey_.feed(keys, milliseconds());
         if (!result.forward.empty())
-            tellHost(PtyAttach::data(result.forward));
+            tellHost(PtyAttach::data(detachChoice_.swapped(result.forward)));
         if (result.detach) {
             tellHost(detachFrame);
             end({.exitStatus = SessionExit::success, .text = labels_.detached});
@@ -190,10 +198,12 @@ private:
             return;
         }
         for (Frame& frame : *frames) {
-            if (auto* const output = std::get_if<Bytes>(&frame))
+            if (auto* const output = std::get_if<Bytes>(&frame)) {
+                shownModes_.follow(*output);
                 toShow_.push_back(std::move(*output));
-            else
-                obey(message(std::get<ControlObject>(frame).object()));
+                continue;
+            }
+            obey(message(std::get<ControlObject>(frame).object()));
         }
         flushToDisplay();
     }
@@ -205,7 +215,10 @@ private:
                 show(titleSequence(ready->name));
         } else if (const auto* const exit = std::get_if<host::Exit>(&said)) {
             end({.exitStatus = exit->code, .text = fill(labels_.exit, std::to_string(exit->code))});
-        } else if (const auto* const error = std::get_if<host::Error>(&said)) {
+        } else if (const auto* const error = std::get_if<host::Error>(&said);
+                   error != nullptr && error->code == "detached") {
+            end({.exitStatus = SessionExit::success, .text = labels_.detached});
+        } else if (error != nullptr) {
             end({.exitStatus = SessionExit::refused,
                  .text =
                      error->code == "ended" ? labels_.ended : fill(labels_.error, error->code)});
@@ -258,12 +271,14 @@ private:
     Descriptor display_;
     SignalPipe& signals_;
     const std::optional<RawTerminal>& terminal_; ///< absent if the input is not a terminal
+    DetachChoice detachChoice_;
     Bytes room_;
     Decoder decoder_;
     Bytes toHost_;
     std::deque<Bytes> toShow_;
     std::size_t shown_ = 0; ///< bytes of the first of these
-    DetachKey detachKey_;
+    SpelledDetachKey detachKey_;
+    TerminalModes shownModes_; ///< of the user's terminal, as far as its output was ours
     bool typingIsOver_ = false;
     Labels labels_;
     std::optional<Ending> ending_;
@@ -271,14 +286,14 @@ private:
 
 } // namespace
 
-int attach(const std::string& ticketFile) {
+int attach(const std::string& ticketFile, const DetachChoice& detachChoice) {
     HostFileSystem files;
     const auto ticket = readTicket(ticketFile, files);
     if (!ticket)
         return complain(message(ticket.error()), SessionExit::refused);
     Descriptor host = LocalSocket::connect(ticket->endpoint);
     std::vector<int> caught = endingSignals();
-    caught.insert(caught.end(), {SIGQUIT, SIGWINCH, SIGCONT});
+    caught.insert(caught.end(), {SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGWINCH, SIGCONT});
     SignalPipe signals(caught);
     if (!host || signals.descriptor() < 0)
         return complain(english().hostGone, SessionExit::hostGone);
@@ -286,11 +301,11 @@ int attach(const std::string& ticketFile) {
     Ending ending{};
     {
         const auto raw = RawTerminal::enter(STDIN_FILENO);
-        View view(std::move(host), signals, raw);
+        View view(std::move(host), signals, raw, detachChoice);
         view.tellHost(hello(ticket->token, size.cols, size.rows).value()); // a token is short
         ending = view.run();
         if (::isatty(STDOUT_FILENO) == 1)
-            offerStandardOutput(reset);
+            offerStandardOutput(view.undo() + std::string(reset));
     }
     if (!ending.text.empty())
         writeStandardError(ending.text + "\n");

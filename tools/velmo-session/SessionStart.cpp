@@ -71,6 +71,8 @@ std::vector<std::string> commandOf(std::vector<std::string> command) {
     const std::string_view tool = PathText::lastComponent(command.front());
     if (command.size() == 1 && Text::isOneOf(tool, Pty::shells))
         command.emplace_back(tool == "tmux" ? "new-session" : "-l");
+    if (tool == "ssh" && command.size() > 1 && std::ranges::find(command, "--") == command.end())
+        command.insert(command.end() - 1, "--");
     return command;
 }
 

@@ -14,7 +14,8 @@ std::vector<std::string> environmentToSend();
 
 /// Returns the command line in the policy's form, for a program with its arguments or, if there are
 /// no words, the user's log-in shell. The program is an absolute path. A shell without arguments
-/// gets "-l", which makes it a log-in shell, and tmux "new-session".
+/// gets "-l", which makes it a log-in shell, and tmux "new-session". The target of ssh gets its
+/// "--".
 std::vector<std::string> commandOf(std::vector<std::string> program);
 
 /// Returns the words of the call: options, "--", and the command.

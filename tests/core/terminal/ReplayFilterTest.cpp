@@ -39,7 +39,25 @@ TEST(ReplayFilter, PassesDisplaySequencesButNoQueries) {
         {"\033[c\033[>c\033[=c\033[0c\033[5n\033[6n\033[?6n\033[?15n", ""}, // who are you, where
         {"\033[18t\033[21t\033[x\033[?1$p\033[>q\033[?u\033[?m\033[2i\033[?4;1S", ""},
         {"\033[5;1;1;2;3T\033[3T", "\033[3T"},
-        {"\033Z\033n\033[!p\033[2 q\033(0\0337\033=\033c", "\033[!p\033[2 q\033(0\0337\033=\033c"},
+        {"\033Z\033n\033[!p\033[2 q\033(0\0337\033=", "\033[!p\033[2 q\033(0\0337\033="},
+        {"\033[J\033[0J\033[1J\033[2J\033[?2J\033[3J\033[03J\033[2;3J\033[3:0J\033[?3J\033[4JA",
+         "\033[J\033[0J\033[1J\033[2J\033[?2JA"}, // not what has scrolled off
+        {"a\033c"
+         "b",
+         "a\033[?1049;1;5;6;9;12;45;66;69;1000;1002;1003;1005;1006;1007;1015;1016;2004l\033[?7;25h"
+         "\033[4l\033>\033[<9u\033[>m\033[r\033(B\x0F\033[m\033[H\033[2Jb"},
+        {"\033[?1004h\033[?1004;2004h\033[?1006;1016;69h\033[3;9s", // reports at once, or not
+         "\033[?2004h\033[?1006;1016;69h\033[3;9s"},
+        {"\033[65;1;1;2;2$x\033[1;1;2;2$z\033[1;1;2;2;1;3;3;1$v\033[1$w",
+         "\033[65;1;1;2;2$x\033[1;1;2;2$z\033[1;1;2;2;1;3;3;1$v"},
+        {"\033]8;id=1;http://a/?b\alink\033]8;;\033\\\033]7;file://h/d\a\033]133;A\a",
+         "\033]8;id=1;http://a/?b\033\\link\033]8;;\033\\\033]7;file://h/d\033\\\033]133;A\033\\"},
+        {"\033]8;;http://\xC2\x9B"
+         "6n\ax\033]133;\xFF\a\033]9;note\a",
+         "x"},
+        {"\033]4;1;#123;2;red\a\033]11;rgb:1/2/"
+         "3\a\033]104\a\033]112\a\033]4;1;red;2;?\a\033]13;red\a",
+         "\033]4;1;#123;2;red\033\\\033]11;rgb:1/2/3\033\\\033]104\033\\\033]112\033\\"},
         {"\033P$qm\033\\x\033P+q544e\033\\y\033Pq#0sixel\nline\033\\z", "xyz"},
         {"\033]52;c;?\a1\033]4;1;?\033\\2\033]10;?\a3\033_Gi=1;a=q\033\\4\033^"
          "pm\033\\5\033Xsos\033\\6",
@@ -88,18 +106,40 @@ TEST(ReplayFilter, IsAtRestBetweenSequencesOnly) {
     }
 }
 
-std::string followed(std::string_view output, std::size_t slice) {
+TerminalModes modesAfter(std::string_view output, std::size_t slice) {
     TerminalModes modes;
     for (std::size_t i = 0; i < output.size(); i += slice)
         modes.follow(bytesOf(output.substr(i, slice)));
-    return modes.sequences();
+    return modes;
+}
+
+TEST(ReplayFilter, KnowsWhetherTheProgramWantsFocusReports) {
+    const std::pair<std::string_view, bool> cases[] = {
+        {"\033[?1004h", true},       {"\033[?25;1004hx", true}, {"\033[?1004h\033[?1004l", false},
+        {"\033[?1004h\033c", false}, {"\033[1004h", false},     {"\033[?1004$p", false},
+    };
+    for (const auto& [output, wanted] : cases) {
+        ReplayFilter passing;
+        ReplayFilter following;
+        Bytes shown;
+        passing.pass(bytesOf(output), shown);
+        following.follow(bytesOf(output));
+        EXPECT_EQ(passing.reportsFocus(), wanted) << output;
+        EXPECT_EQ(following.reportsFocus(), wanted) << output;
+        EXPECT_EQ(modesAfter(output, 1).reportsFocus(), wanted) << output;
+    }
 }
 
 TEST(TerminalModes, GiveAnotherTerminalTheSameModes) {
     const Case cases[] = {
         {"text\r\n\033[2J\033[6n\033]52;c;?\a", ""},
         {"\033[?1049h\033[?1h\033=\033[?25l", "\033[?1049h\033[?1h\033[?25l\033="},
-        {"\033[?1000;1006h\033[?1004h\033[?2004h", "\033[?1000h\033[?1006h\033[?1004h\033[?2004h"},
+        {"\033[?1000;1006h\033[?1004h\033[?2004h", "\033[?1000h\033[?1006h\033[?2004h"},
+        {"\033[>4;2m\033[>1;1m\033[>1m\033[>99;1m", "\033[>4;2m"},
+        {"\033[>4;2m\033[>m", ""},
+        {"\033]4;7;red;9;#123\a\033]11;blue\a\033]10;?\a\033]4;300;red\a\033]104;7\a",
+         "\033]11;blue\033\\\033]4;9;#123\033\\"},
+        {"\033]4;7;red\a\033]12;red\a\033]104\a\033]112\a", ""},
         {"\033[?1049h\033[?25l\033[?1049l\033[?25h\033=\033>", ""},
         {"\033[?7l\033[4h", "\033[?7l\033[4h"},
         {"\033[>1u\033[>5u\033[=7u\033[<u\033[>3u", "\033[>1u\033[>3u"},
@@ -118,15 +158,33 @@ TEST(TerminalModes, GiveAnotherTerminalTheSameModes) {
     };
     for (const Case& c : cases) {
         for (std::size_t slice = 1; slice <= c.output.size(); ++slice)
-            EXPECT_EQ(followed(c.output, slice), c.shown) << slice << ": " << c.output;
+            EXPECT_EQ(modesAfter(c.output, slice).sequences(), c.shown)
+                << slice << ": " << c.output;
     }
+}
+
+// `PtyAttach::reset` follows, which ends the attributes, the keypad and one of the enhancements.
+TEST(TerminalModes, AreUndone) {
+    const Case cases[] = {
+        {"text\033[1m\033=\033]2;title\a", ""},
+        {"\033[>4;2m\033[2 q", "\033[>4m\033[0 q"},
+        {"\033[3;9r", "\0337\033[r\0338"},
+        {"\033[?1049h\033[3;9r\033[?6h\033[?7;25l", "\033[r\033[?25h\033[?7h\033[?6l\033[?1049l"},
+        {"\033[?6h\033[?5h", "\033[?6l\033[999H\033[?5l"},
+        {"\033[?1004;2031;2048;2026h", "\033[?2048l\033[?2031l\033[?2026l\033[?1004l"},
+        {"\033[4h\033(0\033[>1u\033[>1u\033[>1u", "\033[4l\033[<2u\033(B"},
+        {"\033]4;7;red\a\033]12;red\a", "\033]112\033\\\033]104;7\033\\"},
+        {"\033[>4;2m\033[3;9r\033c", ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(modesAfter(c.output, 1).undo(), "\x0F" + std::string(c.shown)) << c.output;
 }
 
 TEST(TerminalModes, StayBelowOneKibibyteForAnyOutput) {
     std::string output;
     for (int i = 0; i < 1000; ++i)
         output += "\033[38;2;1;2;" + std::to_string(i % 256) + "m\033[>" + std::to_string(i) + "u";
-    const std::string sequences = followed(output, 100);
+    const std::string sequences = modesAfter(output, 100).sequences();
     EXPECT_LT(sequences.size(), 1024U);
     EXPECT_TRUE(sequences.ends_with("\033[38;2;1;2;231m"));
     EXPECT_TRUE(sequences.starts_with("\033[>992u")) << "the oldest of nine is forgotten";

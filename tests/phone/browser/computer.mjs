@@ -1,7 +1,7 @@
 // A computer with a session host and the bridge, and a network between it and the phones.
 import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
-import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import net from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -76,7 +76,6 @@ export class Computer {
 
     static async start() {
         const computer = new Computer();
-        mkdirSync(join(computer.home, "run"), { mode: 0o700 });
         writeFileSync(join(computer.home, ".bash_profile"), "PS1='$ '\n");
         computer.url = `http://127.0.0.1:${await computer.network.open()}`;
         await computer.serve();
@@ -98,7 +97,7 @@ export class Computer {
 
     get environment() {
         return {
-            HOME: this.home, XDG_RUNTIME_DIR: join(this.home, "run"), PATH: process.env.PATH,
+            HOME: this.home, PATH: process.env.PATH,
             SHELL: "/bin/bash", LANG: "C.UTF-8", TERM: "xterm-256color", ...(this.mac && { VELMO_MAC: this.mac }),
         };
     }
@@ -149,7 +148,7 @@ export class Computer {
         this.network.close();
         await this.stopBridge();
         await until(() => this.sessions().every((each) => each.exitCode !== undefined));
-        process.kill(Number(readFileSync(join(this.home, "run/velmo-term/host.lock"), "utf8")));
+        process.kill(Number(readFileSync(join(this.home, ".velmo/velmo-term/host.lock"), "utf8")));
         this.#daemon?.kill();
         rmSync(this.home, { recursive: true, force: true });
     }
