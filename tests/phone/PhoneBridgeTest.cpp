@@ -311,7 +311,7 @@ TEST_F(PhoneBridgeTest, TellsThatTheHostHasClosedTheStream) {
 
 TEST_F(PhoneBridgeTest, ADeviceThatMayOnlyViewChangesNothing) {
     const auto page = watching(DeviceRights::view);
-    write("seen");
+    write("seen\x1b[c"); // and a question that this page's terminal must not answer
     EXPECT_EQ(page->output(), "seen");
     world.say(page, R"({"call":"start","cols":80,"rows":24})");
     world.say(page, R"({"call":"end","session":"bash"})");
