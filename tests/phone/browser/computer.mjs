@@ -140,11 +140,15 @@ export class Computer {
         return this.session("start", "--detached", "--name", name).trim();
     }
 
-    async close() {
+    endSessions() {
         for (const { id, exitCode } of this.sessions()) {
             if (exitCode === undefined)
                 this.session("end", id);
         }
+    }
+
+    async close() {
+        this.endSessions();
         this.network.close();
         await this.stopBridge();
         await until(() => this.sessions().every((each) => each.exitCode !== undefined));
@@ -170,12 +174,17 @@ export async function until(check, what = check.toString(), seconds = 20) {
 export const devices = {
     phone: { width: 390, height: 844, isMobile: true, hasTouch: true, deviceScaleFactor: 1 },
     landscape: { width: 844, height: 390, isMobile: true, hasTouch: true, isLandscape: true, deviceScaleFactor: 1 },
+    fine: { width: 390, height: 844, isMobile: true, hasTouch: true, deviceScaleFactor: 3 },
     desktop: { width: 1280, height: 800, deviceScaleFactor: 1 },
 };
 
-export function launchBrowser() {
+export const firefoxPath = process.env.VELMO_FIREFOX;
+
+export function launchBrowser(browser = "chrome") {
+    if (browser === "firefox")
+        return puppeteer.launch({ browser, executablePath: firefoxPath });
     return puppeteer.launch({
-        executablePath: process.env.VELMO_CHROMIUM ?? "/usr/bin/chromium",
+        executablePath: process.env.VELMO_CHROMIUM,
         // Chromium refuses its sandbox to root, as which containers run.
         args: ["--disable-gpu", ...(process.getuid() === 0 ? ["--no-sandbox"] : [])],
     });
@@ -186,7 +195,8 @@ export class Visitor {
     static async open(browser, address, viewport = devices.phone) {
         const visitor = new Visitor();
         visitor.context = await browser.createBrowserContext();
-        await visitor.context.overridePermissions(new URL(address).origin, ["clipboard-read", "clipboard-write"]);
+        if (browser.process().spawnfile !== firefoxPath)
+            await visitor.context.overridePermissions(new URL(address).origin, ["clipboard-read", "clipboard-write"]);
         visitor.page = await visitor.context.newPage();
         visitor.complaints = [];
         visitor.page.on("console", (message) => {
@@ -234,6 +244,13 @@ export class Visitor {
 
     type(text) {
         return this.page.keyboard.type(text);
+    }
+
+    /** Draws the page into a file, in light or dark. */
+    async draw(path, scheme) {
+        await this.page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: scheme }]);
+        await this.page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
+        await this.page.screenshot({ path });
     }
 
     async tapKey(name) {

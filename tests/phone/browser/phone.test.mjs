@@ -1,14 +1,21 @@
 // The page in a real browser, as a phone and as a desktop.
 import axe from "axe-core";
 import assert from "node:assert/strict";
+import { join } from "node:path";
 import { after, afterEach, before, test } from "node:test";
-import { Computer, Visitor, devices, launchBrowser, until } from "./computer.mjs";
+import { Computer, Visitor, devices, firefoxPath, launchBrowser, until } from "./computer.mjs";
 
 /** Returns what hinders people with a screen reader or a keyboard alone. */
 async function hindrances(visitor) {
     await visitor.page.evaluate(axe.source);
     const { violations } = await visitor.page.evaluate("axe.run()");
     return violations.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+}
+
+/** Returns where a picture is drawn; two of them stand in README. */
+function picture(name) {
+    const folder = { "phone-list-3x-light": "list", "phone-terminal-3x-dark": "terminal" }[name];
+    return folder ? join(process.env.VELMO_IMAGES, `phone-${folder}.png`) : `${name}.png`;
 }
 
 let browser;
@@ -273,6 +280,31 @@ test("composition types what was meant, once", async () => {
         "the line and its echo");
 });
 
+test("what asks for a person comes first, and is drawn for README", async () => {
+    const studio = await Computer.start();
+    after(() => studio.close());
+    const letIn = () => studio.phone("admit").trim();
+    studio.startSession("notes");
+    studio.startSession("agent");
+    studio.session("send", "agent", "clear; printf '\\033]777;notify;agent;All 42 tests pass. Shall I commit?\\007'", "Enter");
+    for (const [scale, viewport] of [["1x", devices.phone], ["3x", devices.fine]]) {
+        const phone = await open(letIn(), viewport);
+        await until(async () => (await phone.text("#sessions")).startsWith("agent"), "the agent comes first");
+        assert.match(await phone.text("#sessions .attention-text"), /All 42 tests pass. Shall I commit\?/);
+        for (const scheme of ["light", "dark"])
+            await phone.draw(picture(`phone-list-${scale}-${scheme}`), scheme);
+    }
+    const phone = await open(letIn(), devices.fine);
+    await phone.openSession("agent");
+    await phone.type("clear; for i in 1 2 3 4 5 6; do printf '\\033[1;3%dm%s\\033[0m compiled\\n' $i unit$i.cpp; done\r");
+    await phone.shows("unit6.cpp compiled\n");
+    for (const scheme of ["light", "dark"])
+        await phone.draw(picture(`phone-terminal-3x-${scheme}`), scheme);
+    await phone.page.goBack();
+    await phone.sees("#list");
+    await until(async () => !(await phone.isVisible("#sessions .attention-text")), "a person has looked");
+});
+
 test("a switch keeps a simulated Mac awake as long as a session runs", async () => {
     await computer.becomeMac();
     computer.startSession("awake");
@@ -289,9 +321,24 @@ test("a switch keeps a simulated Mac awake as long as a session runs", async () 
     await until(async () => /: the battery is below 20 %/.test(await phone.text("#power-why")));
     computer.setMac("--mains", "on");
     await until(async () => (await phone.text("#power")) === "19 % · awake");
-    for (const session of computer.sessions())
-        if (session.exitCode === undefined)
-            computer.session("end", session.id);
+    computer.endSessions();
     await until(async () => /no session runs any more/.test(await phone.text("#power-why")), "the switch turns off", 30);
     assert.equal(await phone.text("#power"), "19 %");
+});
+
+test("Firefox goes the whole way", { skip: !firefoxPath && "firefox-esr is not installed" }, async () => {
+    const firefox = await launchBrowser("firefox");
+    after(() => firefox.close());
+    computer.startSession("fox");
+    const visitor = await Visitor.open(firefox, computer.phone("admit").trim(), devices.desktop);
+    await visitor.openSession("fox");
+    await visitor.shows("$");
+    await visitor.type("echo $((6*7))\r");
+    await visitor.shows("\n42\n");
+    await visitor.page.click('#keys [aria-label="Control D"]');
+    await until(async () => /Ended with status 0/.test(await visitor.text("#state")));
+    await visitor.page.click("#back");
+    await visitor.sees("#list");
+    assert.deepEqual(visitor.complaints, []);
+    assert.match(computer.phone("devices"), /Firefox/);
 });
