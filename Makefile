@@ -42,8 +42,8 @@ check:
 
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
-	@scripts/setup build bench
-	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test
+	@scripts/setup build bench phone
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test velmo-phone
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md

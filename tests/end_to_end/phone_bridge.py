@@ -2,12 +2,10 @@
 """The bridge of velmo-phone, before a client that sends what it likes. phone_bridge.py PROGRAMS
 [unittest's arguments]. Every request goes over a socket of its own, byte by byte as written here."""
 
-import base64
 import json
 import os
 import re
 import resource
-import socket
 import struct
 import subprocess
 import sys
@@ -15,90 +13,10 @@ import tempfile
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.realpath(__file__)) + "/../../lab/instruments")
+from phone_peer import BINARY, CLOSE, PATIENCE, Peer
 from terminal import until
 
 PROGRAMS = os.path.abspath(sys.argv.pop(1))
-PATIENCE = 60  # seconds for any answer
-TEXT, BINARY, CLOSE = 1, 2, 8
-
-
-class Peer:
-    """A connection to the bridge."""
-
-    def __init__(self, port, host="127.0.0.1"):
-        self.socket = socket.create_connection((host, port), PATIENCE)
-        self.received = b""
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.socket.close()
-
-    def send(self, content):
-        self.socket.sendall(content)
-
-    def more(self):
-        """Reads a piece; b"" once the bridge has closed the connection."""
-        try:
-            piece = self.socket.recv(1 << 16)
-        except ConnectionResetError:
-            piece = b""
-        self.received += piece
-        return piece
-
-    def take(self, count):
-        while len(self.received) < count and self.more():
-            pass
-        taken, self.received = self.received[:count], self.received[count:]
-        return taken
-
-    def reply(self):
-        """The status, the headers and the body of the next reply; (0, {}, b"") without one."""
-        while b"\r\n\r\n" not in self.received:
-            if not self.more():
-                return 0, {}, b""
-        head, self.received = self.received.split(b"\r\n\r\n", 1)
-        status, *lines = head.decode().split("\r\n")
-        headers = dict(line.lower().split(": ", 1) if "cookie" not in line.lower() else
-                       (line.split(": ", 1)[0].lower(), line.split(": ", 1)[1]) for line in lines)
-        return int(status.split()[1]), headers, self.take(int(headers.get("content-length", 0)))
-
-    def message(self, kind, content):
-        """Sends a WebSocket message; the mask is 0, so that the bytes go as they are."""
-        size = len(content)
-        length = bytes([128 | size]) if size < 126 else \
-            struct.pack(">BH", 254, size) if size < 65536 else struct.pack(">BQ", 255, size)
-        self.send(bytes([128 | kind]) + length + bytes(4) + content)
-
-    def call(self, **call):
-        self.message(TEXT, json.dumps(call).encode())
-
-    def next(self):
-        """The kind and the content of the next message; (CLOSE, b"") when the connection is gone."""
-        head = self.take(2)
-        if len(head) < 2:
-            return CLOSE, b""
-        size = head[1]
-        if size >= 126:
-            size = int.from_bytes(self.take(2 if size == 126 else 8), "big")
-        return head[0] & 15, self.take(size)
-
-    def event(self, name):
-        """The next event of this name; what comes before it is dropped."""
-        while True:
-            kind, content = self.next()
-            if kind == CLOSE:
-                raise AssertionError(f"closed before the event {name}: {content!r}")
-            if kind == TEXT and json.loads(content)["event"] == name:
-                return json.loads(content)
-
-    def closing(self):
-        """The code with which the bridge closes the connection; 0 if it just drops it."""
-        while True:
-            kind, content = self.next()
-            if kind == CLOSE:
-                return int.from_bytes(content[:2], "big")
 
 
 class PhoneBridge(unittest.TestCase):
@@ -147,35 +65,21 @@ class PhoneBridge(unittest.TestCase):
 
     def ask(self, method, target, body=b"", **headers):
         with Peer(self.port) as peer:
-            return self.ask_on(peer, method, target, body, **headers)
+            return peer.ask(method, target, body, **headers)
 
-    def ask_on(self, peer, method, target, body=b"", **headers):
-        """Makes a request with the headers of our page; a header that is None is left out."""
-        headers = {"Host": f"127.0.0.1:{self.port}", "Origin": self.origin,
-                   "Content-Length": str(len(body)) if body else None} | headers
-        lines = [f"{name.replace('_', '-')}: {value}" for name, value in headers.items() if value is not None]
-        peer.send("\r\n".join([f"{method} {target} HTTP/1.1", *lines, "", ""]).encode() + body)
-        return peer.reply()
-
-    def admit(self, address, name="raw"):
-        code = address.split("#")[1]
-        return self.ask("POST", "/admit", json.dumps({"code": code, "name": name}).encode(),
-                        Content_Type="application/json")
+    def admit(self, address):
+        with Peer(self.port) as peer:
+            return peer.admit(address)
 
     def let_in(self, *words):
         status, headers, _ = self.admit(self.phone("admit", *words).strip())
         self.assertEqual(status, 200)
         return headers["set-cookie"].split(";")[0]
 
-    def upgrade(self, peer, **headers):
-        key = base64.b64encode(bytes(16)).decode()
-        return self.ask_on(peer, "GET", "/socket", **({"Connection": "Upgrade", "Upgrade": "websocket",
-                           "Sec_WebSocket_Version": "13", "Sec_WebSocket_Key": key} | headers))[0]
-
     def page(self, cookie=None):
         peer = Peer(self.port)
         self.addCleanup(peer.socket.close)
-        self.assertEqual(self.upgrade(peer, Cookie=cookie or self.let_in()), 101)
+        self.assertEqual(peer.upgrade(Cookie=cookie or self.let_in()), 101)
         self.assertEqual(peer.event("hello")["device"][:3], "raw")
         return peer
 
@@ -263,7 +167,7 @@ class PhoneBridge(unittest.TestCase):
                 ({"Cookie": "velmo-phone=" + "0" * 64}, 401), ({"Sec_WebSocket_Version": "12"}, 426),
                 ({}, 101)]:
             with self.subTest(headers=headers), Peer(self.port) as peer:
-                self.assertEqual(self.upgrade(peer, **({"Cookie": cookie} | headers)), status)
+                self.assertEqual(peer.upgrade(**({"Cookie": cookie} | headers)), status)
         for doubled in ("Host: evil.example", "Origin: http://evil.example"):
             with self.subTest(doubled=doubled), Peer(self.port) as peer:
                 peer.send(f"GET /device HTTP/1.1\r\nHost: 127.0.0.1:{self.port}\r\nOrigin: {self.origin}\r\n"
@@ -275,7 +179,7 @@ class PhoneBridge(unittest.TestCase):
         answers = {}
         with Peer(self.port) as peer:
             for _ in range(10_000):
-                status = self.ask_on(peer, "POST", "/admit", guess, Content_Type="application/json")[0]
+                status = peer.ask("POST", "/admit", guess, Content_Type="application/json")[0]
                 answers[status] = answers.get(status, 0) + 1
         self.assertEqual(set(answers), {403, 429})
         self.assertLess(answers[403], answers[429])
@@ -290,7 +194,7 @@ class PhoneBridge(unittest.TestCase):
             peer.send(b"GET / HTTP/1.1\r\nX: " + b"x" * 100_000 + b"\r\n\r\n")
             self.assertNotEqual(peer.reply()[0], 200)
         with Peer(self.port) as peer:
-            self.assertNotEqual(self.ask_on(peer, "POST", "/admit", b"x" * 100_000)[0], 200)
+            self.assertNotEqual(peer.ask("POST", "/admit", b"x" * 100_000)[0], 200)
         before = self.memory()
         flood = self.page()
         try:
