@@ -13,6 +13,16 @@ function frame(kind, payload) {
     return bytes;
 }
 
+/** Returns the frames for a typed text. */
+export function framesOfText(text) {
+    return dataFrames(new TextEncoder().encode(text));
+}
+
+/** Returns the frames for bytes that a text has as its characters, as some programs want the mouse's place. */
+export function framesOfBytes(characters) {
+    return dataFrames(Uint8Array.from(characters, (character) => character.charCodeAt(0)));
+}
+
 /** Returns a frame for each piece of what was typed that a frame can carry. */
 export function dataFrames(bytes) {
     const frames = [];

@@ -1,13 +1,13 @@
 // The page: who is let in, the list, one session, and the connection under them.
 import { isLetIn, letIn } from "./admission.js";
 import { Connection } from "./connection.js";
-import { resizeFrame } from "./frames.js";
+import { framesOfText, resizeFrame } from "./frames.js";
 import { KeyBar } from "./keys.js";
 import { SessionList } from "./list.js";
 import { Notifier } from "./notify.js";
 import { powerFacts, powerLabel, powerWhy } from "./power.js";
 import { refusals, startCall } from "./start.js";
-import { TerminalView, framesOf } from "./terminal.js";
+import { TerminalView } from "./terminal.js";
 
 const $ = (id) => document.getElementById(id);
 const views = ["admission", "list", "watch"];
@@ -49,7 +49,7 @@ const connection = new Connection({
 
 const terminal = new TerminalView($("terminal"), {
     type: (text) => type(bar.apply(text)),
-    answer: (text) => mayType() && connection.sendFrames(framesOf(text)),
+    answer: (frames) => mayType() && connection.sendFrames(frames),
     resize: (cols, rows) => mayType() && connection.sendFrames([resizeFrame(cols, rows)]),
     shown: (bytes) => connection.call({ call: "shown", bytes }),
     ended: (code) => {
@@ -142,7 +142,7 @@ function type(text) {
         return;
     if (terminal.isFollowing)
         decideSize();
-    const wasSent = isWatching && connection.sendFrames(framesOf(text));
+    const wasSent = isWatching && connection.sendFrames(framesOfText(text));
     const unsent = $("unsent");
     if (wasSent)
         unsent.hidden = true;

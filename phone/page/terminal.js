@@ -1,6 +1,6 @@
 // The terminal of one session.
 import { FitAddon } from "./fit.js";
-import { FrameReader, dataFrames } from "./frames.js";
+import { FrameReader, framesOfBytes, framesOfText } from "./frames.js";
 import { watchFingers } from "./gestures.js";
 import { Terminal } from "./xterm.js";
 
@@ -40,7 +40,7 @@ export class TerminalView {
     #selectionStart = null;
 
     /**
-     * `services`: `type(text)`, `answer(text)`, `resize(cols, rows)`, `shown(bytes)`, `ended(code)`,
+     * `services`: `type(text)`, `answer(frames)`, `resize(cols, rows)`, `shown(bytes)`, `ended(code)`,
      * and `selected(text)` with "" when nothing is selected any more.
      */
     constructor(container, services) {
@@ -59,8 +59,9 @@ export class TerminalView {
         this.#terminal.loadAddon(this.#fit);
         scheme.addEventListener("change", () => this.#colour(scheme.matches));
         this.#colour(scheme.matches);
-        this.#terminal.onData((text) => (answer.test(text) ? services.answer(text) : services.type(text)));
-        this.#terminal.onBinary((text) => services.answer(text));
+        this.#terminal.onData(
+            (text) => (answer.test(text) ? services.answer(framesOfText(text)) : services.type(text)));
+        this.#terminal.onBinary((bytes) => services.answer(framesOfBytes(bytes)));
         this.#terminal.onSelectionChange(() => services.selected(this.#terminal.getSelection()));
     }
 
@@ -203,9 +204,4 @@ export class TerminalView {
     clearSelection() {
         this.#terminal.clearSelection();
     }
-}
-
-/** Returns the frames for a typed text. What a program's mouse gets is bytes, not text. */
-export function framesOf(text) {
-    return dataFrames(new TextEncoder().encode(text));
 }

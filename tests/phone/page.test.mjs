@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import { deviceName } from "../../phone/page/admission.js";
 import { Connection } from "../../phone/page/connection.js";
-import { FrameReader, dataFrames, resizeFrame } from "../../phone/page/frames.js";
+import { FrameReader, dataFrames, framesOfBytes, framesOfText, resizeFrame } from "../../phone/page/frames.js";
 import { Latch, modified } from "../../phone/page/keys.js";
 import { ago, factsOf, inOrder } from "../../phone/page/list.js";
 import { attentionText, newlyAsking } from "../../phone/page/notify.js";
@@ -30,6 +30,8 @@ test("what is typed goes into frames of at most 65536 bytes", () => {
     assert.deepEqual(dataFrames(new Uint8Array([108, 115])), [new Uint8Array([1, 0, 0, 0, 2, 108, 115])]);
     assert.deepEqual(dataFrames(new Uint8Array(65537)).map((frame) => frame.length), [65541, 6]);
     assert.deepEqual(dataFrames(new Uint8Array(0)), []);
+    assert.deepEqual(framesOfText("\u00e9"), [new Uint8Array([1, 0, 0, 0, 2, 0xc3, 0xa9])]);
+    assert.deepEqual(framesOfBytes("\u00e9"), [new Uint8Array([1, 0, 0, 0, 1, 0xe9])]);
     assert.deepEqual(resizeFrame(80, 300), new Uint8Array([2, 0, 0, 0, 4, 0, 80, 1, 44]));
 });
 
