@@ -96,11 +96,11 @@ public:
     void watch(const std::string& session, bool viewOnly, OnStream done) override {
         later([this, session, viewOnly, done = std::move(done)] {
             const PeerId peer = sessions.connect(SessionHost::Door::control);
-            sessions.receive(
-                peer,
-                encodeJson(SessionCallLine{
-                    .call = SessionCall::stream, .session = session, .viewOnly = viewOnly}).value()
-                    + "\n");
+            sessions.receive(peer, encodeJson(SessionCallLine{.call = SessionCall::stream,
+                                                              .session = session,
+                                                              .viewOnly = viewOnly})
+                                           .value()
+                                       + "\n");
             std::string& received = sessions.peers.at(peer)->received;
             const std::size_t end = received.find('\n');
             const auto reply = decodeRecord<SessionReplyLine>(received.substr(0, end)).value();

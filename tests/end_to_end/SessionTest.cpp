@@ -407,8 +407,8 @@ TEST_F(SessionTest, StartsAHostAndReplacesAStaleSocket) {
     EXPECT_EQ(host->waitForEnd(), 128 + SIGKILL);
     EXPECT_TRUE(fs::exists(folder / "control.sock"));
     std::ofstream(folder / "control.sock.new") << "of a host that was killed while it began";
-    const auto window = openProgram(
-        {"/bin/sh", "-c", "exec 9</etc/passwd; exec \"$0\" start -- /bin/sh", program});
+    const auto window =
+        openProgram({"/bin/sh", "-c", "exec 9</etc/passwd; exec \"$0\" start -- /bin/sh", program});
     ASSERT_TRUE(window->shows("ready> "));
     pid_t served = 0;
     std::ifstream(folder / "host.lock") >> served;

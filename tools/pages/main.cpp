@@ -1,6 +1,6 @@
-/// velmo-pages TEMPLATES FOLDER PROGRAM...: writes the manual pages of these programs of ours, and their completions for
-/// bash, zsh and fish, into a folder laid out as a "share" folder is. Prose and scripts come from
-/// TEMPLATES, the lists of options from the programs' own tables.
+/// velmo-pages TEMPLATES FOLDER PROGRAM...: writes the manual pages of these programs of ours, and
+/// their completions for bash, zsh and fish, into a folder laid out as a "share" folder is. Prose
+/// and scripts come from TEMPLATES, the lists of options from the programs' own tables.
 
 #include "tools/command-line/CommandLine.h"
 #include "tools/pages/Completion.h"

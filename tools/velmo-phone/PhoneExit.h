@@ -8,8 +8,8 @@
 namespace velmo::PhoneExit {
 
 inline constexpr int success = 0;
-inline constexpr int usage = 122; ///< the command line is wrong
-inline constexpr int refused = 123;  ///< another bridge serves, the port is taken, or no such device
+inline constexpr int usage = 122;   ///< the command line is wrong
+inline constexpr int refused = 123; ///< another bridge serves, the port is taken, or no such device
 inline constexpr int noBridge = 124; ///< no bridge serves
 
 } // namespace velmo::PhoneExit
