@@ -194,7 +194,7 @@ private:
 
         ~Stream() override {
             std::erase(world_.streams_, this);
-            world_.sessions.host.gone(peer_);
+            world_.sessions.host.connectionLost(peer_);
         }
 
         void read(std::size_t most, OnRead done) override {
