@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const auto line = CommandLine::read(phoneCommandLine, arguments);
     if (!line)
-        return phoneComplains(line.error(), PhoneExit::usage);
+        return phoneComplains(line.error().text, PhoneExit::usage);
     if (const auto page = CommandLine::ownPage(phoneCommandLine, *line)) {
         writeStandardOutput(*page);
         return PhoneExit::success;
