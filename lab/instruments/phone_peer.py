@@ -41,7 +41,7 @@ class Peer:
         taken, self.received = self.received[:count], self.received[count:]
         return taken
 
-    def reply(self):
+    def reply(self, has_body=True):
         """The status, the headers and the body of the next reply; (0, {}, b"") without one."""
         while b"\r\n\r\n" not in self.received:
             if not self.more():
@@ -50,7 +50,7 @@ class Peer:
         status, *lines = head.decode().split("\r\n")
         headers = dict(line.lower().split(": ", 1) if "cookie" not in line.lower() else
                        (line.split(": ", 1)[0].lower(), line.split(": ", 1)[1]) for line in lines)
-        return int(status.split()[1]), headers, self.take(int(headers.get("content-length", 0)))
+        return int(status.split()[1]), headers, self.take(int(headers.get("content-length", 0)) * has_body)
 
     def message(self, kind, content):
         """Sends a WebSocket message; the mask is 0, so that the bytes go as they are."""
@@ -94,7 +94,7 @@ class Peer:
                    "Content-Length": str(len(body)) if body else None} | headers
         lines = [f"{name.replace('_', '-')}: {value}" for name, value in headers.items() if value is not None]
         self.send("\r\n".join([f"{method} {target} HTTP/1.1", *lines, "", ""]).encode() + body)
-        return self.reply()
+        return self.reply(method != "HEAD")
 
     def admit(self, address, name="raw"):
         body = json.dumps({"code": address.split("#")[1], "name": name}).encode()

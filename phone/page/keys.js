@@ -3,9 +3,9 @@
 // The label, its name for a screen reader, and what is typed; a pair is for normal and application
 // cursor keys.
 const keys = [
-    ["Esc", "Escape", "\x1b"],
+    ["Esc", "Esc", "\x1b"],
     ["Tab", "Tab", "\t"],
-    ["Ctrl", "Control", null],
+    ["Ctrl", "Ctrl", null],
     ["Alt", "Alt", null],
     ["←", "Left", ["\x1b[D", "\x1bOD"]],
     ["↓", "Down", ["\x1b[B", "\x1bOB"]],
@@ -19,8 +19,8 @@ const keys = [
     ["~", "Tilde", "~"],
     ["Home", "Home", ["\x1b[H", "\x1bOH"]],
     ["End", "End", ["\x1b[F", "\x1bOF"]],
-    ["PgUp", "Page up", "\x1b[5~"],
-    ["PgDn", "Page down", "\x1b[6~"],
+    ["PgUp", "PgUp", "\x1b[5~"],
+    ["PgDn", "PgDn", "\x1b[6~"],
 ];
 
 const repeatDelay = 400; // milliseconds

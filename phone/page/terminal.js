@@ -38,6 +38,7 @@ export class TerminalView {
     #letters = Number(localStorage.getItem("letters")) || usualLetters;
     #lettersBefore = usualLetters;
     #selectionStart = null;
+    #unscrolled = 0; // lines, less than one, that a finger has moved since
 
     /**
      * `services`: `type(text)`, `answer(frames)`, `resize(cols, rows)`, `shown(bytes)`, `ended(code)`,
@@ -71,6 +72,7 @@ export class TerminalView {
             return;
         this.#terminal.open(this.#container);
         new ResizeObserver(() => this.layOut()).observe(this.#container);
+        this.#takeDictation(this.#terminal.textarea);
         watchFingers(this.#container, {
             scroll: (pixels, x, y) => this.#scroll(pixels, x, y),
             tap: () => this.#terminal.focus(),
@@ -79,6 +81,17 @@ export class TerminalView {
             beginSelection: (x, y) => this.#select(x, y, true),
             extendSelection: (x, y) => this.#select(x, y, false),
             endSelection: () => {},
+        });
+    }
+
+    /** In its mode for screen readers xterm.js leaves out a text that comes without a key. */
+    #takeDictation(field) {
+        let isKeyDown = false;
+        field.addEventListener("keydown", () => (isKeyDown = true));
+        field.addEventListener("keyup", () => (isKeyDown = false));
+        field.addEventListener("input", (event) => {
+            if (event.inputType === "insertText" && event.data && !event.isComposing && !isKeyDown)
+                this.#services.type(event.data);
         });
     }
 
@@ -176,13 +189,22 @@ export class TerminalView {
         this.layOut();
     }
 
-    /** Scrolls as a wheel would, so that the program gets it where it has asked for the mouse. */
+    /** Scrolls through what is kept, or as a wheel would where the program draws the whole screen or has the mouse. */
     #scroll(pixels, x, y) {
         const screen = this.#terminal.element.querySelector(".xterm-screen");
+        if (this.#terminal.buffer.active.type === "normal" && this.#terminal.modes.mouseTrackingMode === "none")
+            return this.#scrollLines(pixels / (screen.offsetHeight / this.#terminal.rows));
         screen.dispatchEvent(new WheelEvent("wheel", {
             deltaY: pixels, deltaMode: WheelEvent.DOM_DELTA_PIXEL, clientX: x, clientY: y,
             bubbles: true, cancelable: true,
         }));
+    }
+
+    #scrollLines(lines) {
+        this.#unscrolled += lines;
+        const whole = Math.trunc(this.#unscrolled);
+        this.#unscrolled -= whole;
+        this.#terminal.scrollLines(whole);
     }
 
     #select(x, y, isStart) {

@@ -124,11 +124,11 @@ export class Computer {
     }
 
     phone(...words) {
-        return execFileSync(join(programs, "velmo-phone"), words, { env: this.environment, encoding: "utf8" });
+        return execFileSync(join(programs, "velmo-phone"), words, { env: this.environment, cwd: this.home, encoding: "utf8" });
     }
 
     session(...words) {
-        return execFileSync(join(programs, "velmo-session"), words, { env: this.environment, encoding: "utf8" });
+        return execFileSync(join(programs, "velmo-session"), words, { env: this.environment, cwd: this.home, encoding: "utf8" });
     }
 
     sessions() {
