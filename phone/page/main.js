@@ -296,6 +296,7 @@ $("unsent").addEventListener("click", () => ($("unsent").hidden = true));
 $("copy").addEventListener("click", async () => {
     await navigator.clipboard.writeText(terminal.selection);
     terminal.clearSelection();
+    terminal.focus();
 });
 document.addEventListener("visibilitychange", wakeOrSleep);
 window.addEventListener("online", () => connection.drop());

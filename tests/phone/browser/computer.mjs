@@ -196,7 +196,7 @@ export class Visitor {
         const visitor = new Visitor();
         visitor.context = await browser.createBrowserContext();
         if (browser.process().spawnfile !== firefoxPath)
-            await visitor.context.overridePermissions(new URL(address).origin, ["clipboard-read", "clipboard-write"]);
+            await visitor.context.overridePermissions(new URL(address).origin, ["clipboard-read", "clipboard-write", "clipboard-sanitized-write"]);
         visitor.page = await visitor.context.newPage();
         visitor.complaints = [];
         visitor.page.on("console", (message) => {
