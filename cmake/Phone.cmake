@@ -13,6 +13,7 @@ if(VELMO_NODE AND VELMO_NPM AND BOOST_INCLUDE_DIR AND QRENCODE_INCLUDE_DIR AND (
     set(velmo_phone_is_possible ${PROJECT_IS_TOP_LEVEL})
 endif()
 set(VELMO_PHONE AUTO CACHE STRING "Build velmo-phone: ON, OFF, or AUTO for where that is possible")
+set(velmo_phone_lacks "VELMO_PHONE is OFF")
 if(VELMO_PHONE STREQUAL AUTO)
     set(VELMO_PHONE ${velmo_phone_is_possible})
     set(velmo_phone_lacks "`scripts/setup phone` installs what it needs")

@@ -19,7 +19,7 @@ from terminal import until
 PROGRAMS = os.path.abspath(sys.argv.pop(1))
 
 
-class PhoneBridge(unittest.TestCase):
+class Bridged(unittest.TestCase):
     def setUp(self):
         self.place = tempfile.TemporaryDirectory(prefix="velmo-phone-")
         self.environment = {"HOME": self.place.name, "LANG": "C.UTF-8",
@@ -105,6 +105,8 @@ class PhoneBridge(unittest.TestCase):
         page.message(BINARY, b"\1" + struct.pack(">I", len(line) + 1) + line + b"\r")
         self.shows(page, text)
 
+
+class PhoneBridge(Bridged):
     def test_it_lets_a_browser_in_and_relays_a_session(self):
         status, headers, page = self.ask("GET", "/", Origin=None)
         self.assertEqual((status, headers["content-encoding"], page[:2]), (200, "gzip", b"\x1f\x8b"))
@@ -232,6 +234,25 @@ class PhoneBridge(unittest.TestCase):
         page.call(call="list")
         page.event("sessions")
 
+    def test_a_device_that_may_only_view_changes_nothing_and_a_revoked_one_is_gone(self):
+        page = self.watching()
+        cookie = self.let_in("--view-only")
+        viewer = self.page(cookie)
+        viewer.call(call="watch", session="work")
+        self.shows(viewer, b"ready> ")
+        for call in ({"call": "start", "cols": 80, "rows": 24}, {"call": "end", "session": "work"}):
+            viewer.call(**call)
+            self.assertEqual(viewer.event("refused")["reason"], "rights")
+        viewer.message(BINARY, b"\1\0\0\0\1x")
+        self.assertEqual(viewer.closing(), 4000)
+        again = self.page(cookie)
+        self.phone("revoke", "--all")
+        self.assertEqual(again.closing(), 4001)
+        self.assertEqual(page.closing(), 4001)
+        self.assertEqual(self.phone("devices"), "")
+
+
+class PhonePower(Bridged):
     def test_it_keeps_a_simulated_mac_awake_as_long_as_a_session_runs(self):
         mac = self.place.name + "/mac"
         self.run_program("velmo-mac", "create", mac)
@@ -258,23 +279,6 @@ class PhoneBridge(unittest.TestCase):
         page.message(BINARY, b"\1\0\0\0\5exit\r")
         self.assertEqual(power(keeps=False)["why"], "no session")
         until(lambda: not is_held(), "sleep is enabled again")
-
-    def test_a_device_that_may_only_view_changes_nothing_and_a_revoked_one_is_gone(self):
-        page = self.watching()
-        cookie = self.let_in("--view-only")
-        viewer = self.page(cookie)
-        viewer.call(call="watch", session="work")
-        self.shows(viewer, b"ready> ")
-        for call in ({"call": "start", "cols": 80, "rows": 24}, {"call": "end", "session": "work"}):
-            viewer.call(**call)
-            self.assertEqual(viewer.event("refused")["reason"], "rights")
-        viewer.message(BINARY, b"\1\0\0\0\1x")
-        self.assertEqual(viewer.closing(), 4000)
-        again = self.page(cookie)
-        self.phone("revoke", "--all")
-        self.assertEqual(again.closing(), 4001)
-        self.assertEqual(page.closing(), 4001)
-        self.assertEqual(self.phone("devices"), "")
 
 
 if __name__ == "__main__":
