@@ -33,10 +33,11 @@ const connection = new Connection({
     isLetIn,
     hiddenPause: () => (notifier.isOn ? hiddenPause : null),
     onOpen() {
-        showState("");
         askForPower();
         if (watched && !hasEnded)
             connection.call({ call: "watch", session: watched.id });
+        else
+            showState("");
     },
     onLost() {
         isWatching = false;
@@ -99,6 +100,7 @@ const events = {
     },
     watching() {
         isWatching = true;
+        showState("");
         terminal.begin();
         if (rights === "use" && !terminal.isFollowing)
             terminal.decide();
