@@ -64,6 +64,7 @@ test("a code lets one browser in, once", async () => {
 
 test("a session is started, typed into and ended", async () => {
     const phone = await open();
+    await phone.sees("#start");
     await phone.page.tap("#start");
     await phone.page.type("[name=name]", "work");
     await phone.page.type("[name=folder]", "/etc");
