@@ -1,19 +1,25 @@
 #pragma once
 
 #include "core/support/Bytes.h"
-#include "core/terminal/TerminalModes.h"
+#include "core/terminal/PtyFrame.h"
+#include "sessions/Screen.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velmo {
 
-/// The last MiB of a program's output, and the terminal modes that older output has set. All
-/// viewers of a session are sent their output from this one log, each from its own position, so
-/// that no viewer needs a copy. Positions count the bytes since the program's start.
+/// The last MiB of a program's output, and the screen as older output has left it. All viewers of a
+/// session are sent their output from this one log, each from its own position, so that no viewer
+/// needs a copy. Positions count the bytes since the program's start.
+///
+/// There is no screen before the log is full. Then the screen follows what falls out of the log,
+/// and nothing else, in large pieces.
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
@@ -21,7 +27,13 @@ public:
 
     using Position = std::uint64_t;
 
-    /// Returns room for the next output. Drops the output that is older than the last MiB.
+    /// The size is that of the program's terminal, from its start on.
+    explicit OutputLog(PtyFrame::Size size) : firstSize_(size) {}
+
+    /// Notes that the program's terminal has another size from here on.
+    void resize(PtyFrame::Size size);
+
+    /// Returns room for the next output. Drops output that is older than the last MiB.
     std::span<std::uint8_t> room();
 
     /// Adds the first bytes of the room that was returned last.
@@ -38,24 +50,52 @@ public:
     /// Where a replay begins.
     struct Start {
         Position position;
-        std::string sequences; ///< set a terminal's modes as they were at the position
+        std::string sequences; ///< show the screen as it was at the position, and set the modes
         bool reportsFocus;     ///< the program had asked for focus reports before the position
     };
 
-    /// Returns the program's start if all of its output is kept, or else the first beginning of a
-    /// line outside of any control sequence.
-    [[nodiscard]] Start replayStart() const;
+    /// Returns the program's start if all of its output is kept, or else the first position outside
+    /// of any control sequence and character. `size` is that of a terminal of which the cursor is
+    /// at the top left, and absent for any other terminal.
+    [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size);
+
+    /// Returns the screen as the output up to a position has left it. The position is not before
+    /// that of an earlier call, unless `forgetScreen` came in between. The reference lives until
+    /// the next call of a function that is not const.
+    [[nodiscard]] const Screen& screenAt(Position position);
+
+    /// Frees the memory of the screen that `screenAt` has returned.
+    void forgetScreen() { ahead_.reset(); }
 
     /// Drops all output and frees the memory.
     void clear();
 
 private:
-    static constexpr std::size_t capacity = kept + maxRead;
+    static constexpr std::size_t dropped = std::size_t{1} << 15; ///< at least, at once
+    static constexpr std::size_t capacity = kept + dropped + maxRead;
+    static constexpr std::size_t maxSizes = 256;
+
+    /// A screen, and how far it has followed the output.
+    struct Follower {
+        Screen screen;
+        Position position;
+    };
+
+    struct SizeChange {
+        Position position;
+        PtyFrame::Size size;
+    };
+
+    void follow(Follower& follower, Position until) const;
+    Follower& behind();
 
     std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output
     Position begin_ = 0;
     Position end_ = 0;
-    TerminalModes modes_; ///< as of `begin_`
+    PtyFrame::Size firstSize_;
+    std::vector<SizeChange> sizes_;    ///< that `behind_` has not followed
+    std::unique_ptr<Follower> behind_; ///< at `begin_`, or a little later between two pieces
+    std::unique_ptr<Follower> ahead_;  ///< what `screenAt` has returned
 };
 
 } // namespace velmo

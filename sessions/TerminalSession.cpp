@@ -41,6 +41,7 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      log_(size_),
       countChanged_(identity_.since) {
     program_->watch(true, false);
 }
@@ -77,8 +78,10 @@ Viewer::Surroundings TerminalSession::surroundings(bool isWindow,
         return {};
     const bool isAsBefore = size == size_;
     const bool beginsThere = isAsBefore && !hadViewer_ && log_.begin() == 0;
-    return {.before = isWindow && size && !beginsThere ? scrollAway(*size) : "",
-            .after = std::string(isAsBefore ? "" : endRegion)};
+    const bool scrolls = isWindow && size && !beginsThere;
+    return {.before = scrolls ? scrollAway(*size) : "",
+            .after = std::string(isAsBefore ? "" : endRegion),
+            .size = scrolls ? size : std::nullopt};
 }
 
 void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
@@ -206,7 +209,8 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
         viewer.replay(log_, {.before = clearScreen,
-                             .after = std::string(seat.size == size_ ? "" : endRegion)});
+                             .after = std::string(seat.size == size_ ? "" : endRegion),
+                             .size = seat.size});
         redraw();
         progress = viewer.send(log_, answers);
     }
@@ -245,6 +249,7 @@ void TerminalSession::applySize() {
     if (first == nullptr || !first->size || *first->size == size_ || !program_)
         return;
     size_ = *first->size;
+    log_.resize(size_);
     program_->setSize(size_);
 }
 

@@ -120,11 +120,11 @@ private:
 
     Identity identity_;
     std::shared_ptr<Program> program_;
+    PtyFrame::Size size_;
     OutputLog log_;
     std::vector<Seat> seats_;
     std::vector<PeerId> leaving_;
     std::vector<PeerId> left_;
-    PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
     bool isInputFull_ = false;    ///< keys of a viewer wait for the program

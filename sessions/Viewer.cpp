@@ -90,8 +90,8 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(const OutputLog& log, Surroundings surroundings) {
-    const OutputLog::Start start = log.replayStart();
+void Viewer::replay(OutputLog& log, Surroundings surroundings) {
+    const OutputLog::Start start = log.replayStart(surroundings.size);
     const std::string before = surroundings.before + start.sequences;
     afterReplay_ = std::move(surroundings.after);
     if (!before.empty())

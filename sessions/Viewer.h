@@ -81,11 +81,12 @@ public:
     struct Surroundings {
         std::string before;
         std::string after;
+        std::optional<PtyFrame::Size> size; ///< of a terminal with its cursor at the top left then
     };
 
     /// Starts a replay: the output is sent from the log's `replayStart` on, after the sequences
-    /// that set the terminal's modes. The terminal makes no focus reports at this point.
-    void replay(const OutputLog& log, Surroundings surroundings);
+    /// that show the screen as it was there. The terminal makes no focus reports at this point.
+    void replay(OutputLog& log, Surroundings surroundings);
 
     enum class Progress {
         done,    ///< everything has been sent

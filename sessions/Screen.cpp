@@ -1,0 +1,958 @@
+#include "sessions/Screen.h"
+
+#include "core/support/Decimal.h"
+#include "core/support/Text.h"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+using ControlSequence::Csi;
+using Kind = SequenceReader::Kind;
+
+constexpr std::size_t mainScreen = 0;
+constexpr std::size_t alternateScreen = 1;
+constexpr int tabWidth = 8;
+constexpr int maxCount = 10000; // more than any screen has
+
+/// The characters that stand for "_" to "~" in the character set for drawing lines.
+constexpr auto lineDrawing = std::to_array<char32_t>(
+    {U' ',      U'\u25C6', U'\u2592', U'\u2409', U'\u240C', U'\u240D', U'\u240A', U'\u00B0',
+     U'\u00B1', U'\u2424', U'\u240B', U'\u2518', U'\u2510', U'\u250C', U'\u2514', U'\u253C',
+     U'\u23BA', U'\u23BB', U'\u2500', U'\u23BC', U'\u23BD', U'\u251C', U'\u2524', U'\u2534',
+     U'\u252C', U'\u2502', U'\u2264', U'\u2265', U'\u03C0', U'\u2260', U'\u00A3', U'\u00B7'});
+static_assert(lineDrawing.size() == '~' - '_' + 1);
+
+/// Returns the number with this index, or `absent` if it is left out or 0.
+int numberAt(const std::vector<std::int32_t>& numbers, std::size_t index, int absent) {
+    const std::int32_t number = index < numbers.size() ? numbers[index] : 0;
+    return number == 0 ? absent : std::min(number, maxCount);
+}
+
+void drawColour(std::string& text, std::string_view code, std::uint32_t colour) {
+    if (colour == 0)
+        return;
+    text.append(code);
+    if ((colour & CellStyle::palette) != 0) {
+        text.append(";5;").append(std::to_string(colour & 0xFF));
+        return;
+    }
+    text.append(";2");
+    for (const unsigned shift : {16U, 8U, 0U})
+        text.append(";").append(std::to_string((colour >> shift) & 0xFF));
+}
+
+int parsed(std::string_view digits) {
+    return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
+}
+
+} // namespace
+
+Screen::Screen(PtyFrame::Size size) : size_(size) {
+    for (ScreenGrid& each : grids_)
+        each.resize(rows(), columns(), 0);
+    reset();
+}
+
+void Screen::follow(ByteView output) {
+    reader_.read(shownLater(output),
+                 [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
+}
+
+/// Leaves out the lines at the front that would scroll off the top, if the output is plain text.
+ByteView Screen::shownLater(ByteView output) const {
+    const bool scrollsWhole = top_ == 0 && bottom_ == rows() - 1 && !hasMargins_;
+    const std::string_view text = textOf(output);
+    if (!scrollsWhole || !isAtRest() || text.contains('\033') || text.contains('\x0E')
+        || text.contains('\x0F'))
+        return output;
+    const ByteView wrapped = afterWholeRows(output);
+    if (wrapped.size() < output.size())
+        return wrapped;
+    std::size_t start = text.size();
+    for (int lines = 0; lines <= rows(); ++lines) {
+        start = start == 0 ? std::string_view::npos : text.rfind('\n', start - 1);
+        if (start == std::string_view::npos)
+            return output;
+    }
+    return start > 0 && text[start - 1] == '\r' ? output.subspan(start + 1) : output;
+}
+
+/// Does the same for output that begins with one long line, which fills row after row.
+ByteView Screen::afterWholeRows(ByteView output) const {
+    const auto isPlain = [](std::uint8_t byte) { return byte >= ' ' && byte < 0x7F; };
+    const auto plain =
+        static_cast<std::size_t>(std::ranges::find_if_not(output, isPlain) - output.begin());
+    const auto width = static_cast<std::size_t>(columns());
+    const std::size_t shown = width * static_cast<std::size_t>(rows() + 1);
+    if (!wraps_ || inserts_ || plain <= shown)
+        return output;
+    return output.subspan((plain - shown) / width * width);
+}
+
+void Screen::obey(const SequenceReader::Sequence& sequence) {
+    switch (sequence.kind) {
+    case Kind::text:
+        for (const Text::Scalar& scalar : Text::Scalars(sequence.text))
+            put(translated(scalar.value));
+        return;
+    case Kind::control:
+        obeyControl(sequence.text.front());
+        return;
+    case Kind::escape:
+        modes_.obey(sequence);
+        obeyEscape(sequence.text);
+        return;
+    case Kind::osc:
+        modes_.obey(sequence);
+        obeyOsc(sequence.text);
+        return;
+    case Kind::csi:
+        modes_.obey(sequence);
+        if (const auto csi = Csi::parse(sequence.text))
+            obeyCsi(*csi);
+        return;
+    case Kind::dropped:
+        break;
+    }
+}
+
+void Screen::obeyControl(char control) {
+    switch (control) {
+    case '\b':
+        cursor_.column = std::max(cursor_.column - 1, isWithinMargins() ? left_ : 0);
+        cursor_.wrapsNext = false;
+        return;
+    case '\t':
+        tab(1);
+        return;
+    case '\n':
+    case '\v':
+    case '\f':
+        index();
+        if (returns_)
+            obeyControl('\r');
+        return;
+    case '\r':
+        cursor_.column = hasMargins_ && cursor_.column >= left_ ? left_ : 0;
+        cursor_.wrapsNext = false;
+        return;
+    case '\x0E':
+    case '\x0F':
+        cursor_.charsets.current = control == '\x0E' ? 1 : 0;
+        return;
+    default:
+        return;
+    }
+}
+
+void Screen::obeyEscape(std::string_view escape) {
+    if (escape.size() == 2 && (escape[0] == '(' || escape[0] == ')'))
+        cursor_.charsets.sets[escape[0] == '(' ? 0 : 1] = escape[1];
+    if (escape == "#8")
+        fill(U'E');
+    if (escape.size() != 1)
+        return;
+    switch (escape.front()) {
+    case '7':
+        saved_[shown_] = cursor_;
+        return;
+    case '8':
+        restore();
+        return;
+    case 'D':
+        index();
+        return;
+    case 'E':
+        index();
+        obeyControl('\r');
+        return;
+    case 'H':
+        tabs_[static_cast<std::size_t>(cursor_.column)] = true;
+        return;
+    case 'M':
+        reverseIndex();
+        return;
+    case 'c':
+        reset();
+        return;
+    default:
+        return;
+    }
+}
+
+/// Fills the screen with a character, if it is small enough to be filled.
+void Screen::fill(char32_t scalar) {
+    if (static_cast<std::size_t>(rows() * columns()) > maxCells / 2)
+        return;
+    for (int row = 0; row < rows(); ++row) {
+        for (int column = 0; column < columns(); ++column)
+            grid().write(row, column, {.text = scalar});
+    }
+    limit();
+}
+
+void Screen::obeyOsc(std::string_view osc) {
+    if (osc.starts_with("133;A"))
+        grid().row(cursor_.row).isPrompt = true;
+    if (!osc.starts_with("8;") || !ControlSequence::isMarkOrColour(osc))
+        return;
+    std::string_view link = osc.substr(2);
+    const std::size_t address = link.find(';');
+    if (address == std::string_view::npos || address + 1 == link.size())
+        link = "";
+    auto number = tables_.linkNumber(link);
+    if (!number) {
+        sweep();
+        number = tables_.linkNumber(link);
+    }
+    cursor_.style.link = number.value_or(0);
+}
+
+void Screen::obeyCsi(const Csi& csi) {
+    const auto numbers = csi.numbers();
+    if (csi.final == 'h' || csi.final == 'l') {
+        obeyModes(csi);
+    } else if (csi.intermediates == "!" && csi.final == 'p') {
+        softReset();
+    } else if (!csi.intermediates.empty()) {
+        return;
+    } else if (csi.marker == "?" && csi.final == 'J') {
+        eraseDisplay(numbers.front());
+    } else if (csi.marker == "?" && csi.final == 'K') {
+        obeyPlain('K', numbers);
+    } else if (!csi.marker.empty()) {
+        return;
+    } else if (csi.final == 'm') {
+        setStyle(csi.parameters);
+    } else if (!move(csi.final, numbers)) {
+        obeyPlain(csi.final, numbers);
+    }
+}
+
+/// Obeys a sequence that moves the cursor. Returns false for any other.
+bool Screen::move(char final, const std::vector<std::int32_t>& numbers) {
+    const int count = numberAt(numbers, 0, 1);
+    const int origin = cursor_.isInRegion ? top_ : 0;
+    const int firstColumn = isWithinMargins() ? left_ : 0;
+    switch (final) {
+    case 'A':
+    case 'F':
+        moveRows(-count);
+        break;
+    case 'B':
+    case 'E':
+    case 'e':
+        moveRows(count);
+        break;
+    case 'C':
+    case 'a':
+        cursor_.column = std::min(cursor_.column + count, rightEdge());
+        break;
+    case 'D':
+        cursor_.column = std::max(cursor_.column - count, firstColumn);
+        break;
+    case 'G':
+    case '`':
+        place(cursor_.row, count - 1);
+        break;
+    case 'd':
+        place(origin + count - 1, cursor_.column);
+        break;
+    case 'H':
+    case 'f':
+        place(origin + count - 1, (cursor_.isInRegion ? left_ : 0) + numberAt(numbers, 1, 1) - 1);
+        break;
+    case 'I':
+        tab(count);
+        break;
+    case 'Z':
+        tab(-count);
+        break;
+    default:
+        return false;
+    }
+    cursor_.wrapsNext = false;
+    if (final == 'E' || final == 'F')
+        obeyControl('\r');
+    return true;
+}
+
+void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
+    const int count = numberAt(numbers, 0, 1);
+    const int part = numbers.front();
+    switch (final) {
+    case '@':
+        insertColumns(count);
+        break;
+    case 'P':
+        insertColumns(-count);
+        break;
+    case 'X':
+        eraseInRow(cursor_.column, cursor_.column + count);
+        break;
+    case 'J':
+        eraseDisplay(part);
+        break;
+    case 'K':
+        eraseInRow(part == 0 ? cursor_.column : 0, part == 1 ? cursor_.column + 1 : columns());
+        break;
+    case 'L':
+    case 'M':
+        if (cursor_.row < top_ || cursor_.row > bottom_ || !isWithinMargins())
+            return;
+        scroll(cursor_.row, final == 'L' ? -count : count);
+        obeyControl('\r');
+        break;
+    case 'S':
+        scroll(top_, count);
+        break;
+    case 'T':
+        if (numbers.size() == 1)
+            scroll(top_, -count);
+        break;
+    case 'b':
+        for (int left = std::min(count, columns() - cursor_.column); last_ != 0 && left > 0; --left)
+            put(last_);
+        return;
+    case 'g':
+        if (part == 3)
+            tabs_.assign(tabs_.size(), false);
+        else if (part == 0)
+            tabs_[static_cast<std::size_t>(cursor_.column)] = false;
+        return;
+    case 'r':
+        setRegion(count - 1, numberAt(numbers, 1, rows()) - 1);
+        break;
+    case 's':
+        if (hasMargins_)
+            setMargins(count - 1, numberAt(numbers, 1, columns()) - 1);
+        else
+            saved_[shown_] = cursor_;
+        return;
+    case 'u':
+        restore();
+        return;
+    default:
+        return;
+    }
+    if (final != 'S' && final != 'T')
+        cursor_.wrapsNext = false;
+}
+
+void Screen::obeyModes(const Csi& csi) {
+    const bool sets = csi.final == 'h';
+    for (const std::int32_t mode : csi.numbers()) {
+        if (csi.marker == "?")
+            setPrivateMode(mode, sets);
+        else if (csi.marker.empty() && mode == 4)
+            inserts_ = sets;
+        else if (csi.marker.empty() && mode == 20)
+            returns_ = sets;
+    }
+}
+
+void Screen::setPrivateMode(std::int32_t mode, bool sets) {
+    switch (mode) {
+    case 6:
+        cursor_.isInRegion = sets;
+        place(sets ? top_ : 0, sets ? left_ : 0);
+        return;
+    case 7:
+        wraps_ = sets;
+        cursor_.wrapsNext = false;
+        return;
+    case 69:
+        hasMargins_ = sets;
+        left_ = 0;
+        right_ = columns() - 1;
+        return;
+    case 1048:
+        sets ? static_cast<void>(saved_[shown_] = cursor_) : restore();
+        return;
+    case 1049:
+        if (sets == (shown_ == alternateScreen))
+            return;
+        if (sets)
+            saved_[mainScreen] = cursor_;
+        showAlternate(sets);
+        if (sets)
+            eraseDisplay(2);
+        else
+            restore();
+        return;
+    case 1047:
+        if (!sets && shown_ == alternateScreen)
+            eraseDisplay(2);
+        showAlternate(sets);
+        return;
+    case 47:
+        showAlternate(sets);
+        return;
+    default:
+        return;
+    }
+}
+
+void Screen::setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest) {
+    // 38:5:n, 38:2::r:g:b and 38:2:r:g:b in one field, or 38;5;n and 38;2;r;g;b in several.
+    const char separator = field.contains(':') ? ':' : ';';
+    std::string_view& source = separator == ':' ? field : rest;
+    if (separator == ':')
+        ControlSequence::takeField(field, ':');
+    const int kind = parsed(ControlSequence::takeField(source, separator));
+    const auto component = [&] {
+        return static_cast<std::uint32_t>(
+            std::min(parsed(ControlSequence::takeField(source, separator)), 255));
+    };
+    if (kind == 5) {
+        colour = CellStyle::palette | component();
+    } else if (kind == 2) {
+        if (separator == ':' && std::ranges::count(source, ':') >= 3)
+            ControlSequence::takeField(source, ':'); // the colour space
+        const std::uint32_t red = component();
+        const std::uint32_t green = component();
+        colour = CellStyle::direct | (red << 16) | (green << 8) | component();
+    }
+}
+
+void Screen::setStyle(std::string_view parameters) {
+    CellStyle& style = cursor_.style;
+    const auto setUnderline = [&](int kind) {
+        constexpr int mask = CellStyle::underlineUnit - 1;
+        style.attributes = static_cast<std::uint16_t>(
+            (style.attributes & mask) | (std::min(kind, 5) * CellStyle::underlineUnit));
+    };
+    const auto set = [&](std::uint16_t attribute, bool isSet) {
+        style.attributes = static_cast<std::uint16_t>(isSet ? style.attributes | attribute
+                                                            : style.attributes & ~attribute);
+    };
+    std::string_view rest = parameters;
+    do {
+        const std::string_view field = ControlSequence::takeField(rest, ';');
+        const int code = parsed(field.substr(0, field.find(':')));
+        if (code == 0)
+            style = {.link = style.link};
+        else if (code == 1 || code == 2)
+            set(code == 1 ? CellStyle::bold : CellStyle::faint, true);
+        else if (code == 22)
+            set(CellStyle::bold | CellStyle::faint, false);
+        else if (code == 3 || code == 23)
+            set(CellStyle::italic, code == 3);
+        else if (code == 4)
+            setUnderline(field.contains(':') ? parsed(field.substr(field.find(':') + 1)) : 1);
+        else if (code == 21)
+            setUnderline(2);
+        else if (code == 24)
+            setUnderline(0);
+        else if (code == 5 || code == 6 || code == 25)
+            set(CellStyle::blinking, code != 25);
+        else if (code == 7 || code == 27)
+            set(CellStyle::inverse, code == 7);
+        else if (code == 8 || code == 28)
+            set(CellStyle::hidden, code == 8);
+        else if (code == 9 || code == 29)
+            set(CellStyle::struckOut, code == 9);
+        else if (code == 53 || code == 55)
+            set(CellStyle::overlined, code == 53);
+        else if (code == 38)
+            setColour(style.foreground, field, rest);
+        else if (code == 48)
+            setColour(style.background, field, rest);
+        else if (code == 58)
+            setColour(style.underline, field, rest);
+        else if (code == 39)
+            style.foreground = 0;
+        else if (code == 49)
+            style.background = 0;
+        else if (code == 59)
+            style.underline = 0;
+        else if (code >= 30 && code <= 37)
+            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 30);
+        else if (code >= 40 && code <= 47)
+            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 40);
+        else if (code >= 90 && code <= 97)
+            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 90 + 8);
+        else if (code >= 100 && code <= 107)
+            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 100 + 8);
+    } while (!rest.empty());
+}
+
+void Screen::setRegion(int top, int bottom) {
+    bottom = std::min(bottom, rows() - 1);
+    if (top >= bottom)
+        return;
+    top_ = top;
+    bottom_ = bottom;
+    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+}
+
+void Screen::setMargins(int left, int right) {
+    right = std::min(right, columns() - 1);
+    if (left >= right)
+        return;
+    left_ = left;
+    right_ = right;
+    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+}
+
+char32_t Screen::translated(char32_t scalar) const {
+    const bool draws = cursor_.charsets.sets[cursor_.charsets.current] == '0';
+    return draws && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
+}
+
+void Screen::put(char32_t scalar) {
+    const bool isAscii = scalar < 0x7F;
+    const int width = isAscii ? 1 : utf8proc_charwidth(static_cast<utf8proc_int32_t>(scalar));
+    if (width == 0) {
+        combine(scalar);
+        return;
+    }
+    if (width > columns())
+        return;
+    const bool isTooWide = cursor_.column + width - 1 > rightEdge();
+    if (wraps_ && (cursor_.wrapsNext || isTooWide)) {
+        grid().row(cursor_.row).continues = cursor_.row < rows() - 1 || bottom_ == rows() - 1;
+        const bool goesOn = grid().row(cursor_.row).continues;
+        obeyControl('\r');
+        const int row = cursor_.row;
+        index();
+        if (goesOn && cursor_.row == row && row > 0)
+            grid().row(row - 1).continues = true; // the row has moved up
+    } else if (isTooWide) {
+        cursor_.column = rightEdge() - width + 1;
+    }
+    if (inserts_)
+        insertColumns(width);
+    split(cursor_.column);
+    split(cursor_.column + width);
+    const std::uint16_t style = number(cursor_.style);
+    const std::size_t before = grid().row(cursor_.row).cells.capacity();
+    grid().write(cursor_.row, cursor_.column,
+                 {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
+    if (width == 2)
+        grid().write(cursor_.row, cursor_.column + 1, {.text = ' ', .style = style, .width = 0});
+    if (grid().row(cursor_.row).cells.capacity() > before)
+        limit();
+    last_ = scalar;
+    const int edge = rightEdge();
+    cursor_.wrapsNext = wraps_ && cursor_.column + width > edge;
+    cursor_.column = std::min(cursor_.column + width, edge);
+}
+
+/// Adds a combining character to the character before the cursor.
+void Screen::combine(char32_t mark) {
+    int column = cursor_.wrapsNext ? cursor_.column : cursor_.column - 1;
+    if (column > 0 && grid().at(cursor_.row, column).width == 0)
+        --column;
+    if (column < 0)
+        return;
+    Cell cell = grid().at(cursor_.row, column);
+    auto text = tables_.combined(cell.text, mark);
+    if (!text) {
+        sweep();
+        cell = grid().at(cursor_.row, column);
+        text = tables_.combined(cell.text, mark);
+    }
+    cell.text = text.value_or(cell.text);
+    grid().write(cursor_.row, column, cell);
+}
+
+/// Makes a wide character blank of which the right half is in this column: one half of it is about
+/// to be written over.
+void Screen::split(int column) {
+    if (column <= 0 || column >= columns() || grid().at(cursor_.row, column).width != 0)
+        return;
+    for (const int half : {column - 1, column}) {
+        const std::uint16_t style = grid().at(cursor_.row, half).style;
+        grid().write(cursor_.row, half, {.style = style});
+    }
+}
+
+/// Forgets rows if there are too many cells: first of the screen that is not shown.
+void Screen::limit() {
+    for (const std::size_t which : {1 - shown_, shown_}) {
+        for (int row = 0; row < rows() && cells() > maxCells; ++row) {
+            if (which != shown_ || row != cursor_.row)
+                grids_[which].clear(row, 0);
+        }
+    }
+}
+
+/// Puts the cursor into a row and a column, or as near as the screen or the region allows.
+void Screen::place(int row, int column) {
+    cursor_.row =
+        std::clamp(row, cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? bottom_ : rows() - 1);
+    cursor_.column = std::clamp(column, cursor_.isInRegion ? left_ : 0,
+                                cursor_.isInRegion ? right_ : columns() - 1);
+    cursor_.wrapsNext = false;
+}
+
+/// Moves the cursor, which does not leave the scrolling region if it is in it.
+void Screen::moveRows(int rows) {
+    const int first = cursor_.row >= top_ ? top_ : 0;
+    const int last = cursor_.row <= bottom_ ? bottom_ : this->rows() - 1;
+    cursor_.row = std::clamp(cursor_.row + rows, first, last);
+}
+
+void Screen::index() {
+    cursor_.wrapsNext = false;
+    if (cursor_.row != bottom_)
+        cursor_.row = std::min(cursor_.row + 1, rows() - 1);
+    else if (isWithinMargins())
+        scroll(top_, 1);
+}
+
+void Screen::reverseIndex() {
+    cursor_.wrapsNext = false;
+    if (cursor_.row != top_)
+        cursor_.row = std::max(cursor_.row - 1, 0);
+    else if (isWithinMargins())
+        scroll(top_, -1);
+}
+
+void Screen::scroll(int top, int rows) {
+    ScreenGrid::Area area = region();
+    area.top = top;
+    grid().scroll(area, rows, erased(), columns());
+    if (hasMargins_)
+        limit();
+}
+
+void Screen::insertColumns(int count) {
+    if (!isWithinMargins())
+        return;
+    split(cursor_.column);
+    if (count < 0)
+        split(std::min(cursor_.column - count, columns()));
+    grid().shift(cursor_.row, cursor_.column, rightEdge(), count, columns(), erased());
+    if (const Cell last = grid().at(cursor_.row, rightEdge()); last.width == 2)
+        grid().write(cursor_.row, rightEdge(), {.style = last.style});
+    limit();
+    cursor_.wrapsNext = false;
+}
+
+void Screen::eraseDisplay(int part) {
+    if (part > 2)
+        return; // lines that have scrolled off the top
+    const std::uint16_t style = erased();
+    const int from = part == 0 ? cursor_.row + 1 : 0;
+    const int to = part == 1 ? cursor_.row : rows();
+    for (int row = from; row < to; ++row) {
+        grid().clear(row, style);
+    }
+    if (part == 0)
+        eraseInRow(cursor_.column, columns());
+    else if (part == 1)
+        eraseInRow(0, cursor_.column + 1);
+    cursor_.wrapsNext = false;
+}
+
+void Screen::eraseInRow(int from, int to) {
+    to = std::min(to, columns());
+    split(from);
+    split(to);
+    grid().erase(cursor_.row, from, to, columns(), erased());
+    limit();
+    if (to == columns())
+        grid().row(cursor_.row).continues = false;
+}
+
+void Screen::tab(int count) {
+    if (cursor_.wrapsNext && count > 0)
+        return;
+    const int last = rightEdge();
+    const int step = count > 0 ? 1 : -1;
+    for (; count != 0; count -= step) {
+        do
+            cursor_.column += step;
+        while (cursor_.column > 0 && cursor_.column < last
+               && !tabs_[static_cast<std::size_t>(cursor_.column)]);
+        cursor_.column = std::clamp(cursor_.column, 0, last);
+        if (cursor_.column == 0 || cursor_.column == last)
+            break;
+    }
+    cursor_.wrapsNext = false;
+}
+
+void Screen::showAlternate(bool alternate) {
+    shown_ = alternate ? alternateScreen : mainScreen;
+    cursor_.wrapsNext = false;
+}
+
+void Screen::restore() {
+    cursor_ = saved_[shown_].value_or(Cursor{});
+    cursor_.row = std::min(cursor_.row, rows() - 1);
+    cursor_.column = std::min(cursor_.column, columns() - 1);
+}
+
+void Screen::reset() {
+    for (ScreenGrid& each : grids_) {
+        each.resize(0, columns(), rows());
+        each.resize(rows(), columns(), 0);
+    }
+    shown_ = mainScreen;
+    saved_ = {};
+    cursor_ = {};
+    returns_ = false;
+    tabs_.assign(static_cast<std::size_t>(columns()), false);
+    for (std::size_t column = 0; column < tabs_.size(); column += tabWidth)
+        tabs_[column] = true;
+    softReset();
+}
+
+void Screen::softReset() {
+    top_ = 0;
+    bottom_ = rows() - 1;
+    left_ = 0;
+    right_ = columns() - 1;
+    hasMargins_ = false;
+    wraps_ = true;
+    inserts_ = false;
+    cursor_.isInRegion = false;
+    cursor_.style = {};
+    cursor_.charsets = {};
+    saved_[shown_].reset();
+}
+
+void Screen::resize(PtyFrame::Size size) {
+    if (size == size_)
+        return;
+    const int lost = std::max(cursor_.row - (size.rows - 1), 0);
+    const int lostOfMain =
+        shown_ == mainScreen
+            ? lost
+            : std::max(saved_[mainScreen].value_or(Cursor{}).row - (size.rows - 1), 0);
+    size_ = size;
+    grids_[mainScreen].resize(rows(), columns(), lostOfMain);
+    grids_[alternateScreen].resize(rows(), columns(), shown_ == mainScreen ? 0 : lost);
+    cursor_.row -= lost;
+    cursor_.column = std::min(cursor_.column, columns() - 1);
+    cursor_.wrapsNext = false;
+    for (auto& saved : saved_) {
+        if (!saved)
+            continue;
+        saved->row = std::min(saved->row, rows() - 1);
+        saved->column = std::min(saved->column, columns() - 1);
+        saved->wrapsNext = false;
+    }
+    top_ = 0;
+    bottom_ = rows() - 1;
+    left_ = 0;
+    right_ = columns() - 1;
+    const std::size_t known = tabs_.size();
+    tabs_.resize(static_cast<std::size_t>(columns()), false);
+    for (std::size_t column = known; column < tabs_.size(); ++column)
+        tabs_[column] = column % tabWidth == 0;
+}
+
+bool Screen::isWithinMargins() const {
+    return cursor_.column >= left_ && cursor_.column <= right_;
+}
+
+int Screen::rightEdge() const {
+    return cursor_.column <= right_ ? right_ : columns() - 1;
+}
+
+/// Returns the number by which a cell refers to the style.
+std::uint16_t Screen::number(const CellStyle& style) {
+    if (numbered_ && numbered_->first == style)
+        return numbered_->second;
+    auto number = tables_.styleNumber(style);
+    if (!number) {
+        sweep();
+        number = tables_.styleNumber(style);
+    }
+    numbered_.emplace(style, number.value_or(0));
+    return numbered_->second;
+}
+
+/// Returns the style of what is erased now: it has the background that the program has set.
+std::uint16_t Screen::erased() {
+    return number({.background = cursor_.style.background});
+}
+
+/// Finds out what of the tables is in use.
+void Screen::sweep() {
+    tables_.beginSweep();
+    for (const ScreenGrid& each : grids_) {
+        for (int row = 0; row < each.rows(); ++row) {
+            tables_.use(Cell{.style = each.row(row).style});
+            for (const Cell& cell : each.row(row).cells)
+                tables_.use(cell);
+        }
+    }
+    tables_.use(cursor_.style);
+    for (const auto& saved : saved_) {
+        if (saved)
+            tables_.use(saved->style);
+    }
+    numbered_.reset();
+}
+
+std::vector<std::string> Screen::text() const {
+    std::vector<std::string> lines;
+    const int last = grid().lastUsedRow();
+    for (int row = 0; row <= last; ++row) {
+        std::string line;
+        for (const Cell& cell : grid().row(row).cells) {
+            if (cell.width > 0)
+                tables_.append(line, cell);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        lines.push_back(std::move(line));
+    }
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
+    return lines;
+}
+
+Screen::Place Screen::cursor() const {
+    const int top = cursor_.isInRegion ? top_ : 0;
+    const int left = cursor_.isInRegion ? left_ : 0;
+    return {.row = cursor_.row - top + 1, .column = cursor_.column - left + 1};
+}
+
+std::string Screen::drawn(std::optional<PtyFrame::Size> size) const {
+    const bool isSame = size == size_;
+    const bool isAlternate = shown_ == alternateScreen;
+    const Cursor onMain = isAlternate ? saved_[mainScreen].value_or(Cursor{}) : cursor_;
+    std::string text;
+    const int last = std::max(grids_[mainScreen].lastUsedRow(), onMain.row);
+    drawRows(text, mainScreen, last, columns());
+    if (!isSame)
+        drawMoves(text, onMain, last);
+    if (isAlternate) {
+        if (isSame)
+            drawCursor(text, mainScreen, onMain);
+        const PtyFrame::Size on = size.value_or(size_);
+        text += modes_.alternateScreen() + "\033[m\033[H";
+        drawRows(text, alternateScreen,
+                 std::min(grids_[alternateScreen].lastUsedRow(), on.rows - 1), on.cols);
+    }
+    if (isSame && saved_[shown_]) {
+        drawCursor(text, shown_, *saved_[shown_]);
+        text += "\0337";
+    }
+    text += modes_.sequences();
+    if (isSame)
+        drawRegion(text);
+    if (isSame || isAlternate)
+        drawCursor(text, shown_, cursor_);
+    else
+        drawStyle(text, {}, cursor_.style);
+    return text;
+}
+
+/// Draws rows from the terminal's cursor on, up to the last that is named.
+void Screen::drawRows(std::string& text, std::size_t which, int last, int maxColumns) const {
+    std::uint16_t style = 0;
+    const auto turnTo = [&](std::uint16_t other) {
+        if (other != style)
+            drawStyle(text, tables_.style(style), tables_.style(other));
+        style = other;
+    };
+    for (int row = 0; row <= last; ++row) {
+        const ScreenGrid::Row& drawn = grids_[which].row(row);
+        const bool isFull = static_cast<int>(drawn.cells.size()) >= columns() - 1;
+        const bool goesOn = which == mainScreen && drawn.continues && isFull && row < last;
+        auto end = drawn.cells.end();
+        while (!goesOn && end != drawn.cells.begin()
+               && *std::prev(end) == Cell{.style = drawn.style})
+            --end;
+        if (drawn.isPrompt)
+            text += "\033]133;A\033\\";
+        for (auto cell = drawn.cells.begin(); cell != end; ++cell) {
+            if (cell->width == 0 || cell - drawn.cells.begin() + cell->width > maxColumns)
+                continue;
+            turnTo(cell->style);
+            tables_.append(text, *cell);
+        }
+        if (goesOn)
+            continue;
+        turnTo(drawn.style);
+        if (drawn.style != 0 && end - drawn.cells.begin() < maxColumns)
+            text += "\033[K";
+        turnTo(0);
+        if (row < last)
+            text += "\r\n";
+    }
+}
+
+/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
+/// another width.
+void Screen::drawMoves(std::string& text, const Cursor& cursor, int lastDrawn) const {
+    text += "\r";
+    if (lastDrawn > cursor.row)
+        text += "\033[" + std::to_string(lastDrawn - cursor.row) + "A";
+    if (cursor.column > 0)
+        text += "\033[" + std::to_string(cursor.column) + "C";
+}
+
+void Screen::drawRegion(std::string& text) const {
+    const auto range = [&](int first, int last, char final) {
+        text += "\033[" + std::to_string(first + 1) + ";" + std::to_string(last + 1) + final;
+    };
+    if (top_ > 0 || bottom_ < rows() - 1)
+        range(top_, bottom_, 'r');
+    if (hasMargins_ && (left_ > 0 || right_ < columns() - 1))
+        range(left_, right_, 's');
+    if (cursor_.isInRegion)
+        text += "\033[?6h";
+}
+
+void Screen::drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const {
+    constexpr auto codes = std::to_array<std::pair<std::uint16_t, std::string_view>>({
+        {CellStyle::bold, ";1"},
+        {CellStyle::faint, ";2"},
+        {CellStyle::italic, ";3"},
+        {CellStyle::blinking, ";5"},
+        {CellStyle::inverse, ";7"},
+        {CellStyle::hidden, ";8"},
+        {CellStyle::struckOut, ";9"},
+        {CellStyle::overlined, ";53"},
+    });
+    text += "\033[0";
+    for (const auto& [attribute, code] : codes) {
+        if ((style.attributes & attribute) != 0)
+            text += code;
+    }
+    const int underline = style.attributes / CellStyle::underlineUnit;
+    if (underline > 0)
+        text += underline == 1 ? ";4" : ";4:" + std::to_string(underline);
+    drawColour(text, ";38", style.foreground);
+    drawColour(text, ";48", style.background);
+    drawColour(text, ";58", style.underline);
+    text += "m";
+    if (style.link != before.link)
+        text.append("\033]8;")
+            .append(style.link == 0 ? ";" : tables_.link(style.link))
+            .append("\033\\");
+}
+
+/// Puts the cursor where the terminal must have it, with its style and character sets.
+void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const {
+    const int top = cursor.isInRegion ? top_ : 0;
+    const int left = cursor.isInRegion ? left_ : 0;
+    text += "\033[" + std::to_string(cursor.row - top + 1) + ";"
+            + std::to_string(cursor.column - left + 1) + "H";
+    CellStyle style;
+    const Cell cell = grids_[which].at(cursor.row, cursor.column);
+    if (cursor.wrapsNext && cell.width == 1) { // only a character that is written has this effect
+        style = tables_.style(cell.style);
+        drawStyle(text, {}, style);
+        tables_.append(text, cell);
+    }
+    drawStyle(text, style, cursor.style);
+    const auto& [sets, current] = cursor.charsets;
+    text.append("\033(").append(1, sets[0]).append("\033)").append(1, sets[1]);
+    text += current == 1 ? '\x0E' : '\x0F';
+}
+
+} // namespace velmo
