@@ -1,6 +1,6 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session soak test check bench sanitize tsan fuzz coverage mutate macos package format format-check tidy clean
+.PHONY: run run-session soak test check bench sanitize tsan fuzz coverage mutate macos kin package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -11,7 +11,7 @@ run:
 # Plays one whole life of a terminal session.
 run-session:
 	@scripts/setup build
-	@scripts/build release life-of-a-session velmo-session
+	@scripts/build release life-of-a-session
 	@build/release/bin/life-of-a-session
 
 MINUTES ?= 10
@@ -37,7 +37,7 @@ check:
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
 	@scripts/setup build bench
-	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac velmo-session
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md
@@ -74,6 +74,16 @@ mutate:
 # on an emulated Mac.
 macos:
 	@scripts/macos
+
+# All that a Mac's `make test` compiles, velmo-power's tests over the Mac's executable, and all tests
+# on later releases of Debian; for root there.
+kin:
+	@scripts/macos tests
+	@scripts/setup build test
+	@scripts/build debug VelmoPowerDaemonSimulated simulated-pmset velmo-mac velmo-power
+	@lab/emulated-mac/power-client build/emulated-mac/emulated-mac build/macos-cross/bin build/debug/bin
+	@scripts/build-against trixie
+	@scripts/build-against sid
 
 # The Mac's installer package, of executables that are built and signed; elsewhere says what it would run.
 package:

@@ -35,8 +35,7 @@ auto HoldKeeper::reply(Callback callback) {
 
 template<class Callback>
 void HoldKeeper::askForReport(Callback callback) {
-    daemon_->report(
-        reply([callback](const std::optional<HoldReport>& report) { callback(report); }));
+    daemon_->report(reply(callback));
 }
 
 void HoldKeeper::newAttempt() {

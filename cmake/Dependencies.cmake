@@ -20,7 +20,7 @@ if(VELMO_BUILD_TESTS)
     velmo_find_library(uriparser::uriparser uriparser/Uri.h uriparser)
 endif()
 
-if(VELMO_BUILD_TESTS OR VELMO_BUILD_BENCH)
+if(VELMO_BUILD_BENCH)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     velmo_find_library(cairo::cairo cairo/cairo.h cairo)
 endif()

@@ -30,6 +30,11 @@ if(VELMO_FUZZ)
     target_compile_options(velmo_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+if(APPLE)
+    # No library or framework is loaded of which the program uses nothing.
+    target_link_options(velmo_flags INTERFACE -Wl,-dead_strip_dylibs)
+endif()
+
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(velmo_flags INTERFACE
         -fstack-protector-strong -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)

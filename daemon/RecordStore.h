@@ -8,8 +8,7 @@
 
 namespace velmo {
 
-/// In `powerRecordDirectory`: the record of a hold in force, and how the last hold ended.
-inline constexpr std::string_view powerRecordName = "power-daemon.json";
+/// The file beside the record that says how the last hold ended.
 inline constexpr std::string_view lastHoldEndName = "power-daemon-last.json";
 
 /// Keeps the one fact that the daemon must not forget, and a note for people. The guard calls it on

@@ -3,6 +3,7 @@
 #include "fuzz/Fuzz.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace velmo::Fuzz {

@@ -2,24 +2,28 @@
 #include "fuzz/Fuzz.h"
 #include "lab/instruments/SessionWorld.h"
 
+#include <utility>
+
 namespace velmo::Fuzz {
 
 namespace {
 
 /// The input is what peers send to a session host, in turns: a byte, which gives the peer and the
 /// number of bytes, and then those bytes. The peers are a window, a bridge and a stranger at each
-/// of the two doors. Whatever they send, a window that behaves sees the whole output, and the host
-/// is idle some time after every program has ended.
+/// of the two doors. What the window sends first stands behind its greeting. Whatever they send, a
+/// window that behaves sees the whole output, and the host is idle some time after every program
+/// has ended.
 void checkSessionPeers(Input input) {
     SessionWorld world;
     const std::string id = world.startShell();
-    const auto attach = [&] {
-        const PeerId peer = world.connect(SessionHost::Door::attach);
-        world.receive(peer, PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value());
-        return peer;
+    const auto greeting = [&] {
+        const std::string token = world.ticketFor(id).value().token;
+        return std::string(textOf(PtyAttach::hello(token, 80, 24).value()));
     };
-    const PeerId good = attach();
-    const PeerId window = attach();
+    const PeerId good = world.connect(SessionHost::Door::attach);
+    world.receive(good, greeting());
+    const PeerId window = world.connect(SessionHost::Door::attach);
+    std::string early = greeting();
     const PeerId bridge = world.connect(SessionHost::Door::control);
     world.receive(bridge, R"({"call":"stream","session":"bash"})"
                           "\n");
@@ -27,7 +31,7 @@ void checkSessionPeers(Input input) {
                               world.connect(SessionHost::Door::control)};
     while (!input.isEmpty()) {
         const std::uint8_t turn = input.byte();
-        std::string said;
+        std::string said = speakers[turn % 4] == window ? std::exchange(early, {}) : std::string();
         for (int left = turn / 4; left > 0 && !input.isEmpty(); --left)
             said += static_cast<char>(input.byte());
         world.receive(speakers[turn % 4], said);

@@ -9,6 +9,7 @@ namespace {
 void checkSimulatedMacs(Input input) {
     const std::string_view text = input.rest();
     requireRecord<SimulatedMac>(text);
+    require(!JsonDocument::parse(text) || !nameGivenTwice(text));
     require(faultOf<SimulatedMac>(text).has_value() == !decodeRecord<SimulatedMac>(text));
 }
 

@@ -1,5 +1,6 @@
 #include "sessions/AttachMessages.h"
 
+#include "core/support/Ascii.h"
 #include "core/support/Record.h"
 #include "core/terminal/AttachTicket.h"
 #include "core/terminal/AttachWire.h"
@@ -11,10 +12,18 @@ namespace velmo::PtyAttach {
 
 namespace {
 
+struct OwnLabels {
+    std::string detached;
+
+    static constexpr auto fields = std::tuple{field("detached", &OwnLabels::detached)};
+};
+
 struct Ready {
     std::string name;
+    OwnLabels labels;
 
-    static constexpr auto fields = std::tuple{constant("t", "ready"), field("name", &Ready::name)};
+    static constexpr auto fields = std::tuple{constant("t", "ready"), field("name", &Ready::name),
+                                              field("labels", &Ready::labels)};
 };
 
 struct Exit {
@@ -60,8 +69,14 @@ std::optional<ClientMessage> clientMessage(const JsonObject& object) {
 }
 
 // Names and codes are short enough that their frames always fit.
-Bytes readyFrame(std::string_view name) {
-    return control(Ready{std::string(name)}).value();
+Bytes readyFrame(std::string_view name, std::string_view id) {
+    const bool isPlain =
+        !name.empty() && name.front() != '-' && Ascii::isMadeOfLettersDigitsAnd("-_.", name);
+    const std::string command = "velmo-session attach " + std::string(isPlain ? name : id);
+    return control(Ready{.name = std::string(name),
+                         .labels = {"Detached. The session keeps running: continue it with \""
+                                    + command + "\", or on your phone."}})
+        .value();
 }
 
 Bytes exitFrame(int code) {

@@ -46,8 +46,11 @@ using ClientMessage = std::variant<client::Hello, client::Resize, client::Leave,
 /// version or without a token, and for a "hello" or "resize" without two integers for the size.
 std::optional<ClientMessage> clientMessage(const JsonObject& object);
 
-// Return the frames of the host's messages "ready", "exit" and "error".
-Bytes readyFrame(std::string_view name);
+/// Returns the host's message "ready", with a label that tells a person who detaches how to
+/// continue the session: by its name, or by its id if a shell would not read the name as one word.
+Bytes readyFrame(std::string_view name, std::string_view id);
+
+// Return the frames of the host's messages "exit" and "error".
 Bytes exitFrame(int code);
 Bytes errorFrame(std::string_view code);
 

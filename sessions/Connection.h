@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace velmo {
 
@@ -28,9 +29,11 @@ public:
     /// that more can be sent to the peer (`writable`).
     virtual void watch(bool readable, bool writable) = 0;
 
-    /// Returns the process id of the leader of the peer's session; absent if unknown. If the peer
-    /// itself runs in a terminal session, the leader is one of the host's programs.
-    [[nodiscard]] virtual std::optional<std::uint32_t> leader() const = 0;
+    /// Returns the process ids of the peer, of its ancestors, and of the leaders of the sessions
+    /// that the kernel has them in, as far as the system tells. If the peer runs in a terminal
+    /// session, that session's program is among them, unless the system hides a process between the
+    /// two.
+    [[nodiscard]] virtual std::vector<std::uint32_t> ancestry() const = 0;
 
     /// Ends the stream. The host is told nothing about it afterwards.
     virtual void close() = 0;

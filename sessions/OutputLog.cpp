@@ -16,10 +16,12 @@ std::span<std::uint8_t> OutputLog::room() {
         memory_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
     if (end_ - begin_ > kept + dropped) {
         const Position until = end_ - kept;
-        if (behind().position < until)
+        if (!behind_)
+            behind_ = std::make_unique<Follower>(followerAtBegin());
+        if (behind_->position < until)
             follow(*behind_, until);
-        if (ahead_ && ahead_->position < until)
-            ahead_.reset();
+        if (answering_ && answering_->position < until)
+            answering_.reset();
         std::erase_if(sizes_, [&](const SizeChange& each) { return each.position < until; });
         begin_ = until;
     }
@@ -33,11 +35,8 @@ ByteView OutputLog::at(Position position, std::size_t max) const {
     return {memory_.get() + offset, std::min({max, left, capacity - offset})};
 }
 
-OutputLog::Follower& OutputLog::behind() {
-    if (!behind_)
-        behind_ =
-            std::make_unique<Follower>(Follower{.screen = Screen(firstSize_), .position = begin_});
-    return *behind_;
+OutputLog::Follower OutputLog::followerAtBegin() const {
+    return behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_};
 }
 
 /// Has a screen follow the output and the sizes up to a position.
@@ -61,29 +60,66 @@ void OutputLog::follow(Follower& follower, Position until) const {
     followOutput(until);
 }
 
-OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size) {
-    if (begin_ == 0 || !memory_)
-        return {.position = begin_, .sequences = "", .reportsFocus = false};
-    Follower& start = behind();
-    while (!start.screen.isAtRest() && start.position < end_)
-        follow(start, start.position + 1);
-    return {.position = start.position,
-            .sequences = start.screen.drawn(size),
-            .reportsFocus = start.screen.modes().reportsFocus()};
+/// Has a screen follow the output to the end of the piece under way.
+void OutputLog::followToRest(Follower& follower) const {
+    while (!follower.screen.isAtRest() && follower.position < end_)
+        follow(follower, follower.position + 1);
 }
 
-const Screen& OutputLog::screenAt(Position position) {
-    if (!ahead_)
-        ahead_ = std::make_unique<Follower>(
-            behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_});
-    follow(*ahead_, position);
-    return ahead_->screen;
+OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
+                                        std::optional<std::size_t> lines) {
+    const Position earliest = lines ? beginningOfLast(*lines) : begin_;
+    if (earliest == 0 || !memory_)
+        return {.position = earliest, .sequences = "", .reportsFocus = false};
+    const auto startAt = [&](const Follower& start, Screen::Part part) {
+        return Start{.position = start.position,
+                     .sequences = start.screen.drawn(size, part),
+                     .reportsFocus = start.screen.modes().reportsFocus()};
+    };
+    if (earliest > begin_) {
+        Follower start = followerAtBegin();
+        if (start.position < earliest)
+            follow(start, earliest);
+        followToRest(start);
+        return startAt(start, Screen::Part::withoutMainRows);
+    }
+    followToRest(*behind_);
+    return startAt(*behind_, Screen::Part::all);
+}
+
+/// Returns the position behind the line feed before so many lines; the first that is kept if there
+/// are fewer.
+OutputLog::Position OutputLog::beginningOfLast(std::size_t lines) const {
+    for (Position position = end_; position > begin_; --position) {
+        const bool isLineFeed =
+            memory_[static_cast<std::size_t>((position - 1) % capacity)] == '\n';
+        if (isLineFeed && lines-- <= 1)
+            return position;
+    }
+    return begin_;
+}
+
+Screen OutputLog::screen() const {
+    Follower follower = followerAtBegin();
+    follow(follower, end_);
+    return std::move(follower.screen);
+}
+
+std::string OutputLog::answers(Position from) {
+    if (!answering_) {
+        answering_ = std::make_unique<Follower>(followerAtBegin());
+        answering_->screen.beginAnswering();
+    }
+    follow(*answering_, from);
+    static_cast<void>(answering_->screen.takeAnswers());
+    follow(*answering_, end_);
+    return answering_->screen.takeAnswers();
 }
 
 void OutputLog::clear() {
     memory_.reset();
     behind_.reset();
-    ahead_.reset();
+    answering_.reset();
     begin_ = end_;
 }
 

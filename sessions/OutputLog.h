@@ -19,7 +19,8 @@ namespace velmo {
 /// needs a copy. Positions count the bytes since the program's start.
 ///
 /// There is no screen before the log is full. Then the screen follows what falls out of the log,
-/// and nothing else, in large pieces.
+/// and nothing else, in large pieces. With its screens a log takes at most 256 KiB more than what
+/// it keeps.
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
@@ -56,16 +57,22 @@ public:
 
     /// Returns the program's start if all of its output is kept, or else the first position outside
     /// of any control sequence and character. `size` is that of a terminal of which the cursor is
-    /// at the top left, and absent for any other terminal.
-    [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size);
+    /// at the top left, and absent for any other terminal. With a number of lines, a replay begins
+    /// no earlier than at the first of so many last lines, the unfinished one included, and the
+    /// lines of the main screen above it are not shown.
+    [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size,
+                                    std::optional<std::size_t> lines = {});
 
-    /// Returns the screen as the output up to a position has left it. The position is not before
-    /// that of an earlier call, unless `forgetScreen` came in between. The reference lives until
-    /// the next call of a function that is not const.
-    [[nodiscard]] const Screen& screenAt(Position position);
+    /// Returns the screen as all output has left it.
+    [[nodiscard]] Screen screen() const;
 
-    /// Frees the memory of the screen that `screenAt` has returned.
-    void forgetScreen() { ahead_.reset(); }
+    /// Returns what a terminal answers to the queries in the output from a position on, which is
+    /// still kept. No position is before the end of the output at an earlier call, unless
+    /// `forgetAnswers` came in between.
+    [[nodiscard]] std::string answers(Position from);
+
+    /// Frees the memory that `answers` keeps to follow further output from.
+    void forgetAnswers() { answering_.reset(); }
 
     /// Drops all output and frees the memory.
     void clear();
@@ -86,16 +93,18 @@ private:
         PtyFrame::Size size;
     };
 
+    [[nodiscard]] Follower followerAtBegin() const;
+    [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
     void follow(Follower& follower, Position until) const;
-    Follower& behind();
+    void followToRest(Follower& follower) const;
 
     std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output
     Position begin_ = 0;
     Position end_ = 0;
     PtyFrame::Size firstSize_;
     std::vector<SizeChange> sizes_;    ///< that `behind_` has not followed
-    std::unique_ptr<Follower> behind_; ///< at `begin_`, or a little later between two pieces
-    std::unique_ptr<Follower> ahead_;  ///< what `screenAt` has returned
+    std::unique_ptr<Follower> behind_;    ///< at `begin_`, or a little later between two pieces
+    std::unique_ptr<Follower> answering_; ///< with no cells: where `answers` has got to
 };
 
 } // namespace velmo

@@ -19,7 +19,17 @@ using Kind = SequenceReader::Kind;
 constexpr std::size_t mainScreen = 0;
 constexpr std::size_t alternateScreen = 1;
 constexpr int tabWidth = 8;
+constexpr int sweepPeriod = 256; // lookups in tables
 constexpr int maxCount = 10000; // more than any screen has
+constexpr char shiftOut = '\x0E';
+constexpr char shiftIn = '\x0F';
+constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
+constexpr std::size_t maxAnswers = 4096; ///< bytes
+
+// The answers of xterm, which is what the sessions' TERM stands for.
+constexpr std::string_view terminalIsWell = "\033[0n";
+constexpr std::string_view kindOfTerminal = "\033[?64;1;2;6;9;15;16;17;18;21;22;28c";
+constexpr std::string_view versionOfTerminal = "\033[>41;379;0c";
 
 /// The characters that stand for "_" to "~" in the character set for drawing lines.
 constexpr auto lineDrawing = std::to_array<char32_t>(
@@ -48,6 +58,60 @@ void drawColour(std::string& text, std::string_view code, std::uint32_t colour) 
         text.append(";").append(std::to_string((colour >> shift) & 0xFF));
 }
 
+/// Returns the length of a sequence at the front that only has an effect on its own row, or on what
+/// is written next: CSI, numbers and one of the final bytes. Returns 0 for any other.
+std::size_t lengthInRow(std::string_view text) {
+    constexpr std::string_view finals = "mKCDGPX@`";
+    if (!text.starts_with("\033["))
+        return 0;
+    const std::size_t end = text.find_first_not_of("0123456789;:", 2);
+    const bool isInRow = end != std::string_view::npos && finals.contains(text[end])
+                         && end <= SequenceReader::maxSequence;
+    return isInRow ? end + 1 : 0;
+}
+
+/// Returns the front of the text that goes from row to row without any sequence but those.
+std::string_view linesAtFront(std::string_view text) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        end = std::min(text.find('\033', end), text.size());
+        const std::size_t sequence = lengthInRow(text.substr(end));
+        if (sequence == 0)
+            break;
+        end += sequence;
+    }
+    const std::string_view lines = text.substr(0, end);
+    return lines.substr(0, std::min(lines.find(shiftOut), lines.find(shiftIn)));
+}
+
+/// Removes the text up to the end of the next style from its front. Returns the style's parameters;
+/// absent if the text contains no further style.
+std::optional<std::string_view> nextStyle(std::string_view& text) {
+    while (true) {
+        text.remove_prefix(std::min(text.find('\033'), text.size()));
+        const std::size_t length = lengthInRow(text);
+        if (length == 0)
+            return std::nullopt;
+        const std::string_view sequence = text.substr(0, length);
+        text.remove_prefix(length);
+        if (sequence.back() == 'm')
+            return sequence.substr(2, length - 3);
+    }
+}
+
+/// Returns the cell as a terminal shows it; absent for the right half of a wide character. A half
+/// that has lost the other one is a blank.
+std::optional<Cell> drawnAs(const std::vector<Cell>& cells, std::size_t column) {
+    const Cell& cell = cells[column];
+    const bool isLeftHalf =
+        cell.width == 2 && column + 1 < cells.size() && cells[column + 1].width == 0;
+    if (cell.width == 1 || isLeftHalf)
+        return cell;
+    if (cell.width == 0 && column > 0 && cells[column - 1].width == 2)
+        return std::nullopt;
+    return Cell{.style = cell.style};
+}
+
 int parsed(std::string_view digits) {
     return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
 }
@@ -61,60 +125,88 @@ Screen::Screen(PtyFrame::Size size) : size_(size) {
 }
 
 void Screen::follow(ByteView output) {
-    reader_.read(shownLater(output),
-                 [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
-}
-
-/// Leaves out the lines at the front that would scroll off the top, if the output is plain text.
-ByteView Screen::shownLater(ByteView output) const {
-    const bool scrollsWhole = top_ == 0 && bottom_ == rows() - 1 && !hasMargins_;
-    const std::string_view text = textOf(output);
-    if (!scrollsWhole || !isAtRest() || text.contains('\033') || text.contains('\x0E')
-        || text.contains('\x0F'))
-        return output;
-    const ByteView wrapped = afterWholeRows(output);
-    if (wrapped.size() < output.size())
-        return wrapped;
-    std::size_t start = text.size();
-    for (int lines = 0; lines <= rows(); ++lines) {
-        start = start == 0 ? std::string_view::npos : text.rfind('\n', start - 1);
-        if (start == std::string_view::npos)
-            return output;
+    const auto read = [this](std::string_view text) {
+        reader_.read(bytesOf(text),
+                     [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
+    };
+    std::string_view rest = textOf(output);
+    while (!rest.empty()) {
+        const std::string_view lines = isAtRest() ? linesAtFront(rest) : "";
+        read(lines.substr(skip(lines)));
+        rest.remove_prefix(lines.size());
+        do {
+            read(rest.substr(0, 1));
+            rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
+        } while (!rest.empty() && !isAtRest());
     }
-    return start > 0 && text[start - 1] == '\r' ? output.subspan(start + 1) : output;
 }
 
-/// Does the same for output that begins with one long line, which fills row after row.
-ByteView Screen::afterWholeRows(ByteView output) const {
-    const auto isPlain = [](std::uint8_t byte) { return byte >= ' ' && byte < 0x7F; };
+/// Leaves out what the lines behind it scroll off the top, and takes over its style. Returns the
+/// number of bytes that are left out.
+std::size_t Screen::skip(std::string_view lines) {
+    const bool scrollsWhole = top_ == 0 && bottom_ == rows() - 1 && !hasMargins_;
+    if (!scrollsWhole)
+        return 0;
+    // Each line feed goes down by a row at least. So many of them leave the rows behind that the
+    // screen has below the cursor, and then all that was written before.
+    const int enough = rows() + bottom_ - cursor_.row + 1;
+    std::size_t start = lines.size();
+    for (int count = 0; count < enough; ++count) {
+        start = start == 0 ? std::string_view::npos : lines.rfind('\n', start - 1);
+        if (start == std::string_view::npos)
+            return skipRows(lines);
+    }
+    if (start == 0 || lines[start - 1] != '\r')
+        return 0;
+    const std::string_view skipped = lines.substr(0, start + 1);
+    takeStyle(skipped);
+    cursor_.column = 0;
+    cursor_.wrapsNext = false;
+    last_ = 0;
+    return skipped.size();
+}
+
+/// Does the same for the front of a long line of plain characters, which fills row after row.
+std::size_t Screen::skipRows(std::string_view lines) const {
+    const auto isPlain = [](char byte) { return byte >= ' ' && byte < '\x7F'; };
     const auto plain =
-        static_cast<std::size_t>(std::ranges::find_if_not(output, isPlain) - output.begin());
+        static_cast<std::size_t>(std::ranges::find_if_not(lines, isPlain) - lines.begin());
     const auto width = static_cast<std::size_t>(columns());
-    const std::size_t shown = width * static_cast<std::size_t>(rows() + 1);
-    if (!wraps_ || inserts_ || plain <= shown)
-        return output;
-    return output.subspan((plain - shown) / width * width);
+    const std::size_t shown = width * static_cast<std::size_t>(2 * rows() + 1);
+    return wraps_ && !inserts_ && plain > shown ? (plain - shown) / width * width : 0;
+}
+
+/// Obeys the styles in lines that are left out.
+void Screen::takeStyle(std::string_view lines) {
+    const std::string_view all = lines;
+    std::string_view sinceReset = lines;
+    while (const auto style = nextStyle(lines)) {
+        if (style->empty() || *style == "0" || style->starts_with("0;"))
+            sinceReset = all.substr(static_cast<std::size_t>(style->data() - all.data()) - 2);
+    }
+    while (const auto style = nextStyle(sinceReset))
+        setStyle(*style);
 }
 
 void Screen::obey(const SequenceReader::Sequence& sequence) {
     switch (sequence.kind) {
     case Kind::text:
-        for (const Text::Scalar& scalar : Text::Scalars(sequence.text))
-            put(translated(scalar.value));
+        write(sequence.text);
         return;
     case Kind::control:
         obeyControl(sequence.text.front());
         return;
     case Kind::escape:
-        modes_.obey(sequence);
+        followModes(sequence);
         obeyEscape(sequence.text);
         return;
     case Kind::osc:
-        modes_.obey(sequence);
-        obeyOsc(sequence.text);
+        followModes(sequence);
+        if (!isAnswering_)
+            obeyOsc(sequence.text);
         return;
     case Kind::csi:
-        modes_.obey(sequence);
+        followModes(sequence);
         if (const auto csi = Csi::parse(sequence.text))
             obeyCsi(*csi);
         return;
@@ -123,7 +215,13 @@ void Screen::obey(const SequenceReader::Sequence& sequence) {
     }
 }
 
+void Screen::followModes(const SequenceReader::Sequence& sequence) {
+    if (!isAnswering_)
+        modes_.obey(sequence);
+}
+
 void Screen::obeyControl(char control) {
+    last_ = 0;
     switch (control) {
     case '\b':
         cursor_.column = std::max(cursor_.column - 1, isWithinMargins() ? left_ : 0);
@@ -143,9 +241,9 @@ void Screen::obeyControl(char control) {
         cursor_.column = hasMargins_ && cursor_.column >= left_ ? left_ : 0;
         cursor_.wrapsNext = false;
         return;
-    case '\x0E':
-    case '\x0F':
-        cursor_.charsets.current = control == '\x0E' ? 1 : 0;
+    case shiftOut:
+    case shiftIn:
+        cursor_.charsets.current = control == shiftOut ? 1 : 0;
         return;
     default:
         return;
@@ -156,7 +254,7 @@ void Screen::obeyEscape(std::string_view escape) {
     if (escape.size() == 2 && (escape[0] == '(' || escape[0] == ')'))
         cursor_.charsets.sets[escape[0] == '(' ? 0 : 1] = escape[1];
     if (escape == "#8")
-        fill(U'E');
+        fillToAlign();
     if (escape.size() != 1)
         return;
     switch (escape.front()) {
@@ -187,13 +285,16 @@ void Screen::obeyEscape(std::string_view escape) {
     }
 }
 
-/// Fills the screen with a character, if it is small enough to be filled.
-void Screen::fill(char32_t scalar) {
-    if (static_cast<std::size_t>(rows() * columns()) > maxCells / 2)
+/// Fills the screen with "E", if it is small enough to be filled.
+void Screen::fillToAlign() {
+    endRegion();
+    cursor_.isInRegion = false;
+    place(0, 0);
+    if (isAnswering_ || static_cast<std::size_t>(rows() * columns()) > maxCells / 2)
         return;
     for (int row = 0; row < rows(); ++row) {
         for (int column = 0; column < columns(); ++column)
-            grid().write(row, column, {.text = scalar});
+            grid().write(row, column, {.text = U'E'});
     }
     limit();
 }
@@ -207,16 +308,17 @@ void Screen::obeyOsc(std::string_view osc) {
     const std::size_t address = link.find(';');
     if (address == std::string_view::npos || address + 1 == link.size())
         link = "";
+    lookups_ += 16; // a flood of links is slower to read than one of styles
     auto number = tables_.linkNumber(link);
-    if (!number) {
-        sweep();
+    if (!number && sweep())
         number = tables_.linkNumber(link);
-    }
     cursor_.style.link = number.value_or(0);
 }
 
 void Screen::obeyCsi(const Csi& csi) {
     const auto numbers = csi.numbers();
+    if (csi.final == 'n' || csi.final == 'c')
+        answer(csi);
     if (csi.final == 'h' || csi.final == 'l') {
         obeyModes(csi);
     } else if (csi.intermediates == "!" && csi.final == 'p') {
@@ -234,6 +336,23 @@ void Screen::obeyCsi(const Csi& csi) {
     } else if (!move(csi.final, numbers)) {
         obeyPlain(csi.final, numbers);
     }
+}
+
+/// Notes the answer to a query, if the screen answers queries and this one is on the list.
+void Screen::answer(const Csi& csi) {
+    if (!isAnswering_ || !csi.intermediates.empty() || answers_.size() >= maxAnswers)
+        return;
+    const std::int32_t asked = csi.numbers().front();
+    const bool isPlain = csi.marker.empty();
+    if (csi.final == 'n' && isPlain && asked == 5)
+        answers_ += terminalIsWell;
+    else if (csi.final == 'n' && isPlain && asked == 6)
+        answers_ += "\033[" + std::to_string(cursor().row) + ";" + std::to_string(cursor().column)
+                    + "R";
+    else if (csi.final == 'c' && asked == 0 && isPlain)
+        answers_ += kindOfTerminal;
+    else if (csi.final == 'c' && asked == 0 && csi.marker == ">")
+        answers_ += versionOfTerminal;
 }
 
 /// Obeys a sequence that moves the cursor. Returns false for any other.
@@ -370,8 +489,7 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
         return;
     case 69:
         hasMargins_ = sets;
-        left_ = 0;
-        right_ = columns() - 1;
+        endMargins();
         return;
     case 1048:
         sets ? static_cast<void>(saved_[shown_] = cursor_) : restore();
@@ -381,7 +499,7 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
             return;
         if (sets)
             saved_[mainScreen] = cursor_;
-        showAlternate(sets);
+        show(mode, sets);
         if (sets)
             eraseDisplay(2);
         else
@@ -390,10 +508,10 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
     case 1047:
         if (!sets && shown_ == alternateScreen)
             eraseDisplay(2);
-        showAlternate(sets);
+        show(mode, sets);
         return;
     case 47:
-        showAlternate(sets);
+        show(mode, sets);
         return;
     default:
         return;
@@ -484,6 +602,17 @@ void Screen::setStyle(std::string_view parameters) {
     } while (!rest.empty());
 }
 
+void Screen::endRegion() {
+    top_ = 0;
+    bottom_ = rows() - 1;
+    endMargins();
+}
+
+void Screen::endMargins() {
+    left_ = 0;
+    right_ = columns() - 1;
+}
+
 void Screen::setRegion(int top, int bottom) {
     bottom = std::min(bottom, rows() - 1);
     if (top >= bottom)
@@ -505,6 +634,40 @@ void Screen::setMargins(int left, int right) {
 char32_t Screen::translated(char32_t scalar) const {
     const bool draws = cursor_.charsets.sets[cursor_.charsets.current] == '0';
     return draws && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
+}
+
+/// Writes characters. Runs of ASCII, of which most output consists, go into a row at once.
+void Screen::write(std::string_view text) {
+    const bool isRun = text.size() > 1 && !inserts_
+                       && cursor_.charsets.sets[cursor_.charsets.current] != '0';
+    if (!isRun) {
+        for (const Text::Scalar& scalar : Text::Scalars(text))
+            put(translated(scalar.value));
+        return;
+    }
+    while (!text.empty()) {
+        put(static_cast<char32_t>(text.front())); // into the next row, or the last column
+        text.remove_prefix(1);
+        if (cursor_.wrapsNext)
+            continue;
+        const auto room = static_cast<std::size_t>(rightEdge() - cursor_.column);
+        const std::string_view run = text.substr(0, room);
+        putRun(run);
+        text.remove_prefix(run.size());
+    }
+}
+
+/// Writes ASCII characters that end before the last column.
+void Screen::putRun(std::string_view run) {
+    if (run.empty())
+        return;
+    const int end = cursor_.column + static_cast<int>(run.size());
+    split(cursor_.column);
+    split(end);
+    if (!isAnswering_ && grid().write(cursor_.row, cursor_.column, run, number(cursor_.style)))
+        limit();
+    cursor_.column = end;
+    last_ = static_cast<char32_t>(run.back());
 }
 
 void Screen::put(char32_t scalar) {
@@ -532,18 +695,24 @@ void Screen::put(char32_t scalar) {
         insertColumns(width);
     split(cursor_.column);
     split(cursor_.column + width);
-    const std::uint16_t style = number(cursor_.style);
-    const std::size_t before = grid().row(cursor_.row).cells.capacity();
-    grid().write(cursor_.row, cursor_.column,
-                 {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
-    if (width == 2)
-        grid().write(cursor_.row, cursor_.column + 1, {.text = ' ', .style = style, .width = 0});
-    if (grid().row(cursor_.row).cells.capacity() > before)
-        limit();
+    if (!isAnswering_)
+        writeCells(scalar, width);
     last_ = scalar;
     const int edge = rightEdge();
     cursor_.wrapsNext = wraps_ && cursor_.column + width > edge;
     cursor_.column = std::min(cursor_.column + width, edge);
+}
+
+void Screen::writeCells(char32_t scalar, int width) {
+    const std::uint16_t style = number(cursor_.style);
+    bool grows = grid().write(
+        cursor_.row, cursor_.column,
+        {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
+    if (width == 2)
+        grows |= grid().write(cursor_.row, cursor_.column + 1,
+                              {.text = ' ', .style = style, .width = 0});
+    if (grows)
+        limit();
 }
 
 /// Adds a combining character to the character before the cursor.
@@ -551,23 +720,22 @@ void Screen::combine(char32_t mark) {
     int column = cursor_.wrapsNext ? cursor_.column : cursor_.column - 1;
     if (column > 0 && grid().at(cursor_.row, column).width == 0)
         --column;
-    if (column < 0)
+    if (column < 0 || isAnswering_)
         return;
     Cell cell = grid().at(cursor_.row, column);
+    ++lookups_;
     auto text = tables_.combined(cell.text, mark);
-    if (!text) {
-        sweep();
-        cell = grid().at(cursor_.row, column);
+    if (!text && sweep())
         text = tables_.combined(cell.text, mark);
-    }
     cell.text = text.value_or(cell.text);
-    grid().write(cursor_.row, column, cell);
+    if (grid().write(cursor_.row, column, cell))
+        limit();
 }
 
 /// Makes a wide character blank of which the right half is in this column: one half of it is about
 /// to be written over.
 void Screen::split(int column) {
-    if (column <= 0 || column >= columns() || grid().at(cursor_.row, column).width != 0)
+    if (isAnswering_ || column <= 0 || column >= columns() || grid().at(cursor_.row, column).width != 0)
         return;
     for (const int half : {column - 1, column}) {
         const std::uint16_t style = grid().at(cursor_.row, half).style;
@@ -577,10 +745,13 @@ void Screen::split(int column) {
 
 /// Forgets rows if there are too many cells: first of the screen that is not shown.
 void Screen::limit() {
+    std::size_t count = cells();
     for (const std::size_t which : {1 - shown_, shown_}) {
-        for (int row = 0; row < rows() && cells() > maxCells; ++row) {
-            if (which != shown_ || row != cursor_.row)
-                grids_[which].clear(row, 0);
+        for (int row = 0; row < rows() && count > maxCells; ++row) {
+            if (which == shown_ && row == cursor_.row)
+                continue;
+            count -= grids_[which].row(row).cells.capacity();
+            grids_[which].clear(row, 0);
         }
     }
 }
@@ -618,6 +789,8 @@ void Screen::reverseIndex() {
 }
 
 void Screen::scroll(int top, int rows) {
+    if (isAnswering_)
+        return;
     ScreenGrid::Area area = region();
     area.top = top;
     grid().scroll(area, rows, erased(), columns());
@@ -626,7 +799,7 @@ void Screen::scroll(int top, int rows) {
 }
 
 void Screen::insertColumns(int count) {
-    if (!isWithinMargins())
+    if (!isWithinMargins() || isAnswering_)
         return;
     split(cursor_.column);
     if (count < 0)
@@ -641,6 +814,9 @@ void Screen::insertColumns(int count) {
 void Screen::eraseDisplay(int part) {
     if (part > 2)
         return; // lines that have scrolled off the top
+    cursor_.wrapsNext = false;
+    if (isAnswering_)
+        return;
     const std::uint16_t style = erased();
     const int from = part == 0 ? cursor_.row + 1 : 0;
     const int to = part == 1 ? cursor_.row : rows();
@@ -651,10 +827,11 @@ void Screen::eraseDisplay(int part) {
         eraseInRow(cursor_.column, columns());
     else if (part == 1)
         eraseInRow(0, cursor_.column + 1);
-    cursor_.wrapsNext = false;
 }
 
 void Screen::eraseInRow(int from, int to) {
+    if (isAnswering_)
+        return;
     to = std::min(to, columns());
     split(from);
     split(to);
@@ -681,15 +858,25 @@ void Screen::tab(int count) {
     cursor_.wrapsNext = false;
 }
 
-void Screen::showAlternate(bool alternate) {
+void Screen::show(std::int32_t mode, bool alternate) {
+    if (alternate && shown_ == mainScreen)
+        alternateMode_ = mode;
     shown_ = alternate ? alternateScreen : mainScreen;
     cursor_.wrapsNext = false;
 }
 
 void Screen::restore() {
-    cursor_ = saved_[shown_].value_or(Cursor{});
-    cursor_.row = std::min(cursor_.row, rows() - 1);
-    cursor_.column = std::min(cursor_.column, columns() - 1);
+    cursor_ = withinRegion(saved_[shown_].value_or(Cursor{}));
+}
+
+/// Returns a saved cursor as near to its place as the region allows, if its rows are told from
+/// there.
+Screen::Cursor Screen::withinRegion(Cursor cursor) const {
+    if (!cursor.isInRegion)
+        return cursor;
+    cursor.row = std::clamp(cursor.row, top_, bottom_);
+    cursor.column = std::clamp(cursor.column, left_, right_);
+    return cursor;
 }
 
 void Screen::reset() {
@@ -708,10 +895,7 @@ void Screen::reset() {
 }
 
 void Screen::softReset() {
-    top_ = 0;
-    bottom_ = rows() - 1;
-    left_ = 0;
-    right_ = columns() - 1;
+    endRegion();
     hasMargins_ = false;
     wraps_ = true;
     inserts_ = false;
@@ -742,10 +926,7 @@ void Screen::resize(PtyFrame::Size size) {
         saved->column = std::min(saved->column, columns() - 1);
         saved->wrapsNext = false;
     }
-    top_ = 0;
-    bottom_ = rows() - 1;
-    left_ = 0;
-    right_ = columns() - 1;
+    endRegion();
     const std::size_t known = tabs_.size();
     tabs_.resize(static_cast<std::size_t>(columns()), false);
     for (std::size_t column = known; column < tabs_.size(); ++column)
@@ -764,11 +945,10 @@ int Screen::rightEdge() const {
 std::uint16_t Screen::number(const CellStyle& style) {
     if (numbered_ && numbered_->first == style)
         return numbered_->second;
+    ++lookups_;
     auto number = tables_.styleNumber(style);
-    if (!number) {
-        sweep();
+    if (!number && sweep())
         number = tables_.styleNumber(style);
-    }
     numbered_.emplace(style, number.value_or(0));
     return numbered_->second;
 }
@@ -778,8 +958,12 @@ std::uint16_t Screen::erased() {
     return number({.background = cursor_.style.background});
 }
 
-/// Finds out what of the tables is in use.
-void Screen::sweep() {
+/// Finds out what of the tables is in use. Returns false if that was done a short while ago: what
+/// is new has no place then, since a program may use more than the tables contain.
+bool Screen::sweep() {
+    if (lookups_ < sweepPeriod)
+        return false;
+    lookups_ = 0;
     tables_.beginSweep();
     for (const ScreenGrid& each : grids_) {
         for (int row = 0; row < each.rows(); ++row) {
@@ -794,6 +978,7 @@ void Screen::sweep() {
             tables_.use(saved->style);
     }
     numbered_.reset();
+    return true;
 }
 
 std::vector<std::string> Screen::text() const {
@@ -801,9 +986,10 @@ std::vector<std::string> Screen::text() const {
     const int last = grid().lastUsedRow();
     for (int row = 0; row <= last; ++row) {
         std::string line;
-        for (const Cell& cell : grid().row(row).cells) {
-            if (cell.width > 0)
-                tables_.append(line, cell);
+        const auto& cells = grid().row(row).cells;
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            if (const auto cell = drawnAs(cells, column))
+                tables_.append(line, *cell);
         }
         line.erase(line.find_last_not_of(' ') + 1);
         lines.push_back(std::move(line));
@@ -819,35 +1005,63 @@ Screen::Place Screen::cursor() const {
     return {.row = cursor_.row - top + 1, .column = cursor_.column - left + 1};
 }
 
-std::string Screen::drawn(std::optional<PtyFrame::Size> size) const {
+void Screen::beginAnswering() {
+    isAnswering_ = true;
+    for (ScreenGrid& each : grids_) {
+        for (int row = 0; row < each.rows(); ++row)
+            each.clear(row, 0);
+    }
+    tables_ = {};
+    modes_ = {};
+}
+
+std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
     const bool isSame = size == size_;
     const bool isAlternate = shown_ == alternateScreen;
-    const Cursor onMain = isAlternate ? saved_[mainScreen].value_or(Cursor{}) : cursor_;
     std::string text;
-    const int last = std::max(grids_[mainScreen].lastUsedRow(), onMain.row);
-    drawRows(text, mainScreen, last, columns());
-    if (!isSame)
-        drawMoves(text, onMain, last);
+    if (part == Part::all)
+        drawMain(text, isSame);
     if (isAlternate) {
-        if (isSame)
-            drawCursor(text, mainScreen, onMain);
         const PtyFrame::Size on = size.value_or(size_);
-        text += modes_.alternateScreen() + "\033[m\033[H";
+        text += "\033[?" + std::to_string(alternateMode_) + "h\033[m";
+        text += plainCharsets;
+        text += "\033[H\033[2J";
         drawRows(text, alternateScreen,
                  std::min(grids_[alternateScreen].lastUsedRow(), on.rows - 1), on.cols);
     }
-    if (isSame && saved_[shown_]) {
-        drawCursor(text, shown_, *saved_[shown_]);
-        text += "\0337";
-    }
     text += modes_.sequences();
-    if (isSame)
+    if (returns_)
+        text += "\033[20h";
+    if (isSame) {
+        drawTabs(text);
         drawRegion(text);
-    if (isSame || isAlternate)
+        if (saved_[shown_]) {
+            drawCursor(text, shown_, withinRegion(*saved_[shown_]));
+            text += "\0337";
+        }
+    }
+    const bool isPlaced = isAlternate || (isSame && part == Part::all);
+    if (isPlaced)
         drawCursor(text, shown_, cursor_);
     else
-        drawStyle(text, {}, cursor_.style);
+        drawStyleAndCharsets(text, {}, cursor_);
     return text;
+}
+
+/// Draws the main screen, and puts the cursor where it is there.
+void Screen::drawMain(std::string& text, bool isSame) const {
+    const bool isAlternate = shown_ == alternateScreen;
+    const Cursor cursor = isAlternate ? saved_[mainScreen].value_or(Cursor{}) : cursor_;
+    const int last = std::max(grids_[mainScreen].lastUsedRow(), cursor.row);
+    drawRows(text, mainScreen, last, columns());
+    if (!isSame)
+        drawMoves(text, cursor, last);
+    else if (isAlternate && saved_[mainScreen]) {
+        Cursor saved = cursor;
+        saved.isInRegion = false; // no region is set yet
+        drawCursor(text, mainScreen, saved);
+        text += "\0337";
+    }
 }
 
 /// Draws rows from the terminal's cursor on, up to the last that is named.
@@ -860,16 +1074,13 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     };
     for (int row = 0; row <= last; ++row) {
         const ScreenGrid::Row& drawn = grids_[which].row(row);
-        const bool isFull = static_cast<int>(drawn.cells.size()) >= columns() - 1;
-        const bool goesOn = which == mainScreen && drawn.continues && isFull && row < last;
-        auto end = drawn.cells.end();
-        while (!goesOn && end != drawn.cells.begin()
-               && *std::prev(end) == Cell{.style = drawn.style})
-            --end;
+        const bool goesOn = which == mainScreen && row < last && goesOnBelow(row);
+        const std::size_t end = goesOn ? drawn.cells.size() : drawn.lengthUsed();
         if (drawn.isPrompt)
             text += "\033]133;A\033\\";
-        for (auto cell = drawn.cells.begin(); cell != end; ++cell) {
-            if (cell->width == 0 || cell - drawn.cells.begin() + cell->width > maxColumns)
+        for (std::size_t column = 0; column < end; ++column) {
+            const auto cell = drawnAs(drawn.cells, column);
+            if (!cell || static_cast<int>(column) + cell->width > maxColumns)
                 continue;
             turnTo(cell->style);
             tables_.append(text, *cell);
@@ -877,12 +1088,24 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
         if (goesOn)
             continue;
         turnTo(drawn.style);
-        if (drawn.style != 0 && end - drawn.cells.begin() < maxColumns)
+        if (drawn.style != 0 && static_cast<int>(end) < maxColumns)
             text += "\033[K";
         turnTo(0);
         if (row < last)
             text += "\r\n";
     }
+}
+
+/// Tells whether a line of the main screen goes on in the row below, so that a terminal gets there
+/// without a line feed.
+bool Screen::goesOnBelow(int row) const {
+    const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
+    const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);
+    if (!upper.continues || lower.isPrompt || lower.lengthUsed() == 0)
+        return false;
+    const auto length = static_cast<int>(upper.cells.size());
+    const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
+    return length == columns() || (length == columns() - 1 && isNextWide);
 }
 
 /// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
@@ -895,6 +1118,20 @@ void Screen::drawMoves(std::string& text, const Cursor& cursor, int lastDrawn) c
         text += "\033[" + std::to_string(cursor.column) + "C";
 }
 
+/// Sets tab stops, unless they are as after a reset.
+void Screen::drawTabs(std::string& text) const {
+    const auto isUsual = [](std::size_t column) { return column % tabWidth == 0; };
+    std::string stops;
+    bool areUsual = true;
+    for (std::size_t column = 0; column < tabs_.size(); ++column) {
+        areUsual = areUsual && tabs_[column] == isUsual(column);
+        if (tabs_[column])
+            stops += "\033[" + std::to_string(column + 1) + "G\033H";
+    }
+    if (!areUsual)
+        text += "\033[3g" + stops + "\r";
+}
+
 void Screen::drawRegion(std::string& text) const {
     const auto range = [&](int first, int last, char final) {
         text += "\033[" + std::to_string(first + 1) + ";" + std::to_string(last + 1) + final;
@@ -903,8 +1140,6 @@ void Screen::drawRegion(std::string& text) const {
         range(top_, bottom_, 'r');
     if (hasMargins_ && (left_ > 0 || right_ < columns() - 1))
         range(left_, right_, 's');
-    if (cursor_.isInRegion)
-        text += "\033[?6h";
 }
 
 void Screen::drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const {
@@ -938,21 +1173,37 @@ void Screen::drawStyle(std::string& text, const CellStyle& before, const CellSty
 
 /// Puts the cursor where the terminal must have it, with its style and character sets.
 void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const {
+    text.append(plainCharsets).append(cursor.isInRegion ? "\033[?6h" : "\033[?6l");
+    const auto& cells = grids_[which].row(cursor.row).cells;
+    int column = cursor.column;
+    const auto isRightHalf = [&] {
+        return column > 0 && std::cmp_less(column, cells.size())
+               && !drawnAs(cells, static_cast<std::size_t>(column));
+    };
+    if (cursor.wrapsNext && wraps_ && isRightHalf())
+        --column;
     const int top = cursor.isInRegion ? top_ : 0;
     const int left = cursor.isInRegion ? left_ : 0;
-    text += "\033[" + std::to_string(cursor.row - top + 1) + ";"
-            + std::to_string(cursor.column - left + 1) + "H";
+    text += "\033[" + std::to_string(cursor.row - top + 1) + ";" + std::to_string(column - left + 1)
+            + "H";
     CellStyle style;
-    const Cell cell = grids_[which].at(cursor.row, cursor.column);
-    if (cursor.wrapsNext && cell.width == 1) { // only a character that is written has this effect
+    if (cursor.wrapsNext && wraps_) { // only a character that is written has this effect
+        Cell cell = grids_[which].at(cursor.row, column);
+        if (std::cmp_less(column, cells.size()))
+            cell = drawnAs(cells, static_cast<std::size_t>(column)).value_or(Cell{});
         style = tables_.style(cell.style);
         drawStyle(text, {}, style);
         tables_.append(text, cell);
     }
-    drawStyle(text, style, cursor.style);
+    drawStyleAndCharsets(text, style, cursor);
+}
+
+void Screen::drawStyleAndCharsets(std::string& text, const CellStyle& before,
+                                  const Cursor& cursor) const {
+    drawStyle(text, before, cursor.style);
     const auto& [sets, current] = cursor.charsets;
     text.append("\033(").append(1, sets[0]).append("\033)").append(1, sets[1]);
-    text += current == 1 ? '\x0E' : '\x0F';
+    text += current == 1 ? shiftOut : shiftIn;
 }
 
 } // namespace velmo

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmo {
@@ -22,14 +23,17 @@ namespace velmo {
 /// scroll off the top are forgotten, and pictures are not known. Accepts any bytes, cut anywhere.
 ///
 /// A screen takes at most about 192 KiB, whatever its size: if its cells would take more, the rows
-/// at the top are forgotten, first those of the screen that is not shown.
+/// at the top are forgotten, first those of the screen that is not shown. Blanks at the end of a
+/// row are no cells, so that this happens beyond about 120 columns by 40 rows of full lines on both
+/// screens, or 200 by 50 on one.
 class Screen {
 public:
-    static constexpr std::size_t maxCells = std::size_t{14} << 10; ///< with memory, of both screens
+    static constexpr std::size_t maxCells = std::size_t{10} << 10; ///< with memory, of both screens
 
     explicit Screen(PtyFrame::Size size);
 
-    /// Follows the next output. Many plain lines cost about as much as a search for line feeds.
+    /// Follows the next output. Many lines at once cost about as much as a search for ESC, since
+    /// lines that scroll off the top are not written first.
     void follow(ByteView output);
 
     /// Returns whether the output so far ends outside of any sequence and character.
@@ -41,10 +45,16 @@ public:
     /// as far as the cursor's line would not fit otherwise.
     void resize(PtyFrame::Size size);
 
+    enum class Part {
+        all,
+        withoutMainRows, ///< the alternate screen if that is shown, and the modes
+    };
+
     /// Returns what makes a terminal show the same that has just been reset and shows nothing below
     /// its cursor. On a terminal of the screen's size the cursor must be at the top left: `size` is
     /// the terminal's size then. On any other terminal, lines are broken where its own edge is.
-    [[nodiscard]] std::string drawn(std::optional<PtyFrame::Size> size) const;
+    [[nodiscard]] std::string drawn(std::optional<PtyFrame::Size> size,
+                                    Part part = Part::all) const;
 
     /// Returns the lines that are shown, without blanks at their ends, up to the last one with
     /// text.
@@ -60,7 +70,18 @@ public:
     /// Returns where the cursor is, as the program is told upon CSI 6 n.
     [[nodiscard]] Place cursor() const;
 
+    [[nodiscard]] bool isAlternate() const { return shown_ == 1; }
+
     [[nodiscard]] const TerminalModes& modes() const { return modes_; }
+
+    /// Forgets what is shown. From here on the screen follows only the cursor, and answers queries
+    /// as xterm does: is the terminal well (CSI 5 n), where is the cursor (CSI 6 n), which kind of
+    /// terminal is it (CSI c), which version of it (CSI > c).
+    void beginAnswering();
+
+    /// Returns the answers since the last call, of which only the first few thousand bytes are
+    /// kept.
+    [[nodiscard]] std::string takeAnswers() { return std::exchange(answers_, {}); }
 
     /// Returns the number of cells that take memory; at most a row more than `maxCells`.
     [[nodiscard]] std::size_t cells() const { return grids_[0].cells() + grids_[1].cells(); }
@@ -80,11 +101,16 @@ private:
         Charsets charsets;
     };
 
+    [[nodiscard]] std::size_t skip(std::string_view lines);
+    [[nodiscard]] std::size_t skipRows(std::string_view lines) const;
+    void takeStyle(std::string_view lines);
     void obey(const SequenceReader::Sequence& sequence);
+    void followModes(const SequenceReader::Sequence& sequence);
     void obeyControl(char control);
     void obeyEscape(std::string_view escape);
     void obeyOsc(std::string_view osc);
     void obeyCsi(const ControlSequence::Csi& csi);
+    void answer(const ControlSequence::Csi& csi);
     void obeyPlain(char final, const std::vector<std::int32_t>& numbers);
     bool move(char final, const std::vector<std::int32_t>& numbers);
     void obeyModes(const ControlSequence::Csi& csi);
@@ -93,12 +119,17 @@ private:
     void setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest);
     void setRegion(int top, int bottom);
     void setMargins(int left, int right);
+    void endRegion();
+    void endMargins();
+    void write(std::string_view text);
+    void putRun(std::string_view run);
     void put(char32_t scalar);
+    void writeCells(char32_t scalar, int width);
     void combine(char32_t mark);
     [[nodiscard]] char32_t translated(char32_t scalar) const;
     void split(int column);
     void limit();
-    void fill(char32_t scalar);
+    void fillToAlign();
     void place(int row, int column);
     void moveRows(int rows);
     void index();
@@ -108,15 +139,14 @@ private:
     void eraseDisplay(int part);
     void eraseInRow(int from, int to);
     void tab(int count);
-    void showAlternate(bool alternate);
+    void show(std::int32_t mode, bool alternate);
     void restore();
+    [[nodiscard]] Cursor withinRegion(Cursor cursor) const;
     void reset();
     void softReset();
-    [[nodiscard]] ByteView shownLater(ByteView output) const;
-    [[nodiscard]] ByteView afterWholeRows(ByteView output) const;
     [[nodiscard]] std::uint16_t number(const CellStyle& style);
     [[nodiscard]] std::uint16_t erased();
-    void sweep();
+    bool sweep();
 
     [[nodiscard]] int columns() const { return size_.cols; }
 
@@ -131,11 +161,16 @@ private:
 
     [[nodiscard]] ScreenGrid::Area region() const { return {top_, bottom_, left_, right_}; }
 
+    void drawMain(std::string& text, bool isSame) const;
+    void drawTabs(std::string& text) const;
+    [[nodiscard]] bool goesOnBelow(int row) const;
     void drawRows(std::string& text, std::size_t which, int last, int maxColumns) const;
     void drawMoves(std::string& text, const Cursor& cursor, int lastDrawn) const;
     void drawRegion(std::string& text) const;
     void drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const;
     void drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const;
+    void drawStyleAndCharsets(std::string& text, const CellStyle& before,
+                              const Cursor& cursor) const;
 
     PtyFrame::Size size_;
     SequenceReader reader_;
@@ -143,6 +178,7 @@ private:
     CellTables tables_;
     std::array<ScreenGrid, 2> grids_; ///< the main screen and the alternate one
     std::size_t shown_ = 0;           ///< of these
+    std::int32_t alternateMode_ = 0;  ///< that the program has set to show the alternate screen
     Cursor cursor_;
     std::array<std::optional<Cursor>, 2> saved_; ///< of these
     int top_ = 0;                                ///< the first row of the scrolling region,
@@ -155,6 +191,9 @@ private:
     bool returns_ = false; ///< with each line feed
     std::vector<bool> tabs_;
     char32_t last_ = 0; ///< the last character, which a program may repeat
+    bool isAnswering_ = false;
+    std::string answers_;
+    int lookups_ = 0; ///< in the tables, since the last sweep
     std::optional<std::pair<CellStyle, std::uint16_t>> numbered_; ///< the last style that was
 };
 

@@ -38,6 +38,14 @@ std::size_t index(int number) {
     return static_cast<std::size_t>(number);
 }
 
+/// Adds blanks to a row. Returns true if it takes more memory than before.
+bool lengthen(ScreenGrid::Row& row, std::size_t length) {
+    const std::size_t before = row.cells.capacity();
+    row.cells.reserve((length + rowStep - 1) / rowStep * rowStep);
+    row.cells.resize(length, Cell{.style = row.style});
+    return row.cells.capacity() > before;
+}
+
 } // namespace
 
 std::optional<std::uint16_t> CellTables::styleNumber(const CellStyle& style) {
@@ -103,16 +111,35 @@ Cell ScreenGrid::at(int row, int column) const {
                                               : Cell{.style = found.style};
 }
 
-void ScreenGrid::write(int row, int column, const Cell& cell) {
+std::size_t ScreenGrid::Row::lengthUsed() const {
+    std::size_t length = cells.size();
+    while (length > 0 && cells[length - 1] == Cell{.style = style})
+        --length;
+    return length;
+}
+
+bool ScreenGrid::write(int row, int column, const Cell& cell) {
     Row& found = rows_[index(row)];
-    const Cell blank{.style = found.style};
+    bool grows = false;
     if (index(column) >= found.cells.size()) {
-        if (cell == blank)
-            return;
-        found.cells.reserve((index(column) / rowStep + 1) * rowStep);
-        found.cells.resize(index(column) + 1, blank);
+        if (cell == Cell{.style = found.style})
+            return false;
+        grows = lengthen(found, index(column) + 1);
     }
     found.cells[index(column)] = cell;
+    return grows;
+}
+
+bool ScreenGrid::write(int row, int column, std::string_view run, std::uint16_t style) {
+    Row& found = rows_[index(row)];
+    // Blanks behind the last cell need none of their own.
+    const std::size_t used = style == found.style ? run.find_last_not_of(' ') + 1 : run.size();
+    const std::size_t length = std::max(
+        used > 0 ? index(column) + used : 0, std::min(found.cells.size(), index(column) + run.size()));
+    const bool grows = length > found.cells.size() && lengthen(found, length);
+    for (std::size_t i = 0; index(column) + i < length; ++i)
+        found.cells[index(column) + i] = {.text = static_cast<char32_t>(run[i]), .style = style};
+    return grows;
 }
 
 void ScreenGrid::erase(int row, int from, int to, int columns, std::uint16_t style) {

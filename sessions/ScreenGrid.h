@@ -50,9 +50,9 @@ struct Cell {
 class CellTables {
 public:
     static constexpr std::size_t maxStyles = 1024;
-    static constexpr std::size_t maxLinks = 32;
+    static constexpr std::size_t maxLinks = 16;
     static constexpr std::size_t maxLink = 512; ///< bytes
-    static constexpr std::size_t maxClusters = 256;
+    static constexpr std::size_t maxClusters = 128;
     static constexpr std::size_t maxCluster = 8; ///< scalars
 
     // Return the number of a style, of a link's parameters and address as they stand in its OSC 8,
@@ -94,6 +94,9 @@ public:
         std::uint16_t style = 0; ///< of what is behind the last cell
         bool continues = false;  ///< on the next row, without a line feed
         bool isPrompt = false;   ///< a shell has marked it as the beginning of a prompt
+
+        /// Returns the number of cells up to the last one that is not blank in the row's style.
+        [[nodiscard]] std::size_t lengthUsed() const;
     };
 
     /// A part of the screen, with its last row and column.
@@ -114,8 +117,10 @@ public:
 
     [[nodiscard]] Cell at(int row, int column) const;
 
-    /// Writes a cell. A row grows in steps, so that it takes little more memory than its cells.
-    void write(int row, int column, const Cell& cell);
+    // Write a cell, and a run of ASCII characters. A row grows in steps, so that it takes little
+    // more memory than its cells. Return true if the row takes more memory than before.
+    bool write(int row, int column, const Cell& cell);
+    bool write(int row, int column, std::string_view run, std::uint16_t style);
 
     // In these, `columns` is the width of the screen, and the style that of the blanks that fill
     // what becomes empty.

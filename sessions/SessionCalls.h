@@ -15,16 +15,19 @@
 ///
 ///     {"call":"start","environment":["HOME=..."],"name":"...","words":["--cwd",...,"--",...]}
 ///     {"call":"list"}
-///     {"call":"ticket","session":SESSION}
+///     {"call":"ticket","session":SESSION,"viewOnly":true}
 ///     {"call":"stream","session":SESSION}    from the reply on, PtyFrame.h both ways
+///     {"call":"send","keys":"ls\\r","session":SESSION}
+///     {"call":"wait","session":SESSION}      the reply comes when the session has ended
+///     {"call":"detach","session":SESSION}
 ///     {"call":"end","session":SESSION}
 namespace velmo {
 
-enum class SessionCall { start, list, ticket, stream, end };
+enum class SessionCall { start, list, ticket, stream, send, wait, detach, end };
 
 template<>
-inline constexpr auto rawTexts<SessionCall> =
-    std::to_array<std::string_view>({"start", "list", "ticket", "stream", "end"});
+inline constexpr auto rawTexts<SessionCall> = std::to_array<std::string_view>(
+    {"start", "list", "ticket", "stream", "send", "wait", "detach", "end"});
 
 /// Why a call is refused. A file that does not exist and one that is not allowed have the same
 /// reason: the client is told what was refused, never which files exist.
@@ -35,11 +38,11 @@ enum class SessionRefusal {
     program,  ///< the program is not one that a session may run
     name,     ///< a running session has this name
     misnamed, ///< no session may have this name
-    limit,    ///< the number of sessions, viewers or tickets is at its limit
+    limit,    ///< the number of sessions, viewers, tickets or sent keys is at its limit
     system,   ///< the system could not start the program or write the ticket
     unknown,  ///< there is no such session
     ended,    ///< the session has ended
-    itself,   ///< the session would be shown in itself, without end
+    itself,   ///< the session would be shown in itself, straight or through others, without end
 };
 
 template<>
@@ -53,15 +56,24 @@ inline constexpr std::size_t maxSessionLine = std::size_t{1} << 20;
 
 struct SessionCallLine {
     SessionCall call = SessionCall::list;
-    std::optional<std::string> session;                  ///< of ticket, stream and end
-    std::optional<std::string> name;                     ///< of start
+    std::optional<std::string> session; ///< of all but start and list
+    std::optional<bool> viewOnly;       ///< of ticket and stream: may not type
+    std::optional<std::int64_t> lines; ///< of ticket and stream: the replay is no longer than these
+    std::optional<std::string> agent;  ///< of ticket and stream: the viewer's SSH_AUTH_SOCK
+    std::optional<std::string> keys;   ///< of send
+    std::optional<std::string> name;   ///< of start
     std::optional<std::vector<std::string>> words;       ///< of start: what `Pty::parseSpawn` reads
     std::optional<std::vector<std::string>> environment; ///< of start: the caller's, "KEY=VALUE"
 
-    static constexpr auto fields = std::tuple{
-        field("call", &SessionCallLine::call), field("session", &SessionCallLine::session),
-        field("name", &SessionCallLine::name), field("words", &SessionCallLine::words),
-        field("environment", &SessionCallLine::environment)};
+    static constexpr auto fields = std::tuple{field("call", &SessionCallLine::call),
+                                              field("session", &SessionCallLine::session),
+                                              field("viewOnly", &SessionCallLine::viewOnly),
+                                              field("lines", &SessionCallLine::lines),
+                                              field("agent", &SessionCallLine::agent),
+                                              field("keys", &SessionCallLine::keys),
+                                              field("name", &SessionCallLine::name),
+                                              field("words", &SessionCallLine::words),
+                                              field("environment", &SessionCallLine::environment)};
     bool operator==(const SessionCallLine&) const = default;
 };
 
@@ -75,10 +87,13 @@ struct SessionEntry {
     int rows = 0;
     double since = 0; ///< seconds since 1970, like the other times
     int viewers = 0;
-    std::optional<double> attachedSince; ///< absent without viewers
-    std::optional<double> detachedSince; ///< absent with viewers
-    std::uint64_t bytesOut = 0;          ///< that the program wrote
-    std::optional<int> exitCode;         ///< absent until the session has ended
+    std::optional<double> attachedSince;  ///< absent without viewers
+    std::optional<double> detachedSince;  ///< absent with viewers
+    std::uint64_t bytesOut = 0;           ///< that the program wrote
+    double idleSince = 0;                 ///< when the program wrote last, or started
+    std::optional<double> attentionSince; ///< of the last bell or notice that no viewer has seen
+    std::optional<std::string> notice;    ///< the last notice's text; absent after bells alone
+    std::optional<int> exitCode;          ///< absent until the session has ended
 
     static constexpr auto fields = std::tuple{
         field("id", &SessionEntry::id),
@@ -92,6 +107,9 @@ struct SessionEntry {
         field("attachedSince", &SessionEntry::attachedSince),
         field("detachedSince", &SessionEntry::detachedSince),
         field("bytesOut", &SessionEntry::bytesOut),
+        field("idleSince", &SessionEntry::idleSince),
+        field("attentionSince", &SessionEntry::attentionSince),
+        field("notice", &SessionEntry::notice),
         field("exitCode", &SessionEntry::exitCode),
     };
     bool operator==(const SessionEntry&) const = default;
@@ -103,11 +121,14 @@ struct SessionReplyLine {
     std::optional<std::string> session;                ///< of start: the id
     std::optional<std::string> ticket;                 ///< of ticket: the path of the file
     std::optional<std::vector<SessionEntry>> sessions; ///< of list
+    std::optional<int> exitCode;                       ///< of wait
 
-    static constexpr auto fields = std::tuple{
-        field("ok", &SessionReplyLine::ok), field("reason", &SessionReplyLine::reason),
-        field("session", &SessionReplyLine::session), field("ticket", &SessionReplyLine::ticket),
-        field("sessions", &SessionReplyLine::sessions)};
+    static constexpr auto fields = std::tuple{field("ok", &SessionReplyLine::ok),
+                                              field("reason", &SessionReplyLine::reason),
+                                              field("session", &SessionReplyLine::session),
+                                              field("ticket", &SessionReplyLine::ticket),
+                                              field("sessions", &SessionReplyLine::sessions),
+                                              field("exitCode", &SessionReplyLine::exitCode)};
     bool operator==(const SessionReplyLine&) const = default;
 };
 

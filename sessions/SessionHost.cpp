@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <set>
 #include <utility>
 
 namespace velmo {
@@ -17,6 +18,12 @@ namespace {
 
 constexpr std::size_t tokenBytes = 32;
 constexpr std::size_t maxNameBytes = 256;
+constexpr const char* agentVariable = "SSH_AUTH_SOCK";
+
+/// Returns the name of the session's link to an SSH agent.
+std::string agentLinkOf(const std::string& id) {
+    return std::string(agentLinkPrefix) + id;
+}
 
 /// Reads the entries of an environment, and leaves out an entry without "=".
 Pty::Environment environmentOf(const SessionCallLine& call) {
@@ -27,6 +34,12 @@ Pty::Environment environmentOf(const SessionCallLine& call) {
             environment.insert_or_assign(entry.substr(0, end), entry.substr(end + 1));
     }
     return environment;
+}
+
+std::optional<std::size_t> linesOf(const SessionCallLine& call) {
+    return call.lines.transform([](std::int64_t lines) {
+        return static_cast<std::size_t>(std::max<std::int64_t>(lines, 0));
+    });
 }
 
 SteadyTime after(SteadyTime moment, double seconds) {
@@ -70,13 +83,14 @@ void SessionHost::writable(PeerId peer) {
                   [&](TerminalSession& session) { session.writable(services_.steadyTime()); });
 }
 
-void SessionHost::gone(PeerId peer) {
+void SessionHost::connectionLost(PeerId peer) {
     if (strangerOf(peer) != nullptr) {
         drop(peer);
         return;
     }
-    withSessionOf(peer,
-                  [&](TerminalSession& session) { session.gone(peer, services_.steadyTime()); });
+    withSessionOf(peer, [&](TerminalSession& session) {
+        session.connectionLost(peer, services_.steadyTime());
+    });
 }
 
 void SessionHost::programReady(SessionNumber session) {
@@ -103,52 +117,118 @@ void SessionHost::withSession(SessionNumber number, const Action& action) {
     if (found == sessions_.end())
         return;
     action(found->second);
-    settle(found->second);
+    forgetDismissed(found->second);
 }
 
 /// Forgets the viewers that have left, and has the session note the time if its first viewer came
 /// or its last one left.
-void SessionHost::settle(TerminalSession& session) {
-    for (const PeerId peer : session.takeLeft())
+void SessionHost::forgetDismissed(TerminalSession& session) {
+    for (const PeerId peer : session.takeDismissed())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
+    if (!session.endedSince())
+        return;
+    tellWaiters(session);
+    if (linked_.erase(session.identity().number) > 0)
+        services_.tickets.remove(agentLinkOf(session.identity().id));
 }
 
 void SessionHost::receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes) {
-    if (stranger.door == Door::attach) {
-        greet(peer, stranger, bytes);
+    if (stranger.waitsFor) { // a peer that waits has nothing to say
+        drop(peer);
         return;
     }
     stranger.line.append(textOf(bytes));
-    takeCalls(peer);
+    if (stranger.door == Door::attach)
+        takeGreeting(peer, stranger);
+    else
+        takeCalls(peer);
 }
 
-void SessionHost::greet(PeerId peer, Stranger& stranger, ByteView bytes) {
-    // A client sends nothing more until its greeting is answered, so a second frame is an error.
-    auto frames = stranger.greeting.feed(bytes);
-    if (frames && frames->empty())
+/// Reads the first frame once it is whole. What stands behind it, such as keys that were typed
+/// early, is for the viewer that the peer becomes.
+void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
+    const ByteView received = bytesOf(stranger.line);
+    if (received.size() < FrameHeader::bytes)
         return;
-    const auto* const control = frames && frames->size() == 1
-                                    ? std::get_if<PtyAttach::ControlObject>(&frames->front())
-                                    : nullptr;
-    const auto message =
-        control == nullptr ? std::nullopt : PtyAttach::clientMessage(control->object());
+    const FrameHeader header = FrameHeader::read(received);
+    const std::size_t length = FrameHeader::bytes + header.length;
+    const bool canBeHello = header.type == std::to_underlying(PtyAttach::FrameType::control)
+                            && header.length <= PtyAttach::maxControl;
+    if (canBeHello && received.size() < length)
+        return;
+    const auto object = canBeHello ? PtyAttach::ControlObject::parse(textOf(
+                                         received.subspan(FrameHeader::bytes, header.length)))
+                                   : std::nullopt;
+    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
     const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
     if (hello == nullptr) {
         refuse(peer, stranger, "bad-hello");
         return;
     }
-    const auto number = redeem(hello->token);
-    const auto session = number ? sessions_.find(*number) : sessions_.end();
+    stranger.line.erase(0, length);
+    greet(peer, stranger, *hello);
+}
+
+void SessionHost::greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello) {
+    const auto ticket = redeem(hello.token);
+    const auto session = ticket ? sessions_.find(ticket->session) : sessions_.end();
     if (session == sessions_.end()) {
-        refuse(peer, stranger, number ? rawText(SessionRefusal::ended) : "bad-token");
-    } else if (const auto refusal = session->second.refusalOf(*stranger.connection)) {
-        refuse(peer, stranger, rawText(*refusal));
-    } else {
-        auto viewer =
-            std::make_unique<Viewer>(peer, stranger.connection, std::move(stranger.greeting));
-        watch(peer, std::move(viewer), hello->size, session->second);
+        refuse(peer, stranger, ticket ? rawText(SessionRefusal::ended) : "bad-token");
+        return;
     }
+    TerminalSession::Admission admission{.size = hello.size,
+                                         .lines = ticket->lines,
+                                         .mayType = !ticket->isViewOnly,
+                                         .runsIn = sessionsAround(stranger)};
+    if (const auto refusal = refusalToJoin(admission.runsIn, session->second)) {
+        refuse(peer, stranger, rawText(*refusal));
+        return;
+    }
+    if (admission.mayType)
+        useAgent(ticket->agent, session->second);
+    watch(peer, stranger, std::make_unique<Viewer>(peer, stranger.connection, AttachDecoder()),
+          std::move(admission), session->second);
+}
+
+/// Returns the sessions that the stranger's process runs in.
+std::vector<SessionNumber> SessionHost::sessionsAround(const Stranger& stranger) const {
+    const auto ancestry = stranger.connection->ancestry();
+    std::vector<SessionNumber> around;
+    for (const auto& [number, session] : sessions_) {
+        if (session.process() && std::ranges::find(ancestry, *session.process()) != ancestry.end())
+            around.push_back(number);
+    }
+    return around;
+}
+
+/// Returns why a viewer that runs in these sessions may not watch the session; absent if it may.
+/// The session's output may not flow back into the session, straight or through others.
+std::optional<SessionRefusal> SessionHost::refusalToJoin(const std::vector<SessionNumber>& runsIn,
+                                                         const TerminalSession& session) const {
+    if (const auto refusal = session.refusal())
+        return refusal;
+    const SessionNumber shown = session.identity().number;
+    const bool isCircle =
+        std::ranges::any_of(runsIn, [&](SessionNumber outer) { return isShownIn(outer, shown); });
+    return isCircle ? std::optional(SessionRefusal::itself) : std::nullopt;
+}
+
+/// Tells whether the output of `shown` reaches the other session, which it does if both are one.
+bool SessionHost::isShownIn(SessionNumber shown, SessionNumber session) const {
+    std::set<SessionNumber> reached{shown};
+    std::vector<SessionNumber> next{shown};
+    while (!next.empty()) {
+        const auto found = sessions_.find(next.back());
+        next.pop_back();
+        if (found == sessions_.end())
+            continue;
+        for (const SessionNumber outer : found->second.shownIn()) {
+            if (reached.insert(outer).second)
+                next.push_back(outer);
+        }
+    }
+    return reached.contains(session);
 }
 
 void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code) {
@@ -157,20 +237,24 @@ void SessionHost::refuse(PeerId peer, Stranger& stranger, std::string_view code)
     sendReply(peer, stranger);
 }
 
-/// Turns a stranger into a viewer of the session.
-void SessionHost::watch(PeerId peer, std::unique_ptr<Viewer> viewer,
-                        std::optional<PtyFrame::Size> size, TerminalSession& session) {
+/// Turns a stranger into a viewer of the session, which gets what the stranger has sent too early.
+void SessionHost::watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
+                        TerminalSession::Admission admission, TerminalSession& session) {
+    const std::string early = std::move(stranger.line);
     --strangers_;
     peers_.insert_or_assign(peer, session.identity().number);
-    session.attach(std::move(viewer), size, services_.steadyTime(), services_.wallTime());
-    settle(session);
+    session.attach(std::move(viewer), std::move(admission), services_.steadyTime(),
+                   services_.wallTime());
+    forgetDismissed(session);
+    if (!early.empty())
+        received(peer, bytesOf(early));
 }
 
 /// Answers the calls that have arrived whole, one by one: the next call is read only after the
 /// reply to the last has been sent.
 void SessionHost::takeCalls(PeerId peer) {
     while (Stranger* const stranger = strangerOf(peer)) {
-        if (!stranger->reply.empty())
+        if (!stranger->reply.empty() || stranger->waitsFor)
             return;
         const std::size_t end = stranger->line.find('\n');
         const bool isWhole = end != std::string::npos;
@@ -184,17 +268,19 @@ void SessionHost::takeCalls(PeerId peer) {
         const std::string line = stranger->line.substr(0, end);
         stranger->line.erase(0, end + 1);
         stranger->since = services_.steadyTime();
-        take(peer, *stranger, line);
+        handleCall(peer, *stranger, line);
     }
 }
 
-void SessionHost::take(PeerId peer, Stranger& stranger, std::string_view line) {
+void SessionHost::handleCall(PeerId peer, Stranger& stranger, std::string_view line) {
     const auto call = decodeRecord<SessionCallLine>(line);
     stranger.isClosing = !call;
     if (!call)
         answer(peer, stranger, std::unexpected(SessionRefusal::call));
     else if (call->call == SessionCall::stream)
         stream(peer, stranger, *call);
+    else if (call->call == SessionCall::wait)
+        wait(peer, stranger, *call);
     else
         answer(peer, stranger, perform(*call));
 }
@@ -207,9 +293,14 @@ SessionHost::Reply SessionHost::perform(const SessionCallLine& call) {
         return list();
     case SessionCall::ticket:
         return ticket(call);
+    case SessionCall::send:
+        return send(call);
+    case SessionCall::detach:
+        return detach(call);
     case SessionCall::end:
         return end(call);
     case SessionCall::stream:
+    case SessionCall::wait:
         break;
     }
     return std::unexpected(SessionRefusal::call);
@@ -260,7 +351,7 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         sessions_, [](const auto& session) { return !session.second.endedSince(); });
     if (std::cmp_greater_equal(running, maxSessions))
         return std::unexpected(SessionRefusal::limit);
-    const Pty::Environment environment = environmentOf(call);
+    Pty::Environment environment = environmentOf(call);
     auto request = Pty::parseSpawn(*call.words, environment, services_.files);
     if (!request)
         return std::unexpected(refusalOf(*call.words, environment, services_.files));
@@ -269,10 +360,18 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
         return std::unexpected(name.error());
 
     const SessionNumber number{++lastSession_};
-    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
-    if (!program)
-        return std::unexpected(SessionRefusal::system);
     const std::string id = "s_" + randomHex(8);
+    const auto agent = environment.find(agentVariable);
+    const bool isLinked = agent != environment.end() && pointAgentLink(id, agent->second);
+    if (isLinked)
+        agent->second = PathText::join(services_.tickets.folder(), agentLinkOf(id));
+    auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
+    if (!program) {
+        services_.tickets.remove(agentLinkOf(id));
+        return std::unexpected(SessionRefusal::system);
+    }
+    if (isLinked)
+        linked_.insert(number);
     services_.log("session " + id + " started: " + request->program);
     sessions_.emplace(number, TerminalSession({.number = number,
                                                .id = id,
@@ -281,6 +380,22 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
                                                .since = services_.wallTime()},
                                               std::move(program)));
     return SessionReplyLine{.ok = true, .session = id};
+}
+
+/// Points the session's link at the agent's socket. Returns false for a path that can't be one's.
+bool SessionHost::pointAgentLink(const std::string& id, const std::string& agent) {
+    const std::string name = agentLinkOf(id);
+    return Pty::isCleanAbsolutePath(agent)
+           && agent != PathText::join(services_.tickets.folder(), name)
+           && services_.tickets.link(name, agent);
+}
+
+/// Lets the session's programs use the SSH agent of a viewer that may type.
+void SessionHost::useAgent(const std::optional<std::string>& agent,
+                           const TerminalSession& session) {
+    const auto& identity = session.identity();
+    if (agent && linked_.contains(identity.number))
+        pointAgentLink(identity.id, *agent);
 }
 
 std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,
@@ -318,16 +433,26 @@ SessionHost::Reply SessionHost::list() const {
 std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCallLine& call) const {
     if (!call.session)
         return std::unexpected(SessionRefusal::call);
+    const auto number = named(*call.session);
+    if (!number)
+        return std::unexpected(SessionRefusal::unknown);
+    if (sessions_.at(*number).endedSince())
+        return std::unexpected(SessionRefusal::ended);
+    return *number;
+}
+
+/// Returns the session with this id or name that runs, or else the one that was started last.
+std::optional<SessionNumber> SessionHost::named(const std::string& session) const {
     std::optional<SessionNumber> ended;
-    for (const auto& [number, session] : sessions_) {
-        const auto& identity = session.identity();
-        if (identity.id != *call.session && identity.name != *call.session)
+    for (const auto& [number, each] : sessions_) {
+        const auto& identity = each.identity();
+        if (identity.id != session && identity.name != session)
             continue;
-        if (!session.endedSince())
+        if (!each.endedSince())
             return number; // no two that run have the same name
         ended = number;
     }
-    return std::unexpected(ended ? SessionRefusal::ended : SessionRefusal::unknown);
+    return ended;
 }
 
 SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
@@ -347,36 +472,97 @@ SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {
         return std::unexpected(SessionRefusal::system);
     tickets_.emplace(ticket.token, Ticket{.session = *session,
                                           .file = file,
+                                          .isViewOnly = call.viewOnly.value_or(false),
+                                          .lines = linesOf(call),
+                                          .agent = call.agent,
                                           .expiry = after(services_.steadyTime(), ticketLife)});
     return SessionReplyLine{.ok = true, .ticket = PathText::join(folder, file)};
 }
 
-/// Returns the session of the ticket with this token, and voids the ticket: a second client with
-/// the token gets nothing, as does one that comes after the ticket's expiry.
-std::optional<SessionNumber> SessionHost::redeem(const std::string& token) {
+/// Returns the ticket with this token, and voids it: a second client with the token gets nothing,
+/// as does one that comes after the ticket's expiry.
+std::optional<SessionHost::Ticket> SessionHost::redeem(const std::string& token) {
     expireTickets(services_.steadyTime());
     auto ticket = tickets_.extract(token);
     if (ticket.empty())
         return std::nullopt;
     services_.tickets.remove(ticket.mapped().file);
-    return ticket.mapped().session;
+    return std::move(ticket.mapped());
 }
 
 void SessionHost::stream(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
     const auto number = find(call);
-    const auto refusal = number ? sessions_.at(*number).refusalOf(*stranger.connection)
-                                : std::optional(number.error());
-    if (refusal) {
+    if (!number) {
+        answer(peer, stranger, std::unexpected(number.error()));
+        return;
+    }
+    TerminalSession& session = sessions_.at(*number);
+    TerminalSession::Admission admission{.lines = linesOf(call),
+                                         .mayType = !call.viewOnly.value_or(false),
+                                         .runsIn = sessionsAround(stranger)};
+    if (const auto refusal = refusalToJoin(admission.runsIn, session)) {
         answer(peer, stranger, std::unexpected(*refusal));
         return;
     }
+    if (admission.mayType)
+        useAgent(call.agent, session);
     auto viewer = std::make_unique<Viewer>(peer, stranger.connection, StreamDecoder());
     viewer->tell(bytesOf(encodeJson(SessionReplyLine{.ok = true}).value() + "\n"));
-    const std::string rest = std::move(stranger.line); // frames sent before the reply came
-    TerminalSession& session = sessions_.at(*number);
-    watch(peer, std::move(viewer), std::nullopt, session);
-    if (!rest.empty())
-        received(peer, bytesOf(rest));
+    watch(peer, stranger, std::move(viewer), std::move(admission), session);
+}
+
+SessionHost::Reply SessionHost::send(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    if (!call.keys || call.keys->size() > maxSent)
+        return std::unexpected(SessionRefusal::call);
+    bool isSent = false;
+    withSession(*session, [&](TerminalSession& each) {
+        isSent = each.send(bytesOf(*call.keys), services_.steadyTime());
+    });
+    if (!isSent)
+        return std::unexpected(SessionRefusal::limit);
+    return SessionReplyLine{.ok = true};
+}
+
+SessionHost::Reply SessionHost::detach(const SessionCallLine& call) {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    withSession(*session, [&](TerminalSession& each) { each.detach(services_.steadyTime()); });
+    return SessionReplyLine{.ok = true};
+}
+
+/// Answers at once if the session has ended, and otherwise when it ends.
+void SessionHost::wait(PeerId peer, Stranger& stranger, const SessionCallLine& call) {
+    const auto number = call.session ? named(*call.session) : std::nullopt;
+    if (!number) {
+        answer(peer, stranger,
+               std::unexpected(call.session ? SessionRefusal::unknown : SessionRefusal::call));
+        return;
+    }
+    stranger.waitsFor = number;
+    stranger.connection->watch(true, false); // tells that the peer is gone
+    if (const TerminalSession& session = sessions_.at(*number); session.endedSince())
+        tellWaiters(session);
+}
+
+void SessionHost::tellWaiters(const TerminalSession& session) {
+    std::vector<PeerId> waiters;
+    for (const auto& [id, peer] : peers_) {
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && stranger->waitsFor == session.identity().number)
+            waiters.push_back(id);
+    }
+    for (const PeerId waiter : waiters) {
+        Stranger& stranger = *strangerOf(waiter);
+        stranger.waitsFor.reset();
+        stranger.since = services_.steadyTime();
+        stranger.isClosing = true;
+        answer(waiter, stranger,
+               SessionReplyLine{.ok = true, .exitCode = session.entry().exitCode});
+    }
 }
 
 SessionHost::Reply SessionHost::end(const SessionCallLine& call) {
@@ -401,7 +587,8 @@ std::optional<SteadyTime> SessionHost::deadline() const {
     for (const auto& [token, ticket] : tickets_)
         consider(ticket.expiry);
     for (const auto& [id, peer] : peers_) {
-        if (const auto* const stranger = std::get_if<Stranger>(&peer))
+        const auto* const stranger = std::get_if<Stranger>(&peer);
+        if (stranger != nullptr && !stranger->waitsFor)
             consider(after(stranger->since, strangerPatience));
     }
     return earliest;
@@ -412,13 +599,13 @@ void SessionHost::timePasses() {
     expireTickets(now);
     for (auto& [number, session] : sessions_) {
         session.timePasses(now);
-        settle(session);
+        forgetDismissed(session);
     }
     forgetEnded(now);
     std::vector<PeerId> silent;
     for (const auto& [id, peer] : peers_) {
         const auto* const stranger = std::get_if<Stranger>(&peer);
-        if (stranger != nullptr && now - stranger->since >= strangerPatience)
+        if (stranger != nullptr && !stranger->waitsFor && now - stranger->since >= strangerPatience)
             silent.push_back(id);
     }
     std::ranges::for_each(silent, [this](PeerId peer) { drop(peer); });

@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
 #include "core/terminal/Pty.h"
+#include "sessions/AttachMessages.h"
 #include "sessions/Connection.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
@@ -16,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,6 +50,8 @@ public:
     static constexpr std::size_t maxTickets = 64;
     static constexpr std::size_t maxStrangers = 64; ///< connections that watch no session
 
+    static constexpr std::size_t maxSent = std::size_t{1} << 16; ///< bytes of keys in one call
+
     static constexpr double ticketLife = 30.0;       ///< seconds until a ticket expires
     static constexpr double strangerPatience = 10.0; ///< seconds for a greeting, or for each call
 
@@ -61,7 +65,7 @@ public:
     // ignored.
     void received(PeerId peer, ByteView bytes);
     void writable(PeerId peer);
-    void gone(PeerId peer);
+    void connectionLost(PeerId peer);
 
     // Report events of a program. An unknown session is ignored.
     void programReady(SessionNumber session); ///< with output, or with room for input
@@ -78,6 +82,9 @@ private:
     struct Ticket {
         SessionNumber session;
         std::string file;
+        bool isViewOnly;
+        std::optional<std::size_t> lines;
+        std::optional<std::string> agent;
         SteadyTime expiry;
     };
 
@@ -86,10 +93,10 @@ private:
         std::shared_ptr<Connection> connection;
         Door door;
         SteadyTime since;
-        AttachDecoder greeting; ///< on the attach socket: reads the first frame
-        std::string line;       ///< on the control socket: received, not yet read as a call
-        std::string reply;      ///< what is left to send
-        bool isClosing = false; ///< the connection closes once the reply is sent
+        std::string line;  ///< received, and not yet read as a greeting or a call
+        std::string reply; ///< what is left to send
+        std::optional<SessionNumber> waitsFor; ///< the last call is answered when this session ends
+        bool isClosing = false;                ///< the connection closes once the reply is sent
     };
 
     using Peer = std::variant<Stranger, SessionNumber>; ///< a viewer is known by its session
@@ -97,28 +104,40 @@ private:
     using Sessions = std::map<SessionNumber, TerminalSession>;
 
     void receivedByStranger(PeerId peer, Stranger& stranger, ByteView bytes);
-    void greet(PeerId peer, Stranger& stranger, ByteView bytes);
+    void takeGreeting(PeerId peer, Stranger& stranger);
+    void greet(PeerId peer, Stranger& stranger, const PtyAttach::client::Hello& hello);
     void refuse(PeerId peer, Stranger& stranger, std::string_view code);
     void takeCalls(PeerId peer);
-    void take(PeerId peer, Stranger& stranger, std::string_view line);
+    void handleCall(PeerId peer, Stranger& stranger, std::string_view line);
     Reply perform(const SessionCallLine& call);
     Reply start(const SessionCallLine& call);
     Reply list() const;
     Reply ticket(const SessionCallLine& call);
+    Reply send(const SessionCallLine& call);
+    Reply detach(const SessionCallLine& call);
     Reply end(const SessionCallLine& call);
+    void wait(PeerId peer, Stranger& stranger, const SessionCallLine& call);
+    void tellWaiters(const TerminalSession& session);
     void stream(PeerId peer, Stranger& stranger, const SessionCallLine& call);
     void answer(PeerId peer, Stranger& stranger, const Reply& reply);
     void sendReply(PeerId peer, Stranger& stranger);
     Stranger* strangerOf(PeerId peer);
     void drop(PeerId peer);
-    void watch(PeerId peer, std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
-               TerminalSession& session);
+    void watch(PeerId peer, Stranger& stranger, std::unique_ptr<Viewer> viewer,
+               TerminalSession::Admission admission, TerminalSession& session);
+    std::vector<SessionNumber> sessionsAround(const Stranger& stranger) const;
+    std::optional<SessionRefusal> refusalToJoin(const std::vector<SessionNumber>& runsIn,
+                                                const TerminalSession& session) const;
+    bool isShownIn(SessionNumber shown, SessionNumber session) const;
+    std::optional<SessionNumber> named(const std::string& session) const;
     std::expected<SessionNumber, SessionRefusal> find(const SessionCallLine& call) const;
     std::expected<std::string, SessionRefusal> nameFor(const SessionCallLine& call,
                                                        std::string_view program) const;
     bool isNameTaken(std::string_view name) const;
-    std::optional<SessionNumber> redeem(const std::string& token);
-    void settle(TerminalSession& session);
+    std::optional<Ticket> redeem(const std::string& token);
+    bool pointAgentLink(const std::string& id, const std::string& agent);
+    void useAgent(const std::optional<std::string>& agent, const TerminalSession& session);
+    void forgetDismissed(TerminalSession& session);
     void expireTickets(SteadyTime now);
     void forgetEnded(SteadyTime now);
     std::string randomHex(std::size_t bytes) const;
@@ -133,6 +152,7 @@ private:
     Sessions sessions_;
     std::map<PeerId, Peer> peers_;
     std::map<std::string, Ticket> tickets_; ///< by token
+    std::set<SessionNumber> linked_;        ///< the sessions with a link to an SSH agent
     std::size_t strangers_ = 0;
     std::uint64_t lastSession_ = 0;
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 namespace velmo {
@@ -42,27 +43,40 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
       log_(size_),
+      lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
 }
 
-std::optional<SessionRefusal> TerminalSession::refusalOf(const Connection& connection) const {
+std::optional<SessionRefusal> TerminalSession::refusal() const {
     if (endedSince_)
         return SessionRefusal::ended;
     if (seats_.size() == maxViewers)
         return SessionRefusal::limit;
-    if (program_ && connection.leader() == program_->pid())
-        return SessionRefusal::itself;
     return std::nullopt;
 }
 
-void TerminalSession::attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size,
-                             SteadyTime now, WallTime date) {
-    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name)
+std::optional<std::uint32_t> TerminalSession::process() const {
+    return program_ ? std::optional(program_->pid()) : std::nullopt;
+}
+
+std::set<SessionNumber> TerminalSession::shownIn() const {
+    std::set<SessionNumber> all;
+    for (const Seat& seat : seats_)
+        all.insert(seat.admission.runsIn.begin(), seat.admission.runsIn.end());
+    return all;
+}
+
+void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission, SteadyTime now,
+                             WallTime date) {
+    viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, surroundings(viewer->isWindow(), size));
+    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size), admission.lines);
     hadViewer_ = true;
-    seats_.push_back({.viewer = std::move(viewer), .size = size, .activity = ++activities_});
+    attend();
+    seats_.push_back({.viewer = std::move(viewer),
+                      .admission = std::move(admission),
+                      .activity = ++activities_});
     noteDate(date);
     applySize();
     if (log_.end() > 0)
@@ -92,13 +106,13 @@ void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
     if (inputs)
         std::ranges::move(*inputs, std::back_inserter(seat->inputs));
     else
-        leave(*seat->viewer);
+        dismiss(*seat->viewer);
     update(now);
 }
 
-void TerminalSession::gone(PeerId peer, SteadyTime now) {
+void TerminalSession::connectionLost(PeerId peer, SteadyTime now) {
     if (const Seat* const seat = find(peer))
-        leave(*seat->viewer);
+        dismiss(*seat->viewer);
     update(now);
 }
 
@@ -116,8 +130,14 @@ void TerminalSession::programEnded(std::int32_t waitStatus, SteadyTime now) {
 void TerminalSession::readProgram(SteadyTime now) {
     std::size_t burst = 0;
     while (program_ && !outputIsOver_ && burst < maxBurst && !mustWait(now)) {
-        const Program::Output output = program_->read(log_.room());
+        const std::span<std::uint8_t> room = log_.room();
+        const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        if (auto notice = noticeReader_.read(room.first(output.bytes))) {
+            isAttentionNew_ = true;
+            if (!notice->empty())
+                notice_ = *std::move(notice);
+        }
         burst += output.bytes;
         outputIsOver_ = output.isOver;
         if (output.bytes < littleOutput)
@@ -144,8 +164,9 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
+    typeSent();
     for (Seat& seat : seats_)
-        obey(seat);
+        carryOut(seat);
     applySize();
     if (exitCode_ && outputIsOver_)
         finish(now);
@@ -159,14 +180,15 @@ void TerminalSession::update(SteadyTime now) {
 }
 
 /// Carries out what the viewer has asked for, up to keys that the program does not read yet.
-void TerminalSession::obey(Seat& seat) {
+void TerminalSession::carryOut(Seat& seat) {
     while (!seat.inputs.empty()) {
         if (std::holds_alternative<viewer::Leave>(seat.inputs.front())) {
             seat.inputs.clear();
-            leave(*seat.viewer);
+            attend();
+            dismiss(*seat.viewer);
             return;
         }
-        if (!obey(seat, seat.inputs.front())) {
+        if (!carryOut(seat, seat.inputs.front())) {
             isInputFull_ = true;
             return;
         }
@@ -176,20 +198,43 @@ void TerminalSession::obey(Seat& seat) {
 }
 
 /// Returns false if part of the input remains to be done later.
-bool TerminalSession::obey(Seat& seat, const ViewerInput& input) {
+bool TerminalSession::carryOut(Seat& seat, const ViewerInput& input) {
+    if (!seat.admission.mayType) {
+        look(seat, input);
+        return true;
+    }
     if (const auto* const signal = std::get_if<viewer::Signal>(&input)) {
         if (program_)
             program_->signalForeground(signal->number);
         return true;
     }
     seat.activity = ++activities_;
+    attend();
     if (const auto* const resize = std::get_if<viewer::Resize>(&input)) {
         if (resize->size == size_)
             redraw();
-        seat.size = resize->size;
+        seat.admission.size = resize->size;
         return true;
     }
     return type(seat, std::get<viewer::Keys>(input).bytes);
+}
+
+/// Does what a viewer that may not type may ask for: a viewer that tells the same size twice wants
+/// the screen drawn anew.
+void TerminalSession::look(Seat& seat, const ViewerInput& input) {
+    const auto* const resize = std::get_if<viewer::Resize>(&input);
+    if (resize == nullptr)
+        return;
+    if (seat.admission.size == resize->size)
+        redraw();
+    seat.admission.size = resize->size;
+}
+
+/// Notes that a person looks at the session.
+void TerminalSession::attend() {
+    isAttentionNew_ = false;
+    attentionSince_.reset();
+    notice_.clear();
 }
 
 /// Types the keys of one frame, or the part that the program takes. The keys of a frame stay
@@ -197,11 +242,46 @@ bool TerminalSession::obey(Seat& seat, const ViewerInput& input) {
 bool TerminalSession::type(Seat& seat, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
-    const bool othersFirst = std::ranges::any_of(
-        seats_, [&](const Seat& other) { return &other != &seat && other.typed > 0; });
+    const bool othersFirst = sentTyped_ > 0 || std::ranges::any_of(seats_, [&](const Seat& other) {
+                                 return &other != &seat && other.typed > 0;
+                             });
     if (!othersFirst)
         seat.typed += program_->write(keys.subspan(seat.typed));
     return seat.typed == keys.size();
+}
+
+/// Types what was sent, unless a viewer's keys are typed in part.
+void TerminalSession::typeSent() {
+    if (sent_.empty())
+        return;
+    const bool othersFirst =
+        std::ranges::any_of(seats_, [](const Seat& seat) { return seat.typed > 0; });
+    if (program_ && !exitCode_ && !othersFirst)
+        sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
+    if (program_ && !exitCode_ && sentTyped_ < sent_.size()) {
+        isInputFull_ = true;
+        return;
+    }
+    sent_.clear();
+    sentTyped_ = 0;
+}
+
+bool TerminalSession::send(ByteView keys, SteadyTime now) {
+    if (!sent_.empty())
+        return false;
+    sent_.assign(keys.begin(), keys.end());
+    update(now);
+    return true;
+}
+
+void TerminalSession::detach(SteadyTime now) {
+    for (const Seat& seat : seats_) {
+        if (seat.viewer->isWindow())
+            seat.viewer->tell(PtyAttach::errorFrame("detached"));
+        static_cast<void>(seat.viewer->send(log_, false));
+        dismiss(*seat.viewer);
+    }
+    update(now);
 }
 
 void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
@@ -209,8 +289,8 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
         viewer.replay(log_, {.before = clearScreen,
-                             .after = std::string(seat.size == size_ ? "" : endRegion),
-                             .size = seat.size});
+                             .after = std::string(seat.admission.size == size_ ? "" : endRegion),
+                             .size = seat.admission.size});
         redraw();
         progress = viewer.send(log_, answers);
     }
@@ -221,7 +301,7 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     }
     const bool isOver = progress == Viewer::Progress::done && seat.isTold;
     if (progress == Viewer::Progress::gone || isOver)
-        leave(viewer);
+        dismiss(viewer);
     else
         viewer.connection().watch(seat.inputs.empty(), progress == Viewer::Progress::waiting);
     if (seat.blockedSince && now - *seat.blockedSince >= Viewer::patience) {
@@ -246,9 +326,9 @@ void TerminalSession::redraw() {
 /// typed or resized last.
 void TerminalSession::applySize() {
     const Seat* const first = leader();
-    if (first == nullptr || !first->size || *first->size == size_ || !program_)
+    if (first == nullptr || !first->admission.size || *first->admission.size == size_ || !program_)
         return;
-    size_ = *first->size;
+    size_ = *first->admission.size;
     log_.resize(size_);
     program_->setSize(size_);
 }
@@ -302,7 +382,7 @@ void TerminalSession::timePasses(SteadyTime now) {
     if (endDue_ && *endDue_ <= now)
         signalToEnd(now);
     if (endedSince_ && now - *endedSince_ >= memory)
-        std::ranges::for_each(seats_, [this](const Seat& seat) { leave(*seat.viewer); });
+        std::ranges::for_each(seats_, [this](const Seat& seat) { dismiss(*seat.viewer); });
     if (drainUntil_ && *drainUntil_ <= now) {
         if (mustWait(now)) { // output may lie unread until a viewer catches up
             drainUntil_ = SteadyTime{now.seconds + drainPatience};
@@ -314,18 +394,18 @@ void TerminalSession::timePasses(SteadyTime now) {
     update(now);
 }
 
-void TerminalSession::leave(const Viewer& viewer) {
-    leaving_.push_back(viewer.id());
+void TerminalSession::dismiss(const Viewer& viewer) {
+    toDismiss_.push_back(viewer.id());
 }
 
 void TerminalSession::sweep() {
-    for (const PeerId peer : std::exchange(leaving_, {})) {
+    for (const PeerId peer : std::exchange(toDismiss_, {})) {
         const Seat* const seat = find(peer);
         if (seat == nullptr)
             continue;
         seat->viewer->connection().close();
         seats_.erase(seats_.begin() + (seat - seats_.data()));
-        left_.push_back(peer);
+        dismissed_.push_back(peer);
     }
     applySize();
     if (endedSince_ && seats_.empty())
@@ -338,15 +418,20 @@ TerminalSession::Seat* TerminalSession::find(PeerId peer) {
     return found == seats_.end() ? nullptr : &*found;
 }
 
+/// Returns the viewer that decides the size and answers queries; null if none may.
 const TerminalSession::Seat* TerminalSession::leader() const {
     const auto rank = [](const Seat& seat) {
-        return std::pair(seat.size.has_value(), seat.activity);
+        return std::tuple(seat.admission.mayType, seat.admission.size.has_value(), seat.activity);
     };
     const auto found = std::ranges::max_element(seats_, {}, rank);
-    return found == seats_.end() ? nullptr : &*found;
+    return found == seats_.end() || !found->admission.mayType ? nullptr : &*found;
 }
 
 void TerminalSession::noteDate(WallTime date) {
+    if (std::exchange(dated_, log_.end()) != log_.end())
+        lastOutput_ = date;
+    if (std::exchange(isAttentionNew_, false))
+        attentionSince_ = date;
     if (hadViewers_ != seats_.empty())
         return;
     hadViewers_ = !seats_.empty();
@@ -363,7 +448,13 @@ SessionEntry TerminalSession::entry() const {
                        .since = identity_.since.sinceEpoch,
                        .viewers = static_cast<int>(seats_.size()),
                        .bytesOut = log_.end(),
+                       .idleSince = lastOutput_.sinceEpoch,
                        .exitCode = endedSince_ ? exitCode_ : std::nullopt};
+    if (attentionSince_) {
+        entry.attentionSince = attentionSince_->sinceEpoch;
+        if (!notice_.empty())
+            entry.notice = notice_;
+    }
     (hadViewers_ ? entry.attachedSince : entry.detachedSince) = countChanged_.sinceEpoch;
     return entry;
 }

@@ -3,6 +3,7 @@
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
 #include "core/terminal/SpawnRequest.h"
+#include "sessions/NoticeReader.h"
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
@@ -14,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,13 +50,25 @@ public:
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
-    /// Returns why the peer of this connection may not join; absent if it may.
-    [[nodiscard]] std::optional<SessionRefusal> refusalOf(const Connection& connection) const;
+    /// Returns why no further viewer may join; absent if one may.
+    [[nodiscard]] std::optional<SessionRefusal> refusal() const;
 
-    /// Shows the session to a viewer: a replay first, then all further output. The size is that of
-    /// the viewer's window, absent if the viewer has not told it yet.
-    void attach(std::unique_ptr<Viewer> viewer, std::optional<PtyFrame::Size> size, SteadyTime now,
-                WallTime date);
+    /// Returns the process id of the program; absent once its terminal is closed.
+    [[nodiscard]] std::optional<std::uint32_t> process() const;
+
+    /// Returns the sessions in which this one is shown: those that its viewers run in.
+    [[nodiscard]] std::set<SessionNumber> shownIn() const;
+
+    /// What a viewer is admitted with.
+    struct Admission {
+        std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
+        std::optional<std::size_t> lines;   ///< of the first replay; absent: all that is kept
+        bool mayType = true;                ///< and decide the size, and answer queries
+        std::vector<SessionNumber> runsIn;  ///< the sessions that the viewer's process runs in
+    };
+
+    /// Shows the session to a viewer: a replay first, then all further output.
+    void attach(std::unique_ptr<Viewer> viewer, Admission admission, SteadyTime now, WallTime date);
 
     [[nodiscard]] std::size_t viewerCount() const { return seats_.size(); }
 
@@ -63,9 +77,16 @@ public:
 
     void writable(SteadyTime now) { update(now); }
 
-    void gone(PeerId peer, SteadyTime now);
+    void connectionLost(PeerId peer, SteadyTime now);
     void programReadable(SteadyTime now);
     void programEnded(std::int32_t waitStatus, SteadyTime now);
+
+    /// Types keys that come from no viewer. Returns false, and types none of them, while the
+    /// program has not read those of an earlier call.
+    [[nodiscard]] bool send(ByteView keys, SteadyTime now);
+
+    /// Makes every viewer leave, and tells windows that they were detached.
+    void detach(SteadyTime now);
 
     /// Begins to end the program and all that it has started: sends the first of `endSignals` now,
     /// and the next one every `endPatience` while anything still runs. Once all were sent, another
@@ -77,25 +98,26 @@ public:
     void timePasses(SteadyTime now);
 
     /// Returns the viewers that have left since the last call; their connections are closed.
-    [[nodiscard]] std::vector<PeerId> takeLeft() { return std::exchange(left_, {}); }
+    [[nodiscard]] std::vector<PeerId> takeDismissed() { return std::exchange(dismissed_, {}); }
 
     /// Returns when the session ended; absent while it runs.
     [[nodiscard]] std::optional<SteadyTime> endedSince() const { return endedSince_; }
 
     [[nodiscard]] SessionEntry entry() const;
 
-    /// Takes the date for `entry` if, since the last call, the first viewer came or the last left.
+    /// Takes the date for `entry` of what has happened since the last call: the first viewer came
+    /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
 
 private:
     /// A viewer, and what the session keeps for it.
     struct Seat {
         std::unique_ptr<Viewer> viewer;
-        std::optional<PtyFrame::Size> size; ///< of the viewer's window, once the viewer has told it
-        std::uint64_t activity = 0;         ///< greater than a viewer's that was active before
-        std::deque<ViewerInput> inputs;     ///< not done yet
-        std::size_t typed = 0;              ///< bytes of the first input that the program has got
-        bool isWaitedFor = true;            ///< the program waits if this viewer falls behind
+        Admission admission;
+        std::uint64_t activity = 0;     ///< greater than a viewer's that was active before
+        std::deque<ViewerInput> inputs; ///< not done yet
+        std::size_t typed = 0;          ///< bytes of the first input that the program has got
+        bool isWaitedFor = true;        ///< the program waits if this viewer falls behind
         std::optional<SteadyTime> blockedSince; ///< since when the program has waited for it
         bool isTold = false;                    ///< the viewer has been sent the exit code
     };
@@ -105,34 +127,45 @@ private:
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
     bool mustWait(SteadyTime now);
-    void obey(Seat& seat);
-    bool obey(Seat& seat, const ViewerInput& input);
+    void carryOut(Seat& seat);
+    bool carryOut(Seat& seat, const ViewerInput& input);
+    void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
+    void typeSent();
     void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
     void applySize();
     void finish(SteadyTime now);
     void signalToEnd(SteadyTime now);
-    void leave(const Viewer& viewer);
+    void dismiss(const Viewer& viewer);
     void sweep();
     [[nodiscard]] Seat* find(PeerId peer);
     [[nodiscard]] const Seat* leader() const;
+    void attend();
 
     Identity identity_;
     std::shared_ptr<Program> program_;
     PtyFrame::Size size_;
     OutputLog log_;
     std::vector<Seat> seats_;
-    std::vector<PeerId> leaving_;
-    std::vector<PeerId> left_;
+    std::vector<PeerId> toDismiss_;
+    std::vector<PeerId> dismissed_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
+    Bytes sent_;                  ///< keys from no viewer that the program has not got yet
+    std::size_t sentTyped_ = 0;   ///< bytes of these that it has got
     bool isInputFull_ = false;    ///< keys of a viewer wait for the program
     std::optional<int> exitCode_; ///< sent to viewers once the output is over
     std::optional<SteadyTime> drainUntil_;
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
+    NoticeReader noticeReader_;
+    bool isAttentionNew_ = false; ///< since the last date
+    std::optional<WallTime> attentionSince_;
+    std::string notice_;            ///< empty after bells alone
+    OutputLog::Position dated_ = 0; ///< the output's end at the last date
+    WallTime lastOutput_;
     WallTime countChanged_;   ///< when the first viewer came, or the last one left
     bool hadViewers_ = false; ///< at the last `noteDate`
     bool hadViewer_ = false;  ///< ever

@@ -9,7 +9,7 @@ namespace velmo {
 
 namespace {
 
-/// How much output is filtered at once. It may become many times as long: a reset has two bytes.
+/// How much output is filtered at once: a reset of two bytes becomes many times as long.
 constexpr std::size_t maxFiltered = std::size_t{1} << 14;
 
 /// Returns false for a frame that a client must not send.
@@ -90,8 +90,9 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(OutputLog& log, Surroundings surroundings) {
-    const OutputLog::Start start = log.replayStart(surroundings.size);
+void Viewer::replay(OutputLog& log, Surroundings surroundings,
+                    std::optional<std::size_t> lastLines) {
+    const OutputLog::Start start = log.replayStart(surroundings.size, lastLines);
     const std::string before = surroundings.before + start.sequences;
     afterReplay_ = std::move(surroundings.after);
     if (!before.empty())

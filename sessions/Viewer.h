@@ -7,6 +7,7 @@
 #include "core/terminal/ReplayFilter.h"
 #include "sessions/Connection.h"
 #include "sessions/OutputLog.h"
+#include "sessions/Program.h"
 
 #include <array>
 #include <cstddef>
@@ -84,9 +85,11 @@ public:
         std::optional<PtyFrame::Size> size; ///< of a terminal with its cursor at the top left then
     };
 
-    /// Starts a replay: the output is sent from the log's `replayStart` on, after the sequences
-    /// that show the screen as it was there. The terminal makes no focus reports at this point.
-    void replay(OutputLog& log, Surroundings surroundings);
+    /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on,
+    /// after the sequences that show the screen as it was there. The terminal makes no focus
+    /// reports at this point.
+    void replay(OutputLog& log, Surroundings surroundings,
+                std::optional<std::size_t> lastLines = {});
 
     enum class Progress {
         done,    ///< everything has been sent

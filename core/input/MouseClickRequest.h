@@ -9,7 +9,9 @@
 
 namespace velmo {
 
-/// A single or double click where the pointer is.
+/// A single or double click where the pointer is. Presses and releases of a phone's buttons are in
+/// `HeldButtons`, the click counts of presses in core/windows/ClickCounter.h, and a place for the
+/// pointer in core/probes/PointerTarget.h.
 struct MouseClickRequest {
     enum class Button { left, right, middle };
 

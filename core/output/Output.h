@@ -8,6 +8,8 @@
 #include <string_view>
 
 /// Prints records, and lists of records, as one line of JSON, as every program of the host does.
+/// What the programs' command lines say is read beside it: `ControlCommand` here, and
+/// core/support/Args.h.
 namespace velmo::Output {
 
 /// Writes a whole line, line feed included, in one write. For standard output this is

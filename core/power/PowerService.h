@@ -17,6 +17,9 @@ inline constexpr std::string_view powerDaemonPlistName = "io.velmo.host.power.pl
 /// The folder of what the daemon keeps on disk.
 inline constexpr std::string_view powerRecordDirectory = "/var/db/velmo";
 
+/// The file name of the record of a hold in force.
+inline constexpr std::string_view powerRecordName = "power-daemon.json";
+
 /// Returns the code-signing requirement for a client of the daemon: it is signed by the given team,
 /// under Apple's anchor, as the host application or its helper. Absent unless the
 /// team is a team identifier: 1 to 16 letters and digits.

@@ -7,7 +7,8 @@
 
 namespace velmo {
 
-/// Tells where the pointer is to be placed, in screen points.
+/// Tells where the pointer is to be placed, in screen points. Clicks there are in
+/// core/input/MouseClickRequest.h.
 struct PointerTarget {
     std::int64_t x = 0;
     std::int64_t y = 0;

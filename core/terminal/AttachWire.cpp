@@ -104,10 +104,13 @@ FrameView DecoderRules::view(std::uint8_t type, ByteView payload) {
     return {.type = static_cast<FrameType>(type), .payload = payload};
 }
 
-Frame DecoderRules::frame(const FrameView& view, Bytes payload) {
+std::expected<Frame, DecodeError> DecoderRules::frame(const FrameView& view, Bytes payload) {
     if (view.type == FrameType::data)
         return payload;
-    return ControlObject::parse(textOf(payload)).value(); // parsed once already, when judged
+    auto object = ControlObject::parse(textOf(view.payload));
+    if (!object)
+        return std::unexpected(DecodeError::badJSON);
+    return *std::move(object);
 }
 
 std::optional<Bytes> frame(FrameType type, ByteView payload) {

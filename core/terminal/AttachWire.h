@@ -75,7 +75,7 @@ struct DecoderRules {
     static std::optional<Error> faultOf(const FrameHeader& header);
     static std::optional<Error> faultOf(const FrameView& frame);
     static FrameView view(std::uint8_t type, ByteView payload);
-    static Frame frame(const FrameView& view, Bytes payload);
+    static std::expected<Frame, Error> frame(const FrameView& view, Bytes payload);
 };
 
 using Decoder = FrameDecoder<DecoderRules>;

@@ -32,8 +32,9 @@ namespace velmo {
 ///     static FrameView view(std::uint8_t type, ByteView payload);
 ///     /// Returns the fault of a payload, if it has one; its header has passed.
 ///     static std::optional<Error> faultOf(const FrameView& frame);
-///     /// Returns a sound frame that keeps `payload`, which has the bytes of the view.
-///     static Frame frame(const FrameView& view, Bytes payload);
+///     /// Returns a frame that keeps `payload`, which has the bytes of the view, or its fault; its
+///     /// header has passed.
+///     static std::expected<Frame, Error> frame(const FrameView& view, Bytes payload);
 template<class Rules>
 class FrameDecoder {
 public:
@@ -57,16 +58,20 @@ public:
     template<std::invocable<const FrameView&> Use>
     [[nodiscard]] std::expected<void, Error> feed(ByteView input, Use&& use);
 
-    /// Does the same, and returns the frames, which own their payloads.
+    /// Does the same, and returns the frames, which own their payloads. `Rules::frame` reads each
+    /// payload once.
     [[nodiscard]] std::expected<std::vector<Frame>, Error> feed(ByteView input);
 
     /// Returns the number of bytes received that are not yet part of a frame; 0 after an error.
     [[nodiscard]] std::size_t buffered() const { return headBytes_ + payload_.size(); }
 
 private:
-    /// Takes the rest of the frame that has begun from the input, and judges the frame. Returns
+    /// Takes the rest of the frame that has begun from the input, and judges the header. Returns
     /// false if the input ends before the frame does.
     std::expected<bool, Error> complete(ByteView& input);
+
+    /// Does the same, and moves the frame that it completes to the frames.
+    std::expected<bool, Error> completeFrame(ByteView& input, std::vector<Frame>& frames);
 
     /// Takes the rest of the header from the input. Returns nothing until the header is whole.
     std::optional<FrameHeader> completeHeader(ByteView& input);
@@ -77,6 +82,14 @@ private:
     /// Returns the bytes of all whole frames that the input begins with, once it has judged them
     /// and the header behind them, if that is whole.
     static std::expected<ByteView, Error> judge(ByteView input);
+
+    /// Moves the whole frames that the input begins with from the input to the frames, and judges
+    /// the header behind them, if that is whole.
+    static std::expected<void, Error> takeFrames(ByteView& input, std::vector<Frame>& frames);
+
+    /// Keeps the input, which is the beginning of a frame. The header has been judged if it is
+    /// whole.
+    void keepBeginning(ByteView input);
 
     std::unexpected<Error> fail(Error error);
 
@@ -89,15 +102,20 @@ private:
 
 template<class Rules>
 auto FrameDecoder<Rules>::feed(ByteView input) -> std::expected<std::vector<Frame>, Error> {
+    if (failed_)
+        return std::unexpected(*failed_);
+
     std::vector<Frame> frames;
-    const auto fed = feed(input, [&](const FrameView& view) {
-        const bool isCollected = view.payload.data() == payload_.data();
-        frames.push_back(Rules::frame(view, isCollected
-                                                ? std::exchange(payload_, {})
-                                                : Bytes(view.payload.begin(), view.payload.end())));
-    });
-    if (!fed)
-        return std::unexpected(fed.error());
+    if (headBytes_ > 0) {
+        const auto whole = completeFrame(input, frames);
+        if (!whole)
+            return fail(whole.error());
+        if (!*whole)
+            return frames;
+    }
+    if (const auto taken = takeFrames(input, frames); !taken)
+        return fail(taken.error());
+    keepBeginning(input);
     return frames;
 }
 
@@ -114,6 +132,8 @@ auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void,
             return fail(whole.error());
         if (!*whole)
             return {};
+        if (const auto fault = Rules::faultOf(Rules::view(head_.front(), payload_)))
+            return fail(*fault);
     }
     const auto judged = judge(input);
     if (!judged)
@@ -132,9 +152,7 @@ auto FrameDecoder<Rules>::feed(ByteView input, Use&& use) -> std::expected<void,
         use(Rules::view(type, afterHeader.first(length)));
         frames = afterHeader.subspan(length);
     }
-    // The rest is the beginning of a frame. `judge` has seen its header if that is whole.
-    if (const auto header = completeHeader(input))
-        completePayload(header->length, input);
+    keepBeginning(input);
     return {};
 }
 
@@ -168,11 +186,50 @@ auto FrameDecoder<Rules>::complete(ByteView& input) -> std::expected<bool, Error
         return false;
     if (const auto fault = Rules::faultOf(*header))
         return std::unexpected(*fault);
-    if (!completePayload(header->length, input))
-        return false;
-    if (const auto fault = Rules::faultOf(Rules::view(header->type, payload_)))
-        return std::unexpected(*fault);
+    return completePayload(header->length, input);
+}
+
+template<class Rules>
+auto FrameDecoder<Rules>::completeFrame(ByteView& input, std::vector<Frame>& frames)
+    -> std::expected<bool, Error> {
+    const auto whole = complete(input);
+    if (!whole || !*whole)
+        return whole;
+    Bytes payload = std::exchange(payload_, {});
+    const FrameView view = Rules::view(head_.front(), payload);
+    auto frame = Rules::frame(view, std::move(payload)); // which moves no byte of the view
+    if (!frame)
+        return std::unexpected(frame.error());
+    frames.push_back(*std::move(frame));
+    headBytes_ = 0;
     return true;
+}
+
+template<class Rules>
+auto FrameDecoder<Rules>::takeFrames(ByteView& input, std::vector<Frame>& frames)
+    -> std::expected<void, Error> {
+    while (input.size() >= FrameHeader::bytes) {
+        const auto header = FrameHeader::read(input);
+        if (const auto fault = Rules::faultOf(header))
+            return std::unexpected(*fault);
+        const ByteView afterHeader = input.subspan(FrameHeader::bytes);
+        if (afterHeader.size() < header.length)
+            break;
+        const ByteView payload = afterHeader.first(header.length);
+        auto frame =
+            Rules::frame(Rules::view(header.type, payload), Bytes(payload.begin(), payload.end()));
+        if (!frame)
+            return std::unexpected(frame.error());
+        frames.push_back(*std::move(frame));
+        input = afterHeader.subspan(header.length);
+    }
+    return {};
+}
+
+template<class Rules>
+void FrameDecoder<Rules>::keepBeginning(ByteView input) {
+    if (const auto header = completeHeader(input))
+        completePayload(header->length, input);
 }
 
 template<class Rules>

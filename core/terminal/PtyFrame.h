@@ -97,8 +97,10 @@ struct DecoderRules {
         return {.kind = static_cast<Kind>(type), .payload = payload};
     }
 
-    static Frame frame(const FrameView& view, Bytes payload) {
-        return {.kind = view.kind, .payload = std::move(payload)};
+    static std::expected<Frame, Error> frame(const FrameView& view, Bytes payload) {
+        if (const auto fault = faultOf(view))
+            return std::unexpected(*fault);
+        return Frame{.kind = view.kind, .payload = std::move(payload)};
     }
 };
 

@@ -58,7 +58,7 @@ void SequenceReader::read(ByteView bytes, const Sink& sink) {
             if (bytes.empty())
                 return;
         }
-        take(bytes.front(), sink);
+        consume(bytes.front(), sink);
         bytes = bytes.subspan(1);
     }
 }
@@ -66,7 +66,7 @@ void SequenceReader::read(ByteView bytes, const Sink& sink) {
 void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
     while (!bytes.empty()) {
         if (state_ == State::character) {
-            take(bytes.front(), [](const Sequence& /*text*/) {});
+            consume(bytes.front(), [](const Sequence& /*text*/) {});
             bytes = bytes.subspan(1);
             continue;
         }
@@ -79,7 +79,7 @@ void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
             bytes = bytes.subspan(
                 static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data()));
         }
-        take(bytes.front(), sink);
+        consume(bytes.front(), sink);
         bytes = bytes.subspan(1);
     }
 }
@@ -99,7 +99,7 @@ void SequenceReader::noticeCutCharacter(ByteView text) {
     }
 }
 
-void SequenceReader::take(std::uint8_t byte, const Sink& sink) {
+void SequenceReader::consume(std::uint8_t byte, const Sink& sink) {
     switch (state_) {
     case State::ground:
         takeInGround(byte, sink);
@@ -162,7 +162,7 @@ void SequenceReader::takeInCharacter(std::uint8_t byte, const Sink& sink) {
     if (!isContinuation(byte)) {
         begin(State::ground);
         sink({.kind = Kind::text, .text = replacement});
-        take(byte, sink);
+        consume(byte, sink);
         return;
     }
     collect(byte);
@@ -184,7 +184,7 @@ bool SequenceReader::takenOutside(std::uint8_t byte, const Sink& sink) {
     if (byte <= erase)
         return false;
     begin(State::ground);
-    take(byte, sink);
+    consume(byte, sink);
     return true;
 }
 

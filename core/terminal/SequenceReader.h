@@ -49,7 +49,7 @@ public:
 private:
     enum class State : std::uint8_t { ground, character, escape, csi, osc, oscEscape, string };
 
-    void take(std::uint8_t byte, const Sink& sink);
+    void consume(std::uint8_t byte, const Sink& sink);
     void takeInGround(std::uint8_t byte, const Sink& sink);
     void takeInCharacter(std::uint8_t byte, const Sink& sink);
     void takeInEscape(std::uint8_t byte, const Sink& sink);

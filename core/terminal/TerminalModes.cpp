@@ -112,8 +112,8 @@ void TerminalModes::setKeyboard(const Csi& csi) {
     }
 }
 
-/// Obeys CSI > number ; value m. Without a value the terminal uses its own again, and for every
-/// number if there is none either.
+/// Obeys CSI > number ; value m. Without a value the terminal uses its own again; without
+/// a number too, the terminal does so for every number.
 void TerminalModes::setKeyModifiers(const Csi& csi) {
     std::string_view value = csi.parameters;
     ControlSequence::takeField(value, ';');
@@ -173,14 +173,6 @@ void TerminalModes::softReset() {
     state_.region.clear();
 }
 
-std::string TerminalModes::alternateScreen() const {
-    for (const std::int32_t number : alternateScreens) {
-        if (state_.unusual[indexOf(number)])
-            return std::string(csiStart) + "?" + std::to_string(number) + "h";
-    }
-    return "";
-}
-
 std::string TerminalModes::sequences() const {
     std::string text;
     const auto csi = [&](const auto&... parts) {
@@ -202,8 +194,6 @@ std::string TerminalModes::sequences() const {
         csi(">", std::to_string(number), ";", value, "m");
     for (const auto& [what, colour] : state_.colours)
         text.append(esc).append("]").append(what).append(";").append(colour).append(stringEnd);
-    if (!state_.charset.empty())
-        text.append(esc).append(state_.charset);
     if (!state_.cursorStyle.empty())
         csi(state_.cursorStyle);
     if (!state_.folder.empty())

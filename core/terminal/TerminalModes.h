@@ -31,16 +31,14 @@ public:
 
     /// Returns the sequences that bring a terminal from its state after a reset to this state; ""
     /// if the two are the same. Modes that a terminal may answer are left out, and so is what moves
-    /// the cursor: the alternate screen, the scrolling region, and the origin of rows there.
+    /// the cursor or changes what is written: the alternate screen, the scrolling region, the
+    /// origin of rows there, and the character set.
     [[nodiscard]] std::string sequences() const;
 
-    /// Returns the sequences that make a terminal show its alternate screen; "" on the main one.
-    [[nodiscard]] std::string alternateScreen() const;
-
     /// Returns the sequences that bring a terminal from this state back to its state after a reset.
-    /// They leave the title alone, and what `PtyAttach::reset` sets in any case: the attributes,
-    /// the keypad and the last of the keyboard enhancements. The cursor stays where it is on the
-    /// main screen, or goes to the last line where that is not possible.
+    /// The sequences leave the title alone, and what `PtyAttach::reset` sets in any case: the
+    /// attributes, the keypad and the last of the keyboard enhancements. The cursor stays where it
+    /// is on the main screen, or goes to the last line where that is not possible.
     [[nodiscard]] std::string undo() const;
 
     /// Returns whether the program has asked for focus reports.

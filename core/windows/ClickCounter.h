@@ -8,6 +8,8 @@
 namespace velmo {
 
 /// Counts presses of a mouse button that follow each other closely: single, double, triple click.
+/// The requests to click and to move the pointer are in core/input/MouseClickRequest.h and
+/// core/probes/PointerTarget.h.
 struct ClickCounter {
     struct Press {
         bool right = false; ///< the right button, not the left one

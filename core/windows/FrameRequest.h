@@ -44,9 +44,7 @@ struct FrameRequest {
     }
 
     /// Returns the application as `ArrangePolicy::identityMatches` wants it.
-    [[nodiscard]] AppTarget target() const {
-        return {.pid = pid, .appId = appId, .started = started};
-    }
+    [[nodiscard]] AppTarget target() const { return window().target(); }
 
     static constexpr auto fields = std::tuple_cat(
         targetFields<FrameRequest>(),

@@ -48,6 +48,8 @@ int attach(const std::vector<std::string>& words, PtyAttach::FileSystem& files) 
 
 int main() {
     PtyAttach::HostFileSystem files;
+    if (const auto above = files.userTempDir())
+        fs::create_directories(*above); // which is not there yet on a new Linux
     const auto folder = PtyAttach::expectedFolder(files);
     if (!folder) {
         std::cerr << "the system gives this user no folder of their own for such files\n";

@@ -2,9 +2,8 @@
 # at hand, the one that wants a Mac gets one.
 cmake_minimum_required(VERSION 3.25)
 file(MAKE_DIRECTORY temporary)
-file(CHMOD temporary PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
 set(ENV{TMPDIR} ${CMAKE_CURRENT_BINARY_DIR}/temporary)
-set(ENV{XDG_RUNTIME_DIR} ${CMAKE_CURRENT_BINARY_DIR}/temporary)
+set(ENV{HOME} ${CMAKE_CURRENT_BINARY_DIR}/temporary)
 set(started "")
 if("mac" IN_LIST WORDS AND PROGRAMS)
     file(REMOVE_RECURSE mac)

@@ -2,7 +2,7 @@
 /// the daemon. The hold ends with the connection. To end it earlier a program calls
 /// releaseWithReply:, but only while it has the hold, since the call ends any client's hold.
 
-#import "platform/xpc/VelmoPowerProtocol.h"
+#import "platform/xpc/ObjcPowerProtocol.h"
 
 #include <dispatch/dispatch.h>
 #include <stdio.h>

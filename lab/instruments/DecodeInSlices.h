@@ -35,7 +35,8 @@ public:
     std::expected<std::vector<Frame>, Error> feed(ByteView input) {
         std::vector<Frame> frames;
         const auto fed = decoder_.feed(input, [&](const typename Rules::FrameView& view) {
-            frames.push_back(Rules::frame(view, Bytes(view.payload.begin(), view.payload.end())));
+            frames.push_back(
+                Rules::frame(view, Bytes(view.payload.begin(), view.payload.end())).value());
         });
         if (!fed && frames.empty())
             return std::unexpected(fed.error());

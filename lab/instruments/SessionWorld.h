@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmo {
@@ -19,7 +20,9 @@ namespace velmo {
 /// to it.
 class FakeProgram final : public Program {
 public:
-    [[nodiscard]] std::uint32_t pid() const override { return 4711; }
+    explicit FakeProgram(std::uint32_t process) : process_(process) {}
+
+    [[nodiscard]] std::uint32_t pid() const override { return process_; }
 
     [[nodiscard]] Output read(std::span<std::uint8_t> room) override {
         const std::size_t count = std::min({room.size(), output.size(), mostAtOnce});
@@ -61,6 +64,9 @@ public:
     bool hasProcesses = true;          ///< in its session
     bool watchesOutput = false;
     bool watchesInput = false;
+
+private:
+    std::uint32_t process_;
 };
 
 /// A peer, as the host sees it.
@@ -84,13 +90,13 @@ public:
         watchesRoom = writable;
     }
 
-    [[nodiscard]] std::optional<std::uint32_t> leader() const override { return sessionLeader; }
+    [[nodiscard]] std::vector<std::uint32_t> ancestry() const override { return ancestors; }
 
     void close() override { isClosed = true; }
 
-    std::string received;        ///< by the peer
-    std::size_t room = SIZE_MAX; ///< bytes that the peer still takes
-    std::optional<std::uint32_t> sessionLeader;
+    std::string received;                 ///< by the peer
+    std::size_t room = SIZE_MAX;          ///< bytes that the peer still takes
+    std::vector<std::uint32_t> ancestors; ///< process ids
     bool isGone = false;
     bool isClosed = false;
     bool watchesInput = false;
@@ -108,13 +114,20 @@ public:
             return nullptr;
         lastRequest = request;
         lastEnvironment = environment;
-        return programs[session] = std::make_shared<FakeProgram>();
+        const auto process = static_cast<std::uint32_t>(4710 + std::to_underlying(session));
+        return programs[session] = std::make_shared<FakeProgram>(process);
     }
 
     [[nodiscard]] std::string folder() const override { return "/private"; }
 
     [[nodiscard]] bool write(const std::string& name, std::string_view content) override {
         return !diskIsFull && files.emplace(name, content).second;
+    }
+
+    [[nodiscard]] bool link(const std::string& name, const std::string& target) override {
+        if (!diskIsFull)
+            files[name] = target;
+        return !diskIsFull;
     }
 
     void remove(const std::string& name) override { files.erase(name); }
@@ -155,7 +168,7 @@ public:
         const PeerId peer = connect(Door::control);
         receive(peer, encodeJson(call).value() + "\n");
         const std::string reply = peers[peer]->received;
-        host.gone(peer);
+        host.connectionLost(peer);
         return decodeRecord<SessionReplyLine>(reply).value_or(SessionReplyLine{});
     }
 
@@ -207,7 +220,7 @@ public:
     bool diskIsFull = false;
     std::map<SessionNumber, std::shared_ptr<FakeProgram>> programs;
     std::map<PeerId, std::shared_ptr<FakeConnection>> peers;
-    std::map<std::string, std::string> files; ///< tickets, by name
+    std::map<std::string, std::string> files; ///< tickets, and targets of links, by name
     SpawnRequest lastRequest;
     Pty::Environment lastEnvironment;
     std::uint64_t lastPeer = 0;

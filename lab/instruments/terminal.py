@@ -7,11 +7,19 @@ import pty
 import select
 import signal
 import struct
+import sys
 import termios
 import time
 
 PATIENCE = 120  # seconds: far beyond what anything here needs
 KEPT = 65536  # bytes of what a program has shown
+
+
+def session_program(bin_folder):
+    """The velmo-session of a build that keeps its private folder below HOME: on a Mac not the one that
+    ships, which would reach the sessions of whoever runs this."""
+    name = "velmo-session-under-test" if sys.platform == "darwin" else "velmo-session"
+    return os.path.join(os.path.abspath(bin_folder), name)
 
 
 def until(condition, what, pause=0.02):

@@ -37,17 +37,20 @@ public:
     explicit Play(const fs::path& folder)
         : programs_(ownExecutable().parent_path()),
           mac_(folder / "mac"),
-          idleMac_(folder / "idle") {
-        if (!mac_.create(programs_ / "simulated-pmset")
-            || !idleMac_.create(programs_ / "simulated-pmset"))
-            throw std::runtime_error("can't write into " + folder.string());
+          idleMac_(folder / "idle"),
+          shutMac_(folder / "shut") {
+        for (const MacFolder* mac : {&mac_, &idleMac_, &shutMac_})
+            if (!mac->create(programs_ / "simulated-pmset"))
+                throw std::runtime_error("can't write into " + folder.string());
     }
 
     void run() {
         daemonHasNothingToDo();
+        holdEndsWithTheLidShut();
         holdAndHeartbeat();
         secondClientRides();
-        lidIsShutAndBatteryFallsBelowTheFloor();
+        batteryFallsBelowTheFloor();
+        otherMacSleepsInItsBag();
         daemonIsKilledAndRecovers();
         clientIsKilled();
         clientReleases();
@@ -65,31 +68,37 @@ private:
             [margin](const std::string& line) { say(margin + line); });
     }
 
-    void startDaemon() { daemon_ = startDaemon(mac_); }
+    void startDaemon() { daemon_ = startDaemon(mac_, "  | "); }
 
-    Process startDaemon(const MacFolder& mac) {
+    Process startDaemon(const MacFolder& mac, const std::string& margin) {
         const auto socket = mac.socket(powerDaemonMachService);
         fs::remove(socket);
         const std::string folder = mac.root().string();
-        auto daemon = start("VelmoPowerDaemonSimulated", {folder}, "  | ");
+        auto daemon = start("VelmoPowerDaemonSimulated", {folder}, margin);
         for (int i = 0; i < 2000 && !fs::exists(socket); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         require(fs::exists(socket), "the daemon listens");
         return daemon;
     }
 
-    Process startClient() {
-        const std::string folder = mac_.root().string();
+    Process startClient() { return startClient(mac_); }
+
+    Process startClient(const MacFolder& mac) {
+        const std::string folder = mac.root().string();
         return start("velmo-power", {"--mac", folder, "hold", "--floor", "30"},
                      "  > velmo-power: ");
     }
 
-    void change(const std::function<void(SimulatedMac&)>& change) {
-        require(mac_.update(change), "the machine file is changed");
+    void change(const std::function<void(SimulatedMac&)>& change) { changeOn(mac_, change); }
+
+    static void changeOn(const MacFolder& mac, const std::function<void(SimulatedMac&)>& change) {
+        require(mac.update(change), "the machine file is changed");
     }
 
-    void expectLog(const std::string& text) {
-        require(daemon_->waitForLine(text), "the daemon's log says: " + text);
+    void expectLog(const std::string& text) { expectLog(daemon_, text); }
+
+    static void expectLog(const Process& daemon, const std::string& text) {
+        require(daemon->waitForLine(text), "the daemon's log says: " + text);
     }
 
     void expectHeld(bool held) { expectHeld(mac_, held); }
@@ -106,12 +115,24 @@ private:
         require(client->waitForLine("holding"), "the client holds");
     }
 
-    /// The daemon ticks every 5 seconds; the play goes on meanwhile.
+    /// The daemons tick every 5 seconds. What a tick does on the other Macs is looked at later, so
+    /// that one wait serves all three.
     void daemonHasNothingToDo() {
         say("On another Mac a daemon starts and has nothing to do, and a minute passes there.");
-        idleDaemon_ = startDaemon(idleMac_);
-        require(idleMac_.update([](SimulatedMac& mac) { mac.elapsed += 61; }),
-                "the machine file is changed");
+        idleDaemon_ = startDaemon(idleMac_, "  second Mac | ");
+        changeOn(idleMac_, [](SimulatedMac& mac) { mac.elapsed += 61; });
+    }
+
+    void holdEndsWithTheLidShut() {
+        say("On a third Mac a client holds, the lid is shut, the hold ends, and half a minute "
+            "passes.");
+        shutDaemon_ = startDaemon(shutMac_, "  third Mac | ");
+        client_ = startClient(shutMac_);
+        expectHold(client_);
+        changeOn(shutMac_, [](SimulatedMac& mac) { mac.lid = Lid::shut; });
+        client_->signal(SIGINT);
+        require(client_->waitForEnd() == 0, "the client ends with status 0");
+        changeOn(shutMac_, [](SimulatedMac& mac) { mac.elapsed += 30; });
     }
 
     void holdAndHeartbeat() {
@@ -157,7 +178,7 @@ private:
         expectHeld(true);
     }
 
-    void lidIsShutAndBatteryFallsBelowTheFloor() {
+    void batteryFallsBelowTheFloor() {
         say("The lid is shut, and the Mac stays awake. pmset takes 100 ms to take effect from now "
             "on.");
         change([](SimulatedMac& mac) {
@@ -179,18 +200,20 @@ private:
         const std::string folder = mac_.root().string();
         const auto status = start("velmo-power", {"--mac", folder}, "  > ");
         require(status->waitForLine("the battery fell below the floor"), "the status says why");
-        say("Nobody holds, and half a minute passes on the Mac.");
-        change([](SimulatedMac& mac) { mac.elapsed += 30; });
-        expectLog("asking the Mac to sleep: its lid is shut");
-        for (int i = 0; i < 2000 && !mac_.load()->asleep; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        require(mac_.load()->asleep, "the Mac is asleep in its bag");
         say("The lid is opened.");
         change([](SimulatedMac& mac) {
             mac.lid = Lid::open;
-            mac.asleep = false;
             mac.faults.lateness = 0;
         });
+    }
+
+    void otherMacSleepsInItsBag() {
+        say("And the third Mac, whose hold ended with the lid shut?");
+        expectLog(shutDaemon_, "asking the Mac to sleep: its lid is shut");
+        for (int i = 0; i < 2000 && !shutMac_.load()->asleep; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        require(shutMac_.load()->asleep, "the Mac is asleep in its bag");
+        expectHeld(shutMac_, false);
     }
 
     void daemonIsKilledAndRecovers() {
@@ -240,7 +263,7 @@ private:
     }
 
     void daemonExitsWhenIdle() {
-        say("And the daemon of the other Mac, where nobody has asked for anything?");
+        say("And the daemon of the second Mac, where nobody has asked for anything?");
         require(idleDaemon_->waitForEnd() == 0, "the daemon has ended by itself with status 0");
         expectHeld(idleMac_, false);
     }
@@ -248,10 +271,12 @@ private:
     fs::path programs_;
     MacFolder mac_;
     MacFolder idleMac_;
+    MacFolder shutMac_;
     asio::io_context context_;
     std::shared_ptr<SocketClient> host_;
     Process daemon_;
     Process idleDaemon_;
+    Process shutDaemon_;
     Process client_;
 };
 

@@ -38,8 +38,7 @@ public:
         fs::create_directory(home_);
         std::ofstream(home_ / ".bash_profile")
             << "PS1='ready> '\nbind 'set enable-bracketed-paste off'\n";
-        ::setenv("XDG_RUNTIME_DIR", folder_.path().c_str(), 1); // of programs without a window
-        ::setenv("HOME", home_.c_str(), 1);
+        ::setenv("HOME", home_.c_str(), 1); // of programs without a window
     }
 
     void run() {
@@ -61,10 +60,8 @@ private:
     [[nodiscard]] Window open(std::vector<std::string> words,
                               PtyFrame::Size size = {.cols = 80, .rows = 24}) const {
         words.insert(words.begin(), program_);
-        const Pty::Environment environment{{"XDG_RUNTIME_DIR", folder_.path().string()},
-                                           {"HOME", home_.string()},
-                                           {"PATH", "/usr/bin:/bin"},
-                                           {"SHELL", "/bin/bash"}};
+        const Pty::Environment environment{
+            {"HOME", home_.string()}, {"PATH", "/usr/bin:/bin"}, {"SHELL", "/bin/bash"}};
         return std::make_unique<TerminalWindow>(words, environment, size);
     }
 
@@ -218,7 +215,7 @@ private:
 
     TemporaryFolder folder_;
     fs::path home_ = folder_.path() / "home";
-    std::string program_ = (ownExecutable().parent_path() / "velmo-session").string();
+    std::string program_ = (ownExecutable().parent_path() / VELMO_SESSION).string();
     std::unique_ptr<WatchedProcess> host_;
     Window first_;
     Window second_;

@@ -4,7 +4,7 @@
 # writes down every call in $MAC_TOOLS/calls, one a line. $REAL_PATH leads to the real tools.
 #
 #     root/       the file system, for DESTDIR
-#     sleep       the sleep setting, 0 or 1
+#     sleep       the sleep setting, 0 or 1; absent until pmset is first told to change it
 #     job         process id of the daemon that launchd has loaded; "-" once it has ended by itself
 #     started     when that was, on the clock
 #     disabled    launchd may not load the daemon
@@ -35,6 +35,7 @@ fi
 label=io.velmo.host.power
 log=$mac/root/var/log/$label.log
 record=$mac/root/var/db/velmo/power-daemon.json
+sleep_setting() { cat "$mac/sleep" 2>/dev/null || echo 0; }
 last() { for word in "$@"; do :; done && echo "$word"; }
 fact() { while read -r line; do case $line in "# $1="*) echo "${line#*=}" ;; esac; done <"$2"; }
 say() { echo "VelmoPowerDaemon: $1" >>"$log"; }
@@ -97,8 +98,10 @@ play_pmset() {
     if [ -e "$mac/holder" ] && ! kill -0 "$(cat "$mac/holder")" 2>/dev/null; then end_hold "client gone"; fi
     case "$*" in
     -g)
-        printf 'System-wide power settings:\n SleepDisabled\t\t%s\nCurrently in use:\n sleep 1\n' \
-            "$(cat "$mac/sleep")"
+        # A setting that was never changed has no line (show_system_power_settings in pmset.c).
+        echo 'System-wide power settings:'
+        [ ! -e "$mac/sleep" ] || printf ' SleepDisabled\t\t%s\n' "$(sleep_setting)"
+        printf 'Currently in use:\n sleep 1\n'
         ;;
     "-a disablesleep "[01]) [ -n "${DEAF:-}" ] || echo "$3" >"$mac/sleep" ;;
     *) exit 64 ;;
@@ -141,10 +144,10 @@ play_ioreg() {
     read -r says <"$mac/property"
     read -r readings <"$mac/readings"
     readings=$((readings + 1))
-    if [ "$says" = "$(cat "$mac/sleep")" ]; then
+    if [ "$says" = "$(sleep_setting)" ]; then
         readings=0
     elif [ "$readings" -gt "${LATE:-0}" ]; then
-        cat "$mac/sleep" >"$mac/property"
+        sleep_setting >"$mac/property"
         readings=0
     fi
     echo "$readings" >"$mac/readings"

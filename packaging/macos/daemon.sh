@@ -83,11 +83,11 @@ stop_daemon() {
     done
 }
 
-# Prints 1 or 0; fails if pmset fails or does not print the setting.
+# Prints 1 or 0; fails if pmset fails. A setting that was never changed has no line, and means 0.
 sleep_disabled() {
     settings=$(pmset -g) || return 1
-    echo "$settings" | awk '$1 == "SleepDisabled" && NF > 1 { print $2 == "1" ? 1 : 0; said = 1; exit }
-        END { exit !said }'
+    echo "$settings" | awk '$1 == "SleepDisabled" && NF > 1 { disabled = $2 == "1"; exit }
+        END { print disabled + 0 }'
 }
 
 # Looks more than once, because the power service follows pmset late.

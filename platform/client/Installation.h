@@ -18,14 +18,16 @@ struct Installation {
         bool isSafe = false; ///< no link, owned by root or the daemon's user, others can't write
     };
 
+    std::string simulatedMac{};        ///< its folder; empty for a real Mac
     std::optional<Place> daemon;       ///< the executable
     std::optional<Place> propertyList; ///< launchd's
     std::optional<bool> isEnabled;     ///< launchd may start it
-    std::optional<bool> isLoaded;      ///< launchd knows it; on a simulated Mac, its socket exists
+    std::optional<bool> isLoaded;      ///< launchd knows it
     /// Why the daemon's signature does not satisfy the requirement that clients make; empty if it
     /// does. Absent on a simulated Mac, and if the executable is missing.
     std::optional<std::string> signatureFault;
     std::optional<Place> recordFolder;
+    std::optional<bool> hasRecord;   ///< the record of a hold is on disk; absent without permission
     std::vector<std::string> logEnd; ///< the last lines of the log
     std::string logPath;
 };

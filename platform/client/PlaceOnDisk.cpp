@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <sstream>
 
 namespace velmo {
@@ -30,6 +31,13 @@ Installation::Place placeOnDisk(const std::string& path, uid_t owner) {
     place.isSafe =
         !place.isLink && !isOthers && (status.st_uid == owner || status.st_uid == rootUser);
     return place;
+}
+
+std::optional<bool> isOnDisk(const std::string& path) {
+    struct stat status{};
+    if (::lstat(path.c_str(), &status) == 0)
+        return true;
+    return errno == ENOENT || errno == ENOTDIR ? std::optional(false) : std::nullopt;
 }
 
 std::vector<std::string> lastLines(const std::string& path, std::size_t count) {

@@ -1,7 +1,5 @@
 #include "platform/host/PtyAttachHostFileSystem.h"
 
-#include "core/support/PathText.h"
-#include "platform/host/PtyHostFileSystem.h"
 #include "platform/posix/DiskPath.h"
 #include "platform/posix/Io.h"
 
@@ -12,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 
 #ifndef __APPLE__
 #    include <filesystem>
@@ -31,22 +28,6 @@ FileInfo::Kind kindOf(mode_t mode) {
     return S_ISLNK(mode) ? FileInfo::Kind::symlink : FileInfo::Kind::other;
 }
 
-#ifndef __APPLE__
-
-/// Tells whether the folder is the user's and closed to all others.
-bool isOwnFolder(const std::string& path) {
-    const auto status = DiskPath::status(path);
-    return status && S_ISDIR(status->st_mode) && status->st_uid == ::getuid()
-           && (status->st_mode & 077) == 0;
-}
-
-Pty::Environment environmentHome() {
-    const char* const home = std::getenv("HOME");
-    return home == nullptr ? Pty::Environment() : Pty::Environment{{"HOME", home}};
-}
-
-#endif
-
 std::expected<int, OpenError> openAt(int directory, std::string_view name, int flags) {
     if (name.contains('\0'))
         return std::unexpected(OpenError{EINVAL});
@@ -62,28 +43,6 @@ std::expected<int, OpenError> openAt(int directory, std::string_view name, int f
 
 std::uint32_t HostFileSystem::uid() {
     return ::getuid();
-}
-
-std::optional<std::string> HostFileSystem::userTempDir() {
-#ifdef __APPLE__
-    std::array<char, PATH_MAX> path{};
-    const std::size_t length = ::confstr(_CS_DARWIN_USER_TEMP_DIR, path.data(), path.size());
-    if (length == 0 || length > path.size())
-        return std::nullopt;
-    return path.data();
-#else
-    // TMPDIR would not do, because users share the folder that it names. A process without
-    // XDG_RUNTIME_DIR, such as a job of cron's, uses the folder that the user's log-ins have.
-    const char* const named = std::getenv("XDG_RUNTIME_DIR");
-    const std::string usual = "/run/user/" + std::to_string(::getuid());
-    for (const std::string& folder : {std::string(named == nullptr ? "" : named), usual}) {
-        if (isOwnFolder(folder))
-            return folder;
-    }
-    return Pty::HostFileSystem().home(environmentHome()).transform([](const std::string& home) {
-        return PathText::join(home, ".velmo");
-    });
-#endif
 }
 
 std::optional<std::string> HostFileSystem::realpath(std::string_view path) {

@@ -5,9 +5,8 @@
 namespace velmo::PtyAttach {
 
 /// Does the ticket reader's file operations on the real system. The temporary folder that is the
-/// user's alone comes from confstr(_CS_DARWIN_USER_TEMP_DIR); on systems without that call it is
-/// the one that XDG_RUNTIME_DIR names, else /run/user/UID, and ".velmo" in the home folder if
-/// neither belongs to the user alone.
+/// user's alone comes from confstr(_CS_DARWIN_USER_TEMP_DIR). Systems without that call have
+/// ".velmo" in the home folder that HOME names, or else the user database; it may not exist yet.
 class HostFileSystem : public FileSystem {
 public:
     [[nodiscard]] std::uint32_t uid() override;

@@ -2,6 +2,7 @@
 
 #include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
+#include "platform/posix/SignalSender.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,15 +17,9 @@ namespace {
 /// The descriptor that the handler writes to. A handler can learn it only from a global.
 volatile std::sig_atomic_t handlersEnd = -1;
 
-/// Tells whether a process has sent the signal. For the terminal's signals Linux sets SI_KERNEL or
-/// nothing. Darwin shows only by the process id that there is a sender.
-bool isFromProcess(const siginfo_t& info) {
-    return info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_pid != 0;
-}
-
 void handle(int signal, siginfo_t* info, void* /*context*/) {
     const int error = errno;
-    const SignalPipe::News news{.signal = signal, .fromProcess = isFromProcess(*info)};
+    const SignalPipe::News news{.signal = signal, .fromTerminal = isFromTerminal(*info)};
     // A full pipe drops the signal: thousands of others wait in it already.
     static_cast<void>(::write(handlersEnd, &news, sizeof news) == sizeof news);
     errno = error;

@@ -13,9 +13,9 @@ class SignalPipe {
 public:
     struct News {
         int signal = 0;
-        /// True if a process has sent the signal, as far as we know to this process alone. False
-        /// for a signal of the terminal, which its whole foreground group gets.
-        bool fromProcess = false;
+        /// True for a signal of the terminal, which its whole foreground group gets. False if a
+        /// process has sent the signal, as far as we know to this process alone.
+        bool fromTerminal = false;
     };
 
     /// Takes these signals over. The destructor gives them their default effect again.

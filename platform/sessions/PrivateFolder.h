@@ -20,23 +20,32 @@ public:
     static constexpr const char* lockFile = "host.lock";
     static constexpr const char* logFile = "host.log";
 
-    /// Returns the folder's path, whether or not it exists: "velmo-term" in the folder that the
-    /// system gives each user. Absent if the system gives no such folder.
+    static constexpr pid_t noLock = -1;
+
+    /// Returns the folder's path, whether or not it exists: "velmo-term" in
+    /// `PtyAttach::HostFileSystem::userTempDir`. Absent if the system gives no such folder.
     static std::optional<std::string> locate();
 
-    /// Opens the folder, or makes it. The error says what is wrong with the folder.
+    /// Opens the folder, or makes it and what is missing above it. The error says what is wrong
+    /// with the folder.
     static std::expected<PrivateFolder, std::string> make();
 
     [[nodiscard]] std::string folder() const override { return path_; }
 
     [[nodiscard]] bool write(const std::string& name, std::string_view content) override;
+    [[nodiscard]] bool link(const std::string& name, const std::string& target) override;
     void remove(const std::string& name) override;
 
     /// Takes the right to serve, which lasts until the descriptor is closed. The error is the
-    /// process id of the host that has this right, or 0 if that is unknown.
+    /// process id of the host that has this right, 0 if that is unknown, or `noLock` if the lock
+    /// can't be made.
     [[nodiscard]] std::expected<Descriptor, pid_t> lock() const;
 
-    /// Removes the tickets that an earlier host may have left.
+    /// Tells whether the path still leads to the folder that was opened, and this right is still
+    /// the one that its lock gives: no other process can take the right to serve there meanwhile.
+    [[nodiscard]] bool isServedBy(const Descriptor& right) const;
+
+    /// Removes the tickets and the links to SSH agents that an earlier host may have left.
     void removeTickets() const;
 
     /// Opens the log for appending.

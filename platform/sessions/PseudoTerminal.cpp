@@ -13,6 +13,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <set>
@@ -35,8 +36,20 @@ Descriptor openNoControl(const char* path) {
         retryInterrupted([&] { return ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC); }));
 }
 
+/// Tries again after ENXIO, which XNU answers if another process opens a terminal at the same time
+/// (ptmx_get_ioctl in bsd/kern/tty_ptmx.c), and also if no more terminals may be opened.
+Descriptor openMaster() {
+    constexpr int tries = 5;
+    for (int i = 0; i < tries; ++i) {
+        Descriptor master(::posix_openpt(O_RDWR | O_NOCTTY));
+        if (master || errno != ENXIO)
+            return master;
+    }
+    return {};
+}
+
 std::optional<TerminalPair> makeTerminal(PtyFrame::Size size) {
-    TerminalPair pair{.master = Descriptor(::posix_openpt(O_RDWR | O_NOCTTY)), .slave = {}};
+    TerminalPair pair{.master = openMaster(), .slave = {}};
     if (!pair.master || ::fcntl(pair.master.get(), F_SETFD, FD_CLOEXEC) != 0
         || ::grantpt(pair.master.get()) != 0 || ::unlockpt(pair.master.get()) != 0)
         return std::nullopt;
@@ -147,7 +160,7 @@ void signalForegroundJob(int terminal, pid_t leader, int signal) {
 }
 
 bool signalSession(int terminal, pid_t leader, int signal) {
-    std::set<pid_t> groups = processGroupsOf(leader, terminal);
+    std::set<pid_t> groups = processGroupsOf(leader);
     if (const pid_t foreground = ::tcgetpgrp(terminal); foreground > 1)
         groups.insert(foreground);
     for (const pid_t group : groups)

@@ -3,6 +3,7 @@
 #include "platform/posix/Io.h"
 #include "platform/posix/SocketPeer.h"
 #include "platform/sessions/LocalSocket.h"
+#include "platform/sessions/SessionProcesses.h"
 
 #include <sys/uio.h>
 #include <unistd.h>
@@ -42,9 +43,9 @@ public:
 
     void watch(bool readable, bool writable) override { socket_->watch(readable, writable); }
 
-    [[nodiscard]] std::optional<std::uint32_t> leader() const override {
-        const pid_t leader = ::getsid(peerProcess(socket_->get()).value_or(-1));
-        return leader > 0 ? std::optional(static_cast<std::uint32_t>(leader)) : std::nullopt;
+    [[nodiscard]] std::vector<std::uint32_t> ancestry() const override {
+        const std::vector<pid_t> processes = ancestryOf(peerProcess(socket_->get()).value_or(0));
+        return {processes.begin(), processes.end()};
     }
 
     void close() override { socket_->close(); }
@@ -98,7 +99,7 @@ void SessionDoors::acceptAll(SessionHost::Door door) {
         if (count > 0)
             host_.received(peer, ByteView(room).first(static_cast<std::size_t>(count)));
         else if (count == 0 || errno != EAGAIN)
-            host_.gone(peer);
+            host_.connectionLost(peer);
         afterwards_();
     };
     const auto send = [this, peer] {

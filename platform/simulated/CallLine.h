@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// The lines on the socket of a simulated Mac, which stand in place of XPC. The client sends each
 /// call as one line of JSON, and the daemon replies to each with one line, in order.
@@ -14,6 +15,11 @@
 ///     {"call":"heartbeat"}                 {"ok":true}
 ///     {"call":"release"}                   {"ok":true}
 ///     {"call":"report"}                    {"ok":true,"report":{"pending":false,…}}
+///
+/// A client for which the daemon has no place gets one line, whatever it sends, and then loses the
+/// connection:
+///
+///     {"ok":false,"reason":"too many clients"}
 namespace velmo {
 
 enum class PowerCall { hold, heartbeat, release, report };
@@ -25,6 +31,10 @@ inline constexpr auto rawTexts<PowerCall> =
 // Bytes, line feed included. A report may have long names in it.
 inline constexpr std::size_t maxCallLine = 1024;
 inline constexpr std::size_t maxReplyLine = 8192;
+
+/// The `reason` in the line for a client that comes when all places are taken. The texts of
+/// `HoldRefusal` differ from this one.
+inline constexpr std::string_view tooManyClients = "too many clients";
 
 struct CallLine {
     PowerCall call = PowerCall::hold;
@@ -45,7 +55,7 @@ struct CallLine {
 
 struct ReplyLine {
     bool ok = false;
-    std::optional<std::string> reason; ///< of `hold` only
+    std::optional<std::string> reason; ///< of `hold`, or `tooManyClients`
     std::optional<HoldReport> report;  ///< of `report` only
 
     static constexpr auto fields =

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// Tells people what keeps a text from being a record, such as a file that they have edited.
 namespace velmo {
@@ -63,12 +64,20 @@ std::optional<std::string> faultOf(const JsonObject& object, const std::string& 
     return fault;
 }
 
-/// Does the same for a whole text.
+/// Returns the name, as it is spelt, of the first member that an object of the text names twice;
+/// absent if every object names its members once. The text may be any.
+std::optional<std::string> nameGivenTwice(std::string_view json);
+
+/// Does the same as `faultOf` above for a whole text.
 template<Record R>
 std::optional<std::string> faultOf(std::string_view json) {
     const auto document = JsonDocument::parse(json);
     const auto object = document.and_then(&JsonDocument::object);
-    return object ? faultOf<R>(*object) : "it is no object in JSON";
+    if (object)
+        return faultOf<R>(*object);
+    return nameGivenTwice(json)
+        .transform([](const std::string& name) { return '"' + name + "\" is given twice"; })
+        .value_or("it is no object in JSON");
 }
 
 } // namespace velmo

@@ -1,6 +1,6 @@
 #pragma once
 
-#import "platform/xpc/VelmoPowerProtocol.h"
+#import "platform/xpc/ObjcPowerProtocol.h"
 
 namespace velmo {
 

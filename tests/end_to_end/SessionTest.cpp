@@ -34,9 +34,10 @@ protected:
         prepareProcess();
         fs::create_directory(home);
         std::ofstream(home / ".profile") << "PS1='ready> '\n";
-        ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
         ::setenv("HOME", home.c_str(), 1);
+        folder = PrivateFolder::locate().value();
         serve();
+        folder = fs::canonical(folder);
     }
 
     void serve() {
@@ -52,9 +53,7 @@ protected:
     [[nodiscard]] std::unique_ptr<TerminalWindow>
     openProgram(std::vector<std::string> words) const {
         return std::make_unique<TerminalWindow>(
-            words, Pty::Environment{{"XDG_RUNTIME_DIR", temporary.path().string()},
-                                    {"HOME", home.string()},
-                                    {"PATH", "/usr/bin:/bin"}});
+            words, Pty::Environment{{"HOME", home.string()}, {"PATH", "/usr/bin:/bin"}});
     }
 
     [[nodiscard]] std::string output(std::vector<std::string_view> words) const {
@@ -106,9 +105,9 @@ protected:
         return condition();
     }
 
-    std::string program = VELMO_PROGRAMS "/velmo-session";
+    std::string program = VELMO_SESSION;
     TemporaryFolder temporary;
-    fs::path folder = fs::canonical(temporary.path()) / "velmo-term";
+    fs::path folder; ///< the private one
     fs::path home = temporary.path() / "home";
     std::unique_ptr<WatchedProcess> host;
 };
@@ -196,6 +195,21 @@ TEST_F(SessionTest, AnIgnoredHangUpDoesNotEndTheView) {
     EXPECT_EQ(shown->waitForEnd(), 128 + SIGHUP);
 }
 
+TEST_F(SessionTest, KeysTypedBeforeTheHostAnswersReachTheProgram) {
+    const std::string ticket = ticketFor(startShell());
+    host->signal(SIGSTOP);
+    const auto window = open({"pty-attach", "--ticket-file", ticket});
+    termios modes{};
+    EXPECT_TRUE(becomes(
+        [&] { return ::tcgetattr(window->get(), &modes) == 0 && (modes.c_lflag & ICANON) == 0; }));
+    for (const int rows : {20, 21, 22, 23})
+        window->resize({.cols = 80, .rows = rows});
+    window->type("echo early-$((1))\r");
+    EXPECT_TRUE(becomes([&] { return !fs::exists(ticket); }));
+    host->signal(SIGCONT);
+    EXPECT_TRUE(window->shows("early-1"));
+}
+
 TEST_F(SessionTest, AStoppedViewerSetsRawModeAgainWhenContinued) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
@@ -244,10 +258,130 @@ TEST_F(SessionTest, AProgramGetsThreeDescriptorsAndItsOwnTerminal) {
     const auto window = open({"start", "--", "/bin/sh"});
     ASSERT_TRUE(window->shows("ready> "));
     window->type("for f in 3 4 5 6 7 8 9 10 11 12; do (: <&$f) 2>/dev/null && echo open-$f; done; "
-                 "ps -o sid= -p $$ | tr -d ' '; echo me-$$ $XDG_RUNTIME_DIR end\r");
+                 "ps -o sid= -p $$ | tr -d ' '; echo me-$$ end\r");
     EXPECT_TRUE(window->shows("\nme-"));
     EXPECT_TRUE(window->shows(" end"));
     EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\nopen-")));
+}
+
+TEST_F(SessionTest, ASessionIsNotShownInItselfByAProcessInASessionOfItsOwn) {
+    const auto window = open({"start", "--name", "outer", "--", "/bin/sh"});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("setsid -w sh -c '" + program + " attach outer; echo status-$?'\r");
+    EXPECT_TRUE(window->shows("(itself)"));
+    EXPECT_TRUE(window->shows("\nstatus-" + std::to_string(refused)));
+    window->type(program + " list --json\r");
+    EXPECT_TRUE(window->shows(R"("name":"outer")")) << "a session finds its own host";
+}
+
+TEST_F(SessionTest, AWatchedListShowsWhatAsksForAPerson) {
+    const std::string id = startShell();
+    WatchedProcess watch(program, std::vector<std::string_view>{"list", "--watch", "--json"});
+    EXPECT_TRUE(watch.waitForLine(R"("viewers":0)"));
+    const auto viewer = open({"attach", "--view-only", id});
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(viewer->shows("ready> "));
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("printf '\\033]9;look-%s\\a' here\r");
+    EXPECT_TRUE(watch.waitForLine(R"("notice":"look-here")"));
+    EXPECT_THAT(output({"list"}), HasSubstr(": look-here\n"));
+    viewer->type("exit\r"); // which reaches nothing
+    window->type("echo still-$((1))\r");
+    EXPECT_TRUE(viewer->shows("\nstill-1"));
+    EXPECT_TRUE(watch.waitForLine(R"("viewers":2)"));
+    EXPECT_THAT(output({"list"}), testing::Not(HasSubstr("look-here"))) << "he has looked";
+}
+
+TEST_F(SessionTest, AttachesToTheSessionOfANameOrCreatesIt) {
+    const std::vector<std::string_view> detached{"start",      "-A", "work",
+                                                 "--detached", "--", "/bin/sh"};
+    const std::string id = output(detached);
+    EXPECT_TRUE(id.starts_with("s_"));
+    EXPECT_EQ(output(detached), id);
+    const auto window = open({"start", "--attach-or-create", "work", "--detach-key", "C-a"});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("\x1D"
+                 "d\r");
+    EXPECT_TRUE(window->shows("not found")) << "Control-] is an ordinary key";
+    window->type("\x01"
+                 "d");
+    EXPECT_TRUE(window->shows("velmo-session attach work"));
+    EXPECT_EQ(window->waitForEnd(), 0);
+    EXPECT_EQ(output({"end", "work"}), "");
+    EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains("exitCode"); }));
+    EXPECT_NE(output(detached), id);
+    for (const char* key : {"C-m", "C-i", "C-[", "a", "", "C-", "C-1", "M-a", "^aa"})
+        EXPECT_EQ(open({"attach", "--detach-key", key})->waitForEnd(), 122) << key;
+}
+
+TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
+    const std::string id = startShell();
+    WatchedProcess waiting(program, std::vector<std::string_view>{"wait", id});
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(window->shows("ready> "));
+    EXPECT_EQ(output({"send", "sh", "echo", "Space", "sent-$((1))", "Enter"}), "");
+    EXPECT_TRUE(window->shows("\nsent-1"));
+    EXPECT_EQ(output({"detach", "sh"}), "");
+    EXPECT_TRUE(window->shows("Detached."));
+    EXPECT_EQ(window->waitForEnd(), 0);
+    const auto again = open({"attach", "--lines", "1", "sh"});
+    ASSERT_TRUE(again->shows("ready> "));
+    EXPECT_THAT(again->shown(), testing::Not(HasSubstr("sent-1")));
+    EXPECT_EQ(output({"send", "sh", "--", "exit 7", "\r"}), "");
+    EXPECT_EQ(waiting.waitForEnd(), 7);
+    WatchedProcess late(program, std::vector<std::string_view>{"wait", id});
+    EXPECT_EQ(late.waitForEnd(), 7);
+}
+
+TEST_F(SessionTest, TheSshAgentOfASessionIsThatOfTheLastViewer) {
+    const auto openWith = [&](const std::string& agent, const std::string& words) {
+        auto window = openProgram(
+            {"/bin/sh", "-c", "SSH_AUTH_SOCK=" + agent + " exec " + program + " " + words});
+        EXPECT_TRUE(window->shows("ready> "));
+        window->type("readlink $SSH_AUTH_SOCK\r");
+        EXPECT_TRUE(window->shows("\n" + agent + "\r"));
+        return window;
+    };
+    const auto first = openWith("/first", "start -- /bin/sh");
+    const auto second = openWith("/second", "attach sh");
+}
+
+TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
+    const struct {
+        std::string words;
+        std::string reason;
+        int status;
+    } cases[] = {
+        {"attach sh </dev/null >log", "there is no terminal to show a session in", refused},
+        {"start </dev/null >log", "there is no terminal to show a session in", refused},
+        {"list >/dev/full", "standard output can't be written", 125},
+        {"list --json >/dev/full", "standard output can't be written", 125},
+        {"--help >/dev/full", "standard output can't be written", 125},
+        {"start --detached -- vi notes",
+         "these may, where the system or Homebrew has installed "
+         "them: bash, zsh",
+         refused},
+        {"attach --lines x", "--lines takes a number", 122},
+        {"wait", "wait needs an id or a name", 122},
+        {"wait nobody", "there is no such session", refused},
+        {"send nobody Enter", "there is no such session", refused},
+        {"start -A a --name b", "leave out --name", 122},
+        {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},
+        {"attach nobody", "there is no such session", refused},
+    };
+
+    for (const auto& c : cases) {
+        const auto window = openProgram(
+            {"/bin/sh", "-c", "cd; exec 2>&1 3>&1; " + program + " " + c.words + " 2>&3"});
+        EXPECT_TRUE(window->shows(c.reason)) << c.words << "\n" << window->shown();
+        EXPECT_EQ(window->waitForEnd(), c.status) << c.words;
+    }
+    EXPECT_EQ(output({"list", "--json"}), "[]\n") << "nothing was started";
+    if (fs::exists("/usr/bin/ssh")) {
+        EXPECT_TRUE(
+            output({"start", "--detached", "--", "ssh", "-p", "1", "localhost"}).starts_with("s_"))
+            << "the target gets its --";
+    }
 }
 
 TEST_F(SessionTest, RefusesToServeInAFolderThatIsNotPrivate) {
@@ -277,12 +411,57 @@ TEST_F(SessionTest, StartsAHostAndReplacesAStaleSocket) {
     ASSERT_TRUE(window->shows("ready> "));
     pid_t served = 0;
     std::ifstream(folder / "host.lock") >> served;
-    EXPECT_GT(served, 0);
+    ASSERT_GT(served, 0);
     EXPECT_NE(served, host->pid());
     window->type("exit 3\r");
     EXPECT_EQ(window->waitForEnd(), 3);
     ::kill(served, SIGTERM);
     EXPECT_TRUE(becomes([&] { return !fs::exists(folder / "control.sock"); }));
+}
+
+TEST_F(SessionTest, AHostWhoseFolderIsGoneServesInANewOneUnlessAnotherHostDoes) {
+    const std::string id = startShell();
+    fs::remove_all(folder);
+    EXPECT_EQ(output({"list", "--json"}), "[]\n");
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("serving in " + folder.string() + " anew"));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
+    EXPECT_TRUE(open({"attach", id})->shows("ready> "));
+
+    fs::remove_all(folder);
+    WatchedProcess second(program, std::vector<std::string_view>{"serve"});
+    EXPECT_TRUE(second.waitForLine("serving in"));
+    const std::string other = startShell();
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("serves already: process " + std::to_string(second.pid())));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(other));
+    second.signal(SIGTERM);
+    EXPECT_EQ(second.waitForEnd(), 0);
+    host->signal(SIGUSR1);
+    EXPECT_TRUE(host->waitForLine("anew"));
+    EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
+
+    fs::remove_all(folder);
+    WatchedProcess third(program, std::vector<std::string_view>{"serve"});
+    EXPECT_TRUE(third.waitForLine("serving in"));
+    host->signal(SIGTERM);
+    EXPECT_EQ(host->waitForEnd(), 0);
+    EXPECT_TRUE(fs::exists(folder / "control.sock")) << "which the other host has made";
+}
+
+TEST_F(SessionTest, StartSaysAtOnceWhyNoHostCanServe) {
+    host.reset();
+    const auto start = [&](const std::string& reason) {
+        const auto window = open({"start", "--", "/bin/sh"});
+        EXPECT_TRUE(window->shows("velmo-session: ") && window->shows(reason)) << window->shown();
+        EXPECT_EQ(window->waitForEnd(), hostGone);
+    };
+    fs::remove_all(folder);
+    std::ofstream(folder) << "a file in the folder's place";
+    start("can't be made");
+    fs::remove(folder);
+    fs::create_directories(folder / "host.lock");
+    start("host.lock can't be made");
 }
 
 } // namespace

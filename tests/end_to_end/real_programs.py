@@ -74,7 +74,7 @@ class RealPrograms(unittest.TestCase):
         os.mkdir(self.home)
         self.write(".bash_profile", "PS1='ready> '\nunset HISTFILE\n")
         self.socket = self.place.name + "/tmux"
-        self.environment = {"XDG_RUNTIME_DIR": self.place.name, "HOME": self.home, "LANG": "C.UTF-8",
+        self.environment = {"HOME": self.home, "LANG": "C.UTF-8",
                             "PATH": os.environ["PATH"], "SHELL": "/bin/bash", "TERM": "xterm-256color"}
         self.screens = []
         self.screen = Screen(self, "start --name work -- bash")
@@ -82,9 +82,10 @@ class RealPrograms(unittest.TestCase):
 
     def tearDown(self):
         self.screen.tmux("kill-server")
-        with open(self.place.name + "/velmo-term/host.lock") as file:
+        folder = self.home + "/.velmo/velmo-term"
+        with open(folder + "/host.lock") as file:
             os.kill(int(file.read()), 15)
-        until(lambda: not os.path.exists(self.place.name + "/velmo-term/control.sock"), "the host ends")
+        until(lambda: not os.path.exists(folder + "/control.sock"), "the host ends")
         self.place.cleanup()
 
     def write(self, name, content):

@@ -89,15 +89,15 @@ class RealTerminals(unittest.TestCase):
         self.addCleanup(self.place.cleanup)
         self.addCleanup(self.end_host)
         self.file = lambda name: f"{self.place.name}/{name}"
-        self.environment = {"XDG_RUNTIME_DIR": self.place.name, "HOME": self.place.name, "LANG": "C.UTF-8",
+        self.environment = {"HOME": self.place.name, "LANG": "C.UTF-8",
                             "PATH": os.environ["PATH"], "SHELL": "/bin/bash", "TERM": "xterm-256color"}
         subprocess.run([PROGRAM, "start", "--detached", "--name", "work", "--", "bash"],
                        env=self.environment, cwd=self.place.name, check=True, capture_output=True)
 
     def end_host(self):
-        with open(self.file("velmo-term/host.lock")) as file:
+        with open(self.file(".velmo/velmo-term/host.lock")) as file:
             os.kill(int(file.read()), 15)
-        until(lambda: not os.path.exists(self.file("velmo-term/control.sock")), "the host ends")
+        until(lambda: not os.path.exists(self.file(".velmo/velmo-term/control.sock")), "the host ends")
 
     def open(self, terminal, script):
         opened = terminal(self, script)
@@ -128,7 +128,7 @@ class RealTerminals(unittest.TestCase):
         signal: that answer comes after all others."""
         with open(self.file("program"), "w") as file:
             file.write("stty raw -echo\n"
-                       "(trap \"printf '\\033[5n'\" USR1; echo $BASHPID >pid; while :; do sleep 0.1; done) &\n"
+                       "(trap \"printf '\\033[5n'\" USR1; echo $BASHPID >pid; while kill -0 $$; do sleep 0.1; done) &\n"
                        f"printf '{QUERIES}'\n"
                        "printf '\\033[>4;2m\\033[4 q\\033[3;9r\\033[4h'\n"
                        "touch asked; cat >typed\n")

@@ -39,7 +39,7 @@ class Mac:
             (self.folder / name).mkdir(parents=True)
         for tool in TOOLS:
             (self.folder / "bin" / tool).symlink_to(ROOT / "lab/mac-tools/tool.sh")
-        self.put("sleep", "0").put("clock", "0\n").put("calls", "").put("property", "0\n").put("readings", "0\n")
+        self.put("clock", "0\n").put("calls", "").put("property", "0\n").put("readings", "0\n")
         for page in PAGES:
             self.put(f"share/{page}", page)
         for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed),
@@ -85,7 +85,7 @@ class Mac:
         files = {str(path.relative_to(self.folder)):
                  (path.stat().st_mode, path.read_text() if path.is_file() else "")
                  for path in (self.folder / "root").rglob("*")}
-        return files, self.get("sleep"), self.get("job") is not None, self.get("disabled") is not None
+        return files, self.get("sleep") or "0", self.get("job") is not None, self.get("disabled") is not None
 
 
 class ScriptsTest(unittest.TestCase):
@@ -235,8 +235,12 @@ class Others(ScriptsTest):
             self.assertEqual(mac.state(), as_it_was, done.stdout + done.stderr)
             return done, re.findall(r"^(ok|not here|FAILED)", done.stdout, re.M)
 
-        done, verdicts = verify(self.mac())
-        self.assertEqual((done.returncode, verdicts), (0, ["ok"] * 17), done.stdout)
+        for setting in None, "0", "1":  # None: this Mac has never disabled sleep
+            mac = self.mac()
+            if setting:
+                mac.put("sleep", setting)
+            done, verdicts = verify(mac)
+            self.assertEqual((done.returncode, verdicts), (0, ["ok"] * 17), done.stdout)
         done, verdicts = verify(self.mac(daemon_signed=""), DEAF="yes")
         self.assertEqual((done.returncode, verdicts.count("not here")), (0, 3), done.stdout)
         mac = self.mac(daemon_signed="")

@@ -61,7 +61,7 @@ CASES = [
     ("other system, all is there", OTHER, "build", "", 0, ""),
     ("other system, no ninja", OTHER | {"ninja": None}, "build", "", 1, r"Missing: ninja\. Neither .* by hand\."),
     ("other system, a header and programs are not there", OTHER, "build test", "", 1,
-     r"Missing: python3 uriparser/Uri\.h tmux vim less ps\. Neither apt-get nor brew .*"),
+     r"Missing: python3 uriparser/Uri\.h tmux vim less zsh fish ps\. Neither apt-get nor brew .*"),
     ("other system, no compiler", OTHER | {"c++": None}, "build", "", 1, NOT_RUN),
     ("other system, old compiler, not used", OTHER | OLD | {f"clang{tool}-19": "" for tool in ("++", "-format", "-tidy")}
      | {"llvm-cov-19": ""}, "clang", "", 0, ""),

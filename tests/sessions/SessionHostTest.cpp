@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <set>
 
 namespace velmo {
@@ -36,6 +37,17 @@ struct Seen {
 
 class SessionHostTest : public testing::Test {
 protected:
+    /// Attaches a window that may look only.
+    PeerId attachToView(const std::string& session, int cols, int rows) {
+        const auto reply =
+            world.call({.call = SessionCall::ticket, .session = session, .viewOnly = true});
+        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
+        const PeerId peer = world.connect(Door::attach);
+        const auto ticket = PtyAttach::parseTicket(world.files.at(file));
+        world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
+        return peer;
+    }
+
     PeerId attach(const std::string& session, int cols = 80, int rows = 24,
                   std::size_t room = SIZE_MAX) {
         const auto ticket = world.ticketFor(session);
@@ -179,7 +191,7 @@ TEST_F(SessionHostTest, AcceptsATicketOnceWithinHalfAMinute) {
         return world.peers[peer]->received.substr(PtyAttach::headerBytes);
     };
     EXPECT_EQ(greet(std::string(43, 'A')), R"({"code":"bad-token","t":"error"})");
-    EXPECT_EQ(greet(ticket.token), R"({"name":"bash","t":"ready"})");
+    EXPECT_THAT(greet(ticket.token), testing::StartsWith(R"({"labels":{"detached":"Detached.)"));
     EXPECT_EQ(greet(ticket.token), R"({"code":"bad-token","t":"error"})");
     EXPECT_THAT(world.files, IsEmpty()) << "the file goes with the token";
 
@@ -249,6 +261,34 @@ TEST_F(SessionHostTest, ClosesAPeerWithoutAValidGreeting) {
     world.peers[slow]->room = SIZE_MAX;
     world.settle();
     EXPECT_EQ(std::ranges::count(world.peers[slow]->received, '\n'), 2);
+}
+
+TEST_F(SessionHostTest, WhatStandsBehindAGreetingIsTheViewersWhereverItIsCut) {
+    const std::string id = world.startShell();
+    Bytes behind = PtyAttach::resize(70, 20);
+    for (const Bytes& frame : {PtyAttach::data(bytesOf("ls\r")), PtyAttach::resize(60, 10)})
+        behind.insert(behind.end(), frame.begin(), frame.end());
+    const std::size_t greeting =
+        PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value().size();
+    for (std::size_t cut = 1; cut <= greeting + behind.size(); ++cut) {
+        world.program().typed.clear();
+        Bytes sent = PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value();
+        sent.insert(sent.end(), behind.begin(), behind.end());
+        const PeerId peer = world.connect(Door::attach);
+        world.receive(peer, ByteView(sent).first(cut));
+        world.receive(peer, ByteView(sent).subspan(cut));
+        EXPECT_THAT(seen(peer).messages, ElementsAre("ready")) << cut;
+        EXPECT_EQ(world.program().typed, "ls\r") << cut;
+        EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{60, 10})) << cut;
+        world.receive(peer, ByteView(PtyAttach::detachFrame));
+    }
+    const PeerId wild = world.connect(Door::attach);
+    Bytes sent = PtyAttach::hello(world.ticketFor(id).value().token, 80, 24).value();
+    sent.push_back(0xFF);
+    sent.resize(sent.size() + PtyAttach::headerBytes);
+    world.receive(wild, ByteView(sent));
+    EXPECT_TRUE(world.peers[wild]->isClosed);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
 }
 
 TEST_F(SessionHostTest, AViewerSeesTypesResizesAndDetaches) {
@@ -327,7 +367,7 @@ TEST_F(SessionHostTest, TheViewerThatTypedLastSetsSizeAndAnswersQueries) {
     write("\x82");
     type(second, "k");
     write("\xAC\033[c");
-    world.host.gone(second);
+    world.host.connectionLost(second);
     EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
     write("\033[c");
     EXPECT_EQ(seen(first).output, "ab\033[c\xE2\x82\xAC\033[c");
@@ -382,6 +422,249 @@ TEST_F(SessionHostTest, OneTerminalReportsTheFocusAndItsFirstReportIsDropped) {
     EXPECT_EQ(world.program().typed, "");
     type(first, "\033[I");
     EXPECT_EQ(world.program().typed, "\033[I");
+}
+
+TEST_F(SessionHostTest, AViewerThatMayOnlyLookChangesNothing) {
+    const std::string id = world.startShell();
+    const PeerId window = attachToView(id, 20, 10);
+    const PeerId bridge = world.connect(Door::control);
+    world.receive(bridge, R"({"call":"stream","session":")" + id + "\",\"viewOnly\":true}\n");
+    type(window, "no");
+    world.receive(window, PtyAttach::resize(30, 10));
+    world.receive(bridge, PtyFrame::resize(40, 10).value());
+    world.receive(bridge, PtyFrame::data(bytesOf("no")));
+    const Bytes interrupt{2};
+    world.receive(bridge, PtyFrame::encode(PtyFrame::Kind::signal, interrupt).value());
+    EXPECT_EQ(world.program().typed, "");
+    EXPECT_THAT(world.program().signals, IsEmpty());
+    EXPECT_THAT(world.program().sizes, IsEmpty());
+    write("a\033[c");
+    EXPECT_EQ(seen(window).output, "a") << "none of them answers";
+    const PeerId typist = attach(id, 100, 30);
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+    world.program().sizes.clear();
+    world.receive(window, PtyAttach::resize(50, 10));
+    EXPECT_THAT(world.program().sizes, IsEmpty());
+    world.receive(window, PtyAttach::resize(50, 10));
+    EXPECT_THAT(world.program().sizes,
+                ElementsAre(PtyFrame::Size{100, 29}, PtyFrame::Size{100, 30}))
+        << "the same size once more asks the program to draw anew";
+    attachToView(id, 10, 10);
+    write("b\033[c");
+    EXPECT_EQ(seen(typist).output, scrolledAway(30) + "a" + endOfRegion + "b\033[c");
+    EXPECT_EQ(seen(window).output, "ab");
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 4);
+    world.receive(window, ByteView(PtyAttach::detachFrame));
+    EXPECT_TRUE(world.peers[window]->isClosed);
+    world.host.connectionLost(typist);
+    EXPECT_EQ(world.program().sizes.back(), (PtyFrame::Size{100, 30}));
+}
+
+TEST_F(SessionHostTest, TellsWhatAsksForAPersonUntilOneLooks) {
+    const std::string id = world.startShell();
+    const auto entry = [&] { return world.call({.call = SessionCall::list}).sessions->front(); };
+    EXPECT_EQ(entry().idleSince, world.now + 1e9);
+    EXPECT_FALSE(entry().attentionSince);
+    world.pass(5);
+    write("\033]9;tests pas");
+    world.pass(5);
+    write("sed\a");
+    const double rung = world.now + 1e9;
+    world.pass(5);
+    EXPECT_EQ(entry().attentionSince, rung);
+    EXPECT_EQ(entry().notice, "tests passed");
+    EXPECT_EQ(entry().idleSince, rung);
+    write("more");
+    EXPECT_EQ(entry().attentionSince, rung);
+    EXPECT_EQ(entry().idleSince, world.now + 1e9);
+    const double wrote = world.now + 1e9;
+    world.pass(5);
+    world.host.programReady(SessionNumber{1});
+    EXPECT_EQ(entry().idleSince, wrote);
+    write("\a");
+    EXPECT_EQ(entry().attentionSince, world.now + 1e9);
+    EXPECT_EQ(entry().notice, "tests passed") << "a bell does not hide it";
+
+    const PeerId peer = attach(id);
+    const PeerId viewer = attachToView(id, 80, 24);
+    EXPECT_FALSE(entry().attentionSince);
+    EXPECT_FALSE(entry().notice);
+    const std::vector<std::function<void()>> looks = {
+        [&] { type(peer, "x"); },
+        [&] { world.receive(peer, PtyAttach::resize(9, 9)); },
+        [&] { attachToView(id, 80, 24); },
+        [&] { world.receive(peer, ByteView(PtyAttach::detachFrame)); },
+        [&] { world.receive(viewer, ByteView(PtyAttach::detachFrame)); },
+    };
+    for (std::size_t i = 0; i < looks.size(); ++i) {
+        write("\a");
+        EXPECT_EQ(entry().attentionSince, world.now + 1e9) << i;
+        EXPECT_FALSE(entry().notice) << i;
+        if (i == 1) {
+            type(viewer, "x");
+            EXPECT_TRUE(entry().attentionSince) << "which may not type";
+        }
+        looks[i]();
+        EXPECT_FALSE(entry().attentionSince) << i;
+    }
+    const PeerId lost = attach(id);
+    write("\a");
+    world.host.connectionLost(lost);
+    EXPECT_TRUE(entry().attentionSince) << "a lost connection does not look";
+}
+
+TEST_F(SessionHostTest, TypesWhatIsSentInOrderWithTheKeysOfViewers) {
+    const std::string id = world.startShell();
+    const auto send = [&](const std::string& keys) {
+        return world.call({.call = SessionCall::send, .session = id, .keys = keys});
+    };
+    const PeerId peer = attach(id);
+    world.program().appetite = 2;
+    type(peer, "abc");
+    EXPECT_TRUE(send("XYZ").ok);
+    EXPECT_EQ(send("no").reason, "limit");
+    world.program().appetite = 2;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcX") << "the keys of a frame stay together";
+    type(peer, "d");
+    world.program().appetite = SIZE_MAX;
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcXYZd");
+    EXPECT_TRUE(send("").ok);
+    EXPECT_EQ(send(std::string(SessionHost::maxSent + 1, 'x')).reason, "call");
+    EXPECT_TRUE(send(std::string(SessionHost::maxSent, 'x')).ok);
+    EXPECT_EQ(world.call({.call = SessionCall::send, .session = id}).reason, "call");
+    world.program().appetite = 0;
+    EXPECT_TRUE(send("never read").ok);
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_EQ(send("x").reason, "ended");
+    world.pass(2 * TerminalSession::memory);
+    EXPECT_TRUE(world.host.isIdle());
+}
+
+TEST_F(SessionHostTest, AWaitIsAnsweredWhenTheSessionEnds) {
+    const std::string id = world.startShell();
+    const auto wait = [&](const std::string& session) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, R"({"call":"wait","session":")" + session + "\"}\n");
+        return peer;
+    };
+    const PeerId waiter = wait("bash");
+    const PeerId talker = wait(id);
+    const PeerId lost = wait(id);
+    world.pass(10 * SessionHost::strangerPatience);
+    for (const PeerId peer : {waiter, talker, lost})
+        EXPECT_FALSE(world.peers[peer]->isClosed || !world.peers[peer]->received.empty());
+    world.host.connectionLost(lost);
+    world.receive(talker, "{\"call\":\"list\"}\n");
+    EXPECT_TRUE(world.peers[talker]->isClosed);
+    world.end(7 << 8);
+    EXPECT_EQ(world.peers[waiter]->received, "") << "output may follow";
+    world.program().isOver = true;
+    world.settle();
+    for (const PeerId peer : {waiter, wait(id)}) {
+        EXPECT_EQ(world.peers[peer]->received, "{\"exitCode\":7,\"ok\":true}\n");
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    }
+    EXPECT_TRUE(world.peers[wait("other")]->received.contains("unknown"));
+    EXPECT_EQ(world.call({.call = SessionCall::wait}).reason, "call");
+}
+
+TEST_F(SessionHostTest, DetachesEveryViewerOfASession) {
+    const std::string id = world.startShell();
+    const PeerId window = attach(id);
+    const PeerId stuck = attach(id, 80, 24, 0);
+    const PeerId bridge = stream(id);
+    EXPECT_TRUE(world.call({.call = SessionCall::detach, .session = id}).ok);
+    EXPECT_TRUE(world.peers[window]->received.ends_with(R"({"code":"detached","t":"error"})"));
+    for (const PeerId peer : {window, stuck, bridge})
+        EXPECT_TRUE(world.peers[peer]->isClosed);
+    EXPECT_EQ(world.call({.call = SessionCall::list}).sessions->front().viewers, 0);
+    EXPECT_EQ(world.call({.call = SessionCall::detach, .session = "x"}).reason, "unknown");
+}
+
+TEST_F(SessionHostTest, ARepeatIsCutToTheLastLines) {
+    const std::string id = world.startShell();
+    write("\033[1mone\r\ntwo\r\n\033]2;a\nb\athree\r\n> ");
+
+    const struct {
+        std::int64_t lines;
+        std::string_view shown;
+    } cases[] = {
+        {0, "> "},
+        {1, "> "},
+        {3, "three\r\n> "},
+        {4, "two\r\n"},
+        {5, "\033[1mone\r\n"},
+        {1000000, "\033[1mone\r\n"},
+        {-1, "> "},
+    };
+
+    for (const auto& [lines, shown] : cases) {
+        const PeerId peer = world.connect(Door::control);
+        world.receive(peer, R"({"call":"stream","session":")" + id
+                                + "\",\"lines\":" + std::to_string(lines) + "}\n");
+        const std::string& all = world.peers[peer]->received;
+        std::string output;
+        const auto frames =
+            PtyFrame::Decoder().feed(bytesOf(std::string_view(all).substr(all.find('\n') + 1)));
+        for (const auto& frame : frames.value()) {
+            if (frame.kind == PtyFrame::Kind::data)
+                output += textOf(frame.payload);
+        }
+        EXPECT_TRUE(output.contains(shown)) << lines << testing::PrintToString(output);
+        EXPECT_EQ(output.contains("two"), shown.contains("o")) << lines;
+        EXPECT_TRUE(output.ends_with("> " + endOfRegion)) << lines;
+        EXPECT_TRUE(output.contains("\033[1m")) << lines;
+        world.host.connectionLost(peer);
+    }
+}
+
+TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
+    SessionCallLine call = SessionWorld::startCall();
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    const std::string id = world.call(call).session.value();
+    const std::string link = "ssh-" + id;
+    EXPECT_EQ(world.lastEnvironment.at("SSH_AUTH_SOCK"), "/private/" + link);
+    const auto attachWith = [&](const std::string& agent, bool isViewOnly) {
+        const auto reply = world.call(
+            {.call = SessionCall::ticket, .session = id, .viewOnly = isViewOnly, .agent = agent});
+        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
+        const std::string token = PtyAttach::parseTicket(world.files.at(file)).value().token;
+        world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
+    };
+
+    const struct {
+        std::string agent;
+        bool isViewOnly;
+        std::string target;
+    } cases[] = {
+        {"/tmp/second", false, "/tmp/second"}, {"/tmp/third", true, "/tmp/second"},
+        {"relative", false, "/tmp/second"},    {"/private/" + link, false, "/tmp/second"},
+        {"/tmp/fourth", false, "/tmp/fourth"},
+    };
+
+    for (const auto& [agent, isViewOnly, target] : cases) {
+        attachWith(agent, isViewOnly);
+        EXPECT_EQ(world.files.at(link), target) << agent;
+    }
+    const PeerId bridge = world.connect(Door::control);
+    world.receive(bridge, R"({"agent":"/tmp/fifth","call":"stream","session":")" + id + "\"}\n");
+    EXPECT_EQ(world.files.at(link), "/tmp/fifth");
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_FALSE(world.files.contains(link));
+
+    for (const char* given : {"LANG=C", "SSH_AUTH_SOCK=relative"}) {
+        call.environment = {given};
+        const auto without = world.call(call).session.value();
+        EXPECT_FALSE(world.files.contains("ssh-" + without)) << given;
+    }
+    world.startFails = true;
+    call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
+    EXPECT_EQ(world.call(call).reason, "system");
+    EXPECT_THAT(world.files, IsEmpty());
 }
 
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
@@ -524,7 +807,7 @@ TEST_F(SessionHostTest, KeysThatTheProgramDoesNotReadWaitAndStayInOrder) {
 TEST_F(SessionHostTest, ClosesAViewerThatSendsGarbage) {
     const std::string id = world.startShell();
     for (std::size_t i = 0; i <= SessionHost::maxStrangers; ++i)
-        world.host.gone(attach(id)); // a viewer is not a stranger
+        world.host.connectionLost(attach(id)); // a viewer is not a stranger
     const PeerId good = attach(id);
     const PeerId window = attach(id);
     const PeerId bridge = stream(id);
@@ -630,12 +913,35 @@ TEST_F(SessionHostTest, RefusesAViewerFromWithinTheSession) {
     const PeerId window = world.connect(Door::attach);
     const PeerId bridge = world.connect(Door::control);
     for (const PeerId peer : {window, bridge})
-        world.peers[peer]->sessionLeader = world.program().pid();
+        world.peers[peer]->ancestors = {99, world.program().pid(), 1};
     world.receive(window, PtyAttach::hello(ticket.value().token, 80, 24).value());
     EXPECT_THAT(seen(window).messages, ElementsAre("error"));
     world.receive(bridge, R"({"call":"stream","session":")" + id + "\"}\n");
     EXPECT_EQ(world.peers[bridge]->received, "{\"ok\":false,\"reason\":\"itself\"}\n");
     EXPECT_EQ(world.call({.call = SessionCall::list}).sessions.value().front().viewers, 0);
+}
+
+TEST_F(SessionHostTest, RefusesACircleThroughOtherSessions) {
+    std::vector<std::string> ids;
+    for (int i = 0; i < 4; ++i)
+        ids.push_back(world.startShell());
+    const auto show = [&](std::size_t shown, std::size_t inside) {
+        const PeerId peer = world.connect(Door::control);
+        world.peers[peer]->ancestors = {99, world.program(inside + 1).pid()};
+        world.receive(peer, R"({"call":"stream","session":")" + ids.at(shown) + "\"}\n");
+        return std::pair(peer, world.peers[peer]->received.contains("itself"));
+    };
+    EXPECT_FALSE(show(0, 1).second);
+    EXPECT_FALSE(show(0, 1).second) << "twice is no circle";
+    EXPECT_FALSE(show(0, 2).second) << "nor are two ways from one session";
+    const PeerId second = show(1, 3).first;
+    EXPECT_FALSE(show(2, 3).second) << "that meet again";
+    EXPECT_TRUE(show(1, 0).second);
+    EXPECT_TRUE(show(3, 0).second);
+    world.host.connectionLost(second);
+    EXPECT_TRUE(show(3, 0).second) << "by the other way";
+    EXPECT_TRUE(show(3, 2).second);
+    EXPECT_FALSE(show(3, 1).second);
 }
 
 /// A shell, the windows that watch it one after the other or at once, and the events that may
@@ -698,7 +1004,7 @@ public:
             break;
         case vanish:
             if (isWatched())
-                world_.host.gone(windows_[current_]);
+                world_.host.connectionLost(windows_[current_]);
             break;
         case endProgram:
             program.isOver = true;

@@ -34,14 +34,14 @@ TEST(CommandLine, LeavesTheCommandsWordsToTheCommand) {
              {{"move", "a", "--mac", "m", "b"}, {"a", "b"}},
              {{"move", "--", "--mac", "-h"}, {"--mac", "-h"}}}) {
         const auto line = read(program, given);
-        ASSERT_TRUE(line) << line.error();
+        ASSERT_TRUE(line) << line.error().text;
         EXPECT_EQ(Words(line->words.begin(), line->words.end()), words);
     }
 }
 
 TEST(CommandLine, OptionsHaveTheirValues) {
     const auto line = read(program, Words{"--mac", "[1]", "run", "--floor=", "--floor=a=b", "x"});
-    ASSERT_TRUE(line) << line.error();
+    ASSERT_TRUE(line) << line.error().text;
     EXPECT_EQ(line->value("--mac"), "[1]");
     EXPECT_EQ(line->value("--floor"), "a=b");
     EXPECT_FALSE(line->has("--fast"));
@@ -50,20 +50,36 @@ TEST(CommandLine, OptionsHaveTheirValues) {
 }
 
 TEST(CommandLine, RefusesWrongWordsInOneHelpfulLine) {
-    for (const auto& [given, error] : std::initializer_list<std::pair<Words, std::string_view>>{
-             {{"rub"}, "unknown verb 'rub'; there are run, show and move"},
-             {{"--fats"}, "unknown option '--fats'; see tool --help"},
-             {{"run", "-l"}, "unknown option '-l'; see tool run --help"},
-             {{"run", "--floor"}, "--floor needs a value: --floor PERCENT"},
-             {{"run", "--fast=1"}, "--fast takes no value"},
-             {{"run", "--"}, "a command is missing behind --; see tool run --help"},
-             {{"show", "--fast"}, "unknown option '--fast'; see tool show --help"},
-             {{"show", "x"}, "unexpected word 'x'; see tool show --help"},
-             {{"show", "--"}, "unknown option '--'; see tool show --help"},
-             {{"move", "a", "b", "c"}, "unexpected word 'c'; see tool move --help"}}) {
+    struct Case {
+        Words given;
+        std::string_view error;
+        bool namesCommand = false;
+    };
+
+    for (const auto& [given, error, namesCommand] : {
+             Case{{"rub"}, "unknown verb 'rub'; there are run, show and move"},
+             Case{{"rub", "run", "ls"}, "unknown verb 'rub'; there are run, show and move", true},
+             Case{{"--fats"}, "unknown option '--fats'; see tool --help"},
+             Case{{"--fats", "run", "ls"}, "unknown option '--fats'; see tool --help", true},
+             Case{{"--fats", "--help"}, "unknown option '--fats'; see tool --help"},
+             Case{{"run", "-l"}, "unknown option '-l'; see tool run --help"},
+             Case{{"run", "-l", "--floor", "ls"}, "unknown option '-l'; see tool run --help"},
+             Case{{"run", "-l", "--", "-k"}, "unknown option '-l'; see tool run --help", true},
+             Case{{"run", "--floor"}, "--floor needs a value: --floor PERCENT"},
+             Case{{"run", "--fast=1"}, "--fast takes no value"},
+             Case{{"run", "--fast=1", "--fats", "ls"}, "--fast takes no value", true},
+             Case{{"run", "--"}, "a command is missing behind --; see tool run --help", true},
+             Case{{"--fast", "show"}, "unknown option '--fast'; see tool --help"},
+             Case{{"show", "--fast"}, "unknown option '--fast'; see tool show --help"},
+             Case{{"show", "x"}, "unexpected word 'x'; see tool show --help"},
+             Case{{"show", "--"}, "unknown option '--'; see tool show --help"},
+             Case{{"move", "a", "b", "c"}, "unexpected word 'c'; see tool move --help"},
+             Case{{"move", "--", "b", "c", "d"}, "unexpected word 'd'; see tool move --help"},
+         }) {
         const auto line = read(program, given);
         ASSERT_FALSE(line) << error;
-        EXPECT_EQ(line.error(), error);
+        EXPECT_EQ(line.error().text, error);
+        EXPECT_EQ(line.error().namesCommand, namesCommand) << error;
     }
 }
 

@@ -48,13 +48,13 @@ protected:
     /// Returns the findings about the Mac below `root`, as `velmo-power` prints them.
     std::string examined(const std::optional<std::string>& requirement = "anchor apple") {
         const Installation installation = examineMac(requirement, root.path().string());
-        return findingsText(diagnose(installation, machine, report, "it is silent"), installation);
+        return findingsText(diagnose(installation, machine, report), installation);
     }
 
     TemporaryFolder root;
     Events events;
     FakeMachine machine{events};
-    std::optional<HoldReport> report = HoldReport{};
+    Conversation::Answer<HoldReport> report = HoldReport{};
 };
 
 TEST_F(DoctorTest, FindsNothingWhereAllIsWell) {
@@ -107,8 +107,48 @@ TEST_F(DoctorTest, NamesTheClientForWhichSleepIsDisabled) {
     EXPECT_THAT(examined(), HasSubstr("ok       sleep is disabled, for velmo-power (7)"));
     report->recordIsUnreadable = true;
     EXPECT_THAT(examined(), HasSubstr("WRONG    the daemon's record can't be read"));
-    report.reset();
-    EXPECT_THAT(examined(), HasSubstr("WRONG    it is silent"));
+}
+
+TEST_F(DoctorTest, TellsADeadDaemonsRecordFromAnotherProgramsSetting) {
+    machine.sleepDisabled = true;
+    report = std::unexpected(Conversation::Failure::silent);
+    EXPECT_THAT(examined(), HasSubstr("WRONG    the power daemon does not answer\n"
+                                      "         -> look at its log\n"));
+    EXPECT_THAT(examined(), HasSubstr("sleep is disabled, and not by the daemon\n"));
+    write("var/db/velmo/power-daemon.json", "{}");
+    EXPECT_THAT(examined(), HasSubstr("sleep is disabled by the daemon, whose record is still on "
+                                      "disk\n         -> mend what keeps"));
+    Installation unseen = examineMac("anchor apple", root.path().string());
+    unseen.hasRecord.reset();
+    EXPECT_EQ(diagnose(unseen, machine, report).back().fact,
+              "sleep is disabled, by the daemon or by another program");
+}
+
+TEST_F(DoctorTest, NamesTheCuresOfASimulatedMac) {
+    machine.sleepDisabled = true;
+    machine.propertyReadable = false;
+    report = std::unexpected(Conversation::Failure::unreachable);
+    Installation mac{.simulatedMac = "/m",
+                     .recordFolder = Installation::Place{.path = "/m/var/db/velmo", .exists = true},
+                     .hasRecord = true};
+    const auto examine = [&] { return findingsText(diagnose(mac, machine, report), mac); };
+    const std::string ended = examine();
+    EXPECT_THAT(ended, testing::StartsWith(
+                           "mac      simulated, in /m\n"
+                           "WRONG    the power daemon can't be reached\n"
+                           "         -> start VelmoPowerDaemonSimulated /m, which ends by itself "
+                           "after a minute without a hold\n"));
+    EXPECT_THAT(ended, HasSubstr("on disk\n         -> start VelmoPowerDaemonSimulated /m, which"));
+    EXPECT_THAT(ended, HasSubstr("         -> velmo-mac set /m --property-unreadable off\n"));
+    report = std::unexpected(Conversation::Failure::silent);
+    const std::string hung = examine();
+    EXPECT_THAT(hung, HasSubstr("answer\n         -> look at what it says where it was started\n"));
+    report = HoldReport{.recordIsUnreadable = true};
+    const std::string damaged = examine();
+    EXPECT_THAT(damaged, HasSubstr("off, then rm /m/var/db/velmo/power-daemon.json\n"));
+    for (const std::string& text : {ended, hung, damaged})
+        EXPECT_THAT(text, Not(testing::AnyOf(HasSubstr("sudo"), HasSubstr(" /var"),
+                                             HasSubstr("its log"), HasSubstr("packaging"))));
 }
 
 } // namespace

@@ -17,11 +17,14 @@ TEST(StatusText, TellsTheFactsAndWhatIsNotKnown) {
     status.ac = false;
     status.battery = 7;
     status.sleepDisabled = true;
-    status.lid = "shut";
+    status.lid = LidPosition::shut;
     status.holds = HoldReport{};
     EXPECT_EQ(statusText(status, {}), "sleep    disabled\npower    battery\n"
                                       "battery  7%\nthermal  fair\nlid      shut\n"
                                       "held by  nobody\n");
+    EXPECT_THAT(encodeJson(status).value(), HasSubstr(R"("lid":"shut")"));
+    EXPECT_THAT(statusText(status, {}, "/tmp/\x1bmac"),
+                testing::StartsWith("mac      simulated, in /tmp/mac\nsleep    disabled\n"));
     EXPECT_EQ(HeldLine({.seconds = 36061.9, .floor = 3}).text(status),
               "awake for 10:01:01 | battery 7% (floor 10%) | fair");
     status.sleepDisabled = false;
@@ -37,11 +40,12 @@ TEST(StatusText, TellsWhoHoldsAndWhyTheLastHoldEnded) {
         .sleepDisabled = false,
         .recordIsUnreadable = true,
         .lastEnd = HoldEnd{.how = "battery", .at = 0}};
+    status.command = "make all";
     const std::string text = statusText(status, {.sinceEpoch = 1e9});
     EXPECT_THAT(text, HasSubstr("held by  velmo-power (4711) since 19"));
-    EXPECT_THAT(text, HasSubstr(", floor 30%; but somebody has enabled sleep\n"));
+    EXPECT_THAT(text, HasSubstr(", floor 30%, for make all; but somebody has enabled sleep\n"));
     EXPECT_THAT(text, HasSubstr(": the battery fell below the floor\n"));
-    EXPECT_THAT(text, HasSubstr("record   can't be read: sleep may still be disabled."));
+    EXPECT_THAT(text, HasSubstr("record   can't be read: sleep may still be disabled;"));
     for (const HoldEnding ending : allCases<HoldEnding>)
         EXPECT_NE(endingText(rawText(ending)), "") << rawText(ending);
     // A newer daemon may have others, and a terminal obeys what it is sent.
@@ -95,6 +99,29 @@ TEST(StatusText, DescribesTheStateOfOnesOwnHold) {
 TEST(StatusText, RemovesTerminalSequencesFromAProgramsName) {
     EXPECT_EQ(holderText({.processId = 7, .program = "a\x1b]0;b\u202e\u009b31m\nc"}),
               "a]0;b31mc (7)");
+}
+
+TEST(StatusText, ReadsTheCommandFromAHoldersArguments) {
+    struct Case {
+        std::vector<std::string> arguments;
+        std::optional<std::string> command;
+    };
+
+    const std::string hundred(100, 'x');
+    for (const auto& [arguments, command] : {
+             Case{{"velmo-power", "hold", "make", "all"}, "make all"},
+             Case{{"/x", "--mac", "m", "hold", "--floor", "30", "--", "-c", "--for"}, "-c --for"},
+             Case{{"x", "--ready-descriptor", "5", "hold", "--background", "make"}, "make"},
+             Case{{"x", "hold", "sh", "-c", "a\n\x1b[2Jb\u202e"}, "sh -c a [2Jb"},
+             Case{{"x", "hold", std::string(60, 'x')}, std::string(60, 'x')},
+             Case{{"x", "hold", hundred}, std::string(59, 'x') + "…"},
+             Case{{"x", "hold"}, {}},
+             Case{{"x", "status"}, {}},
+             Case{{"x", "hold", "--bogus", "make"}, {}},
+             Case{{"hold"}, {}},
+             Case{{}, {}},
+         })
+        EXPECT_EQ(commandText(arguments), command);
 }
 
 } // namespace

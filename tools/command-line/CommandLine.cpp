@@ -27,35 +27,35 @@ std::string quoted(std::string_view word) {
     return "'" + std::string(word) + "'";
 }
 
-/// Reads a command line word by word, up to the first fault.
+/// Reads a command line word by word. After a mistake reads on, to learn whether there is a
+/// command.
 class Reader {
 public:
     Reader(const Program& program, std::span<const std::string_view> arguments)
         : program_(program), rest_(arguments), line_{.verb = &verbNamed(program.defaultVerb)} {}
 
-    std::expected<Line, std::string> read() {
-        while (!rest_.empty() && error_.empty() && !wantsHelp()) {
+    std::expected<Line, Mistake> read() {
+        while (!rest_.empty() && !wantsHelp()) {
             const std::string_view word = take();
             if (word == endOfOptions && line_.verb->operands != Operands::none) {
-                if (rest_.empty() && line_.verb->operands == Operands::command)
-                    error_ = "a command is missing behind --; see " + seeHelp();
-                takeWords();
+                takeWordsBehindDashes();
                 break;
             }
             if (word.size() > 1 && word.starts_with('-'))
                 takeOption(word);
-            else if (!line_.namesVerb && !program_.verbs.front().name.empty())
+            else if (!line_.namesVerb && program_.hasVerbs())
                 takeVerb(word);
             else
                 takeOperand(word);
         }
-        if (wantsHelp())
+        if (!wantsHelp() && line_.verb == &none)
+            mistake("a verb is missing; see " + seeHelp());
+        if (mistake_.text.empty())
             return std::move(line_);
-        if (error_.empty() && line_.verb == &none)
-            error_ = "a verb is missing; see " + seeHelp();
-        if (!error_.empty())
-            return std::unexpected(std::move(error_));
-        return std::move(line_);
+        mistake_.namesCommand =
+            mistake_.namesCommand
+            || (line_.verb->operands == Operands::command && !line_.words.empty());
+        return std::unexpected(std::move(mistake_));
     }
 
 private:
@@ -65,6 +65,11 @@ private:
     [[nodiscard]] const Verb& verbNamed(std::string_view name) const {
         const auto found = std::ranges::find(program_.verbs, name, &Verb::name);
         return found == program_.verbs.end() ? none : *found;
+    }
+
+    void mistake(std::string text) {
+        if (mistake_.text.empty())
+            mistake_.text = std::move(text);
     }
 
     std::string_view take() {
@@ -89,15 +94,15 @@ private:
         const std::string_view name = word == "-h" ? helpOption.name : word.substr(0, equals);
         const Option* const option = known(name);
         if (!option) {
-            error_ = "unknown option " + quoted(word) + "; see " + seeHelp();
+            mistake("unknown option " + quoted(word) + "; see " + seeHelp());
             return;
         }
         const bool hasValue = equals != std::string_view::npos;
         if (option->value.empty() && hasValue)
-            error_ = std::string(name) + " takes no value";
+            mistake(std::string(name) + " takes no value");
         else if (!option->value.empty() && !hasValue && rest_.empty())
-            error_ = std::string(name) + " needs a value: " + std::string(name) + " "
-                     + std::string(option->value);
+            mistake(std::string(name) + " needs a value: " + std::string(name) + " "
+                    + std::string(option->value));
         else if (option->value.empty())
             line_.given.push_back({option, ""});
         else
@@ -106,12 +111,11 @@ private:
     }
 
     [[nodiscard]] const Option* known(std::string_view name) const {
-        for (const Option* common : {&helpOption, &versionOption}) {
-            if (common->name == name)
-                return common;
+        for (const auto& options : {std::span<const Option>(ownOptions), program_.options}) {
+            if (const Option* const option = optionNamed(options, name))
+                return option;
         }
-        const Option* const option = optionNamed(program_.options, name);
-        return option ? option : optionNamed(line_.verb->options, name);
+        return optionNamed(line_.verb->options, name);
     }
 
     [[nodiscard]] std::string verbNames() const {
@@ -128,14 +132,14 @@ private:
     void takeVerb(std::string_view word) {
         const Verb& verb = verbNamed(word);
         if (&verb == &none) {
-            error_ = "unknown verb " + quoted(word) + "; there are " + verbNames();
+            mistake("unknown verb " + quoted(word) + "; there are " + verbNames());
             return;
         }
         for (const auto& given : line_.given) {
             if (!optionNamed(program_.options, given.option->name)
                 && !optionNamed(verb.options, given.option->name))
-                error_ =
-                    std::string(given.option->name) + " is no option of " + std::string(verb.name);
+                mistake(std::string(given.option->name) + " is no option of "
+                        + std::string(verb.name));
         }
         line_.verb = &verb;
         line_.namesVerb = true;
@@ -148,30 +152,37 @@ private:
         } else if (line_.words.size() < line_.verb->maxWords) {
             line_.words.emplace_back(word);
         } else {
-            error_ = "unexpected word " + quoted(word) + "; see " + seeHelp();
+            mistake("unexpected word " + quoted(word) + "; see " + seeHelp());
         }
+    }
+
+    void takeWordsBehindDashes() {
+        if (line_.verb->operands == Operands::command && rest_.empty()) {
+            mistake("a command is missing behind --; see " + seeHelp());
+            mistake_.namesCommand = true;
+        }
+        takeWords();
     }
 
     void takeWords() {
         if (line_.verb->operands == Operands::command) {
             line_.words.insert(line_.words.end(), rest_.begin(), rest_.end());
             rest_ = {};
-        } else {
-            while (!rest_.empty() && error_.empty())
-                takeOperand(take());
         }
+        while (!rest_.empty())
+            takeOperand(take());
     }
 
     const Program& program_;
     std::span<const std::string_view> rest_;
     Line line_;
-    std::string error_;
+    Mistake mistake_;
 };
 
 } // namespace
 
-std::expected<Line, std::string> read(const Program& program,
-                                      std::span<const std::string_view> arguments) {
+std::expected<Line, Mistake> read(const Program& program,
+                                  std::span<const std::string_view> arguments) {
     return Reader(program, arguments).read();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <expected>
 #include <optional>
 #include <span>
@@ -8,7 +9,7 @@
 #include <vector>
 
 /// The description of a program's command line in tables. The parser, the help, the manual page and
-/// the completions all read the same tables.
+/// the completions (`tools/pages`) all read the same tables.
 ///
 /// If a verb runs a command, options must come before it. The command begins at the first word that
 /// is not an option, or after "--". From there on every word belongs to the command, byte for byte,
@@ -18,6 +19,7 @@ namespace velmo::CommandLine {
 struct Option {
     std::string_view name; ///< with its dashes: "--floor"
     /// The name of the option's value in help, "PERCENT"; empty for an option without a value.
+    /// Shells complete "FILE" and "FOLDER" as such, and the words in lower case of "on|off".
     std::string_view value{};
     std::string_view help; ///< without a full stop
 };
@@ -52,12 +54,15 @@ struct Program {
     std::string_view defaultVerb; ///< for a line without a verb; empty: a verb is required
     std::span<const Section> sections;
     std::string_view version;
+
+    [[nodiscard]] bool hasVerbs() const { return !verbs.front().name.empty(); }
 };
 
 /// The options that every program has.
 inline constexpr Option helpOption{.name = "--help",
                                    .help = "print this help, or that of the verb before it"};
 inline constexpr Option versionOption{.name = "--version", .help = "print the version"};
+inline constexpr std::array ownOptions{helpOption, versionOption};
 
 struct Line {
     struct Given {
@@ -77,11 +82,16 @@ struct Line {
     [[nodiscard]] std::optional<std::string_view> value(std::string_view option) const;
 };
 
-/// Reads the arguments, without the program's own name. The error is a line that says what is wrong
-/// and what would be right, without the program's name. "-h" means "--help". Reading stops at
+/// The first mistake in a command line.
+struct Mistake {
+    std::string text; ///< what is wrong and what would be right, without the program's name
+    bool namesCommand = false; ///< the line, as far as it can be read, asks for a command
+};
+
+/// Reads the arguments, without the program's own name. "-h" means "--help". Reading stops at
 /// "--help" and "--version", so that a mistake behind them does not matter.
-std::expected<Line, std::string> read(const Program& program,
-                                      std::span<const std::string_view> arguments);
+std::expected<Line, Mistake> read(const Program& program,
+                                  std::span<const std::string_view> arguments);
 
 /// Returns the help of the program, or of the verb if the program has several.
 std::string helpText(const Program& program, const Verb* verb = nullptr);
@@ -89,12 +99,7 @@ std::string helpText(const Program& program, const Verb* verb = nullptr);
 /// Returns the text that "--help" or "--version" prints; absent if the line has neither.
 std::optional<std::string> ownPage(const Program& program, const Line& line);
 
-/// Returns the manual page, in the man macros of troff.
-std::string manualPage(const Program& program);
-
-enum class Shell { bash, zsh, fish };
-
-/// Returns the script that makes the shell complete verbs and options.
-std::string completion(const Program& program, Shell shell);
+/// Returns how the verb is used: "velmo-power hold [OPTION...] [[--] COMMAND [ARGUMENT...]]".
+std::string usageOf(const Program& program, const Verb& verb);
 
 } // namespace velmo::CommandLine

@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const auto line = CommandLine::read(macCommandLine, arguments);
     if (!line)
-        return complain(line.error(), usageError);
+        return complain(line.error().text, usageError);
     if (const auto page = CommandLine::ownPage(macCommandLine, *line)) {
         writeStandardOutput(*page);
         return EXIT_SUCCESS;

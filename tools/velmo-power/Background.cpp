@@ -44,11 +44,17 @@ int holdInBackground(const ProcessBirth& birth, std::span<const std::string_view
     return ExitStatus::success;
 }
 
-std::optional<int> takeReadyDescriptor(std::vector<std::string_view>& arguments) {
+std::optional<std::string_view> takeReadyOption(std::vector<std::string_view>& arguments) {
     if (arguments.size() < 2 || arguments.front() != readyOption)
         return std::nullopt;
-    const auto descriptor = Decimal::parseUnsigned<int>(arguments[1]);
+    const std::string_view value = arguments[1];
     arguments.erase(arguments.begin(), arguments.begin() + 2);
+    return value;
+}
+
+std::optional<int> takeReadyDescriptor(std::vector<std::string_view>& arguments) {
+    const auto descriptor = takeReadyOption(arguments).and_then(
+        [](std::string_view value) { return Decimal::parseUnsigned<int>(value); });
     if (!descriptor || ::fcntl(*descriptor, F_SETFD, FD_CLOEXEC) != 0)
         return std::nullopt;
     ::setsid();

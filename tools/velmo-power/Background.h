@@ -16,6 +16,10 @@ namespace velmo {
 /// Returns the exit status, which is that of the other process if it ended instead.
 int holdInBackground(const ProcessBirth& birth, std::span<const std::string_view> arguments);
 
+/// Takes the option by which the other process is told of the descriptor off the front of the
+/// arguments, and returns its value. Absent, and no change, if they do not begin with it.
+std::optional<std::string_view> takeReadyOption(std::vector<std::string_view>& arguments);
+
 /// Takes the descriptor off the front of the arguments if this is the other process, which then
 /// leaves its terminal (setsid). Absent in any other process, and if the descriptor is not open.
 std::optional<int> takeReadyDescriptor(std::vector<std::string_view>& arguments);

@@ -1,5 +1,6 @@
 #include "tools/velmo-power/Doctor.h"
 
+#include "core/power/PowerService.h"
 #include "machine/PowerReadings.h"
 #include "tools/velmo-power/StatusText.h"
 
@@ -12,7 +13,44 @@ namespace {
 
 using Kind = Finding::Kind;
 
-constexpr std::string_view installAgain = "install it with packaging/macos/install";
+/// What mends each fault, on the Mac that was examined.
+struct Cures {
+    std::string install = "install it with packaging/macos/install";
+    std::string unreachable = "look at its log";
+    std::string noAnswer = unreachable;
+    std::string noProperty = "pmset -g is asked in its place, which is slower";
+    std::string noPmset = "try `pmset -g` by hand";
+    std::string recordFolder = "give it to root with mode 0700";
+    std::string badRecord =
+        "sudo pmset -a disablesleep 0, then sudo rm /var/db/velmo/power-daemon.json";
+    std::string deadDaemon = "mend what keeps the daemon from answering: its start puts sleep back";
+    std::string pending = "it tries every 5 seconds; its log says why it fails";
+    std::string disabledByOthers = "if nobody wants it so: sudo pmset -a disablesleep 0";
+};
+
+/// A simulated Mac has no launchd, which would start the daemon, and no root.
+Cures curesOfSimulatedMac(const Installation& installation) {
+    const std::string& folder = installation.simulatedMac;
+    const std::string start = "start VelmoPowerDaemonSimulated " + folder;
+    const auto set = [&](std::string_view change) {
+        return "velmo-mac set " + folder + " " + std::string(change);
+    };
+    return {.install = start,
+            .unreachable = start + ", which ends by itself after a minute without a hold",
+            .noAnswer = "look at what it says where it was started",
+            .noProperty = set("--property-unreadable off"),
+            .noPmset = set("--pmset none"),
+            .recordFolder = "give it to yourself with mode 0700",
+            .badRecord = set("--sleep-disabled off") + ", then rm " + folder
+                         + std::string(powerRecordDirectory) + "/" + std::string(powerRecordName),
+            .deadDaemon = start + ", which puts sleep back",
+            .pending = "it tries every 5 seconds; " + set("--pmset none"),
+            .disabledByOthers = "if nobody wants it so: " + set("--sleep-disabled off")};
+}
+
+Cures curesOf(const Installation& installation) {
+    return installation.simulatedMac.empty() ? Cures() : curesOfSimulatedMac(installation);
+}
 
 Finding placeFinding(std::string_view name, const Installation::Place& place,
                      std::string_view cure) {
@@ -39,45 +77,46 @@ Finding finding(std::optional<bool> isGood, std::string good, std::string bad, s
     return {.kind = Kind::bad, .fact = std::move(bad), .cure = std::move(cure)};
 }
 
-void addInstallation(std::vector<Finding>& findings, const Installation& installation) {
+void addInstallation(std::vector<Finding>& findings, const Installation& installation,
+                     const Cures& cures) {
     if (installation.daemon)
-        findings.push_back(placeFinding("the daemon", *installation.daemon, installAgain));
+        findings.push_back(placeFinding("the daemon", *installation.daemon, cures.install));
     if (installation.propertyList)
         findings.push_back(
-            placeFinding("its property list", *installation.propertyList, installAgain));
+            placeFinding("its property list", *installation.propertyList, cures.install));
     if (installation.isEnabled)
         findings.push_back(
             finding(installation.isEnabled, "launchd may start the daemon",
                     "launchd is told not to start the daemon",
                     "allow it in System Settings, Login Items, or run `sudo launchctl enable "
                     "system/io.velmo.host.power`"));
-    findings.push_back(finding(
-        installation.isLoaded, "the daemon can be called", "nobody offers the daemon's service",
-        installation.daemon ? std::string(installAgain) : "start VelmoPowerDaemonSimulated"));
+    if (installation.simulatedMac.empty())
+        findings.push_back(finding(installation.isLoaded, "the daemon can be called",
+                                   "nobody offers the daemon's service", cures.install));
     if (const auto& fault = installation.signatureFault)
         findings.push_back(finding(fault->empty(), "the daemon's signature is what clients ask for",
                                    *fault,
                                    "sign both with packaging/macos/sign, and install them"));
 }
 
-void addMachine(std::vector<Finding>& findings, PowerMachine& machine) {
+void addMachine(std::vector<Finding>& findings, PowerMachine& machine, const Cures& cures) {
     findings.push_back(finding(machine.sleepDisabledProperty().has_value(),
                                "the sleep setting can be read",
-                               "the sleep setting can't be read as a property",
-                               "pmset -g is asked in its place, which is slower"));
+                               "the sleep setting can't be read as a property", cures.noProperty));
     findings.push_back(finding(machine.runPmset({"-g"}).has_value(), "pmset runs",
-                               "pmset fails or hangs", "try `pmset -g` by hand"));
+                               "pmset fails or hangs", cures.noPmset));
 }
 
-void addRecord(std::vector<Finding>& findings, const Installation& installation) {
+void addRecord(std::vector<Finding>& findings, const Installation& installation,
+               const Cures& cures) {
     const auto& folder = installation.recordFolder;
     if (folder && folder->exists) // the daemon makes it for its first hold
-        findings.push_back(
-            placeFinding("the folder of the record", *folder, "give it to root with mode 0700"));
+        findings.push_back(placeFinding("the folder of the record", *folder, cures.recordFolder));
 }
 
-/// Tells for which client sleep is disabled, if it is.
-Finding sleepFinding(PowerMachine& machine, const std::optional<HoldReport>& report) {
+/// Tells on which client's behalf sleep is disabled, if it is.
+Finding sleepFinding(PowerMachine& machine, const Installation& installation,
+                     const Conversation::Answer<HoldReport>& report, const Cures& cures) {
     const auto disabled = sleepDisabledNow(machine);
     if (!disabled || !*disabled)
         return {.kind = disabled ? Kind::good : Kind::unknown,
@@ -87,34 +126,49 @@ Finding sleepFinding(PowerMachine& machine, const std::optional<HoldReport>& rep
     if (report && report->pending)
         return {.kind = Kind::bad,
                 .fact = "sleep is disabled, and the daemon could not enable it yet",
-                .cure = "it tries every 5 seconds; its log says why it fails"};
+                .cure = cures.pending};
+    if (!report && installation.hasRecord == true)
+        return {.kind = Kind::bad,
+                .fact = "sleep is disabled by the daemon, whose record is still on disk",
+                .cure = cures.deadDaemon};
+    if (!report && !installation.hasRecord)
+        return {.kind = Kind::bad,
+                .fact = "sleep is disabled, by the daemon or by another program",
+                .cure = cures.deadDaemon};
     return {.kind = Kind::bad,
             .fact = "sleep is disabled, and not by the daemon",
-            .cure = "if nobody wants it so: sudo pmset -a disablesleep 0"};
+            .cure = cures.disabledByOthers};
 }
 
 } // namespace
 
 std::vector<Finding> diagnose(const Installation& installation, PowerMachine& machine,
-                              const std::optional<HoldReport>& report,
-                              std::string_view whyNoReport) {
+                              const Conversation::Answer<HoldReport>& report) {
+    const Cures cures = curesOf(installation);
     std::vector<Finding> findings;
-    addInstallation(findings, installation);
-    findings.push_back(finding(report.has_value(), "the daemon answers", std::string(whyNoReport),
-                               "look at its log"));
-    addMachine(findings, machine);
-    addRecord(findings, installation);
+    addInstallation(findings, installation, cures);
     if (report)
-        findings.push_back(
-            finding(!report->recordIsUnreadable, "there is no record that can't be read",
-                    "the daemon's record can't be read; sleep may still be disabled",
-                    "sudo pmset -a disablesleep 0, then sudo rm /var/db/velmo/power-daemon.json"));
-    findings.push_back(sleepFinding(machine, report));
+        findings.push_back({.fact = "the daemon answers"});
+    else
+        findings.push_back({.kind = Kind::bad,
+                            .fact = std::string(failureText(report.error())),
+                            .cure = report.error() == Conversation::Failure::unreachable
+                                        ? cures.unreachable
+                                        : cures.noAnswer});
+    addMachine(findings, machine, cures);
+    addRecord(findings, installation, cures);
+    if (report)
+        findings.push_back(finding(
+            !report->recordIsUnreadable, "there is no record that can't be read",
+            "the daemon's record can't be read; sleep may still be disabled", cures.badRecord));
+    findings.push_back(sleepFinding(machine, installation, report, cures));
     return findings;
 }
 
 std::string findingsText(const std::vector<Finding>& findings, const Installation& installation) {
     std::string text;
+    if (!installation.simulatedMac.empty())
+        text.append("mac      ").append(simulatedText(installation.simulatedMac)).append("\n");
     for (const Finding& each : findings) {
         constexpr auto marks =
             std::to_array<std::string_view>({"ok       ", "WRONG    ", "unknown  "});

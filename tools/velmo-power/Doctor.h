@@ -3,10 +3,9 @@
 #include "core/power/HoldReport.h"
 #include "machine/PowerMachine.h"
 #include "platform/client/Installation.h"
+#include "tools/velmo-power/Conversation.h"
 
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// `velmo-power doctor`: checks, in order, what must be true for a hold to work.
@@ -24,13 +23,13 @@ struct Finding {
     std::string cure; ///< what to do about it; empty if nothing
 };
 
-/// Returns every finding, good ones too. Without a `report` of the daemon, `whyNoReport` says why
-/// it is missing.
+/// Returns every finding, good ones too. `report` is the daemon's answer. The cures are those of
+/// the Mac that was examined: a simulated Mac has others than a real one.
 std::vector<Finding> diagnose(const Installation& installation, PowerMachine& machine,
-                              const std::optional<HoldReport>& report,
-                              std::string_view whyNoReport);
+                              const Conversation::Answer<HoldReport>& report);
 
-/// Returns a line for every finding with its cure below, then the end of the log.
+/// Returns a line that says that the Mac is simulated, if it is, then a line for every finding with
+/// its cure below, then the end of the log.
 std::string findingsText(const std::vector<Finding>& findings, const Installation& installation);
 
 } // namespace velmo

@@ -218,7 +218,7 @@ void HoldCommand::handleSignal(SignalPipe::News news) {
         return;
     }
     report([this, news] {
-        return run_.signalled({.number = news.signal, .fromTerminal = !news.fromProcess}, now());
+        return run_.signalled({.number = news.signal, .fromTerminal = news.fromTerminal}, now());
     });
 }
 
@@ -283,6 +283,8 @@ void HoldCommand::tellFront() {
 // What is looked at every second, without waiting: the sleep setting is read by its property alone.
 
 void HoldCommand::tick() {
+    if (run_.state().end)
+        return;
     const PowerStatus status = readStatus(*access_.machine, false);
     const HoldRun::Facts facts = readFacts(status);
     report([this, facts] { return run_.ticked(facts); });
@@ -306,7 +308,7 @@ HoldRun::Facts HoldCommand::readFacts(const PowerStatus& status) {
 }
 
 void HoldCommand::draw(const PowerStatus& status, const LimitWatch::Facts& facts) {
-    if (!run_.state().awakeSince || run_.state().end)
+    if (!run_.state().awakeSince)
         return;
     const auto& holder = keeper_.status().holder;
     const bool rides = keeper_.status().state == HoldKeeper::State::riding;

@@ -1,12 +1,17 @@
 #include "tools/velmo-power/StatusText.h"
 
 #include "core/power/HoldReasons.h"
+#include "core/support/Text.h"
 #include "core/terminal/AttachLabels.h"
 #include "machine/PowerReadings.h"
+#include "tools/velmo-power/Background.h"
 #include "tools/velmo-power/HoldLimits.h"
+#include "tools/velmo-power/PowerCommandLine.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
+#include <vector>
 
 namespace velmo {
 
@@ -105,7 +110,7 @@ PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset) {
     status.battery = reading.battery;
     status.thermal = thermalName(machine.thermalState());
     status.lid = machine.lid().transform(
-        [](const LidState& lid) { return std::string(lid.isShut ? "shut" : "open"); });
+        [](const LidState& lid) { return lid.isShut ? LidPosition::shut : LidPosition::open; });
     status.sleepDisabled =
         mayRunPmset ? sleepDisabledNow(machine) : machine.sleepDisabledProperty();
     return status;
@@ -113,13 +118,15 @@ PowerStatus readStatus(PowerMachine& machine, bool mayRunPmset) {
 
 namespace {
 
-std::string holderLine(const HoldReport& report, WallTime now) {
+std::string holderLine(const PowerStatus& status, WallTime now) {
+    const HoldReport& report = *status.holds;
     if (!report.holder)
         return report.pending ? "nobody; sleep could not be enabled again yet, which is tried again"
                               : "nobody";
     const HolderReport& holder = *report.holder;
     std::string text = holderText(holder) + " since " + timeOfDayText({holder.since}, now)
-                       + ", floor " + percent(holder.batteryFloor);
+                       + ", floor " + percent(holder.batteryFloor)
+                       + (status.command ? ", for " + *status.command : "");
     if (report.sleepDisabled == false)
         text += "; but somebody has enabled sleep";
     return text;
@@ -127,27 +134,51 @@ std::string holderLine(const HoldReport& report, WallTime now) {
 
 } // namespace
 
-std::string statusText(const PowerStatus& status, WallTime now) {
+std::string statusText(const PowerStatus& status, WallTime now, std::string_view simulatedMac) {
     std::string text;
     const auto line = [&](std::string_view name, std::string_view value) {
         text.append(name).append(value).append("\n");
     };
+    if (!simulatedMac.empty())
+        line("mac      ", simulatedText(simulatedMac));
     line("sleep    ", sleepWord(status.sleepDisabled));
     line("power    ", sourceWord(status.ac));
     line("battery  ", status.battery ? percent(*status.battery) : "none");
     line("thermal  ", status.thermal);
-    line("lid      ", status.lid.value_or("none"));
+    line("lid      ", status.lid.transform(rawText<LidPosition>).value_or("none"));
     if (!status.holds) {
         line("held by  ", "unknown: the power daemon does not tell");
         return text;
     }
-    line("held by  ", holderLine(*status.holds, now));
+    line("held by  ", holderLine(status, now));
     if (const auto& last = status.holds->lastEnd)
         line("last     ", "the last hold ended at " + timeOfDayText({last->at}, now) + ": "
                               + std::string(endingText(last->how)));
     if (status.holds->recordIsUnreadable)
-        line("record   ", "can't be read: sleep may still be disabled. `sudo pmset -a disablesleep "
-                          "0` enables it; then remove the file");
+        line("record   ", "can't be read: sleep may still be disabled; velmo-power doctor says "
+                          "what to do");
+    return text;
+}
+
+std::string simulatedText(std::string_view folder) {
+    return "simulated, in " + PtyAttach::sanitizeLabel(folder);
+}
+
+std::optional<std::string> commandText(std::span<const std::string> arguments) {
+    if (arguments.empty())
+        return std::nullopt;
+    std::vector<std::string_view> words(arguments.begin() + 1, arguments.end());
+    static_cast<void>(takeReadyOption(words));
+    const auto line = CommandLine::read(powerCommandLine, words);
+    if (!line || line->verb->name != PowerVerb::hold || line->words.empty())
+        return std::nullopt;
+    std::string text;
+    for (const std::string& word : line->words)
+        text.append(text.empty() ? "" : " ").append(word);
+    std::ranges::replace(text, '\n', ' '); // a script
+    text = PtyAttach::sanitizeLabel(text);
+    if (Text::hasMoreCharactersThan(text, maxCommandText))
+        text = std::string(Text::prefix(text, maxCommandText - 1)) + "…";
     return text;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/client/PowerAccess.h"
 #include "platform/client/simulated/SimulatedAccess.h"
 #include "platform/posix/Pipe.h"
+#include "platform/posix/ProcessArguments.h"
 #include "platform/posix/ProcessBirth.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/posix/StandardStreams.h"
@@ -65,6 +66,7 @@ private:
     [[nodiscard]] std::string folder() const;
     int hold(PowerAccess mac, std::optional<int> readyDescriptor);
     int status(PowerAccess& mac);
+    void tellOfEnvironment() const;
     int release(PowerAccess& mac);
     int doctor(PowerAccess& mac);
     static PowerStatus readAll(PowerAccess& mac, Conversation& daemon);
@@ -86,7 +88,7 @@ std::string Program::folder() const {
 
 std::expected<PowerAccess, std::string> Program::access() {
     if (line_.has("--mac") || !folder().empty()) {
-        auto mac = accessSimulatedMac(context_, folder());
+        auto mac = accessSimulatedMac(context_, folder(), complain);
         if (!mac && folder().empty())
             mac.error() += "; --mac FOLDER or VELMO_MAC names the Mac";
         return mac;
@@ -101,6 +103,12 @@ std::expected<PowerAccess, std::string> Program::access() {
         return std::unexpected(
             "this is no Mac; name a simulated one with --mac FOLDER or VELMO_MAC");
     return *std::move(mac);
+}
+
+/// Says that a Mac is simulated which the environment names, and not the command line.
+void Program::tellOfEnvironment() const {
+    if (!line_.has("--mac") && !folder().empty() && !isQuiet())
+        complain("this Mac is " + simulatedText(folder()));
 }
 
 int Program::run(std::optional<int> readyDescriptor) {
@@ -124,6 +132,8 @@ int Program::hold(PowerAccess mac, std::optional<int> readyDescriptor) {
         complain(request.error());
         return line_.words.empty() ? ExitStatus::usage : ExitStatus::withCommand;
     }
+    if (!readyDescriptor) // the process in front says it
+        tellOfEnvironment();
     if (request->inBackground && !readyDescriptor)
         return holdInBackground(birth_, arguments_);
     request->readyDescriptor = readyDescriptor;
@@ -131,6 +141,7 @@ int Program::hold(PowerAccess mac, std::optional<int> readyDescriptor) {
 }
 
 int Program::release(PowerAccess& mac) {
+    tellOfEnvironment();
     Conversation daemon(context_, *mac.link, complain);
     const auto before = daemon.report();
     if (!before && before.error() != Conversation::Failure::gone) {
@@ -168,10 +179,19 @@ int Program::release(PowerAccess& mac) {
                  + "\n");
 }
 
+/// Returns what the holder runs, if it is a velmo-power of this user.
+std::optional<std::string> commandOf(const std::optional<HolderReport>& holder) {
+    if (!holder || !holder->processId || holder->program != powerCommandLine.name)
+        return std::nullopt;
+    return argumentsOf(*holder->processId).and_then(commandText);
+}
+
 PowerStatus Program::readAll(PowerAccess& mac, Conversation& daemon) {
     PowerStatus status = readStatus(*mac.machine, true);
-    if (auto holds = daemon.report())
+    if (auto holds = daemon.report()) {
         status.holds = *std::move(holds);
+        status.command = commandOf(status.holds->holder);
+    }
     return status;
 }
 
@@ -186,7 +206,7 @@ int Program::status(PowerAccess& mac) {
             if (line_.has("--json"))
                 Output::print(status, [&](std::string_view line) { text += line; });
             else
-                text += statusText(status, mac.machine->wallTime());
+                text += statusText(status, mac.machine->wallTime(), folder());
             if (const int printed = print(text); printed != ExitStatus::success)
                 return printed;
         }
@@ -202,9 +222,7 @@ int Program::status(PowerAccess& mac) {
 int Program::doctor(PowerAccess& mac) {
     const Installation installation = mac.examine();
     const auto report = Conversation(context_, *mac.link, complain).report();
-    const auto findings =
-        diagnose(installation, *mac.machine, report ? std::optional(*report) : std::nullopt,
-                 report ? "" : failureText(report.error()));
+    const auto findings = diagnose(installation, *mac.machine, report);
     if (const int printed = print(findingsText(findings, installation));
         printed != ExitStatus::success)
         return printed;
@@ -213,36 +231,18 @@ int Program::doctor(PowerAccess& mac) {
     return isWell ? ExitStatus::success : ExitStatus::refused;
 }
 
-bool takesValue(std::string_view word) {
-    const auto isNamed = [word](const CommandLine::Option& option) {
-        return option.name == word && !option.value.empty();
-    };
-    const auto& verb =
-        *std::ranges::find(powerCommandLine.verbs, PowerVerb::hold, &CommandLine::Verb::name);
-    return std::ranges::any_of(powerCommandLine.options, isNamed)
-           || std::ranges::any_of(verb.options, isNamed);
-}
-
-/// Tells whether a command line that can't be read asks for a hold with a command.
-bool namesCommand(std::span<const std::string_view> arguments) {
-    auto word = std::ranges::find(arguments, PowerVerb::hold);
-    while (word != arguments.end() && ++word != arguments.end()) {
-        if (*word == "--" || !word->starts_with('-'))
-            return true;
-        if (takesValue(*word) && word + 1 != arguments.end())
-            ++word;
-    }
-    return false;
+bool namesCommand(const std::expected<CommandLine::Line, CommandLine::Mistake>& line) {
+    return line ? !line->words.empty() : line.error().namesCommand;
 }
 
 /// Runs the program. A mistake of usage with a command looks like any other failure before the
 /// command ran.
-int run(std::span<const std::string_view> arguments, std::optional<int> readyDescriptor,
+int run(const std::expected<CommandLine::Line, CommandLine::Mistake>& line,
+        std::span<const std::string_view> arguments, std::optional<int> readyDescriptor,
         const ProcessBirth& birth) {
-    const auto line = CommandLine::read(powerCommandLine, arguments);
     if (!line) {
-        complain(line.error());
-        return namesCommand(arguments) ? ExitStatus::withCommand : ExitStatus::usage;
+        complain(line.error().text);
+        return namesCommand(line) ? ExitStatus::withCommand : ExitStatus::usage;
     }
     if (const auto page = CommandLine::ownPage(powerCommandLine, *line))
         return print(*page);
@@ -254,13 +254,15 @@ int run(std::span<const std::string_view> arguments, std::optional<int> readyDes
 int main(int argc, char** argv) {
     const ProcessBirth birth = ProcessBirth::read();
     prepareProcess();
-    std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
-    const auto readyDescriptor = takeReadyDescriptor(arguments);
-
+    bool hasCommand = false;
     try {
-        return run(arguments, readyDescriptor, birth);
+        std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
+        const auto readyDescriptor = takeReadyDescriptor(arguments);
+        const auto line = CommandLine::read(powerCommandLine, arguments);
+        hasCommand = namesCommand(line);
+        return run(line, arguments, readyDescriptor, birth);
     } catch (const std::exception& lack) { // of memory, descriptors or threads
         complain(lack.what());
-        return namesCommand(arguments) ? ExitStatus::withCommand : ExitStatus::refused;
+        return hasCommand ? ExitStatus::withCommand : ExitStatus::refused;
     }
 }

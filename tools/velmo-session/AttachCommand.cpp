@@ -64,11 +64,13 @@ Descriptor openDisplay() {
 /// Relays between the user's terminal and the host until one of them ends it.
 class View {
 public:
-    View(Descriptor host, SignalPipe& signals, const std::optional<RawTerminal>& terminal)
+    View(Descriptor host, SignalPipe& signals, const std::optional<RawTerminal>& terminal,
+         const DetachChoice& detachChoice)
         : host_(std::move(host)),
           display_(openDisplay()),
           signals_(signals),
           terminal_(terminal),
+          detachChoice_(detachChoice),
           room_(maxOutput) {
         const int flags = ::fcntl(host_.get(), F_GETFL);
         ::fcntl(host_.get(), F_SETFL, flags | O_NONBLOCK);
@@ -125,7 +127,7 @@ private:
 
     void tickDetachKey() {
         if (const Bytes released = detachKey_.tick(milliseconds()); !released.empty())
-            tellHost(PtyAttach::data(released));
+            tellHost(PtyAttach::data(detachChoice_.swapped(released)));
     }
 
     void takeSignals() {
@@ -156,10 +158,11 @@ private:
             }
             return;
         }
-        const ByteView keys = ByteView(typed).first(static_cast<std::size_t>(count));
+        const Bytes keys =
+            detachChoice_.swapped(ByteView(typed).first(static_cast<std::size_t>(count)));
         const DetachKey::Result result = detachKey_.feed(keys, milliseconds());
         if (!result.forward.empty())
-            tellHost(PtyAttach::data(result.forward));
+            tellHost(PtyAttach::data(detachChoice_.swapped(result.forward)));
         if (result.detach) {
             tellHost(detachFrame);
             end({.exitStatus = SessionExit::success, .text = labels_.detached});
@@ -212,7 +215,10 @@ private:
                 show(titleSequence(ready->name));
         } else if (const auto* const exit = std::get_if<host::Exit>(&said)) {
             end({.exitStatus = exit->code, .text = fill(labels_.exit, std::to_string(exit->code))});
-        } else if (const auto* const error = std::get_if<host::Error>(&said)) {
+        } else if (const auto* const error = std::get_if<host::Error>(&said);
+                   error != nullptr && error->code == "detached") {
+            end({.exitStatus = SessionExit::success, .text = labels_.detached});
+        } else if (error != nullptr) {
             end({.exitStatus = SessionExit::refused,
                  .text =
                      error->code == "ended" ? labels_.ended : fill(labels_.error, error->code)});
@@ -265,6 +271,7 @@ private:
     Descriptor display_;
     SignalPipe& signals_;
     const std::optional<RawTerminal>& terminal_; ///< absent if the input is not a terminal
+    DetachChoice detachChoice_;
     Bytes room_;
     Decoder decoder_;
     Bytes toHost_;
@@ -279,7 +286,7 @@ private:
 
 } // namespace
 
-int attach(const std::string& ticketFile) {
+int attach(const std::string& ticketFile, const DetachChoice& detachChoice) {
     HostFileSystem files;
     const auto ticket = readTicket(ticketFile, files);
     if (!ticket)
@@ -294,7 +301,7 @@ int attach(const std::string& ticketFile) {
     Ending ending{};
     {
         const auto raw = RawTerminal::enter(STDIN_FILENO);
-        View view(std::move(host), signals, raw);
+        View view(std::move(host), signals, raw, detachChoice);
         view.tellHost(hello(ticket->token, size.cols, size.rows).value()); // a token is short
         ending = view.run();
         if (::isatty(STDOUT_FILENO) == 1)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "tools/velmo-session/DetachChoice.h"
+
 #include <string>
 
 namespace velmo {
 
 /// Joins a session by its ticket, and returns the exit status once the view has ended.
-int attach(const std::string& ticketFile);
+int attach(const std::string& ticketFile, const DetachChoice& detachChoice = {});
 
 } // namespace velmo

@@ -12,7 +12,7 @@ namespace velmo {
 
 namespace {
 
-constexpr std::size_t columns = 9;
+constexpr std::size_t columns = 11;
 using Row = std::array<std::string, columns>;
 
 struct Unit {
@@ -42,6 +42,13 @@ std::string state(const SessionEntry& entry, WallTime now) {
     return "detached " + age(entry.detachedSince.value_or(entry.since), now);
 }
 
+/// Returns when the session last asked for a person, and with which words.
+std::string attention(const SessionEntry& entry, WallTime now) {
+    if (!entry.attentionSince)
+        return "";
+    return age(*entry.attentionSince, now) + ": " + entry.notice.value_or("bell");
+}
+
 Row rowOf(const SessionEntry& entry, WallTime now) {
     return {entry.id,
             entry.name,
@@ -51,14 +58,16 @@ Row rowOf(const SessionEntry& entry, WallTime now) {
             age(entry.since, now),
             std::to_string(entry.viewers),
             std::to_string(entry.bytesOut),
-            state(entry, now)};
+            age(entry.idleSince, now),
+            state(entry, now),
+            attention(entry, now)};
 }
 
 } // namespace
 
 std::string listText(std::span<const SessionEntry> sessions, WallTime now) {
-    std::vector<Row> rows{
-        {"ID", "NAME", "PROGRAM", "FOLDER", "SIZE", "AGE", "VIEWERS", "BYTES", "STATE"}};
+    std::vector<Row> rows{{"ID", "NAME", "PROGRAM", "FOLDER", "SIZE", "AGE", "VIEWERS", "BYTES",
+                           "IDLE", "STATE", "ATTENTION"}};
     for (const SessionEntry& entry : sessions)
         rows.push_back(rowOf(entry, now));
     std::array<std::size_t, columns> widths{};
@@ -70,7 +79,9 @@ std::string listText(std::span<const SessionEntry> sessions, WallTime now) {
     for (const Row& row : rows) {
         for (std::size_t i = 0; i + 1 < columns; ++i)
             text.append(row[i]).append(widths[i] + 2 - Text::characterCount(row[i]), ' ');
-        text.append(row.back()).append("\n");
+        text.append(row.back());
+        text.erase(text.find_last_not_of(' ') + 1);
+        text.append("\n");
     }
     return text;
 }

@@ -9,7 +9,7 @@
 namespace velmo {
 
 /// Returns the sessions as a table for people, with a line for each session. Ages are rounded down
-/// to their largest unit.
+/// to their largest unit. The last column has the notice that no viewer has seen yet, or "bell".
 std::string listText(std::span<const SessionEntry> sessions, WallTime now);
 
 } // namespace velmo

@@ -15,12 +15,14 @@
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <optional>
 #include <string>
 #include <utility>
@@ -34,8 +36,13 @@ constexpr std::size_t descriptors = 4096;
 
 constexpr off_t maxLog = 1 << 20; // bytes
 
-/// How often the folder is kept in use: a system that clears unused files does so after days.
-constexpr std::chrono::hours upkeepPeriod{1};
+/// How often an idle host keeps the folder in use. A system that clears unused files does so after
+/// days. A Mac may have slept through these days, and the timer stands still meanwhile, so that
+/// little of the period may be left. Asio's kqueue wakes up as often anyway.
+constexpr std::chrono::minutes idleUpkeepPeriod{5};
+
+/// How often a host with sessions looks whether clients still find it.
+constexpr std::chrono::minutes upkeepPeriod{1};
 
 /// How long a host in the background stays without a session or a connection.
 constexpr std::chrono::seconds idlePatience{10};
@@ -44,6 +51,12 @@ constexpr std::chrono::seconds idlePatience{10};
 class Log {
 public:
     explicit Log(Descriptor file) : file_(std::move(file)) {}
+
+    /// Goes on in another file, if this log has one.
+    void moveTo(Descriptor file) {
+        if (file_ && file)
+            file_ = std::move(file);
+    }
 
     void operator()(std::string_view message) const {
         const std::string line = "velmo-session: " + std::string(message) + "\n";
@@ -61,6 +74,20 @@ private:
     Descriptor file_;
 };
 
+/// Returns why the right to serve was not given.
+std::string lockFault(const PrivateFolder& folder, pid_t holder) {
+    if (holder == PrivateFolder::noLock)
+        return folder.path(PrivateFolder::lockFile) + " can't be made: is the disk full?";
+    return "a host serves already"
+           + (holder == 0 ? std::string() : ": process " + std::to_string(holder));
+}
+
+/// Tells the client that has started this host, and reads its standard error, that the host serves.
+void closeStandardError() {
+    const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    ::dup2(null.get(), STDERR_FILENO);
+}
+
 class Server {
 public:
     Server(PrivateFolder folder, Descriptor right, ServeMode mode, const rlimit& openFiles)
@@ -72,6 +99,7 @@ public:
           host_(services()),
           doors_(context_, host_, [this] { settle(); }),
           stop_(context_),
+          upkeepAsked_(context_, SIGUSR1),
           deadline_(context_),
           upkeep_(context_),
           idle_(context_) {
@@ -82,17 +110,22 @@ public:
     int run() {
         folder_.removeTickets();
         if (!open(SessionHost::Door::attach) || !open(SessionHost::Door::control))
-            return complain(folder_.folder() + " has a path too long for a socket, or is full",
+            return complain("no socket can be made in " + folder_.folder() + ": is the disk full?",
                             SessionExit::refused);
         log_("serving in " + folder_.folder());
         stop_.async_wait([this](const std::error_code& aborted, int /*signal*/) {
             if (!aborted)
                 context_.stop();
         });
+        if (mode_ == ServeMode::background)
+            closeStandardError();
+        waitToBeAskedForUpkeep();
         waitForUpkeep();
         settle();
         context_.run();
         log_("ends");
+        if (!folder_.isServedBy(right_))
+            return SessionExit::success; // another host may serve there
         folder_.removeTickets();
         for (const auto& [door, name] : sockets)
             folder_.remove(std::string(name));
@@ -143,9 +176,12 @@ private:
             if (due)
                 waitUntil(*due);
         }
-        const bool mayEnd = mode_ == ServeMode::background && host_.isIdle();
-        if (mayEnd != std::exchange(isIdle_, mayEnd))
-            mayEnd ? waitForNobody() : static_cast<void>(idle_.cancel());
+        const bool isIdle = host_.isIdle();
+        if (isIdle == std::exchange(isIdle_, isIdle))
+            return;
+        waitForUpkeep();
+        if (mode_ == ServeMode::background)
+            isIdle ? waitForNobody() : static_cast<void>(idle_.cancel());
     }
 
     void waitUntil(SteadyTime due) {
@@ -171,7 +207,7 @@ private:
     }
 
     void waitForUpkeep() {
-        upkeep_.expires_after(upkeepPeriod);
+        upkeep_.expires_after(isIdle_ ? idleUpkeepPeriod : upkeepPeriod);
         upkeep_.async_wait([this](const std::error_code& aborted) {
             if (aborted)
                 return;
@@ -180,8 +216,20 @@ private:
         });
     }
 
-    /// Binds sockets anew that have been removed from the folder, and marks the files as in use.
+    void waitToBeAskedForUpkeep() {
+        upkeepAsked_.async_wait([this](const std::error_code& aborted, int /*signal*/) {
+            if (aborted)
+                return;
+            lookAfterFolder();
+            waitToBeAskedForUpkeep();
+        });
+    }
+
+    /// Makes the folder anew if it is gone, binds sockets anew that have been removed from it, and
+    /// marks the files as in use.
     void lookAfterFolder() {
+        if (!folder_.isServedBy(right_) && !serveInNewFolder())
+            return;
         for (const auto& [door, name] : sockets) {
             if (folder_.has(std::string(name)))
                 continue;
@@ -190,6 +238,31 @@ private:
                 log_(std::string(name) + " can't be bound anew");
         }
         folder_.touch();
+    }
+
+    /// Takes the right to serve where the folder's path leads now. Returns false if
+    /// the folder can't be made, or another host serves there.
+    bool serveInNewFolder() {
+        log_("the folder or its lock is gone");
+        auto folder = PrivateFolder::make();
+        if (!folder) {
+            log_(folder.error());
+            return false;
+        }
+        auto right = folder->lock();
+        if (!right) {
+            log_(lockFault(*folder, right.error()));
+            return false;
+        }
+        folder_ = *std::move(folder);
+        right_ = *std::move(right);
+        log_.moveTo(folder_.openLog());
+        for (const auto& [door, name] : sockets) {
+            if (!open(door))
+                log_(std::string(name) + " can't be bound");
+        }
+        log_("serving in " + folder_.folder() + " anew");
+        return true;
     }
 
     asio::io_context context_{1};
@@ -202,6 +275,7 @@ private:
     SessionHost host_;
     SessionDoors doors_;
     asio::signal_set stop_;
+    asio::signal_set upkeepAsked_;
     asio::steady_timer deadline_;
     asio::steady_timer upkeep_;
     asio::steady_timer idle_;
@@ -219,11 +293,13 @@ int serve(ServeMode mode) {
     if (!folder)
         return complain(folder.error(), SessionExit::refused);
     auto right = folder->lock();
-    if (!right)
-        return complain("a host serves already"
-                            + (right.error() == 0 ? std::string()
-                                                  : ": process " + std::to_string(right.error())),
-                        SessionExit::refused);
+    if (!right) {
+        // A client that starts hosts until one serves is told nothing of a host that was quicker.
+        const bool isSilent =
+            mode == ServeMode::background && right.error() != PrivateFolder::noLock;
+        return isSilent ? SessionExit::refused
+                        : complain(lockFault(*folder, right.error()), SessionExit::refused);
+    }
     if (mode == ServeMode::background && ::chdir("/") != 0)
         return SessionExit::refused;
     return Server(*std::move(folder), *std::move(right), mode, openFiles).run();

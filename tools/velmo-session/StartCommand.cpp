@@ -6,10 +6,11 @@
 #include "core/terminal/Pty.h"
 #include "platform/host/PtyHostFileSystem.h"
 #include "platform/posix/DiskPath.h"
-#include "platform/posix/StandardStreams.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
+#include "tools/velmo-session/Print.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/TerminalSize.h"
 
@@ -18,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <expected>
 #include <filesystem>
 #include <string_view>
 #include <utility>
@@ -72,7 +74,8 @@ std::string lookedUp(const std::string& name) {
 }
 
 /// Returns the command line in the policy's form. The program is an absolute path. A shell without
-/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session".
+/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session". The target of ssh
+/// gets its "--".
 std::vector<std::string> commandOf(const StartRequest& request) {
     std::vector<std::string> command = request.program;
     if (command.empty())
@@ -81,6 +84,8 @@ std::vector<std::string> commandOf(const StartRequest& request) {
     const std::string_view tool = PathText::lastComponent(command.front());
     if (command.size() == 1 && Text::isOneOf(tool, Pty::shells))
         command.emplace_back(tool == "tmux" ? "new-session" : "-l");
+    if (tool == "ssh" && command.size() > 1 && std::ranges::find(command, "--") == command.end())
+        command.insert(command.end() - 1, "--");
     return command;
 }
 
@@ -121,34 +126,79 @@ int refused(const StartRequest& request, const std::string& folder, const std::s
         what = request.name.value_or("") + ": ";
     else if (reply.reason != rawText(SessionRefusal::limit))
         what = program + ": ";
-    return complain(PtyAttach::sanitizeLabel(what + refusalText(reply)), SessionExit::refused);
+    return complain(PtyAttach::sanitizeLabel(what) + refusalText(SessionCall::start, reply),
+                    SessionExit::refused);
 }
 
-std::optional<SessionReplyLine> askToStart(const SessionCallLine& call) {
+/// Returns the reply, or in words for people why the host has not replied.
+std::expected<SessionReplyLine, std::string> askToStart(const SessionCallLine& call) {
     // An idle host may end just before it reads the call, so the call is made twice.
     for (int tries = 0; tries < 2; ++tries) {
         auto host = ControlClient::connectOrStart();
-        auto reply = host ? host->call(call) : std::nullopt;
-        if (reply)
-            return reply;
+        if (!host)
+            return std::unexpected(host.error());
+        if (auto reply = host->call(call))
+            return *std::move(reply);
+    }
+    return std::unexpected(std::string(hostUnreachable));
+}
+
+/// Tells whether a session can be shown here, and otherwise says what to do.
+bool canShow() {
+    const bool hasTerminal = ::isatty(STDIN_FILENO) == 1 || ::isatty(STDOUT_FILENO) == 1;
+    if (!hasTerminal)
+        complain(
+            "there is no terminal to show a session in; \"velmo-session start --detached\" and "
+            "\"velmo-session stream\" need none",
+            SessionExit::refused);
+    return hasTerminal;
+}
+
+/// Returns the socket of the caller's SSH agent.
+std::optional<std::string> agentOfCaller() {
+    std::string agent = variable("SSH_AUTH_SOCK");
+    const bool isGiven = !agent.empty() && Text::isValidUtf8(agent);
+    return isGiven ? std::optional(std::move(agent)) : std::nullopt;
+}
+
+int attachById(const AttachRequest& request) {
+    const auto reply = ControlClient::ask({.call = SessionCall::ticket,
+                                           .session = request.session,
+                                           .viewOnly = request.isViewOnly,
+                                           .lines = request.lines,
+                                           .agent = agentOfCaller()});
+    if (!reply)
+        return complain(hostUnreachable, SessionExit::hostGone);
+    if (!reply->ok || !reply->ticket)
+        return complain(refusalText(SessionCall::ticket, *reply), SessionExit::refused);
+    return attach(*reply->ticket, request.detachChoice);
+}
+
+std::optional<std::string> idOfRunning(const std::string& name) {
+    const auto reply = ControlClient::ask({.call = SessionCall::list});
+    if (!reply || !reply->sessions)
+        return std::nullopt;
+    for (const SessionEntry& entry : *reply->sessions) {
+        if (!entry.exitCode && entry.name == PtyAttach::sanitizeTitle(name))
+            return entry.id;
     }
     return std::nullopt;
 }
 
-int attachById(const std::string& session) {
-    const auto reply = ControlClient::ask({.call = SessionCall::ticket, .session = session});
-    if (!reply)
-        return complain(hostUnreachable, SessionExit::hostGone);
-    if (reply->reason == rawText(SessionRefusal::ended))
-        return complain(PtyAttach::english().ended, SessionExit::refused);
-    if (!reply->ok || !reply->ticket)
-        return complain(refusalText(*reply), SessionExit::refused);
-    return attach(*reply->ticket);
+int show(const StartRequest& request, const std::string& id) {
+    return request.isDetached ? print(id + "\n")
+                              : attachById({.session = id, .detachChoice = request.detachChoice});
 }
 
 } // namespace
 
 int start(const StartRequest& request) {
+    if (!request.isDetached && !canShow())
+        return SessionExit::refused;
+    if (request.attachesIfNameRuns) {
+        if (const auto id = idOfRunning(request.name.value_or("")))
+            return show(request, *id);
+    }
     const std::vector<std::string> command = commandOf(request);
     std::string folder = absolute(request.folder.value_or("."));
     SessionCallLine call{.call = SessionCall::start,
@@ -168,18 +218,21 @@ int start(const StartRequest& request) {
                      SessionExit::success);
     }
     if (!reply)
-        return complain(hostUnreachable, SessionExit::hostGone);
-    if (!reply->ok || !reply->session)
-        return refused(request, folder, command.front(), *reply);
-    if (!request.isDetached)
-        return attachById(*reply->session);
-    writeStandardOutput(*reply->session + "\n");
-    return SessionExit::success;
+        return complain(reply.error(), SessionExit::hostGone);
+    if (reply->ok && reply->session)
+        return show(request, *reply->session);
+    if (request.attachesIfNameRuns && reply->reason == rawText(SessionRefusal::name)) {
+        if (const auto id = idOfRunning(request.name.value_or(""))) // another start was quicker
+            return show(request, *id);
+    }
+    return refused(request, folder, command.front(), *reply);
 }
 
-int attachTo(const std::optional<std::string>& session) {
-    if (session)
-        return attachById(*session);
+int attachTo(const AttachRequest& request) {
+    if (!canShow())
+        return SessionExit::refused;
+    if (request.session)
+        return attachById(request);
     const auto reply = ControlClient::ask({.call = SessionCall::list});
     if (!reply || !reply->sessions)
         return complain(hostUnreachable, SessionExit::hostGone);
@@ -189,7 +242,9 @@ int attachTo(const std::optional<std::string>& session) {
         return complain(running.empty() ? "there is no session"
                                         : "there are several sessions; name one of them",
                         SessionExit::refused);
-    return attachById(running.front().id);
+    AttachRequest only = request;
+    only.session = running.front().id;
+    return attachById(only);
 }
 
 } // namespace velmo

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tools/velmo-session/DetachChoice.h"
+
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,15 +13,24 @@ namespace velmo {
 struct StartRequest {
     std::optional<std::string> folder; ///< absent: the caller's, or home where that is not allowed
     std::optional<std::string> name;
+    bool attachesIfNameRuns = false; ///< to the running session of this name, if there is one
     bool isDetached = false;
+    DetachChoice detachChoice;
     std::vector<std::string> program; ///< with its arguments; empty: the user's log-in shell
 };
 
 /// Starts a session, and a host if none serves, and attaches to it. Returns the exit status.
 int start(const StartRequest& request);
 
-/// Attaches to the session with this id or name; if absent, to the running session if exactly one
-/// runs. Returns the exit status.
-int attachTo(const std::optional<std::string>& session);
+/// The request of `velmo-session attach`.
+struct AttachRequest {
+    std::optional<std::string> session; ///< id or name; absent: the one that runs, if only one does
+    bool isViewOnly = false;
+    std::optional<std::int64_t> lines; ///< of what was shown before; absent: all that is kept
+    DetachChoice detachChoice;
+};
+
+/// Attaches to a session. Returns the exit status.
+int attachTo(const AttachRequest& request);
 
 } // namespace velmo

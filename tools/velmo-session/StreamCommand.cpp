@@ -1,11 +1,11 @@
 #include "tools/velmo-session/StreamCommand.h"
 
 #include "core/support/BigEndian.h"
-#include "core/terminal/AttachLabels.h"
 #include "core/terminal/PtyFrame.h"
 #include "platform/posix/Io.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/SessionExit.h"
 
 #include <poll.h>
@@ -52,16 +52,15 @@ std::optional<ByteView> relay(int from, int to, std::vector<std::uint8_t>& room)
 
 } // namespace
 
-int stream(const std::string& session) {
+int stream(const std::string& session, bool isViewOnly) {
     auto host = ControlClient::connect();
     const auto reply =
-        host ? host->call({.call = SessionCall::stream, .session = session}) : std::nullopt;
+        host ? host->call({.call = SessionCall::stream, .session = session, .viewOnly = isViewOnly})
+             : std::nullopt;
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
     if (!reply->ok)
-        return complain(reply->reason == rawText(SessionRefusal::ended) ? PtyAttach::english().ended
-                                                                        : refusalText(*reply),
-                        SessionExit::refused);
+        return complain(refusalText(SessionCall::stream, *reply), SessionExit::refused);
     ExitWatch watch;
     watch.look(bytesOf(host->rest()));
     if (!writeAll(STDOUT_FILENO, host->rest()))

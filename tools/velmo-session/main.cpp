@@ -1,15 +1,19 @@
 /// velmo-session: terminal sessions that go on when their window closes.
 
-#include "core/output/Output.h"
+#include "core/support/Decimal.h"
+#include "core/support/Text.h"
 #include "core/terminal/PtyAttach.h"
-#include "platform/posix/Clocks.h"
 #include "platform/posix/ProcessSetup.h"
-#include "platform/posix/StandardStreams.h"
+#include "sessions/SessionHost.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
-#include "tools/velmo-session/ListText.h"
+#include "tools/velmo-session/KeyNames.h"
+#include "tools/velmo-session/ListCommand.h"
+#include "tools/velmo-session/Print.h"
+#include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/ServeCommand.h"
+#include "tools/velmo-session/ServiceCommand.h"
 #include "tools/velmo-session/SessionCommandLine.h"
 #include "tools/velmo-session/SessionExit.h"
 #include "tools/velmo-session/StartCommand.h"
@@ -30,26 +34,36 @@ std::optional<std::string> optionOf(const CommandLine::Line& line, std::string_v
     return line.value(name).transform([](std::string_view value) { return std::string(value); });
 }
 
-/// Prints the sessions. If no host serves, the list is empty, which is not an error.
-int list(bool json) {
-    auto host = ControlClient::connect();
-    auto reply = host ? host->call({.call = SessionCall::list}) : std::nullopt;
-    if (host && !reply)
-        return complain("the session host gives no answer", SessionExit::hostGone);
-    const auto sessions =
-        reply ? reply->sessions.value_or(std::vector<SessionEntry>()) : std::vector<SessionEntry>();
-    if (json)
-        Output::print(sessions, writeStandardOutput);
-    else
-        writeStandardOutput(listText(sessions, Clocks::wallTime()));
-    return SessionExit::success;
-}
-
-int end(const std::string& session) {
-    const auto reply = ControlClient::ask({.call = SessionCall::end, .session = session});
+/// Makes a call that has no result. Returns the exit status.
+int ask(const SessionCallLine& call) {
+    const auto reply = ControlClient::ask(call);
     if (!reply)
         return complain(hostUnreachable, SessionExit::hostGone);
-    return reply->ok ? SessionExit::success : complain(refusalText(*reply), SessionExit::refused);
+    return reply->ok ? SessionExit::success
+                     : complain(refusalText(call.call, *reply), SessionExit::refused);
+}
+
+/// Types into the session that the first word names.
+int send(std::span<const std::string> words) {
+    std::string keys = typedBy(words.subspan(1));
+    if (!Text::isValidUtf8(keys))
+        return complain("only keys in UTF-8 can be handed on", SessionExit::refused);
+    if (keys.size() > SessionHost::maxSent)
+        return complain("more than " + std::to_string(SessionHost::maxSent)
+                            + " bytes can't be sent at once",
+                        SessionExit::refused);
+    return ask({.call = SessionCall::send, .session = words.front(), .keys = std::move(keys)});
+}
+
+/// Waits for the end of a session. Returns its program's code.
+int wait(const std::string& session) {
+    auto host = ControlClient::connect();
+    const auto reply =
+        host ? host->callAndWait({.call = SessionCall::wait, .session = session}) : std::nullopt;
+    if (!reply)
+        return complain(hostUnreachable, SessionExit::hostGone);
+    return reply->ok ? reply->exitCode.value_or(SessionExit::success)
+                     : complain(refusalText(SessionCall::wait, *reply), SessionExit::refused);
 }
 
 /// Runs the attach client. The arguments are the same in every program that contains the client.
@@ -61,28 +75,67 @@ int ptyAttach(std::span<const std::string_view> arguments) {
                         SessionExit::usage);
     if (const auto* const ticket = std::get_if<PtyAttach::TicketArguments>(&*parsed))
         return attach(ticket->path);
-    writeStandardOutput(std::string(PtyAttach::probeReply) + "\n");
-    return SessionExit::success;
+    return print(std::string(PtyAttach::probeReply) + "\n");
+}
+
+int startAsAsked(const CommandLine::Line& line, const DetachChoice& detachChoice) {
+    auto wanted = optionOf(line, SessionOption::attachOrCreate);
+    if (!wanted)
+        wanted = optionOf(line, "-A");
+    auto name = optionOf(line, "--name");
+    if (wanted && name)
+        return complain(std::string(SessionOption::attachOrCreate)
+                            + " names the session; leave out --name",
+                        SessionExit::usage);
+    return start({.folder = optionOf(line, "--cwd"),
+                  .name = wanted ? wanted : name,
+                  .attachesIfNameRuns = wanted.has_value(),
+                  .isDetached = line.has("--detached"),
+                  .detachChoice = detachChoice,
+                  .program = line.words});
 }
 
 int run(const CommandLine::Line& line, std::span<const std::string_view> arguments) {
     const std::string_view verb = line.verb->name;
     if (verb == SessionVerb::serve)
         return serve(line.has("--background") ? ServeMode::background : ServeMode::foreground);
+    const auto detachChoice =
+        DetachChoice::parse(line.value(SessionOption::detachKey).value_or("C-]"));
+    if (!detachChoice)
+        return complain(std::string(SessionOption::detachKey)
+                            + " takes a key with Control, such as C-a or C-\\",
+                        SessionExit::usage);
     if (verb == SessionVerb::start)
-        return start({.folder = optionOf(line, "--cwd"),
-                      .name = optionOf(line, "--name"),
-                      .isDetached = line.has("--detached"),
-                      .program = line.words});
+        return startAsAsked(line, *detachChoice);
     if (verb == SessionVerb::list)
-        return list(line.has("--json"));
+        return list({.isJson = line.has("--json"), .isWatched = line.has("--watch")});
+    const auto lines = line.value(SessionOption::lines).transform([](std::string_view text) {
+        return Decimal::parseUnsigned<std::uint32_t>(text);
+    });
+    if (lines && !*lines)
+        return complain(std::string(SessionOption::lines) + " takes a number", SessionExit::usage);
     if (verb == SessionVerb::attach)
-        return attachTo(line.words.empty() ? std::nullopt : std::optional(line.words.front()));
+        return attachTo(
+            {.session = line.words.empty() ? std::nullopt : std::optional(line.words.front()),
+             .isViewOnly = line.has(SessionOption::viewOnly),
+             .lines = lines.value_or(std::nullopt),
+             .detachChoice = *detachChoice});
     if (verb == SessionVerb::ptyAttach)
         return ptyAttach(arguments.subspan(1));
+    if (verb == SessionVerb::service)
+        return service(line.words.empty() ? "" : line.words.front());
     if (line.words.empty())
         return complain(std::string(verb) + " needs an id or a name", SessionExit::usage);
-    return verb == SessionVerb::end ? end(line.words.front()) : stream(line.words.front());
+    const std::string& session = line.words.front();
+    if (verb == SessionVerb::send)
+        return send(line.words);
+    if (verb == SessionVerb::wait)
+        return wait(session);
+    if (verb == SessionVerb::detach)
+        return ask({.call = SessionCall::detach, .session = session});
+    if (verb == SessionVerb::end)
+        return ask({.call = SessionCall::end, .session = session});
+    return stream(session, line.has(SessionOption::viewOnly));
 }
 
 } // namespace
@@ -92,10 +145,8 @@ int main(int argc, char** argv) {
     const std::vector<std::string_view> arguments(argv + std::min(argc, 1), argv + argc);
     const auto line = CommandLine::read(sessionCommandLine, arguments);
     if (!line)
-        return complain(line.error(), SessionExit::usage);
-    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line)) {
-        writeStandardOutput(*page);
-        return SessionExit::success;
-    }
+        return complain(line.error().text, SessionExit::usage);
+    if (const auto page = CommandLine::ownPage(sessionCommandLine, *line))
+        return print(*page);
     return run(*line, arguments);
 }

@@ -47,6 +47,7 @@ constexpr auto signals = std::to_array<Pair>({
 constexpr auto openFlags = std::to_array<Pair>({
     {O_NONBLOCK, 0x4},
     {O_APPEND, 0x8},
+    {O_NOCTTY, 0x20000},
     {O_NOFOLLOW, 0x100},
     {O_CREAT, 0x200},
     {O_TRUNC, 0x400},

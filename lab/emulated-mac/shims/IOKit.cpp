@@ -71,11 +71,14 @@ std::uint32_t findPowerManagement(std::uint32_t /*port*/) {
     return powerManagementPort;
 }
 
+/// IOReturn.h. XNU refuses while sleep is disabled (privateSleepSystem in IOPMrootDomain.cpp).
+constexpr auto notPermitted = static_cast<std::int32_t>(0xE00002E2);
+
 std::int32_t sleepNow(std::uint32_t connection) {
     if (connection != powerManagementPort)
         misuse("IOPMSleepSystem over no connection");
     note("the Mac is asked to sleep");
-    return 0;
+    return factOr("sleep-disabled", 0) == 1 ? notPermitted : 0;
 }
 
 std::int32_t closeConnection(std::uint32_t connection) {

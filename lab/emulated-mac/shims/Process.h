@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 /// The process itself: its program, its user, its signals, its end.
 namespace velmo {
@@ -13,6 +14,10 @@ void setExecutable(std::string path);
 /// Returns the user that the process believes it runs as: EMULATED_UID, else 501, a Mac's first
 /// user.
 std::uint32_t emulatedUser();
+
+/// Returns the words by which a process was started. In an emulated process's command line these
+/// are the words behind the emulator's.
+std::vector<std::string> wordsOf(int process);
 
 /// Calls back, on a thread of the system's own, for each signal of this number (Darwin's), whether
 /// or not the process ignores it, as a kqueue's EVFILT_SIGNAL does.

@@ -40,11 +40,12 @@ Shims unwindShims() {
 }
 
 void* findShim(std::string_view import) {
-    const std::array tables = {coreFoundationShims(), dispatchShims(),   foundationShims(),
-                               ioKitShims(),          objectiveCShims(), securityShims(),
-                               systemEventShims(),    systemFileShims(), systemProcessShims(),
-                               systemSignalShims(),   systemTextShims(), systemThreadShims(),
-                               unwindShims(),         xpcShims(),        Shims(uncalled)};
+    const std::array tables = {coreFoundationShims(), dispatchShims(),     foundationShims(),
+                               ioKitShims(),          objectiveCShims(),   securityShims(),
+                               systemEventShims(),    systemFileShims(),   systemProcessShims(),
+                               systemSignalShims(),   systemSocketShims(), systemTerminalShims(),
+                               systemTextShims(),     systemThreadShims(), systemUserShims(),
+                               unwindShims(),         xpcShims(),          Shims(uncalled)};
     for (const Shims& table : tables) {
         for (const Shim& shim : table) {
             if (shim.import == import)

@@ -30,8 +30,11 @@ Shims systemEventShims();
 Shims systemFileShims();
 Shims systemProcessShims();
 Shims systemSignalShims();
+Shims systemSocketShims();
+Shims systemTerminalShims();
 Shims systemTextShims();
 Shims systemThreadShims();
+Shims systemUserShims();
 Shims unwindShims();
 Shims xpcShims();
 

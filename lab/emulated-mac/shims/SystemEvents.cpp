@@ -154,6 +154,18 @@ int useQueue(int queue, const Event* changes, int changeCount, Event* events, in
 
 constexpr std::uint64_t darwinNonBlocking = 0x8004667E; // FIONBIO, <sys/filio.h>
 
+struct Request {
+    std::uint64_t onDarwin; ///< XNU's <sys/ttycom.h>
+    int onLinux;
+};
+
+/// What takes the same argument on both systems.
+constexpr auto terminalRequests = std::to_array<Request>({
+    {0x80087467, TIOCSWINSZ},
+    {0x40087468, TIOCGWINSZ},
+    {0x20007461, TIOCSCTTY},
+});
+
 bool isQueue(int file) {
     std::array<char, 32> target{};
     const auto length =
@@ -162,9 +174,13 @@ bool isQueue(int file) {
            == "anon_inode:[eventpoll]";
 }
 
-/// Handles FIONBIO alone. A queue accepts no request at all (XNU's kern_event.c, kqueue_ioctl): it
+/// A queue accepts no request at all (XNU's kern_event.c, kqueue_ioctl): it
 /// can't be made non-blocking.
 extern "C" int emulatedDeviceControl(int file, std::uint64_t request, int** rest) {
+    for (const Request& each : terminalRequests) {
+        if (each.onDarwin == request)
+            return keepError(::ioctl(file, each.onLinux, *rest));
+    }
     if (request != darwinNonBlocking)
         endRun("a request of ioctl that has no case");
     if (isQueue(file)) {

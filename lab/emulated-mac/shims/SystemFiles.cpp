@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
 #include <string_view>
 
 namespace velmo {
@@ -79,7 +82,8 @@ int linkStatus(const char* path, DarwinStat* to) {
     return fill(::lstat(placeOf(path).c_str(), &status), status, to);
 }
 
-constexpr int darwinNoFollow = 0x20; // AT_SYMLINK_NOFOLLOW
+constexpr int darwinNoFollow = 0x20;    // AT_SYMLINK_NOFOLLOW
+constexpr int darwinCurrentFolder = -2; // AT_FDCWD
 
 int statusIn(int folder, const char* name, DarwinStat* to, int flags) {
     struct stat status{};
@@ -92,11 +96,30 @@ extern "C" int emulatedOpen(const char* path, int flags, const std::uint32_t* re
 }
 
 extern "C" int emulatedOpenIn(int folder, const char* name, int flags, const std::uint32_t* rest) {
+    if (folder == darwinCurrentFolder)
+        return keepError(::open(placeOf(name).c_str(), linuxOpenFlagsOf(flags), *rest));
     return keepError(::openat(folder, name, linuxOpenFlagsOf(flags), *rest));
 }
 
 /// XNU's <sys/fcntl.h>; 1 to 4 are the same.
-enum DarwinControl { setFlags = 4, getFlags = 3, fullSynchronize = 51, duplicateAndClose = 67 };
+enum DarwinControl {
+    setFlags = 4,
+    getFlags = 3,
+    getPath = 50,
+    fullSynchronize = 51,
+    duplicateAndClose = 67,
+};
+
+/// Writes the path of an open file, at most 1,023 bytes and a NUL.
+int pathOfOpen(int file, char* to) {
+    constexpr std::size_t longest = 1023;
+    const std::string link = "/proc/self/fd/" + std::to_string(file);
+    const ssize_t size = keepError(::readlink(link.c_str(), to, longest));
+    if (size < 0)
+        return -1;
+    to[size] = '\0';
+    return 0;
+}
 
 extern "C" int emulatedControl(int file, int command, const int* rest) {
     switch (command) {
@@ -109,8 +132,15 @@ extern "C" int emulatedControl(int file, int command, const int* rest) {
     }
     case setFlags:
         return keepError(::fcntl(file, F_SETFL, linuxOpenFlagsOf(*rest)));
+    case getPath: {
+        char* to = nullptr;
+        std::memcpy(static_cast<void*>(&to), rest, sizeof to);
+        return pathOfOpen(file, to);
+    }
     case fullSynchronize:
         return keepError(::fsync(file));
+    case F_DUPFD:
+        return keepError(::fcntl(file, F_DUPFD, *rest));
     case duplicateAndClose:
         return keepError(::fcntl(file, F_DUPFD_CLOEXEC, *rest));
     default:
@@ -176,8 +206,44 @@ int closeFolder(DarwinFolder* folder) {
     return result;
 }
 
+int access(const char* path, int mode) {
+    return keepError(::access(placeOf(path).c_str(), mode));
+}
+
+int removeName(const char* path) {
+    return keepError(::unlink(placeOf(path).c_str()));
+}
+
+int renameFile(const char* from, const char* to) {
+    return keepError(::rename(placeOf(from).c_str(), placeOf(to).c_str()));
+}
+
+int changeMode(const char* path, std::uint16_t mode) {
+    return keepError(::chmod(placeOf(path).c_str(), mode));
+}
+
+ssize_t linkTarget(const char* path, char* to, std::size_t size) {
+    return keepError(::readlink(placeOf(path).c_str(), to, size));
+}
+
+/// Null times mean now; other times have no case.
+int setTimes(int file, const timespec* times) {
+    if (times != nullptr)
+        endRun("futimens to other times than now");
+    return keepError(::futimens(file, nullptr));
+}
+
+int setTimesIn(int folder, const char* name, const timespec* times, int flags) {
+    if (times != nullptr)
+        endRun("utimensat to other times than now");
+    const int linuxFlags = (flags & darwinNoFollow) != 0 ? AT_SYMLINK_NOFOLLOW : 0;
+    return keepError(::utimensat(folder, name, nullptr, linuxFlags));
+}
+
 constexpr auto shims = std::to_array<Shim>({
+    {"_access", address<access>},
     {"_chdir", address<Translated<::chdir>::call>},
+    {"_chmod", address<changeMode>},
     {"_closedir", address<closeFolder>},
     {"_close", address<Translated<::close>::call>},
     {"_dirfd", address<folderDescriptor>},
@@ -185,6 +251,10 @@ constexpr auto shims = std::to_array<Shim>({
     {"_dup2", address<Translated<::dup2>::call>},
     {"_fchmod", address<Translated<::fchmod>::call>},
     {"_fcntl", address<variadicControl>},
+    {"_flock", address<Translated<::flock>::call>},
+    {"_fsync", address<Translated<::fsync>::call>},
+    {"_ftruncate", address<Translated<::ftruncate>::call>},
+    {"_futimens", address<setTimes>},
     {"_fstat", address<fileStatus>},
     {"_fstatat", address<statusIn>},
     {"_isatty", address<::isatty>},
@@ -197,8 +267,12 @@ constexpr auto shims = std::to_array<Shim>({
     {"_poll", address<Translated<::poll>::call>},
     {"_readdir", address<readFolder>},
     {"_read", address<Translated<::read>::call>},
+    {"_readlink", address<linkTarget>},
+    {"_rename", address<renameFile>},
     {"_renameat", address<Translated<::renameat>::call>},
     {"_stat", address<pathStatus>},
+    {"_unlink", address<removeName>},
+    {"_utimensat", address<setTimesIn>},
     {"_unlinkat", address<Translated<::unlinkat>::call>},
     {"_write", address<Translated<::write>::call>},
 });

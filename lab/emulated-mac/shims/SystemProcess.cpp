@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string_view>
 #include <utility>
@@ -185,10 +186,19 @@ int spawn(pid_t* child, const char* program, SpawnActions* const* actions,
     return error == 0 ? 0 : darwinErrorOf(error);
 }
 
-/// Waits for a child. If a signal ended the child, the status has the signal's Linux number; the
-/// signals that the executables send or ask about are the same on both systems.
+/// Waits for a child. The status has the same form on both systems, but for the signals' numbers.
 pid_t waitFor(pid_t child, int* status, int options) {
-    return keepError(::waitpid(child, status, options));
+    constexpr int stopped = 0x7F;
+    constexpr int coreDumped = 0x80;
+    int seen = 0;
+    const pid_t found = keepError(::waitpid(child, &seen, options));
+    if (found > 0 && WIFSTOPPED(seen))
+        seen = darwinSignalOf(WSTOPSIG(seen)) << 8 | stopped;
+    else if (found > 0 && WIFSIGNALED(seen))
+        seen = darwinSignalOf(WTERMSIG(seen)) | (seen & coreDumped);
+    if (found > 0 && status != nullptr)
+        *status = seen;
+    return found;
 }
 
 /// Forks. The child has this thread alone, as on a Mac.
@@ -221,6 +231,13 @@ int become(const char* program, char* const* arguments) {
         words.push_back(*word);
     words.push_back(nullptr);
     return keepError(::execvp(words.front(), words.data()));
+}
+
+int becomeIn(const char* program, char* const* arguments, char* const* environment) {
+    const std::string place = placeOf(program);
+    if (isForTheMac(place))
+        endRun("execve of an executable of the Mac");
+    return keepError(::execve(place.c_str(), arguments, environment));
 }
 
 /// setsid(2).
@@ -312,6 +329,38 @@ int pathOf(int process, char* to, std::uint32_t size) {
     return length < 0 ? 0 : static_cast<int>(length);
 }
 
+} // namespace
+
+std::vector<std::string> wordsOf(int process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');) {
+        if (word.ends_with("/emulated-mac"))
+            words.clear();
+        else
+            words.push_back(word);
+    }
+    return words;
+}
+
+namespace {
+
+/// PROC_PIDT_SHORTBSDINFO of proc_pidinfo(3): fills in the user, which is the emulated one of every
+/// process.
+int processFacts(int process, int flavour, std::uint64_t /*argument*/, void* to, int size) {
+    constexpr int shortFacts = 13;
+    constexpr int length = 64;
+    constexpr std::size_t user = 36;
+    if (flavour != shortFacts || size != length)
+        misuse("proc_pidinfo of a kind that no shim has");
+    if (wordsOf(process).empty())
+        return 0;
+    std::memset(to, 0, length);
+    const std::uint32_t owner = emulatedUser();
+    std::memcpy(static_cast<char*>(to) + user, &owner, sizeof owner);
+    return length;
+}
+
 std::uintptr_t stackGuard = 0x00A5C3F00FB4D296;
 
 constexpr auto shims = std::to_array<Shim>({
@@ -326,6 +375,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_getcwd", address<currentFolder>},
     {"_getenv", address<::getenv>},
     {"_getuid", address<user>},
+    {"_execve", address<becomeIn>},
     {"_execvp", address<become>},
     {"_fork", address<split>},
     {"_posix_spawn_file_actions_adddup2", address<addDuplicate>},
@@ -337,6 +387,7 @@ constexpr auto shims = std::to_array<Shim>({
     {"_posix_spawnattr_setsigdefault", address<setSpawnDefaults>},
     {"_posix_spawnattr_setsigmask", address<setSpawnMask>},
     {"_posix_spawnp", address<spawn>},
+    {"_proc_pidinfo", address<processFacts>},
     {"_proc_pidpath", address<pathOf>},
     {"_realpath$DARWIN_EXTSN", address<wholePath>},
     {"_setsid", address<leadSession>},

@@ -37,7 +37,11 @@ struct DarwinInfo {
 
 static_assert(sizeof(DarwinInfo) == 104);
 
-constexpr int darwinFromUser = 0x10001; // SI_USER
+/// XNU takes the program that writes a key to a terminal's other side for the sender of the key's
+/// signal (ptcwrite in bsd/kern/tty_dev.c), and this process did not start itself.
+pid_t senderOf(const siginfo_t& info) {
+    return info.si_code == SI_KERNEL ? ::getppid() : info.si_pid;
+}
 
 using Handler = void (*)(int signal, DarwinInfo* info, void* context);
 
@@ -62,8 +66,20 @@ struct Table {
     std::array<DarwinAction, signalCount> actions{};
 };
 
+/// A process is born with its signals ignored or at their default.
+Table* readTable() {
+    auto* const made = new Table;
+    for (int signal = 1; signal < signalCount; ++signal) {
+        struct sigaction action{};
+        if (::sigaction(linuxSignalOf(signal), nullptr, &action) == 0
+            && action.sa_handler == SIG_IGN)
+            made->actions.at(static_cast<std::size_t>(signal)).handler = plain(SIG_IGN);
+    }
+    return made;
+}
+
 Table& table() {
-    static auto& made = *new Table;
+    static auto& made = *readTable();
     return made;
 }
 
@@ -78,11 +94,11 @@ void arrived(int linuxSignal, siginfo_t* info, void* /*context*/) {
         static_cast<void>(::signal(linuxSignal, SIG_DFL));
         ::raise(linuxSignal);
     } else if (action.handler != plain(SIG_DFL) && action.handler != plain(SIG_IGN)) {
-        const bool hasSender = info->si_code == SI_USER || info->si_code == SI_TKILL;
+        // No code but that of a child's end comes with a signal (sendsig in bsd/dev/arm).
         DarwinInfo told{.signal = signal,
                         .error = 0,
-                        .code = hasSender ? darwinFromUser : 0,
-                        .process = info->si_pid,
+                        .code = 0,
+                        .process = senderOf(*info),
                         .user = info->si_uid,
                         .rest = {}};
         action.handler(signal, &told, nullptr);
@@ -174,16 +190,22 @@ int sendSignal(pid_t process, int signal) {
     return keepError(::kill(process, linuxSignalOf(signal)));
 }
 
+int sendToGroup(pid_t group, int signal) {
+    return keepError(::killpg(group, linuxSignalOf(signal)));
+}
+
 int raiseSignal(int signal) {
     return keepError(::raise(linuxSignalOf(signal)));
 }
 
 constexpr auto shims = std::to_array<Shim>({
     {"_kill", address<sendSignal>},
+    {"_killpg", address<sendToGroup>},
     {"_pthread_sigmask", address<setMask>},
     {"_raise", address<raiseSignal>},
     {"_sigaction", address<setAction>},
     {"_signal", address<setSignal>},
+    {"_sigprocmask", address<setMask>},
 });
 
 } // namespace

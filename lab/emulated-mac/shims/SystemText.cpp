@@ -31,6 +31,10 @@ extern "C" int emulatedPrintIn(char* to, std::size_t size, void* /*locale*/, con
     return printTo(to, size, format, stack);
 }
 
+extern "C" int emulatedPrintTo(char* to, std::size_t size, const char* format, void* stack) {
+    return printTo(to, size, format, stack);
+}
+
 int print(std::FILE* file, const char* format, void* stack) {
     VariadicList list(stack);
     return std::vfprintf(file, format, list.get());
@@ -44,6 +48,7 @@ extern "C" int emulatedPrint(const char* format, void* stack) {
 
 VELMO_VARIADIC(variadicPrint, 1, emulatedPrint);
 VELMO_VARIADIC(variadicPrintIn, 4, emulatedPrintIn);
+VELMO_VARIADIC(variadicPrintTo, 3, emulatedPrintTo);
 
 static_assert(_IOFBF == 0 && _IOLBF == 1 && _IONBF == 2, "as in Apple's <stdio.h>");
 
@@ -109,6 +114,12 @@ void* find(const void* memory, int c, std::size_t size) {
     return const_cast<void*>(std::memchr(memory, c, size));
 }
 
+/// strerror_r(3) as POSIX has it.
+int errorText(int error, char* to, std::size_t size) {
+    std::snprintf(to, size, "%s", std::strerror(linuxErrorOf(error)));
+    return 0;
+}
+
 void clear(void* memory, std::size_t size) {
     std::memset(memory, 0, size);
 }
@@ -137,9 +148,12 @@ constexpr auto shims = std::to_array<Shim>({
     {"_puts", address<::puts>},
     {"_realloc", address<::realloc>},
     {"_setvbuf", address<::setvbuf>},
+    {"_snprintf", address<variadicPrintTo>},
     {"_snprintf_l", address<variadicPrintIn>},
     {"_strcmp", address<::strcmp>},
+    {"_strncmp", address<::strncmp>},
     {"_strftime", address<::strftime>},
+    {"_strerror_r", address<errorText>},
     {"_strlen", address<::strlen>},
     {"_strtoll", address<::strtoll>},
     {"_vfprintf", address<print>},

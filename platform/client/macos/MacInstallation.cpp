@@ -58,6 +58,7 @@ Installation examineMac(const std::optional<std::string>& daemonRequirement,
         found.signatureFault =
             signatureFault(root + "/usr/bin/codesign", daemon, daemonRequirement);
     found.recordFolder = placeOnDisk(root + std::string(powerRecordDirectory), rootUser);
+    found.hasRecord = isOnDisk(found.recordFolder->path + "/" + std::string(powerRecordName));
     found.logPath = root + std::string(logFolder) + label + ".log";
     found.logEnd = lastLines(found.logPath, logLines);
     return found;

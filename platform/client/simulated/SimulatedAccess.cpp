@@ -18,30 +18,41 @@ namespace {
 
 class SocketLink final : public PowerLink {
 public:
-    SocketLink(asio::io_context& context, std::filesystem::path socket)
-        : context_(context), socket_(std::move(socket)) {}
+    SocketLink(asio::io_context& context, std::filesystem::path socket,
+               std::function<void(std::string_view)> log)
+        : context_(context), socket_(std::move(socket)), log_(std::move(log)) {}
 
     std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) override {
-        return SocketClient::connect(context_, socket_, std::move(onLost));
+        return SocketClient::connect(context_, socket_, std::move(onLost),
+                                     [this] { tellOfTooManyClients(); });
     }
 
 private:
+    /// Logs only once, because a keeper of a hold connects again and again.
+    void tellOfTooManyClients() {
+        if (const auto log = std::exchange(log_, nullptr))
+            log("the power daemon has too many clients");
+    }
+
     asio::io_context& context_;
     std::filesystem::path socket_;
+    std::function<void(std::string_view)> log_;
 };
 
 /// Leaves out what a simulated Mac lacks: launchd, code signatures and a log file. The daemon there
 /// logs to its standard error.
 Installation examine(const MacFolder& mac) {
-    std::error_code error;
-    return {.isLoaded = std::filesystem::exists(mac.socket(powerDaemonMachService), error),
-            .recordFolder = placeOnDisk(mac.inside(powerRecordDirectory).string(), ::geteuid())};
+    const auto folder = mac.inside(powerRecordDirectory);
+    return {.simulatedMac = mac.root().string(),
+            .recordFolder = placeOnDisk(folder.string(), ::geteuid()),
+            .hasRecord = isOnDisk((folder / powerRecordName).string())};
 }
 
 } // namespace
 
-std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& context,
-                                                           const std::filesystem::path& folder) {
+std::expected<PowerAccess, std::string>
+accessSimulatedMac(asio::io_context& context, const std::filesystem::path& folder,
+                   std::function<void(std::string_view)> log) {
     const auto mac = MacFolder::named(folder);
     if (!mac)
         return std::unexpected(mac.error());
@@ -49,7 +60,8 @@ std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& con
         return std::unexpected(mac->complaint());
     return PowerAccess{
         .machine = std::make_unique<SimulatedPowerMachine>(*mac),
-        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService)),
+        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService),
+                                             std::move(log)),
         .preventIdleSleep = {}, // this Mac is never idle
         .turnDisplayOff = [pmset = mac->pmset().string()] { turnDisplayOffBy(pmset); },
         .examine = [mac = *mac] { return examine(mac); }};

@@ -13,7 +13,8 @@ namespace velmo {
 
 std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
                                                     const std::filesystem::path& socket,
-                                                    std::function<void()> onLost) {
+                                                    std::function<void()> onLost,
+                                                    std::function<void()> onRefused) {
     const std::shared_ptr<SocketClient> client(new SocketClient(context));
     std::optional<asio::local::stream_protocol::endpoint> address;
     try {
@@ -22,6 +23,7 @@ std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
         return nullptr;
     }
     client->onLost_ = std::move(onLost);
+    client->onRefused_ = std::move(onRefused);
     client->socket_.async_connect(
         *address, [client](const std::error_code& error) { client->connected(error); });
     // Reads and writes under way keep the client itself alive. The caller gets a handle: its end
@@ -93,7 +95,10 @@ void SocketClient::readReply() {
 void SocketClient::received(const std::error_code& error, std::size_t size) {
     const auto line =
         error ? std::nullopt : decodeRecord<ReplyLine>(std::string_view(received_).substr(0, size));
-    if (!line || awaited_.empty()) {
+    const bool isRefused = line && line->reason == tooManyClients;
+    if (isRefused && onLost_)
+        onRefused_();
+    if (!line || isRefused || awaited_.empty()) {
         lost();
         return;
     }

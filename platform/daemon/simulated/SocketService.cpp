@@ -199,10 +199,16 @@ void SocketService::acceptNext() {
 }
 
 void SocketService::admit(Socket socket) {
-    if (*taken_ < places_)
+    if (*taken_ < places_) {
         guard_->acceptConnection(std::make_shared<SocketConnection>(
                                      std::move(socket), ClientId{++lastClient_}, folder_, taken_),
                                  Session::make);
+        return;
+    }
+    // Not waited for: a new socket has room for the line.
+    std::error_code ignored;
+    Output::print(ReplyLine{.ok = false, .reason = std::string(tooManyClients), .report = {}},
+                  [&](std::string_view line) { socket.send(asio::buffer(line), 0, ignored); });
 }
 
 } // namespace velmo

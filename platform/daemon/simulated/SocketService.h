@@ -22,7 +22,7 @@ namespace velmo {
 ///
 /// Peers can't harm each other. A client's next call is read only after the reply to the last one.
 /// A line that is too long or not a call ends the connection. A connection beyond the limit is
-/// dropped.
+/// told so and dropped.
 class SocketService {
 public:
     /// Far fewer than the descriptors that a process may have: pmset and the record need some too.

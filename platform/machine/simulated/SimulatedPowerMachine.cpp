@@ -14,20 +14,22 @@ std::optional<std::string> SimulatedPowerMachine::runPmset(PmsetArguments argume
 }
 
 std::optional<bool> SimulatedPowerMachine::sleepDisabledProperty() {
-    SimulatedMac now = mac();
-    if (now.faults.propertyUnreadable)
+    auto now = folder_.load();
+    if (!now || now->faults.propertyUnreadable)
         return std::nullopt;
-    now.settle(Clocks::steadyTime());
-    return now.sleepDisabled;
+    now->settle(Clocks::steadyTime());
+    return now->sleepDisabled;
 }
 
 std::optional<PowerSourceSnapshot> SimulatedPowerMachine::powerSources() {
-    const SimulatedMac& now = mac();
-    PowerSourceSnapshot snapshot{.providingType = now.mains ? "AC Power" : "Battery Power",
+    const auto now = folder_.load();
+    if (!now)
+        return std::nullopt;
+    PowerSourceSnapshot snapshot{.providingType = now->mains ? "AC Power" : "Battery Power",
                                  .sources = {}};
-    if (now.battery) {
+    if (now->battery) {
         snapshot.sources.push_back(
-            {.type = "InternalBattery", .currentCapacity = *now.battery, .maximumCapacity = 100});
+            {.type = "InternalBattery", .currentCapacity = *now->battery, .maximumCapacity = 100});
     }
     return snapshot;
 }
@@ -37,10 +39,10 @@ ThermalState SimulatedPowerMachine::thermalState() {
 }
 
 std::optional<LidState> SimulatedPowerMachine::lid() {
-    const Lid lid = mac().lid;
-    if (lid == Lid::none)
+    const auto now = folder_.load();
+    if (!now || now->lid == Lid::none)
         return std::nullopt;
-    return LidState{.isShut = lid == Lid::shut, .causesSleep = true};
+    return LidState{.isShut = now->lid == Lid::shut, .causesSleep = true};
 }
 
 bool SimulatedPowerMachine::requestSleep() {

@@ -8,8 +8,8 @@
 namespace velmo {
 
 /// A simulated Mac as the daemon and its clients see it. Every fact is read from the machine file
-/// when it is asked for. While the file can't be read, as in the middle of a save, the last good
-/// state stands.
+/// when it is asked for. While the file can't be read, as in the middle of a save, a fact that may
+/// be absent is absent, and the heat and the clocks stay as they were read last.
 class SimulatedPowerMachine final : public PowerMachine {
 public:
     /// `beforeEffect` is called before anything is done to the Mac.

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t maxStat = 4096; // bytes
 
 struct Process {
+    pid_t parent = 0;
     pid_t group = 0;
     pid_t session = 0;
 };
@@ -31,16 +32,15 @@ std::optional<Process> processIn(const std::string& folder) {
         return std::nullopt;
     std::istringstream rest(stat->substr(name + 1));
     char state = 0;
-    pid_t parent = 0;
     Process process;
-    if (!(rest >> state >> parent >> process.group >> process.session))
+    if (!(rest >> state >> process.parent >> process.group >> process.session))
         return std::nullopt;
     return process;
 }
 
 } // namespace
 
-std::set<pid_t> processGroupsOf(pid_t leader, int /*terminal*/) {
+std::set<pid_t> processGroupsOf(pid_t leader) {
     std::set<pid_t> groups;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
@@ -51,6 +51,19 @@ std::set<pid_t> processGroupsOf(pid_t leader, int /*terminal*/) {
             groups.insert(process->group);
     }
     return groups;
+}
+
+std::vector<pid_t> ancestryOf(pid_t process) {
+    std::vector<pid_t> ancestry;
+    while (process > 0 && ancestry.size() < maxAncestry) {
+        ancestry.push_back(process);
+        const auto found = processIn("/proc/" + std::to_string(process));
+        if (!found)
+            break;
+        ancestry.push_back(found->session);
+        process = found->parent;
+    }
+    return ancestry;
 }
 
 void closeDescriptorsFrom(int first) {

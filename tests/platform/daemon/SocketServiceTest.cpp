@@ -52,7 +52,9 @@ TEST_F(SocketServiceTest, RefusesOneClientTooManyUntilAnotherLeaves) {
     for (int i = 0; i < 3; ++i) {
         const RawClient second = connect();
         EXPECT_EQ(call(second, heartbeat), no);
-        EXPECT_EQ(call(connect(), heartbeat), "");
+        const RawClient third = connect();
+        EXPECT_EQ(call(third, heartbeat), R"({"ok":false,"reason":"too many clients"})");
+        EXPECT_EQ(third.readLine(), "");
         EXPECT_EQ(call(first, heartbeat), no);
     }
 }

@@ -137,9 +137,16 @@ TEST_F(AttachTicketOnDisk, GoesToExactlyOneOfAHundredProcesses) {
 TEST_F(AttachTicketOnDisk, ReportsFilesAsTheSystemDoes) {
     HostFileSystem host;
     EXPECT_EQ(host.uid(), ::getuid());
-    // The Mac has a call for the temporary folder; other systems have this variable.
-    ::setenv("XDG_RUNTIME_DIR", root.c_str(), 1);
-    const auto told = host.userTempDir().value();
+    // The Mac has a call for the temporary folder; elsewhere the home folder decides, given or not.
+    ::setenv("XDG_RUNTIME_DIR", "/nowhere", 1);
+    for (const char* home : {"", root.c_str()}) {
+        ::setenv("HOME", home, 1);
+        const std::string told = host.userTempDir().value();
+        EXPECT_TRUE(told.starts_with("/") && !told.starts_with("/nowhere")) << told;
+        EXPECT_NE(told, "/.velmo") << "an empty HOME is none";
+    }
+    const std::string told = host.userTempDir().value();
+    fs::create_directory(told);
     EXPECT_EQ(expectedFolder(host), (fs::canonical(told) / "velmo-term").string());
     const int directory = host.openDirectory(folder.string()).value();
     EXPECT_EQ(host.pathOf(directory), folder.string());

@@ -8,16 +8,15 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 namespace velmo {
 namespace {
 
 TEST(ThisMac, SaysOfSleepWhatPmsetSays) {
-    const auto printed =
-        outputOf("/usr/bin/pmset", std::to_array<std::string_view>({"-g"})).value_or("");
+    const auto printed = outputOf("/usr/bin/pmset", {"-g"});
+    ASSERT_TRUE(printed);
     if (const auto property = sleepDisabledInRootDomain()) {
-        EXPECT_EQ(property, parseSleepDisabled(printed));
+        EXPECT_EQ(property, parseSleepDisabled(*printed).value_or(false))
+            << "a setting that was never changed has no line";
     }
     EXPECT_TRUE(readPowerSources());
 }

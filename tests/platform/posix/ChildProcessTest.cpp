@@ -3,13 +3,17 @@
 #include "lab/instruments/TemporaryFolder.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/Pipe.h"
+#include "platform/posix/ProcessArguments.h"
 #include "platform/posix/ProgramName.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
+#include <tuple>
 #include <vector>
 
 namespace velmo {
@@ -78,6 +82,55 @@ TEST(ProgramName, IsThatOfTheFileEvenWhenItIsGone) {
     ::kill(*child, SIGKILL);
     waitForChild(*child);
     EXPECT_EQ(programNameOf(*child), std::nullopt);
+}
+
+TEST(ProcessArguments, ReadsWhatAMacsKernelGives) {
+    using Words = std::optional<std::vector<std::string>>;
+    const auto bytes = [](int count, std::string_view rest) {
+        return std::string(reinterpret_cast<const char*>(&count), sizeof count) + std::string(rest);
+    };
+    using namespace std::string_view_literals;
+    for (const auto& [count, rest, words] : {
+             std::tuple(2, "/bin/a\0\0\0a\0b\0HOME=/\0"sv, Words{{"a", "b"}}),
+             std::tuple(2, "/bin/a\0a\0\0HOME=/\0"sv, Words{{"a", ""}}),
+             std::tuple(0, "/bin/a\0"sv, Words{std::in_place}),
+             std::tuple(-1, "/bin/a\0a\0"sv, Words{std::in_place}),
+             std::tuple(2, "/bin/a\0a\0"sv, Words{}),
+             std::tuple(1, "/bin/a\0a"sv, Words{}),
+             std::tuple(INT_MAX, "/bin/a\0a\0"sv, Words{}),
+             std::tuple(1, "/bin/a"sv, Words{}),
+         })
+        EXPECT_EQ(parseProcessArguments(bytes(count, rest)), words) << count << rest;
+    EXPECT_EQ(parseProcessArguments("abc"), std::nullopt);
+}
+
+TEST(ProcessArguments, AreThoseOfAProcessOfThisUser) {
+    const auto own = argumentsOf(::getpid());
+    ASSERT_TRUE(own && !own->empty());
+    EXPECT_TRUE(own->front().ends_with("platform_tests")) << own->front();
+    EXPECT_FALSE(argumentsOf(INT_MAX));
+}
+
+TEST(ProcessArguments, AreNotThoseOfAnotherUsersProcess) {
+    if (::getuid() != 0) {
+        EXPECT_FALSE(argumentsOf(1));
+        return;
+    }
+    auto running = makePipe();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        constexpr uid_t somebodyElse = 12345;
+        if (::setuid(somebodyElse) == 0)
+            ::execl("/bin/sleep", "sleep", "1000", nullptr);
+        ::_exit(1);
+    }
+    running->writeEnd.reset();
+    char none = 0;
+    EXPECT_EQ(::read(running->readEnd.get(), &none, 1), 0); // closed as the program starts
+    EXPECT_TRUE(programNameOf(child));
+    EXPECT_FALSE(argumentsOf(child));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
 }
 
 } // namespace

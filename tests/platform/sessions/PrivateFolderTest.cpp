@@ -3,6 +3,7 @@
 #include "core/terminal/AttachTicket.h"
 #include "lab/instruments/TemporaryFolder.h"
 #include "platform/posix/Io.h"
+#include "platform/posix/SocketAddress.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,7 +22,11 @@ using testing::UnorderedElementsAre;
 
 class PrivateFolderTest : public testing::Test {
 protected:
-    PrivateFolderTest() { ::setenv("XDG_RUNTIME_DIR", temporary_.path().c_str(), 1); }
+    PrivateFolderTest() {
+        ::setenv("HOME", temporary_.path().c_str(), 1);
+        fs::create_directories(fs::path(PrivateFolder::locate().value()).parent_path());
+        path_ = PrivateFolder::locate().value();
+    }
 
     [[nodiscard]] static std::string content(const std::string& path) {
         std::ifstream file(path);
@@ -45,11 +50,11 @@ protected:
     }
 
     TemporaryFolder temporary_;
-    std::string path_ = (fs::canonical(temporary_.path()) / "velmo-term").string();
+    std::string path_;
 };
 
 TEST_F(PrivateFolderTest, MakesTheFolderPrivateOrRefusesIt) {
-    for (const mode_t before : {0U, 0777U, 0500U}) {
+    for (const mode_t before : {mode_t{0}, mode_t{0777}, mode_t{0500}}) {
         ASSERT_TRUE(before == 0 || ::chmod(path_.c_str(), before) == 0);
         EXPECT_EQ(fault(), "");
         EXPECT_EQ(modeOf(path_), 0700U);
@@ -77,6 +82,11 @@ TEST_F(PrivateFolderTest, WritesANewFileThatOnlyTheUserCanRead) {
     EXPECT_FALSE(fs::exists(path_ + "/aside"));
     folder.remove("a");
     EXPECT_FALSE(fs::exists(path_ + "/a"));
+    write(path_ + "/ssh-s.new", "of a host that was killed");
+    for (const char* target : {"/one", "/two"}) {
+        EXPECT_TRUE(folder.link("ssh-s", target));
+        EXPECT_EQ(fs::read_symlink(path_ + "/ssh-s"), target);
+    }
 }
 
 TEST_F(PrivateFolderTest, GivesTheLockToOneProcessAndNamesIt) {
@@ -92,13 +102,45 @@ TEST_F(PrivateFolderTest, GivesTheLockToOneProcessAndNamesIt) {
     EXPECT_TRUE(again);
     write(path_ + "/host.lock", "nonsense");
     EXPECT_EQ(folder.lock().error(), 0);
+    fs::remove(path_ + "/host.lock");
+    fs::create_directory(path_ + "/host.lock");
+    EXPECT_EQ(folder.lock().error(), PrivateFolder::noLock);
+}
+
+TEST_F(PrivateFolderTest, ARightEndsWithTheFolderOrItsLock) {
+    const auto folder = PrivateFolder::make().value();
+    const auto right = folder.lock().value();
+    EXPECT_TRUE(folder.isServedBy(right));
+    fs::rename(path_ + "/host.lock", path_ + "/aside");
+    EXPECT_FALSE(folder.isServedBy(right));
+    const auto second = folder.lock().value();
+    EXPECT_FALSE(folder.isServedBy(right)) << "the lock is another's";
+    EXPECT_TRUE(folder.isServedBy(second));
+    fs::remove_all(path_);
+    EXPECT_FALSE(folder.isServedBy(second));
+    const auto anew = PrivateFolder::make().value();
+    const auto third = anew.lock().value();
+    EXPECT_FALSE(folder.isServedBy(third)) << "the folder that is open is another one";
+    EXPECT_TRUE(anew.isServedBy(third));
+    EXPECT_EQ(folder.lock().error(), PrivateFolder::noLock) << "there is no folder any more";
+}
+
+TEST_F(PrivateFolderTest, RefusesAPathThatIsTooLongForASocket) {
+    const std::size_t rest = maxSocketPath - path_.size() - std::string("/control.sock.new").size();
+    const fs::path home = temporary_.path() / std::string(rest - 1, 'h');
+    ::setenv("HOME", home.c_str(), 1);
+    EXPECT_EQ(fault(), "");
+    ::setenv("HOME", (home.string() + "h").c_str(), 1);
+    EXPECT_THAT(fault(), HasSubstr("too long for the path of a socket"));
+    EXPECT_FALSE(fs::exists(home.string() + "h"));
 }
 
 TEST_F(PrivateFolderTest, RemovesLeftTicketsAndNoOtherFile) {
     const auto folder = PrivateFolder::make().value();
     const std::string ticket = "a-0123456789abcdef0123456789abcdef.json";
     ASSERT_TRUE(PtyAttach::isTicketName(ticket));
-    for (const std::string& name : {ticket, std::string("host.log"), std::string("a-b.json")})
+    for (const std::string& name :
+         {ticket, std::string("host.log"), std::string("a-b.json"), std::string("ssh-s_0")})
         write(path_ + "/" + name, "");
     folder.removeTickets();
     std::vector<std::string> left;

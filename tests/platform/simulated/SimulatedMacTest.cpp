@@ -38,11 +38,15 @@ TEST_F(SimulatedMacTest, ReadsAMachineFileThatWasEditedByHand) {
     const std::string text(std::istreambuf_iterator<char>(stream), {});
     EXPECT_TRUE(text.contains("\n  \"battery\": 80,\n")) << text;
 
-    // While the file is only half saved, the last good state counts.
+    // While the file is only half saved, what may be unknown is unknown.
+    folder.update([](SimulatedMac& mac) { mac.thermal = ThermalState::fair; });
     EXPECT_EQ(machine.sleepDisabledProperty(), false);
+    EXPECT_EQ(machine.thermalState(), ThermalState::fair);
     std::ofstream(file) << text.substr(0, text.size() / 2);
     EXPECT_TRUE(folder.exists() && !folder.load());
-    EXPECT_EQ(machine.powerSources()->sources.size(), 1U);
+    EXPECT_EQ(machine.sleepDisabledProperty(), std::nullopt);
+    EXPECT_FALSE(machine.powerSources() || machine.lid());
+    EXPECT_EQ(machine.thermalState(), ThermalState::fair);
 
     std::ofstream(file) << R"({"mains":false,"battery":null,"thermal":"serious",)"
                            R"("sleepDisabled":true,"clockOffset":-1e9,"userId":501,)"
@@ -67,6 +71,13 @@ TEST_F(SimulatedMacTest, NamesTheWrongMemberOfADamagedMachineFile) {
         {R"("trustedUsers":[)", R"("trustedUsers":["me",)",
          R"("trustedUsers" must be a list, each of it a whole number)"},
         {"{", "[", "it is no object in JSON"},
+        {R"("mains":true)", R"("mains" :true, "mains": true)", R"("mains" is given twice)"},
+        {R"("faults":{)", R"("faults":{"pmset":"none",)", R"("pmset" is given twice)"},
+        // Neither a value nor another object's member counts.
+        {R"("team":"VELMO12345")", R"("team":"te\"am","x":{"team":"x"},"x":"team",,)",
+         R"("x" is given twice)"},
+        {R"("team":"VELMO12345")", R"("team":"mains","x":{"mains":"x"},"y":"\",)",
+         "it is no object in JSON"},
     };
     for (const auto& [good, bad, told] : cases) {
         std::string text = sound;

@@ -50,7 +50,10 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 + (NSXPCInterface*)interfaceWithProtocol:(Protocol*)protocol;
 @end
 
+@class NSXPCListenerEndpoint;
+
 @interface NSXPCConnection : NSObject
+- (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint;
 - (instancetype)initWithMachServiceName:(NSString*)name options:(NSXPCConnectionOptions)options;
 @property(retain) NSXPCInterface* exportedInterface;
 @property(retain) id exportedObject;
@@ -73,7 +76,9 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 @end
 
 @interface NSXPCListener : NSObject
++ (NSXPCListener*)anonymousListener;
 - (instancetype)initWithMachServiceName:(NSString*)name;
 @property(weak) id<NSXPCListenerDelegate> delegate;
+@property(readonly, retain) NSXPCListenerEndpoint* endpoint;
 - (void)resume;
 @end

@@ -1,0 +1,9 @@
+#include "platform/sessions/UserService.h"
+
+namespace velmo {
+
+ServiceJob userServiceJob(const ServiceFacts& facts) {
+    return launchdJob(facts);
+}
+
+} // namespace velmo
