@@ -112,6 +112,10 @@ std::optional<Cell> drawnAs(const std::vector<Cell>& cells, std::size_t column) 
     return Cell{.style = cell.style};
 }
 
+bool isAscii(char byte) {
+    return byte >= ' ' && byte < '\x7F';
+}
+
 int parsed(std::string_view digits) {
     return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
 }
@@ -168,9 +172,8 @@ std::size_t Screen::skip(std::string_view lines) {
 
 /// Does the same for the front of a long line of plain characters, which fills row after row.
 std::size_t Screen::skipRows(std::string_view lines) const {
-    const auto isPlain = [](char byte) { return byte >= ' ' && byte < '\x7F'; };
     const auto plain =
-        static_cast<std::size_t>(std::ranges::find_if_not(lines, isPlain) - lines.begin());
+        static_cast<std::size_t>(std::ranges::find_if_not(lines, isAscii) - lines.begin());
     const auto width = static_cast<std::size_t>(columns());
     const std::size_t shown = width * static_cast<std::size_t>(2 * rows() + 1);
     return wraps_ && !inserts_ && plain > shown ? (plain - shown) / width * width : 0;
@@ -632,14 +635,12 @@ void Screen::setMargins(int left, int right) {
 }
 
 char32_t Screen::translated(char32_t scalar) const {
-    const bool draws = cursor_.charsets.sets[cursor_.charsets.current] == '0';
-    return draws && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
+    return drawsLines() && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
 }
 
 /// Writes characters. Runs of ASCII, of which most output consists, go into a row at once.
 void Screen::write(std::string_view text) {
-    const bool isRun = text.size() > 1 && !inserts_
-                       && cursor_.charsets.sets[cursor_.charsets.current] != '0';
+    const bool isRun = text.size() > 1 && isAscii(text.front()) && !inserts_ && !drawsLines();
     if (!isRun) {
         for (const Text::Scalar& scalar : Text::Scalars(text))
             put(translated(scalar.value));
@@ -671,8 +672,7 @@ void Screen::putRun(std::string_view run) {
 }
 
 void Screen::put(char32_t scalar) {
-    const bool isAscii = scalar < 0x7F;
-    const int width = isAscii ? 1 : utf8proc_charwidth(static_cast<utf8proc_int32_t>(scalar));
+    const int width = scalar < 0x7F ? 1 : utf8proc_charwidth(static_cast<utf8proc_int32_t>(scalar));
     if (width == 0) {
         combine(scalar);
         return;
@@ -1202,8 +1202,12 @@ void Screen::drawStyleAndCharsets(std::string& text, const CellStyle& before,
                                   const Cursor& cursor) const {
     drawStyle(text, before, cursor.style);
     const auto& [sets, current] = cursor.charsets;
-    text.append("\033(").append(1, sets[0]).append("\033)").append(1, sets[1]);
-    text += current == 1 ? shiftOut : shiftIn;
+    for (const auto& [set, prefix] : {std::pair(sets[0], '('), std::pair(sets[1], ')')}) {
+        if (set != Charsets::plain)
+            text.append("\033").append(1, prefix).append(1, set);
+    }
+    if (current == 1)
+        text += shiftOut;
 }
 
 } // namespace velmo

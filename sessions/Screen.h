@@ -88,7 +88,10 @@ public:
 
 private:
     struct Charsets {
-        std::array<char, 2> sets{'B', 'B'}; ///< G0 and G1; '0' is line drawing
+        static constexpr char plain = 'B';
+        static constexpr char lineDrawing = '0';
+
+        std::array<char, 2> sets{plain, plain}; ///< G0 and G1
         std::size_t current = 0;
     };
 
@@ -127,6 +130,11 @@ private:
     void writeCells(char32_t scalar, int width);
     void combine(char32_t mark);
     [[nodiscard]] char32_t translated(char32_t scalar) const;
+
+    [[nodiscard]] bool drawsLines() const {
+        return cursor_.charsets.sets[cursor_.charsets.current] == Charsets::lineDrawing;
+    }
+
     void split(int column);
     void limit();
     void fillToAlign();

@@ -20,6 +20,9 @@ constexpr std::size_t maxBurst = OutputLog::maxRead;
 /// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
 
+/// A program that has not read so much of what was typed gets no further answers to its queries.
+constexpr std::size_t maxUnreadAnswers = 4096; // bytes
+
 /// Ends a scrolling region that was set for another size, and leaves the cursor where it is.
 constexpr std::string_view endRegion = "\0337\033[r\0338";
 
@@ -133,6 +136,7 @@ void TerminalSession::readProgram(SteadyTime now) {
         const std::span<std::uint8_t> room = log_.room();
         const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        answerQueries(room.first(output.bytes));
         if (auto notice = noticeReader_.read(room.first(output.bytes))) {
             isAttentionNew_ = true;
             if (!notice->empty())
@@ -143,6 +147,28 @@ void TerminalSession::readProgram(SteadyTime now) {
         if (output.bytes < littleOutput)
             break;
     }
+}
+
+/// Answers what the program asks of its terminal in the output that was read last, while no viewer
+/// may answer. A viewer that comes later gets this output in a replay, and answers none of it.
+void TerminalSession::answerQueries(ByteView output) {
+    if (leader() != nullptr) {
+        queryReader_ = {};
+        log_.forgetAnswers();
+        return;
+    }
+    bool asks = false;
+    queryReader_.readSequences(output, [&asks](const SequenceReader::Sequence& sequence) {
+        constexpr std::string_view finals = "nc";
+        asks = asks
+               || (sequence.kind == SequenceReader::Kind::csi
+                   && finals.contains(sequence.text.back()));
+    });
+    if (!asks)
+        return;
+    const std::string answers = log_.answers(log_.end() - output.size());
+    if (sent_.size() <= maxUnreadAnswers)
+        sent_.insert(sent_.end(), answers.begin(), answers.end());
 }
 
 /// Tells whether the program has to wait for a viewer that does not keep up.

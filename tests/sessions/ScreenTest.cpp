@@ -62,6 +62,18 @@ TEST(Screen, ShowsWhatATerminalShows) {
         {"\033[1mx\033c\r\ny", "/y/", {2, 2}},
         {"\033[20hx\ny", "x/y/", {2, 2}},
         {"\033[2;3r\033[?6h\033[!p\033[H.", "./", {1, 2}},
+        {"01234567\u4E16", "01234567\u4E16/", {1, 10}},
+        {"012345678\u4E16\033[2;1Hxy", "012345678/xy/", {2, 3}},
+        {"0123456789ab\033[2K\r\nz", "0123456789//z/", {3, 2}},
+        {"0123456789ab\033[2;1H\033]133;A\a", "0123456789/ab/", {2, 1}},
+        {"\u4E16a\r\nbcd\033[?69h\033[2;9s\033[1;2H\033[M", " cd/b/", {1, 2}},
+        {"x\033[2;3r\033#8\033[2;9H\033[J", "EEEEEEEEEE/EEEEEEEE/", {2, 9}},
+        {"\033[2;3r\033[?6h\033[2;2Ha\0337\033[?6l\033[Hb", "b// a/", {1, 2}},
+        {"\033[2;3r\033[?6h\033[2;2Ha\0337\033[1;2rb\0338c", "b/  c/ a/", {2, 4}},
+        {"a\0337b\033[?47h\033[2Hc\033[?47l", "ab/", {2, 2}},
+        {"a\0337b\033[?1049hc\033[?1049ld\0338e", "abe/", {1, 4}},
+        {"a\n\033[5b\vb\033[2b", "a// bbb/", {3, 5}},
+        {"\033[?1049h\033[4;10Hxy\033[2J", "", {4, 2}},
         {"\033P+q544e\033\\x\033]0;title\ay\033[6n\033[>cz", "xyz/", {1, 4}},
     };
     for (const Shown& c : cases) {
@@ -76,6 +88,9 @@ TEST(Screen, ShowsWhatATerminalShows) {
             EXPECT_EQ(linesOf(other), c.text) << c.output;
             EXPECT_EQ(other.cursor(), c.cursor) << c.output;
             EXPECT_EQ(other.drawn(small), screen.drawn(small)) << c.output;
+            for (Screen* each : {&screen, &other})
+                each->follow(bytesOf("x\n\t\0338y\033[?1049l\nz"));
+            EXPECT_EQ(other.drawn(small), screen.drawn(small)) << "and goes on alike: " << c.output;
         }
     }
 }
@@ -127,24 +142,71 @@ TEST(Screen, ChangesItsSize) {
     EXPECT_EQ(linesOf(screen), "four//.       x/");
 }
 
-TEST(Screen, ShowsTheEndOfLongOutputAsItDoesThatOfShort) {
-    std::string lines;
-    for (int i = 0; i < 100; ++i)
-        lines += "line " + std::to_string(i) + "\r\n";
-    const std::string outputs[] = {lines + "end",
-                                   lines + "\nend\n",
-                                   std::string(1007, 'x') + "\r\n",
-                                   "ab" + std::string(95, 'y'),
-                                   lines + "\033[31m" + lines,
-                                   "\033[2;3r" + lines,
-                                   "\033[?7l" + std::string(999, 'z')};
-    for (const std::string& output : outputs) {
-        Screen whole(small);
-        Screen slices(small);
-        whole.follow(bytesOf(output));
-        for (const char byte : output)
-            slices.follow(bytesOf(std::string_view(&byte, 1)));
-        EXPECT_EQ(whole.drawn(small), slices.drawn(small)) << output.substr(0, 20);
+// What scrolls off the top is left out, where much output comes at once.
+TEST(Screen, ShowsTheSameHoweverItsOutputComes) {
+    const auto repeated = [](std::string_view line) {
+        std::string all;
+        for (int i = 0; i < 60; ++i)
+            all.append(line);
+        return all;
+    };
+    const std::string_view befores[] = {"",           "a\r\nb\r\nc\r\nd\033[H", "\033[2;3r",
+                                        "\033[?7lab", "\033[4h",                  "\033[?69h\033[2;5s",
+                                        "0123456789", "\033[44m\016\033)0",        "\033[?1049h\033[2H",
+                                        "\033[20hx",  "\033]8;;http://a\a\033[1m"};
+    const std::string middles[] = {
+        repeated("line\r\n"),
+        repeated("\033[31mred\033[m\033[K\r\n") + "\033[4mq",
+        repeated("\033[32;1mq\033[38;2;1;2;3m\r\n"),
+        repeated("\033[m\033[0;1m\033[3;31m\r\n") + "x",
+        repeated("raw\n"),
+        repeated("a long line that wraps\r\n\n\v"),
+        repeated("q\r\n") + "\033[2;2H" + repeated("r\r\n\b"),
+        repeated("\u4E16e\u0301\r\n") + "\016" + repeated("q\r\n"),
+        repeated("\r\n") + "\033[3b",
+        repeated("a\033]133;A\a\r\n\033[2A\r\n"),
+        repeated("one line without any end "),
+        "x" + repeated("0123456789") + "\r\nshort",
+    };
+    for (const std::string_view before : befores) {
+        for (const std::string& middle : middles) {
+            const std::string output = std::string(before) + middle;
+            Screen pieces(small);
+            for (const char byte : output)
+                pieces.follow(bytesOf(std::string_view(&byte, 1)));
+            for (const std::size_t cut : {std::size_t{0}, before.size(), output.size() / 2}) {
+                Screen whole(small);
+                whole.follow(bytesOf(std::string_view(output).substr(0, cut)));
+                whole.follow(bytesOf(std::string_view(output).substr(cut)));
+                EXPECT_EQ(whole.drawn(small), pieces.drawn(small))
+                    << before << middle.substr(0, 20) << cut;
+            }
+        }
+    }
+}
+
+TEST(Screen, AnswersAsATerminalDoes) {
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"\033[5n\033[?5n\033[15n\033[n", "\033[0n"},
+        {"ab\r\nc\033[6nd\033[6n", "\033[2;2R\033[2;3R"},
+        {"\033[2;3r\033[?6h\033[2;3H\033[6n", "\033[2;3R"},
+        {"0123456789\033[6n\u4E16\033[6n", "\033[1;10R\033[2;3R"},
+        {"a\033[1@\033[J\033[2K\033[S\033#8\u0301\033]133;A\a\033[4hb\033[6n", "\033[1;2R"},
+        {"\n\n\n\n\n\n\033[?1049h\033[5;9H\033[?1049l\033[6n", "\033[4;1R"},
+        {"\033[c\033[0c", "\033[?64;1;2;6;9;15;16;17;18;21;22;28c"
+                            "\033[?64;1;2;6;9;15;16;17;18;21;22;28c"},
+        {"\033[>c\033[=c\033[?c\033[1c\033[>1c\033[!c", "\033[>41;379;0c"},
+    };
+    for (const auto& [output, answers] : cases) {
+        Screen screen(small);
+        screen.follow(bytesOf(output));
+        EXPECT_EQ(screen.takeAnswers(), "") << "before it is to answer";
+        screen.follow(bytesOf("\033c"));
+        screen.beginAnswering();
+        screen.follow(bytesOf(output));
+        EXPECT_EQ(screen.takeAnswers(), answers) << output;
+        EXPECT_EQ(screen.takeAnswers(), "");
+        EXPECT_EQ(screen.cells(), 0U) << output;
     }
 }
 
