@@ -5,8 +5,9 @@ namespace velmo::Fuzz {
 
 namespace {
 
-/// The input is two sizes and output, cut in two. The screen must not depend on the cut nor take more
-/// cells than it may; drawn on another screen, it must look the same there, and be drawn the same.
+/// The input is two sizes and output, cut in two. The screen must not depend on the cut nor take
+/// more cells than it may; drawn on another screen, it must look the same there, and be drawn the
+/// same.
 void checkScreens(Input input) {
     const auto nextSize = [&] {
         return PtyFrame::Size{.cols = 1 + input.byte() % 100, .rows = 1 + input.byte() % 50};

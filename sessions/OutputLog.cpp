@@ -16,9 +16,7 @@ std::span<std::uint8_t> OutputLog::room() {
         memory_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
     if (end_ - begin_ > kept + dropped) {
         const Position until = end_ - kept;
-        if (!behind_)
-            behind_ = std::make_unique<Follower>(followerAtBegin());
-        if (behind_->position < until)
+        if (behind().position < until)
             follow(*behind_, until);
         if (answering_ && answering_->position < until)
             answering_.reset();
@@ -37,6 +35,12 @@ ByteView OutputLog::at(Position position, std::size_t max) const {
 
 OutputLog::Follower OutputLog::followerAtBegin() const {
     return behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_};
+}
+
+OutputLog::Follower& OutputLog::behind() {
+    if (!behind_)
+        behind_ = std::make_unique<Follower>(followerAtBegin());
+    return *behind_;
 }
 
 /// Has a screen follow the output and the sizes up to a position.
@@ -83,7 +87,7 @@ OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
         followToRest(start);
         return startAt(start, Screen::Part::withoutMainRows);
     }
-    followToRest(*behind_);
+    followToRest(behind());
     return startAt(*behind_, Screen::Part::all);
 }
 

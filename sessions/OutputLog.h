@@ -94,6 +94,7 @@ private:
     };
 
     [[nodiscard]] Follower followerAtBegin() const;
+    Follower& behind();
     [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
     void follow(Follower& follower, Position until) const;
     void followToRest(Follower& follower) const;
@@ -102,7 +103,7 @@ private:
     Position begin_ = 0;
     Position end_ = 0;
     PtyFrame::Size firstSize_;
-    std::vector<SizeChange> sizes_;    ///< that `behind_` has not followed
+    std::vector<SizeChange> sizes_;       ///< that `behind_` has not followed
     std::unique_ptr<Follower> behind_;    ///< at `begin_`, or a little later between two pieces
     std::unique_ptr<Follower> answering_; ///< with no cells: where `answers` has got to
 };

@@ -20,7 +20,7 @@ constexpr std::size_t mainScreen = 0;
 constexpr std::size_t alternateScreen = 1;
 constexpr int tabWidth = 8;
 constexpr int sweepPeriod = 256; // lookups in tables
-constexpr int maxCount = 10000; // more than any screen has
+constexpr int maxCount = 10000;  // more than any screen has
 constexpr char shiftOut = '\x0E';
 constexpr char shiftIn = '\x0F';
 constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
@@ -322,7 +322,7 @@ void Screen::obeyCsi(const Csi& csi) {
     const auto numbers = csi.numbers();
     if (csi.final == 'n' || csi.final == 'c')
         answer(csi);
-    if (csi.final == 'h' || csi.final == 'l') {
+    if ((csi.final == 'h' || csi.final == 'l') && csi.intermediates.empty()) {
         obeyModes(csi);
     } else if (csi.intermediates == "!" && csi.final == 'p') {
         softReset();
@@ -350,8 +350,8 @@ void Screen::answer(const Csi& csi) {
     if (csi.final == 'n' && isPlain && asked == 5)
         answers_ += terminalIsWell;
     else if (csi.final == 'n' && isPlain && asked == 6)
-        answers_ += "\033[" + std::to_string(cursor().row) + ";" + std::to_string(cursor().column)
-                    + "R";
+        answers_ +=
+            "\033[" + std::to_string(cursor().row) + ";" + std::to_string(cursor().column) + "R";
     else if (csi.final == 'c' && asked == 0 && isPlain)
         answers_ += kindOfTerminal;
     else if (csi.final == 'c' && asked == 0 && csi.marker == ">")
@@ -705,9 +705,9 @@ void Screen::put(char32_t scalar) {
 
 void Screen::writeCells(char32_t scalar, int width) {
     const std::uint16_t style = number(cursor_.style);
-    bool grows = grid().write(
-        cursor_.row, cursor_.column,
-        {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
+    bool grows =
+        grid().write(cursor_.row, cursor_.column,
+                     {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
     if (width == 2)
         grows |= grid().write(cursor_.row, cursor_.column + 1,
                               {.text = ' ', .style = style, .width = 0});
@@ -735,7 +735,9 @@ void Screen::combine(char32_t mark) {
 /// Makes a wide character blank of which the right half is in this column: one half of it is about
 /// to be written over.
 void Screen::split(int column) {
-    if (isAnswering_ || column <= 0 || column >= columns() || grid().at(cursor_.row, column).width != 0)
+    if (isAnswering_ || column <= 0 || column >= columns())
+        return;
+    if (grid().at(cursor_.row, column).width != 0)
         return;
     for (const int half : {column - 1, column}) {
         const std::uint16_t style = grid().at(cursor_.row, half).style;
@@ -820,9 +822,8 @@ void Screen::eraseDisplay(int part) {
     const std::uint16_t style = erased();
     const int from = part == 0 ? cursor_.row + 1 : 0;
     const int to = part == 1 ? cursor_.row : rows();
-    for (int row = from; row < to; ++row) {
+    for (int row = from; row < to; ++row)
         grid().clear(row, style);
-    }
     if (part == 0)
         eraseInRow(cursor_.column, columns());
     else if (part == 1)

@@ -134,8 +134,8 @@ bool ScreenGrid::write(int row, int column, std::string_view run, std::uint16_t 
     Row& found = rows_[index(row)];
     // Blanks behind the last cell need none of their own.
     const std::size_t used = style == found.style ? run.find_last_not_of(' ') + 1 : run.size();
-    const std::size_t length = std::max(
-        used > 0 ? index(column) + used : 0, std::min(found.cells.size(), index(column) + run.size()));
+    const std::size_t length = std::max(used > 0 ? index(column) + used : 0,
+                                        std::min(found.cells.size(), index(column) + run.size()));
     const bool grows = length > found.cells.size() && lengthen(found, length);
     for (std::size_t i = 0; index(column) + i < length; ++i)
         found.cells[index(column) + i] = {.text = static_cast<char32_t>(run[i]), .style = style};

@@ -121,9 +121,9 @@ struct SessionEntry {
 struct SessionScreen {
     int cols = 0;
     int rows = 0;
-    int cursorColumn = 0;     ///< from 1
-    int cursorRow = 0;        ///< from 1
-    bool alternate = false;   ///< the program shows its alternate screen, as editors do
+    int cursorColumn = 0;           ///< from 1
+    int cursorRow = 0;              ///< from 1
+    bool alternate = false;         ///< the program shows its alternate screen, as editors do
     std::vector<std::string> lines; ///< without blanks at their ends, up to the last with text
 
     static constexpr auto fields = std::tuple{

@@ -164,7 +164,7 @@ void TerminalModes::resetColours(std::string_view command, std::string_view numb
 
 /// Obeys DECSTR, which leaves screens, mouse and paste modes alone.
 void TerminalModes::softReset() {
-    constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25});
+    constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25, 69});
     for (const std::int32_t number : touched)
         state_.unusual.reset(indexOf(number));
     state_.inserts = false;

@@ -740,8 +740,9 @@ TEST_F(SessionHostTest, ARepeatOfFewLinesStillShowsTheAlternateScreen) {
     const auto reply = world.call({.call = SessionCall::ticket, .session = id, .lines = 2});
     const PeerId peer = world.connect(Door::attach);
     const auto file = reply.ticket.value().substr(world.folder().size() + 1);
-    world.receive(peer, PtyAttach::hello(PtyAttach::parseTicket(world.files.at(file))->token, 80, 24)
-                            .value());
+    world.receive(
+        peer,
+        PtyAttach::hello(PtyAttach::parseTicket(world.files.at(file))->token, 80, 24).value());
     Screen screen({.cols = 80, .rows = 24});
     screen.follow(bytesOf(seen(peer).output));
     EXPECT_TRUE(screen.isAlternate());
@@ -784,7 +785,8 @@ TEST_F(SessionHostTest, TellsWhatASessionShows) {
     const auto peek = [&](std::optional<std::int64_t> lines = {}) {
         return world.call({.call = SessionCall::peek, .session = id, .lines = lines});
     };
-    EXPECT_EQ(peek().screen, (SessionScreen{.cols = 80, .rows = 24, .cursorColumn = 1, .cursorRow = 1}));
+    EXPECT_EQ(peek().screen,
+              (SessionScreen{.cols = 80, .rows = 24, .cursorColumn = 1, .cursorRow = 1}));
     write("one\r\n\033[31mtwo\033[m  \r\n\r\n> ");
     EXPECT_EQ(peek().screen->lines, (std::vector<std::string>{"one", "two", "", ">"}));
     EXPECT_EQ(peek().screen->cursorRow, 4);
