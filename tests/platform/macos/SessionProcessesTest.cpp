@@ -49,6 +49,9 @@ protected:
     SessionProcessesOfMac() {
         listed.clear();
         fails = false;
+        // The session that the tests were started in has no number in a container that it began
+        // outside of.
+        ::setsid();
     }
 
     ~SessionProcessesOfMac() override {
