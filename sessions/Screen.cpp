@@ -155,12 +155,12 @@ std::size_t Screen::skip(std::string_view lines) {
     // screen has below the cursor, and then all that was written before.
     const int enough = rows() + bottom_ - cursor_.row + 1;
     std::size_t start = lines.size();
-    for (int count = 0; count < enough; ++count) {
-        start = start == 0 ? std::string_view::npos : lines.rfind('\n', start - 1);
-        if (start == std::string_view::npos)
-            return skipRows(lines);
-    }
-    if (start == 0 || lines[start - 1] != '\r')
+    int count = 0;
+    for (const char* const text = lines.data(); start > 0 && count < enough; --start)
+        count += text[start - 1] == '\n' ? 1 : 0;
+    if (count < enough)
+        return skipRows(lines);
+    if (start == 0 || lines[start - 1] != '\r') // `start` is at the line feed
         return 0;
     const std::string_view skipped = lines.substr(0, start + 1);
     takeStyle(skipped);
@@ -172,8 +172,9 @@ std::size_t Screen::skip(std::string_view lines) {
 
 /// Does the same for the front of a long line of plain characters, which fills row after row.
 std::size_t Screen::skipRows(std::string_view lines) const {
-    const auto plain =
-        static_cast<std::size_t>(std::ranges::find_if_not(lines, isAscii) - lines.begin());
+    std::size_t plain = 0;
+    for (const char* const text = lines.data(); plain < lines.size() && isAscii(text[plain]);)
+        ++plain;
     const auto width = static_cast<std::size_t>(columns());
     const std::size_t shown = width * static_cast<std::size_t>(2 * rows() + 1);
     return wraps_ && !inserts_ && plain > shown ? (plain - shown) / width * width : 0;
@@ -498,10 +499,8 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
         sets ? static_cast<void>(saved_[shown_] = cursor_) : restore();
         return;
     case 1049:
-        if (sets == (shown_ == alternateScreen))
-            return;
         if (sets)
-            saved_[mainScreen] = cursor_;
+            saved_[shown_] = cursor_;
         show(mode, sets);
         if (sets)
             eraseDisplay(2);
@@ -840,6 +839,8 @@ void Screen::eraseInRow(int from, int to) {
     limit();
     if (to == columns())
         grid().row(cursor_.row).continues = false;
+    if (from == 0 && cursor_.row > 0)
+        grid().row(cursor_.row - 1).continues = false;
 }
 
 void Screen::tab(int count) {

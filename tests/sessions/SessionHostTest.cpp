@@ -671,7 +671,7 @@ TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[?25l\033[1m\033]2;old\a first line \033[6n\r\n");
     std::string lines;
-    for (int i = 0; lines.size() < mebibyte + 100; ++i)
+    for (int i = 0; lines.size() < mebibyte + mebibyte / 8; ++i)
         lines += "line " + std::to_string(i) + "\033[5n\r\n";
     world.program().output = lines;
     world.host.programReady(SessionNumber{1});
