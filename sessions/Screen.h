@@ -105,7 +105,7 @@ private:
     };
 
     [[nodiscard]] std::size_t skip(std::string_view lines);
-    [[nodiscard]] std::size_t skipRows(std::string_view lines) const;
+    [[nodiscard]] std::size_t skipRows(std::string_view lines, int enough) const;
     void takeStyle(std::string_view lines);
     void obey(const SequenceReader::Sequence& sequence);
     void followModes(const SequenceReader::Sequence& sequence);

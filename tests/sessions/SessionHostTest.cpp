@@ -708,29 +708,27 @@ TEST_F(SessionHostTest, BeginsAReplayAfterAHiddenSequence) {
 
 TEST_F(SessionHostTest, AReplayShowsTheScreenWhateverCameBefore) {
     constexpr PtyFrame::Size size{.cols = 80, .rows = 24};
-    const std::string_view befores[] = {
-        "prompt\r\n\033[?1049h\033[H\033[44mtitle\033[m\033[24Hstatus\033[2;23r\033[2H",
-        "\033[10;10Hin the middle\033[H",
-        "\033[31mabove\033[m\r\n",
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"prompt\r\n\033[?1049h\033[H\033[44mtitle\033[m\033[24Hstatus\033[2;23r\033[2H",
+         "line\r\n"},
+        {"in the middle\033[H", "\033[5;5Hframe\033[K"},
+        {"above\033[31m\r\n", "99% of it, and without any line feed\r"},
+        {"above\r\n\n\n\n", "\033[2A\r\na block\r\n"},
     };
-    const std::string_view fillers[] = {"\033[5;5Hframe\033[K", "99%\r", "\033[2A\r\nblock\r\n",
-                                        "line\r\n"};
     std::uint64_t number = 0;
-    for (const std::string_view before : befores) {
-        for (const std::string_view filler : fillers) {
-            std::string all(before);
-            while (all.size() < mebibyte + mebibyte / 8)
-                all += filler;
-            const std::string id = world.startShell();
-            world.program(++number).output = all;
-            world.settle();
-            Screen direct(size);
-            Screen again(size);
-            direct.follow(bytesOf(all));
-            again.follow(bytesOf(seen(attach(id)).output));
-            EXPECT_EQ(again.text(), direct.text()) << before << filler;
-            EXPECT_EQ(again.drawn(size), direct.drawn(size)) << before << filler;
-        }
+    for (const auto& [before, filler] : cases) {
+        std::string all(before);
+        while (all.size() < mebibyte + mebibyte / 8)
+            all += filler;
+        const std::string id = world.startShell();
+        world.program(++number).output = all;
+        world.settle();
+        Screen direct(size);
+        Screen again(size);
+        direct.follow(bytesOf(all));
+        again.follow(bytesOf(seen(attach(id)).output));
+        EXPECT_EQ(again.text(), direct.text()) << before << filler;
+        EXPECT_EQ(again.drawn(size), direct.drawn(size)) << before << filler;
     }
 }
 
