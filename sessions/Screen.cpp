@@ -139,6 +139,39 @@ int parsed(std::string_view digits) {
     return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
 }
 
+/// Reads a colour from a field of a style, or from the fields behind it.
+void setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest) {
+    // 38:5:n, 38:2::r:g:b and 38:2:r:g:b in one field, or 38;5;n and 38;2;r;g;b in several.
+    const char separator = field.contains(':') ? ':' : ';';
+    std::string_view& source = separator == ':' ? field : rest;
+    if (separator == ':')
+        ControlSequence::takeField(field, ':');
+    const int kind = parsed(ControlSequence::takeField(source, separator));
+    const auto component = [&] {
+        return static_cast<std::uint32_t>(
+            std::min(parsed(ControlSequence::takeField(source, separator)), 255));
+    };
+    if (kind == 5) {
+        colour = CellStyle::palette | component();
+    } else if (kind == 2) {
+        if (separator == ':' && std::ranges::count(source, ':') >= 3)
+            ControlSequence::takeField(source, ':'); // the colour space
+        const std::uint32_t red = component();
+        const std::uint32_t green = component();
+        colour = CellStyle::direct | (red << 16) | (green << 8) | component();
+    }
+}
+
+/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
+/// another width.
+void drawMoves(std::string& text, int up, int column) {
+    text += "\r";
+    if (up > 0)
+        text += "\033[" + std::to_string(up) + "A";
+    if (column > 0)
+        text += "\033[" + std::to_string(column) + "C";
+}
+
 } // namespace
 
 Screen::Screen(PtyFrame::Size size) : size_(size) {
@@ -313,7 +346,7 @@ void Screen::fillToAlign() {
     endRegion();
     cursor_.isInRegion = false;
     place(0, 0);
-    if (isAnswering_ || static_cast<std::size_t>(rows() * columns()) > maxCells / 2)
+    if (isAnswering_ || std::cmp_greater(rows() * columns(), maxCells / 2))
         return;
     for (int row = 0; row < rows(); ++row) {
         for (int column = 0; column < columns(); ++column)
@@ -340,30 +373,27 @@ void Screen::obeyOsc(std::string_view osc) {
 
 void Screen::obeyCsi(const Csi& csi) {
     const auto numbers = csi.numbers();
+    if (csi.intermediates == "!" && csi.final == 'p')
+        softReset();
+    if (!csi.intermediates.empty())
+        return;
     if (csi.final == 'n' || csi.final == 'c')
         answer(csi);
-    if ((csi.final == 'h' || csi.final == 'l') && csi.intermediates.empty()) {
+    else if (csi.final == 'h' || csi.final == 'l')
         obeyModes(csi);
-    } else if (csi.intermediates == "!" && csi.final == 'p') {
-        softReset();
-    } else if (!csi.intermediates.empty()) {
-        return;
-    } else if (csi.marker == "?" && csi.final == 'J') {
+    else if (csi.marker == "?" && csi.final == 'J')
         eraseDisplay(numbers.front());
-    } else if (csi.marker == "?" && csi.final == 'K') {
+    else if (csi.marker == "?" && csi.final == 'K')
         obeyPlain('K', numbers);
-    } else if (!csi.marker.empty()) {
-        return;
-    } else if (csi.final == 'm') {
+    else if (csi.marker.empty() && csi.final == 'm')
         setStyle(csi.parameters);
-    } else if (!move(csi.final, numbers)) {
+    else if (csi.marker.empty() && !move(csi.final, numbers))
         obeyPlain(csi.final, numbers);
-    }
 }
 
 /// Notes the answer to a query, if the screen answers queries and this one is on the list.
 void Screen::answer(const Csi& csi) {
-    if (!isAnswering_ || !csi.intermediates.empty() || answers_.size() >= maxAnswers)
+    if (!isAnswering_ || answers_.size() >= maxAnswers)
         return;
     const std::int32_t asked = csi.numbers().front();
     const bool isPlain = csi.marker.empty();
@@ -536,28 +566,6 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
         return;
     default:
         return;
-    }
-}
-
-void Screen::setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest) {
-    // 38:5:n, 38:2::r:g:b and 38:2:r:g:b in one field, or 38;5;n and 38;2;r;g;b in several.
-    const char separator = field.contains(':') ? ':' : ';';
-    std::string_view& source = separator == ':' ? field : rest;
-    if (separator == ':')
-        ControlSequence::takeField(field, ':');
-    const int kind = parsed(ControlSequence::takeField(source, separator));
-    const auto component = [&] {
-        return static_cast<std::uint32_t>(
-            std::min(parsed(ControlSequence::takeField(source, separator)), 255));
-    };
-    if (kind == 5) {
-        colour = CellStyle::palette | component();
-    } else if (kind == 2) {
-        if (separator == ':' && std::ranges::count(source, ':') >= 3)
-            ControlSequence::takeField(source, ':'); // the colour space
-        const std::uint32_t red = component();
-        const std::uint32_t green = component();
-        colour = CellStyle::direct | (red << 16) | (green << 8) | component();
     }
 }
 
@@ -1076,7 +1084,7 @@ void Screen::drawMain(std::string& text, bool isSame) const {
     const int last = std::max(grids_[mainScreen].lastUsedRow(), cursor.row);
     drawRows(text, mainScreen, last, columns());
     if (!isSame)
-        drawMoves(text, cursor, last);
+        drawMoves(text, last - cursor.row, cursor.column);
     else if (isAlternate && saved_[mainScreen]) {
         Cursor saved = cursor;
         saved.isInRegion = false; // no region is set yet
@@ -1127,16 +1135,6 @@ bool Screen::goesOnBelow(int row) const {
     const auto length = static_cast<int>(upper.cells.size());
     const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
     return length == columns() || (length == columns() - 1 && isNextWide);
-}
-
-/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
-/// another width.
-void Screen::drawMoves(std::string& text, const Cursor& cursor, int lastDrawn) const {
-    text += "\r";
-    if (lastDrawn > cursor.row)
-        text += "\033[" + std::to_string(lastDrawn - cursor.row) + "A";
-    if (cursor.column > 0)
-        text += "\033[" + std::to_string(cursor.column) + "C";
 }
 
 /// Sets tab stops, unless they are as after a reset.

@@ -119,7 +119,6 @@ private:
     void obeyModes(const ControlSequence::Csi& csi);
     void setPrivateMode(std::int32_t mode, bool sets);
     void setStyle(std::string_view parameters);
-    void setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest);
     void setRegion(int top, int bottom);
     void setMargins(int left, int right);
     void endRegion();
@@ -143,7 +142,7 @@ private:
     void index();
     void reverseIndex();
     void scroll(int top, int rows);
-    void insertColumns(int columns);
+    void insertColumns(int count);
     void eraseDisplay(int part);
     void eraseInRow(int from, int to);
     void tab(int count);
@@ -167,13 +166,14 @@ private:
 
     [[nodiscard]] const ScreenGrid& grid() const { return grids_[shown_]; }
 
-    [[nodiscard]] ScreenGrid::Area region() const { return {top_, bottom_, left_, right_}; }
+    [[nodiscard]] ScreenGrid::Area region() const {
+        return {.top = top_, .bottom = bottom_, .left = left_, .right = right_};
+    }
 
     void drawMain(std::string& text, bool isSame) const;
     void drawTabs(std::string& text) const;
     [[nodiscard]] bool goesOnBelow(int row) const;
     void drawRows(std::string& text, std::size_t which, int last, int maxColumns) const;
-    void drawMoves(std::string& text, const Cursor& cursor, int lastDrawn) const;
     void drawRegion(std::string& text) const;
     void drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const;
     void drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const;

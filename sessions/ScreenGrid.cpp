@@ -66,7 +66,7 @@ std::optional<char32_t> CellTables::combined(char32_t text, char32_t mark) {
     Cluster cluster{text};
     if (text >= firstCluster)
         cluster = clusters_[text - firstCluster];
-    const auto end = std::ranges::find(cluster, U'\0');
+    auto* const end = std::ranges::find(cluster, U'\0');
     if (end == cluster.end())
         return text;
     *end = mark;
