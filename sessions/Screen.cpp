@@ -1052,7 +1052,8 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
         drawMain(text, isSame);
     if (isAlternate) {
         const PtyFrame::Size on = size.value_or(size_);
-        text += "\033[?" + std::to_string(alternateMode_) + "h\033[m";
+        text += "\033[?" + std::to_string(alternateMode_) + "h";
+        drawStyle(text, saved_[mainScreen].value_or(Cursor{}).style, {});
         text += plainCharsets;
         text += "\033[H\033[2J";
         drawRows(text, alternateScreen,
@@ -1067,6 +1068,7 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
         if (saved_[shown_]) {
             drawCursor(text, shown_, withinRegion(*saved_[shown_]));
             text += "\0337";
+            drawStyle(text, saved_[shown_]->style, {}); // ends its link, too
         }
     }
     const bool isPlaced = isAlternate || (isSame && part == Part::all);
@@ -1089,7 +1091,7 @@ void Screen::drawMain(std::string& text, bool isSame) const {
         Cursor saved = cursor;
         saved.isInRegion = false; // no region is set yet
         drawCursor(text, mainScreen, saved);
-        text += "\0337";
+        text += "\0337"; // the style stays: the mode of the alternate screen may save it, too
     }
 }
 
@@ -1104,7 +1106,7 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     for (int row = 0; row <= last; ++row) {
         const ScreenGrid::Row& drawn = grids_[which].row(row);
         const bool goesOn = which == mainScreen && row < last && goesOnBelow(row);
-        const std::size_t end = goesOn ? drawn.cells.size() : drawn.lengthUsed();
+        const std::size_t end = goesOn ? drawn.cells.size() : drawn.lengthUsed(columns());
         if (drawn.isPrompt)
             text += "\033]133;A\033\\";
         for (std::size_t column = 0; column < end; ++column) {
@@ -1116,9 +1118,11 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
         }
         if (goesOn)
             continue;
-        turnTo(drawn.style);
-        if (drawn.style != 0 && static_cast<int>(end) < maxColumns)
+        const std::uint16_t behind = drawn.styleBehind(columns());
+        if (behind != 0 && static_cast<int>(end) < maxColumns) {
+            turnTo(behind);
             text += "\033[K";
+        }
         turnTo(0);
         if (row < last)
             text += "\r\n";
@@ -1130,9 +1134,9 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
 bool Screen::goesOnBelow(int row) const {
     const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
     const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);
-    if (!upper.continues || lower.isPrompt || lower.lengthUsed() == 0)
+    if (!upper.continues || lower.isPrompt || lower.lengthUsed(columns()) == 0)
         return false;
-    const auto length = static_cast<int>(upper.cells.size());
+    const auto length = static_cast<int>(upper.lengthUsed(columns()));
     const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
     return length == columns() || (length == columns() - 1 && isNextWide);
 }

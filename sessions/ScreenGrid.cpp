@@ -111,9 +111,9 @@ Cell ScreenGrid::at(int row, int column) const {
                                               : Cell{.style = found.style};
 }
 
-std::size_t ScreenGrid::Row::lengthUsed() const {
+std::size_t ScreenGrid::Row::lengthUsed(int columns) const {
     std::size_t length = cells.size();
-    while (length > 0 && cells[length - 1] == Cell{.style = style})
+    while (length > 0 && cells[length - 1] == Cell{.style = styleBehind(columns)})
         --length;
     return length;
 }
@@ -144,8 +144,11 @@ bool ScreenGrid::write(int row, int column, std::string_view run, std::uint16_t 
 
 void ScreenGrid::erase(int row, int from, int to, int columns, std::uint16_t style) {
     Row& found = rows_[index(row)];
-    if (to >= columns && (from == 0 || found.style == style || index(from) <= found.cells.size())) {
-        found.cells.resize(std::min(found.cells.size(), index(from)));
+    if (to >= columns) {
+        if (index(from) < found.cells.size() || (from > 0 && style == found.style))
+            found.cells.resize(std::min(found.cells.size(), index(from)));
+        else if (from > 0)
+            lengthen(found, index(from));
         found.style = style;
         return;
     }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmo {
@@ -95,8 +96,14 @@ public:
         bool continues = false;  ///< on the next row, without a line feed
         bool isPrompt = false;   ///< a shell has marked it as the beginning of a prompt
 
-        /// Returns the number of cells up to the last one that is not blank in the row's style.
-        [[nodiscard]] std::size_t lengthUsed() const;
+        /// Returns the style of what is behind the last cell; plain in a row that has all of its
+        /// cells, where that shows nowhere.
+        [[nodiscard]] std::uint16_t styleBehind(int columns) const {
+            return std::cmp_less(cells.size(), columns) ? style : std::uint16_t{0};
+        }
+
+        /// Returns the number of cells up to the last one that is not blank in that style.
+        [[nodiscard]] std::size_t lengthUsed(int columns) const;
     };
 
     /// A part of the screen, with its last row and column.
