@@ -13,9 +13,12 @@
 #include <sys/stat.h>
 #include <termios.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <set>
 #include <thread>
 
 namespace velmo {
@@ -310,6 +313,18 @@ TEST_F(SessionTest, AttachesToTheSessionOfANameOrCreatesIt) {
     EXPECT_EQ(output({"end", "work"}), "");
     EXPECT_TRUE(becomes([&] { return output({"list", "--json"}).contains("exitCode"); }));
     EXPECT_NE(output(detached), id);
+    std::vector<std::unique_ptr<WatchedProcess>> racers;
+    std::set<std::string> ids;
+    std::vector<std::string_view> racing = detached;
+    racing[2] = "race";
+    for (int i = 0; i < 8; ++i)
+        racers.push_back(std::make_unique<WatchedProcess>(program, racing));
+    for (const auto& racer : racers) {
+        EXPECT_EQ(racer->waitForEnd(), 0);
+        std::ranges::copy_if(racer->lines(), std::inserter(ids, ids.end()),
+                             [](const std::string& line) { return line.starts_with("s_"); });
+    }
+    EXPECT_EQ(ids.size(), 1U) << "all that start at once share one session";
     for (const char* key : {"C-m", "C-i", "C-[", "a", "", "C-", "C-1", "M-a", "^aa"})
         EXPECT_EQ(open({"attach", "--detach-key", key})->waitForEnd(), 122) << key;
 }

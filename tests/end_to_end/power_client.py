@@ -3,6 +3,7 @@
 terminals and streams. power_client.py PROGRAMS [unittest's arguments]; the tests of one class run at
 once. The random words come from VELMO_SEED."""
 
+import contextlib
 import itertools
 import json
 import os
@@ -78,6 +79,21 @@ class PowerTest(unittest.TestCase):
         self.daemon.send_signal(signal.SIGCONT)
         self.daemon.terminate()
         self.daemon.wait(PATIENCE)
+        for process in self.behind():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(process), signal.SIGKILL)
+
+    def behind(self):
+        """The processes of this Mac that were started to hold in the background."""
+        def read(pid, name):
+            try:
+                with open(f"/proc/{pid}/{name}", "rb") as file:
+                    return file.read()
+            except OSError:
+                return b""
+        return [pid for pid in os.listdir("/proc")
+                if b"--ready-descriptor" in read(pid, "cmdline")
+                and self.folder.name.encode() in read(pid, "environ")]
 
     def start_daemon(self):
         self.log = open(self.folder.name + "/log", "a")
@@ -616,9 +632,10 @@ class Options(PowerTest):
             self.assertEqual(file.read().split(), ["0", "1", "2", "3"])
         until(lambda: not self.is_held(), "its end")
         self.daemon.send_signal(signal.SIGSTOP)
-        done = subprocess.run(["timeout", "-s", "INT", "3", *self.words("hold", "--background")],
-                              env=self.environment, capture_output=True)
-        self.assertIn(b"waiting for the power daemon to answer", done.stderr)
+        client = Client(self.words("hold", "--background"), env=self.environment)
+        client.wait_for("waiting for the power daemon to answer")
+        client.send(signal.SIGINT)
+        client.end()
         self.daemon.send_signal(signal.SIGCONT)
         until(lambda: not self.behind(), "nothing is left behind a front that was cancelled")
         self.assertFalse(self.is_held())
@@ -626,19 +643,6 @@ class Options(PowerTest):
         done = self.power("hold", "--background")
         self.assertEqual((done.returncode, done.stdout), (1, b""))
         self.assertIn(b"too hot", done.stderr)
-
-
-    def behind(self):
-        """The processes of this Mac that were started to hold in the background."""
-        def read(pid, name):
-            try:
-                with open(f"/proc/{pid}/{name}", "rb") as file:
-                    return file.read()
-            except OSError:
-                return b""
-        return [pid for pid in os.listdir("/proc")
-                if b"--ready-descriptor" in read(pid, "cmdline")
-                and self.folder.name.encode() in read(pid, "environ")]
 
 
 class Others(PowerTest):
