@@ -1,6 +1,7 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session run-phone soak test test-phone check bench sanitize tsan fuzz coverage mutate macos kin package format format-check tidy clean
+.PHONY: run run-session run-phone soak test test-phone check bench bench-screens sanitize tsan fuzz coverage \
+    mutate macos kin package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -47,6 +48,12 @@ bench:
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md
+
+# What comes back on a terminal when a session is continued, beside tmux.
+bench-screens:
+	@scripts/setup build
+	@scripts/build release velmo-session
+	@bench/screens build/release/bin
 
 sanitize:
 	@scripts/setup build test clang

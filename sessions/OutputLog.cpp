@@ -1,17 +1,27 @@
 #include "sessions/OutputLog.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace velmo {
+
+void OutputLog::resize(PtyFrame::Size size) {
+    std::erase_if(sizes_, [this](const SizeChange& each) { return each.position == end_; });
+    if (sizes_.size() == maxSizes)
+        sizes_.erase(sizes_.begin());
+    sizes_.push_back({.position = end_, .size = size});
+}
 
 std::span<std::uint8_t> OutputLog::room() {
     if (!memory_)
         memory_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
-    while (end_ - begin_ > kept) {
-        const ByteView oldest = at(begin_, static_cast<std::size_t>(end_ - begin_ - kept));
-        modes_.follow(oldest);
-        begin_ += oldest.size();
+    if (end_ - begin_ > kept + dropped) {
+        const Position until = end_ - kept;
+        if (behind().position < until)
+            follow(*behind_, until);
+        if (answering_ && answering_->position < until)
+            answering_.reset();
+        std::erase_if(sizes_, [&](const SizeChange& each) { return each.position < until; });
+        begin_ = until;
     }
     const auto offset = static_cast<std::size_t>(end_ % capacity);
     return {memory_.get() + offset, std::min(maxRead, capacity - offset)};
@@ -23,24 +33,62 @@ ByteView OutputLog::at(Position position, std::size_t max) const {
     return {memory_.get() + offset, std::min({max, left, capacity - offset})};
 }
 
-OutputLog::Start OutputLog::replayStart(std::optional<std::size_t> lines) const {
-    const Position earliest = lines ? beginningOfLast(*lines) : begin_;
-    if (earliest == 0)
-        return {.position = 0, .sequences = "", .reportsFocus = false};
-    TerminalModes modes = modes_;
-    Position position = begin_;
-    while (position < end_) {
-        const ByteView piece = at(position, kept);
-        const std::size_t line = textOf(piece).find('\n');
-        const bool endsLine = line != std::string_view::npos;
-        const std::size_t length = endsLine ? line + 1 : piece.size();
-        modes.follow(piece.first(length));
-        position += length;
-        if (endsLine && position >= earliest && modes.isAtRest())
+OutputLog::Follower OutputLog::followerAtBegin() const {
+    return behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_};
+}
+
+OutputLog::Follower& OutputLog::behind() {
+    if (!behind_)
+        behind_ = std::make_unique<Follower>(followerAtBegin());
+    return *behind_;
+}
+
+/// Has a screen follow the output and the sizes up to a position.
+void OutputLog::follow(Follower& follower, Position until) const {
+    const auto followOutput = [&](Position end) {
+        while (follower.position < end) {
+            const ByteView piece =
+                at(follower.position, static_cast<std::size_t>(end - follower.position));
+            follower.screen.follow(piece);
+            follower.position += piece.size();
+        }
+    };
+    for (const auto& [position, size] : sizes_) {
+        if (position < follower.position)
+            continue; // followed before
+        if (position > until)
             break;
+        followOutput(position);
+        follower.screen.resize(size);
     }
-    return {
-        .position = position, .sequences = modes.sequences(), .reportsFocus = modes.reportsFocus()};
+    followOutput(until);
+}
+
+/// Has a screen follow the output to the end of the piece under way.
+void OutputLog::followToRest(Follower& follower) const {
+    while (!follower.screen.isAtRest() && follower.position < end_)
+        follow(follower, follower.position + 1);
+}
+
+OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
+                                        std::optional<std::size_t> lines) {
+    const Position earliest = lines ? beginningOfLast(*lines) : begin_;
+    if (earliest == 0 || !memory_)
+        return {.position = earliest, .sequences = "", .reportsFocus = false};
+    const auto startAt = [&](const Follower& start, Screen::Part part) {
+        return Start{.position = start.position,
+                     .sequences = start.screen.drawn(size, part),
+                     .reportsFocus = start.screen.modes().reportsFocus()};
+    };
+    if (earliest > begin_) {
+        Follower start = followerAtBegin();
+        if (start.position < earliest)
+            follow(start, earliest);
+        followToRest(start);
+        return startAt(start, Screen::Part::withoutMainRows);
+    }
+    followToRest(behind());
+    return startAt(*behind_, Screen::Part::all);
 }
 
 /// Returns the position behind the line feed before so many lines; the first that is kept if there
@@ -55,8 +103,27 @@ OutputLog::Position OutputLog::beginningOfLast(std::size_t lines) const {
     return begin_;
 }
 
+Screen OutputLog::screen() const {
+    Follower follower = followerAtBegin();
+    follow(follower, end_);
+    return std::move(follower.screen);
+}
+
+std::string OutputLog::answers(Position from) {
+    if (!answering_) {
+        answering_ = std::make_unique<Follower>(followerAtBegin());
+        answering_->screen.beginAnswering();
+    }
+    follow(*answering_, from);
+    static_cast<void>(answering_->screen.takeAnswers());
+    follow(*answering_, end_);
+    return answering_->screen.takeAnswers();
+}
+
 void OutputLog::clear() {
     memory_.reset();
+    behind_.reset();
+    answering_.reset();
     begin_ = end_;
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "core/support/Bytes.h"
-#include "core/terminal/TerminalModes.h"
+#include "core/terminal/PtyFrame.h"
+#include "sessions/Screen.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,12 +10,17 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velmo {
 
-/// The last MiB of a program's output, and the terminal modes that older output has set. All
-/// viewers of a session are sent their output from this one log, each from its own position, so
-/// that no viewer needs a copy. Positions count the bytes since the program's start.
+/// The last MiB of a program's output, and the screen as older output has left it. All viewers of a
+/// session are sent their output from this one log, each from its own position, so that no viewer
+/// needs a copy. Positions count the bytes since the program's start.
+///
+/// There is no screen before the log is full. Then the screen follows what falls out of the log,
+/// and nothing else, in large pieces. With its screens a log takes at most 256 KiB more than what
+/// it keeps.
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
@@ -22,7 +28,13 @@ public:
 
     using Position = std::uint64_t;
 
-    /// Returns room for the next output. Drops the output that is older than the last MiB.
+    /// The size is that of the program's terminal, from its start on.
+    explicit OutputLog(PtyFrame::Size size) : firstSize_(size) {}
+
+    /// Notes that the program's terminal has another size from here on.
+    void resize(PtyFrame::Size size);
+
+    /// Returns room for the next output. Drops output that is older than the last MiB.
     std::span<std::uint8_t> room();
 
     /// Adds the first bytes of the room that was returned last.
@@ -39,27 +51,61 @@ public:
     /// Where a replay begins.
     struct Start {
         Position position;
-        std::string sequences; ///< set a terminal's modes as they were at the position
+        std::string sequences; ///< show the screen as it was at the position, and set the modes
         bool reportsFocus;     ///< the program had asked for focus reports before the position
     };
 
-    /// Returns the program's start if all of its output is kept, or else the first beginning of a
-    /// line outside of any control sequence. With a number of lines, a replay begins no earlier
-    /// than at the first of so many last lines, the unfinished one included.
-    [[nodiscard]] Start replayStart(std::optional<std::size_t> lines = {}) const;
+    /// Returns the program's start if all of its output is kept, or else the first position outside
+    /// of any control sequence and character. `size` is that of a terminal of which the cursor is
+    /// at the top left, and absent for any other terminal. With a number of lines, a replay begins
+    /// no earlier than at the first of so many last lines, the unfinished one included, and the
+    /// lines of the main screen above it are not shown.
+    [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size,
+                                    std::optional<std::size_t> lines = {});
+
+    /// Returns the screen as all output has left it.
+    [[nodiscard]] Screen screen() const;
+
+    /// Returns what a terminal answers to the queries in the output from a position on, which is
+    /// still kept. No position is before the end of the output at an earlier call, unless
+    /// `forgetAnswers` came in between.
+    [[nodiscard]] std::string answers(Position from);
+
+    /// Frees the memory that `answers` keeps to follow further output from.
+    void forgetAnswers() { answering_.reset(); }
 
     /// Drops all output and frees the memory.
     void clear();
 
 private:
-    [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
+    static constexpr std::size_t dropped = std::size_t{1} << 15; ///< at least, at once
+    static constexpr std::size_t capacity = kept + dropped + maxRead;
+    static constexpr std::size_t maxSizes = 256;
 
-    static constexpr std::size_t capacity = kept + maxRead;
+    /// A screen, and how far it has followed the output.
+    struct Follower {
+        Screen screen;
+        Position position;
+    };
+
+    struct SizeChange {
+        Position position;
+        PtyFrame::Size size;
+    };
+
+    [[nodiscard]] Follower followerAtBegin() const;
+    Follower& behind();
+    [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
+    void follow(Follower& follower, Position until) const;
+    void followToRest(Follower& follower) const;
 
     std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output
     Position begin_ = 0;
     Position end_ = 0;
-    TerminalModes modes_; ///< as of `begin_`
+    PtyFrame::Size firstSize_;
+    std::vector<SizeChange> sizes_;       ///< that `behind_` has not followed
+    std::unique_ptr<Follower> behind_;    ///< at `begin_`, or a little later between two pieces
+    std::unique_ptr<Follower> answering_; ///< with no cells: where `answers` has got to
 };
 
 } // namespace velmo

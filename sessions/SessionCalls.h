@@ -18,16 +18,17 @@
 ///     {"call":"ticket","session":SESSION,"viewOnly":true}
 ///     {"call":"stream","session":SESSION}    from the reply on, PtyFrame.h both ways
 ///     {"call":"send","keys":"ls\\r","session":SESSION}
+///     {"call":"peek","session":SESSION}
 ///     {"call":"wait","session":SESSION}      the reply comes when the session has ended
 ///     {"call":"detach","session":SESSION}
 ///     {"call":"end","session":SESSION}
 namespace velmo {
 
-enum class SessionCall { start, list, ticket, stream, send, wait, detach, end };
+enum class SessionCall { start, list, ticket, stream, send, peek, wait, detach, end };
 
 template<>
 inline constexpr auto rawTexts<SessionCall> = std::to_array<std::string_view>(
-    {"start", "list", "ticket", "stream", "send", "wait", "detach", "end"});
+    {"start", "list", "ticket", "stream", "send", "peek", "wait", "detach", "end"});
 
 /// Why a call is refused. A file that does not exist and one that is not allowed have the same
 /// reason: the client is told what was refused, never which files exist.
@@ -59,6 +60,7 @@ struct SessionCallLine {
     std::optional<std::string> session; ///< of all but start and list
     std::optional<bool> viewOnly;       ///< of ticket and stream: may not type
     std::optional<std::int64_t> lines; ///< of ticket and stream: the replay is no longer than these
+                                       ///<   and of peek: only the last of the screen
     std::optional<std::string> agent;  ///< of ticket and stream: the viewer's SSH_AUTH_SOCK
     std::optional<std::string> keys;   ///< of send
     std::optional<std::string> name;   ///< of start
@@ -115,12 +117,33 @@ struct SessionEntry {
     bool operator==(const SessionEntry&) const = default;
 };
 
+/// What `peek` tells of a session's screen.
+struct SessionScreen {
+    int cols = 0;
+    int rows = 0;
+    int cursorColumn = 0;           ///< from 1
+    int cursorRow = 0;              ///< from 1
+    bool alternate = false;         ///< the program shows its alternate screen, as editors do
+    std::vector<std::string> lines; ///< without blanks at their ends, up to the last with text
+
+    static constexpr auto fields = std::tuple{
+        field("cols", &SessionScreen::cols),
+        field("rows", &SessionScreen::rows),
+        field("cursorColumn", &SessionScreen::cursorColumn),
+        field("cursorRow", &SessionScreen::cursorRow),
+        field("alternate", &SessionScreen::alternate),
+        field("lines", &SessionScreen::lines),
+    };
+    bool operator==(const SessionScreen&) const = default;
+};
+
 struct SessionReplyLine {
     bool ok = false;
     std::optional<std::string> reason;                 ///< a `SessionRefusal`
     std::optional<std::string> session;                ///< of start: the id
     std::optional<std::string> ticket;                 ///< of ticket: the path of the file
     std::optional<std::vector<SessionEntry>> sessions; ///< of list
+    std::optional<SessionScreen> screen;               ///< of peek
     std::optional<int> exitCode;                       ///< of wait
 
     static constexpr auto fields = std::tuple{field("ok", &SessionReplyLine::ok),
@@ -128,6 +151,7 @@ struct SessionReplyLine {
                                               field("session", &SessionReplyLine::session),
                                               field("ticket", &SessionReplyLine::ticket),
                                               field("sessions", &SessionReplyLine::sessions),
+                                              field("screen", &SessionReplyLine::screen),
                                               field("exitCode", &SessionReplyLine::exitCode)};
     bool operator==(const SessionReplyLine&) const = default;
 };

@@ -295,6 +295,8 @@ SessionHost::Reply SessionHost::perform(const SessionCallLine& call) {
         return ticket(call);
     case SessionCall::send:
         return send(call);
+    case SessionCall::peek:
+        return peek(call);
     case SessionCall::detach:
         return detach(call);
     case SessionCall::end:
@@ -524,6 +526,24 @@ SessionHost::Reply SessionHost::send(const SessionCallLine& call) {
     if (!isSent)
         return std::unexpected(SessionRefusal::limit);
     return SessionReplyLine{.ok = true};
+}
+
+SessionHost::Reply SessionHost::peek(const SessionCallLine& call) const {
+    const auto session = find(call);
+    if (!session)
+        return std::unexpected(session.error());
+    const Screen screen = sessions_.at(*session).screen();
+    std::vector<std::string> lines = screen.text();
+    const std::size_t asked = linesOf(call).value_or(lines.size());
+    if (lines.size() > asked)
+        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(asked));
+    return SessionReplyLine{.ok = true,
+                            .screen = SessionScreen{.cols = screen.size().cols,
+                                                    .rows = screen.size().rows,
+                                                    .cursorColumn = screen.cursor().column,
+                                                    .cursorRow = screen.cursor().row,
+                                                    .alternate = screen.isAlternate(),
+                                                    .lines = std::move(lines)}};
 }
 
 SessionHost::Reply SessionHost::detach(const SessionCallLine& call) {

@@ -114,6 +114,7 @@ private:
     Reply list() const;
     Reply ticket(const SessionCallLine& call);
     Reply send(const SessionCallLine& call);
+    Reply peek(const SessionCallLine& call) const;
     Reply detach(const SessionCallLine& call);
     Reply end(const SessionCallLine& call);
     void wait(PeerId peer, Stranger& stranger, const SessionCallLine& call);

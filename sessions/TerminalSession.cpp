@@ -20,6 +20,9 @@ constexpr std::size_t maxBurst = OutputLog::maxRead;
 /// time, and delay the echo of a key.
 constexpr std::size_t littleOutput = 1024;
 
+/// A program that has not read so much of what was typed gets no further answers to its queries.
+constexpr std::size_t maxUnreadAnswers = 4096; // bytes
+
 /// Ends a scrolling region that was set for another size, and leaves the cursor where it is.
 constexpr std::string_view endRegion = "\0337\033[r\0338";
 
@@ -42,6 +45,7 @@ TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> pro
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
+      log_(size_),
       lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
@@ -91,8 +95,10 @@ Viewer::Surroundings TerminalSession::surroundings(bool isWindow,
         return {};
     const bool isAsBefore = size == size_;
     const bool beginsThere = isAsBefore && !hadViewer_ && log_.begin() == 0;
-    return {.before = isWindow && size && !beginsThere ? scrollAway(*size) : "",
-            .after = std::string(isAsBefore ? "" : endRegion)};
+    const bool scrolls = isWindow && size && !beginsThere;
+    return {.before = scrolls ? scrollAway(*size) : "",
+            .after = std::string(isAsBefore ? "" : endRegion),
+            .size = scrolls ? size : std::nullopt};
 }
 
 void TerminalSession::received(PeerId peer, ByteView bytes, SteadyTime now) {
@@ -130,6 +136,7 @@ void TerminalSession::readProgram(SteadyTime now) {
         const std::span<std::uint8_t> room = log_.room();
         const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        answerQueries(room.first(output.bytes));
         if (auto notice = noticeReader_.read(room.first(output.bytes))) {
             isAttentionNew_ = true;
             if (!notice->empty())
@@ -140,6 +147,28 @@ void TerminalSession::readProgram(SteadyTime now) {
         if (output.bytes < littleOutput)
             break;
     }
+}
+
+/// Answers what the program asks of its terminal in the output that was read last, while no viewer
+/// may answer. A viewer that comes later gets this output in a replay, and answers none of it.
+void TerminalSession::answerQueries(ByteView output) {
+    if (leader() != nullptr) {
+        queryReader_ = {};
+        log_.forgetAnswers();
+        return;
+    }
+    bool asks = false;
+    queryReader_.readSequences(output, [&asks](const SequenceReader::Sequence& sequence) {
+        constexpr std::string_view finals = "nc";
+        asks = asks
+               || (sequence.kind == SequenceReader::Kind::csi
+                   && finals.contains(sequence.text.back()));
+    });
+    if (!asks)
+        return;
+    const std::string answers = log_.answers(log_.end() - output.size());
+    if (sent_.size() <= maxUnreadAnswers)
+        sent_.insert(sent_.end(), answers.begin(), answers.end());
 }
 
 /// Tells whether the program has to wait for a viewer that does not keep up.
@@ -286,7 +315,8 @@ void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
     Viewer::Progress progress = viewer.send(log_, answers);
     if (progress == Viewer::Progress::late) {
         viewer.replay(log_, {.before = clearScreen,
-                             .after = std::string(seat.admission.size == size_ ? "" : endRegion)});
+                             .after = std::string(seat.admission.size == size_ ? "" : endRegion),
+                             .size = seat.admission.size});
         redraw();
         progress = viewer.send(log_, answers);
     }
@@ -325,6 +355,7 @@ void TerminalSession::applySize() {
     if (first == nullptr || !first->admission.size || *first->admission.size == size_ || !program_)
         return;
     size_ = *first->admission.size;
+    log_.resize(size_);
     program_->setSize(size_);
 }
 

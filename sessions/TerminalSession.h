@@ -2,6 +2,7 @@
 
 #include "core/support/Bytes.h"
 #include "core/support/Time.h"
+#include "core/terminal/SequenceReader.h"
 #include "core/terminal/SpawnRequest.h"
 #include "sessions/NoticeReader.h"
 #include "sessions/OutputLog.h"
@@ -105,6 +106,9 @@ public:
 
     [[nodiscard]] SessionEntry entry() const;
 
+    /// Returns what the program shows, as far as its output has been read.
+    [[nodiscard]] Screen screen() const { return log_.screen(); }
+
     /// Takes the date for `entry` of what has happened since the last call: the first viewer came
     /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
@@ -126,6 +130,7 @@ private:
                                                     std::optional<PtyFrame::Size> size) const;
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
+    void answerQueries(ByteView output);
     bool mustWait(SteadyTime now);
     void carryOut(Seat& seat);
     bool carryOut(Seat& seat, const ViewerInput& input);
@@ -145,14 +150,15 @@ private:
 
     Identity identity_;
     std::shared_ptr<Program> program_;
+    PtyFrame::Size size_;
     OutputLog log_;
     std::vector<Seat> seats_;
     std::vector<PeerId> toDismiss_;
     std::vector<PeerId> dismissed_;
-    PtyFrame::Size size_;
     std::uint64_t activities_ = 0;
     bool outputIsOver_ = false;
-    Bytes sent_;                  ///< keys from no viewer that the program has not got yet
+    Bytes sent_;                  ///< keys from no viewer that the program has not got yet,
+                                  ///<   and answers to its queries
     std::size_t sentTyped_ = 0;   ///< bytes of these that it has got
     bool isInputFull_ = false;    ///< keys of a viewer wait for the program
     std::optional<int> exitCode_; ///< sent to viewers once the output is over
@@ -160,6 +166,7 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
+    SequenceReader queryReader_; ///< of the output while no viewer may answer
     NoticeReader noticeReader_;
     bool isAttentionNew_ = false; ///< since the last date
     std::optional<WallTime> attentionSince_;

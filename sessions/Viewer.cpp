@@ -90,9 +90,9 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(const OutputLog& log, Surroundings surroundings,
+void Viewer::replay(OutputLog& log, Surroundings surroundings,
                     std::optional<std::size_t> lastLines) {
-    const OutputLog::Start start = log.replayStart(lastLines);
+    const OutputLog::Start start = log.replayStart(surroundings.size, lastLines);
     const std::string before = surroundings.before + start.sequences;
     afterReplay_ = std::move(surroundings.after);
     if (!before.empty())

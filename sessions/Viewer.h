@@ -82,12 +82,13 @@ public:
     struct Surroundings {
         std::string before;
         std::string after;
+        std::optional<PtyFrame::Size> size; ///< of a terminal with its cursor at the top left then
     };
 
     /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on,
-    /// after the sequences that set the terminal's modes. The terminal makes no focus reports at
-    /// this point.
-    void replay(const OutputLog& log, Surroundings surroundings,
+    /// after the sequences that show the screen as it was there. The terminal makes no focus
+    /// reports at this point.
+    void replay(OutputLog& log, Surroundings surroundings,
                 std::optional<std::size_t> lastLines = {});
 
     enum class Progress {

@@ -13,10 +13,13 @@ namespace {
 using ControlSequence::Csi;
 
 constexpr std::size_t maxKeyboards = 8;
-constexpr std::size_t maxStyle = 512; ///< bytes; no program stacks up more without a reset
 constexpr std::int32_t maxKeyModifiers = 8;
 constexpr std::size_t maxColour = 32; ///< bytes: "rgb:ffff/ffff/ffff" has 18
 constexpr std::int32_t maxPalette = 256;
+constexpr std::size_t maxFolder = 512; ///< bytes
+
+constexpr auto alternateScreens = std::to_array<std::int32_t>({1049, 1047, 47});
+constexpr std::int32_t originInRegion = 6;
 
 constexpr std::string_view esc = "\033";
 constexpr std::string_view csiStart = "\033[";
@@ -28,6 +31,11 @@ std::size_t indexOf(const ControlSequence::Mode& mode) {
     return static_cast<std::size_t>(&mode - ControlSequence::modes.data());
 }
 
+bool movesCursor(const ControlSequence::Mode& mode) {
+    return mode.number == originInRegion
+           || std::ranges::find(alternateScreens, mode.number) != alternateScreens.end();
+}
+
 std::size_t indexOf(std::int32_t knownMode) {
     return indexOf(*ControlSequence::findMode(knownMode));
 }
@@ -36,16 +44,16 @@ std::size_t indexOf(std::int32_t knownMode) {
 
 void TerminalModes::follow(ByteView output) {
     reader_.readSequences(output,
-                          [this](const SequenceReader::Sequence& sequence) { apply(sequence); });
+                          [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
 }
 
-void TerminalModes::apply(const SequenceReader::Sequence& sequence) {
+void TerminalModes::obey(const SequenceReader::Sequence& sequence) {
     if (sequence.kind == SequenceReader::Kind::escape) {
         obeyEscape(sequence.text);
     } else if (sequence.kind == SequenceReader::Kind::osc) {
         if (auto title = ControlSequence::titleOf(sequence.text))
             state_.title = *std::move(title);
-        setColours(sequence.text);
+        setColoursAndFolder(sequence.text);
     } else if (sequence.kind == SequenceReader::Kind::csi) {
         if (const auto csi = Csi::parse(sequence.text))
             obeyCsi(*csi);
@@ -72,8 +80,6 @@ void TerminalModes::obeyCsi(const Csi& csi) {
         setKeyboard(csi);
     } else if (csi.final == 'm' && csi.marker == ">") {
         setKeyModifiers(csi);
-    } else if (csi.final == 'm' && csi.marker.empty() && csi.intermediates.empty()) {
-        setStyle(csi);
     } else if (csi.final == 'r' && csi.marker.empty() && csi.intermediates.empty()) {
         state_.region = csi.parameters.empty() ? "" : std::string(csi.parameters) + "r";
     } else if (csi.final == 'q' && csi.intermediates == " ") {
@@ -120,12 +126,14 @@ void TerminalModes::setKeyModifiers(const Csi& csi) {
         state_.keyModifiers[number] = value;
 }
 
-/// Obeys OSC 4 ; number ; colour (several at once too), OSC 10, 11 and 12 ; colour, and what resets
-/// them.
-void TerminalModes::setColours(std::string_view osc) {
+/// Obeys OSC 7 ; folder, OSC 4 ; number ; colour (several at once too), OSC 10, 11 and 12 ; colour,
+/// and what resets them.
+void TerminalModes::setColoursAndFolder(std::string_view osc) {
     if (!ControlSequence::isMarkOrColour(osc))
         return;
     const std::string_view command = ControlSequence::takeField(osc, ';');
+    if (command == "7" && osc.size() <= maxFolder)
+        state_.folder = osc;
     if (command == "4") {
         while (!osc.empty()) {
             const auto number =
@@ -154,29 +162,15 @@ void TerminalModes::resetColours(std::string_view command, std::string_view numb
         state_.colours.erase("4;" + std::string(ControlSequence::takeField(numbers, ';')));
 }
 
-void TerminalModes::setStyle(const Csi& csi) {
-    if (csi.numbers().front() == 0)
-        state_.style.clear();
-    if (csi.parameters.empty() || csi.parameters == "0")
-        return;
-    std::string sequence(csiStart);
-    sequence.append(csi.parameters).append("m");
-    while (!state_.style.empty() && state_.style.size() + sequence.size() > maxStyle)
-        state_.style.erase(0, std::min(state_.style.find('m') + 1, state_.style.size()));
-    if (sequence.size() <= maxStyle)
-        state_.style += sequence;
-}
-
 /// Obeys DECSTR, which leaves screens, mouse and paste modes alone.
 void TerminalModes::softReset() {
-    constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25});
+    constexpr auto touched = std::to_array<std::int32_t>({1, 6, 7, 25, 69});
     for (const std::int32_t number : touched)
         state_.unusual.reset(indexOf(number));
     state_.inserts = false;
     state_.isKeypadOfApplication = false;
     state_.charset.clear();
     state_.region.clear();
-    state_.style.clear();
 }
 
 std::string TerminalModes::sequences() const {
@@ -187,7 +181,7 @@ std::string TerminalModes::sequences() const {
     };
     for (std::size_t i = 0; i < ControlSequence::modes.size(); ++i) {
         const ControlSequence::Mode& mode = ControlSequence::modes[i];
-        if (state_.unusual[i] && mode.isReplayed)
+        if (state_.unusual[i] && mode.isReplayed && !movesCursor(mode))
             csi("?", std::to_string(mode.number), mode.isUsuallySet ? "l" : "h");
     }
     if (state_.inserts)
@@ -200,13 +194,10 @@ std::string TerminalModes::sequences() const {
         csi(">", std::to_string(number), ";", value, "m");
     for (const auto& [what, colour] : state_.colours)
         text.append(esc).append("]").append(what).append(";").append(colour).append(stringEnd);
-    if (!state_.charset.empty())
-        text.append(esc).append(state_.charset);
-    if (!state_.region.empty())
-        csi(state_.region);
     if (!state_.cursorStyle.empty())
         csi(state_.cursorStyle);
-    text += state_.style;
+    if (!state_.folder.empty())
+        text.append(esc).append("]7;").append(state_.folder).append(stringEnd);
     if (!state_.title.empty())
         text += PtyAttach::titleSequence(state_.title);
     return text;
@@ -223,12 +214,12 @@ std::string TerminalModes::undo() const {
         text.append(esc).append("7").append(noRegion).append(esc).append("8");
     else if (!state_.region.empty())
         text += noRegion;
-    if (isOnMain && state_.unusual[indexOf(6)])
+    if (isOnMain && state_.unusual[indexOf(originInRegion)])
         csi("?6l\033[999H"); // the mode's end has put the cursor at the top
     // Last come the alternate screens, after what is put right on them.
     for (std::size_t i = ControlSequence::modes.size(); i-- > 0;) {
         const ControlSequence::Mode& mode = ControlSequence::modes[i];
-        if (state_.unusual[i] && !(isOnMain && mode.number == 6))
+        if (state_.unusual[i] && !(isOnMain && mode.number == originInRegion))
             csi("?", std::to_string(mode.number), mode.isUsuallySet ? "h" : "l");
     }
     if (state_.inserts)
@@ -250,8 +241,8 @@ std::string TerminalModes::undo() const {
 }
 
 bool TerminalModes::isOnAlternateScreen() const {
-    return state_.unusual[indexOf(47)] || state_.unusual[indexOf(1047)]
-           || state_.unusual[indexOf(1049)];
+    return std::ranges::any_of(
+        alternateScreens, [this](std::int32_t number) { return state_.unusual[indexOf(number)]; });
 }
 
 bool TerminalModes::reportsFocus() const {

@@ -17,17 +17,22 @@ namespace velmo {
 
 /// Follows what a program sets on its terminal and leaves set, so that another terminal can be set
 /// the same way, or the same terminal be set back: screen, cursor, mouse, focus and paste modes,
-/// keypad, keyboard enhancements, scrolling region, character set, colours and attributes, palette,
-/// title. Following costs about as much as a search for ESC.
+/// keypad, keyboard enhancements, scrolling region, character set, palette, folder and title.
+/// Following costs about as much as a search for ESC.
 class TerminalModes {
 public:
     void follow(ByteView output);
+
+    /// Follows one piece of output, for a caller that reads the pieces itself.
+    void obey(const SequenceReader::Sequence& sequence);
 
     /// Tells whether the output so far ends outside of any sequence.
     [[nodiscard]] bool isAtRest() const { return reader_.isAtRest(); }
 
     /// Returns the sequences that bring a terminal from its state after a reset to this state; ""
-    /// if the two are the same. Modes that a terminal may answer are left out.
+    /// if the two are the same. Modes that a terminal may answer are left out, and so is what moves
+    /// the cursor or changes what is written: the alternate screen, the scrolling region, the
+    /// origin of rows there, and the character set.
     [[nodiscard]] std::string sequences() const;
 
     /// Returns the sequences that bring a terminal from this state back to its state after a reset.
@@ -40,16 +45,14 @@ public:
     [[nodiscard]] bool reportsFocus() const;
 
 private:
-    void apply(const SequenceReader::Sequence& sequence);
     void obeyEscape(std::string_view escape);
     void obeyCsi(const ControlSequence::Csi& csi);
     void setModes(const ControlSequence::Csi& csi);
     void setKeyboard(const ControlSequence::Csi& csi);
     void setKeyModifiers(const ControlSequence::Csi& csi);
-    void setColours(std::string_view osc);
+    void setColoursAndFolder(std::string_view osc);
     void resetColours(std::string_view command, std::string_view numbers);
     [[nodiscard]] bool isOnAlternateScreen() const;
-    void setStyle(const ControlSequence::Csi& csi);
     void softReset();
 
     struct State {
@@ -61,8 +64,8 @@ private:
         std::string charset;     ///< the designation of G0, without its ESC
         std::string region;      ///< the scrolling region, without its ESC [
         std::string cursorStyle; ///< likewise
-        std::string style;       ///< the SGR sequences since the last reset
         std::map<std::string, std::string, std::less<>> colours; ///< by what sets them: "4;7", "11"
+        std::string folder;                                      ///< as an address
         std::string title;
     };
 

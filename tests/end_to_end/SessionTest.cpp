@@ -336,6 +336,9 @@ TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
     ASSERT_TRUE(window->shows("ready> "));
     EXPECT_EQ(output({"send", "sh", "echo", "Space", "sent-$((1))", "Enter"}), "");
     EXPECT_TRUE(window->shows("\nsent-1"));
+    EXPECT_THAT(output({"peek", "sh"}), HasSubstr("\nsent-1\n"));
+    EXPECT_EQ(output({"peek", "--lines", "1", "sh"}), "ready>\n");
+    EXPECT_THAT(output({"peek", "--json", "sh"}), HasSubstr(R"(,"sent-1","ready>"],"rows":)"));
     EXPECT_EQ(output({"detach", "sh"}), "");
     EXPECT_TRUE(window->shows("Detached."));
     EXPECT_EQ(window->waitForEnd(), 0);
@@ -346,6 +349,20 @@ TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
     EXPECT_EQ(waiting.waitForEnd(), 7);
     WatchedProcess late(program, std::vector<std::string_view>{"wait", id});
     EXPECT_EQ(late.waitForEnd(), 7);
+}
+
+TEST_F(SessionTest, AProgramThatAsksItsTerminalBeforeAnyViewerComesIsAnsweredOnce) {
+    std::ofstream(home / ".profile") << "stty -icanon -echo; printf '12\\033[6n'\n"
+                                        "answer=$(dd bs=1 count=6 2>/dev/null | tr '\\033' e)\n"
+                                        "stty icanon echo; PS1='ready> '; echo \"=$answer=\"\n";
+    const std::string id = startShell();
+    EXPECT_TRUE(becomes([&] { return output({"peek", id}).contains("=e[1;3R=\nready>"); }))
+        << output({"peek", id});
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(window->shows("ready> "));
+    window->type("echo typed-$((1))\r");
+    EXPECT_TRUE(window->shows("\ntyped-1"));
+    EXPECT_THAT(window->shown(), testing::Not(HasSubstr("\033[6n")));
 }
 
 TEST_F(SessionTest, TheSshAgentOfASessionIsThatOfTheLastViewer) {
@@ -379,6 +396,8 @@ TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
         {"attach --lines x", "--lines takes a number", 122},
         {"wait", "wait needs an id or a name", 122},
         {"wait nobody", "there is no such session", refused},
+        {"peek nobody", "there is no such session", refused},
+        {"peek", "peek needs an id or a name", 122},
         {"send nobody Enter", "there is no such session", refused},
         {"start -A a --name b", "leave out --name", 122},
         {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},

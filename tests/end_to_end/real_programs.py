@@ -212,5 +212,19 @@ class RealPrograms(unittest.TestCase):
         second.type(*DETACH)
         second.shows("ended with 0")
 
+    def test_the_screen_comes_back_whatever_came_before(self):
+        """Where a MiB of output has no line feed, after a full-screen program of more than a MiB, and
+        above a block that is drawn again and again."""
+        fill = "head -c 1500000 /dev/zero | tr '\\0' {}"
+        for line in (fill.format("'\\r'"),
+                     r"printf '\e[?1049h'; " + fill.format("z") + r"; printf '\e[?1049l'",
+                     r"for i in $(seq 60000); do printf '\rstep %d\e[K\n\e[1A more' $i; done"):
+            self.screen.command("clear; echo ab''ove")
+            self.screen.command(line + "; echo; echo end''ed")
+            self.screen.shows("ended")
+            self.screen.becomes(lambda lines: lines[-1] == "ready>", "the prompt")
+            before = self.screen.lines()
+            self.continued().becomes(lambda lines: lines == before and "above" in lines, "\n".join(before))
+
 
 unittest.main()

@@ -45,6 +45,11 @@ constexpr auto listOptions = std::to_array<Option>({
     {.name = "--watch", .help = "again whenever something changes, until Ctrl-C"},
 });
 
+constexpr auto peekOptions = std::to_array<Option>({
+    {.name = SessionOption::lines, .value = "N", .help = "only the last N lines"},
+    {.name = "--json", .help = "with the size and the cursor, as one JSON line"},
+});
+
 constexpr auto serveOptions = std::to_array<Option>({
     {.name = "--background", .help = "log to a file, and end when nobody needs the host"},
 });
@@ -71,6 +76,12 @@ constexpr auto verbs = std::to_array<Verb>({
      .help = "type into a session: texts, and keys such as Enter, C-c or Up",
      .operands = Operands::command,
      .operandNames = "ID|NAME KEY... [-- TEXT...]"},
+    {.name = SessionVerb::peek,
+     .help = "print what a session's screen shows, as text",
+     .options = peekOptions,
+     .operands = Operands::words,
+     .operandNames = "ID|NAME",
+     .maxWords = 1},
     {.name = SessionVerb::wait,
      .help = "wait until a session ends, and exit with its program's code",
      .operands = Operands::words,
@@ -132,6 +143,7 @@ const std::array sections{
             .text = "  velmo-session start -A work          attach to work, or start it\n"
                     "  velmo-session attach --view-only work\n"
                     "  velmo-session send work make Enter && velmo-session wait work\n"
+                    "  velmo-session peek --lines 5 work\n"
                     "  velmo-session list --watch"},
 };
 

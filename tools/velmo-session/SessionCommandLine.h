@@ -24,6 +24,7 @@ inline constexpr std::string_view start = "start";
 inline constexpr std::string_view attach = "attach";
 inline constexpr std::string_view list = "list";
 inline constexpr std::string_view send = "send";
+inline constexpr std::string_view peek = "peek";
 inline constexpr std::string_view wait = "wait";
 inline constexpr std::string_view detach = "detach";
 inline constexpr std::string_view end = "end";

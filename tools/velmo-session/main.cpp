@@ -1,5 +1,6 @@
 /// velmo-session: terminal sessions that go on when their window closes.
 
+#include "core/output/Output.h"
 #include "core/support/Decimal.h"
 #include "core/support/Text.h"
 #include "core/terminal/PtyAttach.h"
@@ -53,6 +54,24 @@ int send(std::span<const std::string> words) {
                             + " bytes can't be sent at once",
                         SessionExit::refused);
     return ask({.call = SessionCall::send, .session = words.front(), .keys = std::move(keys)});
+}
+
+/// Prints what the session's screen shows.
+int peek(const std::string& session, std::optional<std::uint32_t> lines, bool isJson) {
+    const SessionCallLine call{.call = SessionCall::peek, .session = session, .lines = lines};
+    const auto reply = ControlClient::ask(call);
+    if (!reply)
+        return complain(hostUnreachable, SessionExit::hostGone);
+    if (!reply->ok)
+        return complain(refusalText(call.call, *reply), SessionExit::refused);
+    const SessionScreen screen = reply->screen.value_or(SessionScreen());
+    std::string text;
+    if (isJson)
+        Output::print(screen, [&text](std::string_view line) { text = line; });
+    else
+        for (const std::string& line : screen.lines)
+            text += line + "\n";
+    return print(text);
 }
 
 /// Waits for the end of a session. Returns its program's code.
@@ -129,6 +148,8 @@ int run(const CommandLine::Line& line, std::span<const std::string_view> argumen
     const std::string& session = line.words.front();
     if (verb == SessionVerb::send)
         return send(line.words);
+    if (verb == SessionVerb::peek)
+        return peek(session, lines.value_or(std::nullopt), line.has("--json"));
     if (verb == SessionVerb::wait)
         return wait(session);
     if (verb == SessionVerb::detach)

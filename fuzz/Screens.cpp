@@ -1,0 +1,42 @@
+#include "fuzz/Fuzz.h"
+#include "sessions/Screen.h"
+
+namespace velmo::Fuzz {
+
+namespace {
+
+/// The input is two sizes and output, cut in two. The screen must not depend on the cut nor take
+/// more cells than it may; drawn on another screen, it must look the same there, and be drawn the
+/// same.
+void checkScreens(Input input) {
+    const auto nextSize = [&] {
+        return PtyFrame::Size{.cols = 1 + input.byte() % 100, .rows = 1 + input.byte() % 50};
+    };
+    const PtyFrame::Size first = nextSize();
+    const PtyFrame::Size second = nextSize();
+    const std::size_t cut = input.byte();
+    const ByteView output = input.restBytes();
+    Screen screen(first);
+    Screen cutScreen(first);
+    screen.follow(output);
+    cutScreen.follow(output.first(std::min(cut, output.size())));
+    cutScreen.follow(output.subspan(std::min(cut, output.size())));
+    require(screen.drawn(first) == cutScreen.drawn(first));
+    for (const PtyFrame::Size size : {first, second}) {
+        screen.resize(size);
+        require(screen.cells() <= Screen::maxCells + static_cast<std::size_t>(size.cols) + 64);
+        Screen other(size);
+        other.follow(bytesOf(screen.drawn(size)));
+        require(other.text() == screen.text());
+        require(other.cursor() == screen.cursor());
+        require(other.drawn(size) == screen.drawn(size));
+        Screen narrow(first);
+        narrow.follow(bytesOf(screen.drawn(std::nullopt)));
+    }
+}
+
+const Target screensTarget("Screens", checkScreens);
+
+} // namespace
+
+} // namespace velmo::Fuzz

@@ -1,0 +1,1236 @@
+#include "sessions/Screen.h"
+
+#include "core/support/Decimal.h"
+#include "core/support/Text.h"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace velmo {
+
+namespace {
+
+using ControlSequence::Csi;
+using Kind = SequenceReader::Kind;
+
+constexpr std::size_t mainScreen = 0;
+constexpr std::size_t alternateScreen = 1;
+constexpr int tabWidth = 8;
+constexpr int sweepPeriod = 256; // lookups in tables
+constexpr int maxCount = 10000;  // more than any screen has
+constexpr char shiftOut = '\x0E';
+constexpr char shiftIn = '\x0F';
+constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
+constexpr std::size_t maxAnswers = 4096; ///< bytes
+
+// The answers of xterm, which is what the sessions' TERM stands for.
+constexpr std::string_view terminalIsWell = "\033[0n";
+constexpr std::string_view kindOfTerminal = "\033[?64;1;2;6;9;15;16;17;18;21;22;28c";
+constexpr std::string_view versionOfTerminal = "\033[>41;379;0c";
+
+/// The characters that stand for "_" to "~" in the character set for drawing lines.
+constexpr auto lineDrawing = std::to_array<char32_t>(
+    {U' ',      U'\u25C6', U'\u2592', U'\u2409', U'\u240C', U'\u240D', U'\u240A', U'\u00B0',
+     U'\u00B1', U'\u2424', U'\u240B', U'\u2518', U'\u2510', U'\u250C', U'\u2514', U'\u253C',
+     U'\u23BA', U'\u23BB', U'\u2500', U'\u23BC', U'\u23BD', U'\u251C', U'\u2524', U'\u2534',
+     U'\u252C', U'\u2502', U'\u2264', U'\u2265', U'\u03C0', U'\u2260', U'\u00A3', U'\u00B7'});
+static_assert(lineDrawing.size() == '~' - '_' + 1);
+
+/// Returns the number with this index, or `absent` if it is left out or 0.
+int numberAt(const std::vector<std::int32_t>& numbers, std::size_t index, int absent) {
+    const std::int32_t number = index < numbers.size() ? numbers[index] : 0;
+    return number == 0 ? absent : std::min(number, maxCount);
+}
+
+void drawColour(std::string& text, std::string_view code, std::uint32_t colour) {
+    if (colour == 0)
+        return;
+    text.append(code);
+    if ((colour & CellStyle::palette) != 0) {
+        text.append(";5;").append(std::to_string(colour & 0xFF));
+        return;
+    }
+    text.append(";2");
+    for (const unsigned shift : {16U, 8U, 0U})
+        text.append(";").append(std::to_string((colour >> shift) & 0xFF));
+}
+
+/// Returns the length of a sequence at the front that only has an effect on its own row, or on what
+/// is written next: CSI, numbers and one of the final bytes. Returns 0 for any other.
+std::size_t lengthInRow(std::string_view text) {
+    constexpr std::string_view finals = "mKCDGPX@`";
+    if (!text.starts_with("\033["))
+        return 0;
+    const std::size_t end = text.find_first_not_of("0123456789;:", 2);
+    const bool isInRow = end != std::string_view::npos && finals.contains(text[end])
+                         && end <= SequenceReader::maxSequence;
+    return isInRow ? end + 1 : 0;
+}
+
+/// Returns the front of the text that goes from row to row without any sequence but those.
+std::string_view linesAtFront(std::string_view text) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        end = std::min(text.find('\033', end), text.size());
+        const std::size_t sequence = lengthInRow(text.substr(end));
+        if (sequence == 0)
+            break;
+        end += sequence;
+    }
+    const std::string_view lines = text.substr(0, end);
+    return lines.substr(0, std::min(lines.find(shiftOut), lines.find(shiftIn)));
+}
+
+/// Removes the text up to the end of the next style from its front. Returns the style's parameters;
+/// absent if the text contains no further style.
+std::optional<std::string_view> nextStyle(std::string_view& text) {
+    while (true) {
+        text.remove_prefix(std::min(text.find('\033'), text.size()));
+        const std::size_t length = lengthInRow(text);
+        if (length == 0)
+            return std::nullopt;
+        const std::string_view sequence = text.substr(0, length);
+        text.remove_prefix(length);
+        if (sequence.back() == 'm')
+            return sequence.substr(2, length - 3);
+    }
+}
+
+/// Returns the cell as a terminal shows it; absent for the right half of a wide character. A half
+/// that has lost the other one is a blank.
+std::optional<Cell> drawnAs(const std::vector<Cell>& cells, std::size_t column) {
+    const Cell& cell = cells[column];
+    const bool isLeftHalf =
+        cell.width == 2 && column + 1 < cells.size() && cells[column + 1].width == 0;
+    if (cell.width == 1 || isLeftHalf)
+        return cell;
+    if (cell.width == 0 && column > 0 && cells[column - 1].width == 2)
+        return std::nullopt;
+    return Cell{.style = cell.style};
+}
+
+bool isAscii(char byte) {
+    return byte >= ' ' && byte < '\x7F';
+}
+
+/// Returns the number of printable ASCII characters at the front, at many times the speed of a look
+/// at each.
+std::size_t lengthOfAscii(std::string_view text) {
+    constexpr std::size_t block = 64;
+    const auto isPlain = [](const char* start) {
+        std::uint8_t others = 0;
+        for (std::size_t i = 0; i < block; ++i)
+            others |=
+                static_cast<std::uint8_t>(static_cast<std::uint8_t>(start[i] - ' ') > '~' - ' ');
+        return others == 0;
+    };
+    std::size_t length = 0;
+    while (length + block <= text.size() && isPlain(text.data() + length))
+        length += block;
+    while (length < text.size() && isAscii(text[length]))
+        ++length;
+    return length;
+}
+
+int parsed(std::string_view digits) {
+    return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
+}
+
+/// Reads a colour from a field of a style, or from the fields behind it.
+void setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest) {
+    // 38:5:n, 38:2::r:g:b and 38:2:r:g:b in one field, or 38;5;n and 38;2;r;g;b in several.
+    const char separator = field.contains(':') ? ':' : ';';
+    std::string_view& source = separator == ':' ? field : rest;
+    if (separator == ':')
+        ControlSequence::takeField(field, ':');
+    const int kind = parsed(ControlSequence::takeField(source, separator));
+    const auto component = [&] {
+        return static_cast<std::uint32_t>(
+            std::min(parsed(ControlSequence::takeField(source, separator)), 255));
+    };
+    if (kind == 5) {
+        colour = CellStyle::palette | component();
+    } else if (kind == 2) {
+        if (separator == ':' && std::ranges::count(source, ':') >= 3)
+            ControlSequence::takeField(source, ':'); // the colour space
+        const std::uint32_t red = component();
+        const std::uint32_t green = component();
+        colour = CellStyle::direct | (red << 16) | (green << 8) | component();
+    }
+}
+
+/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
+/// another width.
+void drawMoves(std::string& text, int up, int column) {
+    text += "\r";
+    if (up > 0)
+        text += "\033[" + std::to_string(up) + "A";
+    if (column > 0)
+        text += "\033[" + std::to_string(column) + "C";
+}
+
+} // namespace
+
+Screen::Screen(PtyFrame::Size size) : size_(size) {
+    for (ScreenGrid& each : grids_)
+        each.resize(rows(), columns(), 0);
+    reset();
+}
+
+void Screen::follow(ByteView output) {
+    const auto read = [this](std::string_view text) {
+        reader_.read(bytesOf(text),
+                     [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
+    };
+    std::string_view rest = textOf(output);
+    while (!rest.empty()) {
+        const std::string_view lines = isAtRest() ? linesAtFront(rest) : "";
+        read(lines.substr(skip(lines)));
+        rest.remove_prefix(lines.size());
+        do {
+            read(rest.substr(0, 1));
+            rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
+        } while (!rest.empty() && !isAtRest());
+    }
+}
+
+/// Leaves out what the lines behind it scroll off the top, and takes over its style. Returns the
+/// number of bytes that are left out.
+std::size_t Screen::skip(std::string_view lines) {
+    const bool scrollsWhole = top_ == 0 && bottom_ == rows() - 1 && !hasMargins_;
+    if (!scrollsWhole)
+        return 0;
+    // Each line feed goes down by a row at least. So many of them leave the rows behind that the
+    // screen has below the cursor, and then all that was written before.
+    const int enough = rows() + bottom_ - cursor_.row + 1;
+    std::size_t start = lines.size();
+    int count = 0;
+    if (!lines.contains('\n'))
+        return skipRows(lines, enough);
+    for (const char* const text = lines.data(); start > 0 && count < enough; --start)
+        count += text[start - 1] == '\n' ? 1 : 0;
+    if (count < enough)
+        return skipRows(lines, enough);
+    if (start == 0 || lines[start - 1] != '\r') // `start` is at the line feed
+        return 0;
+    const std::string_view skipped = lines.substr(0, start + 1);
+    takeStyle(skipped);
+    cursor_.column = 0;
+    cursor_.wrapsNext = false;
+    last_ = 0;
+    return skipped.size();
+}
+
+/// Does the same for the front of a long line of plain characters, which fills row after row.
+std::size_t Screen::skipRows(std::string_view lines, int enough) const {
+    const std::size_t plain = lengthOfAscii(lines);
+    const auto width = static_cast<std::size_t>(columns());
+    const std::size_t shown = width * static_cast<std::size_t>(enough + 1);
+    return wraps_ && !inserts_ && plain > shown ? (plain - shown) / width * width : 0;
+}
+
+/// Obeys the styles in lines that are left out.
+void Screen::takeStyle(std::string_view lines) {
+    const std::string_view all = lines;
+    std::string_view sinceReset = lines;
+    while (const auto style = nextStyle(lines)) {
+        if (style->empty() || *style == "0" || style->starts_with("0;"))
+            sinceReset = all.substr(static_cast<std::size_t>(style->data() - all.data()) - 2);
+    }
+    while (const auto style = nextStyle(sinceReset))
+        setStyle(*style);
+}
+
+void Screen::obey(const SequenceReader::Sequence& sequence) {
+    switch (sequence.kind) {
+    case Kind::text:
+        write(sequence.text);
+        return;
+    case Kind::control:
+        obeyControl(sequence.text.front());
+        return;
+    case Kind::escape:
+        followModes(sequence);
+        obeyEscape(sequence.text);
+        return;
+    case Kind::osc:
+        followModes(sequence);
+        if (!isAnswering_)
+            obeyOsc(sequence.text);
+        return;
+    case Kind::csi:
+        followModes(sequence);
+        if (const auto csi = Csi::parse(sequence.text))
+            obeyCsi(*csi);
+        return;
+    case Kind::dropped:
+        break;
+    }
+}
+
+void Screen::followModes(const SequenceReader::Sequence& sequence) {
+    if (!isAnswering_)
+        modes_.obey(sequence);
+}
+
+void Screen::obeyControl(char control) {
+    last_ = 0;
+    switch (control) {
+    case '\b':
+        cursor_.column = std::max(cursor_.column - 1, isWithinMargins() ? left_ : 0);
+        cursor_.wrapsNext = false;
+        return;
+    case '\t':
+        tab(1);
+        return;
+    case '\n':
+    case '\v':
+    case '\f':
+        index();
+        if (returns_)
+            obeyControl('\r');
+        return;
+    case '\r':
+        cursor_.column = hasMargins_ && cursor_.column >= left_ ? left_ : 0;
+        cursor_.wrapsNext = false;
+        return;
+    case shiftOut:
+    case shiftIn:
+        cursor_.charsets.current = control == shiftOut ? 1 : 0;
+        return;
+    default:
+        return;
+    }
+}
+
+void Screen::obeyEscape(std::string_view escape) {
+    if (escape.size() == 2 && (escape[0] == '(' || escape[0] == ')'))
+        cursor_.charsets.sets[escape[0] == '(' ? 0 : 1] = escape[1];
+    if (escape == "#8")
+        fillToAlign();
+    if (escape.size() != 1)
+        return;
+    switch (escape.front()) {
+    case '7':
+        saved_[shown_] = cursor_;
+        return;
+    case '8':
+        restore();
+        return;
+    case 'D':
+        index();
+        return;
+    case 'E':
+        index();
+        obeyControl('\r');
+        return;
+    case 'H':
+        tabs_[static_cast<std::size_t>(cursor_.column)] = true;
+        return;
+    case 'M':
+        reverseIndex();
+        return;
+    case 'c':
+        reset();
+        return;
+    default:
+        return;
+    }
+}
+
+/// Fills the screen with "E", if it is small enough to be filled.
+void Screen::fillToAlign() {
+    endRegion();
+    cursor_.isInRegion = false;
+    place(0, 0);
+    if (isAnswering_ || std::cmp_greater(rows() * columns(), maxCells / 2))
+        return;
+    for (int row = 0; row < rows(); ++row) {
+        for (int column = 0; column < columns(); ++column)
+            grid().write(row, column, {.text = U'E'});
+    }
+    limit();
+}
+
+void Screen::obeyOsc(std::string_view osc) {
+    if (osc.starts_with("133;A"))
+        grid().row(cursor_.row).isPrompt = true;
+    if (!osc.starts_with("8;") || !ControlSequence::isMarkOrColour(osc))
+        return;
+    std::string_view link = osc.substr(2);
+    const std::size_t address = link.find(';');
+    if (address == std::string_view::npos || address + 1 == link.size())
+        link = "";
+    lookups_ += 16; // a flood of links is slower to read than one of styles
+    auto number = tables_.linkNumber(link);
+    if (!number && sweep())
+        number = tables_.linkNumber(link);
+    cursor_.style.link = number.value_or(0);
+}
+
+void Screen::obeyCsi(const Csi& csi) {
+    const auto numbers = csi.numbers();
+    if (csi.intermediates == "!" && csi.final == 'p')
+        softReset();
+    if (!csi.intermediates.empty())
+        return;
+    if (csi.final == 'n' || csi.final == 'c')
+        answer(csi);
+    else if (csi.final == 'h' || csi.final == 'l')
+        obeyModes(csi);
+    else if (csi.marker == "?" && csi.final == 'J')
+        eraseDisplay(numbers.front());
+    else if (csi.marker == "?" && csi.final == 'K')
+        obeyPlain('K', numbers);
+    else if (csi.marker.empty() && csi.final == 'm')
+        setStyle(csi.parameters);
+    else if (csi.marker.empty() && !move(csi.final, numbers))
+        obeyPlain(csi.final, numbers);
+}
+
+/// Notes the answer to a query, if the screen answers queries and this one is on the list.
+void Screen::answer(const Csi& csi) {
+    if (!isAnswering_ || answers_.size() >= maxAnswers)
+        return;
+    const std::int32_t asked = csi.numbers().front();
+    const bool isPlain = csi.marker.empty();
+    if (csi.final == 'n' && isPlain && asked == 5)
+        answers_ += terminalIsWell;
+    else if (csi.final == 'n' && isPlain && asked == 6)
+        answers_ +=
+            "\033[" + std::to_string(cursor().row) + ";" + std::to_string(cursor().column) + "R";
+    else if (csi.final == 'c' && asked == 0 && isPlain)
+        answers_ += kindOfTerminal;
+    else if (csi.final == 'c' && asked == 0 && csi.marker == ">")
+        answers_ += versionOfTerminal;
+}
+
+/// Obeys a sequence that moves the cursor. Returns false for any other.
+bool Screen::move(char final, const std::vector<std::int32_t>& numbers) {
+    const int count = numberAt(numbers, 0, 1);
+    const int origin = cursor_.isInRegion ? top_ : 0;
+    const int firstColumn = isWithinMargins() ? left_ : 0;
+    switch (final) {
+    case 'A':
+    case 'F':
+        moveRows(-count);
+        break;
+    case 'B':
+    case 'E':
+    case 'e':
+        moveRows(count);
+        break;
+    case 'C':
+    case 'a':
+        cursor_.column = std::min(cursor_.column + count, rightEdge());
+        break;
+    case 'D':
+        cursor_.column = std::max(cursor_.column - count, firstColumn);
+        break;
+    case 'G':
+    case '`':
+        place(cursor_.row, count - 1);
+        break;
+    case 'd':
+        place(origin + count - 1, cursor_.column);
+        break;
+    case 'H':
+    case 'f':
+        place(origin + count - 1, (cursor_.isInRegion ? left_ : 0) + numberAt(numbers, 1, 1) - 1);
+        break;
+    case 'I':
+        tab(count);
+        break;
+    case 'Z':
+        tab(-count);
+        break;
+    default:
+        return false;
+    }
+    cursor_.wrapsNext = false;
+    if (final == 'E' || final == 'F')
+        obeyControl('\r');
+    return true;
+}
+
+void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
+    const int count = numberAt(numbers, 0, 1);
+    const int part = numbers.front();
+    switch (final) {
+    case '@':
+        insertColumns(count);
+        break;
+    case 'P':
+        insertColumns(-count);
+        break;
+    case 'X':
+        eraseInRow(cursor_.column, cursor_.column + count);
+        break;
+    case 'J':
+        eraseDisplay(part);
+        break;
+    case 'K':
+        eraseInRow(part == 0 ? cursor_.column : 0, part == 1 ? cursor_.column + 1 : columns());
+        break;
+    case 'L':
+    case 'M':
+        if (cursor_.row < top_ || cursor_.row > bottom_ || !isWithinMargins())
+            return;
+        scroll(cursor_.row, final == 'L' ? -count : count);
+        obeyControl('\r');
+        break;
+    case 'S':
+        scroll(top_, count);
+        break;
+    case 'T':
+        if (numbers.size() == 1)
+            scroll(top_, -count);
+        break;
+    case 'b':
+        for (int left = std::min(count, columns() - cursor_.column); last_ != 0 && left > 0; --left)
+            put(last_);
+        return;
+    case 'g':
+        if (part == 3)
+            tabs_.assign(tabs_.size(), false);
+        else if (part == 0)
+            tabs_[static_cast<std::size_t>(cursor_.column)] = false;
+        return;
+    case 'r':
+        setRegion(count - 1, numberAt(numbers, 1, rows()) - 1);
+        break;
+    case 's':
+        if (hasMargins_)
+            setMargins(count - 1, numberAt(numbers, 1, columns()) - 1);
+        else
+            saved_[shown_] = cursor_;
+        return;
+    case 'u':
+        restore();
+        return;
+    default:
+        return;
+    }
+    if (final != 'S' && final != 'T')
+        cursor_.wrapsNext = false;
+}
+
+void Screen::obeyModes(const Csi& csi) {
+    const bool sets = csi.final == 'h';
+    for (const std::int32_t mode : csi.numbers()) {
+        if (csi.marker == "?")
+            setPrivateMode(mode, sets);
+        else if (csi.marker.empty() && mode == 4)
+            inserts_ = sets;
+        else if (csi.marker.empty() && mode == 20)
+            returns_ = sets;
+    }
+}
+
+void Screen::setPrivateMode(std::int32_t mode, bool sets) {
+    switch (mode) {
+    case 6:
+        cursor_.isInRegion = sets;
+        place(sets ? top_ : 0, sets ? left_ : 0);
+        return;
+    case 7:
+        wraps_ = sets;
+        cursor_.wrapsNext = false;
+        return;
+    case 69:
+        hasMargins_ = sets;
+        endMargins();
+        return;
+    case 1048:
+        sets ? static_cast<void>(saved_[shown_] = cursor_) : restore();
+        return;
+    case 1049:
+        if (sets)
+            saved_[shown_] = cursor_;
+        show(mode, sets);
+        if (sets)
+            eraseDisplay(2);
+        else
+            restore();
+        return;
+    case 1047:
+        if (!sets && shown_ == alternateScreen)
+            eraseDisplay(2);
+        show(mode, sets);
+        return;
+    case 47:
+        show(mode, sets);
+        return;
+    default:
+        return;
+    }
+}
+
+void Screen::setStyle(std::string_view parameters) {
+    CellStyle& style = cursor_.style;
+    const auto setUnderline = [&](int kind) {
+        constexpr int mask = CellStyle::underlineUnit - 1;
+        style.attributes = static_cast<std::uint16_t>(
+            (style.attributes & mask) | (std::min(kind, 5) * CellStyle::underlineUnit));
+    };
+    const auto set = [&](std::uint16_t attribute, bool isSet) {
+        style.attributes = static_cast<std::uint16_t>(isSet ? style.attributes | attribute
+                                                            : style.attributes & ~attribute);
+    };
+    std::string_view rest = parameters;
+    do {
+        const std::string_view field = ControlSequence::takeField(rest, ';');
+        const int code = parsed(field.substr(0, field.find(':')));
+        if (code == 0)
+            style = {.link = style.link};
+        else if (code == 1 || code == 2)
+            set(code == 1 ? CellStyle::bold : CellStyle::faint, true);
+        else if (code == 22)
+            set(CellStyle::bold | CellStyle::faint, false);
+        else if (code == 3 || code == 23)
+            set(CellStyle::italic, code == 3);
+        else if (code == 4)
+            setUnderline(field.contains(':') ? parsed(field.substr(field.find(':') + 1)) : 1);
+        else if (code == 21)
+            setUnderline(2);
+        else if (code == 24)
+            setUnderline(0);
+        else if (code == 5 || code == 6 || code == 25)
+            set(CellStyle::blinking, code != 25);
+        else if (code == 7 || code == 27)
+            set(CellStyle::inverse, code == 7);
+        else if (code == 8 || code == 28)
+            set(CellStyle::hidden, code == 8);
+        else if (code == 9 || code == 29)
+            set(CellStyle::struckOut, code == 9);
+        else if (code == 53 || code == 55)
+            set(CellStyle::overlined, code == 53);
+        else if (code == 38)
+            setColour(style.foreground, field, rest);
+        else if (code == 48)
+            setColour(style.background, field, rest);
+        else if (code == 58)
+            setColour(style.underline, field, rest);
+        else if (code == 39)
+            style.foreground = 0;
+        else if (code == 49)
+            style.background = 0;
+        else if (code == 59)
+            style.underline = 0;
+        else if (code >= 30 && code <= 37)
+            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 30);
+        else if (code >= 40 && code <= 47)
+            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 40);
+        else if (code >= 90 && code <= 97)
+            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 90 + 8);
+        else if (code >= 100 && code <= 107)
+            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 100 + 8);
+    } while (!rest.empty());
+}
+
+void Screen::endRegion() {
+    top_ = 0;
+    bottom_ = rows() - 1;
+    endMargins();
+}
+
+void Screen::endMargins() {
+    left_ = 0;
+    right_ = columns() - 1;
+}
+
+void Screen::setRegion(int top, int bottom) {
+    bottom = std::min(bottom, rows() - 1);
+    if (top >= bottom)
+        return;
+    top_ = top;
+    bottom_ = bottom;
+    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+}
+
+void Screen::setMargins(int left, int right) {
+    right = std::min(right, columns() - 1);
+    if (left >= right)
+        return;
+    left_ = left;
+    right_ = right;
+    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+}
+
+char32_t Screen::translated(char32_t scalar) const {
+    return drawsLines() && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
+}
+
+/// Writes characters. Runs of ASCII, of which most output consists, go into a row at once.
+void Screen::write(std::string_view text) {
+    const bool isRun = text.size() > 1 && isAscii(text.front()) && !inserts_ && !drawsLines();
+    if (!isRun) {
+        for (const Text::Scalar& scalar : Text::Scalars(text))
+            put(translated(scalar.value));
+        return;
+    }
+    while (!text.empty()) {
+        put(static_cast<char32_t>(text.front())); // into the next row, or the last column
+        text.remove_prefix(1);
+        if (cursor_.wrapsNext)
+            continue;
+        const auto room = static_cast<std::size_t>(rightEdge() - cursor_.column);
+        const std::string_view run = text.substr(0, room);
+        putRun(run);
+        text.remove_prefix(run.size());
+    }
+}
+
+/// Writes ASCII characters that end before the last column.
+void Screen::putRun(std::string_view run) {
+    if (run.empty())
+        return;
+    const int end = cursor_.column + static_cast<int>(run.size());
+    split(cursor_.column);
+    split(end);
+    if (!isAnswering_ && grid().write(cursor_.row, cursor_.column, run, number(cursor_.style)))
+        limit();
+    cursor_.column = end;
+    last_ = static_cast<char32_t>(run.back());
+}
+
+void Screen::put(char32_t scalar) {
+    const int width = scalar < 0x7F ? 1 : utf8proc_charwidth(static_cast<utf8proc_int32_t>(scalar));
+    if (width == 0) {
+        combine(scalar);
+        return;
+    }
+    if (width > columns())
+        return;
+    const bool isTooWide = cursor_.column + width - 1 > rightEdge();
+    if (wraps_ && (cursor_.wrapsNext || isTooWide)) {
+        grid().row(cursor_.row).continues = cursor_.row < rows() - 1 || bottom_ == rows() - 1;
+        const bool goesOn = grid().row(cursor_.row).continues;
+        obeyControl('\r');
+        const int row = cursor_.row;
+        index();
+        if (goesOn && cursor_.row == row && row > 0)
+            grid().row(row - 1).continues = true; // the row has moved up
+    } else if (isTooWide) {
+        cursor_.column = rightEdge() - width + 1;
+    }
+    if (inserts_)
+        insertColumns(width);
+    split(cursor_.column);
+    split(cursor_.column + width);
+    if (!isAnswering_)
+        writeCells(scalar, width);
+    last_ = scalar;
+    const int edge = rightEdge();
+    cursor_.wrapsNext = wraps_ && cursor_.column + width > edge;
+    cursor_.column = std::min(cursor_.column + width, edge);
+}
+
+void Screen::writeCells(char32_t scalar, int width) {
+    const std::uint16_t style = number(cursor_.style);
+    bool grows =
+        grid().write(cursor_.row, cursor_.column,
+                     {.text = scalar, .style = style, .width = static_cast<std::uint8_t>(width)});
+    if (width == 2)
+        grows |= grid().write(cursor_.row, cursor_.column + 1,
+                              {.text = ' ', .style = style, .width = 0});
+    if (grows)
+        limit();
+}
+
+/// Adds a combining character to the character before the cursor.
+void Screen::combine(char32_t mark) {
+    int column = cursor_.wrapsNext ? cursor_.column : cursor_.column - 1;
+    if (column > 0 && grid().at(cursor_.row, column).width == 0)
+        --column;
+    if (column < 0 || isAnswering_)
+        return;
+    Cell cell = grid().at(cursor_.row, column);
+    ++lookups_;
+    auto text = tables_.combined(cell.text, mark);
+    if (!text && sweep())
+        text = tables_.combined(cell.text, mark);
+    cell.text = text.value_or(cell.text);
+    if (grid().write(cursor_.row, column, cell))
+        limit();
+}
+
+/// Makes a wide character blank of which the right half is in this column: one half of it is about
+/// to be written over.
+void Screen::split(int column) {
+    if (isAnswering_ || column <= 0 || column >= columns())
+        return;
+    if (grid().at(cursor_.row, column).width != 0)
+        return;
+    for (const int half : {column - 1, column}) {
+        const std::uint16_t style = grid().at(cursor_.row, half).style;
+        grid().write(cursor_.row, half, {.style = style});
+    }
+}
+
+/// Forgets rows if there are too many cells: first of the screen that is not shown.
+void Screen::limit() {
+    std::size_t count = cells();
+    for (const std::size_t which : {1 - shown_, shown_}) {
+        for (int row = 0; row < rows() && count > maxCells; ++row) {
+            if (which == shown_ && row == cursor_.row)
+                continue;
+            count -= grids_[which].row(row).cells.capacity();
+            grids_[which].clear(row, 0);
+        }
+    }
+}
+
+/// Puts the cursor into a row and a column, or as near as the screen or the region allows.
+void Screen::place(int row, int column) {
+    cursor_.row =
+        std::clamp(row, cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? bottom_ : rows() - 1);
+    cursor_.column = std::clamp(column, cursor_.isInRegion ? left_ : 0,
+                                cursor_.isInRegion ? right_ : columns() - 1);
+    cursor_.wrapsNext = false;
+}
+
+/// Moves the cursor, which does not leave the scrolling region if it is in it.
+void Screen::moveRows(int rows) {
+    const int first = cursor_.row >= top_ ? top_ : 0;
+    const int last = cursor_.row <= bottom_ ? bottom_ : this->rows() - 1;
+    cursor_.row = std::clamp(cursor_.row + rows, first, last);
+}
+
+void Screen::index() {
+    cursor_.wrapsNext = false;
+    if (cursor_.row != bottom_)
+        cursor_.row = std::min(cursor_.row + 1, rows() - 1);
+    else if (isWithinMargins())
+        scroll(top_, 1);
+}
+
+void Screen::reverseIndex() {
+    cursor_.wrapsNext = false;
+    if (cursor_.row != top_)
+        cursor_.row = std::max(cursor_.row - 1, 0);
+    else if (isWithinMargins())
+        scroll(top_, -1);
+}
+
+void Screen::scroll(int top, int rows) {
+    if (isAnswering_)
+        return;
+    ScreenGrid::Area area = region();
+    area.top = top;
+    grid().scroll(area, rows, erased(), columns());
+    if (hasMargins_)
+        limit();
+}
+
+void Screen::insertColumns(int count) {
+    if (!isWithinMargins() || isAnswering_)
+        return;
+    split(cursor_.column);
+    if (count < 0)
+        split(std::min(cursor_.column - count, columns()));
+    grid().shift(cursor_.row, cursor_.column, rightEdge(), count, columns(), erased());
+    if (const Cell last = grid().at(cursor_.row, rightEdge()); last.width == 2)
+        grid().write(cursor_.row, rightEdge(), {.style = last.style});
+    limit();
+    cursor_.wrapsNext = false;
+}
+
+void Screen::eraseDisplay(int part) {
+    if (part > 2)
+        return; // lines that have scrolled off the top
+    cursor_.wrapsNext = false;
+    if (isAnswering_)
+        return;
+    const std::uint16_t style = erased();
+    const int from = part == 0 ? cursor_.row + 1 : 0;
+    const int to = part == 1 ? cursor_.row : rows();
+    for (int row = from; row < to; ++row)
+        grid().clear(row, style);
+    if (part == 0)
+        eraseInRow(cursor_.column, columns());
+    else if (part == 1)
+        eraseInRow(0, cursor_.column + 1);
+}
+
+void Screen::eraseInRow(int from, int to) {
+    if (isAnswering_)
+        return;
+    to = std::min(to, columns());
+    split(from);
+    split(to);
+    grid().erase(cursor_.row, from, to, columns(), erased());
+    limit();
+    if (to == columns())
+        grid().row(cursor_.row).continues = false;
+    if (from == 0 && cursor_.row > 0)
+        grid().row(cursor_.row - 1).continues = false;
+}
+
+void Screen::tab(int count) {
+    if (cursor_.wrapsNext && count > 0)
+        return;
+    const int last = rightEdge();
+    const int step = count > 0 ? 1 : -1;
+    for (; count != 0; count -= step) {
+        do
+            cursor_.column += step;
+        while (cursor_.column > 0 && cursor_.column < last
+               && !tabs_[static_cast<std::size_t>(cursor_.column)]);
+        cursor_.column = std::clamp(cursor_.column, 0, last);
+        if (cursor_.column == 0 || cursor_.column == last)
+            break;
+    }
+    cursor_.wrapsNext = false;
+}
+
+void Screen::show(std::int32_t mode, bool alternate) {
+    if (alternate && shown_ == mainScreen)
+        alternateMode_ = mode;
+    shown_ = alternate ? alternateScreen : mainScreen;
+    cursor_.wrapsNext = false;
+}
+
+void Screen::restore() {
+    cursor_ = withinRegion(saved_[shown_].value_or(Cursor{}));
+}
+
+/// Returns a saved cursor as near to its place as the region allows, if its rows are told from
+/// there.
+Screen::Cursor Screen::withinRegion(Cursor cursor) const {
+    if (!cursor.isInRegion)
+        return cursor;
+    cursor.row = std::clamp(cursor.row, top_, bottom_);
+    cursor.column = std::clamp(cursor.column, left_, right_);
+    return cursor;
+}
+
+void Screen::reset() {
+    for (ScreenGrid& each : grids_) {
+        each.resize(0, columns(), rows());
+        each.resize(rows(), columns(), 0);
+    }
+    shown_ = mainScreen;
+    saved_ = {};
+    cursor_ = {};
+    returns_ = false;
+    tabs_.assign(static_cast<std::size_t>(columns()), false);
+    for (std::size_t column = 0; column < tabs_.size(); column += tabWidth)
+        tabs_[column] = true;
+    softReset();
+}
+
+void Screen::softReset() {
+    endRegion();
+    hasMargins_ = false;
+    wraps_ = true;
+    inserts_ = false;
+    cursor_.isInRegion = false;
+    cursor_.style = {};
+    cursor_.charsets = {};
+    saved_[shown_].reset();
+}
+
+void Screen::resize(PtyFrame::Size size) {
+    if (size == size_)
+        return;
+    const int lost = std::max(cursor_.row - (size.rows - 1), 0);
+    const int lostOfMain =
+        shown_ == mainScreen
+            ? lost
+            : std::max(saved_[mainScreen].value_or(Cursor{}).row - (size.rows - 1), 0);
+    size_ = size;
+    grids_[mainScreen].resize(rows(), columns(), lostOfMain);
+    grids_[alternateScreen].resize(rows(), columns(), shown_ == mainScreen ? 0 : lost);
+    cursor_.row -= lost;
+    cursor_.column = std::min(cursor_.column, columns() - 1);
+    cursor_.wrapsNext = false;
+    for (auto& saved : saved_) {
+        if (!saved)
+            continue;
+        saved->row = std::min(saved->row, rows() - 1);
+        saved->column = std::min(saved->column, columns() - 1);
+        saved->wrapsNext = false;
+    }
+    endRegion();
+    const std::size_t known = tabs_.size();
+    tabs_.resize(static_cast<std::size_t>(columns()), false);
+    for (std::size_t column = known; column < tabs_.size(); ++column)
+        tabs_[column] = column % tabWidth == 0;
+}
+
+bool Screen::isWithinMargins() const {
+    return cursor_.column >= left_ && cursor_.column <= right_;
+}
+
+int Screen::rightEdge() const {
+    return cursor_.column <= right_ ? right_ : columns() - 1;
+}
+
+/// Returns the number by which a cell refers to the style.
+std::uint16_t Screen::number(const CellStyle& style) {
+    if (numbered_ && numbered_->first == style)
+        return numbered_->second;
+    ++lookups_;
+    auto number = tables_.styleNumber(style);
+    if (!number && sweep())
+        number = tables_.styleNumber(style);
+    numbered_.emplace(style, number.value_or(0));
+    return numbered_->second;
+}
+
+/// Returns the style of what is erased now: it has the background that the program has set.
+std::uint16_t Screen::erased() {
+    return number({.background = cursor_.style.background});
+}
+
+/// Finds out what of the tables is in use. Returns false if that was done a short while ago: what
+/// is new has no place then, since a program may use more than the tables contain.
+bool Screen::sweep() {
+    if (lookups_ < sweepPeriod)
+        return false;
+    lookups_ = 0;
+    tables_.beginSweep();
+    for (const ScreenGrid& each : grids_) {
+        for (int row = 0; row < each.rows(); ++row) {
+            tables_.use(Cell{.style = each.row(row).style});
+            for (const Cell& cell : each.row(row).cells)
+                tables_.use(cell);
+        }
+    }
+    tables_.use(cursor_.style);
+    for (const auto& saved : saved_) {
+        if (saved)
+            tables_.use(saved->style);
+    }
+    numbered_.reset();
+    return true;
+}
+
+std::vector<std::string> Screen::text() const {
+    std::vector<std::string> lines;
+    const int last = grid().lastUsedRow();
+    for (int row = 0; row <= last; ++row) {
+        std::string line;
+        const auto& cells = grid().row(row).cells;
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            if (const auto cell = drawnAs(cells, column))
+                tables_.append(line, *cell);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        lines.push_back(std::move(line));
+    }
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
+    return lines;
+}
+
+Screen::Place Screen::cursor() const {
+    const int top = cursor_.isInRegion ? top_ : 0;
+    const int left = cursor_.isInRegion ? left_ : 0;
+    return {.row = cursor_.row - top + 1, .column = cursor_.column - left + 1};
+}
+
+void Screen::beginAnswering() {
+    isAnswering_ = true;
+    for (ScreenGrid& each : grids_) {
+        for (int row = 0; row < each.rows(); ++row)
+            each.clear(row, 0);
+    }
+    tables_ = {};
+    modes_ = {};
+}
+
+std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
+    const bool isSame = size == size_;
+    const bool isAlternate = shown_ == alternateScreen;
+    std::string text;
+    if (part == Part::all)
+        drawMain(text, isSame);
+    if (isAlternate) {
+        const PtyFrame::Size on = size.value_or(size_);
+        text += "\033[?" + std::to_string(alternateMode_) + "h";
+        drawStyle(text, saved_[mainScreen].value_or(Cursor{}).style, {});
+        text += plainCharsets;
+        text += "\033[H\033[2J";
+        drawRows(text, alternateScreen,
+                 std::min(grids_[alternateScreen].lastUsedRow(), on.rows - 1), on.cols);
+    }
+    text += modes_.sequences();
+    if (returns_)
+        text += "\033[20h";
+    if (isSame) {
+        drawTabs(text);
+        drawRegion(text);
+        if (saved_[shown_]) {
+            drawCursor(text, shown_, withinRegion(*saved_[shown_]));
+            text += "\0337";
+            drawStyle(text, saved_[shown_]->style, {}); // ends its link, too
+        }
+    }
+    const bool isPlaced = isAlternate || (isSame && part == Part::all);
+    if (isPlaced)
+        drawCursor(text, shown_, cursor_);
+    else
+        drawStyleAndCharsets(text, {}, cursor_);
+    return text;
+}
+
+/// Draws the main screen, and puts the cursor where it is there.
+void Screen::drawMain(std::string& text, bool isSame) const {
+    const bool isAlternate = shown_ == alternateScreen;
+    const Cursor cursor = isAlternate ? saved_[mainScreen].value_or(Cursor{}) : cursor_;
+    const int last = std::max(grids_[mainScreen].lastUsedRow(), cursor.row);
+    drawRows(text, mainScreen, last, columns());
+    if (!isSame)
+        drawMoves(text, last - cursor.row, cursor.column);
+    else if (isAlternate && saved_[mainScreen]) {
+        Cursor saved = cursor;
+        saved.isInRegion = false; // no region is set yet
+        drawCursor(text, mainScreen, saved);
+        text += "\0337"; // the style stays: the mode of the alternate screen may save it, too
+    }
+}
+
+/// Draws rows from the terminal's cursor on, up to the last that is named.
+void Screen::drawRows(std::string& text, std::size_t which, int last, int maxColumns) const {
+    std::uint16_t style = 0;
+    const auto turnTo = [&](std::uint16_t other) {
+        if (other != style)
+            drawStyle(text, tables_.style(style), tables_.style(other));
+        style = other;
+    };
+    for (int row = 0; row <= last; ++row) {
+        const ScreenGrid::Row& drawn = grids_[which].row(row);
+        const bool goesOn = which == mainScreen && row < last && goesOnBelow(row);
+        const std::size_t end = goesOn ? drawn.cells.size() : drawn.lengthUsed(columns());
+        if (drawn.isPrompt)
+            text += "\033]133;A\033\\";
+        for (std::size_t column = 0; column < end; ++column) {
+            const auto cell = drawnAs(drawn.cells, column);
+            if (!cell || static_cast<int>(column) + cell->width > maxColumns)
+                continue;
+            turnTo(cell->style);
+            tables_.append(text, *cell);
+        }
+        if (goesOn)
+            continue;
+        const std::uint16_t behind = drawn.styleBehind(columns());
+        if (behind != 0 && static_cast<int>(end) < maxColumns) {
+            turnTo(behind);
+            text += "\033[K";
+        }
+        turnTo(0);
+        if (row < last)
+            text += "\r\n";
+    }
+}
+
+/// Tells whether a line of the main screen goes on in the row below, so that a terminal gets there
+/// without a line feed.
+bool Screen::goesOnBelow(int row) const {
+    const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
+    const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);
+    if (!upper.continues || lower.isPrompt || lower.lengthUsed(columns()) == 0)
+        return false;
+    const auto length = static_cast<int>(upper.lengthUsed(columns()));
+    const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
+    return length == columns() || (length == columns() - 1 && isNextWide);
+}
+
+/// Sets tab stops, unless they are as after a reset.
+void Screen::drawTabs(std::string& text) const {
+    const auto isUsual = [](std::size_t column) { return column % tabWidth == 0; };
+    std::string stops;
+    bool areUsual = true;
+    for (std::size_t column = 0; column < tabs_.size(); ++column) {
+        areUsual = areUsual && tabs_[column] == isUsual(column);
+        if (tabs_[column])
+            stops += "\033[" + std::to_string(column + 1) + "G\033H";
+    }
+    if (!areUsual)
+        text += "\033[3g" + stops + "\r";
+}
+
+void Screen::drawRegion(std::string& text) const {
+    const auto range = [&](int first, int last, char final) {
+        text += "\033[" + std::to_string(first + 1) + ";" + std::to_string(last + 1) + final;
+    };
+    if (top_ > 0 || bottom_ < rows() - 1)
+        range(top_, bottom_, 'r');
+    if (hasMargins_ && (left_ > 0 || right_ < columns() - 1))
+        range(left_, right_, 's');
+}
+
+void Screen::drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const {
+    constexpr auto codes = std::to_array<std::pair<std::uint16_t, std::string_view>>({
+        {CellStyle::bold, ";1"},
+        {CellStyle::faint, ";2"},
+        {CellStyle::italic, ";3"},
+        {CellStyle::blinking, ";5"},
+        {CellStyle::inverse, ";7"},
+        {CellStyle::hidden, ";8"},
+        {CellStyle::struckOut, ";9"},
+        {CellStyle::overlined, ";53"},
+    });
+    text += "\033[0";
+    for (const auto& [attribute, code] : codes) {
+        if ((style.attributes & attribute) != 0)
+            text += code;
+    }
+    const int underline = style.attributes / CellStyle::underlineUnit;
+    if (underline > 0)
+        text += underline == 1 ? ";4" : ";4:" + std::to_string(underline);
+    drawColour(text, ";38", style.foreground);
+    drawColour(text, ";48", style.background);
+    drawColour(text, ";58", style.underline);
+    text += "m";
+    if (style.link != before.link)
+        text.append("\033]8;")
+            .append(style.link == 0 ? ";" : tables_.link(style.link))
+            .append("\033\\");
+}
+
+/// Puts the cursor where the terminal must have it, with its style and character sets.
+void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const {
+    text.append(plainCharsets).append(cursor.isInRegion ? "\033[?6h" : "\033[?6l");
+    const auto& cells = grids_[which].row(cursor.row).cells;
+    int column = cursor.column;
+    const auto isRightHalf = [&] {
+        return column > 0 && std::cmp_less(column, cells.size())
+               && !drawnAs(cells, static_cast<std::size_t>(column));
+    };
+    if (cursor.wrapsNext && wraps_ && isRightHalf())
+        --column;
+    const int top = cursor.isInRegion ? top_ : 0;
+    const int left = cursor.isInRegion ? left_ : 0;
+    text += "\033[" + std::to_string(cursor.row - top + 1) + ";" + std::to_string(column - left + 1)
+            + "H";
+    CellStyle style;
+    if (cursor.wrapsNext && wraps_) { // only a character that is written has this effect
+        Cell cell = grids_[which].at(cursor.row, column);
+        if (std::cmp_less(column, cells.size()))
+            cell = drawnAs(cells, static_cast<std::size_t>(column)).value_or(Cell{});
+        style = tables_.style(cell.style);
+        drawStyle(text, {}, style);
+        tables_.append(text, cell);
+    }
+    drawStyleAndCharsets(text, style, cursor);
+}
+
+void Screen::drawStyleAndCharsets(std::string& text, const CellStyle& before,
+                                  const Cursor& cursor) const {
+    drawStyle(text, before, cursor.style);
+    const auto& [sets, current] = cursor.charsets;
+    for (const auto& [set, prefix] : {std::pair(sets[0], '('), std::pair(sets[1], ')')}) {
+        if (set != Charsets::plain)
+            text.append("\033").append(1, prefix).append(1, set);
+    }
+    if (current == 1)
+        text += shiftOut;
+}
+
+} // namespace velmo
