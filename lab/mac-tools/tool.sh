@@ -156,14 +156,15 @@ play_ioreg() {
 
 # velmo-power hold [-- COMMAND...]
 play_client() {
-    echo 1 >"$mac/sleep"
     if [ "${2:-}" = -- ]; then
         shift 2
+        echo 1 >"$mac/sleep"
         PATH=$mac/bin:$PATH "$@"
         end_hold released
         return
     fi
-    echo $$ >"$mac/holder"
+    echo $$ >"$mac/holder" # first: once the setting has changed, a script may end the hold
+    echo 1 >"$mac/sleep"
     while :; do sleep 0.05; done
 }
 
