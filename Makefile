@@ -1,6 +1,7 @@
 # The two commands to know are `make run` and `make test`; each installs what it needs.
 
-.PHONY: run run-session soak test check bench bench-screens sanitize tsan fuzz coverage mutate macos kin package format format-check tidy clean
+.PHONY: run run-session run-phone soak test test-phone check bench bench-screens sanitize tsan fuzz coverage \
+    mutate macos kin package format format-check tidy clean
 
 # Plays one whole life of a hold on a simulated Mac.
 run:
@@ -13,6 +14,12 @@ run-session:
 	@scripts/setup build
 	@scripts/build release life-of-a-session
 	@build/release/bin/life-of-a-session
+
+# Serves the page of a session of its own, and waits: a browser may be pointed at it.
+run-phone:
+	@scripts/setup build phone
+	@scripts/build release velmo-phone velmo-session
+	@lab/phone-page/play build/release/bin
 
 MINUTES ?= 10
 
@@ -36,8 +43,8 @@ check:
 
 # Everything beside its peers and limits, and what the daemon costs; the tables go into docs/.
 bench:
-	@scripts/setup build bench
-	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test
+	@scripts/setup build bench phone
+	@scripts/build bench velmo-bench VelmoPowerDaemonSimulated simulated-pmset velmo-mac session-under-test velmo-phone
 	@build/bench/bin/velmo-bench docs
 	@bench/daemon-footprint build/bench/bin | tee -a docs/benchmarks.md
 	@bench/session-costs build/bench/bin | tee -a docs/benchmarks.md
@@ -58,6 +65,12 @@ tsan:
 	@scripts/setup build test clang
 	@scripts/build tsan all
 	@ctest --preset tsan
+
+# The phone's page in a real browser.
+test-phone:
+	@scripts/setup build phone browser
+	@scripts/build debug velmo-phone velmo-session velmo-mac VelmoPowerDaemonSimulated simulated-pmset
+	@tests/phone/browser/run build/debug/bin
 
 SECONDS ?= 60
 

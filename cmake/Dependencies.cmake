@@ -13,6 +13,10 @@ velmo_find_what_core_needs()
 velmo_find_what_host_needs()
 velmo_find_what_power_client_needs()
 
+if(VELMO_PHONE)
+    velmo_find_library(qrencode::qrencode qrencode.h qrencode)
+endif()
+
 if(VELMO_BUILD_TESTS)
     set(CMAKE_FIND_LIBRARY_SUFFIXES ${velmo_every_library_suffix})
     find_package(GTest REQUIRED)

@@ -5,6 +5,7 @@ label=io.velmo.host.power
 daemon=${DESTDIR:-}/Library/PrivilegedHelperTools/VelmoPowerDaemon
 client=${DESTDIR:-}/usr/local/bin/velmo-power
 sessions=${DESTDIR:-}/usr/local/bin/velmo-session
+phone=${DESTDIR:-}/usr/local/bin/velmo-phone
 plist=${DESTDIR:-}/Library/LaunchDaemons/$label.plist
 log_rule=${DESTDIR:-}/etc/newsyslog.d/$label.conf
 log=${DESTDIR:-}/var/log/$label.log
@@ -26,15 +27,17 @@ each_file() {
     each_page "$1"
 }
 
+# In a script with a folder of executables, the one that not every build has is left out if it is not there.
 each_executable() {
     "$1" VelmoPowerDaemon "$daemon" 755
     "$1" velmo-power "$client" 755
     "$1" velmo-session "$sessions" 755
+    if [ -z "${folder:-}" ] || [ -e "$folder/velmo-phone" ]; then "$1" velmo-phone "$phone" 755; fi
 }
 
 # The same for the manual pages and the completions, which a cross build does not make.
 each_page() {
-    for program in velmo-power velmo-session; do
+    for program in velmo-power velmo-session velmo-phone; do
         "$1" $program.1 "$share/man/man1/$program.1" 644
         "$1" $program.bash "$share/bash-completion/completions/$program" 644
         "$1" _$program "$share/zsh/site-functions/_$program" 644

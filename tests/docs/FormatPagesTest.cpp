@@ -23,7 +23,9 @@
 #include "core/windows/WindowMove.h"
 #include "core/windows/WindowRaise.h"
 #include "core/windows/WindowRecord.h"
+#include "lab/instruments/PhoneWorld.h"
 #include "lab/instruments/SessionWorld.h"
+#include "phone/PhoneCommands.h"
 #include "platform/simulated/CallLine.h"
 #include "tests/Texts.h"
 
@@ -246,6 +248,27 @@ TEST(FormatPages, TheSessionHostRepliesAsDocumented) {
         world.receive(peer, call);
         const std::string behind = call.contains("stream") ? hexExample("session-control") : "";
         EXPECT_EQ(call + world.peers[peer]->received, block + behind);
+    }
+}
+
+TEST(FormatPages, ThePhonesBridgeRepliesAsDocumented) {
+    PhoneWorld world;
+    const auto page = world.open(world.letIn());
+    for (const std::string& block : blocks("phone-socket", "json")) {
+        const std::string call = block.substr(0, block.find('\n'));
+        page->events.clear();
+        page->frames.clear();
+        world.say(page, call);
+        EXPECT_THAT(page->events, testing::ElementsAre(block.substr(
+                                      call.size() + 1, block.size() - call.size() - 2)));
+        if (block.contains("watching")) {
+            EXPECT_EQ(page->frames, hexExample("phone-socket"));
+        }
+    }
+    PhoneWorld empty;
+    for (const std::string& block : blocks("phone-commands", "json")) {
+        const std::string command = block.substr(0, block.find('\n'));
+        EXPECT_EQ(command + '\n' + obey(empty.bridge, command), block);
     }
 }
 

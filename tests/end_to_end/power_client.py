@@ -838,7 +838,8 @@ class Pages(unittest.TestCase):
 
     def test_a_manual_page_has_every_section_and_status(self):
         sources = os.path.dirname(os.path.realpath(__file__)) + "/../../tools"
-        statuses = {"velmo-power": "velmo-power/ExitStatus.h", "velmo-session": "velmo-session/SessionExit.h"}
+        statuses = {"velmo-phone": "velmo-phone/PhoneExit.h", "velmo-power": "velmo-power/ExitStatus.h",
+                    "velmo-session": "velmo-session/SessionExit.h"}
         for page in os.listdir(SHARE + "/man/man1"):
             program = page.removesuffix(".1")
             with open(f"{SHARE}/man/man1/{page}") as file:

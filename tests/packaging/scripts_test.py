@@ -20,7 +20,8 @@ LABEL = "io.velmo.host.power"
 DAEMON = "Library/PrivilegedHelperTools/VelmoPowerDaemon"
 CLIENT = "usr/local/bin/velmo-power"
 SESSIONS = "usr/local/bin/velmo-session"
-PAGES = tuple(page.format(program) for program in ("velmo-power", "velmo-session") for page in (
+PHONE = "usr/local/bin/velmo-phone"
+PAGES = tuple(page.format(program) for program in ("velmo-power", "velmo-session", "velmo-phone") for page in (
     "man/man1/{}.1", "bash-completion/completions/{}", "zsh/site-functions/_{}",
     "fish/vendor_completions.d/{}.fish"))
 PLIST = f"Library/LaunchDaemons/{LABEL}.plist"
@@ -33,7 +34,7 @@ class Mac:
     """A Mac in a folder of its own, and beside it a folder `built` with fresh executables."""
 
     def __init__(self, folder, daemon_signed="VelmoPowerDaemon TEAM1", client_signed="VelmoHelper TEAM1",
-                 session_signed="VelmoSession TEAM1"):
+                 session_signed="VelmoSession TEAM1", phone_signed="VelmoHelper TEAM1"):
         self.folder = pathlib.Path(folder)
         for name in ("bin", "root/Library", "root/var/log", "built"):
             (self.folder / name).mkdir(parents=True)
@@ -43,7 +44,7 @@ class Mac:
         for page in PAGES:
             self.put(f"share/{page}", page)
         for name, signed in (("VelmoPowerDaemon", daemon_signed), ("velmo-power", client_signed),
-                             ("velmo-session", session_signed)):
+                             ("velmo-session", session_signed), ("velmo-phone", phone_signed)):
             identifier, _, team = signed.partition(" ")
             self.put(f"built/{name}", f'#!/bin/sh\nexec "$MAC_TOOLS/bin/plays-{name}" "$@"\n# Marked=yes\n' + (
                 f"# Identifier={identifier}\n# TeamIdentifier={team}\n" if identifier else ""), 0o755)
@@ -69,6 +70,7 @@ class Mac:
         self.put(f"root/{DAEMON}", "old daemon", 0o755).put(f"root/{PLIST}", "old list")
         self.put("root/usr/local/bin/velmo-power", "old client", 0o711)
         self.put("root/usr/local/bin/velmo-session", "old sessions", 0o711)
+        self.put(f"root/{PHONE}", "old bridge", 0o711)
         self.put(f"root/usr/local/share/{PAGES[0]}", "old page")
         (self.folder / "root/usr/local/bin").chmod(0o775)
         return self.put("job", "7\n").put("started", "0\n") if loaded else self.put("disabled", "")
@@ -102,7 +104,7 @@ class ScriptsTest(unittest.TestCase):
 
     def assertInstalled(self, mac):
         for name, place, mode in (("VelmoPowerDaemon", DAEMON, 0o755), ("velmo-power", CLIENT, 0o755),
-                                  ("velmo-session", SESSIONS, 0o755)):
+                                  ("velmo-session", SESSIONS, 0o755), ("velmo-phone", PHONE, 0o755)):
             installed = mac.folder / "root" / place
             self.assertTrue(installed.read_text().startswith("#!/bin/sh\n"))
             self.assertNotIn("Marked", installed.read_text())
@@ -166,7 +168,9 @@ class Others(ScriptsTest):
                 ({"client_signed": ""}, "velmo-power is not signed properly"),
                 ({"client_signed": "VelmoPowerDaemon TEAM1"}, "velmo-power does not satisfy"),
                 ({"session_signed": ""}, "velmo-session is not signed properly"),
-                ({"session_signed": "VelmoSession TEAM2"}, "velmo-session does not satisfy")):
+                ({"session_signed": "VelmoSession TEAM2"}, "velmo-session does not satisfy"),
+                ({"phone_signed": ""}, "velmo-phone is not signed properly"),
+                ({"phone_signed": "VelmoSession TEAM1"}, "velmo-phone does not satisfy")):
             mac = self.mac(**{**signed, **change})
             as_it_was = mac.state()
             done = mac.run("install", "built")
@@ -174,9 +178,14 @@ class Others(ScriptsTest):
             self.assertRegex(done.stderr, complaint)
             self.assertEqual(mac.state(), as_it_was)
         ad_hoc = self.mac(daemon_signed="VelmoPowerDaemon not set", client_signed="VelmoHelper not set",
-                          session_signed="VelmoSession not set")
+                          session_signed="VelmoSession not set", phone_signed="VelmoHelper not set")
         self.assertEqual(ad_hoc.run("install", "--without-team", "built").returncode, 0)
         self.assertInstalled(ad_hoc)
+        without = self.mac()
+        (without.folder / "built/velmo-phone").unlink()
+        for script in (["sign", "Developer ID Application: Somebody (TEAM9)"], ["install"]):
+            self.assertEqual(without.run(*script, "built").returncode, 0)
+        self.assertFalse((without.folder / "root" / PHONE).exists())
         for script, arguments, environment in (("install", [], {}), ("install", ["a", "b"], {}),
                                                ("install", ["built"], {"STANDS_FOR_UID": "501"}),
                                                ("uninstall", [], {"STANDS_FOR_UID": "501"})):
@@ -204,9 +213,9 @@ class Others(ScriptsTest):
                 self.assertEqual(done.returncode == 0, removed, done.stderr)
                 self.assertEqual(mac.get("sleep"), after)
                 self.assertEqual("sudo pmset" in done.stdout, removed and after == "1")
-                for place in (DAEMON, CLIENT, SESSIONS, PLIST, LOG, LOG + ".0", "usr/local/share/" + PAGES[0]):
+                for place in (DAEMON, CLIENT, SESSIONS, PHONE, PLIST, LOG, LOG + ".0", "usr/local/share/" + PAGES[0]):
                     self.assertEqual((mac.folder / "root" / place).exists(), not removed, place)
-        for number in range(1, 26):
+        for number in range(1, 31):
             mac = self.mac().with_older(loaded=True).put("sleep", "1").put(f"root/{RECORD}", ours)
             done = mac.run("uninstall", fail=number)
             self.assertTrue(mac.get("sleep") == "0" or mac.get(f"root/{RECORD}"))
@@ -216,7 +225,8 @@ class Others(ScriptsTest):
         identity = "Developer ID Application: Somebody (TEAM9)"
         mac = self.mac(daemon_signed="", client_signed="")
         self.assertEqual(mac.run("sign", identity, "built").returncode, 0)
-        for identifier, name in (("VelmoHelper", "velmo-power"), ("VelmoSession", "velmo-session")):
+        for identifier, name in (("VelmoHelper", "velmo-power"), ("VelmoSession", "velmo-session"),
+                                 ("VelmoHelper", "velmo-phone")):
             self.assertIn(f"codesign --force --timestamp --options runtime --sign {identity} "
                           f"--identifier {identifier} built/{name}", mac.calls())
         self.assertEqual(mac.run("install", "built").returncode, 0)

@@ -1,6 +1,6 @@
-/// velmo-pages TEMPLATES FOLDER: writes the manual pages of our programs, and their completions for
-/// bash, zsh and fish, into a folder laid out as a "share" folder is. Prose and scripts come from
-/// TEMPLATES, the lists of options from the programs' own tables.
+/// velmo-pages TEMPLATES FOLDER PROGRAM...: writes the manual pages of these programs of ours, and
+/// their completions for bash, zsh and fish, into a folder laid out as a "share" folder is. Prose
+/// and scripts come from TEMPLATES, the lists of options from the programs' own tables.
 
 #include "tools/command-line/CommandLine.h"
 #include "tools/pages/Completion.h"
@@ -8,16 +8,20 @@
 #include "tools/pages/Template.h"
 #include "tools/simulated-daemon/DaemonCommandLine.h"
 #include "tools/velmo-mac/MacCommandLine.h"
+#include "tools/velmo-phone/PhoneCommandLine.h"
 #include "tools/velmo-power/PowerCommandLine.h"
 #include "tools/velmo-session/SessionCommandLine.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -25,8 +29,8 @@ using namespace velmo;
 
 namespace fs = std::filesystem;
 
-constexpr std::array programs{&macCommandLine, &powerCommandLine, &sessionCommandLine,
-                              &daemonCommandLine};
+constexpr std::array programs{&macCommandLine, &phoneCommandLine, &powerCommandLine,
+                              &sessionCommandLine, &daemonCommandLine};
 
 /// Writes one page. Returns false, and says so, if its template is missing or has other marks.
 bool writePage(const fs::path& from, const fs::path& to, const Pages::Marks& marks) {
@@ -57,10 +61,11 @@ bool writePages(const fs::path& templates, const fs::path& folder,
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3)
+    if (argc < 4)
         return EXIT_FAILURE;
-    for (const CommandLine::Program* const program : programs) {
-        if (!writePages(argv[1], argv[2], *program))
+    for (const std::string_view name : std::span(argv + 3, argv + argc)) {
+        const auto program = std::ranges::find(programs, name, &CommandLine::Program::name);
+        if (program == programs.end() || !writePages(argv[1], argv[2], **program))
             return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;

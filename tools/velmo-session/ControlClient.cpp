@@ -5,6 +5,7 @@
 #include "platform/posix/Pipe.h"
 #include "platform/sessions/LocalSocket.h"
 #include "platform/sessions/PrivateFolder.h"
+#include "platform/sessions/PseudoTerminal.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -75,6 +76,7 @@ std::string startHost(Clock::time_point deadline) {
         ::dup2(null, STDIN_FILENO);
         ::dup2(null, STDOUT_FILENO);
         ::dup2(told->writeEnd.get(), STDERR_FILENO);
+        closeDescriptorsFrom(STDERR_FILENO + 1);
         ::execl(program.c_str(), "velmo-session", "serve", "--background", nullptr);
         ::_exit(1);
     }

@@ -1,120 +1,26 @@
 #include "tools/velmo-session/StartCommand.h"
 
-#include "core/support/PathText.h"
 #include "core/support/Text.h"
 #include "core/terminal/AttachLabels.h"
-#include "core/terminal/Pty.h"
-#include "platform/host/PtyHostFileSystem.h"
-#include "platform/posix/DiskPath.h"
 #include "tools/velmo-session/AttachCommand.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/ControlClient.h"
 #include "tools/velmo-session/Print.h"
 #include "tools/velmo-session/Refusals.h"
 #include "tools/velmo-session/SessionExit.h"
+#include "tools/velmo-session/SessionStart.h"
 #include "tools/velmo-session/TerminalSize.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <expected>
-#include <filesystem>
-#include <string_view>
 #include <utility>
-
-extern char** environ; // NOLINT(readability-redundant-declaration): not in every <unistd.h>
 
 namespace velmo {
 
 namespace {
-
-std::string variable(const char* name) {
-    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
-    return value == nullptr ? "" : value;
-}
-
-/// Returns the variables of the caller's environment that are sent to the host, which decides what
-/// reaches the program.
-std::vector<std::string> environmentToSend() {
-    std::vector<std::string> entries;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string_view text(*entry);
-        const std::string_view key = text.substr(0, text.find('='));
-        const bool mayPass = Text::isOneOf(key, Pty::passed) || key.starts_with("LC_")
-                             || key == Pty::testEnvironmentKey;
-        if (mayPass && Text::isValidUtf8(text))
-            entries.emplace_back(text);
-    }
-    return entries;
-}
-
-std::string logInShell() {
-    if (const std::string shell = variable("SHELL"); !shell.empty())
-        return shell;
-    const passwd* const entry = ::getpwuid(::getuid()); // NOLINT(concurrency-mt-unsafe)
-    return entry == nullptr ? "/bin/sh" : entry->pw_shell;
-}
-
-/// Returns the path that the shell would run for this name, or the name if PATH does not have it.
-std::string lookedUp(const std::string& name) {
-    if (name.contains('/'))
-        return name;
-    std::string_view rest;
-    const std::string path = variable("PATH");
-    for (rest = path; !rest.empty();) {
-        const std::string_view folder = rest.substr(0, rest.find(':'));
-        const std::string candidate = PathText::join(folder, name);
-        if (folder.starts_with('/') && DiskPath::isExecutable(candidate))
-            return candidate;
-        rest.remove_prefix(std::min(folder.size() + 1, rest.size()));
-    }
-    return name;
-}
-
-/// Returns the command line in the policy's form. The program is an absolute path. A shell without
-/// arguments gets "-l", which makes it a log-in shell, and tmux "new-session". The target of ssh
-/// gets its "--".
-std::vector<std::string> commandOf(const StartRequest& request) {
-    std::vector<std::string> command = request.program;
-    if (command.empty())
-        command.push_back(logInShell());
-    command.front() = lookedUp(command.front());
-    const std::string_view tool = PathText::lastComponent(command.front());
-    if (command.size() == 1 && Text::isOneOf(tool, Pty::shells))
-        command.emplace_back(tool == "tmux" ? "new-session" : "-l");
-    if (tool == "ssh" && command.size() > 1 && std::ranges::find(command, "--") == command.end())
-        command.insert(command.end() - 1, "--");
-    return command;
-}
-
-std::vector<std::string> wordsOf(const std::string& folder,
-                                 const std::vector<std::string>& command) {
-    const PtyFrame::Size size = terminalSize();
-    std::vector<std::string> words{
-        "--cwd", folder, "--cols", std::to_string(size.cols), "--rows", std::to_string(size.rows)};
-    if (PathText::lastComponent(command.front()) == "claude")
-        words.insert(words.end(), {"--origin", "cli"});
-    words.emplace_back("--");
-    words.insert(words.end(), command.begin(), command.end());
-    return words;
-}
-
-std::string absolute(const std::string& folder) {
-    if (auto resolved = DiskPath::resolved(folder))
-        return *std::move(resolved);
-    std::error_code error;
-    return std::filesystem::absolute(folder, error).lexically_normal().string();
-}
-
-std::string home() {
-    Pty::Environment environment;
-    if (std::string given = variable("HOME"); !given.empty())
-        environment.emplace("HOME", std::move(given));
-    const auto found = Pty::HostFileSystem().home(environment);
-    return found ? absolute(*found) : "/";
-}
 
 int refused(const StartRequest& request, const std::string& folder, const std::string& program,
             const SessionReplyLine& reply) {
@@ -156,7 +62,8 @@ bool canShow() {
 
 /// Returns the socket of the caller's SSH agent.
 std::optional<std::string> agentOfCaller() {
-    std::string agent = variable("SSH_AUTH_SOCK");
+    const char* const given = std::getenv("SSH_AUTH_SOCK"); // NOLINT(concurrency-mt-unsafe)
+    std::string agent = given == nullptr ? "" : given;
     const bool isGiven = !agent.empty() && Text::isValidUtf8(agent);
     return isGiven ? std::optional(std::move(agent)) : std::nullopt;
 }
@@ -199,18 +106,19 @@ int start(const StartRequest& request) {
         if (const auto id = idOfRunning(request.name.value_or("")))
             return show(request, *id);
     }
-    const std::vector<std::string> command = commandOf(request);
-    std::string folder = absolute(request.folder.value_or("."));
+    const PtyFrame::Size size = terminalSize();
+    const std::vector<std::string> command = SessionStart::commandOf(request.program);
+    std::string folder = SessionStart::absolute(request.folder.value_or("."));
     SessionCallLine call{.call = SessionCall::start,
                          .name = request.name,
-                         .words = wordsOf(folder, command),
-                         .environment = environmentToSend()};
+                         .words = SessionStart::wordsOf(folder, size, command),
+                         .environment = SessionStart::environmentToSend()};
     if (!std::ranges::all_of(*call.words, Text::isValidUtf8))
         return complain("only words in UTF-8 can be handed on", SessionExit::refused);
     auto reply = askToStart(call);
     if (reply && reply->reason == rawText(SessionRefusal::folder) && !request.folder) {
-        const std::string refusedFolder = std::exchange(folder, home());
-        call.words = wordsOf(folder, command);
+        const std::string refusedFolder = std::exchange(folder, SessionStart::home());
+        call.words = SessionStart::wordsOf(folder, size, command);
         reply = askToStart(call);
         if (reply && reply->ok)
             complain("no session may work in " + PtyAttach::sanitizeLabel(refusedFolder)

@@ -1,0 +1,72 @@
+#include "platform/phone/PhoneFolder.h"
+
+#include "core/support/PathText.h"
+#include "platform/host/PtyHostFileSystem.h"
+#include "platform/phone/StatePlace.h"
+#include "platform/posix/Io.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace velmo {
+
+namespace {
+
+constexpr mode_t folderMode = 0700;
+constexpr mode_t fileMode = 0600;
+constexpr std::size_t maxRecord = 65536; ///< bytes; the greatest number of devices takes a third
+
+std::optional<std::string> statePlace() {
+    const char* const home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe)
+    const auto environment =
+        home == nullptr ? Pty::Environment() : Pty::Environment{{"HOME", home}};
+    return Pty::HostFileSystem().home(environment).transform(phoneStatePlace);
+}
+
+} // namespace
+
+std::expected<PhoneFolder, std::string> PhoneFolder::make() {
+    const auto path = statePlace();
+    if (!path)
+        return std::unexpected("there is no home folder");
+    auto folder = Folder::make(*path, folderMode);
+    if (!folder)
+        return std::unexpected(*path + " can't be made");
+    if (folder->owner() != ::getuid())
+        return std::unexpected(*path + " belongs to another user");
+    if (!folder->setMode(folderMode))
+        return std::unexpected(*path + " can't be closed to others");
+    return PhoneFolder(*path, *std::move(folder));
+}
+
+std::optional<std::string> PhoneFolder::commandSocketPath() {
+    return statePlace().transform(
+        [](const std::string& place) { return PathText::join(place, commandSocket); });
+}
+
+Descriptor PhoneFolder::lock() const {
+    const std::string path = PathText::join(path_, lockFile);
+    Descriptor file(retryInterrupted(
+        [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode); }));
+    if (file && retryInterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
+        file.reset();
+    return file;
+}
+
+std::optional<PhoneRecord> PhoneFolder::read() const {
+    if (!folder_.hasFile(recordFile))
+        return PhoneRecord();
+    const auto content = folder_.read(recordFile, maxRecord + 1);
+    return content && content->size() <= maxRecord ? decodeRecord<PhoneRecord>(*content)
+                                                   : std::nullopt;
+}
+
+bool PhoneFolder::write(const PhoneRecord& record) const {
+    const auto content = encodeJson(record);
+    return content && folder_.replace(recordFile, *content, fileMode);
+}
+
+} // namespace velmo

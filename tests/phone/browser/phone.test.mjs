@@ -1,0 +1,345 @@
+// The page in a real browser, as a phone and as a desktop.
+import axe from "axe-core";
+import assert from "node:assert/strict";
+import { join } from "node:path";
+import { after, afterEach, before, test } from "node:test";
+import { Computer, Visitor, devices, firefoxPath, launchBrowser, until } from "./computer.mjs";
+
+/** Returns what hinders people with a screen reader or a keyboard alone. */
+async function hindrances(visitor) {
+    await visitor.page.evaluate(axe.source);
+    const { violations } = await visitor.page.evaluate("axe.run()");
+    return violations.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+}
+
+/** Returns where a picture is drawn; two of them stand in README. */
+function picture(name) {
+    const folder = { "phone-list-3x-light": "list", "phone-terminal-3x-dark": "terminal" }[name];
+    return folder ? join(process.env.VELMO_IMAGES, `phone-${folder}.png`) : `${name}.png`;
+}
+
+let browser;
+let computer;
+let visitors = [];
+
+const open = async (address = computer.phone("admit").trim(), viewport = devices.phone) => {
+    const visitor = await Visitor.open(browser, address, viewport);
+    visitors.push(visitor);
+    return visitor;
+};
+
+before(async () => {
+    browser = await launchBrowser();
+    computer = await Computer.start();
+});
+
+afterEach(async () => {
+    for (const visitor of visitors)
+        await visitor.close();
+    visitors = [];
+    computer.phone("revoke", "--all");
+});
+
+after(async () => {
+    await browser.close();
+    await computer.close();
+});
+
+test("a code lets one browser in, once", async () => {
+    const address = computer.firstAddress;
+    const phone = await open(address);
+    await phone.sees("#list");
+    assert.equal(phone.page.url(), `${computer.url}/`, "the code stays in the address");
+    assert.match(computer.phone("devices"), /^Android phone, Chrome, since|^Linux, Chrome, since/);
+    await phone.page.reload();
+    await phone.sees("#list");
+
+    const second = await open(address);
+    await second.sees("#admission");
+    assert.match(await second.text("#admission-reason"), /used already/);
+    const stranger = await open(computer.url);
+    await stranger.sees("#admission");
+    assert.deepEqual(phone.complaints, []);
+});
+
+test("a session is started, typed into and ended", async () => {
+    const phone = await open();
+    await phone.sees("#start");
+    await phone.page.tap("#start");
+    await phone.page.type("[name=name]", "work");
+    await phone.page.type("[name=folder]", "/etc");
+    await phone.page.tap("#start-dialog .main-action");
+    await until(async () => (await phone.text("#start-refusal")) === "No session may work in this folder.");
+    await phone.page.$eval("[name=folder]", (field) => (field.value = "~"));
+    await phone.page.tap("#start-dialog .main-action");
+    await phone.sees("#watch");
+    await phone.shows("$");
+    await phone.type("echo $((6*7))\r");
+    await phone.shows("\n42\n");
+    const [session] = computer.sessions();
+    assert.ok(session.cols < 60 && session.rows > 30, "the terminal fits the phone");
+
+    await phone.page.tap("#back");
+    await phone.sees("#list");
+    await phone.page.waitForSelector("#sessions .danger");
+    await phone.page.tap("#sessions .danger");
+    await phone.page.tap("#end-dialog .danger");
+    await until(async () => /ended with status/.test(await phone.text("#sessions .facts")));
+    assert.deepEqual(phone.complaints, []);
+});
+
+test("the bar has the keys that a phone lacks", async () => {
+    computer.startSession("keys");
+    const phone = await open();
+    await phone.openSession("keys");
+    await phone.shows("$");
+    await phone.type("sleep 1000\r");
+    await phone.tapKey("Control C");
+    await phone.shows("^C");
+    await phone.type("cat -v\r");
+    await phone.tapKey("Esc");
+    await phone.tapKey("Up");
+    await phone.tapKey("Ctrl");
+    await phone.tapKey("Right");
+    await phone.tapKey("Alt");
+    await phone.type("xy");
+    await phone.tapKey("Ctrl");
+    await phone.tapKey("Ctrl");
+    await phone.type("ab");
+    await phone.tapKey("Ctrl");
+    await phone.type("z");
+    await phone.page.keyboard.press("Escape");
+    await phone.type("\r");
+    await phone.shows("^[^[[A^[[1;5C^[xy^A^Bz^[");
+    await phone.tapKey("Control D");
+    await phone.type("vim -u NONE -N\r");
+    await phone.shows("~\n~");
+    await phone.type("ihello");
+    await phone.tapKey("Esc");
+    await phone.type(":q!\r");
+    await until(async () => !(await phone.screen()).includes("~\n~"));
+});
+
+test("a flood of output is shown to its end", async () => {
+    computer.startSession("flood");
+    const phone = await open();
+    await phone.openSession("flood");
+    await phone.shows("$");
+    await phone.type("seq 1 2000000; echo don''e\r");
+    await until(async () => (await phone.screen()).includes("2000000\ndone"), "the end of the flood", 60);
+});
+
+test("a page comes back as the session stands", async () => {
+    const id = computer.startSession("away");
+    const stayed = await open(undefined, devices.desktop);
+    const phone = await open(undefined, devices.desktop);
+    await stayed.openSession("away");
+    await phone.openSession("away");
+    await phone.shows("$");
+    await phone.type("for i in $(seq 1 200); do echo line $i; sleep 0.02; done; echo fin''ished\r");
+    await phone.shows("line 20");
+    computer.network.cut();
+    await until(async () => /does not answer/.test(await phone.text("#state")), "the loss is told", 6);
+    await phone.type("rm -rf important");
+    await phone.sees("#unsent");
+    assert.match(await phone.text("#unsent"), /^Not sent: rm -rf important$/);
+    await until(() => computer.sessions().find((each) => each.id === id).viewers === 2);
+    computer.network.mend();
+    await phone.shows("\nfinished");
+    await stayed.shows("\nfinished");
+    assert.equal(await phone.text("#state"), "");
+    assert.equal(await phone.screen(), await stayed.screen());
+    assert.doesNotMatch(await phone.screen(), /important/);
+
+    await computer.stopBridge();
+    await until(async () => /does not answer/.test(await phone.text("#state")));
+    await computer.serve();
+    await until(async () => (await phone.text("#state")) === "");
+    await phone.type("echo aga''in\r");
+    await phone.shows("\nagain");
+});
+
+test("who types decides the size, and gives it back", async () => {
+    const id = computer.startSession("size");
+    const size = () => {
+        const { cols, rows } = computer.sessions().find((each) => each.id === id);
+        return `${cols} x ${rows}`;
+    };
+    const desktop = await open(undefined, devices.desktop);
+    await desktop.openSession("size");
+    await desktop.shows("$");
+    const large = await until(() => size() !== "80 x 24" && size());
+    const phone = await open();
+    await phone.openSession("size");
+    const small = await until(() => size() !== large && size());
+    await until(() => desktop.isVisible("#give-back").then((is) => !is), "the desktop follows");
+    await phone.page.setViewport(devices.landscape);
+    const rotated = await until(() => size() !== small && size());
+    assert.ok(parseInt(rotated) > parseInt(small));
+    await phone.page.setViewport(devices.phone);
+    await until(() => size() === small);
+    await phone.page.tap("#give-back");
+    await until(() => size() === large, "the desktop's size is back");
+    await phone.type("x");
+    await until(() => size() === small);
+});
+
+test("a device that may only view changes nothing, and a revoked one sees nothing", async () => {
+    computer.startSession("seen");
+    const phone = await open(computer.phone("admit", "--view-only").trim());
+    await phone.openSession("seen");
+    await phone.shows("$");
+    assert.equal(await phone.isVisible("#keys"), false);
+    await phone.type("echo no\r");
+    await phone.page.goBack();
+    await phone.sees("#list");
+    assert.equal(await phone.isVisible("#start"), false);
+    assert.equal(await phone.isVisible("#sessions .danger"), false);
+    assert.doesNotMatch(await phone.screen(), /no/);
+    const [{ name }] = JSON.parse(computer.phone("devices", "--json"));
+    computer.phone("revoke", name);
+    await phone.sees("#admission");
+});
+
+test("a screen reader and a keyboard alone are enough", async () => {
+    computer.startSession("reader");
+    const stranger = await open(computer.url);
+    await stranger.sees("#admission");
+    assert.deepEqual(await hindrances(stranger), []);
+    for (const scheme of ["light", "dark"]) {
+        const desktop = await open(undefined, devices.desktop);
+        await desktop.page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: scheme }]);
+        await desktop.page.waitForSelector("#sessions .open");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+        await desktop.page.focus("#start");
+        await desktop.page.keyboard.press("Enter");
+        await desktop.sees("#start-dialog");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+        await desktop.page.keyboard.press("Escape");
+        const name = await until(() => desktop.page.$$("#sessions .open").then((rows) => rows.at(-1)));
+        await name.focus();
+        await desktop.page.keyboard.press("Enter");
+        await desktop.sees("#watch");
+        assert.deepEqual(await hindrances(desktop), [], scheme);
+    }
+});
+
+test("fingers scroll, zoom, select and copy, and a paste is bracketed", async () => {
+    computer.startSession("fingers");
+    const phone = await open();
+    await phone.openSession("fingers");
+    await phone.shows("$");
+    await phone.type("seq 1 300\r");
+    await phone.shows("\n300\n");
+    const finger = await phone.page.touchscreen.touchStart(200, 300);
+    for (let y = 300; y <= 700; y += 20)
+        await finger.move(200, y);
+    await finger.end();
+    await until(async () => !(await phone.screen()).includes("\n300\n"), "it has scrolled up");
+
+    const letters = () => phone.page.$eval(".xterm-rows", (rows) => parseFloat(getComputedStyle(rows).fontSize));
+    const before = await letters();
+    const [one, other] = [await phone.page.touchscreen.touchStart(150, 400), await phone.page.touchscreen.touchStart(250, 400)];
+    await other.move(350, 400);
+    await one.end();
+    await other.end();
+    await until(async () => (await letters()) > before * 1.5, "the letters are larger");
+
+    await phone.type("clear; echo word-to-copy\r");
+    await until(async () => (await phone.screen()).startsWith("word-to-copy"));
+    const { x, y, width, height } = await phone.page.$eval(".xterm-rows > div", (row) => row.getBoundingClientRect().toJSON());
+    const press = await phone.page.touchscreen.touchStart(x + 3, y + height / 2);
+    await phone.sees("#selection");
+    await press.move(x + width - 3, y + height / 2);
+    await press.end();
+    await phone.page.tap("#copy");
+    await until(async () => (await phone.page.evaluate("navigator.clipboard.readText()")).trim() === "word-to-copy");
+    assert.equal(await phone.isVisible("#selection"), false);
+
+    await phone.page.evaluate('navigator.clipboard.writeText("pasted\\ntext")');
+    await phone.type("printf '\\033[?2004h'; cat -v\r");
+    await until(async () => (await phone.screen()).replaceAll("\n", "").endsWith("cat -v"), "the large letters' line");
+    await phone.tapKey("Paste");
+    await phone.shows("^[[200~pasted");
+    await phone.tapKey("Control C");
+});
+
+test("composition types what was meant, once", async () => {
+    computer.startSession("compose");
+    const phone = await open();
+    await phone.openSession("compose");
+    await phone.shows("$");
+    await phone.type("cat\r");
+    const browserSide = await phone.page.createCDPSession();
+    for (const text of ["n", "ni", "nih"])
+        await browserSide.send("Input.imeSetComposition", { text, selectionStart: text.length, selectionEnd: text.length });
+    await browserSide.send("Input.insertText", { text: "\u4f60" });
+    await phone.type(" ");
+    await browserSide.send("Input.insertText", { text: "dictated" });
+    await phone.type("\r");
+    await until(async () => (await phone.screen()).split("\n").filter((line) => line.replace(/ +/g, " ") === "\u4f60 dictated").length === 2,
+        "the line and its echo");
+});
+
+test("what asks for a person comes first, and is drawn for README", async () => {
+    const studio = await Computer.start();
+    after(() => studio.close());
+    const letIn = () => studio.phone("admit").trim();
+    studio.startSession("notes");
+    studio.startSession("agent");
+    studio.session("send", "agent", "clear; printf '\\033]777;notify;agent;All 42 tests pass. Shall I commit?\\007'", "Enter");
+    for (const [scale, viewport] of [["1x", devices.phone], ["3x", devices.fine]]) {
+        const phone = await open(letIn(), viewport);
+        await until(async () => (await phone.text("#sessions")).startsWith("agent"), "the agent comes first");
+        assert.match(await phone.text("#sessions .attention-text"), /All 42 tests pass. Shall I commit\?/);
+        for (const scheme of ["light", "dark"])
+            await phone.draw(picture(`phone-list-${scale}-${scheme}`), scheme);
+    }
+    const phone = await open(letIn(), devices.fine);
+    await phone.openSession("agent");
+    await phone.type("clear; for i in 1 2 3 4 5 6; do printf '\\033[1;3%dm%s\\033[0m compiled\\n' $i unit$i.cpp; done\r");
+    await phone.shows("unit6.cpp compiled\n");
+    for (const scheme of ["light", "dark"])
+        await phone.draw(picture(`phone-terminal-3x-${scheme}`), scheme);
+    await phone.page.goBack();
+    await phone.sees("#list");
+    await until(async () => !(await phone.isVisible("#sessions .attention-text")), "a person has looked");
+});
+
+test("a switch keeps a simulated Mac awake as long as a session runs", async () => {
+    await computer.becomeMac();
+    computer.startSession("awake");
+    const phone = await open();
+    await phone.sees("#power");
+    await until(async () => (await phone.text("#power")) === "80 %");
+    await phone.page.tap("#power");
+    await until(() => phone.page.$eval("#awake", (button) => !button.disabled));
+    assert.deepEqual(await hindrances(phone), []);
+    await phone.page.tap("#awake");
+    await until(async () => (await phone.text("#power")) === "80 % · awake");
+    assert.match(await phone.text("#power-facts"), /kept awake by velmo-phone/);
+    computer.setMac("--mains", "off", "--battery", "19");
+    await until(async () => /: the battery is below 20 %/.test(await phone.text("#power-why")));
+    computer.setMac("--mains", "on");
+    await until(async () => (await phone.text("#power")) === "19 % · awake");
+    computer.endSessions();
+    await until(async () => /no session runs any more/.test(await phone.text("#power-why")), "the switch turns off", 30);
+    await until(async () => (await phone.text("#power")) === "19 %", "the hold has ended");
+});
+
+test("Firefox goes the whole way", { skip: !firefoxPath && "firefox-esr is not installed" }, async () => {
+    const firefox = await launchBrowser("firefox");
+    after(() => firefox.close());
+    computer.startSession("fox");
+    const visitor = await Visitor.open(firefox, computer.phone("admit").trim(), devices.desktop);
+    await visitor.openSession("fox");
+    await visitor.shows("$");
+    await visitor.type("echo $((6*7))\r");
+    await visitor.shows("\n42\n");
+    await visitor.page.click('#keys [aria-label="Control D"]');
+    await until(async () => /Ended with status 0/.test(await visitor.text("#state")));
+    await visitor.page.click("#back");
+    await visitor.sees("#list");
+    assert.deepEqual(visitor.complaints, []);
+    assert.match(computer.phone("devices"), /Firefox/);
+});

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/posix/StandardStreams.h"
+
+#include <string>
+#include <string_view>
+
+namespace velmo::PhoneExit {
+
+inline constexpr int success = 0;
+inline constexpr int usage = 122;   ///< the command line is wrong
+inline constexpr int refused = 123; ///< another bridge serves, the port is taken, or no such device
+inline constexpr int noBridge = 124; ///< no bridge serves
+
+} // namespace velmo::PhoneExit
+
+namespace velmo {
+
+/// Writes a line of velmo-phone to standard error and returns the exit status.
+inline int phoneComplains(std::string_view message, int exitStatus) {
+    writeStandardError("velmo-phone: " + std::string(message) + "\n");
+    return exitStatus;
+}
+
+} // namespace velmo
