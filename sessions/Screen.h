@@ -87,6 +87,10 @@ public:
     [[nodiscard]] std::size_t cells() const { return grids_[0].cells() + grids_[1].cells(); }
 
 private:
+    static constexpr std::size_t mainScreen = 0;
+    static constexpr std::size_t alternateScreen = 1;
+    static constexpr int tabWidth = 8;
+
     struct Charsets {
         static constexpr char plain = 'B';
         static constexpr char lineDrawing = '0';

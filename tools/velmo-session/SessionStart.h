@@ -16,7 +16,7 @@ std::vector<std::string> environmentToSend();
 /// no words, the user's log-in shell. The program is an absolute path. A shell without arguments
 /// gets "-l", which makes it a log-in shell, and tmux "new-session". The target of ssh gets its
 /// "--".
-std::vector<std::string> commandOf(std::vector<std::string> program);
+std::vector<std::string> commandOf(std::vector<std::string> command);
 
 /// Returns the words of the call: options, "--", and the command.
 std::vector<std::string> wordsOf(const std::string& folder, PtyFrame::Size size,
