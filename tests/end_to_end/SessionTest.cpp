@@ -3,6 +3,8 @@
 #include "lab/instruments/TemporaryFolder.h"
 #include "lab/instruments/TerminalWindow.h"
 #include "lab/instruments/WatchedProcess.h"
+#include "platform/posix/ChildProcess.h"
+#include "platform/posix/Io.h"
 #include "platform/posix/Pipe.h"
 #include "platform/posix/ProcessSetup.h"
 #include "platform/sessions/LocalSocket.h"
@@ -327,6 +329,28 @@ TEST_F(SessionTest, AttachesToTheSessionOfANameOrCreatesIt) {
     EXPECT_EQ(ids.size(), 1U) << "all that start at once share one session";
     for (const char* key : {"C-m", "C-i", "C-[", "a", "", "C-", "C-1", "M-a", "^aa"})
         EXPECT_EQ(open({"attach", "--detach-key", key})->waitForEnd(), 122) << key;
+}
+
+TEST_F(SessionTest, AStreamWhoseOutputIsNotReadStillTakesInput) {
+    const std::string id = startShell();
+    const auto window = open({"attach", id});
+    ASSERT_TRUE(window->shows("ready> "));
+    auto input = makePipe();
+    auto output = makePipe();
+    ASSERT_TRUE(input && output);
+    const auto stream = startChild(program, std::vector<std::string_view>{"stream", id},
+                                   {.standardInput = input->readEnd.get(),
+                                    .standardOutput = output->writeEnd.get(),
+                                    .standardError = STDERR_FILENO});
+    ASSERT_TRUE(stream);
+    output->writeEnd.reset();
+    window->type("seq 30000; echo printed-$((1))\r");
+    ASSERT_TRUE(window->shows("\nprinted-1"));
+    writeAll(input->writeEnd.get(), textOf(PtyFrame::data(bytesOf("echo typed-$((2))\r"))));
+    EXPECT_TRUE(window->shows("\ntyped-2"));
+    input->writeEnd.reset();
+    EXPECT_TRUE(readToEnd(output->readEnd.get(), 8 << 20));
+    EXPECT_EQ(waitForChild(*stream), 0);
 }
 
 TEST_F(SessionTest, AScriptTypesIntoASessionAndWaitsForItsEnd) {
