@@ -132,16 +132,6 @@ void setColour(std::uint32_t& colour, std::string_view field, std::string_view& 
     }
 }
 
-/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
-/// another width.
-void drawMoves(std::string& text, int up, int column) {
-    text += "\r";
-    if (up > 0)
-        text += "\033[" + std::to_string(up) + "A";
-    if (column > 0)
-        text += "\033[" + std::to_string(column) + "C";
-}
-
 } // namespace
 
 Screen::Screen(PtyFrame::Size size) : size_(size) {

@@ -23,6 +23,16 @@ void drawColour(std::string& text, std::string_view code, std::uint32_t colour) 
         text.append(";").append(std::to_string((colour >> shift) & 0xFF));
 }
 
+/// Brings the terminal's cursor up from the last row that was drawn, where the terminal may have
+/// another width.
+void drawMoves(std::string& text, int up, int column) {
+    text += "\r";
+    if (up > 0)
+        text += "\033[" + std::to_string(up) + "A";
+    if (column > 0)
+        text += "\033[" + std::to_string(column) + "C";
+}
+
 /// Returns the cell as a terminal shows it; absent for the right half of a wide character. A half
 /// that has lost the other one is a blank.
 std::optional<Cell> drawnAs(const std::vector<Cell>& cells, std::size_t column) {
