@@ -32,6 +32,10 @@ PhoneBridge::PhoneBridge(Services services, PhoneRecord record)
       codes_(services_.random) {
 }
 
+PhoneBridge::~PhoneBridge() {
+    closePages();
+}
+
 HttpReply PhoneBridge::answer(const HttpRequest& request) {
     const bool isPost = request.method == "POST";
     if (auto refused = refusal(request, isPost))
@@ -88,6 +92,11 @@ std::shared_ptr<PhonePage> PhoneBridge::open(const std::string& cookie,
 
 void PhoneBridge::gone(const std::shared_ptr<PhonePage>& page) {
     std::erase(pages_, page);
+}
+
+void PhoneBridge::closePages() {
+    for (const auto& page : std::vector(pages_))
+        page->end(PhoneClosing::leaving);
 }
 
 void PhoneBridge::powerChanged() {

@@ -53,6 +53,9 @@ public:
 
     /// The record has a port.
     PhoneBridge(Services services, PhoneRecord record);
+    PhoneBridge(const PhoneBridge&) = delete;
+    PhoneBridge& operator=(const PhoneBridge&) = delete;
+    ~PhoneBridge();
 
     /// Answers a request that does not open a WebSocket.
     HttpReply answer(const HttpRequest& request);
@@ -68,6 +71,9 @@ public:
 
     /// Reports that the connection of a page has ended by itself.
     void gone(const std::shared_ptr<PhonePage>& page);
+
+    /// Closes every page, because the bridge ends.
+    void closePages();
 
     /// Reports that the switch would tell something new.
     void powerChanged();

@@ -10,6 +10,7 @@ namespace velmo {
 /// Why the bridge closes a page's connection: the status code of the WebSocket's close frame. Codes
 /// from 4000 on are ours.
 enum class PhoneClosing : std::uint16_t {
+    leaving = 1001,   ///< the bridge ends
     malformed = 4000, ///< the page has sent what it must not send
     revoked = 4001,   ///< the device is let in no more
     replaced = 4002,  ///< another connection has taken the place of this silent one

@@ -95,6 +95,9 @@ public:
         });
         context_.run();
         ::unlink(socket->c_str());
+        bridge_->closePages();
+        context_.restart();
+        context_.poll(); // which sends the pages their last frames
         return PhoneExit::success;
     }
 
