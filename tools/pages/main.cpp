@@ -64,7 +64,7 @@ int main(int argc, char** argv) {
     if (argc < 4)
         return EXIT_FAILURE;
     for (const std::string_view name : std::span(argv + 3, argv + argc)) {
-        const auto program = std::ranges::find(programs, name, &CommandLine::Program::name);
+        const auto* const program = std::ranges::find(programs, name, &CommandLine::Program::name);
         if (program == programs.end() || !writePages(argv[1], argv[2], **program))
             return EXIT_FAILURE;
     }
