@@ -137,6 +137,11 @@ class RealTerminals(unittest.TestCase):
 
     def check_that_a_replay_types_nothing(self, terminal):
         self.run_asking_program()
+        until(lambda: self.listed()["viewers"] == 0, "no viewer is left")
+        os.kill(int(self.content("pid")), signal.SIGUSR1)
+        # The host answers it, behind all that was asked before if it answers that at all.
+        until(lambda: self.content("typed").endswith(b"c\033[0n") or self.content("typed") == b"\033[0n",
+              "the host's answers")
         before = self.content("typed")
         self.open(terminal, f"{PROGRAM} attach work")
         until(lambda: self.listed()["viewers"] == 1, "it is attached")
