@@ -56,8 +56,8 @@ public:
     };
 
     /// Returns the program's start if all of its output is kept, or else the first position outside
-    /// of any control sequence and character. `size` is that of a terminal of which the cursor is
-    /// at the top left, and absent for any other terminal. With a number of lines, a replay begins
+    /// of any control sequence and character. `size` is that of a terminal whose cursor is at
+    /// the top left, and absent for any other terminal. With a number of lines, a replay begins
     /// no earlier than at the first of so many last lines, the unfinished one included, and the
     /// lines of the main screen above it are not shown.
     [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size,

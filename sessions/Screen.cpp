@@ -624,7 +624,7 @@ char32_t Screen::translated(char32_t scalar) const {
     return drawsLines() && scalar >= '_' && scalar <= '~' ? lineDrawing[scalar - '_'] : scalar;
 }
 
-/// Writes characters. Runs of ASCII, of which most output consists, go into a row at once.
+/// Writes characters. Most output is ASCII, and a run of it goes into a row at once.
 void Screen::write(std::string_view text) {
     const bool isRun = text.size() > 1 && isAscii(text.front()) && !inserts_ && !drawsLines();
     if (!isRun) {
@@ -718,8 +718,8 @@ void Screen::combine(char32_t mark) {
         limit();
 }
 
-/// Makes a wide character blank of which the right half is in this column: one half of it is about
-/// to be written over.
+/// Makes a wide character blank if its right half is in this column, because one of its halves is
+/// about to be written over.
 void Screen::split(int column) {
     if (isAnswering_ || column <= 0 || column >= columns())
         return;

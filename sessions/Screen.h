@@ -79,8 +79,8 @@ public:
     /// terminal is it (CSI c), which version of it (CSI > c).
     void beginAnswering();
 
-    /// Returns the answers since the last call, of which only the first few thousand bytes are
-    /// kept.
+    /// Returns the answers since the last call; beyond the first few thousand bytes they are
+    /// dropped.
     [[nodiscard]] std::string takeAnswers() { return std::exchange(answers_, {}); }
 
     /// Returns the number of cells that take memory; at most a row more than `maxCells`.
