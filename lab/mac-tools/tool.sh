@@ -163,7 +163,9 @@ play_client() {
         end_hold released
         return
     fi
-    echo $$ >"$mac/holder" # first: once the setting has changed, a script may end the hold
+    # Whole, because other tools read it meanwhile, and first: once the setting has changed, a script
+    # may end the hold.
+    echo $$ >"$mac/holder.new" && mv "$mac/holder.new" "$mac/holder"
     echo 1 >"$mac/sleep"
     while :; do sleep 0.05; done
 }
