@@ -581,13 +581,13 @@ void Screen::setStyle(std::string_view parameters) {
         else if (code == 59)
             style.underline = 0;
         else if (code >= 30 && code <= 37)
-            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 30);
+            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 30);
         else if (code >= 40 && code <= 47)
-            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 40);
+            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 40);
         else if (code >= 90 && code <= 97)
-            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 90 + 8);
+            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 90 + 8);
         else if (code >= 100 && code <= 107)
-            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 100 + 8);
+            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 100 + 8);
     } while (!rest.empty());
 }
 
@@ -790,8 +790,10 @@ void Screen::insertColumns(int count) {
     if (!isWithinMargins() || isAnswering_)
         return;
     split(cursor_.column);
-    if (count < 0)
+    if (count < 0) {
         split(std::min(cursor_.column - count, columns()));
+        grid().row(cursor_.row).continues = false;
+    }
     grid().shift(cursor_.row, cursor_.column, rightEdge(), count, columns(), erased());
     if (const Cell last = grid().at(cursor_.row, rightEdge()); last.width == 2)
         grid().write(cursor_.row, rightEdge(), {.style = last.style});

@@ -176,7 +176,7 @@ private:
 
     void drawMain(std::string& text, bool isSame) const;
     void drawTabs(std::string& text) const;
-    [[nodiscard]] bool goesOnBelow(int row) const;
+    [[nodiscard]] std::size_t lengthThatGoesOn(int row) const;
     void drawRows(std::string& text, std::size_t which, int last, int maxColumns) const;
     void drawRegion(std::string& text) const;
     void drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const;

@@ -41,11 +41,13 @@ Bytes exitFrame(const Viewer& viewer, int code) {
 
 } // namespace
 
-TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> program)
+TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> program,
+                                 std::optional<Transcript> transcript)
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
       log_(size_),
+      transcript_(std::move(transcript)),
       lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
@@ -136,6 +138,7 @@ void TerminalSession::readProgram(SteadyTime now) {
         const std::span<std::uint8_t> room = log_.room();
         const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
+        keep(room.first(output.bytes));
         answerQueries(room.first(output.bytes));
         if (auto notice = noticeReader_.read(room.first(output.bytes))) {
             isAttentionNew_ = true;
@@ -147,6 +150,14 @@ void TerminalSession::readProgram(SteadyTime now) {
         if (output.bytes < littleOutput)
             break;
     }
+}
+
+/// Adds output to the transcript. Where it can't be written, the session goes on without one.
+void TerminalSession::keep(ByteView output) {
+    if (!transcript_ || transcript_->add(output))
+        return;
+    transcript_.reset();
+    hasLostTranscript_ = true;
 }
 
 /// Answers what the program asks of its terminal in the output that was read last, while no viewer
@@ -363,6 +374,7 @@ void TerminalSession::finish(SteadyTime now) {
     if (endedSince_)
         return;
     endedSince_ = now;
+    transcript_.reset();
     drainUntil_.reset();
     program_->watch(false, false);
     // Processes that outlive the program are still to be ended. If none is left, the system may

@@ -8,6 +8,7 @@
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
+#include "sessions/Transcript.h"
 #include "sessions/Viewer.h"
 
 #include <array>
@@ -47,7 +48,8 @@ public:
     static constexpr auto endSignals = std::to_array<int>({1, 15, 9}); // hang-up, terminate, kill
     static constexpr double endPatience = 2.0;                         ///< seconds
 
-    TerminalSession(Identity identity, std::shared_ptr<Program> program);
+    TerminalSession(Identity identity, std::shared_ptr<Program> program,
+                    std::optional<Transcript> transcript = {});
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
@@ -109,6 +111,10 @@ public:
     /// Returns what the program shows, as far as its output has been read.
     [[nodiscard]] Screen screen() const { return log_.screen(); }
 
+    /// Tells whether the transcript has ended before the session did since the last call, because
+    /// it could not be written.
+    [[nodiscard]] bool takeTranscriptLoss() { return std::exchange(hasLostTranscript_, false); }
+
     /// Takes the date for `entry` of what has happened since the last call: the first viewer came
     /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
@@ -130,6 +136,7 @@ private:
                                                     std::optional<PtyFrame::Size> size) const;
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
+    void keep(ByteView output);
     void answerQueries(ByteView output);
     bool mustWait(SteadyTime now);
     void carryOut(Seat& seat);
@@ -152,6 +159,8 @@ private:
     std::shared_ptr<Program> program_;
     PtyFrame::Size size_;
     OutputLog log_;
+    std::optional<Transcript> transcript_; ///< until it can't be written, or the session ends
+    bool hasLostTranscript_ = false;       ///< since the last `takeTranscriptLoss`
     std::vector<Seat> seats_;
     std::vector<PeerId> toDismiss_;
     std::vector<PeerId> dismissed_;

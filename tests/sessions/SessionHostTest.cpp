@@ -652,6 +652,9 @@ TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
     const PeerId bridge = world.connect(Door::control);
     world.receive(bridge, R"({"agent":"/tmp/fifth","call":"stream","session":")" + id + "\"}\n");
     EXPECT_EQ(world.files.at(link), "/tmp/fifth");
+    world.files.erase(link);
+    world.host.renewAgentLinks();
+    EXPECT_EQ(world.files.at(link), "/tmp/fifth");
     world.program().isOver = true;
     world.end(0);
     EXPECT_FALSE(world.files.contains(link));
@@ -665,6 +668,63 @@ TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
     call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
     EXPECT_EQ(world.call(call).reason, "system");
     EXPECT_THAT(world.files, IsEmpty());
+}
+
+TEST_F(SessionHostTest, WritesATranscriptWithinItsBoundsUntilTheSessionEnds) {
+    SessionCallLine call = SessionWorld::startCall();
+    for (const std::string path : {"relative", "/a/../b", "/folder/", "", "/missing/file"}) {
+        call.transcript = path;
+        EXPECT_EQ(world.call(call).reason, "transcript") << path;
+    }
+    EXPECT_THAT(world.programs, IsEmpty());
+    call.transcript = "/shown";
+    world.transcripts.files["/shown"].content = "of an earlier session\r\n";
+    EXPECT_TRUE(world.call(call).ok);
+    const FakeTranscripts::File& file = world.transcripts.files["/shown"];
+    EXPECT_EQ(world.call(call).reason, "busy");
+    write("\033[31mred\a");
+    EXPECT_EQ(file.content, "of an earlier session\r\n\033[31mred\a");
+    std::string all = file.content;
+    for (char letter = 'a'; letter < 'z'; ++letter) {
+        all += std::string(mebibyte, letter);
+        write(std::string(mebibyte, letter));
+        ASSERT_LE(file.content.size(), Transcript::maxFile);
+        ASSERT_TRUE(all.ends_with(file.older + file.content));
+        ASSERT_TRUE(file.older.empty() || file.older.size() > Transcript::maxFile - mebibyte);
+    }
+    EXPECT_FALSE(file.older.empty());
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_FALSE(file.isOpen) << "another session may continue it";
+    EXPECT_THAT(world.logged, testing::Not(testing::Contains(testing::HasSubstr("transcript"))));
+}
+
+TEST_F(SessionHostTest, ASessionGoesOnWithoutATranscriptThatCannotBeWritten) {
+    for (const bool isFull : {true, false}) {
+        SCOPED_TRACE(isFull ? "a full disk" : "a file that keeps its name");
+        SessionWorld other;
+        SessionCallLine call = SessionWorld::startCall();
+        call.transcript = "/shown";
+        EXPECT_TRUE(other.call(call).ok);
+        other.transcripts.diskIsFull = isFull;
+        other.transcripts.turns = false;
+        for (int i = 0; i < 3; ++i) {
+            other.program().output = std::string(4 * mebibyte, '.');
+            other.settle();
+        }
+        other.transcripts.diskIsFull = false;
+        other.program().output = "more";
+        other.settle();
+        EXPECT_EQ(other.program().output, "") << "is read all the same";
+        EXPECT_EQ(other.transcripts.files["/shown"].content.size(),
+                  isFull ? 0 : Transcript::maxFile);
+        EXPECT_FALSE(other.transcripts.files["/shown"].isOpen);
+        EXPECT_EQ(std::ranges::count_if(other.logged,
+                                        [](const std::string& line) {
+                                            return line.contains("goes on without its transcript");
+                                        }),
+                  1);
+    }
 }
 
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
