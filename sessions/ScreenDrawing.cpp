@@ -8,6 +8,7 @@ namespace velmo {
 namespace {
 
 constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
+constexpr std::string_view softResetSequence = "\033[!p";
 constexpr char toSecondCharset = '\x0E';
 
 /// Appends the codes of a colour: of the text (3), of what is behind it (4) or of the underline
@@ -107,6 +108,12 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
     else
         drawStyleAndCharsets(text, {}, cursor_);
     return text;
+}
+
+std::string Screen::drawnAnew() const {
+    // The main screen's cursor is saved again when the terminal comes back, where the mode does so.
+    return "\033[?" + std::to_string(alternateMode_) + "l" + std::string(softResetSequence)
+           + drawn(size_, Part::withoutMainRows);
 }
 
 /// Draws the main screen, and puts the cursor where it is there.

@@ -36,6 +36,14 @@ Pty::Environment environmentOf(const SessionCallLine& call) {
     return environment;
 }
 
+/// Returns the greeting in a control frame; absent for any other message.
+std::optional<PtyAttach::client::Hello> helloIn(ByteView payload) {
+    const auto object = PtyAttach::ControlObject::parse(textOf(payload));
+    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
+    const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
+    return hello == nullptr ? std::nullopt : std::optional(*hello);
+}
+
 std::optional<std::size_t> linesOf(const SessionCallLine& call) {
     return call.lines.transform([](std::int64_t lines) {
         return static_cast<std::size_t>(std::max<std::int64_t>(lines, 0));
@@ -160,12 +168,9 @@ void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
                             && header.length <= PtyAttach::maxControl;
     if (canBeHello && received.size() < length)
         return;
-    const auto object = canBeHello ? PtyAttach::ControlObject::parse(textOf(
-                                         received.subspan(FrameHeader::bytes, header.length)))
-                                   : std::nullopt;
-    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
-    const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
-    if (hello == nullptr) {
+    const auto hello =
+        canBeHello ? helloIn(received.subspan(FrameHeader::bytes, header.length)) : std::nullopt;
+    if (!hello) {
         refuse(peer, stranger, "bad-hello");
         return;
     }

@@ -137,13 +137,15 @@ private:
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
     void keep(ByteView output);
-    void answerQueries(ByteView output);
+    void answerQueries();
+    [[nodiscard]] bool asksFrom(OutputLog::Position from);
     bool mustWait(SteadyTime now);
     void carryOut(Seat& seat);
     bool carryOut(Seat& seat, const ViewerInput& input);
     void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
     void typeSent();
+    [[nodiscard]] bool mustLetOthersFinish(const Seat* typist) const;
     void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
     void applySize();
@@ -175,7 +177,8 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
-    SequenceReader queryReader_; ///< of the output while no viewer may answer
+    OutputLog::Position answered_ = 0;          ///< up to here, by the host or by a viewer
+    std::optional<SequenceReader> queryReader_; ///< of the output while no viewer may answer
     NoticeReader noticeReader_;
     bool isAttentionNew_ = false; ///< since the last date
     std::optional<WallTime> attentionSince_;

@@ -792,6 +792,51 @@ TEST_F(SessionHostTest, AReplayShowsTheScreenWhateverCameBefore) {
     }
 }
 
+TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
+    constexpr PtyFrame::Size larger{.cols = 100, .rows = 30};
+    const std::string noise(2 * mebibyte, '\0');
+
+    const struct {
+        std::string before; ///< at 80 columns by 24 rows
+        std::string after;  ///< in a larger window
+        bool isExact;       ///< for another window of that size
+    } cases[] = {
+        {"", "plain\033[2;3r", true},
+        {"plain", "", false},
+        {"plain" + noise, noise, true},
+        {"main\033[?1049h\033[2;23r\033[99Hbottom\033[?6h\033[?25l", "\033[Htop", true},
+        {"main\033[?47h\033[99Hbottom\033[3", "1mred\033[99Hlast", true},
+        {"main\033[?1049h\033[99Hbottom", "\033[?1049lon\033[99Hlast", true},
+        {"\033[?1049h" + noise + "\033[99Hbottom", "\033[Htop", true},
+    };
+
+    std::uint64_t number = 0;
+    for (const auto& [before, after, isExact] : cases) {
+        const std::string id = world.startShell();
+        FakeProgram& program = world.program(++number);
+        program.output = before;
+        world.settle();
+        attach(id, larger.cols, larger.rows);
+        program.output = after;
+        world.settle();
+        program.sizes.clear();
+        Screen shown(larger);
+        shown.follow(bytesOf(seen(attach(id, larger.cols, larger.rows)).output));
+        const auto expected = world.call({.call = SessionCall::peek, .session = id}).screen.value();
+        EXPECT_EQ(program.sizes.empty(), isExact) << before.substr(0, 40);
+        EXPECT_EQ(shown.text(), expected.lines) << before.substr(0, 40);
+        EXPECT_EQ(shown.cursor(), (Screen::Place{expected.cursorRow, expected.cursorColumn}));
+        attach(id, 80, 24);
+        EXPECT_FALSE(program.sizes.empty()) << "another size";
+        program.sizes.clear();
+        const auto reply = world.call({.call = SessionCall::ticket, .session = id, .lines = 1});
+        const auto file = reply.ticket.value().substr(world.folder().size() + 1);
+        const auto token = PtyAttach::parseTicket(world.files.at(file))->token;
+        world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
+        EXPECT_EQ(program.sizes.empty(), expected.alternate) << "a few lines are not all";
+    }
+}
+
 TEST_F(SessionHostTest, ARepeatOfFewLinesStillShowsTheAlternateScreen) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[5;5Hbelow\033[H" + std::string(40, '\n') + "a\r\nlast\r\n");
@@ -830,6 +875,26 @@ TEST_F(SessionHostTest, AnswersWhatAProgramAsksWhileNoViewerMay) {
     EXPECT_EQ(typedUpon("\033[999;999H\033[6n"), "\033[30;100R") << "the size is the last one";
     EXPECT_EQ(typedUpon("\033[2;3H" + std::string(3 * mebibyte, '\a') + "\033[6n"), "\033[2;3R");
     EXPECT_FALSE(seen(looking).output.contains("6n"));
+
+    for (const std::string query : {"\033[2;5H\033[6n", "x\033[5n"}) {
+        for (std::size_t cut = 0; cut <= query.size(); ++cut) {
+            const bool isWhole = cut == query.size();
+            const PeerId leaving = attach(id, 100, 30);
+            EXPECT_EQ(typedUpon(query.substr(0, cut)), "") << query << cut;
+            world.host.connectionLost(leaving);
+            EXPECT_EQ(typedUpon(query.substr(cut) + "."), isWhole                ? ""
+                                                          : query.contains("6n") ? "\033[2;5R"
+                                                                                 : "\033[0n")
+                << query << cut;
+        }
+    }
+    const PeerId slow = attach(id, 100, 30);
+    world.peers[slow]->room = 8;
+    EXPECT_EQ(typedUpon("\033[5n\033[5n"), "");
+    world.program().typed.clear();
+    world.host.connectionLost(slow);
+    world.settle();
+    EXPECT_EQ(world.program().typed, "\033[0n\033[0n") << "which were never sent";
 
     world.program().appetite = 0;
     for (int i = 0; i < 3000; ++i)
