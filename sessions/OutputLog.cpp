@@ -77,7 +77,8 @@ OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
         Start start{.position = first.position,
                     .sequences = first.screen.drawn(size, part),
                     .reportsFocus = first.screen.modes().reportsFocus(),
-                    .isExact = part == Screen::Part::all && first.screen.isWhole()};
+                    .isExact = (part == Screen::Part::all || first.screen.isAlternate())
+                               && first.screen.isWhole()};
         showAnew(start, size);
         return start;
     };

@@ -8,7 +8,11 @@ namespace velmo {
 namespace {
 
 constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
-constexpr std::string_view softResetSequence = "\033[!p";
+
+/// Ends what `drawn` expects to be as after a reset, since some terminals know no soft reset:
+/// margins, region, rows told from there, insertion, line feeds that return; and wraps again.
+constexpr std::string_view usualModes = "\033[?69l\033[r\033[?6l\033[4l\033[20l\033[?7h";
+
 constexpr char toSecondCharset = '\x0E';
 
 /// Appends the codes of a colour: of the text (3), of what is behind it (4) or of the underline
@@ -112,7 +116,7 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
 
 std::string Screen::drawnAnew() const {
     // The main screen's cursor is saved again when the terminal comes back, where the mode does so.
-    return "\033[?" + std::to_string(alternateMode_) + "l" + std::string(softResetSequence)
+    return std::string(usualModes) + "\033[?" + std::to_string(alternateMode_) + "l"
            + drawn(size_, Part::withoutMainRows);
 }
 

@@ -805,6 +805,7 @@ TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
         {"plain", "", false},
         {"plain" + noise, noise, true},
         {"main\033[?1049h\033[2;23r\033[99Hbottom\033[?6h\033[?25l", "\033[Htop", true},
+        {"\033[20;4h\033[?7l\033[?47h\033[99Hbottom", "\033[4;20l\033[?7h\033[Ha\n", true},
         {"main\033[?47h\033[99Hbottom\033[3", "1mred\033[99Hlast", true},
         {"main\033[?1049h\033[99Hbottom", "\033[?1049lon\033[99Hlast", true},
         {"\033[?1049h" + noise + "\033[99Hbottom", "\033[Htop", true},
