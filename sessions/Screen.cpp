@@ -16,11 +16,15 @@ namespace {
 using ControlSequence::Csi;
 using Kind = SequenceReader::Kind;
 
-constexpr int sweepPeriod = 256; // lookups in tables
-constexpr int maxCount = 10000;  // more than any screen has
+constexpr int sweepPeriod = 256;      // lookups in tables
+constexpr std::size_t fewBytes = 256; // that are read without a look at what scrolls off
+constexpr int maxCount = 10000;       // more than any screen has
 constexpr char shiftOut = '\x0E';
 constexpr char shiftIn = '\x0F';
 constexpr std::size_t maxAnswers = 4096; ///< bytes
+
+/// The final bytes of the sequences that move, write and erase, which are by far the most.
+constexpr std::string_view setsNoMode = "ABCDGHJKXdf";
 
 // The answers of xterm, which is what the sessions' TERM stands for.
 constexpr std::string_view terminalIsWell = "\033[0n";
@@ -148,12 +152,12 @@ void Screen::follow(ByteView output) {
     std::string_view rest = textOf(output);
     while (!rest.empty()) {
         const std::string_view lines = isAtRest() ? linesAtFront(rest) : "";
-        read(lines.substr(skip(lines)));
-        rest.remove_prefix(lines.size());
-        do {
+        const std::size_t skipped = lines.size() < fewBytes ? 0 : skip(lines);
+        const std::size_t length = std::max(lines.size(), std::min(fewBytes, rest.size()));
+        read(rest.substr(skipped, length - skipped));
+        rest.remove_prefix(length);
+        for (; !rest.empty() && !isAtRest(); rest.remove_prefix(1))
             read(rest.substr(0, 1));
-            rest.remove_prefix(std::min<std::size_t>(1, rest.size()));
-        } while (!rest.empty() && !isAtRest());
     }
 }
 
@@ -222,7 +226,8 @@ void Screen::obey(const SequenceReader::Sequence& sequence) {
             obeyOsc(sequence.text);
         return;
     case Kind::csi:
-        followModes(sequence);
+        if (!setsNoMode.contains(sequence.text.back()))
+            followModes(sequence);
         if (const auto csi = Csi::parse(sequence.text))
             obeyCsi(*csi);
         return;
@@ -332,11 +337,15 @@ void Screen::obeyOsc(std::string_view osc) {
 }
 
 void Screen::obeyCsi(const Csi& csi) {
-    const auto numbers = csi.numbers();
     if (csi.intermediates == "!" && csi.final == 'p')
         softReset();
     if (!csi.intermediates.empty())
         return;
+    if (csi.marker.empty() && csi.final == 'm') {
+        setStyle(csi.parameters);
+        return;
+    }
+    const auto numbers = csi.numbers();
     if (csi.final == 'n' || csi.final == 'c')
         answer(csi);
     else if (csi.final == 'h' || csi.final == 'l')
@@ -345,8 +354,6 @@ void Screen::obeyCsi(const Csi& csi) {
         eraseDisplay(numbers.front());
     else if (csi.marker == "?" && csi.final == 'K')
         obeyPlain('K', numbers);
-    else if (csi.marker.empty() && csi.final == 'm')
-        setStyle(csi.parameters);
     else if (csi.marker.empty() && !move(csi.final, numbers))
         obeyPlain(csi.final, numbers);
 }
