@@ -298,6 +298,18 @@ TEST_F(PhoneBridgeTest, RelaysTheFramesOfOneSession) {
     EXPECT_THAT(page->events, ElementsAre(R"({"event":"left"})"));
 }
 
+TEST_F(PhoneBridgeTest, WatchesNothingThatThePageHasLeftMeanwhile) {
+    const std::string id = world.sessions.startShell();
+    const auto page = world.open(world.letIn());
+    page->events.clear();
+    for (const std::string& call :
+         {R"({"call":"watch","session":")" + id + "\"}", std::string(R"({"call":"leave"})")})
+        world.pages.front().second->received({.isText = true, .content = call});
+    world.settle();
+    EXPECT_THAT(page->events, ElementsAre(R"({"event":"left"})"));
+    EXPECT_EQ(world.sessions.call({.call = SessionCall::list}).sessions->front().viewers, 0);
+}
+
 TEST_F(PhoneBridgeTest, TellsThatTheHostHasClosedTheStream) {
     const auto page = watching();
     world.sessions.program().isOver = true;
