@@ -273,12 +273,18 @@ TEST_F(PhoneBridgeTest, ClosesAPageThatSendsWhatItMustNotSend) {
         world.say(page, std::string(text));
         EXPECT_EQ(page->closing, PhoneClosing::malformed) << text;
     }
-    const auto page = watching();
-    write("four");
-    world.say(page, R"({"call":"shown","bytes":1})");
-    EXPECT_FALSE(page->closing);
-    world.say(page, R"({"call":"shown","bytes":)" + std::to_string(page->frames.size() + 1) + "}");
-    EXPECT_EQ(page->closing, PhoneClosing::malformed);
+    // More than may be open at once: a page that was closed takes no place.
+    const std::string session = world.sessions.startShell();
+    for (std::size_t i = 0; i < PhoneBridge::maxPages; ++i) {
+        const auto page = world.open(cookie);
+        world.say(page, R"({"call":"watch","session":")" + session + "\"}");
+        write("four");
+        world.say(page, R"({"call":"shown","bytes":1})");
+        EXPECT_FALSE(page->closing);
+        const std::size_t wrong = i == 0 ? 0 : page->frames.size() + i;
+        world.say(page, R"({"call":"shown","bytes":)" + std::to_string(wrong) + "}");
+        EXPECT_EQ(page->closing, PhoneClosing::malformed) << wrong;
+    }
 }
 
 TEST_F(PhoneBridgeTest, RelaysTheFramesOfOneSession) {
