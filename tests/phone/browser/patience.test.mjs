@@ -4,11 +4,15 @@ import { test } from "node:test";
 import { devices, until } from "./computer.mjs";
 import { computer, hindrances, numberUntil, open, reaches } from "./scene.mjs";
 
-/** In the page: has the bridge told late what is shown, and notes how far the bridge was ahead. */
+/**
+ * In the page: has the bridge told late what is shown, and notes how far the bridge was ahead, and
+ * whether the page has got more by then than it has shown.
+ */
 function tellLate() {
     const late = 100; // milliseconds
     let got, told;
     window.mostAhead = 0;
+    window.hasMore = false;
     window.WebSocket = class extends WebSocket {
         constructor(address) {
             super(address);
@@ -24,6 +28,7 @@ function tellLate() {
             const { call, bytes } = typeof data === "string" ? JSON.parse(data) : {};
             if (call !== "shown")
                 return super.send(data);
+            window.hasMore ||= got > bytes;
             setTimeout(() => {
                 told = bytes;
                 super.send(data);
@@ -81,6 +86,7 @@ test("a flood of output is shown to its end, and to a slow phone late", async (t
         return (await isWhole(phone)) && (await isWhole(slow));
     }, "the end of the flood", 90);
     const ahead = await slow.page.evaluate("mostAhead");
+    assert.ok(await slow.page.evaluate("hasMore"), "the page tells what it has got as shown");
     assert.ok(ahead > 192 << 10 && ahead <= 256 << 10, `${ahead} bytes ahead of what is shown`);
 });
 
