@@ -21,9 +21,10 @@ constexpr std::size_t maxRecord = 65536; ///< bytes; the greatest number of devi
 
 std::optional<std::string> statePlace() {
     const char* const home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe)
-    const auto environment =
-        home == nullptr ? Pty::Environment() : Pty::Environment{{"HOME", home}};
-    return Pty::HostFileSystem().home(environment).transform(phoneStatePlace);
+    const bool isNamed = home != nullptr && *home != '\0';
+    const auto environment = isNamed ? Pty::Environment{{"HOME", home}} : Pty::Environment();
+    const auto path = Pty::HostFileSystem().home(environment);
+    return path && path->starts_with('/') ? std::optional(phoneStatePlace(*path)) : std::nullopt;
 }
 
 } // namespace
@@ -47,12 +48,14 @@ std::optional<std::string> PhoneFolder::commandSocketPath() {
         [](const std::string& place) { return PathText::join(place, commandSocket); });
 }
 
-Descriptor PhoneFolder::lock() const {
+std::expected<Descriptor, std::string> PhoneFolder::lock() const {
     const std::string path = PathText::join(path_, lockFile);
     Descriptor file(retryInterrupted(
         [&] { return ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode); }));
-    if (file && retryInterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
-        file.reset();
+    if (!file)
+        return std::unexpected(path + " can't be opened");
+    if (retryInterrupted([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) != 0)
+        return std::unexpected("another velmo-phone serves already");
     return file;
 }
 

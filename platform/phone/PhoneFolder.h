@@ -24,9 +24,9 @@ public:
     /// Returns the path of the socket for commands; absent if the system knows no home folder.
     static std::optional<std::string> commandSocketPath();
 
-    /// Takes the right to serve, which lasts until the descriptor is closed. Empty if another
-    /// bridge has this right.
-    [[nodiscard]] Descriptor lock() const;
+    /// Takes the right to serve, which lasts until the descriptor is closed. The error says that
+    /// another bridge has this right, or what is wrong with the lock.
+    [[nodiscard]] std::expected<Descriptor, std::string> lock() const;
 
     /// Returns the record of the last run, or an empty record before the first run. Absent if the
     /// file can't be decoded.

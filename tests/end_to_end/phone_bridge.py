@@ -6,6 +6,7 @@ import json
 import os
 import re
 import resource
+import socket
 import struct
 import subprocess
 import sys
@@ -112,7 +113,9 @@ class PhoneBridge(Bridged):
         self.assertEqual((status, headers["content-encoding"], page[:2]), (200, "gzip", b"\x1f\x8b"))
         self.assertIn("default-src 'none'", headers["content-security-policy"])
         self.assertEqual(self.ask("GET", "/", If_None_Match=headers["etag"])[0], 304)
-        self.assertEqual(self.ask("HEAD", "/")[0], 200)
+        with Peer(self.port) as peer:
+            self.assertEqual(peer.ask("HEAD", "/")[0], 200)
+            self.assertEqual(peer.ask("GET", "/device")[0], 401)
         self.assertEqual(self.admit(self.address)[0], 200)
         self.assertEqual(self.admit(self.address)[0], 403)
         page = self.watching()
@@ -132,7 +135,6 @@ class PhoneBridge(Bridged):
         self.assertEqual(os.stat(self.state).st_mode & 0o777, 0o700)
         with open(self.state + "/phone.json") as file:
             self.assertNotIn(cookie.split("=")[1], file.read())
-        self.phone(status=123)  # a second one
         self.watching()  # in a session host that the bridge has started, and that outlives it
         self.stop()
         self.phone("admit", status=124)
@@ -149,6 +151,31 @@ class PhoneBridge(Bridged):
         self.phone("revoke", status=122)
         self.phone("revoke", "raw")
         self.assertEqual(self.ask("GET", "/device", Cookie=cookie)[0], 401)
+
+    def test_it_says_what_keeps_it_from_serving(self):
+        def says(status, text, *words, **more):
+            done = subprocess.run([PROGRAMS + "/velmo-phone", *words], env=self.environment | more,
+                                  timeout=PATIENCE, capture_output=True, text=True)
+            self.assertEqual((done.returncode, text in done.stderr), (status, True), done.stderr)
+        says(123, "serves already")
+        for words in (["admit"], ["devices", "--json"], ["--help"]):
+            with open("/dev/full", "w") as full:
+                self.assertEqual(subprocess.call([PROGRAMS + "/velmo-phone", *words], env=self.environment,
+                                                 stdout=full, stderr=subprocess.DEVNULL), 125)
+        self.stop()
+        says(122, "exclude each other", "--url", "https://mac", "--no-url")
+        says(123, "no home folder", HOME="elsewhere")
+        os.remove(self.state + "/phone.lock")
+        os.mkdir(self.state + "/phone.lock")
+        says(123, "can't be opened")
+        os.rmdir(self.state + "/phone.lock")
+        with open(self.state + "/phone.json", "w") as file:
+            file.write("[]")
+        says(123, "can't be read")
+        os.remove(self.state + "/phone.json")
+        os.chmod(self.state, 0o755)
+        self.serve()
+        self.assertEqual(os.stat(self.state).st_mode & 0o777, 0o700)
 
     def test_it_listens_on_loopback_alone(self):
         listening = set()
@@ -179,12 +206,22 @@ class PhoneBridge(Bridged):
     def test_ten_thousand_guesses_get_nowhere(self):
         guess = json.dumps({"code": "0" * 32, "name": ""}).encode()
         answers = {}
+        half = Peer(self.port)
+        half.send(b"POST /admit HTTP/1.1\r\n")
+        command = socket.socket(socket.AF_UNIX)
+        command.settimeout(PATIENCE)
+        command.connect(self.state + "/phone.sock")
+        command.send(b"{")
         with Peer(self.port) as peer:
             for _ in range(10_000):
                 status = peer.ask("POST", "/admit", guess, Content_Type="application/json")[0]
                 answers[status] = answers.get(status, 0) + 1
         self.assertEqual(set(answers), {403, 429})
         self.assertLess(answers[403], answers[429])
+        # Neither goes on, and their time is over.
+        for waiting in (half.socket, command):
+            self.assertEqual(waiting.recv(1), b"")
+            waiting.close()
 
     def test_halves_and_floods_are_dropped_and_memory_stays(self):
         page = self.watching()
@@ -210,10 +247,14 @@ class PhoneBridge(Bridged):
         resource.setrlimit(resource.RLIMIT_NOFILE, (min(hard, 4096), hard))
         crowd = [Peer(self.port) for _ in range(1000)]
         self.assertEqual(self.ask("GET", "/")[0], 200)
+        self.assertLess(self.descriptors(), 100)
         for peer in crowd + silent:
             peer.socket.close()
         self.assertLess(self.memory() - before, 32 << 20)
         self.run_line(page, b"echo $((6 * 7))", b"\r42\r\n")
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.bridge.pid}/fd"))
 
     def memory(self):
         with open(f"/proc/{self.bridge.pid}/status") as file:
@@ -233,8 +274,11 @@ class PhoneBridge(Bridged):
         page.received = b""
         page.call(call="list")
         page.event("sessions")
+        page.socket.close()
+        until(lambda: json.loads(self.run_program("velmo-session", "list", "--json"))[0]["viewers"] == 0, "it is gone")
 
     def test_a_device_that_may_only_view_changes_nothing_and_a_revoked_one_is_gone(self):
+        before = self.descriptors()
         page = self.watching()
         cookie = self.let_in("--view-only")
         viewer = self.page(cookie)
@@ -250,6 +294,8 @@ class PhoneBridge(Bridged):
         self.assertEqual(again.closing(), 4001)
         self.assertEqual(page.closing(), 4001)
         self.assertEqual(self.phone("devices"), "")
+        # None of the pages has answered, nor closed its end.
+        until(lambda: self.descriptors() == before, "the connections are gone")
 
 
 class PhonePower(Bridged):

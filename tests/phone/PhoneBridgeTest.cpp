@@ -273,12 +273,18 @@ TEST_F(PhoneBridgeTest, ClosesAPageThatSendsWhatItMustNotSend) {
         world.say(page, std::string(text));
         EXPECT_EQ(page->closing, PhoneClosing::malformed) << text;
     }
-    const auto page = watching();
-    write("four");
-    world.say(page, R"({"call":"shown","bytes":1})");
-    EXPECT_FALSE(page->closing);
-    world.say(page, R"({"call":"shown","bytes":)" + std::to_string(page->frames.size() + 1) + "}");
-    EXPECT_EQ(page->closing, PhoneClosing::malformed);
+    // More than may be open at once: a page that was closed takes no place.
+    const std::string session = world.sessions.startShell();
+    for (std::size_t i = 0; i < PhoneBridge::maxPages; ++i) {
+        const auto page = world.open(cookie);
+        world.say(page, R"({"call":"watch","session":")" + session + "\"}");
+        write("four");
+        world.say(page, R"({"call":"shown","bytes":1})");
+        EXPECT_FALSE(page->closing);
+        const std::size_t wrong = i == 0 ? 0 : page->frames.size() + i;
+        world.say(page, R"({"call":"shown","bytes":)" + std::to_string(wrong) + "}");
+        EXPECT_EQ(page->closing, PhoneClosing::malformed) << wrong;
+    }
 }
 
 TEST_F(PhoneBridgeTest, RelaysTheFramesOfOneSession) {
@@ -296,6 +302,18 @@ TEST_F(PhoneBridgeTest, RelaysTheFramesOfOneSession) {
     EXPECT_EQ(world.sessions.program().typed, "ls\r");
     EXPECT_FALSE(page->closing);
     EXPECT_THAT(page->events, ElementsAre(R"({"event":"left"})"));
+}
+
+TEST_F(PhoneBridgeTest, WatchesNothingThatThePageHasLeftMeanwhile) {
+    const std::string id = world.sessions.startShell();
+    const auto page = world.open(world.letIn());
+    page->events.clear();
+    for (const std::string& call :
+         {R"({"call":"watch","session":")" + id + "\"}", std::string(R"({"call":"leave"})")})
+        world.pages.front().second->received({.isText = true, .content = call});
+    world.settle();
+    EXPECT_THAT(page->events, ElementsAre(R"({"event":"left"})"));
+    EXPECT_EQ(world.sessions.call({.call = SessionCall::list}).sessions->front().viewers, 0);
 }
 
 TEST_F(PhoneBridgeTest, TellsThatTheHostHasClosedTheStream) {

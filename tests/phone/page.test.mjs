@@ -24,6 +24,10 @@ test("frames are read however they are cut", () => {
             reader.read(stream.subarray(at, at + size));
         assert.deepEqual([text, codes], ["abcd", [[-1, "abcd"]]], `in pieces of ${size}`);
     }
+    let length = 0;
+    const [longest] = dataFrames(new Uint8Array(65536));
+    new FrameReader((bytes) => (length += bytes.length)).read(longest);
+    assert.equal(length, 65536);
 });
 
 test("what is typed goes into frames of at most 65536 bytes", () => {

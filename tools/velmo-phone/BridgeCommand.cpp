@@ -146,8 +146,9 @@ private:
                     }};
     }
 
+    /// Whatever standard output is: `velmo-phone admit` prints another address.
     void greet() {
-        printAddress(bridge_->admit(DeviceRights::use));
+        static_cast<void>(printAddress(bridge_->admit(DeviceRights::use)));
         if (!record_.outside)
             writeStandardOutput("Only this computer reaches this address. A phone needs one from "
                                 "outside: see --url.\n");
@@ -172,9 +173,9 @@ int serveBridge(const BridgeRequest& request) {
     auto folder = PhoneFolder::make();
     if (!folder)
         return phoneComplains(folder.error(), PhoneExit::refused);
-    Descriptor right = folder->lock();
+    auto right = folder->lock();
     if (!right)
-        return phoneComplains("another velmo-phone serves already", PhoneExit::refused);
+        return phoneComplains(right.error(), PhoneExit::refused);
     auto record = folder->read();
     if (!record)
         return phoneComplains(folder->path() + "/" + PhoneFolder::recordFile
@@ -183,13 +184,12 @@ int serveBridge(const BridgeRequest& request) {
     record->port = request.port.value_or(record->port);
     if (request.outside)
         record->outside = request.outside->empty() ? std::nullopt : request.outside;
-    return Server(*std::move(folder), std::move(right), *std::move(record)).run(request.mac);
+    return Server(*std::move(folder), *std::move(right), *std::move(record)).run(request.mac);
 }
 
-void printAddress(const std::string& address) {
-    if (::isatty(STDOUT_FILENO) != 0)
-        writeStandardOutput(qrText(address).value_or(""));
-    writeStandardOutput(address + "\n");
+int printAddress(const std::string& address) {
+    const bool isTerminal = ::isatty(STDOUT_FILENO) != 0;
+    return phonePrints((isTerminal ? qrText(address).value_or("") : "") + address + "\n");
 }
 
 } // namespace velmo

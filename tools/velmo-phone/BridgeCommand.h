@@ -16,7 +16,8 @@ struct BridgeRequest {
 /// Serves the page until a signal ends the process. Returns the exit status.
 int serveBridge(const BridgeRequest& request);
 
-/// Prints an address for people, as text and on a terminal also as a QR code.
-void printAddress(const std::string& address);
+/// Prints an address for people, as text and on a terminal also as a QR code. Returns the exit
+/// status.
+int printAddress(const std::string& address);
 
 } // namespace velmo

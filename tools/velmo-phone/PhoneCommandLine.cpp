@@ -54,7 +54,8 @@ constexpr auto verbs = std::to_array<Verb>({
 
 constexpr auto sections = std::to_array<Section>({
     {.heading = "Exit status:",
-     .text = "  0 done; 122 wrong usage; 123 refused; 124 no velmo-phone serves."},
+     .text = "  0 done; 122 wrong usage; 123 refused; 124 no velmo-phone serves;\n"
+             "  125 standard output can't be written."},
 });
 
 } // namespace

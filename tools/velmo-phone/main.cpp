@@ -42,6 +42,8 @@ int serve(const CommandLine::Line& line) {
             return phoneComplains("--port takes a number from 1 to 65535", PhoneExit::usage);
         request.port = static_cast<std::uint16_t>(*port);
     }
+    if (line.has("--url") && line.has("--no-url"))
+        return phoneComplains("--url and --no-url exclude each other", PhoneExit::usage);
     if (const auto url = line.value("--url")) {
         request.outside = PhoneAddress::outsideOrigin(*url);
         if (!request.outside)
@@ -60,8 +62,7 @@ int admit(bool viewOnly) {
                             .rights = viewOnly ? DeviceRights::view : DeviceRights::use});
     if (!reply || !reply->address)
         return phoneComplains(noBridge, PhoneExit::noBridge);
-    printAddress(*reply->address);
-    return PhoneExit::success;
+    return printAddress(*reply->address);
 }
 
 std::string dateText(double since) {
@@ -77,17 +78,16 @@ int devices(bool json) {
     const auto reply = ask({.command = PhoneCommand::devices});
     if (!reply || !reply->devices)
         return phoneComplains(noBridge, PhoneExit::noBridge);
-    if (json) {
-        Output::print(*reply->devices, writeStandardOutput);
-        return PhoneExit::success;
-    }
+    if (json)
+        return phonePrints(Output::jsonLine(*reply->devices).value_or("[]") + "\n");
+    std::string lines;
     for (const DeviceEntry& device : *reply->devices) {
         const std::string_view rights =
             device.rights == DeviceRights::view ? ", may only view" : "";
-        writeStandardOutput(PtyAttach::sanitizeLabel(device.name) + ", since "
-                            + dateText(device.since) + std::string(rights) + "\n");
+        lines += PtyAttach::sanitizeLabel(device.name) + ", since " + dateText(device.since)
+                 + std::string(rights) + "\n";
     }
-    return PhoneExit::success;
+    return phonePrints(lines);
 }
 
 int revoke(const CommandLine::Line& line) {
@@ -120,9 +120,7 @@ int main(int argc, char** argv) {
     const auto line = CommandLine::read(phoneCommandLine, arguments);
     if (!line)
         return phoneComplains(line.error().text, PhoneExit::usage);
-    if (const auto page = CommandLine::ownPage(phoneCommandLine, *line)) {
-        writeStandardOutput(*page);
-        return PhoneExit::success;
-    }
+    if (const auto page = CommandLine::ownPage(phoneCommandLine, *line))
+        return phonePrints(*page);
     return run(*line);
 }

@@ -1,7 +1,7 @@
 // A computer with a session host and the bridge, and a network between it and the phones.
 import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
-import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import net from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -135,6 +135,16 @@ export class Computer {
         return JSON.parse(this.session("list", "--json"));
     }
 
+    /** Returns the bytes of memory that the bridge has. */
+    bridgeMemory() {
+        return 1024 * /VmRSS:\s*(\d+)/.exec(readFileSync(`/proc/${this.#bridge.pid}/status`, "utf8"))[1];
+    }
+
+    /** Makes a file for a program that waits for it. */
+    touch(name) {
+        writeFileSync(join(this.home, name), "");
+    }
+
     /** Starts a session with a shell on the computer and returns its id. */
     startSession(name) {
         return this.session("start", "--detached", "--name", name).trim();
@@ -152,7 +162,9 @@ export class Computer {
         this.network.close();
         await this.stopBridge();
         await until(() => this.sessions().every((each) => each.exitCode !== undefined));
-        process.kill(Number(readFileSync(join(this.home, ".velmo/velmo-term/host.lock"), "utf8")));
+        const lock = join(this.home, ".velmo/velmo-term/host.lock");
+        if (existsSync(lock))
+            process.kill(Number(readFileSync(lock, "utf8")));
         this.#daemon?.kill();
         rmSync(this.home, { recursive: true, force: true });
     }
@@ -192,12 +204,14 @@ export function launchBrowser(browser = "chrome") {
 
 /** A browser with cookies of its own, and the page in it. */
 export class Visitor {
-    static async open(browser, address, viewport = devices.phone) {
+    /** `prepare(...facts)` runs in the page, before the page's own scripts. */
+    static async open(browser, address, viewport = devices.phone, prepare = () => {}, ...facts) {
         const visitor = new Visitor();
         visitor.context = await browser.createBrowserContext();
         if (browser.process().spawnfile !== firefoxPath)
             await visitor.context.overridePermissions(new URL(address).origin, ["clipboard-read", "clipboard-write", "clipboard-sanitized-write"]);
         visitor.page = await visitor.context.newPage();
+        await visitor.page.evaluateOnNewDocument(prepare, ...facts);
         visitor.complaints = [];
         visitor.page.on("console", (message) => {
             if (message.type() === "error")
@@ -216,6 +230,22 @@ export class Visitor {
 
     shows(text) {
         return until(async () => (await this.screen()).includes(text), `"${text}" on the screen`);
+    }
+
+    /** Scrolls up and returns the last lines that the terminal has shown, which must be a screen more than these. */
+    async lastLines(count) {
+        const lines = [];
+        for (;;) {
+            const screen = await this.screen();
+            // A page up keeps the first line in sight.
+            lines.unshift(...screen.split("\n").slice(0, lines.length === 0 ? undefined : -1));
+            if (lines.length >= count)
+                return lines.slice(-count);
+            await this.page.keyboard.down("Shift");
+            await this.page.keyboard.press("PageUp");
+            await this.page.keyboard.up("Shift");
+            await until(async () => (await this.screen()) !== screen, "the terminal scrolls");
+        }
     }
 
     text(selector) {

@@ -1,16 +1,9 @@
 // The page in a real browser, as a phone and as a desktop.
-import axe from "axe-core";
 import assert from "node:assert/strict";
 import { join } from "node:path";
-import { after, afterEach, before, test } from "node:test";
+import { test } from "node:test";
 import { Computer, Visitor, devices, firefoxPath, launchBrowser, until } from "./computer.mjs";
-
-/** Returns what hinders people with a screen reader or a keyboard alone. */
-async function hindrances(visitor) {
-    await visitor.page.evaluate(axe.source);
-    const { violations } = await visitor.page.evaluate("axe.run()");
-    return violations.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
-}
+import { computer, hindrances, numberUntil, open, reaches } from "./scene.mjs";
 
 /** Returns where a picture is drawn; two of them stand in README. */
 function picture(name) {
@@ -18,52 +11,31 @@ function picture(name) {
     return folder ? join(process.env.VELMO_IMAGES, `phone-${folder}.png`) : `${name}.png`;
 }
 
-let browser;
-let computer;
-let visitors = [];
+/** In the page: gives the computer's temporary home folder the same name in every picture. */
+function nameHome(home) {
+    const { parse } = JSON;
+    JSON.parse = (text) => parse(text.replaceAll(home, "/home/ann"));
+}
 
-const open = async (address = computer.phone("admit").trim(), viewport = devices.phone) => {
-    const visitor = await Visitor.open(browser, address, viewport);
-    visitors.push(visitor);
-    return visitor;
-};
-
-before(async () => {
-    browser = await launchBrowser();
-    computer = await Computer.start();
-});
-
-afterEach(async () => {
-    for (const visitor of visitors)
-        await visitor.close();
-    visitors = [];
-    computer.phone("revoke", "--all");
-});
-
-after(async () => {
-    await browser.close();
-    await computer.close();
-});
-
-test("a code lets one browser in, once", async () => {
+test("a code lets one browser in, once", async (t) => {
     const address = computer.firstAddress;
-    const phone = await open(address);
+    const phone = await open(t, address);
     await phone.sees("#list");
     assert.equal(phone.page.url(), `${computer.url}/`, "the code stays in the address");
     assert.match(computer.phone("devices"), /^Android phone, Chrome, since|^Linux, Chrome, since/);
     await phone.page.reload();
     await phone.sees("#list");
 
-    const second = await open(address);
+    const second = await open(t, address);
     await second.sees("#admission");
     assert.match(await second.text("#admission-reason"), /used already/);
-    const stranger = await open(computer.url);
+    const stranger = await open(t, computer.url);
     await stranger.sees("#admission");
     assert.deepEqual(phone.complaints, []);
 });
 
-test("a session is started, typed into and ended", async () => {
-    const phone = await open();
+test("a session is started, typed into and ended", async (t) => {
+    const phone = await open(t);
     await phone.sees("#start");
     await phone.page.tap("#start");
     await phone.page.type("[name=name]", "work");
@@ -88,9 +60,9 @@ test("a session is started, typed into and ended", async () => {
     assert.deepEqual(phone.complaints, []);
 });
 
-test("the bar has the keys that a phone lacks", async () => {
+test("the bar has the keys that a phone lacks", async (t) => {
     computer.startSession("keys");
-    const phone = await open();
+    const phone = await open(t);
     await phone.openSession("keys");
     await phone.shows("$");
     await phone.type("sleep 1000\r");
@@ -120,56 +92,17 @@ test("the bar has the keys that a phone lacks", async () => {
     await until(async () => !(await phone.screen()).includes("~\n~"));
 });
 
-test("a flood of output is shown to its end", async () => {
-    computer.startSession("flood");
-    const phone = await open();
-    await phone.openSession("flood");
-    await phone.shows("$");
-    await phone.type("seq 1 2000000; echo don''e\r");
-    await until(async () => (await phone.screen()).includes("2000000\ndone"), "the end of the flood", 60);
-});
-
-test("a page comes back as the session stands", async () => {
-    const id = computer.startSession("away");
-    const stayed = await open(undefined, devices.desktop);
-    const phone = await open(undefined, devices.desktop);
-    await stayed.openSession("away");
-    await phone.openSession("away");
-    await phone.shows("$");
-    await phone.type("for i in $(seq 1 200); do echo line $i; sleep 0.02; done; echo fin''ished\r");
-    await phone.shows("line 20");
-    computer.network.cut();
-    await until(async () => /does not answer/.test(await phone.text("#state")), "the loss is told", 6);
-    await phone.type("rm -rf important");
-    await phone.sees("#unsent");
-    assert.match(await phone.text("#unsent"), /^Not sent: rm -rf important$/);
-    await until(() => computer.sessions().find((each) => each.id === id).viewers === 2);
-    computer.network.mend();
-    await phone.shows("\nfinished");
-    await stayed.shows("\nfinished");
-    assert.equal(await phone.text("#state"), "");
-    assert.equal(await phone.screen(), await stayed.screen());
-    assert.doesNotMatch(await phone.screen(), /important/);
-
-    await computer.stopBridge();
-    await until(async () => /does not answer/.test(await phone.text("#state")));
-    await computer.serve();
-    await until(async () => (await phone.text("#state")) === "");
-    await phone.type("echo aga''in\r");
-    await phone.shows("\nagain");
-});
-
-test("who types decides the size, and gives it back", async () => {
+test("who types decides the size, and gives it back", async (t) => {
     const id = computer.startSession("size");
     const size = () => {
         const { cols, rows } = computer.sessions().find((each) => each.id === id);
         return `${cols} x ${rows}`;
     };
-    const desktop = await open(undefined, devices.desktop);
+    const desktop = await open(t, undefined, devices.desktop);
     await desktop.openSession("size");
     await desktop.shows("$");
     const large = await until(() => size() !== "80 x 24" && size());
-    const phone = await open();
+    const phone = await open(t);
     await phone.openSession("size");
     const small = await until(() => size() !== large && size());
     await until(() => desktop.isVisible("#give-back").then((is) => !is), "the desktop follows");
@@ -184,9 +117,33 @@ test("who types decides the size, and gives it back", async () => {
     await until(() => size() === small);
 });
 
-test("a device that may only view changes nothing, and a revoked one sees nothing", async () => {
+test("rotation in the midst of output loses no line", async (t) => {
+    const id = computer.startSession("turns");
+    const phone = await open(t);
+    await phone.openSession("turns");
+    await phone.shows("$");
+    const rows = () => computer.sessions().find((each) => each.id === id).rows;
+    const upright = await until(() => rows() !== 24 && rows());
+    await phone.type(numberUntil("turned"));
+    await reaches(phone, 20);
+    for (let turn = 0; turn < 3; ++turn) {
+        await phone.page.setViewport(devices.landscape);
+        await until(() => rows() < upright);
+        await phone.page.setViewport(devices.phone);
+        await until(() => rows() === upright);
+    }
+    await reaches(phone, 300);
+    computer.touch("turned");
+    await phone.shows("\nfinished");
+    const [last] = /\d+(?=\nfinished)/.exec(await phone.screen());
+    const lines = (await phone.lastLines(250)).join("\n").trimEnd().split("\n");
+    const numbers = Array.from({ length: lines.length - 2 }, (_, i) => `line ${last - lines.length + 3 + i}`);
+    assert.deepEqual(lines, [...numbers, "finished", "$"]);
+});
+
+test("a device that may only view changes nothing, and a revoked one sees nothing", async (t) => {
     computer.startSession("seen");
-    const phone = await open(computer.phone("admit", "--view-only").trim());
+    const phone = await open(t, computer.phone("admit", "--view-only").trim());
     await phone.openSession("seen");
     await phone.shows("$");
     assert.equal(await phone.isVisible("#keys"), false);
@@ -196,18 +153,18 @@ test("a device that may only view changes nothing, and a revoked one sees nothin
     assert.equal(await phone.isVisible("#start"), false);
     assert.equal(await phone.isVisible("#sessions .danger"), false);
     assert.doesNotMatch(await phone.screen(), /no/);
-    const [{ name }] = JSON.parse(computer.phone("devices", "--json"));
+    const { name } = JSON.parse(computer.phone("devices", "--json")).find(({ rights }) => rights === "view");
     computer.phone("revoke", name);
     await phone.sees("#admission");
 });
 
-test("a screen reader and a keyboard alone are enough", async () => {
+test("a screen reader and a keyboard alone are enough", async (t) => {
     computer.startSession("reader");
-    const stranger = await open(computer.url);
+    const stranger = await open(t, computer.url);
     await stranger.sees("#admission");
     assert.deepEqual(await hindrances(stranger), []);
     for (const scheme of ["light", "dark"]) {
-        const desktop = await open(undefined, devices.desktop);
+        const desktop = await open(t, undefined, devices.desktop);
         await desktop.page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: scheme }]);
         await desktop.page.waitForSelector("#sessions .open");
         assert.deepEqual(await hindrances(desktop), [], scheme);
@@ -224,9 +181,9 @@ test("a screen reader and a keyboard alone are enough", async () => {
     }
 });
 
-test("fingers scroll, zoom, select and copy, and a paste is bracketed", async () => {
+test("fingers scroll, zoom, select and copy, and a paste is bracketed", async (t) => {
     computer.startSession("fingers");
-    const phone = await open();
+    const phone = await open(t);
     await phone.openSession("fingers");
     await phone.shows("$");
     await phone.type("seq 1 300\r");
@@ -264,9 +221,9 @@ test("fingers scroll, zoom, select and copy, and a paste is bracketed", async ()
     await phone.tapKey("Control C");
 });
 
-test("composition types what was meant, once", async () => {
+test("composition types what was meant, once", async (t) => {
     computer.startSession("compose");
-    const phone = await open();
+    const phone = await open(t);
     await phone.openSession("compose");
     await phone.shows("$");
     await phone.type("cat\r");
@@ -281,21 +238,21 @@ test("composition types what was meant, once", async () => {
         "the line and its echo");
 });
 
-test("what asks for a person comes first, and is drawn for README", async () => {
+test("what asks for a person comes first, and is drawn for README", async (t) => {
     const studio = await Computer.start();
-    after(() => studio.close());
+    t.after(() => studio.close());
     const letIn = () => studio.phone("admit").trim();
     studio.startSession("notes");
     studio.startSession("agent");
     studio.session("send", "agent", "clear; printf '\\033]777;notify;agent;All 42 tests pass. Shall I commit?\\007'", "Enter");
     for (const [scale, viewport] of [["1x", devices.phone], ["3x", devices.fine]]) {
-        const phone = await open(letIn(), viewport);
+        const phone = await open(t, letIn(), viewport, nameHome, studio.home);
         await until(async () => (await phone.text("#sessions")).startsWith("agent"), "the agent comes first");
         assert.match(await phone.text("#sessions .attention-text"), /All 42 tests pass. Shall I commit\?/);
         for (const scheme of ["light", "dark"])
             await phone.draw(picture(`phone-list-${scale}-${scheme}`), scheme);
     }
-    const phone = await open(letIn(), devices.fine);
+    const phone = await open(t, letIn(), devices.fine);
     await phone.openSession("agent");
     await phone.type("clear; for i in 1 2 3 4 5 6; do printf '\\033[1;3%dm%s\\033[0m compiled\\n' $i unit$i.cpp; done\r");
     await phone.shows("unit6.cpp compiled\n");
@@ -306,30 +263,9 @@ test("what asks for a person comes first, and is drawn for README", async () => 
     await until(async () => !(await phone.isVisible("#sessions .attention-text")), "a person has looked");
 });
 
-test("a switch keeps a simulated Mac awake as long as a session runs", async () => {
-    await computer.becomeMac();
-    computer.startSession("awake");
-    const phone = await open();
-    await phone.sees("#power");
-    await until(async () => (await phone.text("#power")) === "80 %");
-    await phone.page.tap("#power");
-    await until(() => phone.page.$eval("#awake", (button) => !button.disabled));
-    assert.deepEqual(await hindrances(phone), []);
-    await phone.page.tap("#awake");
-    await until(async () => (await phone.text("#power")) === "80 % · awake");
-    assert.match(await phone.text("#power-facts"), /kept awake by velmo-phone/);
-    computer.setMac("--mains", "off", "--battery", "19");
-    await until(async () => /: the battery is below 20 %/.test(await phone.text("#power-why")));
-    computer.setMac("--mains", "on");
-    await until(async () => (await phone.text("#power")) === "19 % · awake");
-    computer.endSessions();
-    await until(async () => /no session runs any more/.test(await phone.text("#power-why")), "the switch turns off", 30);
-    await until(async () => (await phone.text("#power")) === "19 %", "the hold has ended");
-});
-
-test("Firefox goes the whole way", { skip: !firefoxPath && "firefox-esr is not installed" }, async () => {
+test("Firefox goes the whole way", { skip: !firefoxPath && "firefox-esr is not installed" }, async (t) => {
     const firefox = await launchBrowser("firefox");
-    after(() => firefox.close());
+    t.after(() => firefox.close());
     computer.startSession("fox");
     const visitor = await Visitor.open(firefox, computer.phone("admit").trim(), devices.desktop);
     await visitor.openSession("fox");
