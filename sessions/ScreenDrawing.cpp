@@ -172,8 +172,8 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     }
 }
 
-/// Returns the length of a row of the main screen whose line goes on in the row below, so that a
-/// terminal gets there without a line feed; 0 for any other row.
+/// Returns the length of a row of the main screen if its line goes on in the row below, so that a
+/// terminal gets there without a line feed; 0 otherwise.
 std::size_t Screen::lengthThatGoesOn(int row) const {
     const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
     const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);

@@ -307,6 +307,8 @@ bool TerminalSession::type(Seat& seat, ByteView keys) {
 
 /// Types what was sent, unless a viewer's keys are typed in part.
 void TerminalSession::typeSent() {
+    if (sent_.empty())
+        return;
     if (program_ && !exitCode_) {
         if (!mustLetOthersFinish(nullptr))
             sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));

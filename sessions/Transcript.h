@@ -45,7 +45,7 @@ public:
 };
 
 /// What a terminal session has shown: the program's output, byte for byte. The last 8 MiB or more
-/// of it are kept in two files, of which neither is longer than that.
+/// of it are kept in two files, each at most that long.
 class Transcript {
 public:
     static constexpr std::uint64_t maxFile = std::uint64_t{8} << 20; ///< bytes

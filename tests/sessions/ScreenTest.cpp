@@ -124,11 +124,21 @@ TEST(Screen, DrawsStylesLinksPromptsAndModes) {
 }
 
 TEST(Screen, IsDrawnOnATerminalOfAnotherSizeWithoutBreakingItsLines) {
+    const std::pair<std::string_view, std::string_view> lines[] = {
+        {"0123456789abcdef\r\nlast\r\n\033[2;3H", "0123456789abcdef/last/"},
+        {"         \u4E16\u4E16\r\n", "         \u4E16\u4E16/"},
+        {"          ab\r\n", "          ab/"},
+        {"0123456789abcdef\033[1;3H\033[P", "013456789/abcdef/"},
+        {"0123456789\r\nab", "0123456789/ab/"},
+    };
+    for (const auto& [output, text] : lines) {
+        Screen screen(small);
+        screen.follow(bytesOf(output));
+        Screen wide({.cols = 30, .rows = 9});
+        wide.follow(bytesOf("mine\r\n" + screen.drawn(std::nullopt)));
+        EXPECT_EQ(linesOf(wide), "mine/" + std::string(text));
+    }
     Screen screen(small);
-    screen.follow(bytesOf("0123456789abcdef\r\nlast\r\n\033[2;3H"));
-    Screen wide({.cols = 30, .rows = 9});
-    wide.follow(bytesOf("mine\r\n" + screen.drawn(std::nullopt)));
-    EXPECT_EQ(linesOf(wide), "mine/0123456789abcdef/last/");
     screen.follow(bytesOf("\033[?1049h\033[Hin the way\033[4Hx"));
     Screen narrow({.cols = 5, .rows = 3});
     narrow.follow(bytesOf(screen.drawn(PtyFrame::Size{.cols = 5, .rows = 3})));
@@ -144,13 +154,17 @@ TEST(Screen, ChangesItsSize) {
     screen.resize({.cols = 20, .rows = 3});
     screen.follow(bytesOf("\r\n\n.\tx"));
     EXPECT_EQ(linesOf(screen), "four//.       x/");
+    screen.follow(bytesOf("\033[2H01234567890123456789"));
+    screen.resize({.cols = 25, .rows = 3});
+    screen.follow(bytesOf("a"));
+    EXPECT_EQ(linesOf(screen), "four/01234567890123456789a/.       x/");
 }
 
 // What scrolls off the top is left out, where much output comes at once.
 TEST(Screen, ShowsTheSameHoweverItsOutputComes) {
     const auto repeated = [](std::string_view line) {
         std::string all;
-        for (int i = 0; i < 60; ++i)
+        for (int i = 0; i < 150; ++i)
             all.append(line);
         return all;
     };
@@ -235,7 +249,10 @@ TEST(Screen, TakesLittleMemoryWhateverItShows) {
     screen.follow(bytesOf(output));
     EXPECT_LE(screen.cells(), Screen::maxCells + 1024);
     EXPECT_GT(screen.cells(), Screen::maxCells / 2);
+    EXPECT_FALSE(screen.isWhole());
     EXPECT_TRUE(screen.drawn(largest).contains("2999" + std::string(800, '.')));
+    screen.follow(bytesOf("\033c"));
+    EXPECT_TRUE(screen.isWhole());
 }
 
 } // namespace
