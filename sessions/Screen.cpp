@@ -1,6 +1,5 @@
 #include "sessions/Screen.h"
 
-#include "core/support/Decimal.h"
 #include "core/support/Text.h"
 
 #include <utf8proc.h>
@@ -109,33 +108,6 @@ std::size_t lengthOfAscii(std::string_view text) {
     return length;
 }
 
-int parsed(std::string_view digits) {
-    return std::min(Decimal::parseUnsigned<std::int32_t>(digits).value_or(0), maxCount);
-}
-
-/// Reads a colour from a field of a style, or from the fields behind it.
-void setColour(std::uint32_t& colour, std::string_view field, std::string_view& rest) {
-    // 38:5:n, 38:2::r:g:b and 38:2:r:g:b in one field, or 38;5;n and 38;2;r;g;b in several.
-    const char separator = field.contains(':') ? ':' : ';';
-    std::string_view& source = separator == ':' ? field : rest;
-    if (separator == ':')
-        ControlSequence::takeField(field, ':');
-    const int kind = parsed(ControlSequence::takeField(source, separator));
-    const auto component = [&] {
-        return static_cast<std::uint32_t>(
-            std::min(parsed(ControlSequence::takeField(source, separator)), 255));
-    };
-    if (kind == 5) {
-        colour = CellStyle::palette | component();
-    } else if (kind == 2) {
-        if (separator == ':' && std::ranges::count(source, ':') >= 3)
-            ControlSequence::takeField(source, ':'); // the colour space
-        const std::uint32_t red = component();
-        const std::uint32_t green = component();
-        colour = CellStyle::direct | (red << 16) | (green << 8) | component();
-    }
-}
-
 } // namespace
 
 Screen::Screen(PtyFrame::Size size) : size_(size) {
@@ -205,7 +177,7 @@ void Screen::takeStyle(std::string_view lines) {
             sinceReset = all.substr(static_cast<std::size_t>(style->data() - all.data()) - 2);
     }
     while (const auto style = nextStyle(sinceReset))
-        setStyle(*style);
+        cursor_.style.change(*style);
 }
 
 void Screen::obey(const SequenceReader::Sequence& sequence) {
@@ -342,7 +314,7 @@ void Screen::obeyCsi(const Csi& csi) {
     if (!csi.intermediates.empty())
         return;
     if (csi.marker.empty() && csi.final == 'm') {
-        setStyle(csi.parameters);
+        cursor_.style.change(csi.parameters);
         return;
     }
     const auto numbers = csi.numbers();
@@ -534,68 +506,6 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
     default:
         return;
     }
-}
-
-void Screen::setStyle(std::string_view parameters) {
-    CellStyle& style = cursor_.style;
-    const auto setUnderline = [&](int kind) {
-        constexpr int mask = CellStyle::underlineUnit - 1;
-        style.attributes = static_cast<std::uint16_t>(
-            (style.attributes & mask) | (std::min(kind, 5) * CellStyle::underlineUnit));
-    };
-    const auto set = [&](std::uint16_t attribute, bool isSet) {
-        style.attributes = static_cast<std::uint16_t>(isSet ? style.attributes | attribute
-                                                            : style.attributes & ~attribute);
-    };
-    std::string_view rest = parameters;
-    do {
-        const std::string_view field = ControlSequence::takeField(rest, ';');
-        const int code = parsed(field.substr(0, field.find(':')));
-        if (code == 0)
-            style = {.link = style.link};
-        else if (code == 1 || code == 2)
-            set(code == 1 ? CellStyle::bold : CellStyle::faint, true);
-        else if (code == 22)
-            set(CellStyle::bold | CellStyle::faint, false);
-        else if (code == 3 || code == 23)
-            set(CellStyle::italic, code == 3);
-        else if (code == 4)
-            setUnderline(field.contains(':') ? parsed(field.substr(field.find(':') + 1)) : 1);
-        else if (code == 21)
-            setUnderline(2);
-        else if (code == 24)
-            setUnderline(0);
-        else if (code == 5 || code == 6 || code == 25)
-            set(CellStyle::blinking, code != 25);
-        else if (code == 7 || code == 27)
-            set(CellStyle::inverse, code == 7);
-        else if (code == 8 || code == 28)
-            set(CellStyle::hidden, code == 8);
-        else if (code == 9 || code == 29)
-            set(CellStyle::struckOut, code == 9);
-        else if (code == 53 || code == 55)
-            set(CellStyle::overlined, code == 53);
-        else if (code == 38)
-            setColour(style.foreground, field, rest);
-        else if (code == 48)
-            setColour(style.background, field, rest);
-        else if (code == 58)
-            setColour(style.underline, field, rest);
-        else if (code == 39)
-            style.foreground = 0;
-        else if (code == 49)
-            style.background = 0;
-        else if (code == 59)
-            style.underline = 0;
-        else if (code >= 30 && code <= 37)
-            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 30);
-        else if (code >= 40 && code <= 47)
-            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 40);
-        else if (code >= 90 && code <= 97)
-            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 90 + 8);
-        else if (code >= 100 && code <= 107)
-            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 100 + 8);
-    } while (!rest.empty());
 }
 
 void Screen::endRegion() {

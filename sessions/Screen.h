@@ -129,7 +129,6 @@ private:
     bool move(char final, const std::vector<std::int32_t>& numbers);
     void obeyModes(const ControlSequence::Csi& csi);
     void setPrivateMode(std::int32_t mode, bool sets);
-    void setStyle(std::string_view parameters);
     void setRegion(int top, int bottom);
     void setMargins(int left, int right);
     void endRegion();
