@@ -889,6 +889,11 @@ TEST_F(SessionHostTest, AnswersWhatAProgramAsksWhileNoViewerMay) {
                 << query << cut;
         }
     }
+    const PeerId leavingAtOnce = attach(id, 100, 30, 8);
+    world.program().typed.clear();
+    world.host.connectionLost(leavingAtOnce);
+    world.settle();
+    EXPECT_EQ(world.program().typed, "") << "a replay asks nothing";
     const PeerId slow = attach(id, 100, 30);
     world.peers[slow]->room = 8;
     EXPECT_EQ(typedUpon("\033[5n\033[5n"), "");
