@@ -58,7 +58,6 @@ bench-screens:
 sanitize:
 	@scripts/setup build test clang
 	@scripts/build asan all
-	@rm -rf build/asan/profiles
 	@ctest --preset asan
 
 tsan:
@@ -80,8 +79,12 @@ fuzz:
 	@scripts/build asan fuzz
 	@scripts/fuzz $(SECONDS) $(TARGETS)
 
-# Counted by the sanitizers' build.
-coverage: sanitize
+# What the tests reach.
+coverage:
+	@scripts/setup build test clang
+	@scripts/build coverage all
+	@rm -rf build/coverage/profiles
+	@ctest --preset coverage
 	@scripts/coverage
 
 # Plants every known fault and sees that a test notices it; LISTS="daemon support" for a few of them.

@@ -55,7 +55,7 @@ void HoldKeeper::takeHold() {
     newAttempt();
     if (!daemon_) {
         connectionAnswers_ = false;
-        daemon_ = link_.connect([this] { connectionEnded(); });
+        daemon_ = link_.connect([this](PowerLink::Loss loss) { connectionEnded(loss); });
     }
     if (!daemon_) {
         lookForDaemonAgain();
@@ -65,7 +65,7 @@ void HoldKeeper::takeHold() {
                   reply([this](bool ok, std::string_view reason) { holdAnswered(ok, reason); }));
 }
 
-void HoldKeeper::connectionEnded() {
+void HoldKeeper::connectionEnded(PowerLink::Loss loss) {
     daemon_.reset();
     if (done_) {
         stopped(Outcome::unknown);
@@ -74,7 +74,7 @@ void HoldKeeper::connectionEnded() {
     if (connectionAnswers_)
         holdLost(connectionLost);
     else
-        lookForDaemonAgain();
+        lookForDaemonAgain(loss == PowerLink::Loss::tooManyClients ? daemonFull : "");
 }
 
 void HoldKeeper::giveUpWaiting() {

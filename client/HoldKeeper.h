@@ -43,8 +43,8 @@ public:
         State state = State::connecting;
         /// While refused: the text of a `HoldRefusal`. While connecting anew, and once released:
         /// how the hold ended, which is the text of a `HoldEnding`, `connectionLost` or
-        /// `reasonUnknown`. A newer daemon may send other texts. While unreachable: `daemonSilent`
-        /// or empty. Otherwise empty.
+        /// `reasonUnknown`. A newer daemon may send other texts. While unreachable: `daemonSilent`,
+        /// `daemonFull` or empty. Otherwise empty.
         std::string reason{};
         /// While riding: the holder; absent if the daemon's report can't be decoded.
         std::optional<HolderReport> holder{};
@@ -53,6 +53,7 @@ public:
     static constexpr std::string_view connectionLost = "connection"; ///< the daemon went away
     static constexpr std::string_view reasonUnknown = "unknown";     ///< the daemon gave no reason
     static constexpr std::string_view daemonSilent = "silent";       ///< the daemon does not answer
+    static constexpr std::string_view daemonFull = "full"; ///< the daemon has too many clients
 
     struct Options {
         BatteryFloor batteryFloor{};
@@ -102,7 +103,7 @@ private:
     struct Attempt {};
 
     void takeHold();
-    void connectionEnded();
+    void connectionEnded(PowerLink::Loss loss);
     void holdAnswered(bool ok, std::string_view reason);
     void look();
     void lookAnswered(const std::optional<HoldReport>& report);

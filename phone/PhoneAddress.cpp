@@ -2,6 +2,7 @@
 
 #include "core/support/Ascii.h"
 #include "core/support/Decimal.h"
+#include "core/support/Text.h"
 #include "core/support/Uri.h"
 
 #include <algorithm>
@@ -23,18 +24,8 @@ constexpr auto schemes =
 
 constexpr auto loopbackHosts = std::to_array<std::string_view>({"127.0.0.1", "localhost", "[::1]"});
 
-char lowercased(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string lowercased(std::string_view text) {
-    std::string lower(text);
-    std::ranges::transform(lower, lower.begin(), [](char c) { return lowercased(c); });
-    return lower;
-}
-
 bool isSame(std::string_view header, std::string_view text) {
-    return std::ranges::equal(header, text, {}, [](char c) { return lowercased(c); });
+    return std::ranges::equal(header, text, {}, Ascii::lowercased);
 }
 
 /// Tells whether the host is a name or an address that a "Host" header can have. The parser has
@@ -54,9 +45,9 @@ std::optional<std::string> PhoneAddress::outsideOrigin(std::string_view url) {
         schemes, [&](const Scheme& each) { return isSame(uri->scheme, each.name); });
     if (scheme == schemes.end())
         return std::nullopt;
-    const bool isIpv6 = uri->host.contains(':');
+    const std::string host = Text::lowercased(uri->host);
     std::string origin(scheme->prefix);
-    origin += isIpv6 ? "[" + lowercased(uri->host) + "]" : lowercased(uri->host);
+    origin += host.contains(':') ? "[" + host + "]" : host;
     if (!uri->port || uri->port->empty())
         return origin;
     const auto port = Decimal::parsePositive(*uri->port, UINT16_MAX);

@@ -73,13 +73,19 @@ void OutputLog::followToRest(Follower& follower) const {
 OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
                                         std::optional<std::size_t> lines) {
     const Position earliest = lines ? beginningOfLast(*lines) : begin_;
-    if (earliest == 0 || !memory_)
-        return {.position = earliest, .sequences = "", .reportsFocus = false};
-    const auto startAt = [&](const Follower& start, Screen::Part part) {
-        return Start{.position = start.position,
-                     .sequences = start.screen.drawn(size, part),
-                     .reportsFocus = start.screen.modes().reportsFocus()};
+    const auto startAt = [&](const Follower& first, Screen::Part part) {
+        Start start{.position = first.position,
+                    .sequences = first.screen.drawn(size, part),
+                    .reportsFocus = first.screen.modes().reportsFocus(),
+                    .isExact = part == Screen::Part::all && first.screen.isWhole()};
+        showAnew(start, size);
+        return start;
     };
+    if (earliest == 0 || !memory_) {
+        Start start{.position = earliest, .isExact = true};
+        showAnew(start, size);
+        return start;
+    }
     if (earliest > begin_) {
         Follower start = followerAtBegin();
         if (start.position < earliest)
@@ -89,6 +95,24 @@ OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
     }
     followToRest(behind());
     return startAt(*behind_, Screen::Part::all);
+}
+
+/// Has a replay show the alternate screen once more where the program's terminal got its size, if
+/// that was later. The main screen is left as it is, with the lines that have scrolled off it.
+void OutputLog::showAnew(Start& start, std::optional<PtyFrame::Size> size) const {
+    if (sizes_.empty() || sizes_.back().position <= start.position)
+        return;
+    start.isExact = false;
+    if (sizes_.back().size != size)
+        return;
+    Follower follower = followerAtBegin();
+    follow(follower, sizes_.back().position);
+    followToRest(follower);
+    if (!follower.screen.isAlternate())
+        return;
+    start.anewAt = follower.position;
+    start.anew = follower.screen.drawnAnew();
+    start.isExact = follower.screen.isWhole();
 }
 
 /// Returns the position behind the line feed before so many lines; the first that is kept if there
@@ -107,6 +131,20 @@ Screen OutputLog::screen() const {
     Follower follower = followerAtBegin();
     follow(follower, end_);
     return std::move(follower.screen);
+}
+
+SequenceReader OutputLog::readerAt(Position position) const {
+    constexpr char escape = '\033';
+    const Position furthest = std::min<Position>(position - begin_, SequenceReader::maxSequence);
+    Position start = position;
+    for (Position each = position - furthest; each < position; ++each) {
+        if (at(each, 1).front() == escape)
+            start = each;
+    }
+    SequenceReader reader;
+    for (; start < position; ++start)
+        reader.readSequences(at(start, 1), [](const SequenceReader::Sequence& /*ended*/) {});
+    return reader;
 }
 
 std::string OutputLog::answers(Position from) {

@@ -2,6 +2,7 @@
 
 #include "core/support/Bytes.h"
 #include "core/terminal/PtyFrame.h"
+#include "core/terminal/SequenceReader.h"
 #include "sessions/Screen.h"
 
 #include <cstddef>
@@ -50,21 +51,32 @@ public:
 
     /// Where a replay begins.
     struct Start {
-        Position position;
-        std::string sequences; ///< show the screen as it was at the position, and set the modes
-        bool reportsFocus;     ///< the program had asked for focus reports before the position
+        Position position = 0;
+        std::string sequences;     ///< show the screen as it was at the position, and set the modes
+        bool reportsFocus = false; ///< the program had asked for focus reports before the position
+
+        Position anewAt = 0; ///< where the alternate screen is shown once more, because what comes
+                             ///<   before was written for another size
+        std::string anew;    ///< the sequences for that; empty if it is not necessary
+
+        /// A terminal of the program's size shows in the end what the program has drawn.
+        bool isExact = false;
     };
 
     /// Returns the program's start if all of its output is kept, or else the first position outside
-    /// of any control sequence and character. `size` is that of a terminal whose cursor is at
-    /// the top left, and absent for any other terminal. With a number of lines, a replay begins
-    /// no earlier than at the first of so many last lines, the unfinished one included, and the
-    /// lines of the main screen above it are not shown.
+    /// of any control sequence and character. The sequences are for a terminal of this size with
+    /// its cursor at the top left; without a size, for any terminal. With a number of lines, a
+    /// replay begins no earlier than at the first of so many last lines, the unfinished one
+    /// included, and the lines of the main screen above it are not shown.
     [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size,
                                     std::optional<std::size_t> lines = {});
 
     /// Returns the screen as all output has left it.
     [[nodiscard]] Screen screen() const;
+
+    /// Returns a reader that has read what leads up to a position that is still kept, as far as the
+    /// sequence goes back that is under way there.
+    [[nodiscard]] SequenceReader readerAt(Position position) const;
 
     /// Returns what a terminal answers to the queries in the output from a position on, which is
     /// still kept. No position is before the end of the output at an earlier call, unless
@@ -96,6 +108,7 @@ private:
     [[nodiscard]] Follower followerAtBegin() const;
     Follower& behind();
     [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
+    void showAnew(Start& start, std::optional<PtyFrame::Size> size) const;
     void follow(Follower& follower, Position until) const;
     void followToRest(Follower& follower) const;
 

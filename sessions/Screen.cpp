@@ -450,7 +450,7 @@ void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
             scroll(top_, -count);
         break;
     case 'b':
-        for (int left = std::min(count, columns() - cursor_.column); last_ != 0 && left > 0; --left)
+        for (int left = std::min(count, columns()); last_ != 0 && left > 0; --left)
             put(last_);
         return;
     case 'g':
@@ -461,7 +461,7 @@ void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
         return;
     case 'r':
         setRegion(count - 1, numberAt(numbers, 1, rows()) - 1);
-        break;
+        return;
     case 's':
         if (hasMargins_)
             setMargins(count - 1, numberAt(numbers, 1, columns()) - 1);
@@ -494,11 +494,11 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
     switch (mode) {
     case 6:
         cursor_.isInRegion = sets;
-        place(sets ? top_ : 0, sets ? left_ : 0);
+        place(0, 0);
         return;
     case 7:
         wraps_ = sets;
-        cursor_.wrapsNext = false;
+        cursor_.wrapsNext = cursor_.wrapsNext && sets;
         return;
     case 69:
         hasMargins_ = sets;
@@ -581,13 +581,13 @@ void Screen::setStyle(std::string_view parameters) {
         else if (code == 59)
             style.underline = 0;
         else if (code >= 30 && code <= 37)
-            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 30);
+            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 30);
         else if (code >= 40 && code <= 47)
-            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 40);
+            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 40);
         else if (code >= 90 && code <= 97)
-            style.foreground = CellStyle::palette | static_cast<std::uint32_t>(code - 90 + 8);
+            style.foreground = CellStyle::named | static_cast<std::uint32_t>(code - 90 + 8);
         else if (code >= 100 && code <= 107)
-            style.background = CellStyle::palette | static_cast<std::uint32_t>(code - 100 + 8);
+            style.background = CellStyle::named | static_cast<std::uint32_t>(code - 100 + 8);
     } while (!rest.empty());
 }
 
@@ -608,7 +608,7 @@ void Screen::setRegion(int top, int bottom) {
         return;
     top_ = top;
     bottom_ = bottom;
-    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+    place(0, 0);
 }
 
 void Screen::setMargins(int left, int right) {
@@ -617,7 +617,7 @@ void Screen::setMargins(int left, int right) {
         return;
     left_ = left;
     right_ = right;
-    place(cursor_.isInRegion ? top_ : 0, cursor_.isInRegion ? left_ : 0);
+    place(0, 0);
 }
 
 char32_t Screen::translated(char32_t scalar) const {
@@ -740,6 +740,7 @@ void Screen::limit() {
                 continue;
             count -= grids_[which].row(row).cells.capacity();
             grids_[which].clear(row, 0);
+            isWhole_ = false;
         }
     }
 }
@@ -790,8 +791,10 @@ void Screen::insertColumns(int count) {
     if (!isWithinMargins() || isAnswering_)
         return;
     split(cursor_.column);
-    if (count < 0)
+    if (count < 0) {
         split(std::min(cursor_.column - count, columns()));
+        grid().row(cursor_.row).continues = false;
+    }
     grid().shift(cursor_.row, cursor_.column, rightEdge(), count, columns(), erased());
     if (const Cell last = grid().at(cursor_.row, rightEdge()); last.width == 2)
         grid().write(cursor_.row, rightEdge(), {.style = last.style});
@@ -873,6 +876,7 @@ void Screen::reset() {
         each.resize(0, columns(), rows());
         each.resize(rows(), columns(), 0);
     }
+    isWhole_ = true;
     shown_ = mainScreen;
     saved_ = {};
     cursor_ = {};
@@ -897,6 +901,8 @@ void Screen::softReset() {
 void Screen::resize(PtyFrame::Size size) {
     if (size == size_)
         return;
+    if (cursor_.wrapsNext && size.cols > size_.cols)
+        ++cursor_.column; // the next character goes behind the last one
     const int lost = std::max(cursor_.row - (size.rows - 1), 0);
     const int lostOfMain =
         shown_ == mainScreen

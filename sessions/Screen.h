@@ -56,6 +56,13 @@ public:
     [[nodiscard]] std::string drawn(std::optional<PtyFrame::Size> size,
                                     Part part = Part::all) const;
 
+    /// Returns what makes a terminal of the screen's size, which shows its own alternate screen,
+    /// show this one instead.
+    [[nodiscard]] std::string drawnAnew() const;
+
+    /// Tells whether no rows were forgotten for their number of cells.
+    [[nodiscard]] bool isWhole() const { return isWhole_; }
+
     /// Returns the lines that are shown, without blanks at their ends, up to the last one with
     /// text.
     [[nodiscard]] std::vector<std::string> text() const;
@@ -176,7 +183,7 @@ private:
 
     void drawMain(std::string& text, bool isSame) const;
     void drawTabs(std::string& text) const;
-    [[nodiscard]] bool goesOnBelow(int row) const;
+    [[nodiscard]] std::size_t lengthThatGoesOn(int row) const;
     void drawRows(std::string& text, std::size_t which, int last, int maxColumns) const;
     void drawRegion(std::string& text) const;
     void drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const;
@@ -203,6 +210,7 @@ private:
     bool returns_ = false; ///< with each line feed
     std::vector<bool> tabs_;
     char32_t last_ = 0; ///< the last character, which a program may repeat
+    bool isWhole_ = true;
     bool isAnswering_ = false;
     std::string answers_;
     int lookups_ = 0; ///< in the tables, since the last sweep

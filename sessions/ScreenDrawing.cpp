@@ -8,12 +8,21 @@ namespace velmo {
 namespace {
 
 constexpr std::string_view plainCharsets = "\033(B\033)B\x0F";
+constexpr std::string_view softResetSequence = "\033[!p";
 constexpr char toSecondCharset = '\x0E';
 
-void drawColour(std::string& text, std::string_view code, std::uint32_t colour) {
+/// Appends the codes of a colour: of the text (3), of what is behind it (4) or of the underline
+/// (5).
+void drawColour(std::string& text, unsigned code, std::uint32_t colour) {
     if (colour == 0)
         return;
-    text.append(code);
+    if ((colour & CellStyle::named) != 0) {
+        const std::uint32_t index = colour & 0xFF;
+        const std::uint32_t bright = index / 8 * 60;
+        text.append(";").append(std::to_string(code * 10 + bright + index % 8));
+        return;
+    }
+    text.append(";").append(std::to_string(code)).append("8");
     if ((colour & CellStyle::palette) != 0) {
         text.append(";5;").append(std::to_string(colour & 0xFF));
         return;
@@ -101,6 +110,12 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
     return text;
 }
 
+std::string Screen::drawnAnew() const {
+    // The main screen's cursor is saved again when the terminal comes back, where the mode does so.
+    return "\033[?" + std::to_string(alternateMode_) + "l" + std::string(softResetSequence)
+           + drawn(size_, Part::withoutMainRows);
+}
+
 /// Draws the main screen, and puts the cursor where it is there.
 void Screen::drawMain(std::string& text, bool isSame) const {
     const bool isAlternate = shown_ == alternateScreen;
@@ -127,18 +142,20 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     };
     for (int row = 0; row <= last; ++row) {
         const ScreenGrid::Row& drawn = grids_[which].row(row);
-        const bool goesOn = which == mainScreen && row < last && goesOnBelow(row);
-        const std::size_t end = goesOn ? drawn.cells.size() : drawn.lengthUsed(columns());
+        const std::size_t whole = which == mainScreen && row < last ? lengthThatGoesOn(row) : 0;
+        const std::size_t end = whole > 0 ? whole : drawn.lengthUsed(columns());
         if (drawn.isPrompt)
             text += "\033]133;A\033\\";
         for (std::size_t column = 0; column < end; ++column) {
-            const auto cell = drawnAs(drawn.cells, column);
+            const auto cell = column < drawn.cells.size()
+                                  ? drawnAs(drawn.cells, column)
+                                  : std::optional(Cell{.style = drawn.style});
             if (!cell || static_cast<int>(column) + cell->width > maxColumns)
                 continue;
             turnTo(cell->style);
             tables_.append(text, *cell);
         }
-        if (goesOn)
+        if (whole > 0)
             continue;
         const std::uint16_t behind = drawn.styleBehind(columns());
         if (behind != 0 && static_cast<int>(end) < maxColumns) {
@@ -151,16 +168,16 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     }
 }
 
-/// Tells whether a line of the main screen goes on in the row below, so that a terminal gets there
-/// without a line feed.
-bool Screen::goesOnBelow(int row) const {
+/// Returns the length of a row of the main screen whose line goes on in the row below, so that a
+/// terminal gets there without a line feed; 0 for any other row.
+std::size_t Screen::lengthThatGoesOn(int row) const {
     const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
     const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);
     if (!upper.continues || lower.isPrompt || lower.lengthUsed(columns()) == 0)
-        return false;
-    const auto length = static_cast<int>(upper.lengthUsed(columns()));
+        return 0;
+    const auto width = static_cast<std::size_t>(columns());
     const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
-    return length == columns() || (length == columns() - 1 && isNextWide);
+    return isNextWide && upper.lengthUsed(columns()) < width ? width - 1 : width;
 }
 
 /// Sets tab stops, unless they are as after a reset.
@@ -206,9 +223,9 @@ void Screen::drawStyle(std::string& text, const CellStyle& before, const CellSty
     const int underline = style.attributes / CellStyle::underlineUnit;
     if (underline > 0)
         text += underline == 1 ? ";4" : ";4:" + std::to_string(underline);
-    drawColour(text, ";38", style.foreground);
-    drawColour(text, ";48", style.background);
-    drawColour(text, ";58", style.underline);
+    drawColour(text, 3, style.foreground);
+    drawColour(text, 4, style.background);
+    drawColour(text, 5, style.underline);
     text += "m";
     if (style.link != before.link)
         text.append("\033]8;")

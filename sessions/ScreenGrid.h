@@ -24,7 +24,9 @@ struct CellStyle {
     static constexpr std::uint16_t overlined = 128;
     static constexpr std::uint16_t underlineUnit = 256; ///< times the kind of underline, 0 to 5
 
-    // Colours: 0 is the terminal's own; else one of these plus an index, or plus 0xRRGGBB.
+    // Colours: 0 is the terminal's own; else one of these plus an index, or plus 0xRRGGBB. The 16
+    // named ones are the first of the palette, but some terminals brighten them in bold text.
+    static constexpr std::uint32_t named = std::uint32_t{1} << 26;
     static constexpr std::uint32_t palette = std::uint32_t{1} << 24;
     static constexpr std::uint32_t direct = std::uint32_t{1} << 25;
 

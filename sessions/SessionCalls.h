@@ -33,23 +33,25 @@ inline constexpr auto rawTexts<SessionCall> = std::to_array<std::string_view>(
 /// Why a call is refused. A file that does not exist and one that is not allowed have the same
 /// reason: the client is told what was refused, never which files exist.
 enum class SessionRefusal {
-    call,     ///< the line is not a call
-    words,    ///< the program may not have these arguments, or the size is not valid
-    folder,   ///< no session may work in the folder
-    program,  ///< the program is not one that a session may run
-    name,     ///< a running session has this name
-    misnamed, ///< no session may have this name
-    limit,    ///< the number of sessions, viewers, tickets or sent keys is at its limit
-    system,   ///< the system could not start the program or write the ticket
-    unknown,  ///< there is no such session
-    ended,    ///< the session has ended
-    itself,   ///< the session would be shown in itself, straight or through others, without end
+    call,       ///< the line is not a call
+    words,      ///< the program may not have these arguments, or the size is not valid
+    folder,     ///< no session may work in the folder
+    program,    ///< the program is not one that a session may run
+    name,       ///< a running session has this name
+    misnamed,   ///< no session may have this name
+    limit,      ///< the number of sessions, viewers, tickets or sent keys is at its limit
+    system,     ///< the system could not start the program or write the ticket
+    unknown,    ///< there is no such session
+    ended,      ///< the session has ended
+    itself,     ///< the session would be shown in itself, straight or through others, without end
+    transcript, ///< the transcript can't be written to the file
+    busy,       ///< another session writes its transcript to the file
 };
 
 template<>
-inline constexpr auto rawTexts<SessionRefusal> =
-    std::to_array<std::string_view>({"call", "words", "folder", "program", "name", "misnamed",
-                                     "limit", "system", "unknown", "ended", "itself"});
+inline constexpr auto rawTexts<SessionRefusal> = std::to_array<std::string_view>(
+    {"call", "words", "folder", "program", "name", "misnamed", "limit", "system", "unknown",
+     "ended", "itself", "transcript", "busy"});
 
 /// The longest line of either side in bytes, line feed included. A call fits with 64 arguments of
 /// the greatest length.
@@ -64,6 +66,7 @@ struct SessionCallLine {
     std::optional<std::string> agent;  ///< of ticket and stream: the viewer's SSH_AUTH_SOCK
     std::optional<std::string> keys;   ///< of send
     std::optional<std::string> name;   ///< of start
+    std::optional<std::string> transcript;               ///< of start: the absolute path of a file
     std::optional<std::vector<std::string>> words;       ///< of start: what `Pty::parseSpawn` reads
     std::optional<std::vector<std::string>> environment; ///< of start: the caller's, "KEY=VALUE"
 
@@ -74,6 +77,7 @@ struct SessionCallLine {
                                               field("agent", &SessionCallLine::agent),
                                               field("keys", &SessionCallLine::keys),
                                               field("name", &SessionCallLine::name),
+                                              field("transcript", &SessionCallLine::transcript),
                                               field("words", &SessionCallLine::words),
                                               field("environment", &SessionCallLine::environment)};
     bool operator==(const SessionCallLine&) const = default;

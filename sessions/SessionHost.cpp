@@ -36,6 +36,14 @@ Pty::Environment environmentOf(const SessionCallLine& call) {
     return environment;
 }
 
+/// Returns the greeting in a control frame; absent for any other message.
+std::optional<PtyAttach::client::Hello> helloIn(ByteView payload) {
+    const auto object = PtyAttach::ControlObject::parse(textOf(payload));
+    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
+    const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
+    return hello == nullptr ? std::nullopt : std::optional(*hello);
+}
+
 std::optional<std::size_t> linesOf(const SessionCallLine& call) {
     return call.lines.transform([](std::int64_t lines) {
         return static_cast<std::size_t>(std::max<std::int64_t>(lines, 0));
@@ -126,10 +134,13 @@ void SessionHost::forgetDismissed(TerminalSession& session) {
     for (const PeerId peer : session.takeDismissed())
         peers_.erase(peer);
     session.noteDate(services_.wallTime());
+    if (session.takeTranscriptLoss())
+        services_.log("session " + session.identity().id
+                      + " goes on without its transcript, which can't be written");
     if (!session.endedSince())
         return;
     tellWaiters(session);
-    if (linked_.erase(session.identity().number) > 0)
+    if (agents_.erase(session.identity().number) > 0)
         services_.tickets.remove(agentLinkOf(session.identity().id));
 }
 
@@ -157,12 +168,9 @@ void SessionHost::takeGreeting(PeerId peer, Stranger& stranger) {
                             && header.length <= PtyAttach::maxControl;
     if (canBeHello && received.size() < length)
         return;
-    const auto object = canBeHello ? PtyAttach::ControlObject::parse(textOf(
-                                         received.subspan(FrameHeader::bytes, header.length)))
-                                   : std::nullopt;
-    const auto message = object ? PtyAttach::clientMessage(object->object()) : std::nullopt;
-    const auto* const hello = message ? std::get_if<PtyAttach::client::Hello>(&*message) : nullptr;
-    if (hello == nullptr) {
+    const auto hello =
+        canBeHello ? helloIn(received.subspan(FrameHeader::bytes, header.length)) : std::nullopt;
+    if (!hello) {
         refuse(peer, stranger, "bad-hello");
         return;
     }
@@ -361,27 +369,47 @@ SessionHost::Reply SessionHost::start(const SessionCallLine& call) {
     if (!name)
         return std::unexpected(name.error());
 
+    auto transcript = openTranscript(call);
+    if (!transcript)
+        return std::unexpected(transcript.error());
+
     const SessionNumber number{++lastSession_};
     const std::string id = "s_" + randomHex(8);
     const auto agent = environment.find(agentVariable);
-    const bool isLinked = agent != environment.end() && pointAgentLink(id, agent->second);
-    if (isLinked)
-        agent->second = PathText::join(services_.tickets.folder(), agentLinkOf(id));
+    std::optional<std::string> target;
+    if (agent != environment.end() && pointAgentLink(id, agent->second))
+        target = std::exchange(agent->second,
+                               PathText::join(services_.tickets.folder(), agentLinkOf(id)));
     auto program = services_.programs.start(number, *request, Pty::childEnvironment(environment));
     if (!program) {
         services_.tickets.remove(agentLinkOf(id));
         return std::unexpected(SessionRefusal::system);
     }
-    if (isLinked)
-        linked_.insert(number);
+    if (target)
+        agents_.emplace(number, *std::move(target));
     services_.log("session " + id + " started: " + request->program);
     sessions_.emplace(number, TerminalSession({.number = number,
                                                .id = id,
                                                .name = *std::move(name),
                                                .request = *std::move(request),
                                                .since = services_.wallTime()},
-                                              std::move(program)));
+                                              std::move(program), *std::move(transcript)));
     return SessionReplyLine{.ok = true, .session = id};
+}
+
+/// Opens the file that the call names for the transcript, if it names one.
+std::expected<std::optional<Transcript>, SessionRefusal>
+SessionHost::openTranscript(const SessionCallLine& call) {
+    if (!call.transcript)
+        return std::nullopt;
+    if (!PathText::isCleanAbsoluteFile(*call.transcript))
+        return std::unexpected(SessionRefusal::transcript);
+    auto file = services_.transcripts.open(*call.transcript);
+    if (file)
+        return Transcript(*std::move(file));
+    return std::unexpected(file.error() == TranscriptFiles::Fault::busy
+                               ? SessionRefusal::busy
+                               : SessionRefusal::transcript);
 }
 
 /// Points the session's link at the agent's socket. Returns false for a path that can't be one's.
@@ -396,8 +424,14 @@ bool SessionHost::pointAgentLink(const std::string& id, const std::string& agent
 void SessionHost::useAgent(const std::optional<std::string>& agent,
                            const TerminalSession& session) {
     const auto& identity = session.identity();
-    if (agent && linked_.contains(identity.number))
-        pointAgentLink(identity.id, *agent);
+    const auto found = agents_.find(identity.number);
+    if (agent && found != agents_.end() && pointAgentLink(identity.id, *agent))
+        found->second = *agent;
+}
+
+void SessionHost::renewAgentLinks() {
+    for (const auto& [number, agent] : agents_)
+        pointAgentLink(sessions_.at(number).identity().id, agent);
 }
 
 std::expected<std::string, SessionRefusal> SessionHost::nameFor(const SessionCallLine& call,

@@ -9,6 +9,7 @@
 #include "sessions/SessionCalls.h"
 #include "sessions/TerminalSession.h"
 #include "sessions/TicketStore.h"
+#include "sessions/Transcript.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +18,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -35,6 +35,7 @@ public:
     struct Services {
         Programs& programs;
         TicketStore& tickets;
+        TranscriptFiles& transcripts;
         const Pty::FileSystem& files;
         std::function<SteadyTime()> steadyTime;
         std::function<WallTime()> wallTime;
@@ -75,6 +76,9 @@ public:
     [[nodiscard]] std::optional<SteadyTime> deadline() const;
     void timePasses();
 
+    /// Makes the links to SSH agents anew, since the private folder may have lost them.
+    void renewAgentLinks();
+
     /// Tells whether the host has neither a session, ended ones included, nor a connection.
     [[nodiscard]] bool isIdle() const { return sessions_.empty() && peers_.empty(); }
 
@@ -111,6 +115,8 @@ private:
     void handleCall(PeerId peer, Stranger& stranger, std::string_view line);
     Reply perform(const SessionCallLine& call);
     Reply start(const SessionCallLine& call);
+    std::expected<std::optional<Transcript>, SessionRefusal>
+    openTranscript(const SessionCallLine& call);
     Reply list() const;
     Reply ticket(const SessionCallLine& call);
     Reply send(const SessionCallLine& call);
@@ -152,8 +158,8 @@ private:
     Services services_;
     Sessions sessions_;
     std::map<PeerId, Peer> peers_;
-    std::map<std::string, Ticket> tickets_; ///< by token
-    std::set<SessionNumber> linked_;        ///< the sessions with a link to an SSH agent
+    std::map<std::string, Ticket> tickets_;       ///< by token
+    std::map<SessionNumber, std::string> agents_; ///< to which sessions' links lead
     std::size_t strangers_ = 0;
     std::uint64_t lastSession_ = 0;
 };

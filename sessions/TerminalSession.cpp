@@ -41,11 +41,13 @@ Bytes exitFrame(const Viewer& viewer, int code) {
 
 } // namespace
 
-TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> program)
+TerminalSession::TerminalSession(Identity identity, std::shared_ptr<Program> program,
+                                 std::optional<Transcript> transcript)
     : identity_(std::move(identity)),
       program_(std::move(program)),
       size_{.cols = identity_.request.cols, .rows = identity_.request.rows},
       log_(size_),
+      transcript_(std::move(transcript)),
       lastOutput_(identity_.since),
       countChanged_(identity_.since) {
     program_->watch(true, false);
@@ -74,7 +76,9 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission
                              WallTime date) {
     viewer->tell(viewer->isWindow() ? PtyAttach::readyFrame(identity_.name, identity_.id)
                                     : PtyFrame::ready(program_->pid()));
-    viewer->replay(log_, surroundings(viewer->isWindow(), admission.size), admission.lines);
+    const bool isExact =
+        viewer->replay(log_, surroundings(viewer->isWindow(), admission.size), admission.lines);
+    const bool isAsDrawn = isExact && admission.size == size_;
     hadViewer_ = true;
     attend();
     seats_.push_back({.viewer = std::move(viewer),
@@ -82,7 +86,7 @@ void TerminalSession::attach(std::unique_ptr<Viewer> viewer, Admission admission
                       .activity = ++activities_});
     noteDate(date);
     applySize();
-    if (log_.end() > 0)
+    if (log_.end() > 0 && !isAsDrawn)
         redraw();
     update(now);
 }
@@ -136,7 +140,8 @@ void TerminalSession::readProgram(SteadyTime now) {
         const std::span<std::uint8_t> room = log_.room();
         const Program::Output output = program_->read(room);
         log_.commit(output.bytes);
-        answerQueries(room.first(output.bytes));
+        keep(room.first(output.bytes));
+        answerQueries();
         if (auto notice = noticeReader_.read(room.first(output.bytes))) {
             isAttentionNew_ = true;
             if (!notice->empty())
@@ -149,26 +154,48 @@ void TerminalSession::readProgram(SteadyTime now) {
     }
 }
 
-/// Answers what the program asks of its terminal in the output that was read last, while no viewer
-/// may answer. A viewer that comes later gets this output in a replay, and answers none of it.
-void TerminalSession::answerQueries(ByteView output) {
-    if (leader() != nullptr) {
-        queryReader_ = {};
+/// Adds output to the transcript. Where it can't be written, the session goes on without one.
+void TerminalSession::keep(ByteView output) {
+    if (!transcript_ || transcript_->add(output))
+        return;
+    transcript_.reset();
+    hasLostTranscript_ = true;
+}
+
+/// Answers what the program asks of its terminal, while no viewer may: a query that the last viewer
+/// was not sent whole, and all that come later. A viewer that comes later gets this output in a
+/// replay, and answers none of it.
+void TerminalSession::answerQueries() {
+    if (const Seat* const first = leader()) {
+        answered_ = std::max(answered_, log_.end() - first->viewer->behind(log_));
+        queryReader_.reset();
         log_.forgetAnswers();
         return;
     }
-    bool asks = false;
-    queryReader_.readSequences(output, [&asks](const SequenceReader::Sequence& sequence) {
-        constexpr std::string_view finals = "nc";
-        asks = asks
-               || (sequence.kind == SequenceReader::Kind::csi
-                   && finals.contains(sequence.text.back()));
-    });
-    if (!asks)
+    const OutputLog::Position from = std::max(std::exchange(answered_, log_.end()), log_.begin());
+    if (!asksFrom(from))
         return;
-    const std::string answers = log_.answers(log_.end() - output.size());
+    const std::string answers = log_.answers(from);
     if (sent_.size() <= maxUnreadAnswers)
         sent_.insert(sent_.end(), answers.begin(), answers.end());
+}
+
+/// Tells whether a query ends in the output from a position on.
+bool TerminalSession::asksFrom(OutputLog::Position from) {
+    if (!queryReader_)
+        queryReader_ = log_.readerAt(from);
+    bool asks = false;
+    while (from < log_.end()) {
+        const ByteView piece = log_.at(from, OutputLog::maxRead);
+        queryReader_->readSequences(piece, [&asks](const SequenceReader::Sequence& sequence) {
+            constexpr std::string_view finals = "nc";
+            asks = asks
+                   || (sequence.kind == SequenceReader::Kind::csi
+                       && finals.contains(sequence.text.back()));
+        });
+        from += piece.size();
+    }
+    return asks;
 }
 
 /// Tells whether the program has to wait for a viewer that does not keep up.
@@ -190,6 +217,7 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
+    answerQueries(); // notes what the viewers have been sent by now
     typeSent();
     for (Seat& seat : seats_)
         carryOut(seat);
@@ -200,6 +228,10 @@ void TerminalSession::update(SteadyTime now) {
     for (Seat& seat : seats_)
         show(seat, &seat == first, now);
     sweep();
+    if (leader() == nullptr) {
+        answerQueries();
+        typeSent();
+    }
     // After `sweep`, so that the program does not wait for a viewer that has left.
     if (program_ && !endedSince_)
         program_->watch(!outputIsOver_ && !mustWait(now), isInputFull_);
@@ -268,28 +300,31 @@ void TerminalSession::attend() {
 bool TerminalSession::type(Seat& seat, ByteView keys) {
     if (!program_ || exitCode_)
         return true; // the program has ended and will not read them
-    const bool othersFirst = sentTyped_ > 0 || std::ranges::any_of(seats_, [&](const Seat& other) {
-                                 return &other != &seat && other.typed > 0;
-                             });
-    if (!othersFirst)
+    if (!mustLetOthersFinish(&seat))
         seat.typed += program_->write(keys.subspan(seat.typed));
     return seat.typed == keys.size();
 }
 
 /// Types what was sent, unless a viewer's keys are typed in part.
 void TerminalSession::typeSent() {
-    if (sent_.empty())
-        return;
-    const bool othersFirst =
-        std::ranges::any_of(seats_, [](const Seat& seat) { return seat.typed > 0; });
-    if (program_ && !exitCode_ && !othersFirst)
-        sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
-    if (program_ && !exitCode_ && sentTyped_ < sent_.size()) {
-        isInputFull_ = true;
-        return;
+    if (program_ && !exitCode_) {
+        if (!mustLetOthersFinish(nullptr))
+            sentTyped_ += program_->write(ByteView(sent_).subspan(sentTyped_));
+        if (sentTyped_ < sent_.size()) {
+            isInputFull_ = true;
+            return;
+        }
     }
     sent_.clear();
     sentTyped_ = 0;
+}
+
+/// Tells whether keys of another viewer, or for a viewer those that were sent, are typed in part.
+/// A null pointer stands for what was sent.
+bool TerminalSession::mustLetOthersFinish(const Seat* typist) const {
+    return (typist != nullptr && sentTyped_ > 0)
+           || std::ranges::any_of(
+               seats_, [typist](const Seat& seat) { return &seat != typist && seat.typed > 0; });
 }
 
 bool TerminalSession::send(ByteView keys, SteadyTime now) {
@@ -363,6 +398,7 @@ void TerminalSession::finish(SteadyTime now) {
     if (endedSince_)
         return;
     endedSince_ = now;
+    transcript_.reset();
     drainUntil_.reset();
     program_->watch(false, false);
     // Processes that outlive the program are still to be ended. If none is left, the system may

@@ -8,6 +8,7 @@
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 #include "sessions/SessionCalls.h"
+#include "sessions/Transcript.h"
 #include "sessions/Viewer.h"
 
 #include <array>
@@ -47,7 +48,8 @@ public:
     static constexpr auto endSignals = std::to_array<int>({1, 15, 9}); // hang-up, terminate, kill
     static constexpr double endPatience = 2.0;                         ///< seconds
 
-    TerminalSession(Identity identity, std::shared_ptr<Program> program);
+    TerminalSession(Identity identity, std::shared_ptr<Program> program,
+                    std::optional<Transcript> transcript = {});
 
     [[nodiscard]] const Identity& identity() const { return identity_; }
 
@@ -109,6 +111,10 @@ public:
     /// Returns what the program shows, as far as its output has been read.
     [[nodiscard]] Screen screen() const { return log_.screen(); }
 
+    /// Tells whether the transcript has ended before the session did since the last call, because
+    /// it could not be written.
+    [[nodiscard]] bool takeTranscriptLoss() { return std::exchange(hasLostTranscript_, false); }
+
     /// Takes the date for `entry` of what has happened since the last call: the first viewer came
     /// or the last one left, the program wrote, rang the bell or sent a notice.
     void noteDate(WallTime date);
@@ -130,13 +136,16 @@ private:
                                                     std::optional<PtyFrame::Size> size) const;
     void update(SteadyTime now);
     void readProgram(SteadyTime now);
-    void answerQueries(ByteView output);
+    void keep(ByteView output);
+    void answerQueries();
+    [[nodiscard]] bool asksFrom(OutputLog::Position from);
     bool mustWait(SteadyTime now);
     void carryOut(Seat& seat);
     bool carryOut(Seat& seat, const ViewerInput& input);
     void look(Seat& seat, const ViewerInput& input);
     bool type(Seat& seat, ByteView keys);
     void typeSent();
+    [[nodiscard]] bool mustLetOthersFinish(const Seat* typist) const;
     void show(Seat& seat, bool answers, SteadyTime now);
     void redraw();
     void applySize();
@@ -152,6 +161,8 @@ private:
     std::shared_ptr<Program> program_;
     PtyFrame::Size size_;
     OutputLog log_;
+    std::optional<Transcript> transcript_; ///< until it can't be written, or the session ends
+    bool hasLostTranscript_ = false;       ///< since the last `takeTranscriptLoss`
     std::vector<Seat> seats_;
     std::vector<PeerId> toDismiss_;
     std::vector<PeerId> dismissed_;
@@ -166,7 +177,8 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
-    SequenceReader queryReader_; ///< of the output while no viewer may answer
+    OutputLog::Position answered_ = 0;          ///< up to here, by the host or by a viewer
+    std::optional<SequenceReader> queryReader_; ///< of the output while no viewer may answer
     NoticeReader noticeReader_;
     bool isAttentionNew_ = false; ///< since the last date
     std::optional<WallTime> attentionSince_;

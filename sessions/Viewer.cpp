@@ -90,19 +90,22 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-void Viewer::replay(OutputLog& log, Surroundings surroundings,
+bool Viewer::replay(OutputLog& log, Surroundings surroundings,
                     std::optional<std::size_t> lastLines) {
-    const OutputLog::Start start = log.replayStart(surroundings.size, lastLines);
+    OutputLog::Start start = log.replayStart(surroundings.size, lastLines);
     const std::string before = surroundings.before + start.sequences;
     afterReplay_ = std::move(surroundings.after);
     if (!before.empty())
         tell(PtyAttach::data(bytesOf(before)));
     position_ = start.position;
     frameEnd_ = start.position;
+    anewAt_ = start.anewAt;
+    anew_ = std::move(start.anew);
     replayedUntil_ = log.end();
     filter_ = ReplayFilter(start.reportsFocus);
     isFiltered_ = true;
     reportsFocus_ = false;
+    return start.isExact;
 }
 
 Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
@@ -124,6 +127,8 @@ Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
 /// filtered, and so is live output unless the viewer answers. The change waits for the end of a
 /// piece, so that neither cuts a sequence or a character.
 void Viewer::turn(bool answers) {
+    if (!anew_.empty() && position_ == anewAt_)
+        tell(PtyAttach::data(bytesOf(std::exchange(anew_, {}))));
     if (!isReplay() && !afterReplay_.empty())
         tell(PtyAttach::data(bytesOf(std::exchange(afterReplay_, {}))));
     filters_ = isReplay() || !answers;
@@ -172,7 +177,9 @@ bool Viewer::sendOwn() {
 
 /// Prepares the next frame of output.
 void Viewer::nextFrame(const OutputLog& log) {
-    const OutputLog::Position until = isReplay() ? replayedUntil_ : log.end();
+    OutputLog::Position until = isReplay() ? replayedUntil_ : log.end();
+    if (!anew_.empty())
+        until = anewAt_;
     const std::size_t piece = isFiltered_ ? maxFiltered : PtyAttach::maxData;
     const auto most = std::min<OutputLog::Position>(piece, until - position_);
     ByteView output = log.at(position_, static_cast<std::size_t>(most));

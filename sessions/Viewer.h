@@ -87,8 +87,9 @@ public:
 
     /// Starts a replay: the output is sent from the log's `replayStart` for so many lines on,
     /// after the sequences that show the screen as it was there. The terminal makes no focus
-    /// reports at this point.
-    void replay(OutputLog& log, Surroundings surroundings,
+    /// reports at this point. Returns whether a terminal of the program's size shows in the end
+    /// what the program has drawn.
+    bool replay(OutputLog& log, Surroundings surroundings,
                 std::optional<std::size_t> lastLines = {});
 
     enum class Progress {
@@ -135,6 +136,8 @@ private:
     std::size_t headerLeft_ = 0;                            ///< bytes of the header to send
     Bytes own_;                                             ///< frames for this viewer alone
     std::size_t ownSent_ = 0;
+    OutputLog::Position anewAt_ = 0; ///< where to send these sequences during the replay
+    std::string anew_;
     std::string afterReplay_; ///< sequences to send when the replay is over
     ReplayFilter filter_;
     bool filters_ = true;           ///< `isFiltered_` becomes this when `filter_` is at rest

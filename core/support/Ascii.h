@@ -27,6 +27,11 @@ constexpr bool isHex(char c) {
     return isLowercaseHex(c) || (c >= 'A' && c <= 'F');
 }
 
+/// Returns the lower-case letter of an upper-case one, and any other byte as it is.
+constexpr char lowercased(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 /// U+0000 to U+001F and U+007F.
 constexpr bool isControl(char c) {
     const auto byte = static_cast<unsigned char>(c);

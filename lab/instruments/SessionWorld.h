@@ -103,6 +103,56 @@ public:
     bool watchesRoom = false;
 };
 
+/// Files of transcripts, in memory.
+class FakeTranscripts final : public TranscriptFiles {
+public:
+    /// A file, and what its path with ".1" behind it leads to.
+    struct File {
+        std::string content;
+        std::string older;
+        bool isOpen = false;
+    };
+
+    [[nodiscard]] std::expected<std::unique_ptr<TranscriptFile>, Fault>
+    open(const std::string& path) override {
+        if (path.starts_with("/missing"))
+            return std::unexpected(Fault::unusable);
+        File& file = files[path];
+        if (std::exchange(file.isOpen, true))
+            return std::unexpected(Fault::busy);
+        return std::make_unique<Open>(*this, file);
+    }
+
+    std::map<std::string, File> files; ///< by path
+    bool diskIsFull = false;
+    bool turns = true; ///< a file may get its second name
+
+private:
+    class Open final : public TranscriptFile {
+    public:
+        Open(FakeTranscripts& disk, File& file) : disk_(disk), file_(file) {}
+
+        ~Open() override { file_.isOpen = false; }
+
+        [[nodiscard]] std::uint64_t size() const override { return file_.content.size(); }
+
+        [[nodiscard]] bool append(ByteView output) override {
+            file_.content += disk_.diskIsFull ? "" : textOf(output);
+            return !disk_.diskIsFull;
+        }
+
+        [[nodiscard]] bool turn() override {
+            if (disk_.turns)
+                file_.older = std::exchange(file_.content, {});
+            return disk_.turns;
+        }
+
+    private:
+        FakeTranscripts& disk_;
+        File& file_;
+    };
+};
+
 /// A session host with its surroundings, in one process and with a clock that tests move.
 class SessionWorld final : public Programs, public TicketStore, public Pty::FileSystem {
 public:
@@ -218,6 +268,8 @@ public:
     double now = 1000;
     bool startFails = false;
     bool diskIsFull = false;
+    FakeTranscripts transcripts;
+    std::vector<std::string> logged;
     std::map<SessionNumber, std::shared_ptr<FakeProgram>> programs;
     std::map<PeerId, std::shared_ptr<FakeConnection>> peers;
     std::map<std::string, std::string> files; ///< tickets, and targets of links, by name
@@ -227,6 +279,7 @@ public:
     std::uint64_t lastRandom = 0;
     SessionHost host{{.programs = *this,
                       .tickets = *this,
+                      .transcripts = transcripts,
                       .files = *this,
                       .steadyTime = [this] { return SteadyTime{now}; },
                       .wallTime = [this] { return WallTime{now + 1e9}; },
@@ -237,7 +290,7 @@ public:
                                   byte = static_cast<std::uint8_t>(lastRandom >> 56);
                               }
                           },
-                      .log = [](std::string_view) {}}};
+                      .log = [this](std::string_view message) { logged.emplace_back(message); }}};
 
 private:
     bool stepPrograms() {

@@ -141,7 +141,7 @@ private:
         startDaemon();
         say("The host asks to keep the Mac awake, down to 30 % of battery.");
         host_ = SocketClient::connect(context_, mac_.socket(powerDaemonMachService),
-                                      [this] { context_.stop(); });
+                                      [this](PowerLink::Loss) { context_.stop(); });
         require(host_ != nullptr, "the host is connected");
         require(ask([this](const auto& answer) {
                     host_->hold(30, [=](bool ok, std::string_view) { answer(ok); });

@@ -120,7 +120,8 @@ private:
     void ask(std::function<void(std::optional<HoldReport>)> done) {
         const auto question =
             std::shared_ptr<Question>(new Question{.context = context_, .done = std::move(done)});
-        question->daemon = mac_->link->connect([question] { question->answer(std::nullopt); });
+        question->daemon =
+            mac_->link->connect([question](PowerLink::Loss) { question->answer(std::nullopt); });
         if (!question->daemon)
             return question->answer(std::nullopt);
         after(reportPatience, [question] { question->answer(std::nullopt); });

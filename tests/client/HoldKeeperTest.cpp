@@ -72,9 +72,9 @@ constexpr auto outcomeNames =
 
 class HoldKeeperTest : public testing::Test, protected PowerLink {
 protected:
-    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) override {
+    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void(Loss)> whenLost) override {
         calls.emplace_back("connect");
-        lose = std::move(onLost);
+        onLost = std::move(whenLost);
         daemon = std::make_shared<FakeDaemon>(calls);
         return daemon;
     }
@@ -87,6 +87,8 @@ protected:
                 [this](const HoldKeeper::Status& status) { said.push_back(told(status)); },
                 options};
     }
+
+    void lose(Loss loss = Loss::ended) { onLost(loss); }
 
     void grant() {
         keeper.start();
@@ -127,7 +129,7 @@ protected:
     std::vector<std::string> calls;
     std::vector<std::string> said;
     std::vector<std::pair<double, std::function<void()>>> timers;
-    std::function<void()> lose;
+    std::function<void(Loss)> onLost;
     std::shared_ptr<FakeDaemon> daemon;
     HoldKeeper keeper = make({.batteryFloor = 25});
 };
@@ -196,9 +198,11 @@ TEST_F(HoldKeeperTest, ADaemonThatIsNotThereIsLookedForAgain) {
     pass(1);
     lose();
     pass(1);
+    lose(Loss::tooManyClients);
+    pass(1);
     daemon->onHold(true, "");
-    EXPECT_EQ(takeCalls().size(), 6U);
-    EXPECT_THAT(said, ElementsAre("unreachable", "holding"));
+    EXPECT_EQ(takeCalls().size(), 8U);
+    EXPECT_THAT(said, ElementsAre("unreachable", "unreachable: full", "holding"));
     lose();
     lose();
     EXPECT_THAT(takeCalls(), ElementsAre("connect", "hold 25")) << "no call without a pause";

@@ -402,6 +402,25 @@ TEST_F(SessionTest, TheSshAgentOfASessionIsThatOfTheLastViewer) {
     const auto second = openWith("/second", "attach sh");
 }
 
+TEST_F(SessionTest, WritesATranscriptThatCanBeReadMeanwhileAndAfterwards) {
+    const std::string start = program + " start --transcript out/../shown -- /bin/sh";
+    const auto window = openProgram({"/bin/sh", "-c", "cd; mkdir out; exec " + start});
+    ASSERT_TRUE(window->shows("ready> "));
+    const auto transcript = [this] {
+        std::ifstream file(home / "shown");
+        return std::string(std::istreambuf_iterator(file), {});
+    };
+    EXPECT_TRUE(becomes([&] { return transcript() == "ready> "; })) << transcript();
+    const auto second = openProgram({"/bin/sh", "-c", "cd; exec " + start});
+    EXPECT_TRUE(second->shows("shown: another session writes its transcript there"));
+    EXPECT_EQ(second->waitForEnd(), refused);
+    window->type("printf '\\033[1mbo%s\\033[m' ld; exit 3\r");
+    EXPECT_EQ(window->waitForEnd(), 3);
+    EXPECT_THAT(transcript(), HasSubstr("\033[1mbold\033[m"));
+    EXPECT_TRUE(openProgram({"/bin/sh", "-c", "cd; exec " + start})->shows("ready> "))
+        << "another session continues it";
+}
+
 TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
     const struct {
         std::string words;
@@ -426,6 +445,8 @@ TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
         {"start -A a --name b", "leave out --name", 122},
         {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},
         {"attach nobody", "there is no such session", refused},
+        {"start --detached --transcript . -- sh", "is written to a plain file of yours", refused},
+        {"start --detached --transcript a/b -- sh", "a/b: a transcript is written to", refused},
     };
 
     for (const auto& c : cases) {
@@ -481,11 +502,16 @@ TEST_F(SessionTest, StartsAHostAndReplacesAStaleSocket) {
 }
 
 TEST_F(SessionTest, AHostWhoseFolderIsGoneServesInANewOneUnlessAnotherHostDoes) {
+    ::setenv("SSH_AUTH_SOCK", "/agent", 1);
     const std::string id = startShell();
+    ::unsetenv("SSH_AUTH_SOCK");
+    const fs::path link = folder / ("ssh-" + id);
+    EXPECT_EQ(fs::read_symlink(link), "/agent");
     fs::remove_all(folder);
     EXPECT_EQ(output({"list", "--json"}), "[]\n");
     host->signal(SIGUSR1);
     EXPECT_TRUE(host->waitForLine("serving in " + folder.string() + " anew"));
+    EXPECT_TRUE(becomes([&] { return fs::is_symlink(link); })) << "the agent is found again";
     EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
     EXPECT_TRUE(open({"attach", id})->shows("ready> "));
 

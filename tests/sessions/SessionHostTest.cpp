@@ -652,6 +652,9 @@ TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
     const PeerId bridge = world.connect(Door::control);
     world.receive(bridge, R"({"agent":"/tmp/fifth","call":"stream","session":")" + id + "\"}\n");
     EXPECT_EQ(world.files.at(link), "/tmp/fifth");
+    world.files.erase(link);
+    world.host.renewAgentLinks();
+    EXPECT_EQ(world.files.at(link), "/tmp/fifth");
     world.program().isOver = true;
     world.end(0);
     EXPECT_FALSE(world.files.contains(link));
@@ -665,6 +668,63 @@ TEST_F(SessionHostTest, TheSshAgentIsThatOfTheViewerWhoMayTypeAndCameLast) {
     call.environment = {"SSH_AUTH_SOCK=/tmp/first"};
     EXPECT_EQ(world.call(call).reason, "system");
     EXPECT_THAT(world.files, IsEmpty());
+}
+
+TEST_F(SessionHostTest, WritesATranscriptWithinItsBoundsUntilTheSessionEnds) {
+    SessionCallLine call = SessionWorld::startCall();
+    for (const std::string path : {"relative", "/a/../b", "/folder/", "", "/missing/file"}) {
+        call.transcript = path;
+        EXPECT_EQ(world.call(call).reason, "transcript") << path;
+    }
+    EXPECT_THAT(world.programs, IsEmpty());
+    call.transcript = "/shown";
+    world.transcripts.files["/shown"].content = "of an earlier session\r\n";
+    EXPECT_TRUE(world.call(call).ok);
+    const FakeTranscripts::File& file = world.transcripts.files["/shown"];
+    EXPECT_EQ(world.call(call).reason, "busy");
+    write("\033[31mred\a");
+    EXPECT_EQ(file.content, "of an earlier session\r\n\033[31mred\a");
+    std::string all = file.content;
+    for (char letter = 'a'; letter < 'z'; ++letter) {
+        all += std::string(mebibyte, letter);
+        write(std::string(mebibyte, letter));
+        ASSERT_LE(file.content.size(), Transcript::maxFile);
+        ASSERT_TRUE(all.ends_with(file.older + file.content));
+        ASSERT_TRUE(file.older.empty() || file.older.size() > Transcript::maxFile - mebibyte);
+    }
+    EXPECT_FALSE(file.older.empty());
+    world.program().isOver = true;
+    world.end(0);
+    EXPECT_FALSE(file.isOpen) << "another session may continue it";
+    EXPECT_THAT(world.logged, testing::Not(testing::Contains(testing::HasSubstr("transcript"))));
+}
+
+TEST_F(SessionHostTest, ASessionGoesOnWithoutATranscriptThatCannotBeWritten) {
+    for (const bool isFull : {true, false}) {
+        SCOPED_TRACE(isFull ? "a full disk" : "a file that keeps its name");
+        SessionWorld other;
+        SessionCallLine call = SessionWorld::startCall();
+        call.transcript = "/shown";
+        EXPECT_TRUE(other.call(call).ok);
+        other.transcripts.diskIsFull = isFull;
+        other.transcripts.turns = false;
+        for (int i = 0; i < 3; ++i) {
+            other.program().output = std::string(4 * mebibyte, '.');
+            other.settle();
+        }
+        other.transcripts.diskIsFull = false;
+        other.program().output = "more";
+        other.settle();
+        EXPECT_EQ(other.program().output, "") << "is read all the same";
+        EXPECT_EQ(other.transcripts.files["/shown"].content.size(),
+                  isFull ? 0 : Transcript::maxFile);
+        EXPECT_FALSE(other.transcripts.files["/shown"].isOpen);
+        EXPECT_EQ(std::ranges::count_if(other.logged,
+                                        [](const std::string& line) {
+                                            return line.contains("goes on without its transcript");
+                                        }),
+                  1);
+    }
 }
 
 TEST_F(SessionHostTest, BeginsAReplayAtALineWithEarlierModes) {
@@ -732,6 +792,51 @@ TEST_F(SessionHostTest, AReplayShowsTheScreenWhateverCameBefore) {
     }
 }
 
+TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
+    constexpr PtyFrame::Size larger{.cols = 100, .rows = 30};
+    const std::string noise(2 * mebibyte, '\0');
+
+    const struct {
+        std::string before; ///< at 80 columns by 24 rows
+        std::string after;  ///< in a larger window
+        bool isExact;       ///< for another window of that size
+    } cases[] = {
+        {"", "plain\033[2;3r", true},
+        {"plain", "", false},
+        {"plain" + noise, noise, true},
+        {"main\033[?1049h\033[2;23r\033[99Hbottom\033[?6h\033[?25l", "\033[Htop", true},
+        {"main\033[?47h\033[99Hbottom\033[3", "1mred\033[99Hlast", true},
+        {"main\033[?1049h\033[99Hbottom", "\033[?1049lon\033[99Hlast", true},
+        {"\033[?1049h" + noise + "\033[99Hbottom", "\033[Htop", true},
+    };
+
+    std::uint64_t number = 0;
+    for (const auto& [before, after, isExact] : cases) {
+        const std::string id = world.startShell();
+        FakeProgram& program = world.program(++number);
+        program.output = before;
+        world.settle();
+        attach(id, larger.cols, larger.rows);
+        program.output = after;
+        world.settle();
+        program.sizes.clear();
+        Screen shown(larger);
+        shown.follow(bytesOf(seen(attach(id, larger.cols, larger.rows)).output));
+        const auto expected = world.call({.call = SessionCall::peek, .session = id}).screen.value();
+        EXPECT_EQ(program.sizes.empty(), isExact) << before.substr(0, 40);
+        EXPECT_EQ(shown.text(), expected.lines) << before.substr(0, 40);
+        EXPECT_EQ(shown.cursor(), (Screen::Place{expected.cursorRow, expected.cursorColumn}));
+        attach(id, 80, 24);
+        EXPECT_FALSE(program.sizes.empty()) << "another size";
+        program.sizes.clear();
+        const auto reply = world.call({.call = SessionCall::ticket, .session = id, .lines = 1});
+        const auto file = reply.ticket.value().substr(world.folder().size() + 1);
+        const auto token = PtyAttach::parseTicket(world.files.at(file))->token;
+        world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
+        EXPECT_EQ(program.sizes.empty(), expected.alternate) << "a few lines are not all";
+    }
+}
+
 TEST_F(SessionHostTest, ARepeatOfFewLinesStillShowsTheAlternateScreen) {
     const std::string id = world.startShell();
     write("\033[?1049h\033[5;5Hbelow\033[H" + std::string(40, '\n') + "a\r\nlast\r\n");
@@ -770,6 +875,26 @@ TEST_F(SessionHostTest, AnswersWhatAProgramAsksWhileNoViewerMay) {
     EXPECT_EQ(typedUpon("\033[999;999H\033[6n"), "\033[30;100R") << "the size is the last one";
     EXPECT_EQ(typedUpon("\033[2;3H" + std::string(3 * mebibyte, '\a') + "\033[6n"), "\033[2;3R");
     EXPECT_FALSE(seen(looking).output.contains("6n"));
+
+    for (const std::string query : {"\033[2;5H\033[6n", "x\033[5n"}) {
+        for (std::size_t cut = 0; cut <= query.size(); ++cut) {
+            const bool isWhole = cut == query.size();
+            const PeerId leaving = attach(id, 100, 30);
+            EXPECT_EQ(typedUpon(query.substr(0, cut)), "") << query << cut;
+            world.host.connectionLost(leaving);
+            EXPECT_EQ(typedUpon(query.substr(cut) + "."), isWhole                ? ""
+                                                          : query.contains("6n") ? "\033[2;5R"
+                                                                                 : "\033[0n")
+                << query << cut;
+        }
+    }
+    const PeerId slow = attach(id, 100, 30);
+    world.peers[slow]->room = 8;
+    EXPECT_EQ(typedUpon("\033[5n\033[5n"), "");
+    world.program().typed.clear();
+    world.host.connectionLost(slow);
+    world.settle();
+    EXPECT_EQ(world.program().typed, "\033[0n\033[0n") << "which were never sent";
 
     world.program().appetite = 0;
     for (int i = 0; i < 3000; ++i)

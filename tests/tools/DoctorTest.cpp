@@ -143,10 +143,13 @@ TEST_F(DoctorTest, NamesTheCuresOfASimulatedMac) {
     report = std::unexpected(Conversation::Failure::silent);
     const std::string hung = examine();
     EXPECT_THAT(hung, HasSubstr("answer\n         -> look at what it says where it was started\n"));
+    report = std::unexpected(Conversation::Failure::full);
+    const std::string full = examine();
+    EXPECT_THAT(full, HasSubstr("too many clients\n         -> end some of the programs that"));
     report = HoldReport{.recordIsUnreadable = true};
     const std::string damaged = examine();
     EXPECT_THAT(damaged, HasSubstr("off, then rm /m/var/db/velmo/power-daemon.json\n"));
-    for (const std::string& text : {ended, hung, damaged})
+    for (const std::string& text : {ended, hung, full, damaged})
         EXPECT_THAT(text, Not(testing::AnyOf(HasSubstr("sudo"), HasSubstr(" /var"),
                                              HasSubstr("its log"), HasSubstr("packaging"))));
 }

@@ -14,6 +14,8 @@ TEST(StatusText, TellsTheFactsAndWhatIsNotKnown) {
     EXPECT_EQ(statusText(status, {}), "sleep    unknown\npower    unknown\n"
                                       "battery  none\nthermal  fair\nlid      none\n"
                                       "held by  unknown: the power daemon does not tell\n");
+    status.whyUntold = "it is asleep";
+    EXPECT_THAT(statusText(status, {}), testing::EndsWith("held by  unknown: it is asleep\n"));
     status.ac = false;
     status.battery = 7;
     status.sleepDisabled = true;
@@ -89,6 +91,7 @@ TEST(StatusText, DescribesTheStateOfOnesOwnHold) {
          "refused: for a reason that this version does not know"},
         {{.state = State::unreachable}, "the power daemon can't be reached"},
         {{.state = State::unreachable, .reason = "silent"}, "the power daemon does not answer"},
+        {{.state = State::unreachable, .reason = "full"}, "the power daemon has too many clients"},
         {{.state = State::released, .reason = "released by another"},
          "the hold is over: released by another client"},
     };

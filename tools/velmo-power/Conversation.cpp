@@ -13,9 +13,10 @@ namespace velmo {
 template<class T, class Call>
 Conversation::Answer<T> Conversation::ask(const Call& call) {
     if (!daemon_) {
-        hasAnswered_ = isLost_ = false;
-        daemon_ = link_.connect([this] {
-            isLost_ = true;
+        hasAnswered_ = false;
+        loss_.reset();
+        daemon_ = link_.connect([this](PowerLink::Loss loss) {
+            loss_ = loss;
             context_.stop();
         });
     }
@@ -38,8 +39,10 @@ Conversation::Answer<T> Conversation::ask(const Call& call) {
         return *std::move(answer);
     }
     daemon_.reset();
-    if (!isLost_)
+    if (!loss_)
         return std::unexpected(Failure::silent);
+    if (*loss_ == PowerLink::Loss::tooManyClients)
+        return std::unexpected(Failure::full);
     return std::unexpected(hasAnswered_ ? Failure::gone : Failure::unreachable);
 }
 
@@ -61,6 +64,8 @@ std::string_view failureText(Conversation::Failure failure) {
     switch (failure) {
     case Conversation::Failure::unreachable:
         return "the power daemon can't be reached";
+    case Conversation::Failure::full:
+        return "the power daemon has too many clients";
     case Conversation::Failure::gone:
         return "the power daemon went away without an answer";
     case Conversation::Failure::silent:

@@ -8,6 +8,7 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,7 @@ public:
 
     enum class Failure {
         unreachable, ///< no daemon can be reached
+        full,        ///< the daemon has too many clients
         gone,        ///< the daemon went away without an answer
         silent,
     };
@@ -49,7 +51,7 @@ private:
     std::function<void(std::string_view)> say_;
     std::shared_ptr<VelmoPowerProtocol> daemon_;
     bool hasAnswered_ = false;
-    bool isLost_ = false;
+    std::optional<PowerLink::Loss> loss_;
 };
 
 /// Returns the failure in words.

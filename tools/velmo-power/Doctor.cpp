@@ -18,6 +18,7 @@ struct Cures {
     std::string install = "install it with packaging/macos/install";
     std::string unreachable = "look at its log";
     std::string noAnswer = unreachable;
+    std::string full = "end some of the programs that keep a connection to it";
     std::string noProperty = "pmset -g is asked in its place, which is slower";
     std::string noPmset = "try `pmset -g` by hand";
     std::string recordFolder = "give it to root with mode 0700";
@@ -46,6 +47,19 @@ Cures curesOfSimulatedMac(const Installation& installation) {
             .deadDaemon = start + ", which puts sleep back",
             .pending = "it tries every 5 seconds; " + set("--pmset none"),
             .disabledByOthers = "if nobody wants it so: " + set("--sleep-disabled off")};
+}
+
+std::string cureOf(Conversation::Failure failure, const Cures& cures) {
+    switch (failure) {
+    case Conversation::Failure::unreachable:
+        return cures.unreachable;
+    case Conversation::Failure::full:
+        return cures.full;
+    case Conversation::Failure::gone:
+    case Conversation::Failure::silent:
+        return cures.noAnswer;
+    }
+    std::unreachable();
 }
 
 Cures curesOf(const Installation& installation) {
@@ -152,9 +166,7 @@ std::vector<Finding> diagnose(const Installation& installation, PowerMachine& ma
     else
         findings.push_back({.kind = Kind::bad,
                             .fact = std::string(failureText(report.error())),
-                            .cure = report.error() == Conversation::Failure::unreachable
-                                        ? cures.unreachable
-                                        : cures.noAnswer});
+                            .cure = cureOf(report.error(), cures)});
     addMachine(findings, machine, cures);
     addRecord(findings, installation, cures);
     if (report)

@@ -147,7 +147,7 @@ std::string statusText(const PowerStatus& status, WallTime now, std::string_view
     line("thermal  ", status.thermal);
     line("lid      ", status.lid.transform(rawText<LidPosition>).value_or("none"));
     if (!status.holds) {
-        line("held by  ", "unknown: the power daemon does not tell");
+        line("held by  ", "unknown: " + std::string(status.whyUntold));
         return text;
     }
     line("held by  ", holderLine(status, now));
@@ -203,8 +203,11 @@ std::string holdText(const HoldKeeper::Status& status) {
     case HoldKeeper::State::refused:
         return "refused: " + std::string(explained(status.reason));
     case HoldKeeper::State::unreachable:
-        return status.reason == HoldKeeper::daemonSilent ? "the power daemon does not answer"
-                                                         : "the power daemon can't be reached";
+        if (status.reason == HoldKeeper::daemonSilent)
+            return "the power daemon does not answer";
+        if (status.reason == HoldKeeper::daemonFull)
+            return "the power daemon has too many clients";
+        return "the power daemon can't be reached";
     case HoldKeeper::State::released:
         return "the hold is over: released by another client";
     }

@@ -32,6 +32,8 @@ struct PowerStatus {
     std::optional<HoldReport> holds;   ///< absent when no daemon tells
     /// What the holder runs, as `commandText` has it; absent where it can't be read.
     std::optional<std::string> command;
+    /// Why `holds` is absent, in words; for people, so that the JSON does not have it.
+    std::string_view whyUntold = "the power daemon does not tell";
 
     static constexpr auto fields = std::tuple{constant("type", "power"),
                                               field("ac", &PowerStatus::ac),

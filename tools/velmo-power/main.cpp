@@ -88,7 +88,7 @@ std::string Program::folder() const {
 
 std::expected<PowerAccess, std::string> Program::access() {
     if (line_.has("--mac") || !folder().empty()) {
-        auto mac = accessSimulatedMac(context_, folder(), complain);
+        auto mac = accessSimulatedMac(context_, folder());
         if (!mac && folder().empty())
             mac.error() += "; --mac FOLDER or VELMO_MAC names the Mac";
         return mac;
@@ -191,6 +191,8 @@ PowerStatus Program::readAll(PowerAccess& mac, Conversation& daemon) {
     if (auto holds = daemon.report()) {
         status.holds = *std::move(holds);
         status.command = commandOf(status.holds->holder);
+    } else {
+        status.whyUntold = failureText(holds.error());
     }
     return status;
 }

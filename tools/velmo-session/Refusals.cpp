@@ -52,6 +52,12 @@ std::string refusalText(SessionCall call, const SessionReplyLine& reply) {
                                           : "the host could not write a ticket: is the disk full?";
     case SessionRefusal::itself:
         return "a session can't be shown in itself";
+    case SessionRefusal::transcript:
+        return "a transcript is written to a plain file of yours, no link, of at most "
+               + std::to_string(Transcript::maxFile >> 20)
+               + " MiB, in a folder that exists and that you may write to";
+    case SessionRefusal::busy:
+        return "another session writes its transcript there";
     case SessionRefusal::unknown:
         return "there is no such session";
     case SessionRefusal::ended:

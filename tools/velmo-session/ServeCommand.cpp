@@ -9,6 +9,7 @@
 #include "platform/sessions/PtyPrograms.h"
 #include "platform/sessions/SessionDoors.h"
 #include "platform/sessions/SystemRandom.h"
+#include "platform/sessions/TranscriptDisk.h"
 #include "tools/velmo-session/Complain.h"
 #include "tools/velmo-session/SessionExit.h"
 
@@ -154,6 +155,7 @@ private:
     SessionHost::Services services() {
         return {.programs = programs_,
                 .tickets = folder_,
+                .transcripts = transcripts_,
                 .files = files_,
                 .steadyTime = Clocks::steadyTime,
                 .wallTime = Clocks::wallTime,
@@ -237,6 +239,7 @@ private:
             if (!open(door))
                 log_(std::string(name) + " can't be bound anew");
         }
+        host_.renewAgentLinks();
         folder_.touch();
     }
 
@@ -271,6 +274,7 @@ private:
     ServeMode mode_;
     Log log_;
     Pty::HostFileSystem files_;
+    TranscriptDisk transcripts_;
     PtyPrograms programs_;
     SessionHost host_;
     SessionDoors doors_;
@@ -286,6 +290,8 @@ private:
 } // namespace
 
 int serve(ServeMode mode) {
+    // A transcript at the greatest length that a file may have ends; the sessions go on.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     rlimit openFiles{};
     ::getrlimit(RLIMIT_NOFILE, &openFiles);
     allowDescriptors(descriptors);

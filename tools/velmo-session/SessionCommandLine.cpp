@@ -28,6 +28,9 @@ constexpr auto startOptions = std::to_array<Option>({
     {.name = "-A", .value = "NAME", .help = "the same"},
     {.name = SessionOption::detachKey, .value = "KEY", .help = detachKeyHelp},
     {.name = "--detached", .help = "print its id instead of attaching"},
+    {.name = SessionOption::transcript,
+     .value = "FILE",
+     .help = "write what the session shows to FILE, and before that to FILE.1"},
 });
 
 constexpr auto streamOptions = std::to_array<Option>({

@@ -14,6 +14,7 @@ namespace SessionOption {
 inline constexpr std::string_view attachOrCreate = "--attach-or-create";
 inline constexpr std::string_view detachKey = "--detach-key";
 inline constexpr std::string_view lines = "--lines";
+inline constexpr std::string_view transcript = "--transcript";
 inline constexpr std::string_view viewOnly = "--view-only";
 
 } // namespace SessionOption

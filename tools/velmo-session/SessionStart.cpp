@@ -94,6 +94,12 @@ std::string absolute(const std::string& folder) {
     return std::filesystem::absolute(folder, error).lexically_normal().string();
 }
 
+std::string absoluteFile(const std::string& file) {
+    const std::filesystem::path path(file);
+    const std::string folder = path.parent_path().string();
+    return PathText::join(absolute(folder.empty() ? "." : folder), path.filename().string());
+}
+
 std::string home() {
     Pty::Environment environment;
     if (std::string given = variable("HOME"); !given.empty())

@@ -25,6 +25,9 @@ std::vector<std::string> wordsOf(const std::string& folder, PtyFrame::Size size,
 /// Returns the folder's absolute path, with links resolved if the folder exists.
 std::string absolute(const std::string& folder);
 
+/// Returns the file's absolute path, with links in the path of its folder resolved if that exists.
+std::string absoluteFile(const std::string& file);
+
 /// Returns the absolute path of the user's home folder.
 std::string home();
 

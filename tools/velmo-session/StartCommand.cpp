@@ -25,7 +25,10 @@ namespace {
 int refused(const StartRequest& request, const std::string& folder, const std::string& program,
             const SessionReplyLine& reply) {
     std::string what;
-    if (reply.reason == rawText(SessionRefusal::folder))
+    if (reply.reason == rawText(SessionRefusal::transcript)
+        || reply.reason == rawText(SessionRefusal::busy))
+        what = request.transcript.value_or("") + ": ";
+    else if (reply.reason == rawText(SessionRefusal::folder))
         what = folder + ": ";
     else if (reply.reason == rawText(SessionRefusal::name)
              || reply.reason == rawText(SessionRefusal::misnamed))
@@ -111,9 +114,11 @@ int start(const StartRequest& request) {
     std::string folder = SessionStart::absolute(request.folder.value_or("."));
     SessionCallLine call{.call = SessionCall::start,
                          .name = request.name,
+                         .transcript = request.transcript.transform(SessionStart::absoluteFile),
                          .words = SessionStart::wordsOf(folder, size, command),
                          .environment = SessionStart::environmentToSend()};
-    if (!std::ranges::all_of(*call.words, Text::isValidUtf8))
+    if (!std::ranges::all_of(*call.words, Text::isValidUtf8)
+        || !Text::isValidUtf8(call.transcript.value_or("")))
         return complain("only words in UTF-8 can be handed on", SessionExit::refused);
     auto reply = askToStart(call);
     if (reply && reply->reason == rawText(SessionRefusal::folder) && !request.folder) {

@@ -15,6 +15,7 @@ struct StartRequest {
     std::optional<std::string> name;
     bool attachesIfNameRuns = false; ///< to the running session of this name, if there is one
     bool isDetached = false;
+    std::optional<std::string> transcript; ///< of a session that is started: a file, or absent
     DetachChoice detachChoice;
     std::vector<std::string> program; ///< with its arguments; empty: the user's log-in shell
 };

@@ -110,6 +110,7 @@ int startAsAsked(const CommandLine::Line& line, const DetachChoice& detachChoice
                   .name = wanted ? wanted : name,
                   .attachesIfNameRuns = wanted.has_value(),
                   .isDetached = line.has("--detached"),
+                  .transcript = optionOf(line, SessionOption::transcript),
                   .detachChoice = detachChoice,
                   .program = line.words});
 }

@@ -17,10 +17,11 @@ class XpcPowerLink final : public PowerLink {
 public:
     explicit XpcPowerLink(ClientContext context) : context_(std::move(context)) {}
 
-    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) override {
+    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void(Loss)> onLost) override {
         const auto requirement = powerDaemonRequirement(currentSigningTeam());
         if (requirement)
-            return connectToPowerDaemon(*requirement, context_, std::move(onLost));
+            return connectToPowerDaemon(*requirement, context_,
+                                        [onLost = std::move(onLost)] { onLost(Loss::ended); });
         context_.log("this copy is not signed by a team, so it can't tell whose daemon it would "
                      "reach");
         return nullptr;

@@ -18,25 +18,16 @@ namespace {
 
 class SocketLink final : public PowerLink {
 public:
-    SocketLink(asio::io_context& context, std::filesystem::path socket,
-               std::function<void(std::string_view)> log)
-        : context_(context), socket_(std::move(socket)), log_(std::move(log)) {}
+    SocketLink(asio::io_context& context, std::filesystem::path socket)
+        : context_(context), socket_(std::move(socket)) {}
 
-    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void()> onLost) override {
-        return SocketClient::connect(context_, socket_, std::move(onLost),
-                                     [this] { tellOfTooManyClients(); });
+    std::shared_ptr<VelmoPowerProtocol> connect(std::function<void(Loss)> onLost) override {
+        return SocketClient::connect(context_, socket_, std::move(onLost));
     }
 
 private:
-    /// Logs only once, because a keeper of a hold connects again and again.
-    void tellOfTooManyClients() {
-        if (const auto log = std::exchange(log_, nullptr))
-            log("the power daemon has too many clients");
-    }
-
     asio::io_context& context_;
     std::filesystem::path socket_;
-    std::function<void(std::string_view)> log_;
 };
 
 /// Leaves out what a simulated Mac lacks: launchd, code signatures and a log file. The daemon there
@@ -50,9 +41,8 @@ Installation examine(const MacFolder& mac) {
 
 } // namespace
 
-std::expected<PowerAccess, std::string>
-accessSimulatedMac(asio::io_context& context, const std::filesystem::path& folder,
-                   std::function<void(std::string_view)> log) {
+std::expected<PowerAccess, std::string> accessSimulatedMac(asio::io_context& context,
+                                                           const std::filesystem::path& folder) {
     const auto mac = MacFolder::named(folder);
     if (!mac)
         return std::unexpected(mac.error());
@@ -60,8 +50,7 @@ accessSimulatedMac(asio::io_context& context, const std::filesystem::path& folde
         return std::unexpected(mac->complaint());
     return PowerAccess{
         .machine = std::make_unique<SimulatedPowerMachine>(*mac),
-        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService),
-                                             std::move(log)),
+        .link = std::make_unique<SocketLink>(context, mac->socket(powerDaemonMachService)),
         .preventIdleSleep = {}, // this Mac is never idle
         .turnDisplayOff = [pmset = mac->pmset().string()] { turnDisplayOffBy(pmset); },
         .examine = [mac = *mac] { return examine(mac); }};

@@ -13,8 +13,7 @@ namespace velmo {
 
 std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
                                                     const std::filesystem::path& socket,
-                                                    std::function<void()> onLost,
-                                                    std::function<void()> onRefused) {
+                                                    std::function<void(PowerLink::Loss)> onLost) {
     const std::shared_ptr<SocketClient> client(new SocketClient(context));
     std::optional<asio::local::stream_protocol::endpoint> address;
     try {
@@ -23,7 +22,6 @@ std::shared_ptr<SocketClient> SocketClient::connect(asio::io_context& context,
         return nullptr;
     }
     client->onLost_ = std::move(onLost);
-    client->onRefused_ = std::move(onRefused);
     client->socket_.async_connect(
         *address, [client](const std::error_code& error) { client->connected(error); });
     // Reads and writes under way keep the client itself alive. The caller gets a handle: its end
@@ -62,7 +60,7 @@ void SocketClient::call(const CallLine& line, OnReply onReply) {
 
 void SocketClient::connected(const std::error_code& error) {
     if (error) {
-        lost();
+        lost(PowerLink::Loss::ended);
         return;
     }
     isConnected_ = true;
@@ -96,10 +94,8 @@ void SocketClient::received(const std::error_code& error, std::size_t size) {
     const auto line =
         error ? std::nullopt : decodeRecord<ReplyLine>(std::string_view(received_).substr(0, size));
     const bool isRefused = line && line->reason == tooManyClients;
-    if (isRefused && onLost_)
-        onRefused_();
     if (!line || isRefused || awaited_.empty()) {
-        lost();
+        lost(isRefused ? PowerLink::Loss::tooManyClients : PowerLink::Loss::ended);
         return;
     }
     received_.erase(0, size);
@@ -109,11 +105,11 @@ void SocketClient::received(const std::error_code& error, std::size_t size) {
     onReply(*line);
 }
 
-void SocketClient::lost() {
+void SocketClient::lost(PowerLink::Loss loss) {
     const auto handler = std::exchange(onLost_, nullptr);
     close();
     if (handler)
-        handler();
+        handler(loss);
 }
 
 void SocketClient::close() {

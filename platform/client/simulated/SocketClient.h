@@ -1,5 +1,6 @@
 #pragma once
 
+#include "client/PowerLink.h"
 #include "core/power/VelmoPowerProtocol.h"
 #include "platform/simulated/CallLine.h"
 
@@ -22,12 +23,11 @@ class SocketClient final : public VelmoPowerProtocol,
 public:
     /// Begins to connect to the socket. Returns null if the path is too long for a socket address.
     /// `onLost` is called once, when no daemon listens there or the daemon ends the connection;
-    /// calls without a reply by then never get one. `onRefused` is called before it if the daemon
-    /// has too many clients. Releasing the returned object ends the connection too, and nothing is
-    /// called after that.
-    static std::shared_ptr<SocketClient> connect(
-        asio::io_context& context, const std::filesystem::path& socket,
-        std::function<void()> onLost, std::function<void()> onRefused = [] {});
+    /// calls without a reply by then never get one. Releasing the returned object ends the
+    /// connection too, and nothing is called after that.
+    static std::shared_ptr<SocketClient> connect(asio::io_context& context,
+                                                 const std::filesystem::path& socket,
+                                                 std::function<void(PowerLink::Loss)> onLost);
 
     void hold(std::int64_t batteryFloor, HoldReply reply) override;
     void heartbeat(Reply reply) override;
@@ -44,13 +44,12 @@ private:
     void writeNext();
     void readReply();
     void received(const std::error_code& error, std::size_t size);
-    void lost();
+    void lost(PowerLink::Loss loss);
     void close();
 
     asio::local::stream_protocol::socket socket_;
     bool isConnected_ = false;
-    std::function<void()> onLost_;
-    std::function<void()> onRefused_;
+    std::function<void(PowerLink::Loss)> onLost_;
     std::deque<std::string> toSend_; ///< the first is being written
     std::deque<OnReply> awaited_;
     std::string received_;

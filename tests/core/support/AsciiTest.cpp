@@ -15,6 +15,7 @@ TEST(Ascii, JudgesEveryByteAsTheClassicLocaleDoesBelow128) {
         const bool ascii = byte < 128;
         EXPECT_EQ(Ascii::isDigit(c), ascii && std::isdigit(byte) != 0);
         EXPECT_EQ(Ascii::isLetter(c), ascii && std::isalpha(byte) != 0);
+        EXPECT_EQ(Ascii::lowercased(c), ascii ? static_cast<char>(std::tolower(byte)) : c);
         EXPECT_EQ(Ascii::isControl(c), ascii && std::iscntrl(byte) != 0);
         EXPECT_EQ(Ascii::isSpaceOrControl(c), ascii && std::isgraph(byte) == 0);
         EXPECT_EQ(Ascii::isHex(c), ascii && std::isxdigit(byte) != 0);
