@@ -115,12 +115,6 @@ test("who types decides the size, and gives it back", async (t) => {
     await until(() => size() === large, "the desktop's size is back");
     await phone.type("x");
     await until(() => size() === small);
-    // The answer of a terminal to a question decides nothing.
-    await phone.type("\x15printf '\\033[c'; cat -v\r");
-    await desktop.shows("^[[?1;2c");
-    await phone.type("\rseen\r");
-    await until(async () => (await desktop.screen()).split("seen").length > 2, "the line and its echo");
-    assert.equal(size(), small);
 });
 
 test("rotation in the midst of output loses no line", async (t) => {
@@ -153,7 +147,7 @@ test("a device that may only view changes nothing, and a revoked one sees nothin
     await phone.openSession("seen");
     await phone.shows("$");
     assert.equal(await phone.isVisible("#keys"), false);
-    await until(async () => (await phone.screen()).split("\n").length === 24, "the page follows the session's size");
+    assert.equal((await phone.screen()).split("\n").length, 24, "the page follows the session's size");
     await phone.type("echo no\r");
     await phone.page.goBack();
     await phone.sees("#list");
