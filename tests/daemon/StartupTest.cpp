@@ -119,7 +119,7 @@ TEST(Startup, AnEventIsOneLine) {
 TEST(Startup, EndsOnSigtermEvenWhenSleepCannotBeRestored) {
     FakeHost host;
     runDaemon(host);
-    host.mac.guard->hold(ClientId{1}, 20);
+    EXPECT_TRUE(host.mac.guard->hold(ClientId{1}, 20));
     host.mac.machine.breakPmset(FakeMachine::Pmset::fails);
     host.terminate();
     EXPECT_THAT(host.mac.exits, ElementsAre(0));
