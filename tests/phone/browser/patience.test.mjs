@@ -5,17 +5,18 @@ import { devices, until } from "./computer.mjs";
 import { computer, hindrances, numberUntil, open, reaches } from "./scene.mjs";
 
 /**
- * In the page: has the bridge told late what is shown, and notes how far the bridge was ahead, and
- * whether the page has got more by then than it has shown.
+ * In the page: has the bridge told late what is shown, and notes how far the bridge was ahead,
+ * whether the page has got more by then than it has shown, and whether a connection was closed.
  */
 function tellLate() {
     const late = 100; // milliseconds
     let got, told;
     window.mostAhead = 0;
-    window.hasMore = false;
+    window.hasMore = window.isClosed = false;
     window.WebSocket = class extends WebSocket {
         constructor(address) {
             super(address);
+            this.addEventListener("close", () => (window.isClosed = true));
             this.addEventListener("message", ({ data }) => {
                 if (typeof data === "string" && JSON.parse(data).event === "watching")
                     got = told = 0;
@@ -86,6 +87,11 @@ test("a flood of output is shown to its end, and to a slow phone late", async (t
         return (await isWhole(phone)) && (await isWhole(slow));
     }, "the end of the flood", 90);
     const ahead = await slow.page.evaluate("mostAhead");
+    // The next stream is counted from its own beginning.
+    await slow.page.goBack();
+    await slow.openSession("flood");
+    await until(() => isWhole(slow));
+    assert.equal(await slow.page.evaluate("isClosed"), false);
     assert.ok(await slow.page.evaluate("hasMore"), "the page tells what it has got as shown");
     assert.ok(ahead > 192 << 10 && ahead <= 256 << 10, `${ahead} bytes ahead of what is shown`);
 });

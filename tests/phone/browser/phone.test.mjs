@@ -147,6 +147,7 @@ test("a device that may only view changes nothing, and a revoked one sees nothin
     await phone.openSession("seen");
     await phone.shows("$");
     assert.equal(await phone.isVisible("#keys"), false);
+    assert.equal((await phone.screen()).split("\n").length, 24, "the page follows the session's size");
     await phone.type("echo no\r");
     await phone.page.goBack();
     await phone.sees("#list");
