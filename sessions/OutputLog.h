@@ -25,7 +25,7 @@ namespace velmo {
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
-    static constexpr std::size_t maxRead = std::size_t{1} << 16; ///< bytes
+    static constexpr std::size_t maxRead = std::size_t{1} << 15; ///< bytes
 
     using Position = std::uint64_t;
 
@@ -90,7 +90,7 @@ public:
     void clear();
 
 private:
-    static constexpr std::size_t dropped = std::size_t{1} << 15; ///< at least, at once
+    static constexpr std::size_t dropped = std::size_t{1} << 16; ///< at least, at once
     static constexpr std::size_t capacity = kept + dropped + maxRead;
     static constexpr std::size_t maxSizes = 256;
 

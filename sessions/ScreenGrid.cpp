@@ -38,10 +38,14 @@ std::size_t index(int number) {
     return static_cast<std::size_t>(number);
 }
 
+void reserve(ScreenGrid::Row& row, std::size_t length) {
+    row.cells.reserve((length + rowStep - 1) / rowStep * rowStep);
+}
+
 /// Adds blanks to a row. Returns true if it takes more memory than before.
 bool lengthen(ScreenGrid::Row& row, std::size_t length) {
     const std::size_t before = row.cells.capacity();
-    row.cells.reserve((length + rowStep - 1) / rowStep * rowStep);
+    reserve(row, length);
     row.cells.resize(length, Cell{.style = row.style});
     return row.cells.capacity() > before;
 }
@@ -136,10 +140,18 @@ bool ScreenGrid::write(int row, int column, std::string_view run, std::uint16_t 
     const std::size_t used = style == found.style ? run.find_last_not_of(' ') + 1 : run.size();
     const std::size_t length = std::max(used > 0 ? index(column) + used : 0,
                                         std::min(found.cells.size(), index(column) + run.size()));
-    const bool grows = length > found.cells.size() && lengthen(found, length);
-    for (std::size_t i = 0; index(column) + i < length; ++i)
-        found.cells[index(column) + i] = {.text = static_cast<char32_t>(run[i]), .style = style};
-    return grows;
+    const std::size_t before = found.cells.capacity();
+    reserve(found, length);
+    if (found.cells.size() < std::min(index(column), length))
+        lengthen(found, index(column));
+    for (std::size_t i = index(column); i < length; ++i) {
+        const Cell cell{.text = static_cast<char32_t>(run[i - index(column)]), .style = style};
+        if (i < found.cells.size())
+            found.cells[i] = cell;
+        else
+            found.cells.push_back(cell);
+    }
+    return found.cells.capacity() > before;
 }
 
 void ScreenGrid::erase(int row, int from, int to, int columns, std::uint16_t style) {
