@@ -730,6 +730,8 @@ class Others(PowerTest):
             holder = self.start("hold", "--floor", "30", *words)
             until(lambda: b"floor 30%" in self.power("status").stdout, "the status tells of the hold")
             status = self.power("status").stdout.decode()
+            if CALLER != "velmo-power":
+                command = None  # another program's words are not read
             self.assertEqual(re.findall(r"floor 30%(?:, for (.*))?\n", status), [command or ""])
             self.assertEqual(json.loads(self.power("status", "--json").stdout).get("command"), command)
             os.kill(json.loads(self.power("status", "--json").stdout)["holds"]["holder"]["processId"], signal.SIGTERM)
