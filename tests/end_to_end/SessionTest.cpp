@@ -443,7 +443,7 @@ TEST_F(SessionTest, SaysWhyItDoesNotDoWhatWasAsked) {
         {"peek", "peek needs an id or a name", 122},
         {"send nobody Enter", "there is no such session", refused},
         {"start -A a --name b", "leave out --name", 122},
-        {"start --detached -- ssh -x", "/ssh: the program may not be started with these", refused},
+        {"start --detached -- ssh -x", "ssh: the program may not be started with these", refused},
         {"attach nobody", "there is no such session", refused},
         {"start --detached --transcript . -- sh", "is written to a plain file of yours", refused},
         {"start --detached --transcript a/b -- sh", "a/b: a transcript is written to", refused},

@@ -37,7 +37,7 @@ class Screen:
     def tmux(self, *words):
         return subprocess.run(["tmux", "-S", self.world.socket, "-f", "/dev/null", *words],
                               env=self.world.environment, check=True, capture_output=True,
-                              text=True).stdout
+                              text=True, errors="replace").stdout
 
     def type(self, *keys):
         self.tmux("send-keys", "-t", self.name, *keys)
