@@ -173,6 +173,26 @@ class PhoneBridge(Bridged):
             file.write("[]")
         says(123, "can't be read")
         os.remove(self.state + "/phone.json")
+        os.mkdir(self.state + "/phone.json.new")
+        says(123, "can't be written to")
+        os.rmdir(self.state + "/phone.json.new")
+        os.rename(self.state, self.place.name + "/elsewhere")
+        os.symlink("../elsewhere", self.state)
+        says(123, "is a link or a file, not a folder")
+        self.phone("devices", status=124)
+        os.remove(self.state)
+        os.rename(self.place.name + "/elsewhere", self.state)
+        says(123, "can't be made", HOME=self.place.name + "/.bash_profile")
+        if os.getuid() == 0:
+            os.chown(self.state, 65534, -1)
+            says(123, "belongs to another user")
+            os.chown(self.state, 0, -1)
+        read_only = subprocess.run(["unshare", "-rm", "sh", "-c", "mount -t tmpfs -o ro none \"$1\" && exec \"$2\"", "sh",
+                                    self.state, PROGRAMS + "/velmo-phone"], env=self.environment, timeout=PATIENCE,
+                                   capture_output=True, text=True)
+        if "velmo-phone:" in read_only.stderr:  # not so where a user may mount nothing
+            self.assertEqual((read_only.returncode, read_only.stderr),
+                             (123, f"velmo-phone: {self.state} can't be written to\n"))
         os.chmod(self.state, 0o755)
         self.serve()
         self.assertEqual(os.stat(self.state).st_mode & 0o777, 0o700)
@@ -296,6 +316,19 @@ class PhoneBridge(Bridged):
         self.assertEqual(self.phone("devices"), "")
         # None of the pages has answered, nor closed its end.
         until(lambda: self.descriptors() == before, "the connections are gone")
+
+
+    def test_a_revocation_that_does_not_last_says_so(self):
+        page = self.page(cookie := self.let_in())
+        os.mkdir(self.state + "/phone.json.new")  # in the way of the record, as a full disk is
+        self.phone("revoke", "raw", status=123)
+        self.assertEqual(page.closing(), 4001)
+        self.phone("revoke", "--all", status=123)
+        os.rmdir(self.state + "/phone.json.new")
+        self.phone("revoke", "raw")
+        self.stop()
+        self.serve()
+        self.assertEqual(self.ask("GET", "/device", Cookie=cookie)[0], 401)
 
 
 class PhonePower(Bridged):
