@@ -358,6 +358,12 @@ class PhonePower(Bridged):
         page.message(BINARY, b"\1\0\0\0\5exit\r")
         self.assertEqual(power(keeps=False)["why"], "no session")
         until(lambda: not is_held(), "sleep is enabled again")
+        self.watching("more").call(call="awake", on=True)
+        until(is_held, "it is held again")
+        self.stop()
+        told = json.loads(self.run_program("velmo-power", "status", "--mac", mac, "--json"))
+        self.assertEqual(told["holds"]["lastEnd"]["how"], "released")
+        self.serve("--mac", mac)
 
 
 if __name__ == "__main__":

@@ -90,6 +90,20 @@ test("the bar has the keys that a phone lacks", async (t) => {
     await phone.tapKey("Esc");
     await phone.type(":q!\r");
     await until(async () => !(await phone.screen()).includes("~\n~"));
+
+    await phone.type("echo rea''dy; cat >/dev/null\r");
+    await phone.shows("ready\n");
+    const pipe = await phone.page.$('#keys [aria-label="Pipe"]');
+    await pipe.scrollIntoView();
+    const { x, y } = await pipe.clickablePoint();
+    const finger = await phone.page.touchscreen.touchStart(x, y);
+    await phone.shows("|||");
+    await finger.end();
+    await phone.type("a");
+    await phone.page.evaluate(() => new Promise((done) => setTimeout(done, 200))); // the bar's timers come before
+    await phone.type("z");
+    await until(async () => /\|\|\|a.*z/.test(await phone.screen()));
+    assert.match(await phone.screen(), /\|\|\|az/, "a key that is released is typed no more");
 });
 
 test("who types decides the size, and gives it back", async (t) => {
@@ -113,6 +127,11 @@ test("who types decides the size, and gives it back", async (t) => {
     await until(() => size() === small);
     await phone.page.tap("#give-back");
     await until(() => size() === large, "the desktop's size is back");
+    computer.session("send", "size", "clear; printf '\\033[6n'; cat -v", "Enter");
+    await phone.shows("^[[");
+    computer.session("send", "size", "lat", "er", "Enter");
+    await phone.shows("later\n");
+    assert.equal(size(), large, "a terminal's answer is no typing");
     await phone.type("x");
     await until(() => size() === small);
 });
