@@ -318,6 +318,18 @@ class PhoneBridge(Bridged):
         until(lambda: self.descriptors() == before, "the connections are gone")
 
 
+    def test_a_revoked_page_that_reads_nothing_is_gone(self):
+        before = self.descriptors()
+        page = self.page()
+        page.socket.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 1 << 14)
+        page.socket.settimeout(2)
+        call = b'{"call":"power"}'
+        with self.assertRaises(TimeoutError):  # once the events fill all that is between the two
+            while True:
+                page.send((b"\x81" + bytes([128 | len(call)]) + bytes(4) + call) * 100)
+        self.phone("revoke", "--all")
+        until(lambda: self.descriptors() == before, "the connection is gone")
+
     def test_a_revocation_that_does_not_last_says_so(self):
         page = self.page(cookie := self.let_in())
         os.mkdir(self.state + "/phone.json.new")  # in the way of the record, as a full disk is
