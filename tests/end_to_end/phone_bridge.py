@@ -112,6 +112,8 @@ class PhoneBridge(Bridged):
         status, headers, page = self.ask("GET", "/", Origin=None)
         self.assertEqual((status, headers["content-encoding"], page[:2]), (200, "gzip", b"\x1f\x8b"))
         self.assertIn("default-src 'none'", headers["content-security-policy"])
+        self.assertEqual(headers["cache-control"], "no-cache")
+        self.assertEqual(self.ask("GET", "/device")[1]["cache-control"], "no-store")
         self.assertEqual(self.ask("GET", "/", If_None_Match=headers["etag"])[0], 304)
         with Peer(self.port) as peer:
             self.assertEqual(peer.ask("HEAD", "/")[0], 200)
@@ -151,6 +153,15 @@ class PhoneBridge(Bridged):
         self.phone("revoke", status=122)
         self.phone("revoke", "raw")
         self.assertEqual(self.ask("GET", "/device", Cookie=cookie)[0], 401)
+        self.let_in()
+        self.stop()
+        with open(self.state + "/phone.json") as file:
+            record = json.load(file)
+        record["devices"] = [record["devices"][0] | {"name": f"device {number}"} for number in range(30)]
+        with open(self.state + "/phone.json", "w") as file:
+            json.dump(record, file)
+        self.serve()
+        self.assertEqual(len(json.loads(self.phone("devices", "--json"))), 30)
 
     def test_it_says_what_keeps_it_from_serving(self):
         def says(status, text, *words, **more):
