@@ -713,10 +713,11 @@ void Screen::reverseIndex() {
         scroll(top_, -1);
 }
 
-/// Scrolls the region up. What leaves the main screen at its top is kept.
+/// Scrolls the region up. What leaves the main screen there is kept, as some terminals do even
+/// where the region begins further down.
 void Screen::scrollUp(int rows) {
-    if (shown_ == mainScreen && top_ == 0 && !hasMargins_ && !isAnswering_)
-        grid().keep(std::min(rows, bottom_ + 1));
+    if (shown_ == mainScreen && !hasMargins_ && !isAnswering_)
+        grid().keep(top_, std::min(rows, bottom_ - top_ + 1));
     scroll(top_, rows);
 }
 

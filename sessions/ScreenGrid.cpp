@@ -239,8 +239,8 @@ void ScreenGrid::resize(int rows, int columns, int withoutAtTop) {
     }
 }
 
-void ScreenGrid::keep(int rows) {
-    for (int row = 0; row < rows; ++row) {
+void ScreenGrid::keep(int first, int count) {
+    for (int row = first; row < first + count; ++row) {
         if (above_.size() == maxAbove)
             above_.pop_front();
         above_.push_back(std::move(rows_[index(row)]));

@@ -144,9 +144,9 @@ public:
     /// the same character, or at the top left if that has scrolled off.
     Spot reflow(int rows, int columns, int newColumns, Spot cursor);
 
-    /// Keeps what is in the first rows above the top, before they scroll off. The rows that have
+    /// Keeps what is in some rows above the top, before they scroll off. The rows that have
     /// scrolled off first are forgotten for that.
-    void keep(int rows);
+    void keep(int first, int count);
 
     [[nodiscard]] int above() const { return static_cast<int>(above_.size()); }
 

@@ -21,13 +21,13 @@ using Spots = std::array<Spot, 2>;
 struct Line {
     Row row;
     std::size_t rows = 0; ///< on which it is shown
-    std::array<std::optional<std::size_t>, Spots{}.size()>
-        spots; ///< that are in these rows,
-               ///<   told from the line's beginning
+
+    /// The spots in these rows, told from the line's beginning.
+    std::array<std::optional<std::size_t>, Spots{}.size()> spots;
 };
 
-/// Returns the line that begins in a row. It is long enough for the spots, since blanks before the
-/// cursor may have been written.
+/// Returns the line that begins in a row, with blanks up to a cursor behind its last character,
+/// since these may have been written.
 Line lineAt(const Rows& rows, std::size_t first, int columns, const Spots& spots) {
     Line line{.row = {.cells = {}, .isPrompt = rows[first].isPrompt}, .spots = {}};
     auto& cells = line.row.cells;
@@ -104,6 +104,7 @@ ScreenGrid::Spot ScreenGrid::reflow(int rows, int columns, int newColumns, Spot 
     all.resize(all.size() + static_cast<std::size_t>(missing));
     if (newColumns != columns)
         all = broken(all, columns, newColumns, spots);
+    // Blank rows below the cursor make room for lines that take more rows than before.
     const auto isTooLong = [&] { return static_cast<int>(all.size()) - first.row > rows; };
     while (isTooLong() && static_cast<int>(all.size()) - 1 > moved.row
            && all.back().lengthUsed(newColumns) == 0)

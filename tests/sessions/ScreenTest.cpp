@@ -170,7 +170,7 @@ TEST(Screen, ChangesItsSizeAsATerminalThatKeepsWhatScrollsOff) {
         {"a\r\nb\r\nc\r\nd\r\ne\033[3J", {size(10, 5)}, "b/c/d/e./"},
         {"a\r\nb\r\nc\r\nd\r\ne\033c", {size(10, 5)}, "./"},
         {"a\r\nb\r\nc\r\nd\r\ne\033[1;1H\033[M", {size(10, 5)}, "a/./d/e/"},
-        {"a\r\nb\r\nc\r\nd\033[2;3r\033[3H\n", {size(10, 6)}, "a/c/./d/"},
+        {"a\r\nb\r\nc\r\nd\033[2;3r\033[3H\n", {size(10, 6)}, "b/a/c/./d/"},
         {"a\r\nb\r\nc\r\nd\033[1;3r\033[3H\n", {size(10, 6)}, "a/b/c/./d/"},
         {"a\r\nb\r\nc\r\nd\033[?69h\033[2;9s\033[4H\n", {size(10, 6)}, "a/b/c/./"},
         {"a\033[?1049h\033[4H\n\n\033[?1049l", {size(10, 6)}, "a./"},
