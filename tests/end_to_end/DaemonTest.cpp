@@ -39,7 +39,7 @@ TEST_F(DaemonTest, APeerThatIsNotTrustedGetsNoSession) {
     const RawClient holder = connect();
     EXPECT_EQ(holder.call(holdCall), held);
     mac.update([](SimulatedMac& state) { state.trustedUsers = {}; });
-    EXPECT_EQ(connect().call(R"({"call":"release"})"), "");
+    EXPECT_EQ(connect().call(releaseCall), "");
     EXPECT_EQ(holder.call(heartbeatCall), yes);
     EXPECT_TRUE(sleepDisabled());
     EXPECT_THAT(daemon->lines(), testing::IsEmpty());

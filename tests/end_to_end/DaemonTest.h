@@ -24,6 +24,7 @@ namespace velmo {
 
 inline constexpr const char* holdCall = R"({"call":"hold","batteryFloor":20})";
 inline constexpr const char* heartbeatCall = R"({"call":"heartbeat"})";
+inline constexpr const char* releaseCall = R"({"call":"release"})";
 inline constexpr const char* held = R"({"ok":true,"reason":""})";
 inline constexpr const char* yes = R"({"ok":true})";
 

@@ -405,14 +405,17 @@ class Signals(PowerTest):
         self.assertEqual(client.end(), 0, client.text)
 
     def test_stopped_it_gives_the_hold_up_and_takes_it_again(self):
-        for command in [], ["sleep", "2"]:
+        mark = self.folder.name + "/end"
+        for command in [], ["sh", "-c", f"until test -e {mark}; do sleep .1; done"]:
             client = self.start("hold", *command, preexec_fn=os.setpgrp)
             for times in 2, 3:
                 client.wait_for("holding", times=times - 1)
                 self.stop_and_continue(client)
                 client.wait_for("holding", times=times)
             self.assertRegex(client.text, "stopped: the hold is given up meanwhile\n.*going on: ")
-            if not command:
+            if command:
+                open(mark, "w").close()
+            else:
                 client.send(signal.SIGINT)
             self.assertEqual(client.end(), 0)
 
@@ -546,8 +549,10 @@ class Streams(PowerTest):
             self.assertEqual(done.stdout[-2:], b"6\n", streams)
 
     def test_a_background_job_of_a_shell(self):
+        told = self.folder.name + "/told"
         script = (f"{PROGRAMS}/velmo-power hold -- sleep 1 & wait $!; echo status $?; "
-                  f"{PROGRAMS}/velmo-power hold & sleep 1; kill $!; wait $!; echo status $?")
+                  f"{PROGRAMS}/velmo-power hold >{told} 2>&1 & until grep -qs holding: {told}; do sleep .05; done; "
+                  "kill $!; wait $!; echo status $?")
         done = subprocess.run(["bash", "-c", script], env=self.environment, capture_output=True,
                               timeout=PATIENCE)
         self.assertEqual(done.stdout.count(b"status 0"), 2, done)
@@ -577,13 +582,20 @@ class Options(PowerTest):
     def test_each_limit_ends_a_hold(self):
         other = subprocess.Popen(["sleep", "100"])
         self.addCleanup(other.kill)
+
+        def opens_lid():
+            for lid in "shut", "open":
+                self.mac("set", "--lid", lid)
+                time.sleep(1.5)  # the lid is looked at every second
+
         for words, act, why in (
                 (["--for", "100"], lambda: self.mac("set", "--elapse", "101"), "the time is over"),
                 (["--pid", str(other.pid)], lambda: (other.kill(), other.wait()),
                  f"process {other.pid} has ended"),
                 (["--ac-only"], lambda: self.mac("set", "--mains", "off"), "runs on its battery"),
-                (["--until-lid-opens"], lambda: (self.mac("set", "--lid", "shut"), time.sleep(1.5),
-                                                 self.mac("set", "--lid", "open")), "lid is open")):
+                (["--until-lid-opens"], lambda: until(lambda: opens_lid() or "lid is open" in alone.said()
+                                                      and "lid is open" in with_command.said(),
+                                                      "both see the lid open"), "lid is open")):
             alone = self.start("hold", *words)
             alone.wait_for("holding")
             with_command = self.start("hold", *words, "sleep", "30")
