@@ -93,7 +93,7 @@ TEST(Screen, ShowsWhatATerminalShows) {
             EXPECT_EQ(other.cursor(), c.cursor) << c.output;
             EXPECT_EQ(other.drawn(small), screen.drawn(small)) << c.output;
             for (Screen* each : {&screen, &other})
-                each->follow(bytesOf("x\n\t\0338y\033[?1049l\nz"));
+                each->follow(bytesOf("x\n\tw\0338y\033[?1049l\nz"));
             EXPECT_EQ(other.drawn(small), screen.drawn(small)) << "and goes on alike: " << c.output;
         }
     }
@@ -268,6 +268,8 @@ TEST(Screen, ShowsTheSameHoweverItsOutputComes) {
         repeated("\033[31mred\033[m\033[K\r\n") + "\033[4mq",
         repeated("\033[32;1mq\033[38;2;1;2;3m\r\n"),
         repeated("\033[m\033[0;1m\033[3;31m\r\n") + "x",
+        "\033[4;35m" + repeated("line\r\n"),
+        "\033[4m\033[0;35m" + repeated("line\r\n"),
         repeated("raw\n"),
         repeated("a long line that wraps\r\n\n\v"),
         repeated("q\r\n") + "\033[2;2H" + repeated("r\r\n\b"),
