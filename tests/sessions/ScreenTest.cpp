@@ -354,6 +354,10 @@ TEST(Screen, TakesLittleMemoryWhateverItShows) {
         low.follow(bytesOf("\r\n" + std::to_string(i)));
     low.resize({.cols = 10, .rows = 500});
     EXPECT_EQ(low.text().size(), ScreenGrid::maxAbove + 4);
+    Screen alternate(small);
+    for (int i = 0; i < 100; ++i)
+        alternate.follow(bytesOf("\033[?1049hx\n"));
+    EXPECT_LE(alternate.cells(), 4U * 32) << "nothing is kept of the alternate screen";
 }
 
 } // namespace
