@@ -113,7 +113,7 @@ std::vector<Device> PhoneBridge::devices() const {
 }
 
 bool PhoneBridge::revoke(std::string_view name) {
-    if (!devices_.remove(name))
+    if (!devices_.remove(name) && isSaved_)
         return false;
     save();
     closePagesOf(name);
@@ -211,7 +211,7 @@ void PhoneBridge::closePagesOf(std::string_view device) {
 
 void PhoneBridge::save() {
     record_.devices = devices();
-    services_.save(record_);
+    isSaved_ = services_.save(record_);
 }
 
 } // namespace velmo

@@ -43,7 +43,8 @@ public:
         Sha256 hash;
         std::function<SteadyTime()> steadyTime;
         std::function<WallTime()> wallTime;
-        std::function<void(const PhoneRecord&)> save; ///< called when the record has changed
+        /// Called when the record has changed. Tells whether the record was written down.
+        std::function<bool(const PhoneRecord&)> save;
     };
 
     static constexpr std::size_t maxPages = 32;  ///< open connections
@@ -84,8 +85,13 @@ public:
     [[nodiscard]] std::vector<Device> devices() const;
 
     /// Lets a device in no more, and closes its pages. Returns false if no device has this name.
+    /// Repeated for the same name after the record could not be written down, writes it again.
     bool revoke(std::string_view name);
     void revokeAll();
+
+    /// Returns whether the record is written down as it is. Otherwise a bridge that is started anew
+    /// knows nothing of the last change.
+    [[nodiscard]] bool isSaved() const { return isSaved_; }
 
 private:
     [[nodiscard]] std::optional<HttpReply> refusal(const HttpRequest& request,
@@ -107,6 +113,7 @@ private:
     OneTimeCodes codes_;
     AttemptLimit attempts_;
     std::vector<std::shared_ptr<PhonePage>> pages_;
+    bool isSaved_ = true;
 };
 
 /// What a browser sends to be let in.

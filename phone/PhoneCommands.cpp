@@ -12,10 +12,11 @@ PhoneCommandReply list(const PhoneBridge& bridge) {
 }
 
 PhoneCommandReply revoke(PhoneBridge& bridge, const std::optional<std::string>& name) {
-    if (name)
-        return {.ok = bridge.revoke(*name)};
-    bridge.revokeAll();
-    return {.ok = true};
+    if (!name)
+        bridge.revokeAll();
+    else if (!bridge.revoke(*name))
+        return {};
+    return {.ok = true, .saved = bridge.isSaved()};
 }
 
 PhoneCommandReply replyTo(PhoneBridge& bridge, const PhoneCommandLine& line) {

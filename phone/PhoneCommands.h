@@ -52,10 +52,11 @@ struct PhoneCommandReply {
     bool ok = false; ///< false: not a command, or no device has the name
     std::optional<std::string> address;
     std::optional<std::vector<DeviceEntry>> devices;
+    std::optional<bool> saved; ///< of revoke: whether a bridge that is started anew knows of it
 
-    static constexpr auto fields = std::tuple{field("ok", &PhoneCommandReply::ok),
-                                              field("address", &PhoneCommandReply::address),
-                                              field("devices", &PhoneCommandReply::devices)};
+    static constexpr auto fields = std::tuple{
+        field("ok", &PhoneCommandReply::ok), field("address", &PhoneCommandReply::address),
+        field("devices", &PhoneCommandReply::devices), field("saved", &PhoneCommandReply::saved)};
     bool operator==(const PhoneCommandReply&) const = default;
 };
 

@@ -180,6 +180,7 @@ public:
     bool hostServes = true;
     bool hostTakes = true; ///< what is typed
     std::vector<PhoneRecord> saved;
+    bool canSave = true;
     std::vector<std::pair<std::shared_ptr<FakePage>, std::shared_ptr<PhonePage>>> pages;
 
 private:
@@ -314,7 +315,12 @@ public:
                             },
                         .steadyTime = [this] { return SteadyTime{sessions.now}; },
                         .wallTime = [this] { return WallTime{sessions.now + 1e9}; },
-                        .save = [this](const PhoneRecord& record) { saved.push_back(record); }},
+                        .save =
+                            [this](const PhoneRecord& record) {
+                                if (canSave)
+                                    saved.push_back(record);
+                                return canSave;
+                            }},
                        {.port = 4711}};
 
 private:

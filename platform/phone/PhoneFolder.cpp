@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -27,6 +28,12 @@ std::optional<std::string> statePlace() {
     return path && path->starts_with('/') ? std::optional(phoneStatePlace(*path)) : std::nullopt;
 }
 
+/// Returns whether anything has this path, be it a link that leads nowhere.
+bool isAnything(const std::string& path) {
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
 } // namespace
 
 std::expected<PhoneFolder, std::string> PhoneFolder::make() {
@@ -35,11 +42,12 @@ std::expected<PhoneFolder, std::string> PhoneFolder::make() {
         return std::unexpected("there is no home folder");
     auto folder = Folder::make(*path, folderMode);
     if (!folder)
-        return std::unexpected(*path + " can't be made");
+        return std::unexpected(
+            *path + (isAnything(*path) ? " is a link or a file, not a folder" : " can't be made"));
     if (folder->owner() != ::getuid())
         return std::unexpected(*path + " belongs to another user");
     if (!folder->setMode(folderMode))
-        return std::unexpected(*path + " can't be closed to others");
+        return std::unexpected(*path + " can't be written to");
     return PhoneFolder(*path, *std::move(folder));
 }
 

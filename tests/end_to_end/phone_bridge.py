@@ -112,6 +112,8 @@ class PhoneBridge(Bridged):
         status, headers, page = self.ask("GET", "/", Origin=None)
         self.assertEqual((status, headers["content-encoding"], page[:2]), (200, "gzip", b"\x1f\x8b"))
         self.assertIn("default-src 'none'", headers["content-security-policy"])
+        self.assertEqual(headers["cache-control"], "no-cache")
+        self.assertEqual(self.ask("GET", "/device")[1]["cache-control"], "no-store")
         self.assertEqual(self.ask("GET", "/", If_None_Match=headers["etag"])[0], 304)
         with Peer(self.port) as peer:
             self.assertEqual(peer.ask("HEAD", "/")[0], 200)
@@ -151,6 +153,15 @@ class PhoneBridge(Bridged):
         self.phone("revoke", status=122)
         self.phone("revoke", "raw")
         self.assertEqual(self.ask("GET", "/device", Cookie=cookie)[0], 401)
+        self.let_in()
+        self.stop()
+        with open(self.state + "/phone.json") as file:
+            record = json.load(file)
+        record["devices"] = [record["devices"][0] | {"name": f"device {number}"} for number in range(30)]
+        with open(self.state + "/phone.json", "w") as file:
+            json.dump(record, file)
+        self.serve()
+        self.assertEqual(len(json.loads(self.phone("devices", "--json"))), 30)
 
     def test_it_says_what_keeps_it_from_serving(self):
         def says(status, text, *words, **more):
@@ -173,6 +184,26 @@ class PhoneBridge(Bridged):
             file.write("[]")
         says(123, "can't be read")
         os.remove(self.state + "/phone.json")
+        os.mkdir(self.state + "/phone.json.new")
+        says(123, "can't be written to")
+        os.rmdir(self.state + "/phone.json.new")
+        os.rename(self.state, self.place.name + "/elsewhere")
+        os.symlink("../elsewhere", self.state)
+        says(123, "is a link or a file, not a folder")
+        self.phone("devices", status=124)
+        os.remove(self.state)
+        os.rename(self.place.name + "/elsewhere", self.state)
+        says(123, "can't be made", HOME=self.place.name + "/.bash_profile")
+        if os.getuid() == 0:
+            os.chown(self.state, 65534, -1)
+            says(123, "belongs to another user")
+            os.chown(self.state, 0, -1)
+        read_only = subprocess.run(["unshare", "-rm", "sh", "-c", "mount -t tmpfs -o ro none \"$1\" && exec \"$2\"", "sh",
+                                    self.state, PROGRAMS + "/velmo-phone"], env=self.environment, timeout=PATIENCE,
+                                   capture_output=True, text=True)
+        if "velmo-phone:" in read_only.stderr:  # not so where a user may mount nothing
+            self.assertEqual((read_only.returncode, read_only.stderr),
+                             (123, f"velmo-phone: {self.state} can't be written to\n"))
         os.chmod(self.state, 0o755)
         self.serve()
         self.assertEqual(os.stat(self.state).st_mode & 0o777, 0o700)
@@ -298,6 +329,31 @@ class PhoneBridge(Bridged):
         until(lambda: self.descriptors() == before, "the connections are gone")
 
 
+    def test_a_revoked_page_that_reads_nothing_is_gone(self):
+        before = self.descriptors()
+        page = self.page()
+        page.socket.setsockopt(socket.SOL_SOCKET, socket.SO_SNDBUF, 1 << 14)
+        page.socket.settimeout(2)
+        call = b'{"call":"power"}'
+        with self.assertRaises(TimeoutError):  # once the events fill all that is between the two
+            while True:
+                page.send((b"\x81" + bytes([128 | len(call)]) + bytes(4) + call) * 100)
+        self.phone("revoke", "--all")
+        until(lambda: self.descriptors() == before, "the connection is gone")
+
+    def test_a_revocation_that_does_not_last_says_so(self):
+        page = self.page(cookie := self.let_in())
+        os.mkdir(self.state + "/phone.json.new")  # in the way of the record, as a full disk is
+        self.phone("revoke", "raw", status=123)
+        self.assertEqual(page.closing(), 4001)
+        self.phone("revoke", "--all", status=123)
+        os.rmdir(self.state + "/phone.json.new")
+        self.phone("revoke", "raw")
+        self.stop()
+        self.serve()
+        self.assertEqual(self.ask("GET", "/device", Cookie=cookie)[0], 401)
+
+
 class PhonePower(Bridged):
     def test_it_keeps_a_simulated_mac_awake_as_long_as_a_session_runs(self):
         mac = self.place.name + "/mac"
@@ -325,6 +381,12 @@ class PhonePower(Bridged):
         page.message(BINARY, b"\1\0\0\0\5exit\r")
         self.assertEqual(power(keeps=False)["why"], "no session")
         until(lambda: not is_held(), "sleep is enabled again")
+        self.watching("more").call(call="awake", on=True)
+        until(is_held, "it is held again")
+        self.stop()
+        told = json.loads(self.run_program("velmo-power", "status", "--mac", mac, "--json"))
+        self.assertEqual(told["holds"]["lastEnd"]["how"], "released")
+        self.serve("--mac", mac)
 
 
 if __name__ == "__main__":

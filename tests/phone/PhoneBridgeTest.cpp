@@ -1,4 +1,5 @@
 #include "lab/instruments/PhoneWorld.h"
+#include "phone/PhoneCommands.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -164,7 +165,7 @@ TEST_F(PhoneBridgeTest, KeepsTheCookieToAnEncryptedWay) {
                         .hash = [](ByteView bytes) { return Bytes(bytes.begin(), bytes.end()); },
                         .steadyTime = [] { return SteadyTime{}; },
                         .wallTime = [] { return WallTime{}; },
-                        .save = [](const PhoneRecord&) {}},
+                        .save = [](const PhoneRecord&) { return true; }},
                        {.port = 4711, .outside = "https://mac"});
     EXPECT_EQ(bridge.admit(DeviceRights::use), "https://mac/#" + std::string(32, '0'));
     HttpRequest request = PhoneWorld::request("POST", "/admit");
@@ -210,6 +211,23 @@ TEST_F(PhoneBridgeTest, RevokingClosesOpenPagesAtOnce) {
     EXPECT_EQ(other->closing, PhoneClosing::revoked);
     EXPECT_EQ(last->closing, PhoneClosing::revoked);
     EXPECT_THAT(world.saved.back().devices, IsEmpty());
+}
+
+TEST_F(PhoneBridgeTest, RevokingIsWrittenDownWhenRepeated) {
+    const std::string cookie = world.letIn();
+    const auto revoke = [&](const std::string& name) {
+        return obey(world.bridge, R"({"command":"revoke","name":")" + name + "\"}");
+    };
+    const auto page = world.open(cookie);
+    world.canSave = false;
+    EXPECT_EQ(revoke("phone"), "{\"ok\":true,\"saved\":false}\n");
+    EXPECT_EQ(page->closing, PhoneClosing::revoked);
+    EXPECT_EQ(world.saved.back().devices.size(), 1U);
+    EXPECT_EQ(revoke("phone"), "{\"ok\":true,\"saved\":false}\n");
+    world.canSave = true;
+    EXPECT_EQ(revoke("phone"), "{\"ok\":true,\"saved\":true}\n");
+    EXPECT_THAT(world.saved.back().devices, IsEmpty());
+    EXPECT_EQ(revoke("phone"), "{\"ok\":false}\n");
 }
 
 TEST_F(PhoneBridgeTest, OneConnectionTooManyReplacesASilentOne) {

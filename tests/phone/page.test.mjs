@@ -6,7 +6,7 @@ import { Connection } from "../../phone/page/connection.js";
 import { FrameReader, dataFrames, framesOfBytes, framesOfText, resizeFrame } from "../../phone/page/frames.js";
 import { Latch, modified } from "../../phone/page/keys.js";
 import { ago, factsOf, inOrder } from "../../phone/page/list.js";
-import { attentionText, newlyAsking } from "../../phone/page/notify.js";
+import { Notifier, attentionText, newlyAsking } from "../../phone/page/notify.js";
 import { powerFacts, powerLabel, powerWhy } from "../../phone/page/power.js";
 import { startCall, wordsOf } from "../../phone/page/start.js";
 
@@ -98,6 +98,25 @@ test("a session that asks for a person comes first, and is told once", () => {
     assert.deepEqual(sessions.slice(2).map(attentionText), ["Proceed?", "rings"]);
     const known = new Map([["c", 7], ["d", 2]]);
     assert.deepEqual(newlyAsking(sessions, known).map(({ id }) => id), ["a", "d"]);
+});
+
+test("a session that asks again is notified again, and only while the page is not looked at", async () => {
+    const notified = [];
+    const worker = { showNotification: (name, { body }) => notified.push(`${name}: ${body}`) };
+    const document = { visibilityState: "hidden" };
+    const values = {
+        isSecureContext: true, document, Notification: { permission: "granted" },
+        window: { Notification: {} }, navigator: { serviceWorker: { register: async () => worker } },
+    };
+    for (const [name, value] of Object.entries(values))
+        Object.defineProperty(globalThis, name, { value, configurable: true });
+    const notifier = new Notifier({ addEventListener: () => {} });
+    await new Promise(setImmediate);
+    for (const [attentionSince, visibilityState] of [[1, "hidden"], [1, "hidden"], [2, "visible"], [2, "hidden"], [3, "hidden"]]) {
+        document.visibilityState = visibilityState;
+        notifier.show([{ id: "a", name: "agent", attentionSince, notice: `at ${attentionSince}` }, { id: "b", name: "other" }]);
+    }
+    assert.deepEqual(notified, ["agent: at 1", "agent: at 3"]);
 });
 
 test("the power is told in words", () => {

@@ -111,8 +111,12 @@ private:
                 .steadyTime = Clocks::steadyTime,
                 .wallTime = Clocks::wallTime,
                 .save = [this](const PhoneRecord& record) {
-                    if (!folder_.write(record))
-                        phoneComplains("the devices can't be written down", PhoneExit::refused);
+                    const bool isWritten = folder_.write(record);
+                    if (!isWritten)
+                        phoneComplains("the devices can't be written down; " + folder_.path()
+                                           + " can't be written to",
+                                       PhoneExit::refused);
+                    return isWritten;
                 }};
     }
 

@@ -8,8 +8,9 @@
 namespace velmo::PhoneExit {
 
 inline constexpr int success = 0;
-inline constexpr int usage = 122;   ///< the command line is wrong
-inline constexpr int refused = 123; ///< another bridge serves, the port is taken, or no such device
+inline constexpr int usage = 122;     ///< the command line is wrong
+inline constexpr int refused = 123;   ///< another bridge serves, the port is taken, no such device,
+                                      ///< or the state folder can't be used or written to
 inline constexpr int noBridge = 124;  ///< no bridge serves
 inline constexpr int unwritten = 125; ///< what was asked for can't be written to standard output
 

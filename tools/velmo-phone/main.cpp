@@ -99,8 +99,14 @@ int revoke(const CommandLine::Line& line) {
     const auto reply = ask(command);
     if (!reply)
         return phoneComplains(noBridge, PhoneExit::noBridge);
-    return reply->ok ? PhoneExit::success
-                     : phoneComplains("no device has this name", PhoneExit::refused);
+    if (!reply->ok)
+        return phoneComplains("no device has this name", PhoneExit::refused);
+    return reply->saved.value_or(true)
+               ? PhoneExit::success
+               : phoneComplains(
+                     "the state folder can't be written to, and a bridge that is started "
+                     "anew lets the device in again; repeat this once there is room",
+                     PhoneExit::refused);
 }
 
 int run(const CommandLine::Line& line) {

@@ -74,10 +74,12 @@ export class Computer {
     #bridge = null;
     #daemon = null;
 
-    static async start() {
+    /** Without a network the phones reach the bridge itself. */
+    static async start({ hasNetwork = true } = {}) {
         const computer = new Computer();
         writeFileSync(join(computer.home, ".bash_profile"), "PS1='$ '\n");
-        computer.url = `http://127.0.0.1:${await computer.network.open()}`;
+        if (hasNetwork)
+            computer.url = `http://127.0.0.1:${await computer.network.open()}`;
         await computer.serve();
         return computer;
     }
@@ -104,12 +106,12 @@ export class Computer {
 
     /** Starts the bridge, and waits until it has printed its address. */
     async serve() {
-        this.#bridge = spawn(join(programs, "velmo-phone"), ["--url", this.url],
+        this.#bridge = spawn(join(programs, "velmo-phone"), this.url ? ["--url", this.url] : [],
             { env: this.environment, stdio: ["ignore", "pipe", "inherit"] });
         const ended = once(this.#bridge, "exit").then(() => Promise.reject(new Error("the bridge has ended")));
         ended.catch(() => {}); // of no interest later
-        const [line] = await Promise.race([once(this.#bridge.stdout.setEncoding("utf8"), "data"), ended]);
-        this.firstAddress = line.trim();
+        const [lines] = await Promise.race([once(this.#bridge.stdout.setEncoding("utf8"), "data"), ended]);
+        this.firstAddress = lines.split("\n")[0];
         this.network.target = JSON.parse(this.#read("phone.json")).port;
     }
 
@@ -192,13 +194,15 @@ export const devices = {
 
 export const firefoxPath = process.env.VELMO_FIREFOX;
 
-export function launchBrowser(browser = "chrome") {
+/** `more` are options of puppeteer's. */
+export function launchBrowser(browser = "chrome", more = {}) {
     if (browser === "firefox")
         return puppeteer.launch({ browser, executablePath: firefoxPath });
     return puppeteer.launch({
         executablePath: process.env.VELMO_CHROMIUM,
         // Chromium refuses its sandbox to root, as which containers run.
         args: ["--disable-gpu", ...(process.getuid() === 0 ? ["--no-sandbox"] : [])],
+        ...more,
     });
 }
 

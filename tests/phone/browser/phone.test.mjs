@@ -90,6 +90,28 @@ test("the bar has the keys that a phone lacks", async (t) => {
     await phone.tapKey("Esc");
     await phone.type(":q!\r");
     await until(async () => !(await phone.screen()).includes("~\n~"));
+
+    await phone.type("echo rea''dy; cat >/dev/null\r");
+    await phone.shows("ready\n");
+    const pipe = await phone.page.$('#keys [aria-label="Pipe"]');
+    await pipe.scrollIntoView();
+    const { x, y } = await pipe.clickablePoint();
+    const finger = await phone.page.touchscreen.touchStart(x, y);
+    await phone.shows("|||");
+    await finger.move(x, y - 200); // so that it ends in no click
+    await finger.end();
+    await phone.type("a");
+    await phone.page.evaluate(() => new Promise((done) => setTimeout(done, 200))); // the bar's timers come before
+    await phone.type("z");
+    await until(async () => /\|\|\|a.*z/.test(await phone.screen()));
+    assert.match(await phone.screen(), /\|\|\|az/, "a key that is released is typed no more");
+
+    await phone.tapKey("Control C");
+    await phone.tapKey("Ctrl");
+    computer.session("send", "keys", "printf '\\033[6n'; cat -v", "Enter");
+    await until(async () => /\^\[\[\d+;\d+R/.test(await phone.screen()));
+    await phone.type("a"); // the terminal's answer has left the latch as it was
+    await phone.shows("R^A");
 });
 
 test("who types decides the size, and gives it back", async (t) => {
