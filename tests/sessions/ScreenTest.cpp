@@ -363,8 +363,9 @@ TEST(Screen, TakesLittleMemoryWhateverItShows) {
     styled.resize({.cols = 10, .rows = 5});
     EXPECT_TRUE(styled.drawn(styled.size()).contains("\033[0;38;2;7;7;7mabove"));
     Screen alternate(small);
+    alternate.follow(bytesOf("\033[?1049h"));
     for (int i = 0; i < 100; ++i)
-        alternate.follow(bytesOf("\033[?1049hx\n"));
+        alternate.follow(bytesOf("x\n"));
     EXPECT_LE(alternate.cells(), 4U * 32) << "nothing is kept of the alternate screen";
 }
 

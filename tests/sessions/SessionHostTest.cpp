@@ -807,6 +807,7 @@ TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
         {"plain", ""},
         {"plain" + noise, noise},
         {lines, "next"},
+        {"", lines},
         {lines + noise, "next"},
         {lines + "\033[1;23r\033[24Hbar\033[5H", "\033[6n\n\nnext"},
         {lines + block, block + "\033[3"},
