@@ -348,14 +348,27 @@ TEST(Screen, TakesLittleMemoryWhateverItShows) {
     screen.follow(bytesOf("\033c"));
     EXPECT_TRUE(screen.isWhole());
     for (int i = 0; i < 100; ++i)
-        screen.follow(bytesOf("\033[500H\n" + std::string(900, '.')));
+        screen.follow(bytesOf("\033[H" + std::string(900, '.') + "\033[S"));
     EXPECT_LE(screen.cells(), Screen::maxCells + 1024);
     EXPECT_GT(screen.cells(), Screen::maxCells / 2);
+    EXPECT_TRUE(screen.isWhole()) << "rows above the screen are forgotten first";
     Screen low(small);
     for (int i = 0; i < 100; ++i)
         low.follow(bytesOf("\r\n" + std::to_string(i)));
     low.resize({.cols = 10, .rows = 500});
     EXPECT_EQ(low.text().size(), ScreenGrid::maxAbove + 4);
+    Screen styled(small);
+    styled.follow(bytesOf("\033[38;2;7;7;7mabove\033[m\r\n\n\n\n"));
+    for (int i = 0; i < 3000; ++i)
+        styled.follow(bytesOf("\033[4H\033[48;5;" + std::to_string(i % 256) + ";38;5;"
+                              + std::to_string(i / 256) + "mx"));
+    styled.resize({.cols = 10, .rows = 5});
+    EXPECT_TRUE(styled.drawn(styled.size()).contains("\033[0;38;2;7;7;7mabove"));
+    Screen alternate(small);
+    alternate.follow(bytesOf("\033[?1049h"));
+    for (int i = 0; i < 100; ++i)
+        alternate.follow(bytesOf("x\n"));
+    EXPECT_LE(alternate.cells(), 4U * 32) << "nothing is kept of the alternate screen";
 }
 
 } // namespace
