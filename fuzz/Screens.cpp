@@ -6,8 +6,8 @@ namespace velmo::Fuzz {
 namespace {
 
 /// The input is two sizes and output, cut in two. The screen must not depend on the cut nor take
-/// more cells than it may; drawn on another screen, it must look the same there, and be drawn the
-/// same.
+/// more cells than it may, also where it changes its size there and back; drawn on another screen,
+/// also over what that shows, it must look the same there, and be drawn the same.
 void checkScreens(Input input) {
     const auto nextSize = [&] {
         return PtyFrame::Size{.cols = 1 + input.byte() % 100, .rows = 1 + input.byte() % 50};
@@ -22,8 +22,19 @@ void checkScreens(Input input) {
     cutScreen.follow(output.first(std::min(cut, output.size())));
     cutScreen.follow(output.subspan(std::min(cut, output.size())));
     require(screen.drawn(first) == cutScreen.drawn(first));
-    for (const PtyFrame::Size size : {first, second}) {
+    Screen resized(first);
+    resized.followAhead(output.first(std::min(cut, output.size())));
+    resized.resize(second);
+    resized.follow(output.subspan(std::min(cut, output.size())));
+    for (const PtyFrame::Size size : {first, second, first}) {
         screen.resize(size);
+        resized.resize(size);
+        if (resized.isWhole() && resized.isAlternate() == screen.isAlternate()) {
+            Screen terminal = screen;
+            terminal.follow(bytesOf(resized.drawnAnew(Screen::Part::all)));
+            require(terminal.text() == resized.text());
+            require(terminal.cursor() == resized.cursor());
+        }
         require(screen.cells() <= Screen::maxCells + static_cast<std::size_t>(size.cols) + 64);
         Screen other(size);
         other.follow(bytesOf(screen.drawn(size)));

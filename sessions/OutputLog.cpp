@@ -16,8 +16,9 @@ std::span<std::uint8_t> OutputLog::room() {
         memory_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
     if (end_ - begin_ > kept + dropped) {
         const Position until = end_ - kept;
-        if (behind().position < until)
-            follow(*behind_, until);
+        if (!behind_)
+            behind_ = std::make_unique<Follower>(followerAtBegin());
+        follow(*behind_, until, Next::more);
         if (answering_ && answering_->position < until)
             answering_.reset();
         std::erase_if(sizes_, [&](const SizeChange& each) { return each.position < until; });
@@ -37,31 +38,30 @@ OutputLog::Follower OutputLog::followerAtBegin() const {
     return behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_};
 }
 
-OutputLog::Follower& OutputLog::behind() {
-    if (!behind_)
-        behind_ = std::make_unique<Follower>(followerAtBegin());
-    return *behind_;
+/// Has a screen follow the output up to a position, and no sizes.
+void OutputLog::followOutput(Follower& follower, Position until) const {
+    while (follower.position < until) {
+        const ByteView piece =
+            at(follower.position, static_cast<std::size_t>(until - follower.position));
+        follower.screen.followAhead(piece);
+        follower.position += piece.size();
+    }
 }
 
-/// Has a screen follow the output and the sizes up to a position.
-void OutputLog::follow(Follower& follower, Position until) const {
-    const auto followOutput = [&](Position end) {
-        while (follower.position < end) {
-            const ByteView piece =
-                at(follower.position, static_cast<std::size_t>(end - follower.position));
-            follower.screen.follow(piece);
-            follower.position += piece.size();
-        }
-    };
+/// Has a screen follow the output and the sizes up to a position. Where more follows, the screen
+/// may be asked for nothing before that.
+void OutputLog::follow(Follower& follower, Position until, Next next) const {
     for (const auto& [position, size] : sizes_) {
         if (position < follower.position)
             continue; // followed before
         if (position > until)
             break;
-        followOutput(position);
+        followOutput(follower, position);
         follower.screen.resize(size);
     }
-    followOutput(until);
+    followOutput(follower, until);
+    if (next == Next::question)
+        follower.screen.follow({});
 }
 
 /// Has a screen follow the output to the end of the piece under way.
@@ -73,47 +73,52 @@ void OutputLog::followToRest(Follower& follower) const {
 OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
                                         std::optional<std::size_t> lines) {
     const Position earliest = lines ? beginningOfLast(*lines) : begin_;
+    const Screen::Part anew = lines ? Screen::Part::withoutMainRows : Screen::Part::all;
     const auto startAt = [&](const Follower& first, Screen::Part part) {
         Start start{.position = first.position,
                     .sequences = first.screen.drawn(size, part),
                     .reportsFocus = first.screen.modes().reportsFocus(),
                     .isExact = (part == Screen::Part::all || first.screen.isAlternate())
                                && first.screen.isWhole()};
-        showAnew(start, size);
+        showAnew(start, size, anew);
         return start;
     };
     if (earliest == 0 || !memory_) {
         Start start{.position = earliest, .isExact = true};
-        showAnew(start, size);
+        showAnew(start, size, anew);
         return start;
     }
-    if (earliest > begin_) {
-        Follower start = followerAtBegin();
-        if (start.position < earliest)
-            follow(start, earliest);
-        followToRest(start);
-        return startAt(start, Screen::Part::withoutMainRows);
-    }
-    followToRest(behind());
-    return startAt(*behind_, Screen::Part::all);
+    Follower start = followerAtBegin();
+    follow(start, std::max(start.position, earliest));
+    followToRest(start);
+    return startAt(start, earliest > begin_ ? Screen::Part::withoutMainRows : Screen::Part::all);
 }
 
-/// Has a replay show the alternate screen once more where the program's terminal got its size, if
-/// that was later. The main screen is left as it is, with the lines that have scrolled off it.
-void OutputLog::showAnew(Start& start, std::optional<PtyFrame::Size> size) const {
+/// Has a replay show the screen once more where the program's terminal got its size, if that was
+/// later and a terminal shows something else there: lines are broken anew and come back from above
+/// when a terminal gets another size, and the replay before is written for the old one.
+void OutputLog::showAnew(Start& start, std::optional<PtyFrame::Size> size,
+                         Screen::Part part) const {
     if (sizes_.empty() || sizes_.back().position <= start.position)
         return;
     start.isExact = false;
     if (sizes_.back().size != size)
         return;
-    Follower follower = followerAtBegin();
-    follow(follower, sizes_.back().position);
-    followToRest(follower);
-    if (!follower.screen.isAlternate())
+    Follower asDrawn = followerAtBegin();
+    follow(asDrawn, sizes_.back().position);
+    followToRest(asDrawn);
+    const Screen& screen = asDrawn.screen;
+    if (!screen.isAlternate() && (part != Screen::Part::all || !screen.isWhole()))
         return;
-    start.anewAt = follower.position;
-    start.anew = follower.screen.drawnAnew();
-    start.isExact = follower.screen.isWhole();
+    Follower asReplayed{.screen = Screen(*size), .position = start.position};
+    asReplayed.screen.follow(bytesOf(start.sequences));
+    followOutput(asReplayed, asDrawn.position);
+    asReplayed.screen.follow({});
+    start.isExact = screen.isWhole();
+    if (asReplayed.screen.drawn(size, part) == screen.drawn(size, part))
+        return;
+    start.anewAt = asDrawn.position;
+    start.anew = screen.drawnAnew(screen.isWhole() ? part : Screen::Part::withoutMainRows);
 }
 
 /// Returns the position behind the line feed before so many lines; the first that is kept if there
@@ -151,6 +156,7 @@ SequenceReader OutputLog::readerAt(Position position) const {
 std::string OutputLog::answers(Position from) {
     if (!answering_) {
         answering_ = std::make_unique<Follower>(followerAtBegin());
+        follow(*answering_, from); // with the text, since another size moves the cursor with it
         answering_->screen.beginAnswering();
     }
     follow(*answering_, from);

@@ -55,8 +55,8 @@ public:
         std::string sequences;     ///< show the screen as it was at the position, and set the modes
         bool reportsFocus = false; ///< the program had asked for focus reports before the position
 
-        Position anewAt = 0; ///< where the alternate screen is shown once more, because what comes
-                             ///<   before was written for another size
+        Position anewAt = 0; ///< where the screen is shown once more, because what comes before was
+                             ///<   written for another size
         std::string anew;    ///< the sequences for that; empty if it is not necessary
 
         /// A terminal of the program's size shows in the end what the program has drawn.
@@ -105,11 +105,13 @@ private:
         PtyFrame::Size size;
     };
 
+    enum class Next { question, more }; ///< what a screen that has followed gets next
+
     [[nodiscard]] Follower followerAtBegin() const;
-    Follower& behind();
     [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
-    void showAnew(Start& start, std::optional<PtyFrame::Size> size) const;
-    void follow(Follower& follower, Position until) const;
+    void showAnew(Start& start, std::optional<PtyFrame::Size> size, Screen::Part part) const;
+    void followOutput(Follower& follower, Position until) const;
+    void follow(Follower& follower, Position until, Next next = Next::question) const;
     void followToRest(Follower& follower) const;
 
     std::unique_ptr<std::uint8_t[]> memory_; ///< null before the first output
@@ -117,7 +119,7 @@ private:
     Position end_ = 0;
     PtyFrame::Size firstSize_;
     std::vector<SizeChange> sizes_;       ///< that `behind_` has not followed
-    std::unique_ptr<Follower> behind_;    ///< at `begin_`, or a little later between two pieces
+    std::unique_ptr<Follower> behind_;    ///< at `begin_`; some of its lines may wait
     std::unique_ptr<Follower> answering_; ///< with no cells: where `answers` has got to
 };
 

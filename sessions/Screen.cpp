@@ -17,7 +17,8 @@ using Kind = SequenceReader::Kind;
 
 constexpr int sweepPeriod = 256;      // lookups in tables
 constexpr std::size_t fewBytes = 256; // that are read without a look at what scrolls off
-constexpr int maxCount = 10000;       // more than any screen has
+constexpr std::size_t maxWaiting = std::size_t{1} << 15; ///< bytes of lines
+constexpr int maxCount = 10000;                          // more than any screen has
 constexpr char shiftOut = '\x0E';
 constexpr char shiftIn = '\x0F';
 constexpr std::size_t maxAnswers = 4096; ///< bytes
@@ -56,9 +57,10 @@ std::size_t lengthInRow(std::string_view text) {
     return isInRow ? end + 1 : 0;
 }
 
-/// Returns the front of the text that goes from row to row without any sequence but those.
-std::string_view linesAtFront(std::string_view text) {
-    std::size_t end = 0;
+/// Returns the front of the text that goes from row to row without any sequence but those. So much
+/// of it is known to do so.
+std::string_view linesAtFront(std::string_view text, std::size_t known) {
+    std::size_t end = known;
     while (end < text.size()) {
         end = std::min(text.find('\033', end), text.size());
         const std::size_t sequence = lengthInRow(text.substr(end));
@@ -116,16 +118,29 @@ Screen::Screen(PtyFrame::Size size) : size_(size) {
     reset();
 }
 
-void Screen::follow(ByteView output) {
+void Screen::follow(ByteView output, Lines lastLines) {
     const auto read = [this](std::string_view text) {
         reader_.read(bytesOf(text),
                      [this](const SequenceReader::Sequence& sequence) { obey(sequence); });
     };
     std::string_view rest = textOf(output);
+    std::string joined;
+    std::size_t known = std::min(waiting_.rfind('\033'), waiting_.size());
+    if (!waiting_.empty()) {
+        joined = std::exchange(waiting_, {}).append(rest);
+        rest = joined;
+    }
     while (!rest.empty()) {
-        const std::string_view lines = isAtRest() ? linesAtFront(rest) : "";
+        const std::string_view lines = isAtRest() ? linesAtFront(rest, known) : "";
+        known = 0;
         const std::size_t skipped = lines.size() < fewBytes ? 0 : skip(lines);
         const std::size_t length = std::max(lines.size(), std::min(fewBytes, rest.size()));
+        // What comes behind the lines, if anything, is a sequence that is cut.
+        const bool isAtEnd = skipped > 0 && rest.find('\033', length + 1) == std::string_view::npos;
+        if (lastLines == Lines::mayWait && isAtEnd && rest.size() - skipped <= maxWaiting) {
+            waiting_ = rest.substr(skipped);
+            return;
+        }
         read(rest.substr(skipped, length - skipped));
         rest.remove_prefix(length);
         for (; !rest.empty() && !isAtRest(); rest.remove_prefix(1))
@@ -140,8 +155,9 @@ std::size_t Screen::skip(std::string_view lines) {
     if (!scrollsWhole)
         return 0;
     // Each line feed goes down by a row at least. So many of them leave the rows behind that the
-    // screen has below the cursor, and then all that was written before.
-    const int enough = rows() + bottom_ - cursor_.row + 1;
+    // screen has below the cursor, then all that was written before, and what is kept of that.
+    const int kept = shown_ == mainScreen ? static_cast<int>(ScreenGrid::maxAbove) : 0;
+    const int enough = rows() + bottom_ - cursor_.row + 1 + kept;
     std::size_t start = lines.size();
     int count = 0;
     if (!lines.contains('\n'))
@@ -422,7 +438,7 @@ void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
         obeyControl('\r');
         break;
     case 'S':
-        scroll(top_, count);
+        scrollUp(count);
         break;
     case 'T':
         if (numbers.size() == 1)
@@ -648,9 +664,12 @@ void Screen::split(int column) {
     }
 }
 
-/// Forgets rows if there are too many cells: first of the screen that is not shown.
+/// Forgets rows if there are too many cells: first those above the main screen, then those of the
+/// screen that is not shown.
 void Screen::limit() {
     std::size_t count = cells();
+    for (; count > maxCells && grids_[mainScreen].above() > 0; count = cells())
+        grids_[mainScreen].forgetAbove(1);
     for (const std::size_t which : {1 - shown_, shown_}) {
         for (int row = 0; row < rows() && count > maxCells; ++row) {
             if (which == shown_ && row == cursor_.row)
@@ -683,7 +702,7 @@ void Screen::index() {
     if (cursor_.row != bottom_)
         cursor_.row = std::min(cursor_.row + 1, rows() - 1);
     else if (isWithinMargins())
-        scroll(top_, 1);
+        scrollUp(1);
 }
 
 void Screen::reverseIndex() {
@@ -692,6 +711,14 @@ void Screen::reverseIndex() {
         cursor_.row = std::max(cursor_.row - 1, 0);
     else if (isWithinMargins())
         scroll(top_, -1);
+}
+
+/// Scrolls the region up. What leaves the main screen there is kept, as some terminals do even
+/// where the region begins further down.
+void Screen::scrollUp(int rows) {
+    if (shown_ == mainScreen && !hasMargins_ && !isAnswering_)
+        grid().keep(top_, std::min(rows, bottom_ - top_ + 1));
+    scroll(top_, rows);
 }
 
 void Screen::scroll(int top, int rows) {
@@ -720,8 +747,11 @@ void Screen::insertColumns(int count) {
 }
 
 void Screen::eraseDisplay(int part) {
+    const bool isWhole = part == 2 || (part == 0 && cursor_.row == 0 && cursor_.column == 0);
+    if (part == 3 || (isWhole && shown_ == mainScreen))
+        grids_[mainScreen].forgetAbove(grids_[mainScreen].above());
     if (part > 2)
-        return; // lines that have scrolled off the top
+        return;
     cursor_.wrapsNext = false;
     if (isAnswering_)
         return;
@@ -789,10 +819,7 @@ Screen::Cursor Screen::withinRegion(Cursor cursor) const {
 }
 
 void Screen::reset() {
-    for (ScreenGrid& each : grids_) {
-        each.resize(0, columns(), rows());
-        each.resize(rows(), columns(), 0);
-    }
+    forgetText();
     isWhole_ = true;
     shown_ = mainScreen;
     saved_ = {};
@@ -818,31 +845,38 @@ void Screen::softReset() {
 void Screen::resize(PtyFrame::Size size) {
     if (size == size_)
         return;
-    if (cursor_.wrapsNext && size.cols > size_.cols)
-        ++cursor_.column; // the next character goes behind the last one
-    const int lost = std::max(cursor_.row - (size.rows - 1), 0);
-    const int lostOfMain =
-        shown_ == mainScreen
-            ? lost
-            : std::max(saved_[mainScreen].value_or(Cursor{}).row - (size.rows - 1), 0);
+    follow({});
+    const bool isMain = shown_ == mainScreen;
+    Cursor none;
+    Cursor& hidden = saved_[mainScreen] ? *saved_[mainScreen] : none;
+    Cursor& ofMain = isMain ? cursor_ : hidden;
+    const ScreenGrid::Spot spot = grids_[mainScreen].reflow(
+        size.rows, columns(), size.cols,
+        {.row = ofMain.row, .column = ofMain.column + (ofMain.wrapsNext ? 1 : 0)});
     size_ = size;
-    grids_[mainScreen].resize(rows(), columns(), lostOfMain);
-    grids_[alternateScreen].resize(rows(), columns(), shown_ == mainScreen ? 0 : lost);
+    const int lost = isMain ? 0 : std::max(cursor_.row - (rows() - 1), 0);
+    grids_[alternateScreen].resize(rows(), columns(), lost);
     cursor_.row -= lost;
-    cursor_.column = std::min(cursor_.column, columns() - 1);
-    cursor_.wrapsNext = false;
     for (auto& saved : saved_) {
-        if (!saved)
-            continue;
-        saved->row = std::min(saved->row, rows() - 1);
-        saved->column = std::min(saved->column, columns() - 1);
-        saved->wrapsNext = false;
+        if (saved)
+            keepOnScreen(*saved);
     }
+    keepOnScreen(cursor_);
+    ofMain.row = spot.row;
+    ofMain.column = std::min(spot.column, columns() - 1);
+    ofMain.wrapsNext = spot.column == columns() && wraps_;
     endRegion();
     const std::size_t known = tabs_.size();
     tabs_.resize(static_cast<std::size_t>(columns()), false);
     for (std::size_t column = known; column < tabs_.size(); ++column)
         tabs_[column] = column % tabWidth == 0;
+    isAnswering_ ? forgetText() : limit();
+}
+
+void Screen::keepOnScreen(Cursor& cursor) const {
+    cursor.row = std::min(cursor.row, rows() - 1);
+    cursor.column = std::min(cursor.column, columns() - 1);
+    cursor.wrapsNext = false;
 }
 
 bool Screen::isWithinMargins() const {
@@ -877,13 +911,8 @@ bool Screen::sweep() {
         return false;
     lookups_ = 0;
     tables_.beginSweep();
-    for (const ScreenGrid& each : grids_) {
-        for (int row = 0; row < each.rows(); ++row) {
-            tables_.use(Cell{.style = each.row(row).style});
-            for (const Cell& cell : each.row(row).cells)
-                tables_.use(cell);
-        }
-    }
+    for (const ScreenGrid& each : grids_)
+        each.use(tables_);
     tables_.use(cursor_.style);
     for (const auto& saved : saved_) {
         if (saved)
@@ -901,12 +930,17 @@ Screen::Place Screen::cursor() const {
 
 void Screen::beginAnswering() {
     isAnswering_ = true;
+    forgetText();
+    tables_ = {};
+    modes_ = {};
+}
+
+void Screen::forgetText() {
     for (ScreenGrid& each : grids_) {
+        each.forgetAbove(each.above());
         for (int row = 0; row < each.rows(); ++row)
             each.clear(row, 0);
     }
-    tables_ = {};
-    modes_ = {};
 }
 
 } // namespace velmo

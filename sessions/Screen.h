@@ -19,13 +19,15 @@
 namespace velmo {
 
 /// What a terminal of xterm's kind shows after a program's output: the main and the alternate
-/// screen with text, attributes, colours, links and prompts, the cursor, and the modes. Lines that
-/// scroll off the top are forgotten, and pictures are not known. Accepts any bytes, cut anywhere.
+/// screen with text, attributes, colours, links and prompts, the cursor, and the modes. The last
+/// rows that have scrolled off the main screen's top come back when the screen grows; all others
+/// are forgotten, and so are these when the whole screen is erased. Pictures are not known. Accepts
+/// any bytes, cut anywhere.
 ///
 /// A screen takes at most about 192 KiB, whatever its size: if its cells would take more, the rows
-/// at the top are forgotten, first those of the screen that is not shown. Blanks at the end of a
-/// row are no cells, so that this happens beyond about 120 columns by 40 rows of full lines on both
-/// screens, or 200 by 50 on one.
+/// at the top are forgotten, first those that have scrolled off, then those of the screen that is
+/// not shown. Blanks at the end of a row are no cells, so that the latter happens beyond about 120
+/// columns by 40 rows of full lines on both screens, or 200 by 50 on one.
 class Screen {
 public:
     static constexpr std::size_t maxCells = std::size_t{10} << 10; ///< with memory, of both screens
@@ -34,15 +36,21 @@ public:
 
     /// Follows the next output. Many lines at once cost about as much as a search for ESC, since
     /// lines that scroll off the top are not written first.
-    void follow(ByteView output);
+    void follow(ByteView output) { follow(output, Lines::areWritten); }
+
+    /// Follows output before more, which comes by `follow`, if only as an empty piece, before the
+    /// screen is asked for anything. The lines at the end may wait until then, since they may
+    /// scroll off.
+    void followAhead(ByteView output) { follow(output, Lines::mayWait); }
 
     /// Returns whether the output so far ends outside of any sequence and character.
     [[nodiscard]] bool isAtRest() const { return reader_.isAtRest(); }
 
     [[nodiscard]] PtyFrame::Size size() const { return size_; }
 
-    /// Gives the screen another size. Lines are cut at the right and at the bottom; at the top only
-    /// as far as the cursor's line would not fit otherwise.
+    /// Gives the screen another size. The main screen does what `ScreenGrid::reflow` says. Of the
+    /// alternate one, lines are cut at the right and at the bottom; at the top only as far as the
+    /// cursor's line would not fit otherwise.
     void resize(PtyFrame::Size size);
 
     enum class Part {
@@ -56,11 +64,12 @@ public:
     [[nodiscard]] std::string drawn(std::optional<PtyFrame::Size> size,
                                     Part part = Part::all) const;
 
-    /// Returns what makes a terminal of the screen's size, which shows its own alternate screen,
-    /// show this one instead.
-    [[nodiscard]] std::string drawnAnew() const;
+    /// Returns what makes a terminal of the screen's size, which shows something else on the same
+    /// one of its two screens, show this one instead. The lines that have scrolled off its top are
+    /// left as they are. Without the main rows, the screen must be the alternate one.
+    [[nodiscard]] std::string drawnAnew(Part part) const;
 
-    /// Tells whether no rows were forgotten for their number of cells.
+    /// Tells whether no rows on the screens were forgotten for their number of cells.
     [[nodiscard]] bool isWhole() const { return isWhole_; }
 
     /// Returns the lines that are shown, without blanks at their ends, up to the last one with
@@ -115,6 +124,9 @@ private:
         Charsets charsets;
     };
 
+    enum class Lines { areWritten, mayWait };
+
+    void follow(ByteView output, Lines lastLines);
     [[nodiscard]] std::size_t skip(std::string_view lines);
     [[nodiscard]] std::size_t skipRows(std::string_view lines, int enough) const;
     void takeStyle(std::string_view lines);
@@ -146,11 +158,13 @@ private:
 
     void split(int column);
     void limit();
+    void forgetText();
     void fillToAlign();
     void place(int row, int column);
     void moveRows(int rows);
     void index();
     void reverseIndex();
+    void scrollUp(int rows);
     void scroll(int top, int rows);
     void insertColumns(int count);
     void eraseDisplay(int part);
@@ -159,6 +173,7 @@ private:
     void show(std::int32_t mode, bool alternate);
     void restore();
     [[nodiscard]] Cursor withinRegion(Cursor cursor) const;
+    void keepOnScreen(Cursor& cursor) const;
     void reset();
     void softReset();
     [[nodiscard]] std::uint16_t number(const CellStyle& style);
@@ -182,7 +197,6 @@ private:
 
     void drawMain(std::string& text, bool isSame) const;
     void drawTabs(std::string& text) const;
-    [[nodiscard]] std::size_t lengthThatGoesOn(int row) const;
     void drawRows(std::string& text, std::size_t which, int last, int maxColumns) const;
     void drawRegion(std::string& text) const;
     void drawStyle(std::string& text, const CellStyle& before, const CellStyle& style) const;
@@ -192,6 +206,7 @@ private:
 
     PtyFrame::Size size_;
     SequenceReader reader_;
+    std::string waiting_; ///< lines that are not written yet
     TerminalModes modes_;
     CellTables tables_;
     std::array<ScreenGrid, 2> grids_; ///< the main screen and the alternate one

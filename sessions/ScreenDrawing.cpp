@@ -46,19 +46,6 @@ void drawMoves(std::string& text, int up, int column) {
         text += "\033[" + std::to_string(column) + "C";
 }
 
-/// Returns the cell as a terminal shows it; absent for the right half of a wide character. A half
-/// that has lost the other one is a blank.
-std::optional<Cell> drawnAs(const std::vector<Cell>& cells, std::size_t column) {
-    const Cell& cell = cells[column];
-    const bool isLeftHalf =
-        cell.width == 2 && column + 1 < cells.size() && cells[column + 1].width == 0;
-    if (cell.width == 1 || isLeftHalf)
-        return cell;
-    if (cell.width == 0 && column > 0 && cells[column - 1].width == 2)
-        return std::nullopt;
-    return Cell{.style = cell.style};
-}
-
 } // namespace
 
 std::vector<std::string> Screen::text() const {
@@ -66,9 +53,9 @@ std::vector<std::string> Screen::text() const {
     const int last = grid().lastUsedRow();
     for (int row = 0; row <= last; ++row) {
         std::string line;
-        const auto& cells = grid().row(row).cells;
-        for (std::size_t column = 0; column < cells.size(); ++column) {
-            if (const auto cell = drawnAs(cells, column))
+        const ScreenGrid::Row& shown = grid().row(row);
+        for (std::size_t column = 0; column < shown.cells.size(); ++column) {
+            if (const auto cell = shown.shown(column))
                 tables_.append(line, *cell);
         }
         line.erase(line.find_last_not_of(' ') + 1);
@@ -114,10 +101,18 @@ std::string Screen::drawn(std::optional<PtyFrame::Size> size, Part part) const {
     return text;
 }
 
-std::string Screen::drawnAnew() const {
+std::string Screen::drawnAnew(Part part) const {
+    std::string text(usualModes);
     // The main screen's cursor is saved again when the terminal comes back, where the mode does so.
-    return std::string(usualModes) + "\033[?" + std::to_string(alternateMode_) + "l"
-           + drawn(size_, Part::withoutMainRows);
+    if (isAlternate())
+        text += "\033[?" + std::to_string(alternateMode_) + "l";
+    if (part == Part::all) {
+        // Erased from the bottom up, since some terminals keep what a whole screen's erasure takes.
+        text.append("\033[0m\033]8;;\033\\").append(plainCharsets);
+        text +=
+            "\033[" + std::to_string(rows()) + ";" + std::to_string(columns()) + "H\033[1J\033[H";
+    }
+    return text + drawn(size_, part);
 }
 
 /// Draws the main screen, and puts the cursor where it is there.
@@ -146,14 +141,15 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
     };
     for (int row = 0; row <= last; ++row) {
         const ScreenGrid::Row& drawn = grids_[which].row(row);
-        const std::size_t whole = which == mainScreen && row < last ? lengthThatGoesOn(row) : 0;
+        const std::size_t whole =
+            which == mainScreen && row < last
+                ? drawn.lengthBefore(grids_[mainScreen].row(row + 1), columns())
+                : 0;
         const std::size_t end = whole > 0 ? whole : drawn.lengthUsed(columns());
         if (drawn.isPrompt)
             text += "\033]133;A\033\\";
         for (std::size_t column = 0; column < end; ++column) {
-            const auto cell = column < drawn.cells.size()
-                                  ? drawnAs(drawn.cells, column)
-                                  : std::optional(Cell{.style = drawn.style});
+            const auto cell = drawn.shown(column);
             if (!cell || static_cast<int>(column) + cell->width > maxColumns)
                 continue;
             turnTo(cell->style);
@@ -170,18 +166,6 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
         if (row < last)
             text += "\r\n";
     }
-}
-
-/// Returns the length of a row of the main screen if its line goes on in the row below, so that a
-/// terminal gets there without a line feed; 0 otherwise.
-std::size_t Screen::lengthThatGoesOn(int row) const {
-    const ScreenGrid::Row& upper = grids_[mainScreen].row(row);
-    const ScreenGrid::Row& lower = grids_[mainScreen].row(row + 1);
-    if (!upper.continues || lower.isPrompt || lower.lengthUsed(columns()) == 0)
-        return 0;
-    const auto width = static_cast<std::size_t>(columns());
-    const bool isNextWide = drawnAs(lower.cells, 0).value_or(Cell{}).width == 2;
-    return isNextWide && upper.lengthUsed(columns()) < width ? width - 1 : width;
 }
 
 /// Sets tab stops, unless they are as after a reset.
@@ -240,13 +224,9 @@ void Screen::drawStyle(std::string& text, const CellStyle& before, const CellSty
 /// Puts the cursor where the terminal must have it, with its style and character sets.
 void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& cursor) const {
     text.append(plainCharsets).append(cursor.isInRegion ? "\033[?6h" : "\033[?6l");
-    const auto& cells = grids_[which].row(cursor.row).cells;
+    const ScreenGrid::Row& row = grids_[which].row(cursor.row);
     int column = cursor.column;
-    const auto isRightHalf = [&] {
-        return column > 0 && std::cmp_less(column, cells.size())
-               && !drawnAs(cells, static_cast<std::size_t>(column));
-    };
-    if (cursor.wrapsNext && wraps_ && isRightHalf())
+    if (cursor.wrapsNext && wraps_ && !row.shown(static_cast<std::size_t>(column)))
         --column;
     const int top = cursor.isInRegion ? top_ : 0;
     const int left = cursor.isInRegion ? left_ : 0;
@@ -254,9 +234,7 @@ void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& curs
             + "H";
     CellStyle style;
     if (cursor.wrapsNext && wraps_) { // only a character that is written has this effect
-        Cell cell = grids_[which].at(cursor.row, column);
-        if (std::cmp_less(column, cells.size()))
-            cell = drawnAs(cells, static_cast<std::size_t>(column)).value_or(Cell{});
+        const Cell cell = row.shown(static_cast<std::size_t>(column)).value_or(Cell{});
         style = tables_.style(cell.style);
         drawStyle(text, {}, style);
         tables_.append(text, cell);

@@ -122,6 +122,27 @@ std::size_t ScreenGrid::Row::lengthUsed(int columns) const {
     return length;
 }
 
+std::size_t ScreenGrid::Row::lengthBefore(const Row& below, int columns) const {
+    if (!continues || below.isPrompt || below.lengthUsed(columns) == 0)
+        return 0;
+    const std::size_t width = index(columns);
+    const bool isNextWide = below.shown(0).value_or(Cell{}).width == 2;
+    return isNextWide && lengthUsed(columns) < width ? width - 1 : width;
+}
+
+std::optional<Cell> ScreenGrid::Row::shown(std::size_t column) const {
+    if (column >= cells.size())
+        return Cell{.style = style};
+    const Cell& cell = cells[column];
+    const bool isLeftHalf =
+        cell.width == 2 && column + 1 < cells.size() && cells[column + 1].width == 0;
+    if (cell.width == 1 || isLeftHalf)
+        return cell;
+    if (cell.width == 0 && column > 0 && cells[column - 1].width == 2)
+        return std::nullopt;
+    return Cell{.style = cell.style};
+}
+
 bool ScreenGrid::write(int row, int column, const Cell& cell) {
     Row& found = rows_[index(row)];
     bool grows = false;
@@ -218,11 +239,31 @@ void ScreenGrid::resize(int rows, int columns, int withoutAtTop) {
     }
 }
 
+void ScreenGrid::keep(int first, int count) {
+    for (int row = first; row < first + count; ++row) {
+        if (above_.size() == maxAbove)
+            above_.pop_front();
+        above_.push_back(std::move(rows_[index(row)]));
+    }
+}
+
 std::size_t ScreenGrid::cells() const {
     std::size_t count = 0;
     for (const Row& row : rows_)
         count += row.cells.capacity();
+    for (const Row& row : above_)
+        count += row.cells.capacity();
     return count;
+}
+
+void ScreenGrid::use(CellTables& tables) const {
+    const auto useRow = [&tables](const Row& row) {
+        tables.use(Cell{.style = row.style});
+        for (const Cell& cell : row.cells)
+            tables.use(cell);
+    };
+    std::ranges::for_each(rows_, useRow);
+    std::ranges::for_each(above_, useRow);
 }
 
 int ScreenGrid::lastUsedRow() const {

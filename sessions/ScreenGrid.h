@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,9 +64,12 @@ private:
     std::vector<bool> usedClusters_;
 };
 
-/// The rows of one screen. Behind the last cell of a row everything is blank, in the row's style.
+/// The rows of one screen, and the last ones that have scrolled off its top, if the caller keeps
+/// them. Behind the last cell of a row everything is blank, in the row's style.
 class ScreenGrid {
 public:
+    static constexpr std::size_t maxAbove = 64; ///< rows that are kept above the top
+
     struct Row {
         std::vector<Cell> cells;
         std::uint16_t style = 0; ///< of what is behind the last cell
@@ -80,6 +84,19 @@ public:
 
         /// Returns the number of cells up to the last one that is not blank in that style.
         [[nodiscard]] std::size_t lengthUsed(int columns) const;
+
+        /// Returns the length of the row if its line goes on in the row below, so that a terminal
+        /// gets there without a line feed; 0 otherwise.
+        [[nodiscard]] std::size_t lengthBefore(const Row& below, int columns) const;
+
+        /// Returns a cell as a terminal shows it; absent for the right half of a wide character. A
+        /// half that has lost the other one is a blank.
+        [[nodiscard]] std::optional<Cell> shown(std::size_t column) const;
+    };
+
+    struct Spot {
+        int row;
+        int column; ///< the number of columns for a cursor behind the last one
     };
 
     /// A part of the screen, with its last row and column.
@@ -121,8 +138,26 @@ public:
     /// Changes the number of rows, after taking away some at the top, and cuts them to the columns.
     void resize(int rows, int columns, int withoutAtTop);
 
-    /// Returns the number of cells that take memory.
+    /// Changes the size as a terminal does that keeps what has scrolled off. Rows come back from
+    /// above where the screen grows, and go there where it shrinks, after the rows below the
+    /// cursor are lost; lines are broken anew at another width. Returns the cursor's new place: at
+    /// the same character, or at the top left if that has scrolled off.
+    Spot reflow(int rows, int columns, int newColumns, Spot cursor);
+
+    /// Keeps what is in some rows above the top, before they scroll off. The rows that have
+    /// scrolled off first are forgotten for that.
+    void keep(int first, int count);
+
+    [[nodiscard]] int above() const { return static_cast<int>(above_.size()); }
+
+    /// Forgets so many of the rows above the top, the topmost first.
+    void forgetAbove(int rows) { above_.erase(above_.begin(), above_.begin() + rows); }
+
+    /// Returns the number of cells that take memory, above the top as well.
     [[nodiscard]] std::size_t cells() const;
+
+    /// Names all that the cells use of the tables.
+    void use(CellTables& tables) const;
 
     /// Makes a row blank, in this style, and frees its memory.
     void clear(int row, std::uint16_t style) { this->row(row) = {.cells = {}, .style = style}; }
@@ -133,6 +168,7 @@ public:
 
 private:
     std::vector<Row> rows_;
+    std::deque<Row> above_;
 };
 
 } // namespace velmo

@@ -494,8 +494,8 @@ class Streams(PowerTest):
     def test_the_status_line_is_redrawn(self):
         terminal = self.terminal("hold", "--floor", "30", "--for", "1h")
         terminal.shows("nominal")
-        self.assertIn("\r\x1b[Kawake for 0:00:0", terminal.text())
-        self.assertIn(", for 0:59:5", terminal.text())
+        self.assertIn("\r\x1b[Kawake for 0:00:", terminal.text())
+        self.assertIn(", for 0:59:", terminal.text())
         self.assertIn(" | mains, battery 80% (floor 30%) | nominal", terminal.text())
         self.mac("set", "--sleep-disabled", "off")
         terminal.shows("sleep is enabled although the hold is in force")
@@ -512,8 +512,10 @@ class Streams(PowerTest):
             self.assertNotIn("\x1b", terminal.text(), options)
 
     def test_the_line_never_wraps(self):
-        terminal = self.terminal("hold", "--for", "2", columns=20)
-        terminal.shows("is over")
+        terminal = self.terminal("hold", columns=20)
+        terminal.shows("awake for")
+        os.kill(terminal.pid, signal.SIGINT)
+        terminal.shows("released")
         drawn = re.findall("\r\x1b\\[K(awake[^\r]*)", terminal.text())
         self.assertTrue(drawn and all(len(line) == 19 for line in drawn), drawn)
 

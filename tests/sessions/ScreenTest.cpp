@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace velmo {
 namespace {
@@ -92,7 +93,7 @@ TEST(Screen, ShowsWhatATerminalShows) {
             EXPECT_EQ(other.cursor(), c.cursor) << c.output;
             EXPECT_EQ(other.drawn(small), screen.drawn(small)) << c.output;
             for (Screen* each : {&screen, &other})
-                each->follow(bytesOf("x\n\t\0338y\033[?1049l\nz"));
+                each->follow(bytesOf("x\n\tw\0338y\033[?1049l\nz"));
             EXPECT_EQ(other.drawn(small), screen.drawn(small)) << "and goes on alike: " << c.output;
         }
     }
@@ -145,19 +146,102 @@ TEST(Screen, IsDrawnOnATerminalOfAnotherSizeWithoutBreakingItsLines) {
     EXPECT_EQ(linesOf(narrow), "in th/");
 }
 
-TEST(Screen, ChangesItsSize) {
-    Screen screen(small);
-    screen.follow(bytesOf("one\r\ntwo\r\n0123456789\r\nfour\033[2;3r\033[4;5H"));
-    screen.resize({.cols = 5, .rows = 2});
-    EXPECT_EQ(linesOf(screen), "01234/four/");
-    EXPECT_EQ(screen.cursor(), (Screen::Place{2, 5}));
-    screen.resize({.cols = 20, .rows = 3});
-    screen.follow(bytesOf("\r\n\n.\tx"));
-    EXPECT_EQ(linesOf(screen), "four//.       x/");
-    screen.follow(bytesOf("\033[2H01234567890123456789"));
-    screen.resize({.cols = 25, .rows = 3});
-    screen.follow(bytesOf("a"));
-    EXPECT_EQ(linesOf(screen), "four/01234567890123456789a/.       x/");
+// Behind each size a "." is written, where the cursor is then.
+TEST(Screen, ChangesItsSizeAsATerminalThatKeepsWhatScrollsOff) {
+    struct Resized {
+        std::string_view output;
+        std::vector<PtyFrame::Size> sizes;
+        std::string_view text;
+    };
+
+    const auto size = [](std::uint16_t cols, std::uint16_t rows) {
+        return PtyFrame::Size{.cols = cols, .rows = rows};
+    };
+    const Resized cases[] = {
+        {"a\r\nb\r\nc\r\nd\r\ne\r\nf", {size(10, 5)}, "b/c/d/e/f./"},
+        {"a\r\nb\r\nc\r\nd\r\ne\r\nf", {size(10, 9)}, "a/b/c/d/e/f./"},
+        {"a\r\nb\r\nc\r\nd\033[9S", {size(10, 6)}, "c/d//// ./"},
+        {"a\r\nb\r\nc\r\nd", {size(10, 2)}, "c/d./"},
+        {"a\r\nb\r\nc\r\nd", {size(10, 2), size(10, 4)}, "a/b/c/d../"},
+        {"a\r\nb\r\nc\r\nd\033[2;3H", {size(10, 2)}, "a/b ./"},
+        {"a\r\nb\r\nc\r\nd\033[2;3H", {size(10, 1), size(10, 3)}, "a/b ../"},
+        {"a\r\nb\r\nc\r\nd\r\ne\033[2J", {size(10, 5)}, "/// ./"},
+        {"a\r\nb\r\nc\r\nd\r\ne\033[H\033[J", {size(10, 5)}, "./"},
+        {"a\r\nb\r\nc\r\nd\r\ne\033[3J", {size(10, 5)}, "b/c/d/e./"},
+        {"a\r\nb\r\nc\r\nd\r\ne\033c", {size(10, 5)}, "./"},
+        {"a\r\nb\r\nc\r\nd\r\ne\033[1;1H\033[M", {size(10, 5)}, "a/./d/e/"},
+        {"a\r\nb\r\nc\r\nd\033[2;3r\033[3H\n", {size(10, 6)}, "b/a/c/./d/"},
+        {"a\r\nb\r\nc\r\nd\033[1;3r\033[3H\n", {size(10, 6)}, "a/b/c/./d/"},
+        {"a\r\nb\r\nc\r\nd\033[?69h\033[2;9s\033[4H\n", {size(10, 6)}, "a/b/c/./"},
+        {"a\033[?1049h\033[4H\n\n\033[?1049l", {size(10, 6)}, "a./"},
+        {"0123456789ab\r\nc", {size(14, 4)}, "0123456789ab/c./"},
+        {"0123456789ab\r\nc", {size(4, 5)}, "0123/4567/89ab/c./"},
+        {"0123456789\r\nx", {size(3, 4), size(10, 4)}, "0123456789/x../"},
+        {"0123456789\r\nx", {size(3, 4)}, "345/678/9/x./"},
+        {"0123456789012345\033[1;5H", {size(20, 4)}, "0123.56789012345/"},
+        {"0123456789012345\033[1;5H", {size(3, 6)}, "012/3.5/678/901/234/5/"},
+        {"0123456789012345\033[2;5H", {size(6, 4)}, "012345/678901/23.5/"},
+        {"0123456789012345\r\n\n\n\033[H", {size(4, 4)}, "89.1/2345/"},
+        {"0123456789\r\n0123456789\033[H", {size(4, 4)}, ".9/0123/4567/89/"},
+        {"0123456789", {size(12, 4)}, "0123456789./"},
+        {"0123456789", {size(5, 4)}, "01234/56789/./"},
+        {"0123456789", {size(10, 3)}, "0123456789/./"},
+        {"\033[1;9H", {size(5, 4)}, "/   ./"},
+        {"01234567\u4E16\u4E16", {size(9, 4)}, "01234567/\u4E16\u4E16./"},
+        {"01234567\u4E16\u4E16", {size(9, 4), size(13, 4)}, "01234567\u4E16\u4E16././"},
+        {"012345678\u4E16", {size(12, 4)}, "012345678\u4E16./"},
+        {"\u4E16\u4E16", {size(1, 9), size(10, 9)}, "\u4E16\u4E16../"},
+        {"0123456789ab\033[2H\033]133;A\a", {size(14, 4)}, "0123456789/.b/"},
+        {"0123456789\033[44m\033[K\r\nx", {size(14, 4)}, "012345678/x./"},
+        {"a\r\nb\r\nc\033[?1049h\033[H0123456789\r\nd\r\ne\r\nf", {size(5, 2)}, "e/f./"},
+        {"0123456789\033[?1049h\033[H\033[?1049l", {size(5, 4)}, "01234/56789/./"},
+        {"0123456789a\033[?1049h\033[3H\033[2;3r", {size(20, 4)}, "./"},
+    };
+    for (const auto& [output, sizes, text] : cases) {
+        Screen screen(small);
+        screen.follow(bytesOf(output));
+        for (const PtyFrame::Size each : sizes) {
+            screen.resize(each);
+            screen.follow(bytesOf("."));
+        }
+        EXPECT_EQ(linesOf(screen), text) << output;
+        Screen other(screen.size());
+        other.follow(bytesOf(screen.drawn(screen.size())));
+        EXPECT_EQ(other.drawn(screen.size()), screen.drawn(screen.size())) << output;
+        screen.follow(bytesOf("\033[?1049l"));
+        EXPECT_EQ(linesOf(screen).starts_with("0123456789a/"),
+                  output.starts_with("0123456789a\033"))
+            << "the main screen, too: " << output;
+    }
+}
+
+TEST(Screen, IsDrawnAnewOverWhatATerminalShows) {
+    const std::string_view screens[] = {
+        "",
+        "one\r\n0123456789ab\r\n\033[44mx\033[K\033[m\033[2;3r\033[?6h",
+        "\033]133;A\a$ \033]8;;http://a\a0123456789\033[20h\033[3g\033[4G\033H",
+        "a\r\nb\r\nc\r\n0123456789\0337",
+        "main\033[?1049h\033[4Hlast\033[?69h\033[2;5s",
+    };
+    const std::string_view befores[] = {
+        "1\r\n2\r\n3\r\n4\r\n5\r\n6",
+        "1\r\n2\r\n3\r\n4\r\n5\r\n6\033[2;3r\033[?6h\033[41;1m\033[4h\016\033)0\033]8;;http://b\a",
+    };
+    for (const std::string_view output : screens) {
+        for (const std::string_view before : befores) {
+            Screen screen(small);
+            screen.follow(bytesOf(output));
+            Screen terminal(small);
+            terminal.follow(bytesOf(before));
+            if (screen.isAlternate())
+                terminal.follow(bytesOf("\033[?1049hin the way"));
+            terminal.follow(bytesOf(screen.drawnAnew(Screen::Part::all)));
+            EXPECT_EQ(terminal.drawn(small), screen.drawn(small)) << output << before;
+            terminal.follow(bytesOf("\033[?1049l"));
+            terminal.resize({.cols = 10, .rows = 6});
+            EXPECT_TRUE(linesOf(terminal).starts_with("1/2/")) << "the lines above are as before";
+        }
+    }
 }
 
 // What scrolls off the top is left out, where much output comes at once.
@@ -184,6 +268,8 @@ TEST(Screen, ShowsTheSameHoweverItsOutputComes) {
         repeated("\033[31mred\033[m\033[K\r\n") + "\033[4mq",
         repeated("\033[32;1mq\033[38;2;1;2;3m\r\n"),
         repeated("\033[m\033[0;1m\033[3;31m\r\n") + "x",
+        "\033[4;35m" + repeated("line\r\n"),
+        "\033[4m\033[0;35m" + repeated("line\r\n"),
         repeated("raw\n"),
         repeated("a long line that wraps\r\n\n\v"),
         repeated("q\r\n") + "\033[2;2H" + repeated("r\r\n\b"),
@@ -196,13 +282,21 @@ TEST(Screen, ShowsTheSameHoweverItsOutputComes) {
     for (const std::string_view before : befores) {
         for (const std::string& middle : middles) {
             const std::string output = std::string(before) + middle;
+            const PtyFrame::Size tall{.cols = 12, .rows = 90};
             Screen pieces(small);
             for (const char byte : output)
                 pieces.follow(bytesOf(std::string_view(&byte, 1)));
+            Screen tallPieces = pieces;
+            tallPieces.resize(tall);
             for (const std::size_t cut : {std::size_t{0}, before.size(), output.size() / 2}) {
                 Screen whole(small);
                 whole.follow(bytesOf(std::string_view(output).substr(0, cut)));
+                Screen ahead = whole;
                 whole.follow(bytesOf(std::string_view(output).substr(cut)));
+                ahead.followAhead(bytesOf(std::string_view(output).substr(cut)));
+                ahead.resize(tall);
+                EXPECT_EQ(ahead.drawn(tall), tallPieces.drawn(tall))
+                    << before << middle.substr(0, 20) << cut;
                 EXPECT_EQ(whole.drawn(small), pieces.drawn(small))
                     << before << middle.substr(0, 20) << cut;
             }
@@ -253,6 +347,28 @@ TEST(Screen, TakesLittleMemoryWhateverItShows) {
     EXPECT_TRUE(screen.drawn(largest).contains("2999" + std::string(800, '.')));
     screen.follow(bytesOf("\033c"));
     EXPECT_TRUE(screen.isWhole());
+    for (int i = 0; i < 100; ++i)
+        screen.follow(bytesOf("\033[H" + std::string(900, '.') + "\033[S"));
+    EXPECT_LE(screen.cells(), Screen::maxCells + 1024);
+    EXPECT_GT(screen.cells(), Screen::maxCells / 2);
+    EXPECT_TRUE(screen.isWhole()) << "rows above the screen are forgotten first";
+    Screen low(small);
+    for (int i = 0; i < 100; ++i)
+        low.follow(bytesOf("\r\n" + std::to_string(i)));
+    low.resize({.cols = 10, .rows = 500});
+    EXPECT_EQ(low.text().size(), ScreenGrid::maxAbove + 4);
+    Screen styled(small);
+    styled.follow(bytesOf("\033[38;2;7;7;7mabove\033[m\r\n\n\n\n"));
+    for (int i = 0; i < 3000; ++i)
+        styled.follow(bytesOf("\033[4H\033[48;5;" + std::to_string(i % 256) + ";38;5;"
+                              + std::to_string(i / 256) + "mx"));
+    styled.resize({.cols = 10, .rows = 5});
+    EXPECT_TRUE(styled.drawn(styled.size()).contains("\033[0;38;2;7;7;7mabove"));
+    Screen alternate(small);
+    alternate.follow(bytesOf("\033[?1049h"));
+    for (int i = 0; i < 100; ++i)
+        alternate.follow(bytesOf("x\n"));
+    EXPECT_LE(alternate.cells(), 4U * 32) << "nothing is kept of the alternate screen";
 }
 
 } // namespace

@@ -796,23 +796,32 @@ TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
     constexpr PtyFrame::Size larger{.cols = 100, .rows = 30};
     const std::string noise(2 * mebibyte, '\0');
 
-    const struct {
-        std::string before; ///< at 80 columns by 24 rows
-        std::string after;  ///< in a larger window
-        bool isExact;       ///< for another window of that size
-    } cases[] = {
-        {"", "plain\033[2;3r", true},
-        {"plain", "", false},
-        {"plain" + noise, noise, true},
-        {"main\033[?1049h\033[2;23r\033[99Hbottom\033[?6h\033[?25l", "\033[Htop", true},
-        {"\033[20;4h\033[?7l\033[?47h\033[99Hbottom", "\033[4;20l\033[?7h\033[Ha\n", true},
-        {"main\033[?47h\033[99Hbottom\033[3", "1mred\033[99Hlast", true},
-        {"main\033[?1049h\033[99Hbottom", "\033[?1049lon\033[99Hlast", true},
-        {"\033[?1049h" + noise + "\033[99Hbottom", "\033[Htop", true},
+    std::string lines;
+    for (int i = 0; i < 300; ++i)
+        lines += "line " + std::to_string(i) + "\r\n";
+    const std::string block = std::string(80, '.') + std::string(80, '-') + "\033[2A\r";
+
+    /// What is shown at 80 columns by 24 rows, and then in a larger window.
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "plain\033[2;3r"},
+        {"plain", ""},
+        {"plain" + noise, noise},
+        {lines, "next"},
+        {"", lines},
+        {lines + noise, "next"},
+        {lines + "\033[1;23r\033[24Hbar\033[5H", "\033[6n\n\nnext"},
+        {lines + block, block + "\033[3"},
+        {block + noise, "\033[2Bnext"},
+        {"main\033[?1049h\033[2;23r\033[99Hbottom\033[?6h\033[?25l", "\033[Htop"},
+        {"\033[20;4h\033[?7l\033[?47h\033[99Hbottom", "\033[4;20l\033[?7h\033[Ha\n"},
+        {"main\033[?47h\033[99Hbottom\033[3", "1mred\033[99Hlast"},
+        {"main\033[?1049h\033[99Hbottom", "\033[?1049lon\033[99Hlast"},
+        {block + "main\033[?1049h", "\033[?1049l\r\nnext"},
+        {"\033[?1049h" + noise + "\033[99Hbottom", "\033[Htop"},
     };
 
     std::uint64_t number = 0;
-    for (const auto& [before, after, isExact] : cases) {
+    for (const auto& [before, after] : cases) {
         const std::string id = world.startShell();
         FakeProgram& program = world.program(++number);
         program.output = before;
@@ -822,9 +831,11 @@ TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
         world.settle();
         program.sizes.clear();
         Screen shown(larger);
-        shown.follow(bytesOf(seen(attach(id, larger.cols, larger.rows)).output));
+        const std::string replay = seen(attach(id, larger.cols, larger.rows)).output;
+        shown.follow(bytesOf(replay));
+        EXPECT_FALSE(before == lines && replay.contains("\033[1J")) << "shown as it is to be";
         const auto expected = world.call({.call = SessionCall::peek, .session = id}).screen.value();
-        EXPECT_EQ(program.sizes.empty(), isExact) << before.substr(0, 40);
+        EXPECT_TRUE(program.sizes.empty()) << before.substr(0, 40);
         EXPECT_EQ(shown.text(), expected.lines) << before.substr(0, 40);
         EXPECT_EQ(shown.cursor(), (Screen::Place{expected.cursorRow, expected.cursorColumn}));
         attach(id, 80, 24);
@@ -836,6 +847,15 @@ TEST_F(SessionHostTest, AProgramIsAskedToDrawOnlyWhatAReplayDoesNotShow) {
         world.receive(world.connect(Door::attach), PtyAttach::hello(token, 80, 24).value());
         EXPECT_EQ(program.sizes.empty(), expected.alternate) << "a few lines are not all";
     }
+    const std::string id = world.startShell();
+    FakeProgram& program = world.program(++number);
+    attach(id, 300, 100);
+    program.output = std::string(std::size_t{300} * 100, '.');
+    world.settle();
+    attach(id, 299, 100);
+    program.sizes.clear();
+    attach(id, 299, 100);
+    EXPECT_FALSE(program.sizes.empty()) << "the host has no room for so much text";
 }
 
 TEST_F(SessionHostTest, ARepeatOfFewLinesStillShowsTheAlternateScreen) {
@@ -875,6 +895,11 @@ TEST_F(SessionHostTest, AnswersWhatAProgramAsksWhileNoViewerMay) {
     EXPECT_EQ(typedUpon("x\033[6n"), "\033[1;2R") << "what was asked before is not answered again";
     EXPECT_EQ(typedUpon("\033[999;999H\033[6n"), "\033[30;100R") << "the size is the last one";
     EXPECT_EQ(typedUpon("\033[2;3H" + std::string(3 * mebibyte, '\a') + "\033[6n"), "\033[2;3R");
+    world.host.connectionLost(attach(id, 100, 2));
+    EXPECT_EQ(typedUpon("\n\n\n\033[6n"), "\033[2;3R");
+    world.host.connectionLost(attach(id, 100, 4));
+    EXPECT_EQ(typedUpon("\033[6n"), "\033[4;3R") << "the text comes back, and the cursor with it";
+    world.host.connectionLost(attach(id, 100, 30));
     EXPECT_FALSE(seen(looking).output.contains("6n"));
 
     for (const std::string query : {"\033[2;5H\033[6n", "x\033[5n"}) {
