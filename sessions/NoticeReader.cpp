@@ -55,10 +55,10 @@ std::optional<NoticeReader::Notice> NoticeReader::read(ByteView bytes) {
 
 /// Returns the output from the next ESC on. A BEL in the text before that is a bell.
 std::string_view NoticeReader::afterText(std::string_view output) {
-    const std::size_t text = std::min(output.find(escape), output.size());
-    if (hasBells_ && output.substr(0, text).contains(bell))
+    const std::string_view text = output.substr(0, output.find(escape));
+    if (hasBells_ && std::ranges::count(text, bell) > 0)
         note("");
-    return output.substr(text);
+    return output.substr(text.size());
 }
 
 void NoticeReader::consume(char byte) {
