@@ -20,8 +20,9 @@ namespace velmo {
 /// needs a copy. Positions count the bytes since the program's start.
 ///
 /// There is no screen before the log is full. Then the screen follows what falls out of the log,
-/// and nothing else, in large pieces. With its screens a log takes at most 256 KiB more than what
-/// it keeps.
+/// and nothing else, in large pieces. In the largest window a log takes at most about 350 KiB more
+/// than what it keeps: 64 for the next output, 200 for the screen, and 90 from the first `answers`
+/// to `forgetAnswers`.
 class OutputLog {
 public:
     static constexpr std::size_t kept = std::size_t{1} << 20;    ///< bytes
@@ -90,7 +91,7 @@ public:
     void clear();
 
 private:
-    static constexpr std::size_t dropped = std::size_t{1} << 16; ///< at least, at once
+    static constexpr std::size_t dropped = std::size_t{1} << 15; ///< at least, at once
     static constexpr std::size_t capacity = kept + dropped + maxRead;
     static constexpr std::size_t maxSizes = 256;
 

@@ -17,7 +17,7 @@ using Kind = SequenceReader::Kind;
 
 constexpr int sweepPeriod = 256;      // lookups in tables
 constexpr std::size_t fewBytes = 256; // that are read without a look at what scrolls off
-constexpr std::size_t maxWaiting = std::size_t{1} << 15; ///< bytes of lines
+constexpr std::size_t maxWaiting = std::size_t{1} << 14; ///< bytes of lines
 constexpr int maxCount = 10000;                          // more than any screen has
 constexpr char shiftOut = '\x0E';
 constexpr char shiftIn = '\x0F';
