@@ -358,7 +358,7 @@ class Signals(PowerTest):
     def test_what_the_terminal_sends_reaches_the_command_once(self):
         # A shell would see two that come at once as one.
         count = ("import os, signal, sys, time\n"
-                 "def got(*_): os.write(1, b'got '); got.times += 1; os.write(1, b'%d.' % got.times)\n"
+                 "def got(*_): got.times += 1; os.write(1, b'got %d.' % got.times)\n"
                  "got.times = 0\n"
                  "for each in signal.SIGINT, signal.SIGQUIT: signal.signal(each, got)\n"
                  "signal.signal(signal.SIGTERM, lambda *_: os._exit(3))\n"
