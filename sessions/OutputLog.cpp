@@ -71,27 +71,23 @@ void OutputLog::followToRest(Follower& follower) const {
 }
 
 OutputLog::Start OutputLog::replayStart(std::optional<PtyFrame::Size> size,
-                                        std::optional<std::size_t> lines) {
+                                        std::optional<std::size_t> lines) const {
     const Position earliest = lines ? beginningOfLast(*lines) : begin_;
-    const Screen::Part anew = lines ? Screen::Part::withoutMainRows : Screen::Part::all;
-    const auto startAt = [&](const Follower& first, Screen::Part part) {
-        Start start{.position = first.position,
-                    .sequences = first.screen.drawn(size, part),
-                    .reportsFocus = first.screen.modes().reportsFocus(),
-                    .isExact = (part == Screen::Part::all || first.screen.isAlternate())
-                               && first.screen.isWhole()};
-        showAnew(start, size, anew);
-        return start;
-    };
-    if (earliest == 0 || !memory_) {
-        Start start{.position = earliest, .isExact = true};
-        showAnew(start, size, anew);
-        return start;
+    Start start{.position = earliest, .isExact = true};
+    if (earliest > 0 && memory_) {
+        Follower first = followerAtBegin();
+        follow(first, std::max(first.position, earliest));
+        followToRest(first);
+        const Screen& screen = first.screen;
+        const auto part = earliest > begin_ ? Screen::Part::withoutMainRows : Screen::Part::all;
+        start = {.position = first.position,
+                 .sequences = screen.drawn(size, part),
+                 .reportsFocus = screen.modes().reportsFocus(),
+                 .isExact =
+                     (part == Screen::Part::all || screen.isAlternate()) && screen.isWhole()};
     }
-    Follower start = followerAtBegin();
-    follow(start, std::max(start.position, earliest));
-    followToRest(start);
-    return startAt(start, earliest > begin_ ? Screen::Part::withoutMainRows : Screen::Part::all);
+    showAnew(start, size, lines ? Screen::Part::withoutMainRows : Screen::Part::all);
+    return start;
 }
 
 /// Has a replay show the screen once more where the program's terminal got its size, if that was

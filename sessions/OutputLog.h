@@ -70,7 +70,7 @@ public:
     /// replay begins no earlier than at the first of so many last lines, the unfinished one
     /// included, and the lines of the main screen above it are not shown.
     [[nodiscard]] Start replayStart(std::optional<PtyFrame::Size> size,
-                                    std::optional<std::size_t> lines = {});
+                                    std::optional<std::size_t> lines = {}) const;
 
     /// Returns the screen as all output has left it.
     [[nodiscard]] Screen screen() const;

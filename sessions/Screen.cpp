@@ -57,8 +57,8 @@ std::size_t lengthInRow(std::string_view text) {
     return isInRow ? end + 1 : 0;
 }
 
-/// Returns the front of the text that goes from row to row without any sequence but those. So much
-/// of it is known to do so.
+/// Returns the front of the text that goes from row to row without any sequence but those. Its
+/// first `known` bytes were found to do so before.
 std::string_view linesAtFront(std::string_view text, std::size_t known) {
     std::size_t end = known;
     while (end < text.size()) {
@@ -125,6 +125,7 @@ void Screen::follow(ByteView output, Lines lastLines) {
     };
     std::string_view rest = textOf(output);
     std::string joined;
+    // The lines that waited are known to be lines, but for a sequence at their end that is cut.
     std::size_t known = std::min(waiting_.rfind('\033'), waiting_.size());
     if (!waiting_.empty()) {
         joined = std::exchange(waiting_, {}).append(rest);
@@ -135,9 +136,10 @@ void Screen::follow(ByteView output, Lines lastLines) {
         known = 0;
         const std::size_t skipped = lines.size() < fewBytes ? 0 : skip(lines);
         const std::size_t length = std::max(lines.size(), std::min(fewBytes, rest.size()));
-        // What comes behind the lines, if anything, is a sequence that is cut.
-        const bool isAtEnd = skipped > 0 && rest.find('\033', length + 1) == std::string_view::npos;
-        if (lastLines == Lines::mayWait && isAtEnd && rest.size() - skipped <= maxWaiting) {
+        const bool mayWait = lastLines == Lines::mayWait && skipped > 0;
+        // Without another ESC, only a sequence that is cut can stand behind the lines.
+        if (mayWait && rest.size() - skipped <= maxWaiting
+            && rest.find('\033', length + 1) == std::string_view::npos) {
             waiting_ = rest.substr(skipped);
             return;
         }
@@ -870,7 +872,10 @@ void Screen::resize(PtyFrame::Size size) {
     tabs_.resize(static_cast<std::size_t>(columns()), false);
     for (std::size_t column = known; column < tabs_.size(); ++column)
         tabs_[column] = column % tabWidth == 0;
-    isAnswering_ ? forgetText() : limit();
+    if (isAnswering_)
+        forgetText();
+    else
+        limit();
 }
 
 void Screen::keepOnScreen(Cursor& cursor) const {

@@ -90,7 +90,7 @@ void Viewer::tell(ByteView frames) {
     own_.insert(own_.end(), frames.begin(), frames.end());
 }
 
-bool Viewer::replay(OutputLog& log, Surroundings surroundings,
+bool Viewer::replay(const OutputLog& log, Surroundings surroundings,
                     std::optional<std::size_t> lastLines) {
     OutputLog::Start start = log.replayStart(surroundings.size, lastLines);
     const std::string before = surroundings.before + start.sequences;

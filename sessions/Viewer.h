@@ -89,7 +89,7 @@ public:
     /// after the sequences that show the screen as it was there. The terminal makes no focus
     /// reports at this point. Returns whether a terminal of the program's size shows in the end
     /// what the program has drawn.
-    bool replay(OutputLog& log, Surroundings surroundings,
+    bool replay(const OutputLog& log, Surroundings surroundings,
                 std::optional<std::size_t> lastLines = {});
 
     enum class Progress {

@@ -3,11 +3,11 @@
 #include "core/support/PathText.h"
 #include "platform/host/PtyHostFileSystem.h"
 #include "platform/phone/StatePlace.h"
+#include "platform/posix/DiskPath.h"
 #include "platform/posix/Io.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -28,12 +28,6 @@ std::optional<std::string> statePlace() {
     return path && path->starts_with('/') ? std::optional(phoneStatePlace(*path)) : std::nullopt;
 }
 
-/// Returns whether anything has this path, be it a link that leads nowhere.
-bool isAnything(const std::string& path) {
-    struct stat status{};
-    return ::lstat(path.c_str(), &status) == 0;
-}
-
 } // namespace
 
 std::expected<PhoneFolder, std::string> PhoneFolder::make() {
@@ -42,8 +36,9 @@ std::expected<PhoneFolder, std::string> PhoneFolder::make() {
         return std::unexpected("there is no home folder");
     auto folder = Folder::make(*path, folderMode);
     if (!folder)
-        return std::unexpected(
-            *path + (isAnything(*path) ? " is a link or a file, not a folder" : " can't be made"));
+        return std::unexpected(*path
+                               + (DiskPath::linkStatus(*path) ? " is a link or a file, not a folder"
+                                                              : " can't be made"));
     if (folder->owner() != ::getuid())
         return std::unexpected(*path + " belongs to another user");
     if (!folder->setMode(folderMode))

@@ -101,12 +101,11 @@ int revoke(const CommandLine::Line& line) {
         return phoneComplains(noBridge, PhoneExit::noBridge);
     if (!reply->ok)
         return phoneComplains("no device has this name", PhoneExit::refused);
-    return reply->saved.value_or(true)
-               ? PhoneExit::success
-               : phoneComplains(
-                     "the state folder can't be written to, and a bridge that is started "
-                     "anew lets the device in again; repeat this once there is room",
-                     PhoneExit::refused);
+    if (reply->saved.value_or(true))
+        return PhoneExit::success;
+    return phoneComplains("the state folder can't be written to, and a bridge that is started anew "
+                          "lets the device in again; repeat this once there is room",
+                          PhoneExit::refused);
 }
 
 int run(const CommandLine::Line& line) {
