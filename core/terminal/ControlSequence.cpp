@@ -8,8 +8,6 @@ namespace velmo::ControlSequence {
 
 namespace {
 
-constexpr std::size_t maxNumbers = 32;
-
 bool isParameter(char c) {
     return (c >= '0' && c <= '9') || c == ';' || c == ':';
 }
@@ -52,12 +50,12 @@ std::optional<Csi> Csi::parse(std::string_view text) {
     return csi;
 }
 
-std::vector<std::int32_t> Csi::numbers() const {
-    std::vector<std::int32_t> all;
+Numbers Csi::numbers() const {
+    Numbers all;
     std::string_view rest = parameters;
-    while (all.size() < maxNumbers) {
+    while (all.size() < Numbers::max) {
         const std::size_t end = rest.find(';');
-        all.push_back(Decimal::parseUnsigned<std::int32_t>(rest.substr(0, end)).value_or(0));
+        all.add(Decimal::parseUnsigned<std::int32_t>(rest.substr(0, end)).value_or(0));
         if (end == std::string_view::npos)
             break;
         rest.remove_prefix(end + 1);

@@ -2,14 +2,38 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// The meaning of control sequences, as far as a replay depends on it.
 namespace velmo::ControlSequence {
+
+/// The numbers of a control sequence, at least one and at most `max` of them. They lie in the
+/// object and not on the heap, since a program that draws a screen writes many such sequences.
+class Numbers {
+public:
+    static constexpr std::size_t max = 32;
+
+    /// Adds a number. The list must not be full.
+    void add(std::int32_t number) { all_[size_++] = number; }
+
+    [[nodiscard]] std::size_t size() const { return size_; }
+
+    [[nodiscard]] const std::int32_t* begin() const { return all_.data(); }
+
+    [[nodiscard]] const std::int32_t* end() const { return begin() + size_; }
+
+    [[nodiscard]] std::int32_t front() const { return all_.front(); }
+
+    [[nodiscard]] std::int32_t operator[](std::size_t index) const { return all_[index]; }
+
+private:
+    std::array<std::int32_t, max> all_{};
+    std::size_t size_ = 0;
+};
 
 /// The parts of a control sequence, after its ESC [.
 struct Csi {
@@ -21,8 +45,8 @@ struct Csi {
     /// Returns the parts, or nothing if the text does not have that form.
     static std::optional<Csi> parse(std::string_view text);
 
-    /// Returns the first 32 numbers between the ";", with 0 for one that is left out or malformed.
-    [[nodiscard]] std::vector<std::int32_t> numbers() const;
+    /// Returns the first numbers between the ";", with 0 for one that is left out or malformed.
+    [[nodiscard]] Numbers numbers() const;
 };
 
 /// A mode that CSI ? n h sets and CSI ? n l resets.

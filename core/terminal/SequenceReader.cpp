@@ -57,6 +57,8 @@ void SequenceReader::read(ByteView bytes, const Sink& sink) {
             bytes = bytes.subspan(plain);
             if (bytes.empty())
                 return;
+            if (takeCsi(bytes, sink))
+                continue;
         }
         consume(bytes.front(), sink);
         bytes = bytes.subspan(1);
@@ -78,10 +80,30 @@ void SequenceReader::readSequences(ByteView bytes, const Sink& sink) {
             }
             bytes = bytes.subspan(
                 static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data()));
+            if (takeCsi(bytes, sink))
+                continue;
         }
         consume(bytes.front(), sink);
         bytes = bytes.subspan(1);
     }
+}
+
+/// Removes a whole control sequence from the front and reports it, without a step for each byte,
+/// since a program that draws a screen writes many such sequences. Returns false if the bytes begin
+/// with anything else, or if the sequence is cut, too long, or contains a control, DEL or a byte
+/// beyond ASCII.
+bool SequenceReader::takeCsi(ByteView& bytes, const Sink& sink) {
+    constexpr std::size_t introducer = 2; // ESC [
+    if (bytes.size() <= introducer || bytes[0] != escape || bytes[1] != '[')
+        return false;
+    std::size_t last = introducer;
+    while (last < bytes.size() && bytes[last] >= ' ' && bytes[last] < '@')
+        ++last;
+    if (last == bytes.size() || !isPrintableAscii(bytes[last]) || last - introducer >= maxSequence)
+        return false;
+    sink({.kind = Kind::csi, .text = textOf(bytes.subspan(introducer, last + 1 - introducer))});
+    bytes = bytes.subspan(last + 1);
+    return true;
 }
 
 /// Enters `State::character` if the text ends within a character.

@@ -49,6 +49,7 @@ public:
 private:
     enum class State : std::uint8_t { ground, character, escape, csi, osc, oscEscape, string };
 
+    static bool takeCsi(ByteView& bytes, const Sink& sink);
     void consume(std::uint8_t byte, const Sink& sink);
     void takeInGround(std::uint8_t byte, const Sink& sink);
     void takeInCharacter(std::uint8_t byte, const Sink& sink);
