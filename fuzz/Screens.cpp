@@ -7,7 +7,8 @@ namespace {
 
 /// The input is two sizes and output, cut in two. The screen must not depend on the cut nor take
 /// more cells than it may, also where it changes its size there and back; drawn on another screen,
-/// also over what that shows, it must look the same there, and be drawn the same.
+/// also over what that shows, it must look the same there, and be drawn the same. A screen that
+/// only answers must take no cells at all.
 void checkScreens(Input input) {
     const auto nextSize = [&] {
         return PtyFrame::Size{.cols = 1 + input.byte() % 100, .rows = 1 + input.byte() % 50};
@@ -26,6 +27,12 @@ void checkScreens(Input input) {
     resized.followAhead(output.first(std::min(cut, output.size())));
     resized.resize(second);
     resized.follow(output.subspan(std::min(cut, output.size())));
+    Screen answering(first);
+    answering.beginAnswering();
+    answering.follow(output.first(std::min(cut, output.size())));
+    answering.resize(second);
+    answering.follow(output.subspan(std::min(cut, output.size())));
+    require(answering.cells() == 0);
     for (const PtyFrame::Size size : {first, second, first}) {
         screen.resize(size);
         resized.resize(size);

@@ -38,14 +38,21 @@ OutputLog::Follower OutputLog::followerAtBegin() const {
     return behind_ ? *behind_ : Follower{.screen = Screen(firstSize_), .position = begin_};
 }
 
+/// Hands the output between two positions to a function, cut only where the memory wraps.
+template<class Read>
+void OutputLog::readPieces(Position from, Position until, const Read& read) const {
+    while (from < until) {
+        const ByteView piece = at(from, static_cast<std::size_t>(until - from));
+        read(piece);
+        from += piece.size();
+    }
+}
+
 /// Has a screen follow the output up to a position, and no sizes.
 void OutputLog::followOutput(Follower& follower, Position until) const {
-    while (follower.position < until) {
-        const ByteView piece =
-            at(follower.position, static_cast<std::size_t>(until - follower.position));
-        follower.screen.followAhead(piece);
-        follower.position += piece.size();
-    }
+    readPieces(follower.position, until,
+               [&follower](ByteView piece) { follower.screen.followAhead(piece); });
+    follower.position = std::max(follower.position, until);
 }
 
 /// Has a screen follow the output and the sizes up to a position. Where more follows, the screen
@@ -135,29 +142,36 @@ Screen OutputLog::screen() const {
     return std::move(follower.screen);
 }
 
-SequenceReader OutputLog::readerAt(Position position) const {
-    constexpr char escape = '\033';
-    const Position furthest = std::min<Position>(position - begin_, SequenceReader::maxSequence);
-    Position start = position;
-    for (Position each = position - furthest; each < position; ++each) {
-        if (at(each, 1).front() == escape)
-            start = each;
-    }
+/// Returns whether a query ends in the output between two positions.
+bool OutputLog::asks(Position from, Position until) const {
     SequenceReader reader;
-    for (; start < position; ++start)
-        reader.readSequences(at(start, 1), [](const SequenceReader::Sequence& /*ended*/) {});
-    return reader;
+    const Position start = from - std::min<Position>(from - begin_, SequenceReader::maxSequence);
+    readPieces(start, from, [&reader](ByteView piece) {
+        reader.readSequences(piece, [](const SequenceReader::Sequence& /*before*/) {});
+    });
+    bool asks = false;
+    readPieces(from, until, [&](ByteView piece) {
+        reader.readSequences(piece, [&asks](const SequenceReader::Sequence& sequence) {
+            constexpr std::string_view finals = "nc";
+            asks = asks
+                   || (sequence.kind == SequenceReader::Kind::csi
+                       && finals.contains(sequence.text.back()));
+        });
+    });
+    return asks;
 }
 
-std::string OutputLog::answers(Position from) {
-    if (!answering_) {
+std::string OutputLog::answers(Position from, Position until) {
+    if (!asks(from, until))
+        return "";
+    if (!answering_ || answering_->position > from) {
         answering_ = std::make_unique<Follower>(followerAtBegin());
         follow(*answering_, from); // with the text, since another size moves the cursor with it
         answering_->screen.beginAnswering();
     }
     follow(*answering_, from);
     static_cast<void>(answering_->screen.takeAnswers());
-    follow(*answering_, end_);
+    follow(*answering_, until);
     return answering_->screen.takeAnswers();
 }
 

@@ -20,8 +20,8 @@ namespace velmo {
 /// needs a copy. Positions count the bytes since the program's start.
 ///
 /// There is no screen before the log is full. Then the screen follows what falls out of the log,
-/// and nothing else, in large pieces. In the largest window a log takes at most about 350 KiB more
-/// than what it keeps: 64 for the next output, 200 for the screen, and 90 from the first `answers`
+/// and nothing else, in large pieces. In the largest window a log takes at most about 280 KiB more
+/// than what it keeps: 64 for the next output, 200 for the screen, and 16 from the first `answers`
 /// to `forgetAnswers`.
 class OutputLog {
 public:
@@ -75,14 +75,10 @@ public:
     /// Returns the screen as all output has left it.
     [[nodiscard]] Screen screen() const;
 
-    /// Returns a reader that has read what leads up to a position that is still kept, as far as the
-    /// sequence goes back that is under way there.
-    [[nodiscard]] SequenceReader readerAt(Position position) const;
-
-    /// Returns what a terminal answers to the queries in the output from a position on, which is
-    /// still kept. No position is before the end of the output at an earlier call, unless
-    /// `forgetAnswers` came in between.
-    [[nodiscard]] std::string answers(Position from);
+    /// Returns what a terminal answers to the queries that end between two positions in the output.
+    /// The first position must still be kept. Calls that go on where the last one ended read the
+    /// output once.
+    [[nodiscard]] std::string answers(Position from, Position until);
 
     /// Frees the memory that `answers` keeps to follow further output from.
     void forgetAnswers() { answering_.reset(); }
@@ -110,6 +106,9 @@ private:
 
     [[nodiscard]] Follower followerAtBegin() const;
     [[nodiscard]] Position beginningOfLast(std::size_t lines) const;
+    [[nodiscard]] bool asks(Position from, Position until) const;
+    template<class Read>
+    void readPieces(Position from, Position until, const Read& read) const;
     void showAnew(Start& start, std::optional<PtyFrame::Size> size, Screen::Part part) const;
     void followOutput(Follower& follower, Position until) const;
     void follow(Follower& follower, Position until, Next next = Next::question) const;

@@ -13,6 +13,7 @@ namespace velmo {
 namespace {
 
 using ControlSequence::Csi;
+using ControlSequence::Numbers;
 using Kind = SequenceReader::Kind;
 
 constexpr int sweepPeriod = 256;      // lookups in tables
@@ -40,7 +41,7 @@ constexpr auto lineDrawing = std::to_array<char32_t>(
 static_assert(lineDrawing.size() == '~' - '_' + 1);
 
 /// Returns the number with this index, or `absent` if it is left out or 0.
-int numberAt(const std::vector<std::int32_t>& numbers, std::size_t index, int absent) {
+int numberAt(const Numbers& numbers, std::size_t index, int absent) {
     const std::int32_t number = index < numbers.size() ? numbers[index] : 0;
     return number == 0 ? absent : std::min(number, maxCount);
 }
@@ -366,7 +367,7 @@ void Screen::answer(const Csi& csi) {
 }
 
 /// Obeys a sequence that moves the cursor. Returns false for any other.
-bool Screen::move(char final, const std::vector<std::int32_t>& numbers) {
+bool Screen::move(char final, const Numbers& numbers) {
     const int count = numberAt(numbers, 0, 1);
     const int origin = cursor_.isInRegion ? top_ : 0;
     const int firstColumn = isWithinMargins() ? left_ : 0;
@@ -413,7 +414,7 @@ bool Screen::move(char final, const std::vector<std::int32_t>& numbers) {
     return true;
 }
 
-void Screen::obeyPlain(char final, const std::vector<std::int32_t>& numbers) {
+void Screen::obeyPlain(char final, const Numbers& numbers) {
     const int count = numberAt(numbers, 0, 1);
     const int part = numbers.front();
     switch (final) {
@@ -500,6 +501,7 @@ void Screen::setPrivateMode(std::int32_t mode, bool sets) {
     case 69:
         hasMargins_ = sets;
         endMargins();
+        cursor_.wrapsNext = cursor_.wrapsNext && isAtEdge(cursor_);
         return;
     case 1048:
         sets ? static_cast<void>(saved_[shown_] = cursor_) : restore();
@@ -601,17 +603,10 @@ void Screen::put(char32_t scalar) {
     if (width > columns())
         return;
     const bool isTooWide = cursor_.column + width - 1 > rightEdge();
-    if (wraps_ && (cursor_.wrapsNext || isTooWide)) {
-        grid().row(cursor_.row).continues = cursor_.row < rows() - 1 || bottom_ == rows() - 1;
-        const bool goesOn = grid().row(cursor_.row).continues;
-        obeyControl('\r');
-        const int row = cursor_.row;
-        index();
-        if (goesOn && cursor_.row == row && row > 0)
-            grid().row(row - 1).continues = true; // the row has moved up
-    } else if (isTooWide) {
+    if (wraps_ && (cursor_.wrapsNext || isTooWide))
+        wrap();
+    else if (isTooWide)
         cursor_.column = rightEdge() - width + 1;
-    }
     if (inserts_)
         insertColumns(width);
     split(cursor_.column);
@@ -622,6 +617,18 @@ void Screen::put(char32_t scalar) {
     const int edge = rightEdge();
     cursor_.wrapsNext = wraps_ && cursor_.column + width > edge;
     cursor_.column = std::min(cursor_.column + width, edge);
+}
+
+/// Goes on in the next row, and notes that the row continues there.
+void Screen::wrap() {
+    const bool goesOn = !isAnswering_ && (cursor_.row < rows() - 1 || bottom_ == rows() - 1);
+    if (!isAnswering_)
+        grid().row(cursor_.row).continues = goesOn;
+    obeyControl('\r');
+    const int row = cursor_.row;
+    index();
+    if (goesOn && cursor_.row == row && row > 0)
+        grid().row(row - 1).continues = true; // the row has moved up
 }
 
 void Screen::writeCells(char32_t scalar, int width) {
@@ -638,10 +645,12 @@ void Screen::writeCells(char32_t scalar, int width) {
 
 /// Adds a combining character to the character before the cursor.
 void Screen::combine(char32_t mark) {
+    if (isAnswering_)
+        return;
     int column = cursor_.wrapsNext ? cursor_.column : cursor_.column - 1;
     if (column > 0 && grid().at(cursor_.row, column).width == 0)
         --column;
-    if (column < 0 || isAnswering_)
+    if (column < 0)
         return;
     Cell cell = grid().at(cursor_.row, column);
     ++lookups_;
@@ -808,6 +817,7 @@ void Screen::show(std::int32_t mode, bool alternate) {
 
 void Screen::restore() {
     cursor_ = withinRegion(saved_[shown_].value_or(Cursor{}));
+    cursor_.wrapsNext = cursor_.wrapsNext && isAtEdge(cursor_);
 }
 
 /// Returns a saved cursor as near to its place as the region allows, if its rows are told from
@@ -848,34 +858,43 @@ void Screen::resize(PtyFrame::Size size) {
     if (size == size_)
         return;
     follow({});
-    const bool isMain = shown_ == mainScreen;
-    Cursor none;
-    Cursor& hidden = saved_[mainScreen] ? *saved_[mainScreen] : none;
-    Cursor& ofMain = isMain ? cursor_ : hidden;
-    const ScreenGrid::Spot spot = grids_[mainScreen].reflow(
-        size.rows, columns(), size.cols,
-        {.row = ofMain.row, .column = ofMain.column + (ofMain.wrapsNext ? 1 : 0)});
-    size_ = size;
-    const int lost = isMain ? 0 : std::max(cursor_.row - (rows() - 1), 0);
-    grids_[alternateScreen].resize(rows(), columns(), lost);
-    cursor_.row -= lost;
-    for (auto& saved : saved_) {
-        if (saved)
-            keepOnScreen(*saved);
-    }
-    keepOnScreen(cursor_);
-    ofMain.row = spot.row;
-    ofMain.column = std::min(spot.column, columns() - 1);
-    ofMain.wrapsNext = spot.column == columns() && wraps_;
+    const PtyFrame::Size before = std::exchange(size_, size);
+    if (isAnswering_)
+        keepCursorsOnScreen();
+    else
+        resizeGrids(before);
     endRegion();
     const std::size_t known = tabs_.size();
     tabs_.resize(static_cast<std::size_t>(columns()), false);
     for (std::size_t column = known; column < tabs_.size(); ++column)
         tabs_[column] = column % tabWidth == 0;
-    if (isAnswering_)
-        forgetText();
-    else
-        limit();
+}
+
+/// Gives the grids the size of the screen, and moves the cursors with their text.
+void Screen::resizeGrids(PtyFrame::Size before) {
+    const bool isMain = shown_ == mainScreen;
+    Cursor none;
+    Cursor& hidden = saved_[mainScreen] ? *saved_[mainScreen] : none;
+    Cursor& ofMain = isMain ? cursor_ : hidden;
+    const ScreenGrid::Spot spot = grids_[mainScreen].reflow(
+        rows(), before.cols, columns(),
+        {.row = ofMain.row, .column = ofMain.column + (ofMain.wrapsNext ? 1 : 0)});
+    const int lost = isMain ? 0 : std::max(cursor_.row - (rows() - 1), 0);
+    grids_[alternateScreen].resize(rows(), columns(), lost);
+    cursor_.row -= lost;
+    keepCursorsOnScreen();
+    ofMain.row = spot.row;
+    ofMain.column = std::min(spot.column, columns() - 1);
+    ofMain.wrapsNext = spot.column == columns() && wraps_;
+    limit();
+}
+
+void Screen::keepCursorsOnScreen() {
+    for (auto& saved : saved_) {
+        if (saved)
+            keepOnScreen(*saved);
+    }
+    keepOnScreen(cursor_);
 }
 
 void Screen::keepOnScreen(Cursor& cursor) const {
@@ -886,10 +905,6 @@ void Screen::keepOnScreen(Cursor& cursor) const {
 
 bool Screen::isWithinMargins() const {
     return cursor_.column >= left_ && cursor_.column <= right_;
-}
-
-int Screen::rightEdge() const {
-    return cursor_.column <= right_ ? right_ : columns() - 1;
 }
 
 /// Returns the number by which a cell refers to the style.
@@ -935,7 +950,7 @@ Screen::Place Screen::cursor() const {
 
 void Screen::beginAnswering() {
     isAnswering_ = true;
-    forgetText();
+    grids_ = {};
     tables_ = {};
     modes_ = {};
 }

@@ -137,8 +137,8 @@ private:
     void obeyOsc(std::string_view osc);
     void obeyCsi(const ControlSequence::Csi& csi);
     void answer(const ControlSequence::Csi& csi);
-    void obeyPlain(char final, const std::vector<std::int32_t>& numbers);
-    bool move(char final, const std::vector<std::int32_t>& numbers);
+    void obeyPlain(char final, const ControlSequence::Numbers& numbers);
+    bool move(char final, const ControlSequence::Numbers& numbers);
     void obeyModes(const ControlSequence::Csi& csi);
     void setPrivateMode(std::int32_t mode, bool sets);
     void setRegion(int top, int bottom);
@@ -148,6 +148,7 @@ private:
     void write(std::string_view text);
     void putRun(std::string_view run);
     void put(char32_t scalar);
+    void wrap();
     void writeCells(char32_t scalar, int width);
     void combine(char32_t mark);
     [[nodiscard]] char32_t translated(char32_t scalar) const;
@@ -174,6 +175,8 @@ private:
     void restore();
     [[nodiscard]] Cursor withinRegion(Cursor cursor) const;
     void keepOnScreen(Cursor& cursor) const;
+    void keepCursorsOnScreen();
+    void resizeGrids(PtyFrame::Size before);
     void reset();
     void softReset();
     [[nodiscard]] std::uint16_t number(const CellStyle& style);
@@ -185,7 +188,17 @@ private:
     [[nodiscard]] int rows() const { return size_.rows; }
 
     [[nodiscard]] bool isWithinMargins() const;
-    [[nodiscard]] int rightEdge() const;
+
+    /// Returns the last column that text from this column on gets to in its row.
+    [[nodiscard]] int rightEdge(int column) const {
+        return column <= right_ ? right_ : columns() - 1;
+    }
+
+    [[nodiscard]] int rightEdge() const { return rightEdge(cursor_.column); }
+
+    [[nodiscard]] bool isAtEdge(const Cursor& cursor) const {
+        return cursor.column == rightEdge(cursor.column);
+    }
 
     [[nodiscard]] ScreenGrid& grid() { return grids_[shown_]; }
 
@@ -209,7 +222,8 @@ private:
     std::string waiting_; ///< lines that are not written yet
     TerminalModes modes_;
     CellTables tables_;
-    std::array<ScreenGrid, 2> grids_; ///< the main screen and the alternate one
+    std::array<ScreenGrid, 2> grids_; ///< the main screen and the alternate one; without any row
+                                      ///<   while the screen answers
     std::size_t shown_ = 0;           ///< of these
     std::int32_t alternateMode_ = 0;  ///< that the program has set to show the alternate screen
     Cursor cursor_;

@@ -125,7 +125,8 @@ void Screen::drawMain(std::string& text, bool isSame) const {
         drawMoves(text, last - cursor.row, cursor.column);
     else if (isAlternate && saved_[mainScreen]) {
         Cursor saved = cursor;
-        saved.isInRegion = false; // no region is set yet
+        saved.isInRegion = false; // neither a region nor margins are set yet
+        saved.wrapsNext = saved.wrapsNext && saved.column == columns() - 1;
         drawCursor(text, mainScreen, saved);
         text += "\0337"; // the style stays: the mode of the alternate screen may save it, too
     }
@@ -139,6 +140,7 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
             drawStyle(text, tables_.style(style), tables_.style(other));
         style = other;
     };
+    bool isContinuation = false;
     for (int row = 0; row <= last; ++row) {
         const ScreenGrid::Row& drawn = grids_[which].row(row);
         const std::size_t whole =
@@ -155,9 +157,14 @@ void Screen::drawRows(std::string& text, std::size_t which, int last, int maxCol
             turnTo(cell->style);
             tables_.append(text, *cell);
         }
-        if (whole > 0)
-            continue;
         const std::uint16_t behind = drawn.styleBehind(columns());
+        if (isContinuation && end == 0) {
+            turnTo(behind);
+            text += ' '; // only a character takes the terminal from a full row to this one
+        }
+        isContinuation = whole > 0;
+        if (isContinuation)
+            continue;
         if (behind != 0 && static_cast<int>(end) < maxColumns) {
             turnTo(behind);
             text += "\033[K";
@@ -226,14 +233,16 @@ void Screen::drawCursor(std::string& text, std::size_t which, const Cursor& curs
     text.append(plainCharsets).append(cursor.isInRegion ? "\033[?6h" : "\033[?6l");
     const ScreenGrid::Row& row = grids_[which].row(cursor.row);
     int column = cursor.column;
-    if (cursor.wrapsNext && wraps_ && !row.shown(static_cast<std::size_t>(column)))
+    // A saved cursor may wait at an edge of margins that the program has changed since.
+    const bool waits = cursor.wrapsNext && wraps_ && isAtEdge(cursor);
+    if (waits && !row.shown(static_cast<std::size_t>(column)))
         --column;
     const int top = cursor.isInRegion ? top_ : 0;
     const int left = cursor.isInRegion ? left_ : 0;
     text += "\033[" + std::to_string(cursor.row - top + 1) + ";" + std::to_string(column - left + 1)
             + "H";
     CellStyle style;
-    if (cursor.wrapsNext && wraps_) { // only a character that is written has this effect
+    if (waits) { // only a character that is written has this effect
         const Cell cell = row.shown(static_cast<std::size_t>(column)).value_or(Cell{});
         style = tables_.style(cell.style);
         drawStyle(text, {}, style);

@@ -117,13 +117,13 @@ Cell ScreenGrid::at(int row, int column) const {
 
 std::size_t ScreenGrid::Row::lengthUsed(int columns) const {
     std::size_t length = cells.size();
-    while (length > 0 && cells[length - 1] == Cell{.style = styleBehind(columns)})
+    while (length > 0 && shown(length - 1) == Cell{.style = styleBehind(columns)})
         --length;
     return length;
 }
 
 std::size_t ScreenGrid::Row::lengthBefore(const Row& below, int columns) const {
-    if (!continues || below.isPrompt || below.lengthUsed(columns) == 0)
+    if (!continues || below.isPrompt)
         return 0;
     const std::size_t width = index(columns);
     const bool isNextWide = below.shown(0).value_or(Cell{}).width == 2;

@@ -477,18 +477,16 @@ std::expected<SessionNumber, SessionRefusal> SessionHost::find(const SessionCall
     return *number;
 }
 
-/// Returns the session with this id or name that runs, or else the one that was started last.
+/// Returns the session with this id or name that was started last. If one of them runs, it is this
+/// one, since no session may start under its name.
 std::optional<SessionNumber> SessionHost::named(const std::string& session) const {
-    std::optional<SessionNumber> ended;
+    std::optional<SessionNumber> last;
     for (const auto& [number, each] : sessions_) {
         const auto& identity = each.identity();
-        if (identity.id != session && identity.name != session)
-            continue;
-        if (!each.endedSince())
-            return number; // no two that run have the same name
-        ended = number;
+        if (identity.id == session || identity.name == session)
+            last = number;
     }
-    return ended;
+    return last;
 }
 
 SessionHost::Reply SessionHost::ticket(const SessionCallLine& call) {

@@ -162,40 +162,36 @@ void TerminalSession::keep(ByteView output) {
     hasLostTranscript_ = true;
 }
 
-/// Answers what the program asks of its terminal, while no viewer may: a query that the last viewer
-/// was not sent whole, and all that come later. A viewer that comes later gets this output in a
-/// replay, and answers none of it.
+/// Answers the queries that are sent to no viewer's terminal: all of them while no viewer may
+/// answer, and those that were filtered out for the leader before its turn.
 void TerminalSession::answerQueries() {
-    if (const Seat* const first = leader()) {
-        answered_ = std::max(answered_, log_.end() - first->viewer->behind(log_));
-        queryReader_.reset();
+    const Seat* const first = leader();
+    const OutputLog::Position from = std::max(answeredBut(first), log_.begin());
+    const OutputLog::Position until =
+        first != nullptr ? first->viewer->filteredUntil() : log_.end();
+    if (from < until)
+        answer(from, until);
+    else if (first != nullptr)
         log_.forgetAnswers();
-        return;
-    }
-    const OutputLog::Position from = std::max(std::exchange(answered_, log_.end()), log_.begin());
-    if (!asksFrom(from))
-        return;
-    const std::string answers = log_.answers(from);
-    if (sent_.size() <= maxUnreadAnswers)
-        sent_.insert(sent_.end(), answers.begin(), answers.end());
+    for (const Seat& seat : seats_)
+        answered_ = std::max(answered_, seat.viewer->answered());
 }
 
-/// Tells whether a query ends in the output from a position on.
-bool TerminalSession::asksFrom(OutputLog::Position from) {
-    if (!queryReader_)
-        queryReader_ = log_.readerAt(from);
-    bool asks = false;
-    while (from < log_.end()) {
-        const ByteView piece = log_.at(from, OutputLog::maxRead);
-        queryReader_->readSequences(piece, [&asks](const SequenceReader::Sequence& sequence) {
-            constexpr std::string_view finals = "nc";
-            asks = asks
-                   || (sequence.kind == SequenceReader::Kind::csi
-                       && finals.contains(sequence.text.back()));
-        });
-        from += piece.size();
+void TerminalSession::answer(OutputLog::Position from, OutputLog::Position until) {
+    if (sent_.size() <= maxUnreadAnswers)
+        std::ranges::copy(log_.answers(from, until), std::back_inserter(sent_));
+    answered_ = std::max(answered_, until);
+}
+
+/// Returns the position up to which queries are answered, by the host or by a viewer other than
+/// this one.
+OutputLog::Position TerminalSession::answeredBut(const Seat* one) const {
+    OutputLog::Position answered = answered_;
+    for (const Seat& seat : seats_) {
+        if (&seat != one)
+            answered = std::max(answered, seat.viewer->answersUntil(log_));
     }
-    return asks;
+    return answered;
 }
 
 /// Tells whether the program has to wait for a viewer that does not keep up.
@@ -217,7 +213,6 @@ bool TerminalSession::mustWait(SteadyTime now) {
 
 void TerminalSession::update(SteadyTime now) {
     isInputFull_ = false;
-    answerQueries(); // notes what the viewers have been sent by now
     typeSent();
     for (Seat& seat : seats_)
         carryOut(seat);
@@ -227,11 +222,10 @@ void TerminalSession::update(SteadyTime now) {
     const Seat* const first = leader();
     for (Seat& seat : seats_)
         show(seat, &seat == first, now);
+    answerQueries(); // before `sweep`, since a viewer that leaves takes its positions with it
     sweep();
-    if (leader() == nullptr) {
-        answerQueries();
-        typeSent();
-    }
+    answerQueries();
+    typeSent();
     // After `sweep`, so that the program does not wait for a viewer that has left.
     if (program_ && !endedSince_)
         program_->watch(!outputIsOver_ && !mustWait(now), isInputFull_);
@@ -341,26 +335,27 @@ void TerminalSession::detach(SteadyTime now) {
     for (const Seat& seat : seats_) {
         if (seat.viewer->isWindow())
             seat.viewer->tell(PtyAttach::errorFrame("detached"));
-        static_cast<void>(seat.viewer->send(log_, false));
+        static_cast<void>(seat.viewer->send(log_, std::nullopt));
         dismiss(*seat.viewer);
     }
     update(now);
 }
 
-void TerminalSession::show(Seat& seat, bool answers, SteadyTime now) {
+void TerminalSession::show(Seat& seat, bool leads, SteadyTime now) {
     Viewer& viewer = *seat.viewer;
-    Viewer::Progress progress = viewer.send(log_, answers);
+    const auto answersFrom = leads ? std::optional(answeredBut(&seat)) : std::nullopt;
+    Viewer::Progress progress = viewer.send(log_, answersFrom);
     if (progress == Viewer::Progress::late) {
         viewer.replay(log_, {.before = clearScreen,
                              .after = std::string(seat.admission.size == size_ ? "" : endRegion),
                              .size = seat.admission.size});
         redraw();
-        progress = viewer.send(log_, answers);
+        progress = viewer.send(log_, answersFrom);
     }
     if (progress == Viewer::Progress::done && endedSince_ && !seat.isTold) {
         seat.isTold = true;
         viewer.tell(exitFrame(viewer, *exitCode_));
-        progress = viewer.send(log_, answers);
+        progress = viewer.send(log_, answersFrom);
     }
     const bool isOver = progress == Viewer::Progress::done && seat.isTold;
     if (progress == Viewer::Progress::gone || isOver)
@@ -467,6 +462,8 @@ void TerminalSession::sweep() {
         const Seat* const seat = find(peer);
         if (seat == nullptr)
             continue;
+        // The host answers the queries that the viewer leaves unsent.
+        answer(std::max(seat->viewer->answered(), log_.begin()), seat->viewer->answersUntil(log_));
         seat->viewer->connection().close();
         seats_.erase(seats_.begin() + (seat - seats_.data()));
         dismissed_.push_back(peer);

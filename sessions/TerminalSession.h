@@ -138,7 +138,8 @@ private:
     void readProgram(SteadyTime now);
     void keep(ByteView output);
     void answerQueries();
-    [[nodiscard]] bool asksFrom(OutputLog::Position from);
+    void answer(OutputLog::Position from, OutputLog::Position until);
+    [[nodiscard]] OutputLog::Position answeredBut(const Seat* one) const;
     bool mustWait(SteadyTime now);
     void carryOut(Seat& seat);
     bool carryOut(Seat& seat, const ViewerInput& input);
@@ -146,7 +147,7 @@ private:
     bool type(Seat& seat, ByteView keys);
     void typeSent();
     [[nodiscard]] bool mustLetOthersFinish(const Seat* typist) const;
-    void show(Seat& seat, bool answers, SteadyTime now);
+    void show(Seat& seat, bool leads, SteadyTime now);
     void redraw();
     void applySize();
     void finish(SteadyTime now);
@@ -177,8 +178,7 @@ private:
     std::optional<SteadyTime> endedSince_;
     std::size_t endsTried_ = 0; ///< the next of `endSignals`; the last one stays next
     std::optional<SteadyTime> endDue_;
-    OutputLog::Position answered_ = 0;          ///< up to here, by the host or by a viewer
-    std::optional<SequenceReader> queryReader_; ///< of the output while no viewer may answer
+    OutputLog::Position answered_ = 0; ///< by the host, or sent to a viewer that answers
     NoticeReader noticeReader_;
     bool isAttentionNew_ = false; ///< since the last date
     std::optional<WallTime> attentionSince_;

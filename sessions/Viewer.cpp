@@ -108,32 +108,36 @@ bool Viewer::replay(const OutputLog& log, Surroundings surroundings,
     return start.isExact;
 }
 
-Viewer::Progress Viewer::send(const OutputLog& log, bool answers) {
+Viewer::Progress Viewer::send(const OutputLog& log,
+                              std::optional<OutputLog::Position> answersFrom) {
     while (true) {
         if (!sendOutput(log) || !sendOwn())
             return isGone_ ? Progress::gone : Progress::waiting;
         if (position_ < log.begin())
             return Progress::late;
-        turn(answers);
+        turn(answersFrom);
         if (!own_.empty())
             continue;
         if (position_ == log.end())
             return Progress::done;
-        nextFrame(log);
+        nextFrame(log, answersFrom);
     }
 }
 
 /// Ends the replay if it is over, and changes between filtered and unfiltered. A replay is
 /// filtered, and so is live output unless the viewer answers. The change waits for the end of a
 /// piece, so that neither cuts a sequence or a character.
-void Viewer::turn(bool answers) {
+void Viewer::turn(std::optional<OutputLog::Position> answersFrom) {
     if (!anew_.empty() && position_ == anewAt_)
         tell(PtyAttach::data(bytesOf(std::exchange(anew_, {}))));
     if (!isReplay() && !afterReplay_.empty())
         tell(PtyAttach::data(bytesOf(std::exchange(afterReplay_, {}))));
-    filters_ = isReplay() || !answers;
-    if (filter_.isAtRest())
+    filters_ = isReplay() || !answersFrom || position_ < *answersFrom;
+    if (filter_.isAtRest()) {
+        if (isFiltered_ && !filters_)
+            answersSince_ = position_;
         isFiltered_ = filters_;
+    }
     if (reportsFocus_ && !filter_.reportsFocus())
         setFocusReports(false);
     else if (!reportsFocus_ && filter_.reportsFocus() && !isFiltered_)
@@ -144,6 +148,14 @@ void Viewer::setFocusReports(bool reports) {
     reportsFocus_ = reports;
     ignoresNextFocus_ = reports;
     tell(PtyAttach::data(bytesOf(reports ? "\033[?1004h" : "\033[?1004l")));
+}
+
+OutputLog::Position Viewer::answersUntil(const OutputLog& log) const {
+    const bool isCut = !isFiltered_ && !filter_.isAtRest();
+    if (!isCut || answersUntil_ < log.begin())
+        return answersUntil_;
+    const auto left = static_cast<std::size_t>(log.end() - answersUntil_);
+    return answersUntil_ + filter_.lengthToRest(log.at(answersUntil_, left));
 }
 
 /// Sends the rest of the frame that lies in the log. Returns false if not all of it went.
@@ -176,8 +188,10 @@ bool Viewer::sendOwn() {
 }
 
 /// Prepares the next frame of output.
-void Viewer::nextFrame(const OutputLog& log) {
+void Viewer::nextFrame(const OutputLog& log, std::optional<OutputLog::Position> answersFrom) {
     OutputLog::Position until = isReplay() ? replayedUntil_ : log.end();
+    if (answersFrom && position_ < *answersFrom)
+        until = std::min(until, *answersFrom);
     if (!anew_.empty())
         until = anewAt_;
     const std::size_t piece = isFiltered_ ? maxFiltered : PtyAttach::maxData;
@@ -197,6 +211,7 @@ void Viewer::beginFrame(ByteView output) {
     header_ = FrameHeader::of(std::to_underlying(PtyAttach::FrameType::data), output.size());
     headerLeft_ = header_.size();
     frameEnd_ = position_ + output.size();
+    answersUntil_ = frameEnd_;
 }
 
 void Viewer::filterFrame(ByteView output) {

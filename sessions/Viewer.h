@@ -9,6 +9,7 @@
 #include "sessions/OutputLog.h"
 #include "sessions/Program.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -99,11 +100,29 @@ public:
         gone,    ///< the peer is gone
     };
 
-    /// Sends as much as the connection takes. `answers` is true for one viewer of a session: its
-    /// terminal gets live output unfiltered, and so answers the program's queries, and reports the
-    /// focus if the program has asked for that. The report that the terminal makes at once is
-    /// dropped by `decode`, unless it is live output that sets the mode.
-    [[nodiscard]] Progress send(const OutputLog& log, bool answers);
+    /// Sends as much as the connection takes. A session passes `answersFrom` for one of its viewers
+    /// only: the terminal of that viewer answers the program's queries. After the replay, the
+    /// viewer sends output unfiltered from the first piece on that begins at this position or
+    /// later. The viewer then also has its terminal report the focus, if the program has asked for
+    /// that. `decode` drops the report that the terminal makes at once, unless live output sets the
+    /// mode.
+    [[nodiscard]] Progress send(const OutputLog& log,
+                                std::optional<OutputLog::Position> answersFrom);
+
+    /// Returns the end of the output that was sent filtered. The viewer's terminal answers what
+    /// comes after that.
+    [[nodiscard]] OutputLog::Position filteredUntil() const {
+        return isFiltered_ ? position_ : answersSince_;
+    }
+
+    /// Returns the end of the output that this viewer is sent unfiltered even if another one
+    /// answers from now on: the end of the frame under way, and of the piece that the frame cuts.
+    [[nodiscard]] OutputLog::Position answersUntil(const OutputLog& log) const;
+
+    /// Returns the end of the output that the peer has been sent unfiltered.
+    [[nodiscard]] OutputLog::Position answered() const {
+        return std::min(position_, answersUntil_);
+    }
 
     /// Returns how many bytes of the output have not been sent yet.
     [[nodiscard]] std::size_t behind(const OutputLog& log) const {
@@ -116,9 +135,9 @@ public:
 private:
     bool sendOutput(const OutputLog& log);
     bool sendOwn();
-    void turn(bool answers);
+    void turn(std::optional<OutputLog::Position> answersFrom);
     void setFocusReports(bool reports);
-    void nextFrame(const OutputLog& log);
+    void nextFrame(const OutputLog& log, std::optional<OutputLog::Position> answersFrom);
 
     [[nodiscard]] bool isReplay() const { return position_ < replayedUntil_; }
 
@@ -132,6 +151,8 @@ private:
     OutputLog::Position position_ = 0;      ///< of the next output to send
     OutputLog::Position frameEnd_ = 0;      ///< of the frame that is being sent from the log
     OutputLog::Position replayedUntil_ = 0; ///< output before this is replay, always filtered
+    OutputLog::Position answersSince_ = 0;  ///< the output is unfiltered, if it is
+    OutputLog::Position answersUntil_ = 0;  ///< the end of the last frame that is unfiltered
     std::array<std::uint8_t, FrameHeader::bytes> header_{}; ///< of that frame
     std::size_t headerLeft_ = 0;                            ///< bytes of the header to send
     Bytes own_;                                             ///< frames for this viewer alone

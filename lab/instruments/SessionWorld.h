@@ -32,7 +32,7 @@ public:
     }
 
     [[nodiscard]] std::size_t write(ByteView keys) override {
-        const std::size_t count = std::min(keys.size(), appetite);
+        const std::size_t count = std::min({keys.size(), appetite, mostTaken});
         appetite -= count;
         typed += textOf(keys.first(count));
         return count;
@@ -58,6 +58,7 @@ public:
     std::size_t mostAtOnce = SIZE_MAX; ///< bytes that one read returns
     std::string typed;                 ///< what has arrived
     std::size_t appetite = SIZE_MAX;   ///< bytes of typing that the program still takes
+    std::size_t mostTaken = SIZE_MAX;  ///< bytes of typing that one write takes
     std::vector<PtyFrame::Size> sizes; ///< set by the host
     std::vector<int> signals;          ///< sent to the foreground
     std::vector<int> endings;          ///< sent to all processes
@@ -232,8 +233,9 @@ public:
     std::string startShell() { return call(startCall()).session.value_or(""); }
 
     /// Returns the ticket that the host writes for the session.
-    std::optional<PtyAttach::Ticket> ticketFor(const std::string& session) {
-        const auto reply = call({.call = SessionCall::ticket, .session = session});
+    std::optional<PtyAttach::Ticket> ticketFor(const std::string& session, bool viewOnly = false) {
+        const auto reply =
+            call({.call = SessionCall::ticket, .session = session, .viewOnly = viewOnly});
         if (!reply.ticket)
             return std::nullopt;
         return PtyAttach::parseTicket(files.at(reply.ticket->substr(folder().size() + 1)));

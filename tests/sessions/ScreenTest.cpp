@@ -69,6 +69,9 @@ TEST(Screen, ShowsWhatATerminalShows) {
         {"01234567\u4E16", "01234567\u4E16/", {1, 10}},
         {"012345678\u4E16\033[2;1Hxy", "012345678/xy/", {2, 3}},
         {"0123456789ab\033[2K\r\nz", "0123456789//z/", {3, 2}},
+        {"0123456789a\r\033[P\nz", "0123456789//z/", {3, 2}},
+        {"\033[?69h\033[3;5s\033[1;3Habc\0337\033[?69l\033[H", "  abc/", {1, 1}},
+        {"\033[?69h\033[3;5s\033[1;3Habc\033[?69lx", "  abx/", {1, 6}},
         {"0123456789ab\033[2;1H\033]133;A\a", "0123456789/ab/", {2, 1}},
         {"\u4E16a\r\nbcd\033[?69h\033[2;9s\033[1;2H\033[M", " cd/b/", {1, 2}},
         {"x\033[2;3r\033#8\033[2;9H\033[J", "EEEEEEEEEE/EEEEEEEE/", {2, 9}},
@@ -327,6 +330,12 @@ TEST(Screen, AnswersAsATerminalDoes) {
         EXPECT_EQ(screen.takeAnswers(), "");
         EXPECT_EQ(screen.cells(), 0U) << output;
     }
+    Screen resized(small);
+    resized.beginAnswering();
+    resized.follow(bytesOf("\033[4;9H\0337"));
+    resized.resize({.cols = 5, .rows = 2});
+    resized.follow(bytesOf("\033[6n\033[H\0338\033[6n"));
+    EXPECT_EQ(resized.takeAnswers(), "\033[2;5R\033[2;5R");
 }
 
 TEST(Screen, TakesLittleMemoryWhateverItShows) {

@@ -35,26 +35,31 @@ struct Seen {
     bool isWhole = true;
 };
 
+struct Window {
+    int cols = 80;
+    int rows = 24;
+    std::size_t room = SIZE_MAX; ///< bytes that it reads at first
+    bool viewOnly = false;
+};
+
+PeerId attachWindow(SessionWorld& world, const std::string& session, const Window& window) {
+    const auto ticket = world.ticketFor(session, window.viewOnly);
+    const PeerId peer = world.connect(SessionHost::Door::attach);
+    world.peers[peer]->room = window.room;
+    world.receive(peer, PtyAttach::hello(ticket.value().token, window.cols, window.rows).value());
+    return peer;
+}
+
 class SessionHostTest : public testing::Test {
 protected:
     /// Attaches a window that may look only.
     PeerId attachToView(const std::string& session, int cols, int rows) {
-        const auto reply =
-            world.call({.call = SessionCall::ticket, .session = session, .viewOnly = true});
-        const std::string file = reply.ticket.value().substr(world.folder().size() + 1);
-        const PeerId peer = world.connect(Door::attach);
-        const auto ticket = PtyAttach::parseTicket(world.files.at(file));
-        world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
-        return peer;
+        return attachWindow(world, session, {.cols = cols, .rows = rows, .viewOnly = true});
     }
 
     PeerId attach(const std::string& session, int cols = 80, int rows = 24,
                   std::size_t room = SIZE_MAX) {
-        const auto ticket = world.ticketFor(session);
-        const PeerId peer = world.connect(Door::attach);
-        world.peers[peer]->room = room;
-        world.receive(peer, PtyAttach::hello(ticket.value().token, cols, rows).value());
-        return peer;
+        return attachWindow(world, session, {.cols = cols, .rows = rows, .room = room});
     }
 
     PeerId stream(const std::string& session) {
@@ -530,6 +535,12 @@ TEST_F(SessionHostTest, TypesWhatIsSentInOrderWithTheKeysOfViewers) {
     world.program().appetite = SIZE_MAX;
     world.settle();
     EXPECT_EQ(world.program().typed, "abcXYZd");
+    world.program().mostTaken = 1;
+    EXPECT_TRUE(send("sent at once").ok);
+    type(peer, "k");
+    world.settle();
+    EXPECT_EQ(world.program().typed, "abcXYZdsent at oncek");
+    world.program().mostTaken = SIZE_MAX;
     EXPECT_TRUE(send("").ok);
     EXPECT_EQ(send(std::string(SessionHost::maxSent + 1, 'x')).reason, "call");
     EXPECT_TRUE(send(std::string(SessionHost::maxSent, 'x')).ok);
@@ -553,7 +564,9 @@ TEST_F(SessionHostTest, AWaitIsAnsweredWhenTheSessionEnds) {
     const PeerId waiter = wait("bash");
     const PeerId talker = wait(id);
     const PeerId lost = wait(id);
+    const PeerId silent = world.connect(Door::control);
     world.pass(10 * SessionHost::strangerPatience);
+    EXPECT_TRUE(world.peers[silent]->isClosed);
     for (const PeerId peer : {waiter, talker, lost})
         EXPECT_FALSE(world.peers[peer]->isClosed || !world.peers[peer]->received.empty());
     world.host.connectionLost(lost);
@@ -926,12 +939,21 @@ TEST_F(SessionHostTest, AnswersWhatAProgramAsksWhileNoViewerMay) {
     world.host.connectionLost(slow);
     world.settle();
     EXPECT_EQ(world.program().typed, "\033[0n\033[0n") << "which were never sent";
+    const PeerId first = attach(id, 100, 30);
+    world.peers[attach(id, 100, 30)]->room = 0;
+    EXPECT_EQ(typedUpon("\033[5n"), "");
+    world.peers[first]->room = 0;
+    type(first, "k"); // answers from here on
+    EXPECT_EQ(typedUpon("\033[5n"), "");
+    EXPECT_TRUE(world.call({.call = SessionCall::detach, .session = id}).ok);
+    EXPECT_EQ(world.program().typed, "\033[0n\033[0n") << "whoever is dismissed first";
 
     world.program().appetite = 0;
     for (int i = 0; i < 3000; ++i)
         write("\033[6n");
     world.program().appetite = SIZE_MAX;
     EXPECT_LT(typedUpon("x").size(), std::size_t{9000}) << "bounded, if the program reads nothing";
+    EXPECT_EQ(typedUpon("\033[5n"), "\033[0n") << "what was dropped stays so";
 }
 
 TEST_F(SessionHostTest, TellsWhatASessionShows) {
@@ -992,15 +1014,18 @@ TEST_F(SessionHostTest, ASlowViewerHoldsUpTheProgramForFiveSeconds) {
     write("live");
     EXPECT_TRUE(seen(slow).output.ends_with("live"));
     world.peers[slow]->room = 0;
-    write("\033]2;a title that never ends");
-    write(all);
+    write("\033]2;a title that goes on");
+    std::string plain = "\033[m"; // ends it
+    while (plain.size() < 4 * mebibyte)
+        plain += screen + "\r\n";
+    write(plain);
     EXPECT_FALSE(world.program().output.empty()) << "it is waited for again";
     world.pass(Viewer::patience);
     world.peers[slow]->room = SIZE_MAX;
     world.settle();
     const std::string output = seen(slow).output;
     const std::string replay = output.substr(output.rfind("\033[2J\033[H"));
-    EXPECT_TRUE(replay.substr(0, replay.find("\r\n")).contains(screen))
+    EXPECT_TRUE(replay.ends_with(plain.substr(plain.size() - mebibyte / 2)))
         << "it is no part of the title";
 }
 
@@ -1376,6 +1401,101 @@ TEST(SessionHostWalk, LongWaysWithSeveralWindowsEndWell) {
                 scene.happen(path.back());
         }
         ASSERT_TRUE(scene.endsWell()) << testing::PrintToString(path);
+    });
+}
+
+/// Returns the output in what a window was sent, and of a frame that is cut what there is of it.
+std::string outputIn(std::string_view frames) {
+    std::string output;
+    while (frames.size() > FrameHeader::bytes) {
+        const auto header = FrameHeader::read(bytesOf(frames));
+        const std::string_view payload = frames.substr(FrameHeader::bytes, header.length);
+        if (header.type == std::to_underlying(PtyAttach::FrameType::data))
+            output += payload;
+        frames.remove_prefix(FrameHeader::bytes + payload.size());
+    }
+    return output;
+}
+
+std::size_t countOf(std::string_view what, std::string_view text) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1))
+        ++count;
+    return count;
+}
+
+/// A program asks its terminal, while windows come, type, stop reading and leave.
+class Questions {
+public:
+    enum Event { open, type, stall, read, leave, nothing };
+
+    void write(std::string_view output) {
+        world_.program().output += output;
+        world_.settle();
+    }
+
+    void happen(AnyValues& any) {
+        const auto event = static_cast<Event>(any.below(nothing + 1));
+        if (event == open && windows_.size() < 4) {
+            const std::size_t room = any.below(3) == 0 ? any.below(200) : SIZE_MAX;
+            windows_.push_back(
+                attachWindow(world_, id_, {.room = room, .viewOnly = any.below(4) == 0}));
+            EXPECT_EQ(countOf(query, outputIn(world_.peers[windows_.back()]->received)), 0U)
+                << "a replay asks nothing";
+        }
+        if (windows_.empty())
+            return;
+        const auto chosen =
+            windows_.begin() + static_cast<std::ptrdiff_t>(any.below(windows_.size()));
+        FakeConnection& window = *world_.peers[*chosen];
+        if (event == type && window.watchesInput)
+            world_.receive(*chosen, PtyAttach::data(bytesOf("k")));
+        if (event == stall)
+            window.room = any.below(9);
+        if (event == read)
+            window.room = SIZE_MAX;
+        world_.settle();
+        if (event == leave) {
+            if (any.below(2) == 0)
+                window.room = any.below(99);
+            world_.host.connectionLost(*chosen);
+            windows_.erase(chosen);
+        }
+    }
+
+    /// Lets all windows read, and returns how often the host has answered and the program's query
+    /// has got to a terminal.
+    std::size_t answers() {
+        std::size_t count = 0;
+        for (const auto& [peer, connection] : world_.peers) {
+            connection->room = SIZE_MAX;
+            world_.settle();
+            count += countOf(query, outputIn(connection->received));
+        }
+        return count + countOf("\033[0n", world_.program().typed);
+    }
+
+    static constexpr std::string_view query = "\033[5n";
+
+private:
+    SessionWorld world_;
+    std::string id_ = world_.startShell();
+    std::vector<PeerId> windows_;
+};
+
+TEST(SessionHostWalk, EachQueryIsAnsweredOnceByTheHostOrAWindow) {
+    forAny([](AnyValues any) {
+        Questions scene;
+        std::string output;
+        for (int i = 0; i < 10; ++i)
+            output += std::string(any.below(3), 'x').append(Questions::query);
+        while (!output.empty()) {
+            const std::size_t count = std::min(any.below(6), output.size());
+            scene.write(output.substr(0, count));
+            output.erase(0, count);
+            scene.happen(any);
+        }
+        EXPECT_EQ(scene.answers(), 10U);
     });
 }
 

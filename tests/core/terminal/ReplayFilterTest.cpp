@@ -1,6 +1,8 @@
 #include "core/terminal/ReplayFilter.h"
 
+#include "core/terminal/ControlSequence.h"
 #include "core/terminal/TerminalModes.h"
+#include "tests/Texts.h"
 
 #include <gtest/gtest.h>
 
@@ -90,6 +92,22 @@ TEST(ReplayFilter, BoundsWhatOneSequenceMayBe) {
     const std::string digits(70, '1');
     const std::string title(SequenceReader::maxSequence, 't');
     EXPECT_EQ(passed("\033[" + digits + "mA\033]2;" + title + "\aB", 1000), "AB");
+
+    const std::pair<std::string, bool> cases[] = {
+        {"?1004" + times(SequenceReader::maxSequence - 6, ";") + "h", true},
+        {"?1004" + times(SequenceReader::maxSequence - 5, ";") + "h", false},
+        {"?" + times(ControlSequence::Numbers::max - 1, "1;") + "1004h", true},
+        {"?" + times(ControlSequence::Numbers::max, "1;") + "1004h", false},
+    };
+    for (const auto& [sequence, isObeyed] : cases) {
+        ReplayFilter whole;
+        ReplayFilter cut;
+        whole.follow(bytesOf("\033[" + sequence));
+        for (const char byte : "\033[" + sequence)
+            cut.follow(bytesOf(std::string_view(&byte, 1)));
+        EXPECT_EQ(whole.reportsFocus(), isObeyed) << sequence.size();
+        EXPECT_EQ(cut.reportsFocus(), isObeyed) << sequence.size();
+    }
 }
 
 TEST(ReplayFilter, IsAtRestBetweenSequencesOnly) {
