@@ -17,6 +17,15 @@ function nameHome(home) {
     JSON.parse = (text) => parse(text.replaceAll(home, "/home/ann"));
 }
 
+/** In the page: what the computer sends arrives late, the sessions too. */
+function delayMessages() {
+    window.WebSocket = class extends WebSocket {
+        set onmessage(take) {
+            super.onmessage = (message) => setTimeout(() => take(message), 300);
+        }
+    };
+}
+
 test("a code lets one browser in, once", async (t) => {
     const address = computer.firstAddress;
     const phone = await open(t, address);
@@ -35,8 +44,9 @@ test("a code lets one browser in, once", async (t) => {
 });
 
 test("a session is started, typed into and ended", async (t) => {
-    const phone = await open(t);
+    const phone = await open(t, undefined, devices.phone, delayMessages);
     await phone.sees("#start");
+    assert.ok(await phone.isVisible("#no-sessions"), "the list moves the button when it comes later");
     await phone.page.tap("#start");
     await phone.page.type("[name=name]", "work");
     await phone.page.type("[name=folder]", "/etc");
