@@ -519,8 +519,11 @@ TEST_F(SessionTest, AHostWhoseFolderIsGoneServesInANewOneUnlessAnotherHostDoes) 
     WatchedProcess second(program, std::vector<std::string_view>{"serve"});
     EXPECT_TRUE(second.waitForLine("serving in"));
     const std::string other = startShell();
-    host->signal(SIGUSR1);
-    EXPECT_TRUE(host->waitForLine("serves already: process " + std::to_string(second.pid())));
+    // The second look's line comes after all that the first look does.
+    for (int look = 0; look < 2; ++look) {
+        host->signal(SIGUSR1);
+        EXPECT_TRUE(host->waitForLine("serves already: process " + std::to_string(second.pid())));
+    }
     EXPECT_THAT(output({"list", "--json"}), HasSubstr(other));
     second.signal(SIGTERM);
     EXPECT_EQ(second.waitForEnd(), 0);
@@ -528,7 +531,7 @@ TEST_F(SessionTest, AHostWhoseFolderIsGoneServesInANewOneUnlessAnotherHostDoes) 
     EXPECT_TRUE(host->waitForLine("anew"));
     EXPECT_THAT(output({"list", "--json"}), HasSubstr(id));
 
-    fs::remove_all(folder);
+    fs::remove(folder / "host.lock");
     WatchedProcess third(program, std::vector<std::string_view>{"serve"});
     EXPECT_TRUE(third.waitForLine("serving in"));
     host->signal(SIGTERM);
