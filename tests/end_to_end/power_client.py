@@ -227,7 +227,6 @@ class Ends(PowerTest):
     """How it ends, and what its exit status means."""
 
     def test_each_exit_status(self):
-        held = "with a hold of somebody else"
         for words, status, text in (
                 (["--help"], 0, "Usage: velmo-power [VERB]"), (["hold", "-h"], 0, "--end-on-loss"),
                 (["--version"], 0, "velmo-power "), ([], 0, "mac      simulated, in /"),
@@ -246,6 +245,7 @@ class Ends(PowerTest):
                 (["--mac", "", "status"], 2, "an empty name names no folder"),
                 (["--mac", "/nonexistent", "hold", "--", "true"], 125, "in /nonexistent"),
                 (["hold", "sh", "-c", "exit 9"], 9, "released"),
+                (["hold", "true"], 0, "velmo-power: this Mac is simulated, in /"),
                 (["hold", "--no-wait", "--for", "1"], 0, "the time is over")):
             done = self.power(*words)
             lines = done.stderr.decode() + done.stdout.decode()

@@ -101,7 +101,8 @@ TEST(SignatureRenderer, SkipsAStrokeWithAnyInvalidPoint) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(draw({{}, {{}}, {{0.5}}, {{nan, 0.5}}, {{0.5, infinity}, {0.1, 0.1, 0.1}}}),
               draw({}));
-    EXPECT_EQ(draw({{{0.1, 0.1}, {nan, 0.1}, {0.9, 0.1}}, {{0.2, 0.5}}}), draw({{{0.2, 0.5}}}));
+    for (const auto& odd : std::vector<SignatureBody::Point>{{nan, 0.1}, {0.1, infinity}})
+        EXPECT_EQ(draw({{{0.1, 0.1}, odd, {0.9, 0.1}}, {{0.2, 0.5}}}), draw({{{0.2, 0.5}}}));
 }
 
 /// Returns the opacities of the pixels with x = 3, after one horizontal stroke at each height.
