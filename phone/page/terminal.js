@@ -7,7 +7,7 @@ import { Terminal } from "./xterm.js";
 const reportAfter = 64 * 1024; // bytes that are shown until the bridge is told so
 const smallestLetters = 6; // pixels
 const greatestLetters = 40;
-const usualLetters = 13;
+export const usualLetters = 13;
 
 const themes = {
     light: {
@@ -21,6 +21,19 @@ const themes = {
         background: "#101113", foreground: "#e8e9ea", cursor: "#e8e9ea", selectionBackground: "#3b5b8c",
     },
 };
+
+/** Returns how xterm.js is to show a session. */
+export function optionsFor(letters, isDark) {
+    return {
+        fontSize: letters,
+        fontFamily: "ui-monospace, SFMono-Regular, Menlo, 'DejaVu Sans Mono', monospace",
+        scrollback: 10000,
+        minimumContrastRatio: 4.5,
+        screenReaderMode: true,
+        macOptionIsMeta: true,
+        theme: isDark ? themes.dark : themes.light,
+    };
+}
 
 // What a terminal answers to a program's question, or says of its focus, comes the same way as what
 // a person types.
@@ -48,15 +61,7 @@ export class TerminalView {
         this.#container = container;
         this.#services = services;
         const scheme = matchMedia("(prefers-color-scheme: dark)");
-        this.#terminal = new Terminal({
-            fontSize: this.#letters,
-            fontFamily: "ui-monospace, SFMono-Regular, Menlo, 'DejaVu Sans Mono', monospace",
-            scrollback: 10000,
-            minimumContrastRatio: 4.5,
-            screenReaderMode: true,
-            macOptionIsMeta: true,
-            theme: scheme.matches ? themes.dark : themes.light,
-        });
+        this.#terminal = new Terminal(optionsFor(this.#letters, scheme.matches));
         this.#terminal.loadAddon(this.#fit);
         scheme.addEventListener("change", () => this.#colour(scheme.matches));
         this.#colour(scheme.matches);

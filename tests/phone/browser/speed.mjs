@@ -25,7 +25,8 @@ function prepare() {
 /** In the page: feeds a terminal of its own from memory and returns the seconds until all is shown. */
 async function fromMemory(text, size) {
     const { Terminal } = await import("/xterm.js");
-    const terminal = new Terminal({ ...size, scrollback: 10000, minimumContrastRatio: 4.5, screenReaderMode: true });
+    const { optionsFor, usualLetters } = await import("/terminal.js");
+    const terminal = new Terminal({ ...optionsFor(usualLetters, false), ...size });
     terminal.open(document.getElementById("list"));
     const bytes = new TextEncoder().encode(text);
     const shown = whenShown("#list", "whole");
