@@ -1,3 +1,4 @@
+#include "core/support/Ascii.h"
 #include "core/support/Text.h"
 #include "core/windows/AppTarget.h"
 #include "core/windows/FrameRequest.h"
@@ -5,6 +6,8 @@
 #include "core/windows/WindowRecord.h"
 #include "core/windows/WindowRequest.h"
 #include "fuzz/Fuzz.h"
+
+#include <algorithm>
 
 namespace velmo::Fuzz {
 
@@ -27,7 +30,9 @@ void requireRoundTrip(const FrameRequest& request) {
 void checkWindowArguments(Input input) {
     const auto words = input.words();
     if (const auto target = AppTarget::parse(words)) {
-        require(target->pid >= 1 && !target->appId.empty() && !Text::hasControl(target->appId));
+        require(target->pid >= 1 && !target->appId.empty());
+        require(std::ranges::none_of(target->appId, Ascii::isControl)
+                && !Text::hasAny(target->appId, Text::isNewline));
         require(!target->started || (!target->started->empty() && target->started->size() <= 20));
     }
     if (const auto request = FrameRequest::parse(words))
