@@ -85,7 +85,7 @@ const events = {
     sessions(event) {
         sessions = event.sessions;
         list.show(sessions, Date.now() / 1000);
-        $("list").ariaBusy = "false";
+        $("list").setAttribute("aria-busy", "false");
         notifier.show(sessions);
         followSize();
         if (Date.now() / 1000 - powerAskedAt >= powerEvery)
